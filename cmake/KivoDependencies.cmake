@@ -1,0 +1,12 @@
+# Everything comes from the distribution's packages; `./dev setup` installs them.
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(OpenSSL 3.0 REQUIRED)
+find_package(CURL 7.85 REQUIRED)
+find_package(SQLite3 REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
+if(KIVO_SIMULATOR)
+  pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
+endif()

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace kivo::platform {
+
+/// A value of a property list: text, number, boolean, bytes, list or dictionary.
+struct PropertyValue {
+    struct Bytes {
+        std::string value;
+        bool operator==(const Bytes&) const = default;
+    };
+
+    using List = std::vector<PropertyValue>;
+    using Dictionary = std::map<std::string, PropertyValue>;
+
+    std::variant<std::string, std::int64_t, double, bool, Bytes, List, Dictionary> value;
+
+    /// The text, or null when this is something else; likewise for the others.
+    const std::string* text() const { return std::get_if<std::string>(&value); }
+
+    const List* list() const { return std::get_if<List>(&value); }
+
+    const Dictionary* dictionary() const { return std::get_if<Dictionary>(&value); }
+
+    const bool* boolean() const { return std::get_if<bool>(&value); }
+
+    bool operator==(const PropertyValue&) const = default;
+};
+
+/// A folder of resources with an information dictionary. Reading is safe from any thread.
+class KIVO_EXPORT Bundle {
+public:
+    virtual ~Bundle() = default;
+
+    /// "CFBundleIdentifier" of the information dictionary.
+    virtual std::optional<std::string> bundleIdentifier() const = 0;
+
+    /// A text of the information dictionary; absent when missing or not text.
+    virtual std::optional<std::string> infoText(std::string_view key) const = 0;
+
+    /// Where the resource `name`.`type` lies; absent when the bundle has none.
+    virtual std::optional<std::filesystem::path> pathForResource(std::string_view name,
+                                                                 std::string_view type) const = 0;
+
+    /// The resource `name`.plist, XML or binary; absent when missing or unreadable (a diagnostic tells which).
+    virtual std::optional<PropertyValue> propertyList(std::string_view name) const = 0;
+
+    /// The text for `key` in `table`.strings of the person's language, else of the development language, else `key`.
+    virtual std::string localizedString(std::string_view key, std::string_view table = "Localizable") const = 0;
+};
+
+/// Finds bundles.
+class KIVO_EXPORT Bundles {
+public:
+    virtual ~Bundles() = default;
+
+    /// The host application's own bundle; never null, but empty when the application has none.
+    virtual std::shared_ptr<Bundle> main() = 0;
+
+    /// A bundle by its identifier, or null.
+    virtual std::shared_ptr<Bundle> withIdentifier(std::string_view identifier) = 0;
+};
+
+} // namespace kivo::platform

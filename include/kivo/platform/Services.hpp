@@ -1,0 +1,49 @@
+#pragma once
+
+#include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/Device.hpp>
+#include <kivo/platform/Diagnostics.hpp>
+#include <kivo/platform/Keychain.hpp>
+#include <kivo/platform/MainQueue.hpp>
+#include <kivo/platform/ReachabilityService.hpp>
+#include <kivo/platform/UrlSession.hpp>
+#include <kivo/platform/Workspace.hpp>
+
+#include <filesystem>
+#include <memory>
+
+namespace kivo::platform {
+
+/// Everything the SDK asks of the operating system, one pointer a service.
+struct Services {
+    std::shared_ptr<MainQueue> mainQueue;
+    std::shared_ptr<UrlSessions> urlSessions;
+    std::shared_ptr<Keychain> keychain;
+    std::shared_ptr<ReachabilityService> reachability;
+    std::shared_ptr<Bundles> bundles;
+    std::shared_ptr<Device> device;
+    std::shared_ptr<Workspace> workspace;
+    std::shared_ptr<Diagnostics> diagnostics;
+};
+
+/// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,
+/// before the first call to the SDK: what has been handed out by then stays in use.
+KIVO_EXPORT void install(Services services);
+
+/// The services in force; none of the pointers is null. Callable from any thread.
+KIVO_EXPORT const Services& services();
+
+/// Where the Linux services find things. Every default follows the desktop's conventions.
+struct LinuxOptions {
+    /// The host's bundle folder. Empty: the folder `<executable>.bundle` beside the executable.
+    std::filesystem::path mainBundle;
+    /// Where secrets and the device identifier are kept. Empty: `kivo` below `$XDG_DATA_HOME`.
+    std::filesystem::path dataFolder;
+    /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
+    std::filesystem::path trustedCertificates;
+};
+
+/// A fresh set of the Linux services, complete but for what `install` adds.
+KIVO_EXPORT Services linuxServices(const LinuxOptions& options = {});
+
+} // namespace kivo::platform

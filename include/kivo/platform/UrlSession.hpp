@@ -1,0 +1,141 @@
+#pragma once
+
+#include <kivo/platform/DispatchQueue.hpp>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kivo::platform {
+
+/// Bytes as they travel, not necessarily text.
+using Data = std::string;
+
+/// A header's name and value.
+using HttpHeader = std::pair<std::string, std::string>;
+
+/// One request. The body is moved along, never copied.
+struct UrlRequest {
+    std::string url;
+    std::string method = "GET";
+    std::vector<HttpHeader> headers;
+    Data body;
+    /// Longest time for the whole exchange; the session's own limits hold as well, the shortest governs.
+    std::chrono::milliseconds timeout{60'000};
+};
+
+/// What all requests of a session share. Nothing is ever cached.
+struct UrlSessionConfiguration {
+    /// Added to every request that does not carry a header of the same name.
+    std::vector<HttpHeader> headers;
+    std::chrono::milliseconds requestTimeout{60'000};
+    std::chrono::milliseconds resourceTimeout{60'000};
+    /// An answer longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.
+    std::size_t responseLimit = std::size_t{16} * 1024 * 1024;
+};
+
+/// A complete HTTP answer.
+struct UrlResponse {
+    int status = 0;
+    std::vector<HttpHeader> headers;
+    /// Absent when the status allows no body (204, 205, 304); empty when the body has no bytes.
+    std::optional<Data> body;
+};
+
+/// What kept a request from ending in an HTTP answer.
+enum class UrlErrorKind {
+    badUrl,
+    unsupportedScheme,
+    cannotFindHost,
+    cannotConnect,
+    secureConnectionFailed,
+    serverCertificateUntrusted,
+    pinMismatch,
+    timedOut,
+    connectionLost,
+    badAnswer,
+    tooManyRedirects,
+    answerTooLarge,
+    cancelled,
+    unknown,
+};
+
+/// The kind's name as written above, for logs.
+KIVO_EXPORT std::string_view name(UrlErrorKind kind);
+
+/// A failed exchange: its kind, and a text for the person who reads the log. Carries no secret.
+struct UrlError {
+    UrlErrorKind kind = UrlErrorKind::unknown;
+    std::string text;
+};
+
+using UrlOutcome = std::expected<UrlResponse, UrlError>;
+using UrlCompletion = std::function<void(UrlOutcome)>;
+
+/// A request on its way.
+class KIVO_EXPORT UrlSessionTask {
+public:
+    virtual ~UrlSessionTask() = default;
+
+    /// Ends the request; its completion receives `cancelled` unless it has ended already. Callable from any thread.
+    virtual void cancel() = 0;
+};
+
+/// The certificates a server presented, leaf first, each in DER form.
+struct ServerTrust {
+    std::string host;
+    std::vector<Data> chain;
+};
+
+/// The answer to a server-trust challenge.
+enum class AuthChallengeDisposition { useCredential, cancelAuthenticationChallenge };
+
+/// Follows the requests of one session. Called on the session's callback queue.
+class KIVO_EXPORT UrlSessionDelegate {
+public:
+    virtual ~UrlSessionDelegate() = default;
+
+    /// Judges the server before any byte of a request leaves. `completionHandler` must be called exactly once.
+    /// A session whose delegate answers true to `judgesServerTrust()` makes no trust evaluation of its own.
+    virtual void didReceiveChallenge(const ServerTrust* serverTrust,
+                                     std::function<void(AuthChallengeDisposition)> completionHandler) = 0;
+
+    virtual bool judgesServerTrust() const { return false; }
+
+    /// Bytes of a request's body sent so far, and in all.
+    virtual void didSendBodyData(const std::shared_ptr<UrlSessionTask>& task, std::uint64_t sent,
+                                 std::uint64_t expected) = 0;
+};
+
+/// Sends requests side by side over https and reports each exactly once.
+///
+/// Completions run one at a time on the session's callback queue, never on the caller's stack. When the last
+/// reference goes, requests still under way end with `cancelled`.
+class KIVO_EXPORT UrlSession {
+public:
+    virtual ~UrlSession() = default;
+
+    /// Starts a request at once. An address that cannot be parsed, or is not https, is reported like any failure.
+    virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
+};
+
+/// Makes sessions.
+class KIVO_EXPORT UrlSessions {
+public:
+    virtual ~UrlSessions() = default;
+
+    /// Makes a session. `delegate` may be null; without `delegateQueue` the session brings a serial queue of its own.
+    virtual std::shared_ptr<UrlSession> make(UrlSessionConfiguration configuration,
+                                             std::shared_ptr<UrlSessionDelegate> delegate = nullptr,
+                                             std::shared_ptr<DispatchQueue> delegateQueue = nullptr) = 0;
+};
+
+} // namespace kivo::platform
