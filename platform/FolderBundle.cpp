@@ -1,0 +1,262 @@
+#include "FolderBundle.hpp"
+
+#include "PropertyListReader.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
+
+std::string quoted(const fs::path& path) {
+    return "\"" + path.string() + "\"";
+}
+
+/// The file's bytes, nothing when there is no such file, or the reason why it cannot be read.
+std::expected<std::optional<std::string>, std::string> readFile(const fs::path& path) {
+    std::error_code error;
+    const auto status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found) {
+        return std::nullopt;
+    }
+    if (error) {
+        return std::unexpected{"cannot be read (" + error.message() + ")"};
+    }
+    if (!fs::is_regular_file(status)) {
+        return std::unexpected{"is not a file"};
+    }
+    errno = 0;
+    std::ifstream file{path, std::ios::binary};
+    if (!file) {
+        return std::unexpected{"cannot be read (" + std::generic_category().message(errno) + ")"};
+    }
+    const auto size = fs::file_size(path, error);
+    if (error || size > largestFile) {
+        return std::unexpected{"is larger than 16 MiB"};
+    }
+    std::string bytes(size, '\0');
+    file.read(bytes.data(), static_cast<std::streamsize>(size));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    return bytes;
+}
+
+// Names come from outside: one that leads out of the folder finds nothing.
+bool staysInFolder(std::string_view name) {
+    return !name.empty() && name != "." && !name.contains('/') && !name.contains('\0') && !name.contains("..");
+}
+
+bool isLetterOrDigit(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9');
+}
+
+void appendMissing(std::vector<std::string>& names, const std::vector<std::string>& more) {
+    for (const auto& name : more) {
+        if (std::ranges::find(names, name) == names.end()) {
+            names.push_back(name);
+        }
+    }
+}
+
+} // namespace
+
+std::vector<std::string> languageFolders(std::string_view locale) {
+    const std::string name{locale.substr(0, locale.find_first_of(".@"))};
+    const bool isName = std::ranges::all_of(
+        name, [](char character) { return isLetterOrDigit(character) || character == '_' || character == '-'; });
+    if (name.empty() || !isName || name == "C" || name == "POSIX") {
+        return {};
+    }
+    std::vector<std::string> folders{name};
+    for (const auto& [from, to] : {std::pair{'_', '-'}, std::pair{'-', '_'}}) {
+        auto other = name;
+        std::ranges::replace(other, from, to);
+        appendMissing(folders, {other});
+    }
+    appendMissing(folders, {name.substr(0, name.find_first_of("_-"))});
+    return folders;
+}
+
+FolderBundle::FolderBundle(fs::path folder, Presence presence, std::vector<std::string> languages,
+                           std::shared_ptr<Diagnostics> diagnostics)
+    : folder_{std::move(folder)}
+    , presence_{presence}
+    , personLanguages_{std::move(languages)}
+    , diagnostics_{std::move(diagnostics)} {}
+
+std::optional<std::string> FolderBundle::bundleIdentifier() const {
+    return infoText("CFBundleIdentifier");
+}
+
+std::optional<std::string> FolderBundle::infoText(std::string_view key) const {
+    const auto& info = contents().info;
+    const auto found = info.find(std::string{key});
+    const auto* text = found == info.end() ? nullptr : found->second.text();
+    return text ? std::optional{*text} : std::nullopt;
+}
+
+std::optional<fs::path> FolderBundle::pathForResource(std::string_view name, std::string_view type) const {
+    auto file = std::string{name};
+    if (!type.empty()) {
+        file.append(".").append(type);
+    }
+    if (name.empty() || !staysInFolder(file)) {
+        return std::nullopt;
+    }
+    std::error_code error;
+    auto path = folder_ / file;
+    if (fs::exists(path, error)) {
+        return path;
+    }
+    for (const auto& language : contents().languages) {
+        path = folder_ / (language + ".lproj") / file;
+        if (fs::exists(path, error)) {
+            return path;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<PropertyValue> FolderBundle::propertyList(std::string_view name) const {
+    contents();
+    const auto path = pathForResource(name, "plist");
+    if (!path) {
+        return std::nullopt;
+    }
+    const auto bytes = readFile(*path);
+    const auto tell = [&](const std::string& problem) {
+        reportOnce(quoted(*path) + " " + problem + "; put a property list with a dictionary or a list there.");
+    };
+    if (!bytes) {
+        tell(bytes.error());
+        return std::nullopt;
+    }
+    if (!*bytes) {
+        return std::nullopt;
+    }
+    auto root = readPropertyList(**bytes);
+    if (!root) {
+        tell(root.error());
+        return std::nullopt;
+    }
+    if (!root->dictionary() && !root->list()) {
+        tell("holds a single value");
+        return std::nullopt;
+    }
+    return std::move(*root);
+}
+
+std::string FolderBundle::localizedString(std::string_view key, std::string_view table) const {
+    if (!staysInFolder(table)) {
+        return std::string{key};
+    }
+    contents();
+    std::vector<std::string> problems;
+    std::string text{key};
+    {
+        const std::scoped_lock lock{mutex_};
+        auto known = tables_.find(table);
+        if (known == tables_.end()) {
+            known = tables_.emplace(table, readTable(table, problems)).first;
+        }
+        if (const auto found = known->second.find(key); found != known->second.end()) {
+            text = found->second;
+        }
+    }
+    std::ranges::for_each(problems, [this](const auto& problem) { reportOnce(problem); });
+    return text;
+}
+
+const FolderBundle::Contents& FolderBundle::contents() const {
+    std::string problem;
+    std::call_once(contentsRead_, [&] {
+        contents_ = readContents();
+        problem = contents_.problem;
+    });
+    if (!problem.empty()) {
+        reportOnce(problem);
+    }
+    return contents_;
+}
+
+FolderBundle::Contents FolderBundle::readContents() const {
+    Contents contents{{}, personLanguages_, {}};
+    const auto addLanguage = [&](std::string_view name) { appendMissing(contents.languages, languageFolders(name)); };
+    const auto path = folder_ / "Info.plist";
+    std::error_code error;
+    const auto type = fs::status(folder_, error).type();
+    if (type == fs::file_type::not_found) {
+        if (presence_ == Presence::expected) {
+            contents.problem = "The folder " + quoted(folder_) + " does not exist; install the bundle there.";
+        }
+    } else if (type != fs::file_type::directory) {
+        contents.problem = quoted(folder_) + " is not a folder that can be read" +
+                           (error ? " (" + error.message() + ")" : "") +
+                           "; a bundle is a folder with an Info.plist in it.";
+    } else if (const auto bytes = readFile(path); !bytes) {
+        contents.problem = quoted(path) + " " + bytes.error() + "; the bundle's settings need it.";
+    } else if (*bytes) {
+        auto root = readPropertyList(**bytes);
+        if (!root) {
+            contents.problem = quoted(path) + " " + root.error() + "; correct the file.";
+        } else if (!root->dictionary()) {
+            contents.problem = quoted(path) + " does not hold a dictionary; make its root a <dict>.";
+        } else {
+            contents.info = std::get<PropertyValue::Dictionary>(std::move(root->value));
+        }
+    }
+    if (const auto region = contents.info.find("CFBundleDevelopmentRegion"); region != contents.info.end()) {
+        if (const auto* text = region->second.text()) {
+            addLanguage(*text);
+        }
+    }
+    addLanguage("en");
+    addLanguage("Base");
+    return contents;
+}
+
+StringTable FolderBundle::readTable(std::string_view name, std::vector<std::string>& problems) const {
+    StringTable merged;
+    const auto file = std::string{name} + ".strings";
+    const auto add = [&](const fs::path& path) {
+        const auto bytes = readFile(path);
+        if (bytes && !*bytes) {
+            return;
+        }
+        auto table = bytes ? readStringsFile(**bytes) : std::unexpected{bytes.error()};
+        if (table) {
+            merged.merge(*table); // entries of a better language stay
+        } else {
+            problems.push_back(quoted(path) + " " + table.error() + "; its texts are left out until it is corrected.");
+        }
+    };
+    for (const auto& language : contents_.languages) {
+        add(folder_ / (language + ".lproj") / file);
+    }
+    add(folder_ / file);
+    return merged;
+}
+
+void FolderBundle::reportOnce(const std::string& problem) const {
+    {
+        const std::scoped_lock lock{mutex_};
+        if (!reported_.insert(problem).second) {
+            return;
+        }
+    }
+    if (diagnostics_) {
+        diagnostics_->report("bundle", problem);
+    }
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,361 @@
+#include "FolderBundles.hpp"
+
+#include "PropertyListReader.hpp"
+#include "StringsFile.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <plist/plist.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+namespace kivo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct SeenDiagnostics final : Diagnostics {
+    void report(std::string_view component, std::string_view text) override {
+        const std::scoped_lock lock{mutex};
+        texts.push_back(std::string{component} + ": " + std::string{text});
+    }
+
+    std::mutex mutex;
+    std::vector<std::string> texts;
+};
+
+std::string xml(const std::string& root) {
+    return R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0">)" + root + "</plist>";
+}
+
+std::string binary(const std::string& xmlText) {
+    plist_t node = nullptr;
+    plist_from_memory(xmlText.data(), static_cast<std::uint32_t>(xmlText.size()), &node);
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(node, &bytes, &size);
+    std::string result{bytes, size};
+    plist_to_bin_free(bytes);
+    plist_free(node);
+    return result;
+}
+
+std::string repeated(const std::string& text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i) {
+        result += text;
+    }
+    return result;
+}
+
+class FolderBundlesTest : public testing::Test {
+protected:
+    FolderBundlesTest() {
+        auto pattern = (fs::temp_directory_path() / "kivo-bundles-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+        unsetenv("LC_ALL");
+        unsetenv("LC_MESSAGES");
+        setenv("LANG", "C.UTF-8", 1);
+    }
+
+    ~FolderBundlesTest() override { fs::remove_all(folder); }
+
+    void write(const fs::path& name, const std::string& bytes) const {
+        fs::create_directories((folder / name).parent_path());
+        std::ofstream{folder / name, std::ios::binary} << bytes;
+    }
+
+    std::shared_ptr<Bundles> bundles() const {
+        return makeFolderBundles(folder / "app.bundle", folder / "sdk.bundle", diagnostics);
+    }
+
+    std::shared_ptr<Bundle> main() const { return bundles()->main(); }
+
+    fs::path folder;
+    std::shared_ptr<SeenDiagnostics> diagnostics = std::make_shared<SeenDiagnostics>();
+};
+
+TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
+    const auto info = xml("<dict><key>CFBundleIdentifier</key><string>com.example.app</string>"
+                          "<key>Count</key><integer>3</integer></dict>");
+    for (const auto& bytes : {info, binary(info)}) {
+        write("app.bundle/Info.plist", bytes);
+        const auto bundle = main();
+        EXPECT_EQ(bundle->bundleIdentifier(), "com.example.app");
+        EXPECT_EQ(bundle->infoText("CFBundleIdentifier"), "com.example.app");
+        EXPECT_EQ(bundle->infoText("Count"), std::nullopt);
+        EXPECT_EQ(bundle->infoText("Other"), std::nullopt);
+    }
+    EXPECT_THAT(diagnostics->texts, IsEmpty());
+}
+
+TEST_F(FolderBundlesTest, FindsMainAndSdkBundleByIdentifier) {
+    const auto info = [](const std::string& name) {
+        return xml("<dict><key>CFBundleIdentifier</key><string>" + name + "</string></dict>");
+    };
+    write("app.bundle/Info.plist", info("com.example.app"));
+    write("sdk.bundle/Info.plist", info("com.example.sdk"));
+    const auto all = bundles();
+    EXPECT_EQ(all->withIdentifier("com.example.app"), all->main());
+    ASSERT_NE(all->withIdentifier("com.example.sdk"), nullptr);
+    EXPECT_EQ(all->withIdentifier("com.example.sdk")->bundleIdentifier(), "com.example.sdk");
+    EXPECT_EQ(all->withIdentifier("com.example.other"), nullptr);
+}
+
+TEST_F(FolderBundlesTest, FindsTheSdksOwnBundleBesideTheLibrary) {
+    const auto all = makeFolderBundles({}, {}, diagnostics);
+    EXPECT_EQ(all->main()->bundleIdentifier(), std::nullopt);
+    const auto sdk = all->withIdentifier("com.test.ZORFramework");
+    ASSERT_NE(sdk, nullptr);
+    EXPECT_TRUE(sdk->propertyList("Deployment"));
+    EXPECT_THAT(diagnostics->texts, IsEmpty());
+}
+
+TEST_F(FolderBundlesTest, TakesAMissingMainBundleAsEmptyAndTellsOfAMissingSdkBundle) {
+    const auto all = bundles();
+    EXPECT_EQ(all->main()->pathForResource("a", "txt"), std::nullopt);
+    EXPECT_EQ(all->main()->propertyList("a"), std::nullopt);
+    EXPECT_EQ(all->main()->localizedString("key"), "key");
+    EXPECT_THAT(diagnostics->texts, IsEmpty());
+    EXPECT_EQ(all->withIdentifier("a"), nullptr);
+    EXPECT_EQ(all->withIdentifier("a"), nullptr);
+    EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("sdk.bundle\" does not exist; install")));
+}
+
+TEST_F(FolderBundlesTest, FindsResourcesWithoutLeavingTheFolder) {
+    setenv("LANG", "de_AT.UTF-8", 1);
+    write("secret.plist", xml("<dict/>"));
+    write("app.bundle/logo.png", "");
+    write("app.bundle/de.lproj/terms.html", "");
+    write("app.bundle/en.lproj/terms.html", "");
+    write("app.bundle/en.lproj/help.html", "");
+    write("app.bundle/README", "");
+    const auto bundle = main();
+    const auto root = folder / "app.bundle";
+    EXPECT_EQ(bundle->pathForResource("logo", "png"), root / "logo.png");
+    EXPECT_EQ(bundle->pathForResource("README", ""), root / "README");
+    EXPECT_EQ(bundle->pathForResource("terms", "html"), root / "de.lproj/terms.html");
+    EXPECT_EQ(bundle->pathForResource("help", "html"), root / "en.lproj/help.html");
+    for (const std::string name : {"../secret", "de.lproj/terms", "/etc/passwd", "..", "."}) {
+        EXPECT_EQ(bundle->pathForResource(name, ""), std::nullopt) << name;
+        EXPECT_EQ(bundle->pathForResource(name, "plist"), std::nullopt) << name;
+        EXPECT_EQ(bundle->propertyList(name), std::nullopt) << name;
+        EXPECT_EQ(bundle->localizedString("key", name), "key") << name;
+    }
+    EXPECT_EQ(bundle->pathForResource("", "png"), std::nullopt);
+    EXPECT_EQ(bundle->pathForResource(std::string_view{"logo.png\0x", 10}, ""), std::nullopt);
+}
+
+TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
+    const auto text = xml("<dict><key>text</key><string>a &lt; \xE2\x82\xAC</string><key>number</key>"
+                          "<integer>-5</integer><key>real</key><real>1.5</real><key>flag</key><true/>"
+                          "<key>bytes</key><data>AAEC</data><key>list</key><array><string>x</string><dict/></array>"
+                          "<key>date</key><date>2026-01-31T08:15:00Z</date></dict>");
+    const PropertyValue::Dictionary expected{
+        {"text", {std::string{"a < \xE2\x82\xAC"}}},
+        {"number", {std::int64_t{-5}}},
+        {"real", {1.5}},
+        {"flag", {true}},
+        {"bytes", {PropertyValue::Bytes{{"\0\1\2", 3}}}},
+        {"list", {PropertyValue::List{{std::string{"x"}}, {PropertyValue::Dictionary{}}}}},
+        {"date", {std::string{"2026-01-31T08:15:00Z"}}},
+    };
+    for (const auto& bytes : {text, binary(text), "\xEF\xBB\xBF" + text}) {
+        write("app.bundle/all.plist", bytes);
+        EXPECT_EQ(main()->propertyList("all"), PropertyValue{expected});
+    }
+    EXPECT_THAT(diagnostics->texts, IsEmpty());
+}
+
+TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
+    const auto whole = binary(xml("<dict><key>a</key><string>b</string></dict>"));
+    const auto deep = xml(repeated("<array>", 200'000) + repeated("</array>", 200'000));
+
+    struct Case {
+        std::string bytes;
+        std::string problem;
+    };
+
+    for (const auto& [bytes, problem] : {
+             Case{"", "not a well-formed"},
+             Case{"no property list", "not a well-formed"},
+             Case{"<plist><dict><key>a</key>", "not a well-formed"},
+             Case{whole.substr(0, 40), "damaged"},
+             Case{"bplist00", "damaged"},
+             Case{deep, "nested too deeply"},
+             Case{xml("<string>alone</string>"), "holds a single value"},
+             Case{std::string((16 << 20) + 1, ' '), "larger than 16 MiB"},
+         }) {
+        diagnostics->texts.clear();
+        write("app.bundle/broken.plist", bytes);
+        const auto bundle = main();
+        EXPECT_EQ(bundle->propertyList("broken"), std::nullopt);
+        EXPECT_EQ(bundle->propertyList("broken"), std::nullopt);
+        EXPECT_THAT(diagnostics->texts,
+                    ElementsAre(AllOf(HasSubstr("app.bundle/broken.plist\""), HasSubstr(problem), HasSubstr("; put"))));
+    }
+    diagnostics->texts.clear();
+    fs::create_directories(folder / "app.bundle/folder.plist");
+    EXPECT_EQ(main()->propertyList("folder"), std::nullopt);
+    EXPECT_EQ(main()->propertyList("missing"), std::nullopt);
+    EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("folder.plist\" is not a file")));
+}
+
+TEST_F(FolderBundlesTest, TellsOnceOfAnInformationDictionaryThatCannotBeRead) {
+    const auto problemOf = [&] {
+        diagnostics->texts.clear();
+        const auto bundle = main();
+        EXPECT_EQ(bundle->bundleIdentifier(), std::nullopt);
+        EXPECT_EQ(bundle->localizedString("key"), "key");
+        return diagnostics->texts;
+    };
+    write("app.bundle/Info.plist", "broken");
+    EXPECT_THAT(problemOf(), ElementsAre(HasSubstr("Info.plist\" is not a well-formed")));
+    write("app.bundle/Info.plist", xml("<array/>"));
+    EXPECT_THAT(problemOf(), ElementsAre(HasSubstr("Info.plist\" does not hold a dictionary")));
+    fs::remove_all(folder / "app.bundle");
+    write("app.bundle", "a file");
+    EXPECT_THAT(problemOf(), ElementsAre(HasSubstr("app.bundle\" is not a folder")));
+}
+
+TEST(PropertyListReader, RefusesBinaryListsThatLoopOrUnfoldWithoutEnd) {
+    // Arrays of one byte each for marker and two references: `next` says which array follows which.
+    const auto chain = [](int objects, auto next) {
+        std::string bytes = "bplist00";
+        std::string offsets;
+        for (int i = 0; i < objects; ++i) {
+            offsets += static_cast<char>(bytes.size() >> 8);
+            offsets += static_cast<char>(bytes.size());
+            bytes += i + 1 < objects || next(i) != i + 1 ? "\xA2" + std::string(2, static_cast<char>(next(i))) : "\xA0";
+        }
+        const auto table = bytes.size();
+        const std::string size(7, '\0');
+        return bytes + offsets + std::string(6, '\0') + "\x02\x01" + size + static_cast<char>(objects) +
+               std::string(8, '\0') + std::string(6, '\0') + static_cast<char>(table >> 8) + static_cast<char>(table);
+    };
+    EXPECT_TRUE(readPropertyList(chain(5, [](int i) { return i + 1; })));
+    EXPECT_FALSE(readPropertyList(chain(5, [](int i) { return (i + 1) % 5; }))) << "a loop";
+    EXPECT_FALSE(readPropertyList(chain(40, [](int i) { return i + 1; }))) << "two to the power of forty values";
+    EXPECT_FALSE(readPropertyList(chain(1, [](int) { return 9; }))) << "a reference to nowhere";
+}
+
+TEST(StringsFile, UnderstandsTheTextForm) {
+    struct Case {
+        std::string bytes;
+        StringTable table;
+    };
+
+    for (const auto& [bytes, table] : {
+             Case{"", {}},
+             Case{"\"a\" = \"b\";", {{"a", "b"}}},
+             Case{"/* \"no\" = \"no\"; */ \"a\"=\"b\" ; // end\n\"c\" = \"d\";", {{"a", "b"}, {"c", "d"}}},
+             Case{"\"a\" = \"b\"; \"a\" = \"c\";", {{"a", "c"}}},
+             Case{"plain.key = \"// text\"; \"alone\";", {{"plain.key", "// text"}, {"alone", "alone"}}},
+             Case{R"("q\"" = "1\\2\n3\t4\r\'";)", {{"q\"", "1\\2\n3\t4\r'"}}},
+             Case{R"("a" = "\U20AC\u00e9";)", {{"a", "\xE2\x82\xAC\xC3\xA9"}}},
+             Case{R"("a" = "\Ud83d\Ude00|\ud83d|\Ude00";)", {{"a", "\xF0\x9F\x98\x80|\xEF\xBF\xBD|\xEF\xBF\xBD"}}},
+             Case{R"("a" = "\Uzz";)", {{"a", "Uzz"}}},
+             Case{"\xEF\xBB\xBF\"a\" = \"\xC3\xA9\";", {{"a", "\xC3\xA9"}}},
+             Case{{"\xFF\xFE\"\0a\0\"\0=\0\"\0\xE9\0\"\0;\0", 18}, {{"a", "\xC3\xA9"}}},
+             Case{{"\xFE\xFF\0\"\0a\0\"\0=\0\"\0\xE9\0\"\0;", 18}, {{"a", "\xC3\xA9"}}},
+             Case{"\n" + xml("<dict><key>a</key><string>b</string><key>n</key><true/></dict>"), {{"a", "b"}}},
+             Case{binary(xml("<dict><key>a</key><string>b</string></dict>")), {{"a", "b"}}},
+         }) {
+        const auto result = readStringsFile(bytes);
+        ASSERT_TRUE(result) << bytes << " " << result.error();
+        EXPECT_EQ(*result, table) << bytes;
+    }
+}
+
+TEST(StringsFile, SaysWhereTheTextFormIsBroken) {
+    struct Case {
+        std::string bytes;
+        std::string problem;
+    };
+
+    for (const auto& [bytes, problem] : {
+             Case{"\"a\" = \"b\"", "line 1: expected ';'"},
+             Case{"\"a\" = \"b\";\n\"c\" =\n;", "line 3: expected a value"},
+             Case{"\n= \"b\";", "line 2: expected a key"},
+             Case{"\"a\" = \"b\n;\n", "line 1: a text has no closing quote"},
+             Case{"\n\n/* open", "line 3: a comment has no end"},
+             Case{"\"a\" = \"\xE9\";", "neither UTF-8 nor UTF-16"},
+             Case{xml("<array/>"), "does not hold a dictionary"},
+         }) {
+        const auto result = readStringsFile(bytes);
+        ASSERT_FALSE(result) << bytes;
+        EXPECT_THAT(result.error(), HasSubstr(problem));
+    }
+}
+
+TEST_F(FolderBundlesTest, PrefersThePersonsLanguageTextByText) {
+    write("app.bundle/Info.plist", xml("<dict><key>CFBundleDevelopmentRegion</key><string>fr</string></dict>"));
+    const auto table = [](const std::string& language, const std::string& keys) {
+        std::string text;
+        for (const char key : keys) {
+            text += std::string{"\""} + key + "\" = \"" + language + "\";\n";
+        }
+        return text;
+    };
+    write("app.bundle/de_AT.lproj/Localizable.strings", table("de_AT", "a"));
+    write("app.bundle/de-AT.lproj/Localizable.strings", table("de-AT", "ab"));
+    write("app.bundle/de.lproj/Localizable.strings", table("de", "abc"));
+    write("app.bundle/fr.lproj/Localizable.strings", table("fr", "abcd"));
+    write("app.bundle/en.lproj/Localizable.strings", table("en", "abcde"));
+    write("app.bundle/Base.lproj/Localizable.strings", table("Base", "abcdef"));
+    write("app.bundle/de.lproj/Other.strings", table("other", "a"));
+    const auto texts = [&] {
+        const auto bundle = main();
+        std::string all;
+        for (const auto* key : {"a", "b", "c", "d", "e", "f", "g"}) {
+            all += bundle->localizedString(key) + " ";
+        }
+        return all;
+    };
+    setenv("LANG", "de_AT.UTF-8@euro", 1);
+    EXPECT_EQ(texts(), "de_AT de-AT de fr en Base g ");
+    EXPECT_EQ(main()->localizedString("a", "Other"), "other");
+    EXPECT_EQ(main()->localizedString("a", "Absent"), "a");
+    setenv("LC_MESSAGES", "C", 1);
+    EXPECT_EQ(texts(), "fr fr fr fr en Base g ");
+    setenv("LC_ALL", "en", 1);
+    EXPECT_EQ(texts(), "en en en en en Base g ");
+    setenv("LC_ALL", "../de", 1);
+    EXPECT_EQ(texts(), "fr fr fr fr en Base g ");
+}
+
+TEST_F(FolderBundlesTest, LeavesOutABrokenTableAndTellsOnce) {
+    setenv("LANG", "de", 1);
+    write("app.bundle/de.lproj/Localizable.strings", "\"a\" = ");
+    write("app.bundle/en.lproj/Localizable.strings", "\"a\" = \"A\";");
+    const auto bundle = main();
+    EXPECT_EQ(bundle->localizedString("a"), "A");
+    EXPECT_EQ(bundle->localizedString("a"), "A");
+    EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("de.lproj/Localizable.strings\" is damaged in line 1")));
+}
+
+TEST_F(FolderBundlesTest, ServesManyThreadsAndTellsOnceAllTheSame) {
+    write("app.bundle/Info.plist", "broken");
+    write("app.bundle/en.lproj/Localizable.strings", "\"a\" = \"A\";");
+    const auto bundle = main();
+    std::atomic<int> right = 0;
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back(
+                [&] { right += bundle->localizedString("a") == "A" && !bundle->bundleIdentifier() ? 1 : 0; });
+        }
+    }
+    EXPECT_EQ(right, 4);
+    EXPECT_EQ(diagnostics->texts.size(), 1U);
+}
+
+} // namespace
+} // namespace kivo::platform
