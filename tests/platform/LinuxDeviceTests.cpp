@@ -1,0 +1,202 @@
+#include "linux/LinuxDevice.hpp"
+
+#include "linux/InterfaceNames.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace kivo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+constexpr auto uuidPattern = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
+
+struct SeenDiagnostics final : Diagnostics {
+    void report(std::string_view component, std::string_view text) override {
+        const std::scoped_lock lock{mutex};
+        texts.push_back(std::string{component} + ": " + std::string{text});
+    }
+
+    std::mutex mutex;
+    std::vector<std::string> texts;
+};
+
+class LinuxDeviceTest : public testing::Test {
+protected:
+    LinuxDeviceTest() {
+        auto pattern = (fs::temp_directory_path() / "kivo-device-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+    }
+
+    ~LinuxDeviceTest() override { fs::remove_all(folder); }
+
+    static void write(const fs::path& path, const std::string& text) {
+        fs::create_directories(path.parent_path());
+        std::ofstream{path} << text;
+    }
+
+    static std::string read(const fs::path& path) {
+        std::ifstream file{path};
+        return {std::istreambuf_iterator{file}, {}};
+    }
+
+    std::optional<std::string> identifier() const { return identifierIn(folder / "data"); }
+
+    std::optional<std::string> identifierIn(const fs::path& data) const {
+        return makeLinuxDevice(data, diagnostics)->identifierForVendor();
+    }
+
+    fs::path folder;
+    std::shared_ptr<SeenDiagnostics> diagnostics = std::make_shared<SeenDiagnostics>();
+};
+
+TEST_F(LinuxDeviceTest, KeepsOneRandomIdentifierPerDataFolder) {
+    const auto first = identifierIn(folder / "a/b");
+    ASSERT_TRUE(first);
+    EXPECT_THAT(*first, MatchesRegex(uuidPattern));
+    EXPECT_EQ(identifierIn(folder / "a/b"), first);
+    EXPECT_NE(identifierIn(folder / "c"), first);
+    struct stat status{};
+    ASSERT_EQ(stat((folder / "a/b/device-id").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+    EXPECT_EQ(std::distance(fs::directory_iterator{folder / "a/b"}, {}), 1) << "no draft stays behind";
+    EXPECT_THAT(diagnostics->texts, IsEmpty());
+}
+
+TEST_F(LinuxDeviceTest, AcceptsAnIdentifierInLowerCase) {
+    write(folder / "data/device-id", "01234567-89ab-cdef-0123-456789abcdef");
+    EXPECT_EQ(identifier(), "01234567-89AB-CDEF-0123-456789ABCDEF");
+}
+
+TEST_F(LinuxDeviceTest, PutsADamagedIdentifierAside) {
+    for (const std::string damaged : {"", "01234567-89ab", "01234567-89ab-cdef-0123-456789abcdeg\n",
+                                      "01234567-89ab-cdef-0123-456789abcdef and more"}) {
+        diagnostics->texts.clear();
+        write(folder / "data/device-id", damaged);
+        const auto fresh = identifier();
+        ASSERT_TRUE(fresh) << damaged;
+        EXPECT_THAT(*fresh, MatchesRegex(uuidPattern));
+        EXPECT_EQ(identifier(), fresh);
+        EXPECT_EQ(read(folder / "data/device-id.damaged"), damaged);
+        EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("was damaged; it is kept as")));
+    }
+}
+
+TEST_F(LinuxDeviceTest, GivesManyProcessesTheSameIdentifier) {
+    for (const bool damaged : {false, true}) {
+        if (damaged) {
+            write(folder / "data/device-id", "damaged");
+        }
+        std::vector<pid_t> children;
+        for (int i = 0; i < 8; ++i) {
+            children.push_back(fork());
+            ASSERT_GE(children.back(), 0);
+            if (children.back() == 0) {
+                write(folder / ("seen" + std::to_string(i)), identifier().value_or("none"));
+                _exit(0);
+            }
+        }
+        std::set<std::string> seen;
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            waitpid(children[i], nullptr, 0);
+            seen.insert(read(folder / ("seen" + std::to_string(i))));
+        }
+        EXPECT_THAT(seen, ElementsAre(MatchesRegex(uuidPattern)));
+    }
+}
+
+TEST_F(LinuxDeviceTest, HasNoIdentifierInAFolderThatCannotBeWritten) {
+    write(folder / "file", "");
+    fs::create_directory(folder / "locked");
+    fs::permissions(folder, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
+    fs::permissions(folder / "locked", fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_all,
+                    fs::perm_options::replace);
+    fs::permissions(folder / "locked", fs::perms::others_write, fs::perm_options::remove);
+    const auto user = geteuid();
+    if (user == 0) {
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    const std::vector<fs::path> places{folder / "file", folder / "file/below", folder / "locked", {}};
+    for (const auto& place : places) {
+        diagnostics->texts.clear();
+        const auto device = makeLinuxDevice(place, diagnostics);
+        EXPECT_EQ(device->identifierForVendor(), std::nullopt) << place;
+        EXPECT_EQ(device->identifierForVendor(), std::nullopt) << place;
+        EXPECT_EQ(diagnostics->texts.size(), 1U) << place;
+        EXPECT_THAT(diagnostics->texts.front(), HasSubstr("device: The")) << place;
+    }
+    ASSERT_EQ(seteuid(user), 0);
+}
+
+TEST_F(LinuxDeviceTest, NamesInterfacesByTheirKind) {
+    const auto interface = [&](const std::string& name, const std::string& type, std::initializer_list<const char*> has,
+                               const std::string& uevent = "") {
+        write(folder / name / "type", type + "\n");
+        write(folder / name / "uevent", uevent + "INTERFACE=" + name + "\n");
+        for (const auto* entry : has) {
+            fs::create_directory(folder / name / entry);
+        }
+    };
+    interface("lo", "772", {});
+    interface("wlp3s0", "1", {"device", "wireless"});
+    interface("wlan1", "1", {"device", "phy80211"}, "DEVTYPE=wlan\n");
+    interface("wwp0s20", "1", {"device"}, "DEVTYPE=wwan\n");
+    interface("can0", "280", {"device"});
+    interface("docker0", "1", {}, "DEVTYPE=bridge\n");
+    for (const auto* name : {"eth0", "enp1s0", "eth1", "eth2"}) {
+        interface(name, "1", {"device"});
+    }
+    InterfaceNames names{folder};
+    const std::vector<std::pair<std::string, std::string>> expected{
+        {"lo", "lo"},         {"eth0", "en2"},     {"wlp3s0", "en0"}, {"wwp0s20", "pdp_ip0"},
+        {"wwan0", "pdp_ip1"}, {"ppp0", "pdp_ip2"}, {"wlan1", "en0"},  {"docker0", "docker0"},
+        {"enp1s0", "en3"},    {"can0", "can0"},    {"eth1", "en4"},   {"eth2", "eth2"},
+        {"ppp1", "pdp_ip3"},  {"ppp2", "ppp2"},    {"eth0", "en2"},   {"gone0", "gone0"},
+    };
+    for (const auto& [name, phoneName] : expected) {
+        EXPECT_EQ(names.phoneName(name), phoneName);
+    }
+}
+
+TEST_F(LinuxDeviceTest, ListsTheMachinesAddresses) {
+    const auto addresses = makeLinuxDevice(folder, diagnostics)->interfaceAddresses();
+    EXPECT_TRUE(std::ranges::any_of(addresses, [](const auto& address) {
+        return address.interfaceName == "lo" && address.family == AddressFamily::ipv4 &&
+               address.numericHost == "127.0.0.1";
+    }));
+    for (const auto& address : addresses) {
+        EXPECT_EQ(address.family == AddressFamily::ipv6, address.numericHost.contains(':')) << address.numericHost;
+    }
+}
+
+TEST_F(LinuxDeviceTest, TakesItsVersionFromTheReleaseText) {
+    EXPECT_EQ(versionOfRelease("NAME=\"X\"\nVERSION_ID=\"12.5\"\nID=x\n"), "12.5");
+    EXPECT_EQ(versionOfRelease("VERSION_ID='39'"), "39");
+    EXPECT_EQ(versionOfRelease("VERSION_ID=3.19.1\n"), "3.19.1");
+    EXPECT_EQ(versionOfRelease("OLD_VERSION_ID=1\n\nNAME=rolling\n"), "");
+    EXPECT_EQ(versionOfRelease(""), "");
+    const auto device = makeLinuxDevice(folder, diagnostics);
+    EXPECT_NE(device->systemVersion(), "");
+    utsname system{};
+    ASSERT_EQ(uname(&system), 0);
+    EXPECT_EQ(device->machine(), system.machine);
+}
+
+} // namespace
+} // namespace kivo::platform
