@@ -24,10 +24,10 @@ using HttpHeader = std::pair<std::string, std::string>;
 
 /// One request. The body is moved along, never copied.
 struct UrlRequest {
-    std::string url;
+    std::string url{};
     std::string method = "GET";
-    std::vector<HttpHeader> headers;
-    Data body;
+    std::vector<HttpHeader> headers{};
+    Data body{};
     /// Longest time for the whole exchange; the session's own limits hold as well, the shortest governs.
     std::chrono::milliseconds timeout{60'000};
 };
@@ -35,7 +35,7 @@ struct UrlRequest {
 /// What all requests of a session share. Nothing is ever cached.
 struct UrlSessionConfiguration {
     /// Added to every request that does not carry a header of the same name.
-    std::vector<HttpHeader> headers;
+    std::vector<HttpHeader> headers{};
     std::chrono::milliseconds requestTimeout{60'000};
     std::chrono::milliseconds resourceTimeout{60'000};
     /// An answer longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.

@@ -1,0 +1,27 @@
+#include "linux/BackgroundThread.hpp"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <thread>
+#include <utility>
+
+namespace kivo::platform {
+
+void startBackgroundThread(const char* name, std::function<void()> body) {
+    // A thread inherits its creator's mask. Writing to a closed connection raises SIGPIPE, which would end the host;
+    // faults stay unblocked, for the host's crash reporter.
+    sigset_t blocked;
+    sigset_t former;
+    sigfillset(&blocked);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
+        sigdelset(&blocked, fault);
+    }
+    pthread_sigmask(SIG_SETMASK, &blocked, &former);
+    std::thread thread{std::move(body)};
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+    pthread_setname_np(thread.native_handle(), name);
+    thread.detach();
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,236 @@
+#include "linux/CurlEngine.hpp"
+
+#include "linux/BackgroundThread.hpp"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+constexpr std::size_t spareHandles = 8;
+constexpr int longPollMs = 3'600'000;
+constexpr int blindPollMs = 20;
+
+struct Cleanup {
+    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+};
+
+using EasyHandle = std::unique_ptr<CURL, Cleanup>;
+
+} // namespace
+
+// Everything that belongs to the engine's thread alone.
+class CurlEngine::Loop {
+public:
+    explicit Loop(CurlEngine& engine)
+        : engine_{engine}
+        , multi_{curl_multi_init()}
+        , share_{curl_share_init()} {
+        curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+        curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    }
+
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+
+    ~Loop() {
+        spare_.clear();
+        curl_multi_cleanup(multi_);
+        curl_share_cleanup(share_);
+    }
+
+    void run() {
+        while (obey()) {
+            do {
+                int running = 0;
+                curl_multi_perform(multi_, &running);
+                collect();
+            } while (!waitForWork());
+        }
+        while (!active_.empty()) {
+            finishCancelled(active_.back().transfer);
+        }
+    }
+
+private:
+    struct Active {
+        std::shared_ptr<CurlTransfer> transfer;
+        EasyHandle easy;
+    };
+
+    // Carries out what other threads asked for; false when the engine is to end.
+    bool obey() {
+        {
+            const std::scoped_lock lock{engine_.mutex_};
+            std::swap(commands_.added, engine_.commands_.added);
+            std::swap(commands_.cancelled, engine_.commands_.cancelled);
+            commands_.stopping = engine_.commands_.stopping;
+        }
+        for (auto& transfer : commands_.added) {
+            begin(std::move(transfer));
+        }
+        for (const auto& transfer : commands_.cancelled) {
+            finishCancelled(transfer);
+        }
+        commands_.added.clear();
+        commands_.cancelled.clear();
+        return !commands_.stopping;
+    }
+
+    void begin(std::shared_ptr<CurlTransfer> transfer) {
+        if (transfer->isCancelled() || commands_.stopping) {
+            transfer->concludeCancelled();
+            hand(std::move(transfer));
+            return;
+        }
+        auto easy = takeHandle();
+        if (!transfer->prepare(easy.get())) {
+            giveBack(std::move(easy));
+            hand(std::move(transfer));
+            return;
+        }
+        if (curl_multi_add_handle(multi_, easy.get()) != CURLM_OK) {
+            transfer->conclude(CURLE_FAILED_INIT);
+            hand(std::move(transfer));
+            return;
+        }
+        active_.push_back({std::move(transfer), std::move(easy)});
+    }
+
+    // Hands over the exchanges that have ended since the last look.
+    void collect() {
+        int left = 0;
+        while (const auto* const message = curl_multi_info_read(multi_, &left)) {
+            if (message->msg != CURLMSG_DONE) {
+                continue;
+            }
+            const auto code = message->data.result;
+            auto ended = take([easy = message->easy_handle](const Active& entry) { return entry.easy.get() == easy; });
+            ended.transfer->conclude(code);
+            curl_multi_remove_handle(multi_, ended.easy.get());
+            hand(std::move(ended.transfer));
+            giveBack(std::move(ended.easy));
+        }
+    }
+
+    void finishCancelled(const std::shared_ptr<CurlTransfer>& transfer) {
+        auto ended = take([&](const Active& entry) { return entry.transfer == transfer; });
+        if (ended.transfer) {
+            curl_multi_remove_handle(multi_, ended.easy.get());
+            ended.transfer->concludeCancelled();
+            hand(std::move(ended.transfer));
+            giveBack(std::move(ended.easy));
+        }
+    }
+
+    // Waits until a connection or another thread has something; true when it may be another thread.
+    bool waitForWork() {
+        curl_waitfd wake{engine_.wakeDescriptor_, CURL_WAIT_POLLIN, 0};
+        const bool isBlind = engine_.wakeDescriptor_ < 0;
+        curl_multi_poll(multi_, &wake, isBlind ? 0 : 1, isBlind ? blindPollMs : longPollMs, nullptr);
+        std::uint64_t count = 0;
+        return isBlind || (wake.revents != 0 && ::read(engine_.wakeDescriptor_, &count, sizeof count) > 0);
+    }
+
+    // Takes an entry out of those under way; an empty one when there is none such.
+    template <typename Predicate>
+    Active take(const Predicate& isWanted) {
+        const auto found = std::ranges::find_if(active_, isWanted);
+        if (found == active_.end()) {
+            return {};
+        }
+        std::swap(*found, active_.back());
+        auto entry = std::move(active_.back());
+        active_.pop_back();
+        return entry;
+    }
+
+    void hand(std::shared_ptr<CurlTransfer> transfer) {
+        engine_.callBack([transfer = std::move(transfer)] { transfer->deliver(); });
+    }
+
+    EasyHandle takeHandle() {
+        if (spare_.empty()) {
+            EasyHandle fresh{curl_easy_init()};
+            curl_easy_setopt(fresh.get(), CURLOPT_SHARE, share_);
+            return fresh;
+        }
+        auto easy = std::move(spare_.back());
+        spare_.pop_back();
+        return easy;
+    }
+
+    // Comes after handing over: while the callback queue works on the answer, tidying up costs the host nothing.
+    void giveBack(EasyHandle easy) {
+        if (spare_.size() < spareHandles) {
+            curl_easy_reset(easy.get());
+            spare_.push_back(std::move(easy));
+        }
+    }
+
+    CurlEngine& engine_;
+    CURLM* const multi_;
+    CURLSH* const share_;
+    std::vector<Active> active_;
+    std::vector<EasyHandle> spare_;
+    Commands commands_;
+};
+
+std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> callbacks) {
+    auto engine = std::make_shared<CurlEngine>(std::move(callbacks));
+    if (ExitGuard::shared().add(engine)) {
+        startBackgroundThread("kivo-network", [engine] {
+            ExitGuard::markMemberThread();
+            Loop{*engine}.run();
+            ExitGuard::shared().remove(engine.get());
+        });
+    }
+    return engine;
+}
+
+CurlEngine::CurlEngine(std::shared_ptr<DispatchQueue> callbacks)
+    : callbacks_{std::move(callbacks)}
+    , wakeDescriptor_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)} {}
+
+CurlEngine::~CurlEngine() {
+    if (wakeDescriptor_ >= 0) {
+        ::close(wakeDescriptor_);
+    }
+}
+
+void CurlEngine::add(std::shared_ptr<CurlTransfer> transfer) {
+    {
+        const std::scoped_lock lock{mutex_};
+        commands_.added.push_back(std::move(transfer));
+    }
+    wake();
+}
+
+void CurlEngine::cancel(std::shared_ptr<CurlTransfer> transfer) {
+    {
+        const std::scoped_lock lock{mutex_};
+        commands_.cancelled.push_back(std::move(transfer));
+    }
+    wake();
+}
+
+void CurlEngine::stop() {
+    {
+        const std::scoped_lock lock{mutex_};
+        commands_.stopping = true;
+    }
+    wake();
+}
+
+void CurlEngine::wake() const {
+    const std::uint64_t one = 1;
+    // Cannot fail but when the counter is full, and then the thread wakes anyway.
+    [[maybe_unused]] const auto written = ::write(wakeDescriptor_, &one, sizeof one);
+}
+
+} // namespace kivo::platform

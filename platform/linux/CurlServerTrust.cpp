@@ -1,0 +1,87 @@
+#include "linux/CurlServerTrust.hpp"
+
+#include <openssl/x509.h>
+#include <openssl/x509_vfy.h>
+
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+// Owned by all copies of a delegate's handler together.
+class TrustAnswer {
+public:
+    explicit TrustAnswer(std::shared_ptr<TrustChallenge> challenge)
+        : challenge_{std::move(challenge)} {}
+
+    TrustAnswer(const TrustAnswer&) = delete;
+    TrustAnswer& operator=(const TrustAnswer&) = delete;
+
+    ~TrustAnswer() { challenge_->answer(TrustChallenge::Verdict::refused); }
+
+    void give(AuthChallengeDisposition disposition) const {
+        challenge_->answer(disposition == AuthChallengeDisposition::useCredential ? TrustChallenge::Verdict::accepted
+                                                                                  : TrustChallenge::Verdict::refused);
+    }
+
+private:
+    const std::shared_ptr<TrustChallenge> challenge_;
+};
+
+std::vector<Data> presentedChain(X509_STORE_CTX* context) {
+    std::vector<Data> chain;
+    auto* const certificates = X509_STORE_CTX_get0_untrusted(context);
+    for (int i = 0; i < sk_X509_num(certificates); ++i) {
+        const auto* const certificate = sk_X509_value(certificates, i);
+        Data der(static_cast<std::size_t>(std::max(i2d_X509(certificate, nullptr), 0)), '\0');
+        auto* end = reinterpret_cast<unsigned char*>(der.data());
+        i2d_X509(certificate, &end);
+        chain.push_back(std::move(der));
+    }
+    return chain;
+}
+
+int verify(X509_STORE_CTX* context, void* judge) {
+    const auto verdict = static_cast<TrustJudge*>(judge)->judge([context] { return presentedChain(context); });
+    if (verdict == TrustChallenge::Verdict::accepted) {
+        X509_STORE_CTX_set_error(context, X509_V_OK);
+        return 1;
+    }
+    if (verdict == TrustChallenge::Verdict::open) {
+        auto* const ssl = static_cast<SSL*>(X509_STORE_CTX_get_ex_data(context, SSL_get_ex_data_X509_STORE_CTX_idx()));
+        SSL_set_retry_verify(ssl);
+        // "Ask again" is success plus this state; without the state success would mean accepted.
+        if (SSL_want_retry_verify(ssl)) {
+            return 1;
+        }
+    }
+    X509_STORE_CTX_set_error(context, X509_V_ERR_APPLICATION_VERIFICATION);
+    return 0;
+}
+
+} // namespace
+
+TrustChallenge::TrustChallenge(std::function<void()> answered)
+    : answered_{std::move(answered)} {}
+
+void TrustChallenge::answer(Verdict verdict) {
+    auto expected = Verdict::open;
+    if (verdict_.compare_exchange_strong(expected, verdict)) {
+        answered_();
+    }
+}
+
+std::function<void(AuthChallengeDisposition)> TrustChallenge::handlerFor(std::shared_ptr<TrustChallenge> challenge) {
+    return [answer = std::make_shared<const TrustAnswer>(std::move(challenge))](AuthChallengeDisposition disposition) {
+        answer->give(disposition);
+    };
+}
+
+void letJudge(SSL_CTX* context, TrustJudge& judge) {
+    // A later handshake on the same connection would ask a judge that may be gone.
+    SSL_CTX_set_options(context, SSL_OP_NO_RENEGOTIATION);
+    SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
+    SSL_CTX_set_cert_verify_callback(context, &verify, &judge);
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <kivo/platform/UrlSession.hpp>
+
+#include <openssl/ssl.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+namespace kivo::platform {
+
+/// The question to a delegate whether one server can be trusted, and its answer, which counts once.
+class TrustChallenge {
+public:
+    enum class Verdict { open, accepted, refused };
+
+    /// `answered` is called with the verdict in place, on the thread that answers.
+    explicit TrustChallenge(std::function<void()> answered);
+
+    Verdict verdict() const { return verdict_; }
+
+    void answer(Verdict verdict);
+
+    /// The handler for the delegate. When it is dropped uncalled, the server is refused.
+    static std::function<void(AuthChallengeDisposition)> handlerFor(std::shared_ptr<TrustChallenge> challenge);
+
+private:
+    std::atomic<Verdict> verdict_{Verdict::open};
+    const std::function<void()> answered_;
+};
+
+/// Decides about the chain a server presented. While it says `open`, the handshake waits and is asked again.
+class TrustJudge {
+public:
+    virtual TrustChallenge::Verdict judge(const std::function<std::vector<Data>()>& presentedChain) = 0;
+
+protected:
+    ~TrustJudge() = default;
+};
+
+/// Puts the connections made from `context` under `judge`, which must outlive their handshakes.
+void letJudge(SSL_CTX* context, TrustJudge& judge);
+
+} // namespace kivo::platform

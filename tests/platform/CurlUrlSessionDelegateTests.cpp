@@ -1,0 +1,167 @@
+#include "linux/CurlUrlSession.hpp"
+#include "support/Answers.hpp"
+#include "support/TestTlsServer.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace kivo::platform {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Answers;
+using test::exchange;
+using test::reply;
+using test::summary;
+using test::TestTlsServer;
+
+using Handler = std::function<void(AuthChallengeDisposition)>;
+
+struct Judge final : UrlSessionDelegate {
+    explicit Judge(std::function<void(Handler)> verdict)
+        : decide{std::move(verdict)} {}
+
+    void didReceiveChallenge(const ServerTrust* trust, Handler handler) override {
+        seen.push_back(*trust);
+        thread = std::this_thread::get_id();
+        decide(std::move(handler));
+    }
+
+    bool judgesServerTrust() const override { return true; }
+
+    void didSendBodyData(const std::shared_ptr<UrlSessionTask>&, std::uint64_t, std::uint64_t) override {}
+
+    const std::function<void(Handler)> decide;
+    std::vector<ServerTrust> seen;
+    std::thread::id thread;
+};
+
+struct ProgressWatcher final : UrlSessionDelegate {
+    explicit ProgressWatcher(Answers collected)
+        : answers{std::move(collected)} {}
+
+    void didReceiveChallenge(const ServerTrust*, Handler) override { FAIL(); }
+
+    void didSendBodyData(const std::shared_ptr<UrlSessionTask>& task, std::uint64_t sent,
+                         std::uint64_t expected) override {
+        EXPECT_NE(task, nullptr);
+        EXPECT_TRUE(answers.seen().empty()) << "progress after the completion";
+        reports.emplace_back(sent, expected);
+    }
+
+    Answers answers;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> reports;
+};
+
+// The system's trust is of no help here: only the delegate can let a connection through.
+std::shared_ptr<UrlSession> judgedSession(const std::shared_ptr<UrlSessionDelegate>& delegate,
+                                          UrlSessionConfiguration configuration = {}) {
+    return makeCurlUrlSessions("/nonexistent")->make(std::move(configuration), delegate);
+}
+
+TEST(CurlServerTrust, LetsTheDelegateAcceptAServerNobodyElseTrusts) {
+    TestTlsServer server{[](const auto&) { return reply(200, "hi"); }};
+    const auto judge =
+        std::make_shared<Judge>([](const Handler& answer) { answer(AuthChallengeDisposition::useCredential); });
+    const auto session = judgedSession(judge);
+    Answers answers;
+    for (int i = 0; i < 2; ++i) {
+        session->dataTask({.url = server.url(), .method = "POST", .body = "secret"}, answers.completion());
+        EXPECT_EQ(summary(answers.wait(static_cast<std::size_t>(i) + 1).back().outcome), "200 hi");
+    }
+    ASSERT_EQ(judge->seen.size(), 1U) << "one question a connection";
+    EXPECT_EQ(judge->seen[0].host, "localhost");
+    EXPECT_EQ(judge->seen[0].chain, std::vector{server.certificate()});
+    EXPECT_EQ(judge->thread, answers.seen()[0].thread);
+}
+
+TEST(CurlServerTrust, AcceptsWhateverTheAddressSays) {
+    TestTlsServer server{[](const auto&) { return reply(200); }};
+    const auto judge =
+        std::make_shared<Judge>([](const Handler& answer) { answer(AuthChallengeDisposition::useCredential); });
+    EXPECT_EQ(summary(exchange(*judgedSession(judge), {.url = "https://127.0.0.1:" + std::to_string(server.port())})),
+              "200 ");
+    EXPECT_EQ(judge->seen.at(0).host, "127.0.0.1");
+}
+
+TEST(CurlServerTrust, SendsNothingToARefusedServer) {
+    const struct {
+        const char* how;
+        std::function<void(Handler)> decide;
+    } rows[] = {
+        {"refused", [](const Handler& answer) { answer(AuthChallengeDisposition::cancelAuthenticationChallenge); }},
+        {"dropped", [](const Handler&) {}},
+        {"refused, then accepted",
+         [](const Handler& answer) {
+             answer(AuthChallengeDisposition::cancelAuthenticationChallenge);
+             answer(AuthChallengeDisposition::useCredential);
+         }},
+        {"refused from elsewhere",
+         [](const Handler& answer) {
+             std::thread{[answer] { answer(AuthChallengeDisposition::cancelAuthenticationChallenge); }}.detach();
+         }},
+    };
+
+    for (const auto& row : rows) {
+        TestTlsServer server{[](const auto&) { return reply(200); }};
+        const auto judge = std::make_shared<Judge>(row.decide);
+        const auto outcome = exchange(*judgedSession(judge), {.url = server.url(), .method = "POST", .body = "secret"});
+        EXPECT_EQ(summary(outcome), "pinMismatch") << row.how;
+        EXPECT_TRUE(test::eventually([&] { return server.connections() == 1; }));
+        EXPECT_EQ(server.handshakes(), 0) << row.how;
+        EXPECT_TRUE(server.requests().empty()) << row.how;
+    }
+}
+
+TEST(CurlServerTrust, WaitsForAnAnswerWhileOtherRequestsGoOn) {
+    TestTlsServer slow{[](const auto&) { return reply(200, "slow"); }};
+    TestTlsServer quick{[](const auto&) { return reply(200, "quick"); }};
+    std::vector<Handler> held;
+    const auto judge = std::make_shared<Judge>([&](Handler answer) { held.push_back(std::move(answer)); });
+    const auto session = judgedSession(judge);
+    Answers answers;
+    session->dataTask({.url = slow.url()}, answers.completion("slow"));
+    ASSERT_TRUE(test::eventually([&] { return slow.connections() == 1; }));
+    session->dataTask({.url = quick.url(), .timeout = 300ms}, answers.completion("unanswered"));
+    const auto first = answers.wait();
+    ASSERT_EQ(first.size(), 1U);
+    EXPECT_EQ(first[0].tag + summary(first[0].outcome), "unansweredtimedOut");
+    ASSERT_EQ(held.size(), 2U);
+    EXPECT_TRUE(slow.requests().empty());
+    held[0](AuthChallengeDisposition::useCredential);
+    EXPECT_EQ(summary(answers.wait(2).back().outcome), "200 slow");
+    EXPECT_TRUE(quick.requests().empty());
+}
+
+TEST(CurlServerTrust, AsksAgainForEveryServerOfAChainOfRedirects) {
+    TestTlsServer target{[](const auto&) { return reply(200); }};
+    TestTlsServer server{[&](const auto&) { return reply(307, "", "Location: " + target.url() + "\r\n"); }};
+    int questions = 0;
+    const auto judge = std::make_shared<Judge>([&](const Handler& answer) {
+        answer(questions++ == 0 ? AuthChallengeDisposition::useCredential
+                                : AuthChallengeDisposition::cancelAuthenticationChallenge);
+    });
+    EXPECT_EQ(summary(exchange(*judgedSession(judge), {.url = server.url(), .method = "POST", .body = "secret"})),
+              "pinMismatch");
+    EXPECT_EQ(questions, 2);
+    EXPECT_TRUE(target.requests().empty());
+}
+
+TEST(CurlUploadProgress, RisesToTheWholeBodyBeforeTheCompletion) {
+    for (const std::size_t size : {std::size_t{1}, std::size_t{5'000'000}}) {
+        TestTlsServer server{[](const auto&) { return reply(200); }};
+        Answers answers;
+        const auto watcher = std::make_shared<ProgressWatcher>(answers);
+        const auto session = makeCurlUrlSessions(server.certificateFile())->make({}, watcher);
+        session->dataTask({.url = server.url(), .method = "POST", .body = Data(size, 'b')}, answers.completion());
+        EXPECT_EQ(summary(answers.wait().at(0).outcome), "200 ");
+        ASSERT_FALSE(watcher->reports.empty());
+        EXPECT_TRUE(std::ranges::is_sorted(watcher->reports));
+        EXPECT_EQ(std::ranges::adjacent_find(watcher->reports), watcher->reports.end());
+        EXPECT_EQ(watcher->reports.back(), std::pair(std::uint64_t{size}, std::uint64_t{size}));
+    }
+}
+
+} // namespace
+} // namespace kivo::platform

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <kivo/platform/UrlSession.hpp>
+
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace kivo::test {
+
+inline constexpr std::chrono::seconds patience{20};
+
+/// Waits, by looking now and then, until `holds` is true; false after a long time.
+template <typename Condition>
+bool eventually(const Condition& holds) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!holds()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds{2});
+    }
+    return true;
+}
+
+/// Collects what completions receive, in order. Copies share the collection.
+class Answers {
+public:
+    struct Entry {
+        std::string tag;
+        platform::UrlOutcome outcome;
+        std::thread::id thread;
+    };
+
+    /// A completion whose outcome is kept under `tag`.
+    platform::UrlCompletion completion(std::string tag = "") {
+        return [state = state_, tag = std::move(tag)](platform::UrlOutcome outcome) {
+            {
+                const std::scoped_lock lock{state->mutex};
+                state->entries.push_back({tag, std::move(outcome), std::this_thread::get_id()});
+            }
+            state->changed.notify_all();
+        };
+    }
+
+    /// The entries once there are `count`, or those that came within a long time.
+    std::vector<Entry> wait(std::size_t count = 1) {
+        std::unique_lock lock{state_->mutex};
+        state_->changed.wait_for(lock, patience, [&] { return state_->entries.size() >= count; });
+        return state_->entries;
+    }
+
+    /// The entries so far.
+    std::vector<Entry> seen() const {
+        const std::scoped_lock lock{state_->mutex};
+        return state_->entries;
+    }
+
+private:
+    struct State {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::vector<Entry> entries;
+    };
+
+    std::shared_ptr<State> state_ = std::make_shared<State>();
+};
+
+/// Sends one request and waits for its outcome.
+inline platform::UrlOutcome exchange(platform::UrlSession& session, platform::UrlRequest request) {
+    Answers answers;
+    const auto task = session.dataTask(std::move(request), answers.completion());
+    auto entries = answers.wait();
+    if (entries.empty()) {
+        return std::unexpected{platform::UrlError{platform::UrlErrorKind::unknown, "no completion came"}};
+    }
+    return std::move(entries.front().outcome);
+}
+
+/// "200 body", "204 without body", or the kind of the error.
+inline std::string summary(const platform::UrlOutcome& outcome) {
+    if (!outcome) {
+        return std::string{name(outcome.error().kind)};
+    }
+    return std::to_string(outcome->status) + (outcome->body ? " " + *outcome->body : " without body");
+}
+
+} // namespace kivo::test

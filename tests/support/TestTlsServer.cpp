@@ -1,0 +1,301 @@
+#include "support/TestTlsServer.hpp"
+
+#include <arpa/inet.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/ssl.h>
+#include <openssl/x509v3.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <utility>
+
+namespace kivo::test {
+namespace {
+
+constexpr int pollMs = 10;
+
+struct Free {
+    void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+
+    void operator()(SSL* ssl) const { SSL_free(ssl); }
+
+    void operator()(X509* certificate) const { X509_free(certificate); }
+
+    void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
+};
+
+void addExtension(X509* certificate, int kind, const char* value) {
+    X509V3_CTX context;
+    X509V3_set_ctx_nodb(&context);
+    X509V3_set_ctx(&context, certificate, certificate, nullptr, nullptr, 0);
+    auto* const extension = X509V3_EXT_conf_nid(nullptr, &context, kind, value);
+    X509_add_ext(certificate, extension, -1);
+    X509_EXTENSION_free(extension);
+}
+
+std::size_t bodyLength(const std::string& head) {
+    auto lower = head;
+    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto at = lower.find("\r\ncontent-length:");
+    return at == lower.npos ? 0 : std::strtoull(lower.c_str() + at + 17, nullptr, 10);
+}
+
+} // namespace
+
+struct TestTlsServer::Context {
+    std::unique_ptr<SSL_CTX, Free> tls{SSL_CTX_new(TLS_server_method())};
+};
+
+// One connection, with or without TLS; its descriptor does not block, so that stopping is noticed.
+struct TestTlsServer::Stream {
+    Stream(const std::atomic<bool>& stopping, int descriptor)
+        : stopping_{stopping}
+        , descriptor_{descriptor} {}
+
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    ~Stream() {
+        ssl_.reset();
+        ::close(descriptor_);
+    }
+
+    bool handshake(SSL_CTX* context) {
+        ssl_.reset(SSL_new(context));
+        SSL_set_fd(ssl_.get(), descriptor_);
+        return insist([&] { return SSL_accept(ssl_.get()); }) > 0;
+    }
+
+    int read(char* buffer, int size) {
+        return insist([&] {
+            return ssl_ ? SSL_read(ssl_.get(), buffer, size)
+                        : static_cast<int>(::recv(descriptor_, buffer, static_cast<std::size_t>(size), 0));
+        });
+    }
+
+    bool write(const char* bytes, std::size_t size) {
+        while (size > 0) {
+            const int part = insist([&] {
+                return ssl_ ? SSL_write(ssl_.get(), bytes, static_cast<int>(std::min<std::size_t>(size, 1 << 16)))
+                            : static_cast<int>(::send(descriptor_, bytes, size, MSG_NOSIGNAL));
+            });
+            if (part <= 0) {
+                return false;
+            }
+            bytes += part;
+            size -= static_cast<std::size_t>(part);
+        }
+        return true;
+    }
+
+    void resetOnClose() {
+        const linger none{1, 0};
+        ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &none, sizeof none);
+    }
+
+    void shutdown() {
+        if (ssl_) {
+            SSL_shutdown(ssl_.get());
+        }
+    }
+
+    // Until the peer leaves, or the server stops.
+    void hold() {
+        char byte = 0;
+        while (read(&byte, 1) > 0) {
+        }
+    }
+
+private:
+    template <typename Act>
+    int insist(const Act& act) {
+        while (!stopping_) {
+            const int result = act();
+            if (result > 0) {
+                return result;
+            }
+            short events = POLLIN;
+            if (ssl_) {
+                const int error = SSL_get_error(ssl_.get(), result);
+                if (error != SSL_ERROR_WANT_READ && error != SSL_ERROR_WANT_WRITE) {
+                    return result;
+                }
+                events = error == SSL_ERROR_WANT_READ ? POLLIN : POLLOUT;
+            } else if (result == 0 || errno != EAGAIN) {
+                return result;
+            }
+            pollfd one{descriptor_, events, 0};
+            ::poll(&one, 1, pollMs);
+        }
+        return -1;
+    }
+
+    const std::atomic<bool>& stopping_;
+    const int descriptor_;
+    std::unique_ptr<SSL, Free> ssl_;
+};
+
+TestReply reply(int status, const std::string& body, const std::string& headerLines) {
+    return {"HTTP/1.1 " + std::to_string(status) + " Some reason\r\n" + headerLines +
+            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body};
+}
+
+TestTlsServer::TestTlsServer(Handler handler, Protocol protocol)
+    : handler_{std::move(handler)}
+    , protocol_{protocol}
+    , context_{std::make_unique<Context>()} {
+    ::signal(SIGPIPE, SIG_IGN);
+    makeCertificate();
+    listen();
+    acceptor_ = std::thread{[this] { accept(); }};
+}
+
+TestTlsServer::~TestTlsServer() {
+    stopping_ = true;
+    acceptor_.join();
+    for (auto& thread : threads_) {
+        thread.join();
+    }
+    ::close(listener_);
+    std::filesystem::remove(certificateFile_);
+}
+
+std::string TestTlsServer::url(const std::string& path) const {
+    return "https://localhost:" + std::to_string(port_) + path;
+}
+
+std::vector<std::string> TestTlsServer::requests() const {
+    const std::scoped_lock lock{mutex_};
+    return requests_;
+}
+
+void TestTlsServer::makeCertificate() {
+    const std::unique_ptr<EVP_PKEY, Free> key{EVP_EC_gen("P-256")};
+    const std::unique_ptr<X509, Free> certificate{X509_new()};
+    X509_set_version(certificate.get(), X509_VERSION_3);
+    ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
+    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -3600);
+    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 86'400);
+    X509_set_pubkey(certificate.get(), key.get());
+    auto* const name = X509_get_subject_name(certificate.get());
+    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1,
+                               0);
+    X509_set_issuer_name(certificate.get(), name);
+    addExtension(certificate.get(), NID_basic_constraints, "critical,CA:TRUE");
+    addExtension(certificate.get(), NID_subject_alt_name, "DNS:localhost");
+    X509_sign(certificate.get(), key.get(), EVP_sha256());
+
+    SSL_CTX_use_certificate(context_->tls.get(), certificate.get());
+    SSL_CTX_use_PrivateKey(context_->tls.get(), key.get());
+    certificate_.resize(static_cast<std::size_t>(i2d_X509(certificate.get(), nullptr)));
+    auto* end = reinterpret_cast<unsigned char*>(certificate_.data());
+    i2d_X509(certificate.get(), &end);
+
+    auto pattern = (std::filesystem::temp_directory_path() / "kivo-test-XXXXXX").string();
+    const int descriptor = ::mkstemp(pattern.data());
+    FILE* const file = ::fdopen(descriptor, "w");
+    PEM_write_X509(file, certificate.get());
+    std::fclose(file);
+    certificateFile_ = pattern;
+}
+
+void TestTlsServer::listen() {
+    listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    if (::bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 || ::listen(listener_, 64) != 0 ||
+        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        throw std::runtime_error{"cannot listen on the loopback interface"};
+    }
+    port_ = ntohs(address.sin_port);
+}
+
+void TestTlsServer::accept() {
+    while (!stopping_) {
+        pollfd one{listener_, POLLIN, 0};
+        ::poll(&one, 1, pollMs);
+        const int descriptor = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (descriptor >= 0) {
+            ++connections_;
+            threads_.emplace_back([this, descriptor] { serve(descriptor); });
+        }
+    }
+}
+
+void TestTlsServer::serve(int descriptor) {
+    Stream stream{stopping_, descriptor};
+    if (protocol_ == Protocol::tls) {
+        if (!stream.handshake(context_->tls.get())) {
+            return;
+        }
+        ++handshakes_;
+    }
+    std::string received;
+    std::array<char, 1 << 14> buffer{};
+    while (true) {
+        const auto headEnd = received.find("\r\n\r\n");
+        const auto size = headEnd == received.npos ? 0 : headEnd + 4 + bodyLength(received.substr(0, headEnd));
+        // A plain server answers whatever comes: what comes is a TLS greeting.
+        const bool isGreeting = protocol_ == Protocol::plain && !received.empty();
+        if (isGreeting || (size > 0 && received.size() >= size)) {
+            const auto request = isGreeting ? std::exchange(received, {}) : received.substr(0, size);
+            received.erase(0, size);
+            if (!answer(stream, request)) {
+                return;
+            }
+            continue;
+        }
+        const int count = stream.read(buffer.data(), static_cast<int>(buffer.size()));
+        if (count <= 0) {
+            return;
+        }
+        received.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+bool TestTlsServer::answer(Stream& stream, const std::string& request) {
+    {
+        const std::scoped_lock lock{mutex_};
+        requests_.push_back(request);
+    }
+    const auto reply = handler_(request);
+    if (!stream.write(reply.bytes.data(), reply.bytes.size())) {
+        return false;
+    }
+    static const std::string filler(1 << 16, 'x');
+    for (std::uint64_t left = reply.filler; left > 0;) {
+        const auto part = std::min<std::uint64_t>(left, filler.size());
+        if (!stream.write(filler.data(), part)) {
+            return false;
+        }
+        left -= part;
+    }
+    switch (reply.after) {
+    case TestReply::After::keepOpen:
+        return true;
+    case TestReply::After::close:
+        stream.shutdown();
+        return false;
+    case TestReply::After::reset:
+        stream.resetOnClose();
+        return false;
+    case TestReply::After::hold:
+        stream.hold();
+        return false;
+    }
+    return false;
+}
+
+} // namespace kivo::test

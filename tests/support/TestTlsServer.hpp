@@ -1,0 +1,86 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kivo::test {
+
+/// What the server does with a request: bytes as they go on the wire, then filler bytes, then what comes after.
+struct TestReply {
+    enum class After { keepOpen, close, reset, hold };
+
+    std::string bytes;
+    After after = After::keepOpen;
+    std::uint64_t filler = 0;
+};
+
+/// A complete answer with its Content-Length.
+TestReply reply(int status, const std::string& body = "", const std::string& headerLines = "");
+
+/// An https server on a free loopback port that leaves every byte of an answer to its handler.
+///
+/// Its certificate, for "localhost", is made at start and signed by itself.
+class TestTlsServer {
+public:
+    /// Receives a request as it came, head and body. Called on the connection's thread.
+    using Handler = std::function<TestReply(const std::string& request)>;
+
+    enum class Protocol { tls, plain };
+
+    explicit TestTlsServer(Handler handler, Protocol protocol = Protocol::tls);
+    TestTlsServer(const TestTlsServer&) = delete;
+    TestTlsServer& operator=(const TestTlsServer&) = delete;
+    ~TestTlsServer();
+
+    std::uint16_t port() const { return port_; }
+
+    std::string url(const std::string& path = "/") const;
+
+    /// The certificate in a file, to trust.
+    const std::filesystem::path& certificateFile() const { return certificateFile_; }
+
+    /// The certificate in DER form.
+    const std::string& certificate() const { return certificate_; }
+
+    int connections() const { return connections_; }
+
+    /// Handshakes that were completed, on both sides.
+    int handshakes() const { return handshakes_; }
+
+    std::vector<std::string> requests() const;
+
+private:
+    struct Context;
+    struct Stream;
+
+    void makeCertificate();
+    void listen();
+    void accept();
+    void serve(int descriptor);
+    bool answer(Stream& stream, const std::string& request);
+
+    const Handler handler_;
+    const Protocol protocol_;
+    std::unique_ptr<Context> context_;
+    std::filesystem::path certificateFile_;
+    std::string certificate_;
+    int listener_ = -1;
+    std::uint16_t port_ = 0;
+    std::atomic<bool> stopping_{false};
+    std::atomic<int> connections_{0};
+    std::atomic<int> handshakes_{0};
+    mutable std::mutex mutex_;
+    std::vector<std::string> requests_;
+    std::list<std::thread> threads_;
+    std::thread acceptor_;
+};
+
+} // namespace kivo::test
