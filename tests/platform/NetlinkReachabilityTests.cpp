@@ -1,0 +1,279 @@
+#include "linux/NetlinkReachability.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace kivo::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto reachable = kSCNetworkReachabilityFlagsReachable;
+
+struct ImmediateQueue final : DispatchQueue {
+    void async(std::function<void()> block) override { block(); }
+};
+
+struct HeldQueue final : DispatchQueue {
+    void async(std::function<void()> block) override {
+        const std::scoped_lock lock{mutex};
+        blocks.push_back(std::move(block));
+        changed.notify_all();
+    }
+
+    std::function<void()> take() {
+        std::unique_lock lock{mutex};
+        if (!changed.wait_for(lock, 20s, [&] { return !blocks.empty(); })) {
+            return nullptr;
+        }
+        auto block = std::move(blocks.front());
+        blocks.erase(blocks.begin());
+        return block;
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<std::function<void()>> blocks;
+};
+
+struct Seen {
+    void add(std::uint32_t flags) {
+        const std::scoped_lock lock{mutex};
+        all.push_back(flags);
+        changed.notify_all();
+    }
+
+    bool becomes(const std::vector<std::uint32_t>& expected) {
+        std::unique_lock lock{mutex};
+        return changed.wait_for(lock, 20s, [&] { return all == expected; });
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<std::uint32_t> all;
+};
+
+template <typename Condition>
+bool comesTrue(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(2ms);
+    }
+    return true;
+}
+
+std::ptrdiff_t threads() {
+    return std::distance(std::filesystem::directory_iterator{"/proc/self/task"}, {});
+}
+
+/// Has a network of its own, with nothing but a loopback interface, which begins down.
+class NetlinkReachabilityTest : public testing::Test {
+protected:
+    void SetUp() override {
+        setenv("PATH", (std::string{std::getenv("PATH")} + ":/usr/sbin:/sbin").c_str(), 1);
+        home = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
+        if (unshare(CLONE_NEWNET) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0) {
+            GTEST_SKIP() << "This user may not make a network namespace";
+        }
+        if (std::system("ip link show lo >/dev/null 2>&1") != 0) {
+            GTEST_SKIP() << "The program ip is not installed";
+        }
+        ip("link set lo up");
+    }
+
+    void TearDown() override {
+        setns(home, CLONE_NEWNET);
+        close(home);
+    }
+
+    static void ip(const std::string& arguments) {
+        ASSERT_EQ(std::system(("ip " + arguments).c_str()), 0) << arguments;
+    }
+
+    ReachabilityService::Ref watched(const std::shared_ptr<DispatchQueue>& queue) {
+        auto target = service->SCNetworkReachabilityCreateWithAddress({});
+        const auto tell = [this](const auto&, std::uint32_t flags, const auto&) { seen.add(flags); };
+        EXPECT_TRUE(service->SCNetworkReachabilitySetCallback(target, tell, {}));
+        EXPECT_TRUE(service->SCNetworkReachabilitySetDispatchQueue(target, queue));
+        return target;
+    }
+
+    int home = -1;
+    std::shared_ptr<ReachabilityService> service = makeNetlinkReachability();
+    Seen seen;
+};
+
+TEST_F(NetlinkReachabilityTest, IsReachableWhileADefaultRouteStands) {
+    struct Case {
+        std::string route;
+        std::uint32_t flags;
+    };
+
+    const auto target = service->SCNetworkReachabilityCreateWithName("identity.example");
+    EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), 0U);
+    for (const auto& [route, flags] : {
+             Case{"route %s default dev lo", reachable},
+             Case{"route %s default nexthop dev lo weight 1 nexthop dev lo weight 2", reachable},
+             Case{"-6 route %s default dev lo", reachable},
+             Case{"route %s default dev lo table 77", 0},
+             Case{"route %s 192.0.2.0/24 dev lo", 0},
+             Case{"route %s blackhole default", 0},
+             Case{"route %s unreachable default", 0},
+             Case{"-6 route %s unreachable default", 0},
+         }) {
+        const auto at = route.find("%s");
+        ip(std::string{route}.replace(at, 2, "add"));
+        EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), flags) << route;
+        ip(std::string{route}.replace(at, 2, "del"));
+        EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), 0U) << route;
+    }
+    ip("route add default dev lo");
+    ip("link set lo down");
+    EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), 0U);
+}
+
+TEST_F(NetlinkReachabilityTest, PushesEveryChangeOnce) {
+    const auto target = watched(std::make_shared<ImmediateQueue>());
+    ip("route add default dev lo");
+    EXPECT_TRUE(seen.becomes({reachable}));
+    ip("-6 route add default dev lo");
+    ip("route del default");
+    ip("-6 route del default");
+    EXPECT_TRUE(seen.becomes({reachable, 0}));
+    ip("route add default dev lo");
+    EXPECT_TRUE(seen.becomes({reachable, 0, reachable}));
+    ip("link set lo down");
+    EXPECT_TRUE(seen.becomes({reachable, 0, reachable, 0}));
+}
+
+TEST_F(NetlinkReachabilityTest, TellsOfAChangeBetweenReadingAndWatching) {
+    const auto target = service->SCNetworkReachabilityCreateWithAddress({});
+    EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), 0U);
+    ip("route add default dev lo");
+    const auto running = watched(std::make_shared<ImmediateQueue>());
+    const auto tell = [this](const auto&, std::uint32_t flags, const auto&) { seen.add(flags); };
+    service->SCNetworkReachabilitySetDispatchQueue(target, std::make_shared<ImmediateQueue>());
+    service->SCNetworkReachabilitySetCallback(target, tell, {});
+    EXPECT_TRUE(seen.becomes({reachable}));
+}
+
+TEST_F(NetlinkReachabilityTest, HandsTargetAndInfoToTheCallback) {
+    const auto target = service->SCNetworkReachabilityCreateWithAddress({});
+    auto info = std::make_shared<int>(7);
+    const auto queue = std::make_shared<ImmediateQueue>();
+    const auto tell = [&, raw = target.get()](const auto& told, std::uint32_t flags, const auto& context) {
+        seen.add(told.get() == raw && *std::static_pointer_cast<int>(context) == 7 ? flags : 99);
+    };
+    service->SCNetworkReachabilitySetCallback(target, tell, {info});
+    service->SCNetworkReachabilitySetDispatchQueue(target, queue);
+    EXPECT_EQ(info.use_count(), 2);
+    ip("route add default dev lo");
+    EXPECT_TRUE(seen.becomes({reachable}));
+    service->SCNetworkReachabilitySetCallback(target, nullptr, {});
+    EXPECT_TRUE(comesTrue([&] { return info.use_count() == 1; }));
+}
+
+TEST_F(NetlinkReachabilityTest, CallsNobodyBackAfterTheEnd) {
+    struct Case {
+        const char* name;
+        std::function<void(ReachabilityService::Ref&)> end;
+    };
+
+    for (const auto& [name, end] : {
+             Case{"callback", [&](auto& target) { service->SCNetworkReachabilitySetCallback(target, nullptr, {}); }},
+             Case{"queue", [&](auto& target) { service->SCNetworkReachabilitySetDispatchQueue(target, nullptr); }},
+             Case{"reference", [&](auto& target) { target.reset(); }},
+         }) {
+        const auto before = threads();
+        const auto queue = std::make_shared<HeldQueue>();
+        auto target = watched(queue);
+        EXPECT_EQ(threads(), before + 1);
+        ip("route add default dev lo");
+        const auto block = queue->take();
+        ASSERT_TRUE(block);
+        EXPECT_EQ(target.use_count(), 1) << name;
+        end(target);
+        block();
+        EXPECT_TRUE(seen.all.empty()) << name;
+        EXPECT_TRUE(comesTrue([&] { return threads() == before; })) << name;
+        ip("route del default");
+    }
+}
+
+TEST_F(NetlinkReachabilityTest, LetsACallbackEndItsOwnTarget) {
+    auto target = service->SCNetworkReachabilityCreateWithAddress({});
+    const std::weak_ptr weak{target};
+    const auto end = [&](const auto& told, std::uint32_t flags, const auto&) {
+        service->SCNetworkReachabilitySetDispatchQueue(told, nullptr);
+        target.reset();
+        seen.add(flags);
+    };
+    service->SCNetworkReachabilitySetCallback(target, end, {});
+    service->SCNetworkReachabilitySetDispatchQueue(target, std::make_shared<ImmediateQueue>());
+    ip("route add default dev lo");
+    EXPECT_TRUE(seen.becomes({reachable}));
+    EXPECT_TRUE(comesTrue([&] { return weak.expired(); }));
+}
+
+TEST_F(NetlinkReachabilityTest, OutlivesItsServiceAsLongAsATargetIsHeld) {
+    const auto target = watched(std::make_shared<ImmediateQueue>());
+    service.reset();
+    ip("route add default dev lo");
+    EXPECT_TRUE(seen.becomes({reachable}));
+}
+
+TEST_F(NetlinkReachabilityTest, MissesNothingWhenNewsComeTooFast) {
+    const auto queue = std::make_shared<HeldQueue>();
+    const auto target = watched(queue);
+    const auto batch = std::filesystem::temp_directory_path() / ("kivo-routes-" + std::to_string(getpid()));
+    const auto lines = "for i in $(seq 0 250); do for j in $(seq 0 15); do echo route add 10.$i.$j.0/24 dev lo; "
+                       "done; done";
+    ASSERT_EQ(std::system(("(" + std::string{lines} + "; echo route add default dev lo) >" + batch.string()).c_str()),
+              0);
+    ip("-batch " + batch.string());
+    std::filesystem::remove(batch);
+    const auto block = queue->take();
+    ASSERT_TRUE(block);
+    block();
+    EXPECT_TRUE(seen.becomes({reachable}));
+}
+
+TEST(NetlinkReachability, SaysWhyItFails) {
+    const auto service = makeNetlinkReachability();
+
+    struct Foreign final : NetworkReachabilityRef {};
+
+    EXPECT_EQ(service->SCNetworkReachabilityCreateWithName(""), nullptr);
+    EXPECT_EQ(service->SCError(), EINVAL);
+    std::thread{[&] { EXPECT_EQ(service->SCError(), 0); }}.join();
+    SocketAddress address;
+    EXPECT_NE(service->SCNetworkReachabilityCreateWithAddress(address), nullptr);
+    EXPECT_EQ(service->SCError(), 0);
+    address.family = 99;
+    EXPECT_EQ(service->SCNetworkReachabilityCreateWithAddress(address), nullptr);
+    EXPECT_EQ(service->SCError(), EAFNOSUPPORT);
+    for (const ReachabilityService::Ref& target : {ReachabilityService::Ref{}, ReachabilityService::Ref{new Foreign}}) {
+        EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), std::nullopt);
+        EXPECT_FALSE(service->SCNetworkReachabilitySetCallback(target, nullptr, {}));
+        EXPECT_FALSE(service->SCNetworkReachabilitySetDispatchQueue(target, nullptr));
+        EXPECT_EQ(service->SCError(), EINVAL);
+    }
+}
+
+} // namespace
+} // namespace kivo::platform
