@@ -1,1 +1,28 @@
+include(CMakePackageConfigHelpers)
 
+set(kivo_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kivo)
+
+install(TARGETS kivo EXPORT KivoTargets)
+install(DIRECTORY include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/ZORFramework.bundle DESTINATION ${CMAKE_INSTALL_DATADIR}/kivo)
+install(EXPORT KivoTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})
+
+if(KIVO_SIMULATOR)
+  install(TARGETS kivo_simulator EXPORT KivoSimulatorTargets)
+  install(DIRECTORY simulator/include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT KivoSimulatorTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})
+endif()
+
+if(KIVO_TOOLS)
+  set_target_properties(kivo-demo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS kivo-demo)
+endif()
+
+configure_package_config_file(cmake/KivoConfig.cmake.in ${CMAKE_BINARY_DIR}/KivoConfig.cmake
+  INSTALL_DESTINATION ${kivo_cmake_dir})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/KivoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/KivoConfig.cmake ${CMAKE_BINARY_DIR}/KivoConfigVersion.cmake
+  DESTINATION ${kivo_cmake_dir})
+
+configure_file(cmake/kivo.pc.in ${CMAKE_BINARY_DIR}/kivo.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/kivo.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

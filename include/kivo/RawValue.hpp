@@ -4,11 +4,18 @@
 
 namespace kivo {
 
-/// The value of enumeration `E` whose integer is `raw`; absent when there is none.
-///
-/// Offered for every integer-backed enumeration of the SDK.
+/// The integers that stand for the values of enumeration `E`, as `first` and `last`.
 template <class E>
-std::optional<E> fromRawValue(int raw);
+struct RawValues;
+
+/// The value of enumeration `E` whose integer is `raw`; absent when there is none.
+template <class E>
+constexpr std::optional<E> fromRawValue(int raw) {
+    if (raw < RawValues<E>::first || raw > RawValues<E>::last) {
+        return std::nullopt;
+    }
+    return static_cast<E>(raw);
+}
 
 /// The integer behind a value.
 template <class E>

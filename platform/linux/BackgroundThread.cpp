@@ -8,7 +8,7 @@
 
 namespace kivo::platform {
 
-void startBackgroundThread(const char* name, std::function<void()> body) {
+std::error_code startBackgroundThread(const char* name, std::function<void()> body) {
     // A thread inherits its creator's mask. Writing to a closed connection raises SIGPIPE, which would end the host;
     // faults stay unblocked, for the host's crash reporter.
     sigset_t blocked;
@@ -18,10 +18,16 @@ void startBackgroundThread(const char* name, std::function<void()> body) {
         sigdelset(&blocked, fault);
     }
     pthread_sigmask(SIG_SETMASK, &blocked, &former);
-    std::thread thread{std::move(body)};
+    std::error_code error;
+    try {
+        std::thread thread{std::move(body)};
+        pthread_setname_np(thread.native_handle(), name);
+        thread.detach();
+    } catch (const std::system_error& failure) {
+        error = failure.code();
+    }
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
-    pthread_setname_np(thread.native_handle(), name);
-    thread.detach();
+    return error;
 }
 
 } // namespace kivo::platform

@@ -2,6 +2,7 @@
 
 #include "linux/BackgroundThread.hpp"
 
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -184,11 +185,15 @@ private:
 std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> callbacks) {
     auto engine = std::make_shared<CurlEngine>(std::move(callbacks));
     if (ExitGuard::shared().add(engine)) {
-        startBackgroundThread("kivo-network", [engine] {
+        const auto error = startBackgroundThread("kivo-network", [engine] {
             ExitGuard::markMemberThread();
             Loop{*engine}.run();
             ExitGuard::shared().remove(engine.get());
         });
+        if (error) {
+            ExitGuard::shared().remove(engine.get());
+            throw std::system_error{error, "kivo cannot start its network thread"};
+        }
     }
     return engine;
 }
@@ -225,6 +230,30 @@ void CurlEngine::stop() {
         commands_.stopping = true;
     }
     wake();
+}
+
+bool CurlEngine::holdUntil(const std::function<bool()>& decided, std::chrono::steady_clock::time_point deadline) {
+    bool isDecided = decided();
+    while (!isDecided && !isStopping()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) {
+            break;
+        }
+        const auto longest = wakeDescriptor_ < 0 ? blindPollMs : longPollMs;
+        pollfd polled{.fd = wakeDescriptor_, .events = POLLIN, .revents = 0};
+        ::poll(&polled, 1, static_cast<int>(std::min<std::int64_t>(left.count(), longest)));
+        std::uint64_t count = 0;
+        [[maybe_unused]] const auto taken = ::read(wakeDescriptor_, &count, sizeof count);
+        isDecided = decided();
+    }
+    // What else the thread was woken for is still to do.
+    wake();
+    return isDecided;
+}
+
+bool CurlEngine::isStopping() {
+    const std::scoped_lock lock{mutex_};
+    return commands_.stopping;
 }
 
 void CurlEngine::wake() const {

@@ -7,6 +7,7 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -17,7 +18,7 @@ namespace kivo::platform {
 /// Drives the transfers of one session on a thread of its own, with the session's connections and cookies.
 ///
 /// The thread keeps the engine alive and ends after `stop()`, when every transfer has been handed to the callback
-/// queue. All functions may be called from any thread and never wait for the network.
+/// queue. But for `holdUntil()`, all functions may be called from any thread and never wait for the network.
 class CurlEngine final : public Stoppable, public std::enable_shared_from_this<CurlEngine> {
 public:
     static std::shared_ptr<CurlEngine> start(std::shared_ptr<DispatchQueue> callbacks);
@@ -34,6 +35,10 @@ public:
 
     void stop() override;
 
+    /// Engine's thread, inside a handshake: waits until `decided` says so. False when the deadline passes or the engine
+    /// is to end first. `wake()` has it look again.
+    bool holdUntil(const std::function<bool()>& decided, std::chrono::steady_clock::time_point deadline);
+
     /// Has the thread look after all its transfers.
     void wake() const;
 
@@ -42,6 +47,8 @@ public:
 
 private:
     class Loop;
+
+    bool isStopping();
 
     struct Commands {
         std::vector<std::shared_ptr<CurlTransfer>> added;

@@ -19,6 +19,8 @@ void setCommonOptions(CurlOptions& options) {
     options.set(CURLOPT_TCP_NODELAY, 1L);
     options.set(CURLOPT_TCP_KEEPALIVE, 1L);
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    // No file: this turns the session's shared cookie jar on.
+    options.set(CURLOPT_COOKIEFILE, "");
     // The host may start programs; our connections are not for them.
     options.set(
         CURLOPT_OPENSOCKETFUNCTION, +[](void*, curlsocktype, curl_sockaddr* address) -> curl_socket_t {

@@ -42,21 +42,9 @@ std::vector<Data> presentedChain(X509_STORE_CTX* context) {
 }
 
 int verify(X509_STORE_CTX* context, void* judge) {
-    const auto verdict = static_cast<TrustJudge*>(judge)->judge([context] { return presentedChain(context); });
-    if (verdict == TrustChallenge::Verdict::accepted) {
-        X509_STORE_CTX_set_error(context, X509_V_OK);
-        return 1;
-    }
-    if (verdict == TrustChallenge::Verdict::open) {
-        auto* const ssl = static_cast<SSL*>(X509_STORE_CTX_get_ex_data(context, SSL_get_ex_data_X509_STORE_CTX_idx()));
-        SSL_set_retry_verify(ssl);
-        // "Ask again" is success plus this state; without the state success would mean accepted.
-        if (SSL_want_retry_verify(ssl)) {
-            return 1;
-        }
-    }
-    X509_STORE_CTX_set_error(context, X509_V_ERR_APPLICATION_VERIFICATION);
-    return 0;
+    const bool isAccepted = static_cast<TrustJudge*>(judge)->accepts(presentedChain(context));
+    X509_STORE_CTX_set_error(context, isAccepted ? X509_V_OK : X509_V_ERR_APPLICATION_VERIFICATION);
+    return isAccepted ? 1 : 0;
 }
 
 } // namespace

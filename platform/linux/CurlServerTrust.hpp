@@ -30,10 +30,10 @@ private:
     const std::function<void()> answered_;
 };
 
-/// Decides about the chain a server presented. While it says `open`, the handshake waits and is asked again.
+/// Decides about the chain a server presented. The handshake waits for it.
 class TrustJudge {
 public:
-    virtual TrustChallenge::Verdict judge(const std::function<std::vector<Data>()>& presentedChain) = 0;
+    virtual bool accepts(std::vector<Data> presentedChain) = 0;
 
 protected:
     ~TrustJudge() = default;

@@ -53,6 +53,7 @@ bool CurlTransfer::prepare(CURL* easy) {
         return false;
     }
     easy_ = easy;
+    deadline_ = std::chrono::steady_clock::now() + timeout_;
     if (const auto code = setOptions(); code != CURLE_OK) {
         conclude(code);
         return false;
@@ -130,33 +131,31 @@ void CurlTransfer::setTrust(CurlOptions& options) {
     options.set(
         CURLOPT_SSL_CTX_FUNCTION, +[](CURL*, void* context, void* self) {
             auto& transfer = *static_cast<CurlTransfer*>(self);
-            transfer.challenge_.reset();
             letJudge(static_cast<SSL_CTX*>(context), transfer);
             return CURLE_OK;
         });
 }
 
-TrustChallenge::Verdict CurlTransfer::judge(const std::function<std::vector<Data>()>& presentedChain) {
-    if (challenge_) {
-        return challenge_->verdict();
-    }
+bool CurlTransfer::accepts(std::vector<Data> presentedChain) {
     const auto engine = engine_.lock();
     if (!engine) {
-        return TrustChallenge::Verdict::refused;
+        return false;
     }
     challenge_ = std::make_shared<TrustChallenge>([weak = engine_] {
         if (const auto waiting = weak.lock()) {
             waiting->wake();
         }
     });
-    auto trust = std::make_shared<const ServerTrust>(ParsedUrl{currentUrl()}.host(), presentedChain());
+    auto trust = std::make_shared<const ServerTrust>(ParsedUrl{currentUrl()}.host(), std::move(presentedChain));
     engine->callBack([settings = settings_, challenge = challenge_, trust = std::move(trust)] {
         const CallbackScope scope;
         if (scope) {
             settings->delegate->didReceiveChallenge(trust.get(), TrustChallenge::handlerFor(challenge));
         }
     });
-    return challenge_->verdict();
+    engine->holdUntil([this] { return isCancelled() || challenge_->verdict() != TrustChallenge::Verdict::open; },
+                      deadline_);
+    return challenge_->verdict() == TrustChallenge::Verdict::accepted;
 }
 
 bool CurlTransfer::takeHeaderLine(std::string_view line) {
@@ -253,6 +252,9 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
     }
     if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::refused) {
         return std::unexpected{pinMismatchError(currentUrl())};
+    }
+    if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open) {
+        code = CURLE_OPERATION_TIMEDOUT;
     }
     if (code != CURLE_OK) {
         long systemError = 0;

@@ -72,7 +72,7 @@ private:
     void noteSent(std::uint64_t sent);
     void announceSent();
 
-    TrustChallenge::Verdict judge(const std::function<std::vector<Data>()>& presentedChain) override;
+    bool accepts(std::vector<Data> presentedChain) override;
 
     UrlRequest request_;
     UrlCompletion completion_;
@@ -80,6 +80,7 @@ private:
     const std::weak_ptr<CurlEngine> engine_;
     const bool carriesBody_;
     const std::chrono::milliseconds timeout_;
+    std::chrono::steady_clock::time_point deadline_;
     const std::optional<UrlError> fault_;
     CurlHeaderList headerLines_;
     std::atomic<State> state_{State::underWay};

@@ -62,7 +62,9 @@ private:
 
 DeliveryQueue::DeliveryQueue()
     : state_{std::make_shared<State>()} {
-    startBackgroundThread("kivo-callbacks", [state = state_] { state->run(); });
+    if (const auto error = startBackgroundThread("kivo-callbacks", [state = state_] { state->run(); })) {
+        throw std::system_error{error, "kivo cannot start its callback thread"};
+    }
 }
 
 DeliveryQueue::~DeliveryQueue() {

@@ -1,6 +1,6 @@
 #include "linux/DesktopWorkspace.hpp"
 
-#include "linux/QuietThread.hpp"
+#include "linux/BackgroundThread.hpp"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -12,6 +12,7 @@
 #include <csignal>
 #include <optional>
 #include <string_view>
+#include <tuple>
 
 namespace kivo::platform {
 namespace {
@@ -81,7 +82,8 @@ public:
             return;
         }
         if (const auto child = DetachedStart{}.run("xdg-open", url)) {
-            startQuietThread([child = *child] { waitForEnd(child); });
+            // Without a thread to wait on, the ended child stays listed until the host ends; the page opens all the same.
+            std::ignore = startBackgroundThread("kivo-browser", [child = *child] { waitForEnd(child); });
         }
     }
 

@@ -1,7 +1,7 @@
 #include "linux/RouteMonitor.hpp"
 
 #include "linux/FileDescriptor.hpp"
-#include "linux/QuietThread.hpp"
+#include "linux/BackgroundThread.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
@@ -56,7 +56,8 @@ std::expected<std::unique_ptr<RouteMonitor>, int> RouteMonitor::start(std::funct
     if (!channel->end) {
         return std::unexpected{errno};
     }
-    if (const auto error = startQuietThread([channel, changed = std::move(changed)] { run(*channel, changed); })) {
+    const auto watch = [channel, changed = std::move(changed)] { run(*channel, changed); };
+    if (const auto error = startBackgroundThread("kivo-routes", watch)) {
         return std::unexpected{error.value()};
     }
     return std::unique_ptr<RouteMonitor>{new RouteMonitor{channel}};

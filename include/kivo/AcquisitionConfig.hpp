@@ -1,0 +1,54 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/SDKEnv.hpp>
+
+#include <expected>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kivo {
+
+/// The names under which an acquisition configuration travels with the join.
+struct AcquisitionConfigKeys {
+    static constexpr std::string_view ENVIRONMENT = "target-env";
+    static constexpr std::string_view KIVO_APP_DOCLIST = "kivo-app-doclist";
+    static constexpr std::string_view KIVO_EXPIRE_GRACE = "kivo-expiry-grace";
+    static constexpr std::string_view KIVO_FACEMATCH_MIN = "kivo-facematch-min";
+    static constexpr std::string_view KIVO_DOC_ISSUERS = "kivo-doc-issuers";
+    static constexpr std::string_view KIVO_IMAGES = "kivo-images";
+};
+
+/// What a host asks of one session: the environment and five constraints, which the SDK passes on unread.
+///
+/// The identity service defines what the constraint texts mean. A configuration handed to `join` is read during
+/// that call; later changes have no effect on the session.
+class KIVO_EXPORT AcquisitionConfig {
+public:
+    using Dictionary = std::vector<std::pair<std::string, std::string>>;
+
+    AcquisitionConfig(SDKEnv environment, std::string kivo_app_doclist, std::string kivo_expire_grace,
+                      std::string kivo_facematch_min, std::string kivo_doc_issuers, std::string kivo_images);
+
+    /// The six values under the names of `AcquisitionConfigKeys`, in that order, the environment by its name.
+    /// Empty when `ENVIRONMENT` holds an integer that is no environment.
+    Dictionary getAsDictionary() const;
+
+    /// The configuration as JSON text for storage, keyed by the member names below.
+    std::string encode() const;
+
+    /// Reads what `encode` wrote. All six members must be there with their types, else a text says what is wrong.
+    static std::expected<std::shared_ptr<AcquisitionConfig>, std::string> decode(std::string_view encoded);
+
+    SDKEnv ENVIRONMENT;
+    std::string KIVO_APP_DOCLIST;
+    std::string KIVO_EXPIRE_GRACE;
+    std::string KIVO_FACEMATCH_MIN;
+    std::string KIVO_DOC_ISSUERS;
+    std::string KIVO_IMAGES;
+};
+
+} // namespace kivo

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/SDKEnv.hpp>
+
+#include <array>
+#include <string>
+
+namespace kivo {
+
+/// Where the identity service of each environment is found.
+struct KIVO_EXPORT Deployment {
+    /// The https address of each environment's join page, in the order of `SDKEnv`.
+    std::array<std::string, 4> joinPages;
+
+    /// Whether the face scan library runs in production mode. Default false.
+    bool faceTecProduction = false;
+
+    /// The join page of `environment`; empty for an integer that is no environment.
+    std::string joinPage(SDKEnv environment) const;
+
+    /// Puts a deployment in place of the one that the SDK's bundle ships. Call it before the first join.
+    static void install(Deployment deployment);
+
+    /// The deployment in force: the installed one, else the bundle's "Deployment.plist". Callable from any thread.
+    static Deployment current();
+};
+
+} // namespace kivo

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <kivo/AcquisitionConfig.hpp>
+#include <kivo/AcquisitionObject.hpp>
+#include <kivo/IdvResult.hpp>
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/ViewController.hpp>
+
+#include <memory>
+#include <string>
+
+namespace kivo {
+
+/// One verification session, as a host drives it. Get it from `KivoSDK::load`; call it on the main thread.
+///
+/// Every request ends in exactly one call of its `response`. Requests that go to the identity service answer on the
+/// SDK's transport thread, one at a time; requests that fail before anything is sent (no session, no network, no
+/// attempts left) answer on the calling thread before the call returns. Screens answer on the main queue.
+class KIVO_EXPORT KivoAPI {
+public:
+    virtual ~KivoAPI() = default;
+
+    /// The theme that screens receive; a new default theme at first.
+    virtual std::shared_ptr<ThemeCustomization> sdkTheme() const = 0;
+    virtual void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
+
+    /// The view controller on which screens are presented. Without one, `acquire` shows nothing.
+    virtual void setContext(std::shared_ptr<platform::ViewController> viewController) = 0;
+
+    /// Same as `setSdkTheme`. Screens already shown keep their theme.
+    virtual void setTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
+
+    /// Shows the screen that acquires `object`. `response` may be called more than once: a person can deliver a
+    /// code and then close the screen. A later `acquire` replaces it.
+    virtual void acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> config,
+                         IdvCompletion response) = 0;
+
+    /// Joins the session of an activation code. Succeeds with `JOIN_SESSION` and the transaction identifier; the
+    /// session is kept in the keychain and survives the process. Without a config it fails with
+    /// `INVALID_JOIN_SESSION`.
+    virtual void join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) = 0;
+
+    /// Reports an action and a message to the session. Succeeds with `UPDATE_SESSION`.
+    virtual void update(std::string action, std::string message, IdvCompletion response) = 0;
+
+    /// Asks for the session's status. Succeeds with `SESSION_STATUS`.
+    virtual void status(IdvCompletion response) = 0;
+
+    /// Commits the session. Succeeds with `COMMIT_SESSION`.
+    virtual void commit(IdvCompletion response) = 0;
+
+    /// Opens the session's resume page in the person's browser. Does nothing without a session.
+    virtual void resumeInBrowser() = 0;
+
+    /// Uploads `data` as evidence of the given kind and counts one attempt. Succeeds with `UPLOAD_DOCUMENT`.
+    virtual void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) = 0;
+
+    /// Forgets the joined session. The session API object stays usable for another join.
+    virtual void reset() = 0;
+};
+
+} // namespace kivo

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <kivo/IdvResult.hpp>
+#include <kivo/RawValue.hpp>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace kivo {
+
+/// Whether an `ObjCResult` holds a success or an error.
+enum class ObjCResultStatus { success = 0, failure = 1 };
+
+template <>
+struct RawValues<ObjCResultStatus> {
+    static constexpr int first = 0;
+    static constexpr int last = 1;
+};
+
+/// A failure spelled out in plain values.
+class ObjCError {
+public:
+    ObjCError(std::string errorName, std::string message, int code, std::string genericMessage)
+        : errorName_{std::move(errorName)}
+        , message_{std::move(message)}
+        , code_{code}
+        , genericMessage_{std::move(genericMessage)} {}
+
+    /// The response code's name, such as "STATUS_INVALID_SESSION".
+    const std::string& errorName() const { return errorName_; }
+    void setErrorName(std::string errorName) { errorName_ = std::move(errorName); }
+
+    const std::string& message() const { return message_; }
+    void setMessage(std::string message) { message_ = std::move(message); }
+
+    /// The response code's number, 1001 to 3020.
+    int code() const { return code_; }
+    void setCode(int code) { code_ = code; }
+
+    const std::string& genericMessage() const { return genericMessage_; }
+    void setGenericMessage(std::string genericMessage) { genericMessage_ = std::move(genericMessage); }
+
+private:
+    std::string errorName_;
+    std::string message_;
+    int code_;
+    std::string genericMessage_;
+};
+
+/// An outcome as one object, for hosts that cannot take `IdvOutcome`. Exactly one of success and error is set.
+class ObjCResult {
+public:
+    explicit ObjCResult(std::shared_ptr<IdvResult> success)
+        : success_{std::move(success)} {}
+    explicit ObjCResult(std::shared_ptr<ObjCError> error)
+        : error_{std::move(error)} {}
+
+    ObjCResultStatus status() const { return success_ ? ObjCResultStatus::success : ObjCResultStatus::failure; }
+
+    /// The very result that the session API delivered; null on failure.
+    const std::shared_ptr<IdvResult>& success() const { return success_; }
+
+    /// Null on success.
+    const std::shared_ptr<ObjCError>& error() const { return error_; }
+
+private:
+    std::shared_ptr<IdvResult> success_;
+    std::shared_ptr<ObjCError> error_;
+};
+
+} // namespace kivo

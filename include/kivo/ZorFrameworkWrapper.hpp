@@ -1,0 +1,32 @@
+#pragma once
+
+#include <kivo/AcquisitionConfig.hpp>
+#include <kivo/Export.hpp>
+#include <kivo/KivoAPIProvider.hpp>
+
+#include <memory>
+#include <mutex>
+#include <string_view>
+
+namespace kivo {
+
+/// Loads a provider and holds on to it. Its accessors may be called from any thread.
+class KIVO_EXPORT ZorFrameworkWrapper {
+public:
+    /// Loads a provider and keeps it in place of the former one, also when the version is rejected and it is null.
+    std::shared_ptr<KivoAPIProvider> load(std::string_view key, std::string_view version);
+
+    std::shared_ptr<KivoAPIProvider> apiProvider() const;
+    void setApiProvider(std::shared_ptr<KivoAPIProvider> apiProvider);
+
+    /// A place for the host's configuration; the wrapper never reads it.
+    std::shared_ptr<AcquisitionConfig> config() const;
+    void setConfig(std::shared_ptr<AcquisitionConfig> config);
+
+private:
+    mutable std::mutex mutex_;
+    std::shared_ptr<KivoAPIProvider> apiProvider_;
+    std::shared_ptr<AcquisitionConfig> config_;
+};
+
+} // namespace kivo

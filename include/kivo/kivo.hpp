@@ -1,0 +1,21 @@
+#pragma once
+
+/// Everything a host needs, in one header.
+
+#include <kivo/AcquisitionConfig.hpp>
+#include <kivo/AcquisitionObject.hpp>
+#include <kivo/Deployment.hpp>
+#include <kivo/IdvEvents.hpp>
+#include <kivo/IdvResult.hpp>
+#include <kivo/KivoAPI.hpp>
+#include <kivo/KivoAPIProvider.hpp>
+#include <kivo/KivoSDK.hpp>
+#include <kivo/LogLevel.hpp>
+#include <kivo/ObjCResult.hpp>
+#include <kivo/ResponseCode.hpp>
+#include <kivo/SDKEnv.hpp>
+#include <kivo/SdkVersions.hpp>
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/ZorFrameworkWrapper.hpp>
+#include <kivo/platform/RunLoop.hpp>
+#include <kivo/platform/Services.hpp>

@@ -1,0 +1,79 @@
+#include "linux/SealedValue.hpp"
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+namespace kivo::platform {
+namespace {
+
+// A sealed value: this byte, the nonce, the text, the tag.
+constexpr char formatVersion = 1;
+constexpr std::size_t nonceLength = 12;
+constexpr std::size_t tagLength = 16;
+constexpr std::size_t overhead = 1 + nonceLength + tagLength;
+
+struct FreeContext {
+    void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
+};
+
+using Context = std::unique_ptr<EVP_CIPHER_CTX, FreeContext>;
+
+unsigned char* bytes(char* text) {
+    return reinterpret_cast<unsigned char*>(text);
+}
+
+const unsigned char* bytes(const char* text) {
+    return reinterpret_cast<const unsigned char*>(text);
+}
+
+bool fits(std::string_view text) {
+    return text.size() <= std::numeric_limits<int>::max() - overhead;
+}
+
+} // namespace
+
+std::optional<std::string> seal(const SealingKey& key, std::string_view identity, std::string_view value) {
+    if (!fits(identity) || !fits(value)) {
+        return std::nullopt;
+    }
+    std::string sealed(overhead + value.size(), formatVersion);
+    auto* nonce = bytes(sealed.data() + 1);
+    auto* text = nonce + nonceLength;
+    auto* tag = text + value.size();
+    int length = 0;
+    const Context context{EVP_CIPHER_CTX_new()};
+    const bool done =
+        RAND_bytes(nonce, nonceLength) == 1 &&
+        EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
+        EVP_EncryptUpdate(context.get(), nullptr, &length, bytes(identity.data()), static_cast<int>(identity.size())) ==
+            1 &&
+        EVP_EncryptUpdate(context.get(), text, &length, bytes(value.data()), static_cast<int>(value.size())) == 1 &&
+        EVP_EncryptFinal_ex(context.get(), tag, &length) == 1 &&
+        EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_GET_TAG, tagLength, tag) == 1;
+    return done ? std::optional{std::move(sealed)} : std::nullopt;
+}
+
+std::optional<std::string> unseal(const SealingKey& key, std::string_view identity, std::string_view sealed) {
+    if (!fits(identity) || !fits(sealed) || sealed.size() < overhead || sealed.front() != formatVersion) {
+        return std::nullopt;
+    }
+    std::string value(sealed.size() - overhead, '\0');
+    std::string tag{sealed.substr(sealed.size() - tagLength)};
+    const auto* nonce = bytes(sealed.data() + 1);
+    const auto* text = nonce + nonceLength;
+    int length = 0;
+    const Context context{EVP_CIPHER_CTX_new()};
+    const bool done =
+        EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
+        EVP_DecryptUpdate(context.get(), nullptr, &length, bytes(identity.data()), static_cast<int>(identity.size())) ==
+            1 &&
+        EVP_DecryptUpdate(context.get(), bytes(value.data()), &length, text, static_cast<int>(value.size())) == 1 &&
+        EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_SET_TAG, tagLength, tag.data()) == 1 &&
+        EVP_DecryptFinal_ex(context.get(), bytes(tag.data()), &length) == 1;
+    return done ? std::optional{std::move(value)} : std::nullopt;
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,121 @@
+#include "linux/SqliteDatabase.hpp"
+
+namespace kivo::platform {
+namespace {
+
+constexpr int busyTimeoutMilliseconds = 10'000;
+
+std::string immutableUri(const std::string& path) {
+    std::string uri{"file:"};
+    for (const char character : path) {
+        if (character == '%' || character == '?' || character == '#') {
+            constexpr std::string_view digits = "0123456789ABCDEF";
+            uri += {'%', digits[static_cast<unsigned char>(character) >> 4], digits[character & 0x0F]};
+        } else {
+            uri += character;
+        }
+    }
+    return uri + "?immutable=1";
+}
+
+} // namespace
+
+SqliteStatement::~SqliteStatement() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+void SqliteStatement::bindText(std::string_view text) {
+    sqlite3_bind_text64(statement_, ++bound_, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+}
+
+void SqliteStatement::bindBlob(std::string_view bytes) {
+    sqlite3_bind_blob64(statement_, ++bound_, bytes.data(), bytes.size(), SQLITE_STATIC);
+}
+
+void SqliteStatement::bindInteger(std::int64_t number) {
+    sqlite3_bind_int64(statement_, ++bound_, number);
+}
+
+void SqliteStatement::bindNull() {
+    sqlite3_bind_null(statement_, ++bound_);
+}
+
+int SqliteStatement::step() {
+    return sqlite3_step(statement_);
+}
+
+std::string_view SqliteStatement::bytes(int column) const {
+    const auto* data = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+    return {data != nullptr ? data : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+std::int64_t SqliteStatement::integer(int column) const {
+    return sqlite3_column_int64(statement_, column);
+}
+
+std::expected<std::unique_ptr<SqliteDatabase>, int> SqliteDatabase::open(const std::filesystem::path& file, Mode mode) {
+    const int access = mode == Mode::readWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
+    const auto name = mode == Mode::immutable ? immutableUri(file.string()) : file.string();
+    sqlite3* connection = nullptr;
+    const int error = sqlite3_open_v2(name.c_str(), &connection,
+                                      access | SQLITE_OPEN_NOMUTEX | (mode == Mode::immutable ? SQLITE_OPEN_URI : 0),
+                                      nullptr);
+    if (error != SQLITE_OK) {
+        sqlite3_close(connection);
+        return std::unexpected{error};
+    }
+    sqlite3_extended_result_codes(connection, 1);
+    sqlite3_busy_timeout(connection, busyTimeoutMilliseconds);
+    return std::unique_ptr<SqliteDatabase>{new SqliteDatabase{connection}};
+}
+
+SqliteDatabase::~SqliteDatabase() {
+    for (const auto& [text, statement] : statements_) {
+        sqlite3_finalize(statement);
+    }
+    sqlite3_close(connection_);
+}
+
+int SqliteDatabase::run(const char* statements) {
+    return sqlite3_exec(connection_, statements, nullptr, nullptr, nullptr);
+}
+
+std::optional<std::int64_t> SqliteDatabase::number(const std::string& query) {
+    auto statement = prepare(query);
+    if (!statement || statement->step() != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return statement->integer(0);
+}
+
+std::optional<SqliteStatement> SqliteDatabase::prepare(const std::string& text) {
+    auto& statement = statements_[text];
+    if (statement == nullptr && sqlite3_prepare_v3(connection_, text.c_str(), -1, SQLITE_PREPARE_PERSISTENT,
+                                                   &statement, nullptr) != SQLITE_OK) {
+        return std::nullopt;
+    }
+    return std::optional<SqliteStatement>{std::in_place, statement};
+}
+
+int SqliteDatabase::lastError() const {
+    return sqlite3_extended_errcode(connection_);
+}
+
+int SqliteDatabase::systemError() const {
+    return sqlite3_system_errno(connection_);
+}
+
+std::int64_t SqliteDatabase::changes() const {
+    return sqlite3_changes64(connection_);
+}
+
+bool SqliteDatabase::isReadOnly() const {
+    return sqlite3_db_readonly(connection_, "main") == 1;
+}
+
+bool SqliteDatabase::isInTransaction() const {
+    return sqlite3_get_autocommit(connection_) == 0;
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,85 @@
+#include "Configuration/environment/ApplicationInformation.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "Models/Text.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <algorithm>
+#include <array>
+
+namespace kivo {
+namespace {
+
+constexpr std::string_view sdkBundleIdentifier = "com.test.ZORFramework";
+constexpr std::string_view shortVersionKey = "CFBundleShortVersionString";
+constexpr std::string_view buildVersionKey = "CFBundleVersion";
+
+std::string appVersion() {
+    const auto main = platform::services().bundles->main();
+    return main->infoText(shortVersionKey).value_or("") + "." + main->infoText(buildVersionKey).value_or("");
+}
+
+std::string sdkVersion() {
+    const auto sdk = platform::services().bundles->withIdentifier(sdkBundleIdentifier);
+    return sdk ? sdk->infoText(shortVersionKey).value_or("") : "";
+}
+
+std::string deviceModel() {
+    auto machine = platform::services().device->machine();
+    return text::isUtf8(machine) ? machine : "N/A";
+}
+
+// The last match counts, so that a cellular address, listed after the local ones, is the one reported.
+std::string networkIpAddress() {
+    static constexpr std::array<std::string_view, 8> reported{"en0",     "en2",     "en3",     "en4",
+                                                              "pdp_ip0", "pdp_ip1", "pdp_ip2", "pdp_ip3"};
+    std::string address;
+    for (const auto& entry : platform::services().device->interfaceAddresses()) {
+        if (entry.family != platform::AddressFamily::other &&
+            std::ranges::find(reported, entry.interfaceName) != reported.end()) {
+            address = entry.numericHost;
+        }
+    }
+    return address;
+}
+
+std::string described(const Environment::Information& information) {
+    std::string text = "[";
+    for (const auto& [key, value] : information) {
+        text.append(text.size() > 1 ? ", " : "").append(key).append(": ").append(value);
+    }
+    return text + "]";
+}
+
+Environment::Information collect() {
+    auto& security = CommunicationSecurityManager::shared();
+    const auto& device = platform::services().device;
+    const auto expiry = security.certificateExpiryDates(/*warn=*/false);
+    Environment::Information information{
+        {"appVersion", appVersion()},
+        {"os", "iOS " + device->systemVersion()},
+        {"networkType", security.networkType()},
+        {"NetworkIpAddress", networkIpAddress()},
+        {"networkMacAddress", ""},
+        {"deviceModel", deviceModel()},
+        {"deviceSerialNo", ""},
+        {"expiryDateLeafCert", expiry.leaf},
+        {"expiryDateIntermediateCert", expiry.intermediate},
+        {"sdkVersion", sdkVersion()},
+        {"deviceId", device->identifierForVendor().value_or("")},
+        {"apiLevel", "NA"},
+    };
+    log::debug("Environment", [&] { return "appInfoDict " + described(information); });
+    return information;
+}
+
+} // namespace
+
+const Environment::Information& Environment::applicationInformation() {
+    static const auto& information = *new Information{collect()};
+    return information;
+}
+
+} // namespace kivo

@@ -1,0 +1,52 @@
+#include "Configuration/logging/Log.hpp"
+
+#include <cstdio>
+
+namespace kivo::log {
+namespace {
+
+constexpr std::string_view separator = " \u2013 ";
+
+std::string_view markerOf(LogLevel level) {
+    switch (level) {
+    case LogLevel::verbose:
+        return "\u27A1\uFE0F";
+    case LogLevel::debug:
+        return "\u2753";
+    case LogLevel::info:
+        return "\u2139\uFE0F";
+    case LogLevel::warning:
+        return "\u26A0\uFE0F";
+    case LogLevel::error:
+        return "\u274C";
+    }
+    return "";
+}
+
+std::string_view lastComponentOf(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+} // namespace
+
+std::string format(LogLevel level, std::string_view file, unsigned line, std::string_view function,
+                   std::string_view message) {
+    std::string text{markerOf(level)};
+    text.append(separator).append(lastComponentOf(file)).append(":").append(std::to_string(line));
+    text.append(separator).append(function).append(separator).append(message);
+    return text;
+}
+
+void print(std::string_view line) {
+    std::string whole{line};
+    whole += '\n';
+    // One call a line: the stream's own lock keeps lines of different threads apart.
+    std::fwrite(whole.data(), 1, whole.size(), stdout);
+    std::fflush(stdout);
+}
+
+void write(LogLevel level, std::string_view function, std::string_view message, const std::source_location& where) {
+    print(format(level, where.file_name(), where.line(), function, message));
+}
+
+} // namespace kivo::log

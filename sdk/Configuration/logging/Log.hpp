@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Configuration/logging/Settings.hpp"
+
+#include <kivo/LogLevel.hpp>
+
+#include <concepts>
+#include <source_location>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace kivo::log {
+
+/// Whether lines of this level are printed. The threshold is taken from the settings at the first question.
+inline bool enabled(LogLevel level) {
+    static const LogLevel threshold = Settings::shared().logLevel;
+    return threshold <= level;
+}
+
+/// A log line as it is printed, without the line feed.
+std::string format(LogLevel level, std::string_view file, unsigned line, std::string_view function,
+                   std::string_view message);
+
+/// Prints a line on standard output in one piece, whatever the threshold.
+void print(std::string_view line);
+
+/// Prints a log line, whatever the threshold.
+void write(LogLevel level, std::string_view function, std::string_view message, const std::source_location& where);
+
+/// Logs `message`, a text or something that makes one: it is asked only when the line will be printed.
+///
+/// `function` is the operation's name with its argument labels, such as "commit(response:)".
+template <class Message>
+void line(LogLevel level, std::string_view function, Message&& message,
+          const std::source_location& where = std::source_location::current()) {
+    if (!enabled(level)) [[likely]] {
+        return;
+    }
+    if constexpr (std::invocable<Message>) {
+        write(level, function, std::forward<Message>(message)(), where);
+    } else {
+        write(level, function, std::forward<Message>(message), where);
+    }
+}
+
+template <class Message>
+void debug(std::string_view function, Message&& message,
+           const std::source_location& where = std::source_location::current()) {
+    line(LogLevel::debug, function, std::forward<Message>(message), where);
+}
+
+template <class Message>
+void info(std::string_view function, Message&& message,
+          const std::source_location& where = std::source_location::current()) {
+    line(LogLevel::info, function, std::forward<Message>(message), where);
+}
+
+template <class Message>
+void error(std::string_view function, Message&& message,
+           const std::source_location& where = std::source_location::current()) {
+    line(LogLevel::error, function, std::forward<Message>(message), where);
+}
+
+} // namespace kivo::log

@@ -1,0 +1,59 @@
+#include "Models/Text.hpp"
+
+#include <utf8proc.h>
+
+namespace kivo::text {
+namespace {
+
+const utf8proc_uint8_t* bytesOf(std::string_view text) {
+    return reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+}
+
+struct CodePoint {
+    utf8proc_int32_t value = 0;
+    std::size_t length = 0;
+    bool valid = false;
+};
+
+CodePoint codePointAt(std::string_view text, std::size_t position) {
+    const auto rest = text.substr(position);
+    CodePoint point;
+    const auto length = utf8proc_iterate(bytesOf(rest), static_cast<utf8proc_ssize_t>(rest.size()), &point.value);
+    point.valid = length > 0;
+    point.length = point.valid ? static_cast<std::size_t>(length) : 1;
+    if (!point.valid) {
+        point.value = 0xFFFD;
+    }
+    return point;
+}
+
+} // namespace
+
+bool isUtf8(std::string_view bytes) {
+    for (std::size_t position = 0; position < bytes.size();) {
+        const auto point = codePointAt(bytes, position);
+        if (!point.valid) {
+            return false;
+        }
+        position += point.length;
+    }
+    return true;
+}
+
+std::optional<std::string_view> firstCharacters(std::string_view text, std::size_t count) {
+    std::size_t seen = 0;
+    utf8proc_int32_t previous = 0;
+    utf8proc_int32_t state = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const auto point = codePointAt(text, position);
+        const bool begins = position == 0 || utf8proc_grapheme_break_stateful(previous, point.value, &state);
+        if (begins && seen++ == count) {
+            return text.substr(0, position);
+        }
+        previous = point.value;
+        position += point.length;
+    }
+    return seen >= count ? std::optional{text} : std::nullopt;
+}
+
+} // namespace kivo::text

@@ -1,0 +1,195 @@
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "Models/SessionKeys.hpp"
+#include "NetworkManager/CertificateDates.hpp"
+#include "NetworkManager/NetworkManager.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <any>
+#include <utility>
+
+namespace kivo {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using RequestKeys = KivoRequestKeys;
+
+constexpr std::string_view pinsResource = "readid_certificates";
+constexpr int warnBelowDays = 30;
+
+std::shared_ptr<Reachability> makeMonitor() {
+    const auto& services = platform::services();
+    auto monitor = Reachability::forInternet(services.reachability, platform::QualityOfService::standard, nullptr,
+                                             services.mainQueue);
+    return monitor ? *monitor : nullptr;
+}
+
+void warnWhenNear(std::chrono::year_month_day date, SDKEnv environment, std::string_view certificate) {
+    const long days = daysUntil(date, std::chrono::system_clock::now());
+    if (days < warnBelowDays) {
+        log::print("****" + std::to_string(days) + "**** Days left until " +
+                   std::string{SDKEnvHelper::environmentName(environment)} + " Server " + std::string{certificate} +
+                   " Certificate Expiration");
+    }
+}
+
+} // namespace
+
+CommunicationSecurityManager& CommunicationSecurityManager::shared() {
+    // Never destroyed: completions may still arrive while the process exits.
+    static auto& manager = *new CommunicationSecurityManager;
+    return manager;
+}
+
+CommunicationSecurityManager::CommunicationSecurityManager()
+    : reachability_{makeMonitor()} {}
+
+CommunicationSecurityManager::~CommunicationSecurityManager() = default;
+
+void CommunicationSecurityManager::setSdkEnvironment(SDKEnv environment) {
+    const std::scoped_lock lock{mutex_};
+    sdkEnvironment_ = environment;
+}
+
+void CommunicationSecurityManager::observeReachability() {
+    auto observation = platform::NotificationCenter::defaultCenter()->addObserver(
+        std::string{reachabilityChanged},
+        [this](const platform::Notification& notification) { checkForReachability(notification); });
+    {
+        const std::scoped_lock lock{mutex_};
+        std::swap(observation_, observation);
+    }
+    if (const auto monitor = reachability()) {
+        std::ignore = monitor->startNotifier();
+    }
+}
+
+std::shared_ptr<Reachability> CommunicationSecurityManager::reachability() const {
+    const std::scoped_lock lock{mutex_};
+    return reachability_;
+}
+
+void CommunicationSecurityManager::checkForReachability(const platform::Notification& notification) {
+    const auto* changed = std::any_cast<std::shared_ptr<Reachability>>(&notification.object);
+    if (changed == nullptr || *changed == nullptr) {
+        return;
+    }
+    const auto connection = (*changed)->connection();
+    auto monitor = makeMonitor();
+    {
+        const std::scoped_lock lock{mutex_};
+        std::swap(reachability_, monitor);
+    }
+    switch (connection) {
+    case Reachability::Connection::wifi:
+    case Reachability::Connection::cellular:
+        log::print("Reachability: wifi Or Cellular");
+        break;
+    case Reachability::Connection::unavailable:
+        log::print("Reachability: unavailable");
+        break;
+    case Reachability::Connection::none:
+        log::print("Reachability: none");
+        break;
+    }
+}
+
+bool CommunicationSecurityManager::isNetworkAvailable() const {
+    const auto monitor = reachability();
+    return !monitor || monitor->connection() != Reachability::Connection::unavailable;
+}
+
+std::string CommunicationSecurityManager::networkType() const {
+    const auto monitor = reachability();
+    return monitor ? std::string{monitor->currentReachabilityString()} : std::string{};
+}
+
+CertificateExpiryDates CommunicationSecurityManager::certificateExpiryDates(bool warn) const {
+    const auto environment = [this] {
+        const std::scoped_lock lock{mutex_};
+        return sdkEnvironment_;
+    }();
+    const auto dates = environment ? certificateDatesOf(*environment) : std::nullopt;
+    if (dates) {
+        if (warn) {
+            warnWhenNear(dates->leaf, *environment, "Leaf");
+            warnWhenNear(dates->intermediate, *environment, "Intermediate");
+        }
+        return {.leaf = monthDayYear(dates->leaf), .intermediate = monthDayYear(dates->intermediate)};
+    }
+    if (platform::services().bundles->main()->pathForResource(pinsResource, "plist")) {
+        log::print("**** Cannot not convert/find leaf and intermediate dates****");
+    } else {
+        log::print("**** Could not find readid_certificates.plist file in bundle. \n"
+                   " Please import this file from SDK using copy resources settings ****");
+    }
+    return {};
+}
+
+void CommunicationSecurityManager::updateRetryCountLimitOnServer(const ActivationResponse* activationSession) {
+    constexpr std::string_view function = "updateRetryCountLimitOnServer(activationSession:)";
+    const auto remaining = --NetworkManager::shared().retryLimit;
+    if (activationSession == nullptr) {
+        return;
+    }
+    if (!isNetworkAvailable()) {
+        log::debug(function, "**UPDATE RetryL: Network unavailable**");
+        return;
+    }
+    const Json notice{{RequestKeys::action, "inform"},
+                      {RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining)},
+                      {RequestKeys::tid, activationSession->tId}};
+    NetworkManager::shared().sendRequest(
+        settingIn(activationSession->idpConfig, KivoResponseKeys::updateEndpoint), notice,
+        [function, remaining](const platform::Data&) {
+            log::debug(function, [&] {
+                return "**Update RetryL succeeded, current counter " + std::to_string(remaining) + "**";
+            });
+        },
+        [function](const TransportError&) { log::debug(function, "**Update RetryL failed**"); });
+}
+
+void CommunicationSecurityManager::informSessionStateOnThirdPartySdkFailures(
+    const ServerReportModel& reportModel, const ActivationResponse* activationSession) {
+    if (activationSession == nullptr) {
+        return;
+    }
+    sendNotice("informSessionStateOnThirdPartySdkFailures(reportModel:activationSession:)",
+               Json{{RequestKeys::action, reportModel.action},
+                    {RequestKeys::tid, activationSession->tId},
+                    {RequestKeys::message, reportModel.message}},
+               *activationSession);
+}
+
+void CommunicationSecurityManager::updateFailureOnServer(const ServerReportModel& reportModel,
+                                                         const ActivationResponse* activationSession) {
+    if (activationSession == nullptr) {
+        return;
+    }
+    sendNotice("updateFailureOnServer(reportModel:activationSession:)",
+               Json{{RequestKeys::action, reportModel.action},
+                    {RequestKeys::tid, activationSession->tId},
+                    {RequestKeys::os, reportModel.os},
+                    {RequestKeys::status, reportModel.status},
+                    {RequestKeys::code, std::to_string(reportModel.code)},
+                    {RequestKeys::message, reportModel.message}},
+               *activationSession);
+}
+
+void CommunicationSecurityManager::sendNotice(std::string_view function, const Json& notice,
+                                              const ActivationResponse& activationSession) {
+    if (!isNetworkAvailable()) {
+        log::debug(function, "**Inform Server: Network unavailable**");
+        return;
+    }
+    NetworkManager::shared().sendRequest(
+        settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), notice,
+        [function](const platform::Data& answer) { log::debug(function, answer); },
+        [function](const TransportError& error) { log::debug(function, [&] { return error.description(); }); });
+}
+
+} // namespace kivo

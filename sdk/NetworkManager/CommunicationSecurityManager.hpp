@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Models/ActivationSessionModel.hpp"
+#include "Models/ServerReportModel.hpp"
+#include "NetworkManager/Reachability.hpp"
+
+#include <kivo/SDKEnv.hpp>
+#include <kivo/platform/NotificationCenter.hpp>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kivo {
+
+/// The expiry dates of the identity service's certificates, as sent with a join; empty texts when unknown.
+struct CertificateExpiryDates {
+    std::string leaf;
+    std::string intermediate;
+};
+
+/// Knows the state of the network and tells the identity service what happened on the device.
+///
+/// Notices are sent once and never repeated; their outcome is only logged. Any thread.
+class CommunicationSecurityManager {
+public:
+    static CommunicationSecurityManager& shared();
+
+    CommunicationSecurityManager(const CommunicationSecurityManager&) = delete;
+    CommunicationSecurityManager& operator=(const CommunicationSecurityManager&) = delete;
+    ~CommunicationSecurityManager();
+
+    void setSdkEnvironment(SDKEnv environment);
+
+    /// Watches the network from now on. A monitor that cannot start is left as it is.
+    void observeReachability();
+
+    /// False only while a monitor says that the network cannot be reached.
+    bool isNetworkAvailable() const;
+
+    /// The kind of connection in words, such as "WiFi"; empty without a monitor.
+    std::string networkType() const;
+
+    /// The certificates' dates for the current environment. With `warn`, prints those that are near.
+    CertificateExpiryDates certificateExpiryDates(bool warn) const;
+
+    /// Counts one attempt, and tells the session how many remain.
+    void updateRetryCountLimitOnServer(const ActivationResponse* activationSession);
+
+    /// Tells the session that a vendor library failed.
+    void informSessionStateOnThirdPartySdkFailures(const ServerReportModel& reportModel,
+                                                   const ActivationResponse* activationSession);
+
+    /// Sends the session a full failure report, under the session's own transaction identifier.
+    void updateFailureOnServer(const ServerReportModel& reportModel, const ActivationResponse* activationSession);
+
+private:
+    CommunicationSecurityManager();
+
+    std::shared_ptr<Reachability> reachability() const;
+    void checkForReachability(const platform::Notification& notification);
+    void sendNotice(std::string_view function, const nlohmann::ordered_json& notice,
+                    const ActivationResponse& activationSession);
+
+    mutable std::mutex mutex_;
+    std::optional<SDKEnv> sdkEnvironment_;
+    std::shared_ptr<Reachability> reachability_;
+    std::shared_ptr<platform::Observation> observation_;
+};
+
+} // namespace kivo

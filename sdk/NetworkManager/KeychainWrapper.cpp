@@ -1,0 +1,95 @@
+#include "NetworkManager/KeychainWrapper.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <utility>
+
+namespace kivo {
+namespace {
+
+using namespace kivo::platform;
+
+std::string constantOf(KeychainItemAccessibility accessibility) {
+    using enum KeychainItemAccessibility;
+    switch (accessibility) {
+    case afterFirstUnlock:
+        return std::string{kSecAttrAccessibleAfterFirstUnlock};
+    case afterFirstUnlockThisDeviceOnly:
+        return std::string{kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly};
+    case always:
+        return std::string{kSecAttrAccessibleAlways};
+    case whenPasscodeSetThisDeviceOnly:
+        return std::string{kSecAttrAccessibleWhenPasscodeSetThisDeviceOnly};
+    case alwaysThisDeviceOnly:
+        return std::string{kSecAttrAccessibleAlwaysThisDeviceOnly};
+    case whenUnlockedThisDeviceOnly:
+        return std::string{kSecAttrAccessibleWhenUnlockedThisDeviceOnly};
+    case whenUnlocked:
+        break;
+    }
+    return std::string{kSecAttrAccessibleWhenUnlocked};
+}
+
+} // namespace
+
+KeychainWrapper& KeychainWrapper::standard() {
+    // Never destroyed: completions may still arrive while the process exits.
+    static auto& store = *new KeychainWrapper{
+        services().keychain, services().bundles->main()->bundleIdentifier().value_or("SwiftKeychainWrapper")};
+    return store;
+}
+
+KeychainWrapper::KeychainWrapper(std::shared_ptr<Keychain> keychain, std::string serviceName,
+                                 std::optional<std::string> accessGroup)
+    : keychain_{std::move(keychain)}
+    , serviceName_{std::move(serviceName)}
+    , accessGroup_{std::move(accessGroup)} {}
+
+KeychainAttributes KeychainWrapper::keychainQuery(const std::string& forKey, Accessibility withAccessibility) const {
+    KeychainAttributes query;
+    query.kSecAttrService = serviceName_;
+    if (withAccessibility) {
+        query.kSecAttrAccessible = constantOf(*withAccessibility);
+    }
+    query.kSecAttrAccessGroup = accessGroup_;
+    query.kSecAttrGeneric = forKey;
+    query.kSecAttrAccount = forKey;
+    return query;
+}
+
+std::optional<std::string> KeychainWrapper::data(const std::string& forKey, Accessibility withAccessibility) const {
+    auto query = keychainQuery(forKey, withAccessibility);
+    query.kSecMatchLimit = kSecMatchLimitOne;
+    query.kSecReturnData = true;
+    std::string value;
+    if (keychain_->SecItemCopyMatching(query, &value) != errSecSuccess) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+bool KeychainWrapper::set(std::string value, const std::string& forKey, Accessibility withAccessibility) {
+    auto item = keychainQuery(forKey, withAccessibility);
+    item.kSecAttrAccessible = constantOf(withAccessibility.value_or(KeychainItemAccessibility::whenUnlocked));
+    item.kSecValueData = std::move(value);
+    const auto status = keychain_->SecItemAdd(item);
+    if (status == errSecDuplicateItem) {
+        return update(std::move(*item.kSecValueData), forKey, withAccessibility);
+    }
+    return status == errSecSuccess;
+}
+
+bool KeychainWrapper::update(std::string value, const std::string& forKey, Accessibility withAccessibility) {
+    KeychainAttributes change;
+    change.kSecValueData = std::move(value);
+    if (withAccessibility) {
+        change.kSecAttrAccessible = constantOf(*withAccessibility);
+    }
+    return keychain_->SecItemUpdate(keychainQuery(forKey, withAccessibility), change) == errSecSuccess;
+}
+
+bool KeychainWrapper::remove(const std::string& forKey) {
+    return keychain_->SecItemDelete(keychainQuery(forKey)) == errSecSuccess;
+}
+
+} // namespace kivo

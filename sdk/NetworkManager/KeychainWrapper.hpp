@@ -1,0 +1,56 @@
+#pragma once
+
+#include <kivo/platform/Keychain.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kivo {
+
+/// When an item may be read; each stands for the platform's constant of the same name.
+enum class KeychainItemAccessibility {
+    afterFirstUnlock,
+    afterFirstUnlockThisDeviceOnly,
+    always,
+    whenPasscodeSetThisDeviceOnly,
+    alwaysThisDeviceOnly,
+    whenUnlocked,
+    whenUnlockedThisDeviceOnly,
+};
+
+/// Small secrets under text keys, kept as generic passwords of one service. Any thread; the platform puts calls in order.
+class KeychainWrapper {
+public:
+    using Accessibility = std::optional<KeychainItemAccessibility>;
+
+    /// The application's own store: its service is the main bundle's identifier.
+    static KeychainWrapper& standard();
+
+    KeychainWrapper(std::shared_ptr<platform::Keychain> keychain, std::string serviceName,
+                    std::optional<std::string> accessGroup = {});
+
+    const std::string& serviceName() const { return serviceName_; }
+
+    /// The value, or absent on any failure.
+    std::optional<std::string> data(const std::string& forKey, Accessibility withAccessibility = {}) const;
+
+    /// Stores a value, also over an existing one. False on any failure.
+    bool set(std::string value, const std::string& forKey, Accessibility withAccessibility = {});
+
+    /// Replaces the value of an existing item. False on any failure.
+    bool update(std::string value, const std::string& forKey, Accessibility withAccessibility = {});
+
+    /// Deletes an item; false when there was none.
+    bool remove(const std::string& forKey);
+
+    /// The attributes that identify an item.
+    platform::KeychainAttributes keychainQuery(const std::string& forKey, Accessibility withAccessibility = {}) const;
+
+private:
+    const std::shared_ptr<platform::Keychain> keychain_;
+    const std::string serviceName_;
+    const std::optional<std::string> accessGroup_;
+};
+
+} // namespace kivo

@@ -1,0 +1,88 @@
+#include "NetworkManager/NetworkManager.hpp"
+
+#include "Configuration/logging/Log.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <expected>
+#include <utility>
+
+namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::string_view sendFunction = "sendRequest(urlString:params:success:failure:)";
+
+platform::Data serialized(const nlohmann::ordered_json& params) {
+    try {
+        return params.dump();
+    } catch (const nlohmann::ordered_json::exception&) {
+        return {};
+    }
+}
+
+std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
+    if (!outcome) {
+        return std::unexpected{TransportError{.cause = outcome.error().kind, .text = outcome.error().text}};
+    }
+    const int status = outcome->status;
+    if (status < 200 || status > 299) {
+        return std::unexpected{TransportError{
+            .cause = {}, .httpStatus = status, .text = "The server answered with status " + std::to_string(status)}};
+    }
+    if (!outcome->body) {
+        return std::unexpected{
+            TransportError{.cause = {}, .httpStatus = status, .text = "The server answered without a body"}};
+    }
+    return std::move(*outcome->body);
+}
+
+} // namespace
+
+std::string TransportError::description() const {
+    return "TransportError(" + (cause ? std::string{name(*cause)} : "status " + std::to_string(httpStatus)) + "): " +
+           text;
+}
+
+NetworkManager& NetworkManager::shared() {
+    // Never destroyed: completions may still arrive while the process exits.
+    static auto& manager = *new NetworkManager;
+    return manager;
+}
+
+void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::ordered_json& params, Success success,
+                                 Failure failure) {
+    platform::UrlRequest request;
+    request.url = urlString;
+    request.method = "POST";
+    request.timeout = 60s;
+    request.body = serialized(params);
+    defaultSession()->dataTask(
+        std::move(request),
+        [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
+            auto body = bodyOf(std::move(outcome));
+            if (body) {
+                success(std::move(*body));
+                return;
+            }
+            log::debug(sendFunction, [&] { return body.error().description(); });
+            failure(body.error());
+        });
+}
+
+std::shared_ptr<platform::UrlSession> NetworkManager::defaultSession() {
+    const std::scoped_lock lock{mutex_};
+    if (!defaultSession_) {
+        platform::UrlSessionConfiguration configuration;
+        configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
+        configuration.requestTimeout = 180s;
+        configuration.resourceTimeout = 180s;
+        defaultSession_ = platform::services().urlSessions->make(std::move(configuration));
+    }
+    return defaultSession_;
+}
+
+} // namespace kivo

@@ -1,0 +1,45 @@
+#include "NetworkManager/StoredSession.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "Models/SessionKeys.hpp"
+#include "Models/Text.hpp"
+#include "NetworkManager/KeychainWrapper.hpp"
+
+namespace kivo {
+namespace {
+
+bool store(std::string_view value, std::string_view item) {
+    if (KeychainWrapper::standard().set(std::string{value}, std::string{item})) {
+        return true;
+    }
+    log::error("set(_:forKey:withAccessibility:)", [&] {
+        return "The item \"" + std::string{item} + "\" could not be stored; see the keychain's diagnostics.";
+    });
+    return false;
+}
+
+} // namespace
+
+std::optional<std::string> storedJoinAnswer() {
+    auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
+    return answer && text::isUtf8(*answer) ? std::move(answer) : std::nullopt;
+}
+
+std::optional<ActivationResponse> storedSession() {
+    const auto answer = storedJoinAnswer();
+    return answer ? ActivationResponse::decode(*answer) : std::nullopt;
+}
+
+bool storeJoinAnswer(std::string_view answer) {
+    return store(answer, StoredItems::joinAnswer);
+}
+
+bool storeActivationCode(std::string_view activationCode) {
+    return store(activationCode, StoredItems::activationCode);
+}
+
+bool removeStoredJoinAnswer() {
+    return storedJoinAnswer() && KeychainWrapper::standard().remove(std::string{StoredItems::joinAnswer});
+}
+
+} // namespace kivo

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Models/ActivationSessionModel.hpp"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The joined session as the secure store keeps it: the raw text of the join answer.
+namespace kivo {
+
+/// The stored join answer; absent when there is none or it is no UTF-8 text.
+std::optional<std::string> storedJoinAnswer();
+
+/// The stored join answer, decoded; absent also when it is no session.
+std::optional<ActivationResponse> storedSession();
+
+/// Replaces the stored join answer. False, with an error line, when it could not be stored.
+bool storeJoinAnswer(std::string_view answer);
+
+/// Keeps the activation code of the session just joined; same result.
+bool storeActivationCode(std::string_view activationCode);
+
+/// Deletes the stored join answer; false when there was none.
+bool removeStoredJoinAnswer();
+
+} // namespace kivo

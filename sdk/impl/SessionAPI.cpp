@@ -1,0 +1,258 @@
+#include "impl/SessionAPI.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "services/acquisition/facemap/facetec/UIStateManager.hpp"
+#include "services/mirelo/impl/KivoBE.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <array>
+#include <utility>
+
+namespace kivo {
+namespace {
+
+IdvOutcome failed(ResponseCode code) {
+    return std::unexpected{code};
+}
+
+/// A completion that can be called whatever the host passed.
+IdvCompletion callable(IdvCompletion response) {
+    return response ? std::move(response) : [](const IdvOutcome&) {};
+}
+
+} // namespace
+
+const std::shared_ptr<SessionAPI>& SessionAPI::shared(InterfaceVersion version) {
+    static const auto& sessions = *new auto([] {
+        std::array<std::shared_ptr<SessionAPI>, allInterfaceVersions.size()> all;
+        for (const auto each : allInterfaceVersions) {
+            all[static_cast<std::size_t>(each)] = std::make_shared<SessionAPI>(each, KivoBE::shared(each));
+        }
+        return all;
+    }());
+    return sessions[static_cast<std::size_t>(version)];
+}
+
+SessionAPI::SessionAPI(InterfaceVersion version, MireloProxy& backendClient)
+    : version_{version}
+    , rules_{sessionRulesOf(version)}
+    , backendClient_{backendClient} {}
+
+void SessionAPI::setDeviceCode(std::string deviceCode) {
+    withState([&](State& state) { state.deviceCode = std::move(deviceCode); });
+}
+
+std::string SessionAPI::deviceCode() const {
+    return withState([](const State& state) { return state.deviceCode; });
+}
+
+std::string SessionAPI::tid() const {
+    return withState([](const State& state) { return state.tid; });
+}
+
+void SessionAPI::setQrCodeVC(std::weak_ptr<ActivationCodeFields> qrCodeVC) {
+    withState([&](State& state) { state.qrCodeVC = std::move(qrCodeVC); });
+}
+
+std::shared_ptr<ThemeCustomization> SessionAPI::sdkTheme() const {
+    return withState([](const State& state) { return state.sdkTheme; });
+}
+
+void SessionAPI::setSdkTheme(std::shared_ptr<ThemeCustomization> theme) {
+    withState([&](State& state) { std::swap(state.sdkTheme, theme); });
+}
+
+void SessionAPI::setTheme(std::shared_ptr<ThemeCustomization> theme) {
+    setSdkTheme(std::move(theme));
+}
+
+void SessionAPI::setContext(std::shared_ptr<platform::ViewController> viewController) {
+    withState([&](State& state) { std::swap(state.contextViewController, viewController); });
+}
+
+bool SessionAPI::hasScreen(AcquisitionObject object) const {
+    switch (object) {
+    case AcquisitionObject::activationCode:
+    case AcquisitionObject::nfcScan:
+    case AcquisitionObject::mrzScan:
+    case AcquisitionObject::facemapScan:
+        return true;
+    case AcquisitionObject::ocrScan:
+        return rules_.presentsIdScan;
+    default:
+        return false;
+    }
+}
+
+void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> /*config*/,
+                         IdvCompletion response) {
+    if (!hasScreen(object)) {
+        return;
+    }
+    response = callable(std::move(response));
+    const auto context = withState([&](State& state) {
+        std::swap(state.completionHandlerIdv, response);
+        return state.contextViewController;
+    });
+    if (!context) {
+        return;
+    }
+    log::error("acquire(AcquisitionObject:config:response:)", [&] {
+        return "This release has no screen for " +
+               std::string{AcquisitionObjectHelper::acquisitionObjectName(object)} + "; the host shows its own.";
+    });
+    completeOnMainQueue(failed(ResponseCode::UNKNOWN_ERROR));
+}
+
+void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) {
+    const auto device = withState([&](State& state) {
+        state.activationCode = forCode;
+        return state.deviceCode;
+    });
+    backendClient_.join(std::move(forCode), device, std::move(config),
+                        [this, response = callable(std::move(response))](const IdvOutcome& outcome) {
+                            joinDidComplete(outcome, response);
+                        });
+}
+
+void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response) {
+    if (outcome) {
+        const auto& tid = (*outcome)->data();
+        withState([&](State& state) { state.tid = tid; });
+        response(std::make_shared<IdvResult>(tid, IdvEvents::JOIN_SESSION));
+        UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
+        UIStateManager::shared().faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
+        return;
+    }
+    response(outcome);
+    if (rules_.reportsRequestFailures) {
+        validateSendInformCallOnFailure(outcome.error());
+    }
+    if (rules_.resetsCodeBoxes) {
+        platform::services().mainQueue->async([weak = weak_from_this()] {
+            const auto self = weak.lock();
+            const auto screen = self ? self->withState([](const State& state) { return state.qrCodeVC.lock(); })
+                                     : std::shared_ptr<ActivationCodeFields>{};
+            if (screen) {
+                screen->resetActivationCodeFields();
+            }
+        });
+    }
+}
+
+void SessionAPI::update(std::string action, std::string message, IdvCompletion response) {
+    auto tid = withState([&](State& state) {
+        state.currentSdkStatus = message;
+        return state.tid;
+    });
+    backendClient_.update(std::move(tid), std::move(action), std::move(message), reportingFailures(std::move(response)));
+}
+
+void SessionAPI::status(IdvCompletion response) {
+    backendClient_.status(tid(), reportingFailures(std::move(response)));
+}
+
+void SessionAPI::commit(IdvCompletion response) {
+    if (rules_.logsCommit) {
+        log::debug("commit(response:)", "Calling commit");
+    }
+    backendClient_.commit(tid(), reportingFailures(std::move(response)));
+}
+
+void SessionAPI::upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) {
+    backendClient_.upload(acquisitionObject, std::move(data), reportingFailures(std::move(response)));
+}
+
+void SessionAPI::resumeInBrowser() {
+    backendClient_.resumeInBrowser();
+}
+
+void SessionAPI::reset() {
+    backendClient_.reset();
+}
+
+IdvCompletion SessionAPI::reportingFailures(IdvCompletion response) {
+    return [this, response = callable(std::move(response))](const IdvOutcome& outcome) {
+        response(outcome);
+        if (!outcome && rules_.reportsRequestFailures) {
+            validateSendInformCallOnFailure(outcome.error());
+        }
+    };
+}
+
+void SessionAPI::activationCodeEntered(std::string code) {
+    const auto handler = withState([](const State& state) { return state.completionHandlerIdv; });
+    handler(std::make_shared<IdvResult>(std::move(code), IdvEvents::SCAN_QR_CODE));
+}
+
+void SessionAPI::activationCodeScanned(std::string code) {
+    activationCodeEntered(std::move(code));
+}
+
+void SessionAPI::invalidQRCodeScanned() {
+    completeCodeScreen(ResponseCode::UNKNOWN_QR_CODE);
+}
+
+void SessionAPI::closeButtonPressed() {
+    if (rules_.reportsCancellation) {
+        log::debug("closeButtonPressed()", [] {
+            return "Cancelled: Processing error\nResponseCode: " +
+                   std::to_string(code(ResponseCode::CANCELLED_BY_USER));
+        });
+    }
+    completeCodeScreen(ResponseCode::CANCELLED_BY_USER);
+    if (rules_.reportsCancellation) {
+        validateSendInformCallOnFailure(ResponseCode::CANCELLED_BY_USER);
+    }
+}
+
+void SessionAPI::completeCodeScreen(ResponseCode failure) {
+    if (rules_.queuesCodeScreenFailures) {
+        completeOnMainQueue(failed(failure));
+        return;
+    }
+    const auto handler = withState([](const State& state) { return state.completionHandlerIdv; });
+    handler(failed(failure));
+}
+
+void SessionAPI::documentFlowDidComplete(IdvOutcome result) {
+    UIStateManager::shared().docAuthState =
+        result ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
+    screenDidComplete(result, passesDocumentFilter);
+}
+
+void SessionAPI::livenessCheckDidComplete(IdvOutcome result) {
+    UIStateManager::shared().faceAuthState =
+        result ? FaceAuthStatus::faceAuthSuccess : FaceAuthStatus::faceAuthFailedOrInitialized;
+    screenDidComplete(result, passesFaceFilter);
+}
+
+void SessionAPI::ocrScanDidComplete(IdvOutcome result) {
+    UIStateManager::shared().docAuthState =
+        result ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
+    screenDidComplete(result, nullptr);
+}
+
+void SessionAPI::ocrFlowDidComplete(IdvOutcome result) {
+    screenDidComplete(result, nullptr);
+}
+
+void SessionAPI::screenDidComplete(const IdvOutcome& result, Filter filter) {
+    if (result || filter == nullptr || filter(rules_.withheld, result.error())) {
+        completeOnMainQueue(result);
+    }
+    if (!result) {
+        validateSendInformCallOnFailure(result.error());
+    }
+}
+
+void SessionAPI::completeOnMainQueue(IdvOutcome outcome) {
+    platform::services().mainQueue->async([self = shared_from_this(), outcome = std::move(outcome)] {
+        // The handler of the moment, not of the moment of the outcome: the host may have asked for something new.
+        const auto handler = self->withState([](const State& state) { return state.completionHandlerIdv; });
+        handler(outcome);
+    });
+}
+
+} // namespace kivo

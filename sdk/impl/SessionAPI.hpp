@@ -1,0 +1,101 @@
+#pragma once
+
+#include "Models/InterfaceVersion.hpp"
+#include "Models/ServerReportModel.hpp"
+#include "impl/SessionRules.hpp"
+#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
+#include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeVCDelegate.hpp"
+#include "services/mirelo/MireloProxy.hpp"
+
+#include <kivo/KivoAPI.hpp>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace kivo {
+
+/// The session API of one interface version, and the delegate of the screens it presents.
+class SessionAPI final : public KivoAPI,
+                         public QRCodeVCDelegate,
+                         public AuthMenuVCDelegate,
+                         public LivenessCheckVCDelegate,
+                         public OCRScanVCDelegate,
+                         public FinalStatusVCDelegate,
+                         public std::enable_shared_from_this<SessionAPI> {
+public:
+    /// The one session API of a version; never destroyed.
+    static const std::shared_ptr<SessionAPI>& shared(InterfaceVersion version);
+
+    /// A session API that sends its requests through `backendClient`, which must outlive it.
+    SessionAPI(InterfaceVersion version, MireloProxy& backendClient);
+
+    void setDeviceCode(std::string deviceCode);
+    std::string deviceCode() const;
+    std::string tid() const;
+    void setQrCodeVC(std::weak_ptr<ActivationCodeFields> qrCodeVC);
+
+    std::shared_ptr<ThemeCustomization> sdkTheme() const override;
+    void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) override;
+    void setContext(std::shared_ptr<platform::ViewController> viewController) override;
+    void setTheme(std::shared_ptr<ThemeCustomization> theme) override;
+    void acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) override;
+    void join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) override;
+    void update(std::string action, std::string message, IdvCompletion response) override;
+    void status(IdvCompletion response) override;
+    void commit(IdvCompletion response) override;
+    void resumeInBrowser() override;
+    void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) override;
+    void reset() override;
+
+    void invalidQRCodeScanned() override;
+    void activationCodeEntered(std::string code) override;
+    void activationCodeScanned(std::string code) override;
+    void closeButtonPressed() override;
+    void documentFlowDidComplete(IdvOutcome result) override;
+    void ocrFlowDidComplete(IdvOutcome result) override;
+    void livenessCheckDidComplete(IdvOutcome result) override;
+    void ocrScanDidComplete(IdvOutcome result) override;
+    void finalStatusDidDisappear() override {}
+
+private:
+    using Filter = bool (*)(Withheld, ResponseCode);
+
+    /// What the host and the backend touch from different threads.
+    struct State {
+        std::shared_ptr<ThemeCustomization> sdkTheme = std::make_shared<ThemeCustomization>();
+        std::string tid;
+        std::string deviceCode;
+        std::string currentSdkStatus;
+        std::shared_ptr<platform::ViewController> contextViewController;
+        IdvCompletion completionHandlerIdv = [](const IdvOutcome&) {};
+        std::weak_ptr<ActivationCodeFields> qrCodeVC;
+        std::string activationCode;
+    };
+
+    /// Reads the state, or changes it, under its lock.
+    template <class Access>
+    auto withState(Access access) const {
+        const std::scoped_lock lock{mutex_};
+        return access(state_);
+    }
+
+    bool hasScreen(AcquisitionObject object) const;
+    void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response);
+    IdvCompletion reportingFailures(IdvCompletion response);
+    void screenDidComplete(const IdvOutcome& result, Filter filter);
+    void completeOnMainQueue(IdvOutcome outcome);
+    void completeCodeScreen(ResponseCode failure);
+    void validateSendInformCallOnFailure(ResponseCode code);
+    void informServerAboutSessionFailure(const ServerReportModel& reportModel);
+
+    const InterfaceVersion version_;
+    const SessionRules rules_;
+    MireloProxy& backendClient_;
+    mutable std::mutex mutex_;
+    mutable State state_;
+};
+
+} // namespace kivo

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <atomic>
+
+namespace kivo {
+
+enum class DocAuthStatus { docAuthSuccess = 0, docAuthFailedOrInitialized = 1 };
+enum class FaceAuthStatus { faceAuthSuccess = 0, faceAuthFailedOrInitialized = 1 };
+
+/// Whether the current session's document and face steps have succeeded. Lives as long as the process.
+class UIStateManager {
+public:
+    static UIStateManager& shared() {
+        static auto& manager = *new UIStateManager;
+        return manager;
+    }
+
+    // Atomic because a join's outcome, on the transport's thread, resets what the screens read on the main one.
+    std::atomic<DocAuthStatus> docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
+    std::atomic<FaceAuthStatus> faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
+};
+
+} // namespace kivo

@@ -1,0 +1,296 @@
+#include "services/mirelo/impl/KivoBE.hpp"
+
+#include "Configuration/environment/ApplicationInformation.hpp"
+#include "Configuration/logging/Log.hpp"
+#include "Models/ErrorManager.hpp"
+#include "Models/SessionKeys.hpp"
+#include "Models/Text.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/StoredSession.hpp"
+
+#include <kivo/Deployment.hpp>
+#include <kivo/platform/Services.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <charconv>
+#include <cstdint>
+#include <utility>
+
+namespace kivo {
+
+using Json = nlohmann::ordered_json;
+using RequestKeys = KivoRequestKeys;
+using ResponseKeys = KivoResponseKeys;
+
+struct KivoBE::SessionRequest {
+    std::string_view function;
+    std::string_view name;
+    std::string_view endpoint;
+    ResponseCode invalidSession;
+    IdvEvents event;
+    Json body = Json::object();
+};
+
+namespace {
+
+IdvOutcome succeeded(std::string data, IdvEvents event) {
+    return std::make_shared<IdvResult>(std::move(data), event);
+}
+
+IdvOutcome failed(ResponseCode code) {
+    return std::unexpected{code};
+}
+
+Json objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
+    Json object = Json::object();
+    for (const auto& [key, value] : texts) {
+        object[key] = value;
+    }
+    return object;
+}
+
+/// A signed decimal number; 0 for any text that is not wholly one within 64 bits.
+std::int64_t retryLimitIn(std::string_view text) {
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) {
+            return 0;
+        }
+    }
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc{} && end == text.data() + text.size() ? number : 0;
+}
+
+void applyRetryLimit(const ActivationResponse& session) {
+    const auto limit = session.idpConfig.find(ResponseKeys::retryLimit);
+    Settings::shared().shouldApplyRetryLimit = limit != session.idpConfig.end();
+    if (limit == session.idpConfig.end()) {
+        return;
+    }
+    const auto number = retryLimitIn(limit->second);
+    NetworkManager::shared().retryLimit = number;
+    log::debug("setServerRetryLimit()", [&] { return "server retry limit " + std::to_string(number); });
+}
+
+} // namespace
+
+KivoBE& KivoBE::shared(InterfaceVersion version) {
+    static auto* const clients = new std::array<KivoBE, allInterfaceVersions.size()>{
+        KivoBE{InterfaceVersion::v140}, KivoBE{InterfaceVersion::v150}, KivoBE{InterfaceVersion::v160},
+        KivoBE{InterfaceVersion::v170}, KivoBE{InterfaceVersion::v180}};
+    return (*clients)[static_cast<std::size_t>(version)];
+}
+
+KivoBE::KivoBE(InterfaceVersion version)
+    : version_{version}
+    , rules_{backendRulesOf(version)} {}
+
+void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
+                  IdvCompletion sessionResponseCompletion) {
+    constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
+    auto dictionary = config ? config->getAsDictionary() : AcquisitionConfig::Dictionary{};
+    if (dictionary.empty()) {
+        log::error(function, "A join needs an AcquisitionConfig whose ENVIRONMENT is one of the four environments.");
+        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
+        return;
+    }
+    if (rules_.clearsStoredAnswerFirst && !storeJoinAnswer("")) {
+        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
+        return;
+    }
+    log::debug(function, [this] { return description(); });
+    auto& security = CommunicationSecurityManager::shared();
+    security.observeReachability();
+    security.setSdkEnvironment(config->ENVIRONMENT);
+    if (!security.isNetworkAvailable()) {
+        log::debug(function, "**JOIN: Network Unavailable**");
+        sessionResponseCompletion(failed(ResponseCode::NETWORK_ERROR));
+        return;
+    }
+    {
+        const std::scoped_lock lock{mutex_};
+        fields_ = {.joinCode = forCode,
+                   .deviceCode = std::move(deviceCode),
+                   .environment = config->ENVIRONMENT,
+                   .appConfigDictionary = std::move(dictionary)};
+    }
+    log::info(function, [this] { return description(); });
+    getJoin(forCode, [this, completion = std::move(sessionResponseCompletion)](bool success, const std::string& answer) {
+        completion(judgeJoin(success, answer));
+    });
+}
+
+IdvOutcome KivoBE::judgeJoin(bool success, const std::string& answer) const {
+    constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
+    log::debug(function,
+               [&] { return std::string{"Received join response with result "} + (success ? "true" : "false"); });
+    if (!success) {
+        const auto refusal = rules_.readsFailedJoinAsRefusal ? ErrorManager::refusalIn(answer) : std::nullopt;
+        return failed(refusal.value_or(ResponseCode::INVALID_JOIN_SESSION));
+    }
+    const auto session = storedSession();
+    if (!session) {
+        return failed(ResponseCode::INVALID_JOIN_SESSION);
+    }
+    if (session->responseType != ResponseKeys::data) {
+        log::debug(function, [&] { return session->encode(); });
+        return failed(responseCodeNamed(session->responseCode));
+    }
+    applyRetryLimit(*session);
+    return succeeded(session->tId, IdvEvents::JOIN_SESSION);
+}
+
+void KivoBE::getJoin(const std::string& codeValue, std::function<void(bool success, std::string answer)> completion) {
+    constexpr std::string_view function = "getJoin(codeValue:completion:)";
+    if (rules_.logsClientBeforeJoin) {
+        log::debug(function, [this] { return description(); });
+    }
+    const auto joined = fields();
+    log::debug(function, [&] { return "Sending join request for code " + joined.joinCode; });
+    const Json body{{RequestKeys::action, "init"},
+                    {RequestKeys::activationCode, joined.joinCode},
+                    {RequestKeys::deviceCode, joined.deviceCode},
+                    {RequestKeys::appInfo, objectOf(Environment::applicationInformation())},
+                    {RequestKeys::appConfig, objectOf(joined.appConfigDictionary)}};
+    // Both callbacks hold the one completion; the transport calls exactly one of them.
+    const auto shared = std::make_shared<decltype(completion)>(std::move(completion));
+    NetworkManager::shared().sendRequest(
+        Deployment::current().joinPage(joined.environment), body,
+        [shared, codeValue](platform::Data answer) {
+            if (!text::isUtf8(answer) || !storeJoinAnswer(answer) || !storeActivationCode(codeValue)) {
+                (*shared)(false, "");
+                return;
+            }
+            (*shared)(true, std::move(answer));
+        },
+        [shared](const TransportError&) { (*shared)(false, ""); });
+}
+
+void KivoBE::setServerRetryLimit() {
+    if (const auto session = storedSession()) {
+        applyRetryLimit(*session);
+    }
+}
+
+void KivoBE::update(std::string tid, std::string action, std::string message, IdvCompletion completion) {
+    send({.function = "update(tid:action:message:Completion:)",
+          .name = "UPDATE",
+          .endpoint = ResponseKeys::updateEndpoint,
+          .invalidSession = ResponseCode::INVALID_UPDATE_SESSION,
+          .event = IdvEvents::UPDATE_SESSION,
+          .body = {{RequestKeys::action, std::move(action)},
+                   {RequestKeys::message, std::move(message)},
+                   {RequestKeys::tid, std::move(tid)}}},
+         completion);
+}
+
+void KivoBE::status(std::string /*tid*/, IdvCompletion completion) {
+    send({.function = "status(tid:Completion:)",
+          .name = "STATUS",
+          .endpoint = ResponseKeys::statusEndpoint,
+          .invalidSession = ResponseCode::INVALID_STATUS_SESSION,
+          .event = IdvEvents::SESSION_STATUS},
+         completion);
+}
+
+void KivoBE::commit(std::string /*tid*/, IdvCompletion completion) {
+    send({.function = "commit(tid:Completion:)",
+          .name = "COMMIT",
+          .endpoint = ResponseKeys::resumeEndpoint,
+          .invalidSession = ResponseCode::INVALID_COMMIT_SESSION,
+          .event = IdvEvents::COMMIT_SESSION},
+         completion);
+}
+
+void KivoBE::send(const SessionRequest& request, const IdvCompletion& completion) const {
+    const auto session = storedSession();
+    if (!session) {
+        completion(failed(request.invalidSession));
+        return;
+    }
+    if (!CommunicationSecurityManager::shared().isNetworkAvailable()) {
+        log::debug(request.function, [&] { return "**" + std::string{request.name} + ": Network Unavailable**"; });
+        completion(failed(ResponseCode::NETWORK_ERROR));
+        return;
+    }
+    NetworkManager::shared().sendRequest(
+        settingIn(session->idpConfig, request.endpoint), request.body,
+        [completion, tid = session->tId, event = request.event](const platform::Data& answer) {
+            const auto refusal = ErrorManager::refusalIn(answer);
+            completion(refusal ? failed(*refusal) : succeeded(tid, event));
+        },
+        [completion, code = request.invalidSession](const TransportError&) { completion(failed(code)); });
+}
+
+void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) {
+    constexpr std::string_view function = "upload(acquisitionObject:data:Completion:)";
+    const auto session = storedSession();
+    const auto url = session ? settingIn(session->idpBiodata, ResponseKeys::biodataEndpoint) : std::string{};
+    log::debug(function, [&] { return "upload url " + url; });
+    if (NetworkManager::shared().retryLimit < 1) {
+        completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
+        return;
+    }
+    if (url.empty()) {
+        log::debug(function, "upload biodata failed");
+        completion(failed(ResponseCode::BIODATA_UPLOAD_FAILED));
+        return;
+    }
+    const Json body{{RequestKeys::source, "remote"},
+                    {RequestKeys::acquisitionObject, rawValue(acquisitionObject)},
+                    {RequestKeys::data, std::move(data)}};
+    const auto finish = [this, function, completion](std::optional<ResponseCode> refusal) {
+        log::debug(function, refusal ? "upload biodata failed" : "upload biodata success");
+        completion(refusal ? failed(*refusal) : succeeded(fields().joinCode, IdvEvents::UPLOAD_DOCUMENT));
+    };
+    NetworkManager::shared().sendRequest(
+        url, body, [finish](const platform::Data& answer) { finish(ErrorManager::refusalIn(answer)); },
+        [finish](const TransportError&) { finish(ResponseCode::BIODATA_UPLOAD_FAILED); });
+    if (const auto current = storedSession()) {
+        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*current);
+    }
+}
+
+void KivoBE::resumeInBrowser() {
+    const auto session = storedSession();
+    const auto& page = session ? settingIn(session->idpConfig, ResponseKeys::resumeEndpoint) : std::string{};
+    if (!page.empty()) {
+        platform::services().workspace->open(page);
+    }
+}
+
+void KivoBE::reset() {
+    if (removeStoredJoinAnswer()) {
+        log::debug("reset()", "Session cleared");
+    }
+}
+
+void KivoBE::update(const ServerReportModel& reportModel) {
+    constexpr std::string_view function = "update(reportModel:Completion:)";
+    if (rules_.reporting == Reporting::none) {
+        return;
+    }
+    const auto session = storedSession();
+    if (rules_.reporting == Reporting::logged) {
+        log::debug(function, session ? "Reporting to server" : "Could not report to server without session");
+    }
+    CommunicationSecurityManager::shared().updateFailureOnServer(reportModel, session ? &*session : nullptr);
+}
+
+KivoBE::Fields KivoBE::fields() const {
+    const std::scoped_lock lock{mutex_};
+    return fields_;
+}
+
+std::string KivoBE::description() const {
+    const auto current = fields();
+    return std::string{namesOf(version_).backendClient} +
+           "(environment: " + std::string{SDKEnvHelper::environmentName(current.environment)} +
+           ", activation code: " + (current.joinCode.empty() ? "none" : "set") +
+           ", device code: " + (current.deviceCode.empty() ? "none" : "set") + ")";
+}
+
+} // namespace kivo

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Models/ActivationSessionModel.hpp"
+#include "Models/InterfaceVersion.hpp"
+#include "services/mirelo/MireloProxy.hpp"
+#include "services/mirelo/impl/KivoBERules.hpp"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace kivo {
+
+/// The backend client of one interface version. The session itself lives in the secure store, not here.
+class KivoBE final : public MireloProxy {
+public:
+    /// The one client of a version; never destroyed.
+    static KivoBE& shared(InterfaceVersion version);
+
+    explicit KivoBE(InterfaceVersion version);
+
+    void join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
+              IdvCompletion sessionResponseCompletion) override;
+    void update(std::string tid, std::string action, std::string message, IdvCompletion completion) override;
+    void update(const ServerReportModel& reportModel) override;
+    void status(std::string tid, IdvCompletion completion) override;
+    void commit(std::string tid, IdvCompletion completion) override;
+    void resumeInBrowser() override;
+    void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) override;
+    void reset() override;
+
+    /// Sends the join of the current fields and stores the answer, unjudged, with `codeValue` beside it.
+    void getJoin(const std::string& codeValue, std::function<void(bool success, std::string answer)> completion);
+
+    /// Takes the stored session's retry limit over into the transport's attempt counter.
+    void setServerRetryLimit();
+
+private:
+    /// The last join; overwritten by the next one.
+    struct Fields {
+        std::string joinCode;
+        std::string deviceCode;
+        SDKEnv environment = SDKEnv::PROD;
+        AcquisitionConfig::Dictionary appConfigDictionary;
+    };
+    /// One of the requests to a joined session that differ in address, body and codes only.
+    struct SessionRequest;
+
+    Fields fields() const;
+    std::string description() const;
+    IdvOutcome judgeJoin(bool success, const std::string& answer) const;
+    void send(const SessionRequest& request, const IdvCompletion& completion) const;
+
+    const InterfaceVersion version_;
+    const KivoBERules rules_;
+    mutable std::mutex mutex_;
+    Fields fields_;
+};
+
+} // namespace kivo

@@ -1,0 +1,311 @@
+#include <kivo/simulator/IdentityService.hpp>
+
+#include "FaultPlan.hpp"
+#include "ServerCertificates.hpp"
+#include "SessionProtocol.hpp"
+#include "TlsConnections.hpp"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <limits>
+#include <stdexcept>
+#include <thread>
+
+namespace kivo::simulator {
+namespace {
+
+constexpr const char* json = "application/json";
+constexpr std::size_t largestRequest = std::size_t{64} * 1024 * 1024;
+constexpr std::size_t threads = 48;
+
+std::vector<std::pair<std::string, std::string>> headersOf(const httplib::Request& request) {
+    std::vector<std::pair<std::string, std::string>> headers;
+    for (const auto& [name, value] : request.headers) {
+        // The library adds what it knows of the peer; the client did not send it.
+        if (!name.starts_with("REMOTE_") && !name.starts_with("LOCAL_")) {
+            headers.emplace_back(name, value);
+        }
+    }
+    return headers;
+}
+
+} // namespace
+
+class IdentityService::Server {
+public:
+    explicit Server(const IdentityServiceConfiguration& configuration)
+        : hostPerEndpoint_{configuration.hostPerEndpoint}
+        , certificates_{configuration.keyType}
+        , protocol_{configuration, [this](Endpoint endpoint) { return base(endpoint); }}
+        , http_{[this](SSL_CTX& context) { return prepare(context); }} {
+        http_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
+        http_.set_tcp_nodelay(true);
+        http_.set_keep_alive_max_count(std::numeric_limits<std::size_t>::max());
+        http_.set_keep_alive_timeout(3600);
+        http_.set_payload_max_length(largestRequest);
+        const auto handle = [this](const httplib::Request& request, httplib::Response& response) {
+            serve(request, response);
+        };
+        constexpr auto anywhere = ".*";
+        http_.Post(anywhere, handle).Get(anywhere, handle).Put(anywhere, handle).Delete(anywhere, handle);
+        port_ = http_.bind_to_any_port("127.0.0.1");
+        if (port_ <= 0) {
+            throw std::runtime_error{"simulator: no port is free on the loopback interface"};
+        }
+        thread_ = std::thread{[this] { http_.listen_after_bind(); }};
+        while (!http_.is_running()) {
+            std::this_thread::yield();
+        }
+    }
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    ~Server() {
+        connections_.stop();
+        http_.stop();
+        // A connection accepted in the meantime would wait for its client.
+        connections_.closeAll();
+        thread_.join();
+    }
+
+    std::string base(Endpoint endpoint) const {
+        const auto host = hostPerEndpoint_ ? std::string{name(endpoint)} + ".localhost" : "localhost";
+        return "https://" + host + ":" + std::to_string(port_);
+    }
+
+    void inject(Endpoint endpoint, Fault fault, Calls calls) {
+        const bool concernsConnections = fault.kind() == Fault::Kind::certificate;
+        faults_.add(endpoint, std::move(fault), calls);
+        if (concernsConnections) {
+            connections_.closeAll();
+        }
+    }
+
+    void clearFaults() {
+        const bool concernsConnections = faults_.certificateFlaw({}) != CertificateFlaw::none;
+        faults_.clear();
+        if (concernsConnections) {
+            connections_.closeAll();
+        }
+    }
+
+    std::vector<RecordedRequest> requests() const {
+        const std::scoped_lock lock{mutex_};
+        return requests_;
+    }
+
+    bool waitForRequests(std::size_t count, std::chrono::milliseconds limit) const {
+        std::unique_lock lock{mutex_};
+        return recorded_.wait_for(lock, limit, [&] { return requests_.size() >= count; });
+    }
+
+    void onRequest(std::function<void(const RecordedRequest&)> listener) {
+        const std::scoped_lock lock{mutex_};
+        listener_ = std::move(listener);
+    }
+
+    const ServerCertificates& certificates() const { return certificates_; }
+    int port() const { return port_; }
+    std::size_t handshakes() const { return connections_.handshakes(); }
+
+private:
+    bool prepare(SSL_CTX& context) {
+        connections_.follow(&context);
+        certificates_.use(&context, [this](std::string_view host) { return faults_.certificateFlaw(endpointOf(host)); });
+        return true;
+    }
+
+    std::optional<Endpoint> endpointOf(std::string_view host) const {
+        if (!hostPerEndpoint_) {
+            return std::nullopt;
+        }
+        for (const auto endpoint : {Endpoint::join, Endpoint::update, Endpoint::status, Endpoint::commit,
+                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan}) {
+            if (host.substr(0, host.find('.')) == name(endpoint)) {
+                return endpoint;
+            }
+        }
+        return Endpoint::join;
+    }
+
+    void serve(const httplib::Request& request, httplib::Response& response) {
+        const auto address = SessionProtocol::addressOf(request.path);
+        if (!address) {
+            response.status = 404;
+            return;
+        }
+        const auto fault = faults_.next(address->endpoint);
+        if (fault && fault->kind() == Fault::Kind::delay && !connections_.wait(fault->time())) {
+            return;
+        }
+        RecordedRequest record{.endpoint = address->endpoint,
+                               .method = request.method,
+                               .path = request.path,
+                               .headers = headersOf(request),
+                               .body = request.body,
+                               .answer = {},
+                               .violation = {},
+                               .connection = TlsConnections::currentNumber()};
+        const auto finish = answerInstead(fault, record, response);
+        if (!finish) {
+            auto reply = protocol_.answer(*address, request.method, request.get_header_value("Content-Type"),
+                                          request.body);
+            record.status = 200;
+            record.answer = std::move(reply.body);
+            record.violation = std::move(reply.violation);
+            setBody(fault, record.answer, response);
+        }
+        remember(std::move(record));
+        if (finish) {
+            finish();
+        }
+    }
+
+    /// Where a fault takes the answer's place: notes what is answered, and gives what is to be done after that.
+    std::function<void()> answerInstead(const std::optional<Fault>& fault, RecordedRequest& record,
+                                        httplib::Response& response) {
+        if (!fault) {
+            return nullptr;
+        }
+        const auto respond = [&](int status, const std::string& body) {
+            response.status = record.status = status;
+            record.answer = body;
+            response.set_content(body, json);
+            return [] {};
+        };
+        switch (fault->kind()) {
+        case Fault::Kind::drop:
+            return [this] {
+                connections_.waitForHangUp();
+                TlsConnections::reset();
+            };
+        case Fault::Kind::reset:
+            return [] { TlsConnections::reset(); };
+        case Fault::Kind::garbage:
+            return [] { TlsConnections::sendAndEnd("These are not the bytes of a web server.\r\n\r\n"); };
+        case Fault::Kind::truncate:
+            return [] {
+                TlsConnections::sendAndEnd("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n"
+                                           "Content-Length: 1000\r\n\r\n{\"response-type\":");
+            };
+        case Fault::Kind::answer:
+            return respond(200, fault->text());
+        case Fault::Kind::noBody:
+            return respond(204, "");
+        case Fault::Kind::status:
+            return respond(fault->httpStatus(), fault->text());
+        case Fault::Kind::refuse:
+            return respond(200, SessionProtocol::refusal(fault->text(), fault->message()));
+        case Fault::Kind::redirect:
+            response.set_header("Location", fault->text());
+            return respond(fault->httpStatus(), "");
+        case Fault::Kind::largeBody:
+            record.status = 200;
+            response.set_content_provider(fault->bytes(), json, sendSpaces);
+            return [] {};
+        case Fault::Kind::delay:
+        case Fault::Kind::slowBody:
+        case Fault::Kind::certificate:
+            break;
+        }
+        return nullptr;
+    }
+
+    void setBody(const std::optional<Fault>& fault, const std::string& body, httplib::Response& response) {
+        if (!fault || fault->kind() != Fault::Kind::slowBody) {
+            response.set_content(body, json);
+            return;
+        }
+        const auto pause = std::chrono::nanoseconds{fault->time()} / static_cast<long>(std::max<std::size_t>(body.size(), 1));
+        response.set_content_provider(
+            body.size(), json, [this, body, pause](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+                return connections_.wait(pause) && sink.write(body.data() + offset, 1);
+            });
+    }
+
+    static bool sendSpaces(std::size_t, std::size_t length, httplib::DataSink& sink) {
+        static const std::string spaces(std::size_t{64} * 1024, ' ');
+        return sink.write(spaces.data(), std::min(length, spaces.size()));
+    }
+
+    void remember(RecordedRequest record) {
+        std::function<void(const RecordedRequest&)> listener;
+        {
+            const std::scoped_lock lock{mutex_};
+            requests_.push_back(record);
+            listener = listener_;
+        }
+        recorded_.notify_all();
+        if (listener) {
+            listener(record);
+        }
+    }
+
+    const bool hostPerEndpoint_;
+    TlsConnections connections_;
+    FaultPlan faults_;
+    ServerCertificates certificates_;
+    SessionProtocol protocol_;
+    httplib::SSLServer http_;
+    int port_ = 0;
+    mutable std::mutex mutex_;
+    mutable std::condition_variable recorded_;
+    std::vector<RecordedRequest> requests_;
+    std::function<void(const RecordedRequest&)> listener_;
+    std::thread thread_;
+};
+
+IdentityService::IdentityService(IdentityServiceConfiguration configuration)
+    : server_{std::make_unique<Server>(configuration)} {}
+
+IdentityService::~IdentityService() = default;
+
+std::string IdentityService::joinPage() const {
+    return server_->base(Endpoint::join) + std::string{SessionProtocol::joinPath};
+}
+
+std::filesystem::path IdentityService::trustedCertificates() const {
+    return server_->certificates().trustFile();
+}
+
+int IdentityService::port() const {
+    return server_->port();
+}
+
+void IdentityService::inject(Endpoint endpoint, Fault fault, Calls calls) {
+    server_->inject(endpoint, std::move(fault), calls);
+}
+
+void IdentityService::clearFaults() {
+    server_->clearFaults();
+}
+
+std::vector<RecordedRequest> IdentityService::requests() const {
+    return server_->requests();
+}
+
+bool IdentityService::waitForRequests(std::size_t count, std::chrono::milliseconds limit) const {
+    return server_->waitForRequests(count, limit);
+}
+
+std::vector<std::string> IdentityService::violations() const {
+    std::vector<std::string> all;
+    for (const auto& request : server_->requests()) {
+        if (request.violation) {
+            all.push_back(*request.violation);
+        }
+    }
+    return all;
+}
+
+void IdentityService::onRequest(std::function<void(const RecordedRequest&)> listener) {
+    server_->onRequest(std::move(listener));
+}
+
+std::size_t IdentityService::connections() const {
+    return server_->handshakes();
+}
+
+} // namespace kivo::simulator

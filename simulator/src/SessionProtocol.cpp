@@ -1,0 +1,228 @@
+#include "SessionProtocol.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <utility>
+
+namespace kivo::simulator {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::array<std::string_view, 7> endpointNames{"join", "update", "status", "commit",
+                                                        "upload", "facemap", "idScan"};
+
+/// What is wrong with a request.
+struct Violation {
+    std::string text;
+};
+
+/// Makes sure that `object` has exactly these members, all of them text.
+void requireTexts(const Json& object, const std::string& where, std::initializer_list<const char*> members) {
+    if (!object.is_object()) {
+        throw Violation{where + " is not an object"};
+    }
+    for (const auto* member : members) {
+        const auto found = object.find(member);
+        if (found == object.end()) {
+            throw Violation{where + " lacks \"" + member + "\""};
+        }
+        if (!found->is_string()) {
+            throw Violation{where + " has a \"" + member + "\" that is not text"};
+        }
+    }
+    for (const auto& [key, value] : object.items()) {
+        if (std::ranges::find(members, key) == members.end()) {
+            throw Violation{where + " has an unknown member \"" + key + "\""};
+        }
+    }
+}
+
+void requireUpdate(const Json& body) {
+    if (body.is_object() && body.contains("code")) {
+        requireTexts(body, "the report", {"kivo-action", "tid", "os", "status", "code", "message"});
+    } else {
+        requireTexts(body, "the update", {"kivo-action", "message", "tid"});
+    }
+}
+
+void requireUpload(Json body) {
+    const auto object = body.is_object() ? body.find("acquisition-object") : body.end();
+    if (object == body.end()) {
+        throw Violation{"the upload lacks \"acquisition-object\""};
+    }
+    if (!object->is_number_integer() || *object < 0 || *object > 7) {
+        throw Violation{"the upload has an \"acquisition-object\" that is no integer from 0 to 7"};
+    }
+    body.erase("acquisition-object");
+    requireTexts(body, "the upload", {"source", "data"});
+}
+
+void requireJoin(const Json& body) {
+    if (!body.is_object()) {
+        throw Violation{"the join is not an object"};
+    }
+    auto texts = body;
+    texts.erase("app-info");
+    texts.erase("app-config");
+    requireTexts(texts, "the join", {"kivo-action", "kivo-init-code", "kivo-device-code"});
+    if (body.at("kivo-action") != "init") {
+        throw Violation{R"(the join has a "kivo-action" that is not "init")"};
+    }
+    requireTexts(body.value("app-info", Json{}), "\"app-info\"",
+                 {"appVersion", "os", "networkType", "NetworkIpAddress", "networkMacAddress", "deviceModel",
+                  "deviceSerialNo", "expiryDateLeafCert", "expiryDateIntermediateCert", "sdkVersion", "deviceId",
+                  "apiLevel"});
+    requireTexts(body.value("app-config", Json{}), "\"app-config\"",
+                 {"target-env", "kivo-app-doclist", "kivo-expiry-grace", "kivo-facematch-min", "kivo-doc-issuers",
+                  "kivo-images"});
+}
+
+Json parsed(std::string_view body) {
+    auto json = Json::parse(body, nullptr, /*allow_exceptions=*/false);
+    if (json.is_discarded()) {
+        throw Violation{"the body is not JSON"};
+    }
+    return json;
+}
+
+bool hasVersionPrefix(std::string_view deviceCode) {
+    static constexpr std::array<std::string_view, 5> prefixes{"1401", "1501", "1601", "1701", "1801"};
+    return std::ranges::find(prefixes, deviceCode.substr(0, 4)) != prefixes.end();
+}
+
+} // namespace
+
+std::string_view name(Endpoint endpoint) {
+    const auto index = static_cast<std::size_t>(endpoint);
+    return index < endpointNames.size() ? endpointNames[index] : std::string_view{};
+}
+
+SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration,
+                                 std::function<std::string(Endpoint)> base)
+    : configuration_{std::move(configuration)}
+    , base_{std::move(base)} {}
+
+std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
+    if (path == joinPath) {
+        return Address{.endpoint = Endpoint::join, .session = ""};
+    }
+    // /session/NAME/ENDPOINT, and what a client appends to the scanners' addresses.
+    constexpr std::string_view prefix = "/session/";
+    const auto slash = path.starts_with(prefix) ? path.find('/', prefix.size()) : std::string_view::npos;
+    if (slash == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const auto rest = path.substr(slash + 1);
+    const auto found = std::ranges::find(endpointNames, rest.substr(0, rest.find('/')));
+    if (found == endpointNames.end()) {
+        return std::nullopt;
+    }
+    return Address{.endpoint = static_cast<Endpoint>(found - endpointNames.begin()),
+                   .session = std::string{path.substr(prefix.size(), slash - prefix.size())}};
+}
+
+Reply SessionProtocol::answer(const Address& address, std::string_view method, std::string_view contentType,
+                              std::string_view body) {
+    try {
+        if (method != "POST") {
+            throw Violation{"the method is " + std::string{method} + ", not POST"};
+        }
+        if (contentType != "application/json; charset=UTF-8") {
+            throw Violation{"the Content-Type is \"" + std::string{contentType} +
+                            "\", not \"application/json; charset=UTF-8\""};
+        }
+        if (address.endpoint == Endpoint::join) {
+            return join(body);
+        }
+        const auto json = parsed(body);
+        switch (address.endpoint) {
+        case Endpoint::update:
+            requireUpdate(json);
+            break;
+        case Endpoint::upload:
+            requireUpload(json);
+            break;
+        case Endpoint::status:
+        case Endpoint::commit:
+            requireTexts(json, "the request", {});
+            break;
+        default:
+            if (!json.is_object()) {
+                throw Violation{"the request is not an object"};
+            }
+            break;
+        }
+        const std::scoped_lock lock{mutex_};
+        const auto session = sessions_.find(address.session);
+        if (session == sessions_.end() ||
+            (address.endpoint == Endpoint::update && json.at("tid") != session->second)) {
+            return {.body = refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
+        }
+        return {.body = Json{{"response-type", "data"}, {"tid", session->second}}.dump(), .violation = {}};
+    } catch (const Violation& violation) {
+        return {.body = refusal("STATUS_BAD_PROTOCOL", violation.text), .violation = violation.text};
+    }
+}
+
+Reply SessionProtocol::join(std::string_view body) {
+    const auto json = parsed(body);
+    requireJoin(json);
+    const auto deviceCode = json.at("kivo-device-code").get<std::string>();
+    if (!hasVersionPrefix(deviceCode) ||
+        (configuration_.deviceKey && deviceCode.substr(4) != *configuration_.deviceKey)) {
+        return {.body = refusal("STATUS_INVALID_DEVICE_CODE", "The device code is unknown"), .violation = {}};
+    }
+    if (std::ranges::find(configuration_.activationCodes, json.at("kivo-init-code").get<std::string>()) ==
+        configuration_.activationCodes.end()) {
+        return {.body = refusal("STATUS_INVALID_ACTIVATION_CODE", "The activation code is unknown"), .violation = {}};
+    }
+    return {.body = openSession(), .violation = {}};
+}
+
+std::string SessionProtocol::openSession() {
+    std::string session;
+    std::string tid;
+    {
+        const std::scoped_lock lock{mutex_};
+        const auto number = std::to_string(sessions_.size() + 1);
+        session = "s" + number;
+        tid = "T" + number;
+        sessions_.emplace(session, tid);
+    }
+    const auto addressOf = [&](Endpoint endpoint) {
+        return base_(endpoint) + "/session/" + session + "/" + std::string{name(endpoint)};
+    };
+    Json idpConfig{{"update-endpoint", addressOf(Endpoint::update)},
+                   {"status-endpoint", addressOf(Endpoint::status)},
+                   {"resume-endpoint", addressOf(Endpoint::commit)}};
+    if (configuration_.retryLimit) {
+        idpConfig["retry-limit"] = std::to_string(*configuration_.retryLimit);
+    }
+    return Json{{"response-type", "data"},
+                {"tid", tid},
+                {"idp-config", idpConfig},
+                {"app-config", {{"app-doclist", configuration_.documentList ? "true" : "false"}}},
+                {"idp-biodata",
+                 {{"biodata-endpoint", addressOf(Endpoint::upload)},
+                  {"biodata-proxy", addressOf(Endpoint::upload)},
+                  {"biodata-access-key", "simulated-access-key"},
+                  {"biodata-encrypt-key", "simulated-encrypt-key"}}},
+                {"idp-facemap",
+                 {{"facemap-endpoint", addressOf(Endpoint::facemap)},
+                  {"ocridscan-endpoint", addressOf(Endpoint::idScan)},
+                  {"facemap-token", "simulated-token"},
+                  {"facemap-public-key", "simulated-public-key"},
+                  {"facemap-device-key", "simulated-device-key"}}}}
+        .dump();
+}
+
+std::string SessionProtocol::refusal(std::string_view responseCode, std::string_view message) {
+    return Json{{"response-type", "fail"}, {"response-code", responseCode}, {"response-message", message}}.dump(
+        -1, ' ', false, Json::error_handler_t::replace);
+}
+
+} // namespace kivo::simulator

@@ -1,0 +1,78 @@
+#include "Configuration/logging/Log.hpp"
+
+#include <kivo/KivoSDK.hpp>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+namespace kivo {
+namespace {
+
+TEST(Log, PutsALineTogether) {
+    EXPECT_EQ(log::format(LogLevel::debug, "/any/where/KivoAPI_180.cpp", 42, "commit(response:)", "Calling commit"),
+              "\u2753 \u2013 KivoAPI_180.cpp:42 \u2013 commit(response:) \u2013 Calling commit");
+    const std::pair<LogLevel, std::string_view> markers[] = {{LogLevel::verbose, "\u27A1\uFE0F"},
+                                                             {LogLevel::info, "\u2139\uFE0F"},
+                                                             {LogLevel::warning, "\u26A0\uFE0F"},
+                                                             {LogLevel::error, "\u274C"}};
+    for (const auto& [level, marker] : markers) {
+        EXPECT_EQ(log::format(level, "f.cpp", 1, "f()", ""), std::string{marker} + " \u2013 f.cpp:1 \u2013 f() \u2013 ");
+    }
+}
+
+TEST(Log, BuildsNoMessageThatIsNotPrinted) {
+    testing::internal::CaptureStdout();
+    int built = 0;
+    log::debug("f()", [&] { return std::to_string(++built); });
+    log::info("f()", [&] { return std::to_string(++built); });
+    EXPECT_EQ(built, 1);
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().ends_with(" \u2013 f() \u2013 1\n"));
+}
+
+TEST(Log, TakesTheThresholdWithTheFirstLine) {
+    KivoSDK::setLogLevel(LogLevel::verbose);
+    testing::internal::CaptureStdout();
+    log::line(LogLevel::verbose, "f()", "first");
+    KivoSDK::setLogLevel(LogLevel::error);
+    log::line(LogLevel::verbose, "f()", "second");
+    const auto output = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(output.contains("first"));
+    EXPECT_TRUE(output.contains("second"));
+}
+
+TEST(Log, CanBeSilenced) {
+    KivoSDK::setLogLevel(static_cast<LogLevel>(6));
+    testing::internal::CaptureStdout();
+    log::error("f()", "loud");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(LogConcurrency, LinesOfManyThreadsComeOutWhole) {
+    constexpr int threads = 8;
+    constexpr int lines = 200;
+    testing::internal::CaptureStdout();
+    {
+        std::vector<std::jthread> writers;
+        for (int t = 0; t < threads; ++t) {
+            writers.emplace_back([t] {
+                for (int i = 0; i < lines; ++i) {
+                    log::info("f()", [&] { return std::to_string(t) + ":" + std::to_string(i) + std::string(300, 'x'); });
+                }
+            });
+        }
+    }
+    std::istringstream output{testing::internal::GetCapturedStdout()};
+    std::set<std::string> seen;
+    for (std::string line; std::getline(output, line);) {
+        EXPECT_TRUE(line.starts_with("\u2139\uFE0F \u2013 LogTests.cpp:") && line.ends_with(std::string(300, 'x'))) << line;
+        seen.insert(line);
+    }
+    EXPECT_EQ(seen.size(), static_cast<std::size_t>(threads * lines));
+}
+
+} // namespace
+} // namespace kivo

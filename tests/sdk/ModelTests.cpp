@@ -1,0 +1,104 @@
+#include "Models/ActivationSessionModel.hpp"
+#include "NetworkManager/CertificateDates.hpp"
+
+#include <kivo/AcquisitionConfig.hpp>
+#include <kivo/KivoSDK.hpp>
+
+#include <gtest/gtest.h>
+
+namespace kivo {
+namespace {
+
+TEST(ActivationResponse, KeepsWhatItCanReadAndNamesWhatItCannot) {
+    KivoSDK::setLogLevel(LogLevel::debug);
+    testing::internal::CaptureStdout();
+    const auto session = ActivationResponse::decode(
+        R"({"response-type":"data","response-code":null,"tid":7,"idp-config":{"retry-limit":3},)"
+        R"("app-config":{"app-doclist":"true"},"idp-biodata":[],"unknown":{}})");
+    const auto log = testing::internal::GetCapturedStdout();
+    ASSERT_TRUE(session);
+    EXPECT_EQ(session->responseType, "data");
+    EXPECT_EQ(session->tId, "");
+    EXPECT_TRUE(session->idpConfig.empty());
+    EXPECT_TRUE(ActivationResponse::isDocumentListAvailable(&*session));
+    for (const auto* property : {"responseCode", "tId", "idpConfig", "idpBiodata"}) {
+        EXPECT_TRUE(log.contains(std::string{"init(from:) \u2013 Error mapping "} + property + " ")) << log;
+    }
+    EXPECT_FALSE(log.contains("appConfig"));
+    EXPECT_FALSE(log.contains("idpFaceMap"));
+}
+
+TEST(ActivationResponse, NeedsAnObject) {
+    for (const auto* text : {"", "[]", "7", "null", "{", "{}x", "\"text\""}) {
+        EXPECT_FALSE(ActivationResponse::decode(text)) << text;
+    }
+    EXPECT_TRUE(ActivationResponse::decode("{}"));
+}
+
+TEST(ActivationResponse, SurvivesEncoding) {
+    ActivationResponse session;
+    session.responseType = "data";
+    session.tId = "T \"1\"";
+    session.idpFaceMap = {{"facemap-token", "\u00fc"}};
+    const auto decoded = ActivationResponse::decode(session.encode());
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->tId, session.tId);
+    EXPECT_EQ(decoded->idpFaceMap, session.idpFaceMap);
+}
+
+TEST(ActivationResponse, OffersTheDocumentListOnlyForExactlyTrue) {
+    EXPECT_FALSE(ActivationResponse::isDocumentListAvailable(nullptr));
+    for (const auto* value : {"", "TRUE", "true ", "1"}) {
+        ActivationResponse session;
+        session.appConfig["app-doclist"] = value;
+        EXPECT_FALSE(ActivationResponse::isDocumentListAvailable(&session)) << value;
+    }
+}
+
+TEST(AcquisitionConfig, TravelsUnderItsKeysInOrder) {
+    const AcquisitionConfig config{SDKEnv::TEST, "", "a", "b", "c", ""};
+    EXPECT_EQ(config.getAsDictionary(), (AcquisitionConfig::Dictionary{{"target-env", "TEST"},
+                                                                       {"kivo-app-doclist", ""},
+                                                                       {"kivo-expiry-grace", "a"},
+                                                                       {"kivo-facematch-min", "b"},
+                                                                       {"kivo-doc-issuers", "c"},
+                                                                       {"kivo-images", ""}}));
+    const AcquisitionConfig nowhere{static_cast<SDKEnv>(7), "", "", "", "", ""};
+    EXPECT_TRUE(nowhere.getAsDictionary().empty());
+}
+
+TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
+    const AcquisitionConfig config{SDKEnv::DEV, "1", "2", "3", "4", "5"};
+    const auto encoded = config.encode();
+    EXPECT_EQ(encoded, R"({"ENVIRONMENT":3,"KIVO_APP_DOCLIST":"1","KIVO_EXPIRE_GRACE":"2",)"
+                       R"("KIVO_FACEMATCH_MIN":"3","KIVO_DOC_ISSUERS":"4","KIVO_IMAGES":"5"})");
+    const auto decoded = AcquisitionConfig::decode(encoded);
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ((*decoded)->getAsDictionary(), config.getAsDictionary());
+
+    const std::pair<std::string_view, std::string_view> damage[] = {
+        {"\"KIVO_IMAGES\"", "\"KIVO_OTHER\""}, {":\"5\"", ":5"},          {":3,", ":4,"},
+        {":3,", ":4294967299,"},               {":3,", ":\"3\","},        {":3,", ":3.0,"},
+        {"\"ENVIRONMENT\"", "\"ENV\""},        {"{\"ENV", "[{\"ENV"},
+    };
+    for (const auto& [part, replacement] : damage) {
+        auto broken = encoded;
+        broken.replace(broken.find(part), part.size(), replacement);
+        const auto result = AcquisitionConfig::decode(broken);
+        ASSERT_FALSE(result) << broken;
+        EXPECT_FALSE(result.error().empty());
+    }
+}
+
+TEST(CertificateDates, CountWholeDays) {
+    using namespace std::chrono;
+    using namespace std::chrono_literals;
+    const auto noon = sys_days{2026y / June / 1} + 12h;
+    EXPECT_EQ(daysUntil(2026y / June / 4, noon), 2);
+    EXPECT_EQ(daysUntil(2026y / May / 1, noon), -31);
+    EXPECT_EQ(monthDayYear(certificateDatesOf(SDKEnv::PREPROD)->leaf), "11/09/2025");
+    EXPECT_FALSE(certificateDatesOf(SDKEnv::DEV));
+}
+
+} // namespace
+} // namespace kivo

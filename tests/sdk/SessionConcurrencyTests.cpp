@@ -1,0 +1,104 @@
+#include "support/HostFixture.hpp"
+
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/StoredSession.hpp"
+
+#include <atomic>
+#include <set>
+
+namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+
+class SessionConcurrency : public test::HostFixture {
+protected:
+    /// Runs the main loop until `done` holds.
+    bool runUntil(const std::function<bool()>& done) { return mainLoop->runUntil(done, 60s); }
+};
+
+TEST_F(SessionConcurrency, ManyRequestsInFlightAreEachAnsweredOnce) {
+    constexpr int rounds = 40;
+    const auto session = KivoSDK::load("KEY", "18");
+    ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    std::vector<std::unique_ptr<std::atomic<int>>> answers;
+    std::atomic<int> answered = 0;
+    const auto count = [&] {
+        answers.push_back(std::make_unique<std::atomic<int>>(0));
+        return [&answered, &own = *answers.back(), this](const IdvOutcome&) {
+            ++own;
+            ++answered;
+            mainLoop->async([] {});
+        };
+    };
+    answers.reserve(rounds * 5);
+    for (int i = 0; i < rounds; ++i) {
+        session->update("inform", "round " + std::to_string(i), count());
+        session->status(count());
+        session->commit(count());
+        session->upload(AcquisitionObject::selfieImage, "data", count());
+        if (i % 10 == 0) {
+            session->join("123456", config(), count());
+            network->setReachable(i % 20 == 0);
+        }
+        mainLoop->drain();
+    }
+    const int expected = rounds * 4 + rounds / 10;
+    EXPECT_TRUE(runUntil([&] { return answered == expected; }));
+    for (const auto& each : answers) {
+        EXPECT_EQ(*each, 1);
+    }
+}
+
+TEST_F(SessionConcurrency, NoAttemptIsLostOrToldTwice) {
+    constexpr int attempts = 60;
+    const auto session = KivoSDK::load("KEY", "18");
+    ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    NetworkManager::shared().retryLimit = attempts;
+    const auto stored = storedSession();
+    {
+        std::vector<std::jthread> threads;
+        for (int t = 0; t < 2; ++t) {
+            threads.emplace_back([&] {
+                for (int i = 0; i < attempts / 2; ++i) {
+                    CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*stored);
+                }
+            });
+        }
+    }
+    EXPECT_EQ(NetworkManager::shared().retryLimit, 0);
+    ASSERT_TRUE(service.waitForRequests(1 + attempts, 60s));
+    std::set<std::string> notices;
+    for (const auto& request : requestsTo(simulator::Endpoint::update)) {
+        notices.insert(request.body);
+    }
+    EXPECT_EQ(notices.size(), static_cast<std::size_t>(attempts));
+    EXPECT_TRUE(notices.contains(R"({"kivo-action":"inform","message":"I:Attempts count decremented to 0","tid":")" +
+                                 stored->tId + "\"}"));
+}
+
+TEST_F(SessionConcurrency, AHostMayCallFromInsideAnAnswer) {
+    const auto session = KivoSDK::load("KEY", "18");
+    std::atomic<int> steps = 0;
+    const auto next = [&] {
+        ++steps;
+        mainLoop->async([] {});
+    };
+    session->join("123456", config(), [&](const IdvOutcome&) {
+        next();
+        session->status([&](const IdvOutcome& outcome) {
+            EXPECT_TRUE(outcome);
+            next();
+            session->reset();
+            session->commit([&](const IdvOutcome& last) {
+                EXPECT_EQ(last, IdvOutcome{std::unexpected{ResponseCode::INVALID_COMMIT_SESSION}});
+                next();
+            });
+        });
+    });
+    EXPECT_TRUE(runUntil([&] { return steps == 3; }));
+}
+
+} // namespace
+} // namespace kivo

@@ -1,0 +1,263 @@
+#include "support/HostFixture.hpp"
+
+#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/StoredSession.hpp"
+
+namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+using simulator::CertificateFlaw;
+using simulator::Endpoint;
+using simulator::Fault;
+
+/// Real URL sessions whose requests lose patience early.
+class ImpatientUrlSessions final : public platform::UrlSessions {
+public:
+    explicit ImpatientUrlSessions(std::shared_ptr<platform::UrlSessions> real)
+        : real_{std::move(real)} {}
+
+    std::shared_ptr<platform::UrlSession> make(platform::UrlSessionConfiguration configuration,
+                                               std::shared_ptr<platform::UrlSessionDelegate> delegate,
+                                               std::shared_ptr<platform::DispatchQueue> queue) override {
+        configuration.requestTimeout = 700ms;
+        return real_->make(std::move(configuration), std::move(delegate), std::move(queue));
+    }
+
+private:
+    std::shared_ptr<platform::UrlSessions> real_;
+};
+
+class SessionFailures : public test::HostFixture {
+protected:
+    SessionFailures()
+        : HostFixture{separateHosts()} {
+        services.urlSessions = std::make_shared<ImpatientUrlSessions>(services.urlSessions);
+        platform::install(services);
+        session = KivoSDK::load("KEY", "18");
+    }
+
+    static simulator::IdentityServiceConfiguration separateHosts() {
+        auto configuration = defaultConfiguration();
+        configuration.hostPerEndpoint = true;
+        return configuration;
+    }
+
+    struct Operation {
+        Endpoint endpoint;
+        Call call;
+        ResponseCode transportFailure;
+        IdvEvents event;
+    };
+
+    std::vector<Operation> operations() {
+        return {
+            {Endpoint::join, [this](auto response) { session->join("123456", config(), response); },
+             ResponseCode::INVALID_JOIN_SESSION, IdvEvents::JOIN_SESSION},
+            {Endpoint::update, [this](auto response) { session->update("inform", "m", response); },
+             ResponseCode::INVALID_UPDATE_SESSION, IdvEvents::UPDATE_SESSION},
+            {Endpoint::status, [this](auto response) { session->status(response); },
+             ResponseCode::INVALID_STATUS_SESSION, IdvEvents::SESSION_STATUS},
+            {Endpoint::commit, [this](auto response) { session->commit(response); },
+             ResponseCode::INVALID_COMMIT_SESSION, IdvEvents::COMMIT_SESSION},
+            {Endpoint::upload,
+             [this](auto response) { session->upload(AcquisitionObject::selfieImage, "data", response); },
+             ResponseCode::BIODATA_UPLOAD_FAILED, IdvEvents::UPLOAD_DOCUMENT},
+        };
+    }
+
+    /// Joins a fresh session for the operations that need one.
+    void prepare(Endpoint endpoint) {
+        service.clearFaults();
+        if (endpoint != Endpoint::join) {
+            ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+        }
+        NetworkManager::shared().retryLimit = 3;
+    }
+
+    std::shared_ptr<KivoAPI> session;
+};
+
+TEST_F(SessionFailures, TransportFailuresEndInTheOperationsOwnCode) {
+    const std::pair<const char*, Fault> faults[] = {
+        {"reset", Fault::reset()},
+        {"truncated", Fault::truncate()},
+        {"garbage", Fault::garbage()},
+        {"204", Fault::noBody()},
+        {"redirect to http", Fault::redirect("http://localhost/x")},
+        {"redirect without place", Fault::status(302)},
+        {"404", Fault::status(404, R"({"response-type":"fail","response-code":"STATUS_AUTH_FAILED"})")},
+        {"503", Fault::status(503)},
+        {"100 MiB", Fault::largeBody(std::size_t{100} * 1024 * 1024)},
+        {"time-out", Fault::drop()},
+        {"slow body", Fault::slowBody(20s)},
+        {"expired", Fault::certificate(CertificateFlaw::expired)},
+        {"wrong host", Fault::certificate(CertificateFlaw::wrongHost)},
+        {"self-signed", Fault::certificate(CertificateFlaw::selfSigned)},
+    };
+    for (const auto& operation : operations()) {
+        for (const auto& [what, fault] : faults) {
+            SCOPED_TRACE(std::string{name(operation.endpoint)} + ": " + what);
+            prepare(operation.endpoint);
+            service.inject(operation.endpoint, fault);
+            EXPECT_EQ(answerTo(operation.call).code(), operation.transportFailure);
+        }
+    }
+}
+
+TEST_F(SessionFailures, OnlyAnExplicitFailRefuses) {
+    struct Row {
+        std::string answer;
+        std::optional<ResponseCode> refusal;
+    };
+    const Row rows[] = {
+        {R"({"response-type":"fail","response-code":"STATUS_INVALID_SESSION"})", ResponseCode::STATUS_INVALID_SESSION},
+        {R"({"response-type":"fail","response-code":"1010"})", ResponseCode::UNKNOWN_ERROR},
+        {R"({"response-type":"fail"})", ResponseCode::UNKNOWN_ERROR},
+        {R"({"response-type":"fail","response-code":null})", ResponseCode::UNKNOWN_ERROR},
+        {R"({"response-type":"fail","response-code":1010})", std::nullopt},
+        {R"({"response-type":"FAIL","response-code":"STATUS_INVALID_SESSION"})", std::nullopt},
+        {R"({"response-type":7})", std::nullopt},
+        {"[]", std::nullopt},
+        {"<html>", std::nullopt},
+        {"\xff\xfe", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& operation : operations()) {
+        if (operation.endpoint == Endpoint::join) {
+            continue;
+        }
+        for (const auto& row : rows) {
+            SCOPED_TRACE(std::string{name(operation.endpoint)} + ": " + row.answer);
+            prepare(operation.endpoint);
+            service.inject(operation.endpoint, Fault::answer(row.answer));
+            const auto answered = answerTo(operation.call);
+            if (row.refusal) {
+                EXPECT_EQ(answered.code(), *row.refusal);
+            } else {
+                EXPECT_TRUE(answered.succeeded(operation.event));
+            }
+        }
+    }
+}
+
+TEST_F(SessionFailures, AJoinNeedsAnAnswerThatSaysData) {
+    const std::pair<std::string, ResponseCode> rows[] = {
+        {R"({"response-type":"fail","response-code":"STATUS_INVALID_ACTIVATION_CODE"})",
+         ResponseCode::STATUS_INVALID_ACTIVATION_CODE},
+        {R"({"response-type":"fail","response-code":"NO_SUCH_CODE"})", ResponseCode::UNKNOWN_ERROR},
+        {R"({"response-type":"Data","tid":"T"})", ResponseCode::UNKNOWN_ERROR},
+        {R"({"response-type":true})", ResponseCode::UNKNOWN_ERROR},
+        {"{}", ResponseCode::UNKNOWN_ERROR},
+        {"[]", ResponseCode::INVALID_JOIN_SESSION},
+        {"<html>", ResponseCode::INVALID_JOIN_SESSION},
+        {"", ResponseCode::INVALID_JOIN_SESSION},
+        {"{\"response-type\":\"data\xff\"}", ResponseCode::INVALID_JOIN_SESSION},
+        {std::string(200'000, '['), ResponseCode::INVALID_JOIN_SESSION},
+    };
+    for (const auto& [answer, code] : rows) {
+        SCOPED_TRACE(answer.substr(0, 60));
+        prepare(Endpoint::join);
+        service.inject(Endpoint::join, Fault::answer(answer));
+        EXPECT_EQ(join(*session).code(), code);
+    }
+}
+
+TEST_F(SessionFailures, AWrongTypedMemberLeavesTheRestOfTheSessionUsable) {
+    service.inject(Endpoint::join, Fault::answer(R"({"response-type":"data","tid":12,"app-config":{"app-doclist":true},)"
+                                                 R"("idp-config":{"status-endpoint":"https://localhost:1/"}})"));
+    const auto joined = join(*session);
+    ASSERT_TRUE(joined.succeeded(IdvEvents::JOIN_SESSION));
+    EXPECT_EQ((*joined.outcome)->data(), "");
+    EXPECT_EQ(storedSession()->idpConfig.size(), 1U);
+    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(),
+              ResponseCode::INVALID_STATUS_SESSION);
+}
+
+TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
+    for (const auto* address : {"", "not a url", "http://localhost/", "https://nonexistent.invalid/",
+                                "https://localhost:1/", "/relative", "https://"}) {
+        SCOPED_TRACE(address);
+        service.clearFaults();
+        const std::string url{address};
+        service.inject(Endpoint::join,
+                       Fault::answer(R"({"response-type":"data","tid":"T","idp-config":{"retry-limit":"3","update-endpoint":")" +
+                                     url + R"(","status-endpoint":")" + url + R"(","resume-endpoint":")" + url +
+                                     R"("},"idp-biodata":{"biodata-endpoint":")" + url + R"("}})"));
+        ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+        for (const auto& operation : operations()) {
+            if (operation.endpoint != Endpoint::join) {
+                EXPECT_EQ(answerTo(operation.call).code(), operation.transportFailure) << name(operation.endpoint);
+            }
+        }
+    }
+    Deployment::install({.joinPages = {"", "", "no page", ""}});
+    EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
+}
+
+TEST_F(SessionFailures, AnUploadThatCannotBeSentCostsNoAttempt) {
+    service.inject(Endpoint::join,
+                   Fault::answer(R"({"response-type":"data","tid":"T","idp-config":{"retry-limit":"3"}})"));
+    join(*session);
+    const auto upload = operations().back();
+    EXPECT_EQ(answerTo(upload.call).code(), ResponseCode::BIODATA_UPLOAD_FAILED);
+    EXPECT_EQ(NetworkManager::shared().retryLimit, 3);
+}
+
+TEST_F(SessionFailures, WithoutSessionOrNetworkTheAnswerComesAtOnce) {
+    NetworkManager::shared().retryLimit = 1;
+    for (const auto& operation : operations()) {
+        if (operation.endpoint != Endpoint::join) {
+            const auto answered = answerTo(operation.call);
+            EXPECT_EQ(answered.code(), operation.transportFailure);
+            EXPECT_EQ(answered.thread, std::this_thread::get_id());
+        }
+    }
+    EXPECT_TRUE(service.requests().empty());
+
+    ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    mainLoop->drain();
+    network->setReachable(false);
+    for (const auto& operation : operations()) {
+        if (operation.endpoint != Endpoint::upload && operation.endpoint != Endpoint::join) {
+            const auto answered = answerTo(operation.call);
+            EXPECT_EQ(answered.code(), ResponseCode::NETWORK_ERROR) << name(operation.endpoint);
+            EXPECT_EQ(answered.thread, std::this_thread::get_id());
+        }
+    }
+    EXPECT_EQ(join(*session).code(), ResponseCode::NETWORK_ERROR);
+    EXPECT_EQ(service.requests().size(), 1U);
+    EXPECT_EQ(answerTo([&](auto response) { session->update("a", "m", response); }).code(),
+              ResponseCode::INVALID_UPDATE_SESSION)
+        << "the failed join must have emptied the earlier session";
+}
+
+TEST_F(SessionFailures, AJoinWithoutAnEnvironmentIsRefused) {
+    EXPECT_EQ(answerTo([&](auto response) { session->join("123456", nullptr, response); }).code(),
+              ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(answerTo([&](auto response) { session->join("123456", config(static_cast<SDKEnv>(4)), response); }).code(),
+              ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_TRUE(service.requests().empty());
+}
+
+TEST_F(SessionFailures, AnAnswerThatCannotBeStoredFailsTheJoin) {
+    folder.write("flat", "a file where the data folder should be");
+    auto broken = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
+                                           .dataFolder = folder.path() / "flat" / "data",
+                                           .trustedCertificates = service.trustedCertificates()});
+    services.keychain = broken.keychain;
+    platform::install(services);
+    EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(),
+              ResponseCode::INVALID_STATUS_SESSION);
+}
+
+TEST_F(SessionFailures, EmptyCompletionsAreAllowed) {
+    session->join("123456", config(), {});
+    session->status({});
+    session->upload(AcquisitionObject::selfieImage, "x", {});
+    EXPECT_TRUE(service.waitForRequests(1, 10s));
+}
+
+} // namespace
+} // namespace kivo

@@ -1,0 +1,248 @@
+#include "support/HostFixture.hpp"
+
+#include "impl/SessionAPI.hpp"
+#include "services/acquisition/facemap/facetec/UIStateManager.hpp"
+
+#include <vector>
+
+namespace kivo {
+namespace {
+
+using enum ResponseCode;
+
+/// A backend client that answers as told and keeps the reports it gets.
+class ScriptedBackend final : public MireloProxy {
+public:
+    IdvOutcome outcome = std::unexpected{UNKNOWN_ERROR};
+    std::vector<ServerReportModel> reports;
+
+    void join(std::string, std::string, std::shared_ptr<AcquisitionConfig>, IdvCompletion completion) override {
+        completion(outcome);
+    }
+    void update(std::string, std::string, std::string, IdvCompletion completion) override { completion(outcome); }
+    void update(const ServerReportModel& report) override { reports.push_back(report); }
+    void status(std::string, IdvCompletion completion) override { completion(outcome); }
+    void commit(std::string, IdvCompletion completion) override { completion(outcome); }
+    void resumeInBrowser() override {}
+    void upload(AcquisitionObject, std::string, IdvCompletion completion) override { completion(outcome); }
+    void reset() override {}
+};
+
+struct CodeBoxes final : ActivationCodeFields {
+    int resets = 0;
+    void resetActivationCodeFields() override { ++resets; }
+};
+
+IdvOutcome failure(ResponseCode code) {
+    return std::unexpected{code};
+}
+
+IdvOutcome success(IdvEvents event) {
+    return std::make_shared<IdvResult>("data", event);
+}
+
+class SessionVersions : public test::HostFixture {
+protected:
+    /// A session API of one version with a pending acquisition, and everything that can be seen of it.
+    struct Session {
+        ScriptedBackend backend;
+        std::shared_ptr<SessionAPI> api;
+        std::shared_ptr<CodeBoxes> boxes = std::make_shared<CodeBoxes>();
+        std::vector<IdvOutcome> delivered;
+
+        explicit Session(InterfaceVersion version)
+            : api{std::make_shared<SessionAPI>(version, backend)} {
+            api->setQrCodeVC(boxes);
+            api->acquire(AcquisitionObject::activationCode, nullptr,
+                         [this](const IdvOutcome& outcome) { delivered.push_back(outcome); });
+        }
+    };
+
+    SessionVersions() {
+        // The reports of every route need a joined session; its update endpoint tells the routes apart.
+        join(*KivoSDK::load("KEY", "18"));
+        mainLoop->drain();
+        joinRequests = service.requests().size();
+    }
+
+    /// How many reports went through the communication security manager since the last look.
+    std::size_t noticesSince(std::size_t before, std::size_t expected) {
+        service.waitForRequests(before + expected, std::chrono::seconds{10});
+        return service.requests().size() - before;
+    }
+
+    std::size_t joinRequests = 0;
+};
+
+TEST_F(SessionVersions, DiffersExactlyAsTabulated) {
+    struct Row {
+        const char* outcome;
+        std::function<void(SessionAPI&)> happen;
+        /// Per version: h the handler is called at once, q on the main queue, - never; r a report is sent.
+        const char* expected[5];
+    };
+    const Row rows[] = {
+        {"invalid QR code", [](SessionAPI& api) { api.invalidQRCodeScanned(); }, {"h", "h", "h", "q", "q"}},
+        {"close button", [](SessionAPI& api) { api.closeButtonPressed(); }, {"h", "h", "h", "qr", "qr"}},
+        {"document: status code",
+         [](SessionAPI& api) { api.documentFlowDidComplete(failure(STATUS_BAD_BIODATA)); },
+         {"qr", "qr", "qr", "-r", "-r"}},
+        {"document: last status code",
+         [](SessionAPI& api) { api.documentFlowDidComplete(failure(STATUS_AUTH_FAILED)); },
+         {"qr", "qr", "qr", "-r", "-r"}},
+        {"document: first other code",
+         [](SessionAPI& api) { api.documentFlowDidComplete(failure(UNKNOWN_QR_CODE)); },
+         {"qr", "qr", "qr", "qr", "qr"}},
+        {"document: cancelled",
+         [](SessionAPI& api) { api.documentFlowDidComplete(failure(USER_CANCELLED)); },
+         {"qr", "qr", "qr", "qr", "-r"}},
+        {"document: back",
+         [](SessionAPI& api) { api.documentFlowDidComplete(failure(BACK_NAVIGATION)); },
+         {"qr", "qr", "qr", "qr", "-r"}},
+        {"document: face code",
+         [](SessionAPI& api) { api.documentFlowDidComplete(failure(CANCELLED)); },
+         {"qr", "qr", "qr", "qr", "qr"}},
+        {"forwarded: status code",
+         [](SessionAPI& api) { api.ocrFlowDidComplete(failure(STATUS_BAD_BIODATA)); },
+         {"qr", "qr", "qr", "qr", "qr"}},
+        {"ID scan: status code",
+         [](SessionAPI& api) { api.ocrScanDidComplete(failure(STATUS_BAD_BIODATA)); },
+         {"qr", "qr", "qr", "qr", "qr"}},
+        {"face: status code",
+         [](SessionAPI& api) { api.livenessCheckDidComplete(failure(STATUS_INVALID_SESSION)); },
+         {"qr", "qr", "qr", "-r", "-r"}},
+        {"face: cancelled",
+         [](SessionAPI& api) { api.livenessCheckDidComplete(failure(CANCELLED)); },
+         {"qr", "qr", "qr", "qr", "-r"}},
+        {"face: cancelled by subtext",
+         [](SessionAPI& api) {
+             api.livenessCheckDidComplete(failure(USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT));
+         },
+         {"qr", "qr", "qr", "qr", "-r"}},
+        {"face: time-out",
+         [](SessionAPI& api) { api.livenessCheckDidComplete(failure(TIMEOUT)); },
+         {"qr", "qr", "qr", "qr", "qr"}},
+        {"document: success",
+         [](SessionAPI& api) { api.documentFlowDidComplete(success(IdvEvents::DOCUMENT_SCAN)); },
+         {"q", "q", "q", "q", "q"}},
+        {"code typed", [](SessionAPI& api) { api.activationCodeEntered("123456"); }, {"h", "h", "h", "h", "h"}},
+        {"code scanned", [](SessionAPI& api) { api.activationCodeScanned("123456"); }, {"h", "h", "h", "h", "h"}},
+    };
+    for (const auto& row : rows) {
+        for (const auto version : allInterfaceVersions) {
+            SCOPED_TRACE(std::string{row.outcome} + ", " + std::string{namesOf(version).sessionApi});
+            const std::string expected = row.expected[static_cast<std::size_t>(version)];
+            Session session{version};
+            const auto before = service.requests().size();
+            row.happen(*session.api);
+            EXPECT_EQ(session.delivered.size(), expected.starts_with('h') ? 1U : 0U);
+            mainLoop->drain();
+            EXPECT_EQ(session.delivered.size(), expected.starts_with('-') ? 0U : 1U);
+            const std::size_t reported = expected.ends_with('r') ? 1 : 0;
+            const bool throughClient = version >= InterfaceVersion::v170;
+            EXPECT_EQ(session.backend.reports.size(), throughClient ? reported : 0U);
+            EXPECT_EQ(noticesSince(before, throughClient ? 0 : reported), throughClient ? 0U : reported);
+        }
+    }
+}
+
+TEST_F(SessionVersions, RequestFailuresAreReportedFromTheThirdVersionOn) {
+    using Request = std::function<void(SessionAPI&, IdvCompletion)>;
+    const std::pair<const char*, Request> requests[] = {
+        {"join", [](SessionAPI& api, auto response) { api.join("123456", config(), response); }},
+        {"update", [](SessionAPI& api, auto response) { api.update("inform", "phase", response); }},
+        {"status", [](SessionAPI& api, auto response) { api.status(response); }},
+        {"commit", [](SessionAPI& api, auto response) { api.commit(response); }},
+        {"upload", [](SessionAPI& api, auto response) { api.upload(AcquisitionObject::selfieImage, "", response); }},
+    };
+    for (const auto& [what, request] : requests) {
+        for (const auto version : allInterfaceVersions) {
+            SCOPED_TRACE(std::string{what} + ", " + std::string{namesOf(version).sessionApi});
+            Session session{version};
+            session.backend.outcome = failure(STATUS_INVALID_ACTIVATION_CODE);
+            const auto before = service.requests().size();
+            std::vector<IdvOutcome> answers;
+            request(*session.api, [&](const IdvOutcome& outcome) { answers.push_back(outcome); });
+            ASSERT_EQ(answers.size(), 1U) << "no filter holds a request's failure back";
+            EXPECT_EQ(answers[0], failure(STATUS_INVALID_ACTIVATION_CODE));
+            const bool reports = version >= InterfaceVersion::v160;
+            const bool throughClient = version >= InterfaceVersion::v170;
+            EXPECT_EQ(session.backend.reports.size(), reports && throughClient ? 1U : 0U);
+            const std::size_t notices = reports && !throughClient ? 1 : 0;
+            EXPECT_EQ(noticesSince(before, notices), notices);
+            mainLoop->drain();
+            EXPECT_EQ(session.boxes->resets, std::string_view{what} == "join" && throughClient ? 1 : 0);
+            EXPECT_TRUE(session.delivered.empty());
+        }
+    }
+}
+
+TEST_F(SessionVersions, OnlyScreensReplaceThePendingAcquisition) {
+    for (const auto version : allInterfaceVersions) {
+        Session session{version};
+        bool replaced = false;
+        for (const auto object : {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage,
+                                  AcquisitionObject::documentBackImage, static_cast<AcquisitionObject>(99)}) {
+            session.api->acquire(object, nullptr, [&](const IdvOutcome&) { replaced = true; });
+        }
+        session.api->activationCodeEntered("1");
+        EXPECT_EQ(session.delivered.size(), 1U);
+        EXPECT_FALSE(replaced);
+        session.api->acquire(AcquisitionObject::ocrScan, nullptr, [&](const IdvOutcome&) { replaced = true; });
+        session.api->activationCodeEntered("1");
+        EXPECT_EQ(replaced, version >= InterfaceVersion::v160);
+    }
+}
+
+TEST_F(SessionVersions, ScreenOutcomesMoveTheAcquisitionState) {
+    auto& state = UIStateManager::shared();
+    Session session{InterfaceVersion::v180};
+    session.api->documentFlowDidComplete(success(IdvEvents::DOCUMENT_SCAN));
+    session.api->livenessCheckDidComplete(success(IdvEvents::FACE_SCAN));
+    EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthSuccess);
+    EXPECT_EQ(state.faceAuthState, FaceAuthStatus::faceAuthSuccess);
+    session.api->ocrFlowDidComplete(failure(OCR_SCAN_FAILED));
+    EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthSuccess);
+    session.api->ocrScanDidComplete(failure(OCR_SCAN_FAILED));
+    EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthFailedOrInitialized);
+    session.api->ocrScanDidComplete(success(IdvEvents::OCR_SCAN));
+    EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthSuccess);
+
+    session.backend.outcome = success(IdvEvents::JOIN_SESSION);
+    session.api->join("123456", config(), [&](const IdvOutcome& outcome) {
+        EXPECT_EQ((*outcome)->data(), "data");
+        EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthSuccess) << "reset only after the host heard";
+    });
+    EXPECT_EQ(session.api->tid(), "data");
+    EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthFailedOrInitialized);
+    EXPECT_EQ(state.faceAuthState, FaceAuthStatus::faceAuthFailedOrInitialized);
+}
+
+TEST_F(SessionVersions, LeavingIsReportedAsBackNavigation) {
+    Session session{InterfaceVersion::v180};
+    session.api->update("inform", "at the scanner", {});
+    for (const auto code : {CANCELLED_BY_USER, USER_CANCELLED, BACK_NAVIGATION, CANCELLED,
+                            USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT, NFC_ERROR}) {
+        session.api->ocrFlowDidComplete(failure(code));
+        const auto& report = session.backend.reports.back();
+        EXPECT_EQ(report.code, kivo::code(code));
+        EXPECT_EQ(report.message, code == NFC_ERROR ? "NFC_ERROR" : "BACK_NAVIGATION");
+        EXPECT_EQ(report.status, "at the scanner");
+        EXPECT_EQ(report.action, "inform");
+        EXPECT_EQ(report.os, "I");
+    }
+}
+
+TEST_F(SessionVersions, AnAcquisitionWithAContextIsAnsweredWhileThereAreNoScreens) {
+    Session session{InterfaceVersion::v180};
+    session.api->setContext(std::make_shared<platform::ViewController>());
+    std::vector<IdvOutcome> answers;
+    session.api->acquire(AcquisitionObject::nfcScan, nullptr, [&](const auto& outcome) { answers.push_back(outcome); });
+    EXPECT_TRUE(answers.empty());
+    mainLoop->drain();
+    ASSERT_EQ(answers.size(), 1U);
+    EXPECT_EQ(answers[0], failure(UNKNOWN_ERROR));
+}
+
+} // namespace
+} // namespace kivo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <kivo/simulator/IdentityService.hpp>
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace demo {
+
+struct InjectedFault {
+    kivo::simulator::Endpoint endpoint;
+    std::string name;
+    kivo::simulator::Fault fault;
+};
+
+struct Options {
+    std::string version = "18";
+    std::vector<InjectedFault> faults;
+    bool json = false;
+    bool log = false;
+    bool help = false;
+};
+
+/// What the command line asks for, or a sentence about what is wrong with it.
+std::expected<Options, std::string> parse(const std::vector<std::string>& arguments);
+
+std::string usage();
+
+} // namespace demo

@@ -1,0 +1,69 @@
+#include "Report.hpp"
+
+#include <cstdio>
+#include <string>
+
+namespace demo {
+namespace {
+
+std::string quoted(const std::string& text) {
+    std::string json = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            json += '\\';
+        }
+        json += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    }
+    return json + "\"";
+}
+
+std::string milliseconds(std::chrono::microseconds took) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f ms", static_cast<double>(took.count()) / 1000.0);
+    return text;
+}
+
+std::string verdict(const Step& step) {
+    if (step.answers != 1) {
+        return step.answers == 0 ? "no answer" : std::to_string(step.answers) + " answers";
+    }
+    return step.asExpected() ? "ok" : "expected " + step.expected;
+}
+
+} // namespace
+
+void Report::begin(const Options& options, const kivo::simulator::IdentityService& service) const {
+    if (json_) {
+        return;
+    }
+    std::printf("Kivo demo: one verification session, interface version %s\n"
+                "The identity service is simulated at %s, over real TLS with its own\n"
+                "certificate authority. The network state is simulated; keychain and transport are the real ones.\n\n",
+                options.version.c_str(), service.joinPage().c_str());
+    for (const auto& each : options.faults) {
+        std::printf("Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(), each.name.c_str());
+    }
+    std::printf("  %-23s %-31s %9s %10s  %s\n", "step", "event or code", "sent", "time", "");
+}
+
+void Report::step(const Step& step) {
+    ++steps_;
+    if (json_) {
+        std::printf("{\"step\":%s,\"outcome\":%s,\"detail\":%s,\"bytes\":%zu,\"microseconds\":%lld,\"ok\":%s}\n",
+                    quoted(step.name).c_str(), quoted(step.outcome).c_str(), quoted(step.detail).c_str(),
+                    step.bytesSent, static_cast<long long>(step.took.count()), step.asExpected() ? "true" : "false");
+    } else {
+        std::printf("  %-23s %-31s %7zu B %10s  %s\n", step.name.c_str(), step.outcome.c_str(), step.bytesSent,
+                    milliseconds(step.took).c_str(), verdict(step).c_str());
+    }
+    std::fflush(stdout);
+}
+
+void Report::end(bool allAsExpected) const {
+    if (!json_) {
+        std::printf("\n%d steps, %s\n", steps_,
+                    allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected");
+    }
+}
+
+} // namespace demo

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Options.hpp"
+
+#include <kivo/kivo.hpp>
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace demo {
+
+/// How one call of the host ended.
+struct Step {
+    std::string name;
+    /// The event's or the code's name; empty when no answer came.
+    std::string outcome;
+    /// The result's data, or the code's message.
+    std::string detail;
+    std::string expected;
+    std::size_t bytesSent = 0;
+    std::chrono::microseconds took{0};
+    int answers = 0;
+
+    bool asExpected() const { return answers == 1 && (expected.empty() || outcome == expected); }
+};
+
+/// Walks a host's road through one session and hands every step over as it ends. Returns whether all ended well.
+bool walk(const Options& options, kivo::simulator::IdentityService& service,
+          const std::function<void(const Step&)>& report);
+
+} // namespace demo

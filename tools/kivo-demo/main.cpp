@@ -1,0 +1,86 @@
+#include "Options.hpp"
+#include "Report.hpp"
+#include "Road.hpp"
+
+#include <kivo/kivo.hpp>
+#include <kivo/simulator/IdentityService.hpp>
+#include <kivo/simulator/Reachability.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// A folder for the demo's keychain, gone with the demo.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        auto pattern = (std::filesystem::temp_directory_path() / "kivo-demo-XXXXXX").string();
+        if (mkdtemp(pattern.data()) != nullptr) {
+            path_ = pattern;
+        }
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+void injectFaults(kivo::simulator::IdentityService& service, const demo::Options& options) {
+    for (const auto& each : options.faults) {
+        service.inject(each.endpoint, each.fault);
+    }
+}
+
+int run(const demo::Options& options) {
+    const TemporaryFolder folder;
+    if (folder.path().empty()) {
+        std::fprintf(stderr, "kivo-demo: cannot make a folder below %s\n",
+                     std::filesystem::temp_directory_path().c_str());
+        return EXIT_FAILURE;
+    }
+    kivo::simulator::IdentityServiceConfiguration configuration;
+    configuration.retryLimit = 3;
+    configuration.hostPerEndpoint = !options.faults.empty();
+    kivo::simulator::IdentityService service{configuration};
+
+    auto services = kivo::platform::linuxServices(
+        {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service.trustedCertificates()});
+    services.reachability = std::make_shared<kivo::simulator::Reachability>();
+    kivo::platform::install(services);
+    const auto page = service.joinPage();
+    kivo::Deployment::install({.joinPages = {page, page, page, page}});
+    kivo::KivoSDK::setLogLevel(options.log ? kivo::LogLevel::debug : kivo::LogLevel::warning);
+    injectFaults(service, options);
+
+    demo::Report report{options.json};
+    report.begin(options, service);
+    const bool well = demo::walk(options, service, [&](const demo::Step& step) { report.step(step); });
+    report.end(well);
+    return well ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const auto options = demo::parse({argv + 1, argv + argc});
+    if (!options) {
+        std::fprintf(stderr, "kivo-demo: %s\n\n%s", options.error().c_str(), demo::usage().c_str());
+        return 2;
+    }
+    if (options->help) {
+        std::printf("%s", demo::usage().c_str());
+        return EXIT_SUCCESS;
+    }
+    return run(*options);
+}
