@@ -74,8 +74,10 @@ public:
         curl_easy_setopt(curl_, CURLOPT_WRITEFUNCTION, collect);
         curl_easy_setopt(curl_, CURLOPT_WRITEDATA, &answer_);
     }
+
     BareLoop(const BareLoop&) = delete;
     BareLoop& operator=(const BareLoop&) = delete;
+
     ~BareLoop() {
         curl_easy_cleanup(curl_);
         curl_slist_free_all(headers_);
@@ -137,8 +139,8 @@ int main(int argc, char** argv) {
     const std::filesystem::path folder{mkdtemp(pattern.data())};
 
     simulator::IdentityService service;
-    auto services =
-        platform::linuxServices({.mainBundle = {}, .dataFolder = folder, .trustedCertificates = service.trustedCertificates()});
+    auto services = platform::linuxServices(
+        {.mainBundle = {}, .dataFolder = folder, .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<simulator::Reachability>();
     platform::install(services);
     const auto page = service.joinPage();

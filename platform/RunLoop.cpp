@@ -1,17 +1,18 @@
 #include <kivo/platform/RunLoop.hpp>
 
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <deque>
 #include <mutex>
-#include <poll.h>
-#include <sys/epoll.h>
-#include <sys/eventfd.h>
-#include <sys/timerfd.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -24,8 +25,10 @@ class Descriptor {
 public:
     explicit Descriptor(int number)
         : number_{number} {}
+
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
+
     ~Descriptor() {
         if (number_ >= 0) {
             close(number_);

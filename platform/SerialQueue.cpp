@@ -1,9 +1,10 @@
 #include <kivo/platform/DispatchQueue.hpp>
 
+#include <pthread.h>
+
 #include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <pthread.h>
 #include <thread>
 #include <utility>
 

@@ -22,9 +22,11 @@ public:
 
     /// The activation code for `SCAN_QR_CODE`, else the session's transaction identifier or what the step supplies.
     const std::string& data() const { return data_; }
+
     void setData(std::string data) { data_ = std::move(data); }
 
     IdvEvents responseType() const { return responseType_; }
+
     void setResponseType(IdvEvents responseType) { responseType_ = responseType; }
 
 private:

@@ -26,6 +26,7 @@ public:
 
     /// The session API's theme object as it was when the provider was made. Replacing it here changes nothing there.
     const std::shared_ptr<ThemeCustomization>& sdkTheme() const { return sdkTheme_; }
+
     void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) { sdkTheme_ = std::move(theme); }
 
     void setTheme(std::shared_ptr<ThemeCustomization> theme);

@@ -29,16 +29,20 @@ public:
 
     /// The response code's name, such as "STATUS_INVALID_SESSION".
     const std::string& errorName() const { return errorName_; }
+
     void setErrorName(std::string errorName) { errorName_ = std::move(errorName); }
 
     const std::string& message() const { return message_; }
+
     void setMessage(std::string message) { message_ = std::move(message); }
 
     /// The response code's number, 1001 to 3020.
     int code() const { return code_; }
+
     void setCode(int code) { code_ = code; }
 
     const std::string& genericMessage() const { return genericMessage_; }
+
     void setGenericMessage(std::string genericMessage) { genericMessage_ = std::move(genericMessage); }
 
 private:
@@ -53,6 +57,7 @@ class ObjCResult {
 public:
     explicit ObjCResult(std::shared_ptr<IdvResult> success)
         : success_{std::move(success)} {}
+
     explicit ObjCResult(std::shared_ptr<ObjCError> error)
         : error_{std::move(error)} {}
 

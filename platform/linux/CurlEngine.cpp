@@ -14,6 +14,8 @@ namespace kivo::platform {
 namespace {
 
 constexpr std::size_t spareHandles = 8;
+// Further requests wait for one of these, as servers expect of a polite client.
+constexpr long connectionsPerHost = 6;
 constexpr int longPollMs = 3'600'000;
 constexpr int blindPollMs = 20;
 
@@ -32,6 +34,7 @@ public:
         : engine_{engine}
         , multi_{curl_multi_init()}
         , share_{curl_share_init()} {
+        curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, connectionsPerHost);
         curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
         curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
     }

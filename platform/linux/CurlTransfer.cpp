@@ -254,6 +254,9 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
         return std::unexpected{pinMismatchError(currentUrl())};
     }
     if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open) {
+        if (std::chrono::steady_clock::now() < deadline_) {
+            return std::unexpected{cancelledError()};
+        }
         code = CURLE_OPERATION_TIMEDOUT;
     }
     if (code != CURLE_OK) {

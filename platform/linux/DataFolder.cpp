@@ -1,13 +1,14 @@
 #include "linux/DataFolder.hpp"
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
-#include <pwd.h>
 #include <string>
 #include <system_error>
-#include <unistd.h>
 
 namespace kivo::platform {
 namespace {

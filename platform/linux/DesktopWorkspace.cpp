@@ -82,7 +82,8 @@ public:
             return;
         }
         if (const auto child = DetachedStart{}.run("xdg-open", url)) {
-            // Without a thread to wait on, the ended child stays listed until the host ends; the page opens all the same.
+            // Without a thread to wait on, the ended child stays listed until the host ends; the page opens all the
+            // same.
             std::ignore = startBackgroundThread("kivo-browser", [child = *child] { waitForEnd(child); });
         }
     }

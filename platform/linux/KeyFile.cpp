@@ -2,13 +2,14 @@
 
 #include "linux/FileDescriptor.hpp"
 
+#include <fcntl.h>
+#include <openssl/rand.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <fcntl.h>
-#include <openssl/rand.h>
 #include <string>
-#include <unistd.h>
 
 namespace kivo::platform {
 namespace {

@@ -2,13 +2,14 @@
 
 #include "linux/FileDescriptor.hpp"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <utility>
 
@@ -142,8 +143,8 @@ OSStatus KeychainFile::connect() {
 OSStatus KeychainFile::connectReadOnly(int error) {
     // Without a journal beside it, the file is complete by itself.
     const bool hasJournal = fs::exists(withSuffix(databasePath_, "-wal"));
-    auto opened = SqliteDatabase::open(databasePath_, hasJournal ? SqliteDatabase::Mode::readOnly
-                                                                 : SqliteDatabase::Mode::immutable);
+    auto opened = SqliteDatabase::open(databasePath_,
+                                       hasJournal ? SqliteDatabase::Mode::readOnly : SqliteDatabase::Mode::immutable);
     if (!opened) {
         return statusOf(error, errno);
     }

@@ -6,12 +6,13 @@
 #include <kivo/platform/Diagnostics.hpp>
 #include <kivo/platform/Keychain.hpp>
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <sys/types.h>
 
 namespace kivo::platform {
 

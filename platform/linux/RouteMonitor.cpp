@@ -1,7 +1,7 @@
 #include "linux/RouteMonitor.hpp"
 
-#include "linux/FileDescriptor.hpp"
 #include "linux/BackgroundThread.hpp"
+#include "linux/FileDescriptor.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>

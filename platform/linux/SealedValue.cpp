@@ -1,10 +1,11 @@
 #include "linux/SealedValue.hpp"
 
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
 #include <cstddef>
 #include <limits>
 #include <memory>
-#include <openssl/evp.h>
-#include <openssl/rand.h>
 
 namespace kivo::platform {
 namespace {

@@ -58,9 +58,9 @@ std::expected<std::unique_ptr<SqliteDatabase>, int> SqliteDatabase::open(const s
     const int access = mode == Mode::readWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
     const auto name = mode == Mode::immutable ? immutableUri(file.string()) : file.string();
     sqlite3* connection = nullptr;
-    const int error = sqlite3_open_v2(name.c_str(), &connection,
-                                      access | SQLITE_OPEN_NOMUTEX | (mode == Mode::immutable ? SQLITE_OPEN_URI : 0),
-                                      nullptr);
+    const int error =
+        sqlite3_open_v2(name.c_str(), &connection,
+                        access | SQLITE_OPEN_NOMUTEX | (mode == Mode::immutable ? SQLITE_OPEN_URI : 0), nullptr);
     if (error != SQLITE_OK) {
         sqlite3_close(connection);
         return std::unexpected{error};
@@ -91,8 +91,8 @@ std::optional<std::int64_t> SqliteDatabase::number(const std::string& query) {
 
 std::optional<SqliteStatement> SqliteDatabase::prepare(const std::string& text) {
     auto& statement = statements_[text];
-    if (statement == nullptr && sqlite3_prepare_v3(connection_, text.c_str(), -1, SQLITE_PREPARE_PERSISTENT,
-                                                   &statement, nullptr) != SQLITE_OK) {
+    if (statement == nullptr && sqlite3_prepare_v3(connection_, text.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
+                                                   nullptr) != SQLITE_OK) {
         return std::nullopt;
     }
     return std::optional<SqliteStatement>{std::in_place, statement};

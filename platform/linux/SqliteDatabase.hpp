@@ -1,12 +1,13 @@
 #pragma once
 
+#include <sqlite3.h>
+
 #include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
-#include <sqlite3.h>
 #include <string>
 #include <string_view>
 

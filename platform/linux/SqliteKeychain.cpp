@@ -148,9 +148,8 @@ private:
 
     OSStatus copy(const KeychainAttributes& query, std::string* result) {
         const Matching matching{query};
-        auto select =
-            file_.database().prepare("SELECT class, service, account, access_group, value FROM items WHERE " +
-                                     matching.condition() + " ORDER BY id LIMIT 1");
+        auto select = file_.database().prepare("SELECT class, service, account, access_group, value FROM items WHERE " +
+                                               matching.condition() + " ORDER BY id LIMIT 1");
         if (!select) {
             return file_.failure();
         }

@@ -23,16 +23,16 @@ std::string_view SDKEnvHelper::environmentName(SDKEnv from) {
 }
 
 std::string_view IdvEventsHelper::eventName(IdvEvents from) {
-    static constexpr std::array<std::string_view, 9> names{
-        "SCAN_QR_CODE",    "JOIN_SESSION",  "UPDATE_SESSION", "SESSION_STATUS", "COMMIT_SESSION",
-        "UPLOAD_DOCUMENT", "DOCUMENT_SCAN", "FACE_SCAN",      "OCR_SCAN"};
+    static constexpr std::array<std::string_view, 9> names{"SCAN_QR_CODE",   "JOIN_SESSION",   "UPDATE_SESSION",
+                                                           "SESSION_STATUS", "COMMIT_SESSION", "UPLOAD_DOCUMENT",
+                                                           "DOCUMENT_SCAN",  "FACE_SCAN",      "OCR_SCAN"};
     return nameIn(names, from);
 }
 
 std::string_view AcquisitionObjectHelper::acquisitionObjectName(AcquisitionObject from) {
-    static constexpr std::array<std::string_view, 8> names{
-        "ACTIVATION_CODE", "NFC_SCAN",            "MRZ_SCAN",            "FACEMAP_SCAN",
-        "SELFIE_IMAGE",    "DOCUMENT_MAIN_IMAGE", "DOCUMENT_BACK_IMAGE", "OCR_SCAN"};
+    static constexpr std::array<std::string_view, 8> names{"ACTIVATION_CODE",     "NFC_SCAN",     "MRZ_SCAN",
+                                                           "FACEMAP_SCAN",        "SELFIE_IMAGE", "DOCUMENT_MAIN_IMAGE",
+                                                           "DOCUMENT_BACK_IMAGE", "OCR_SCAN"};
     return nameIn(names, from);
 }
 

@@ -19,7 +19,8 @@ enum class KeychainItemAccessibility {
     whenUnlockedThisDeviceOnly,
 };
 
-/// Small secrets under text keys, kept as generic passwords of one service. Any thread; the platform puts calls in order.
+/// Small secrets under text keys, kept as generic passwords of one service. Any thread; the platform puts calls in
+/// order.
 class KeychainWrapper {
 public:
     using Accessibility = std::optional<KeychainItemAccessibility>;

@@ -43,8 +43,8 @@ std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcom
 } // namespace
 
 std::string TransportError::description() const {
-    return "TransportError(" + (cause ? std::string{name(*cause)} : "status " + std::to_string(httpStatus)) + "): " +
-           text;
+    return "TransportError(" + (cause ? std::string{name(*cause)} : "status " + std::to_string(httpStatus)) +
+           "): " + text;
 }
 
 NetworkManager& NetworkManager::shared() {
@@ -61,8 +61,7 @@ void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::o
     request.timeout = 60s;
     request.body = serialized(params);
     defaultSession()->dataTask(
-        std::move(request),
-        [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
+        std::move(request), [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
             auto body = bodyOf(std::move(outcome));
             if (body) {
                 success(std::move(*body));

@@ -25,13 +25,13 @@ Reachability::Created Reachability::forHostname(Service service, const std::stri
                         std::move(notificationQueue));
 }
 
-Reachability::Created Reachability::forInternet(Service service, platform::QualityOfService queueQoS,
-                                                Queue targetQueue, Queue notificationQueue) {
+Reachability::Created Reachability::forInternet(Service service, platform::QualityOfService queueQoS, Queue targetQueue,
+                                                Queue notificationQueue) {
     constexpr platform::SocketAddress anywhere;
     auto reference = service->SCNetworkReachabilityCreateWithAddress(anywhere);
     if (!reference) {
-        return std::unexpected{ReachabilityError{
-            .kind = Kind::failedToCreateWithAddress, .code = service->SCError(), .target = anywhere}};
+        return std::unexpected{
+            ReachabilityError{.kind = Kind::failedToCreateWithAddress, .code = service->SCError(), .target = anywhere}};
     }
     return forReference(std::move(service), std::move(reference), queueQoS, std::move(targetQueue),
                         std::move(notificationQueue));

@@ -70,19 +70,26 @@ public:
     /// Begins to watch; does nothing when that has begun.
     Done startNotifier();
     void stopNotifier();
+
     bool notifierRunning() const { return notifierRunning_; }
 
     /// The connection by the flags last read; reads them when they have never been.
     Connection connection();
+
     bool isReachable() { return connection() != Connection::unavailable; }
+
     bool isReachableViaWiFi() { return connection() == Connection::wifi; }
+
     bool isReachableViaWWAN() { return connection() == Connection::cellular; }
+
     Connection currentReachabilityStatus() { return connection(); }
+
     std::string_view currentReachabilityString();
     std::optional<std::uint32_t> flags() const;
 
     static std::string_view describe(Connection connection);
     static std::string_view describe(NetworkStatus status);
+
     static std::string_view description() { return "unavailable flags"; }
 
     /// Kept for older callers; neither is consulted.

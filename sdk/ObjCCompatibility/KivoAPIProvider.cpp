@@ -1,6 +1,6 @@
-#include <kivo/KivoAPIProvider.hpp>
-
 #include "Configuration/logging/Log.hpp"
+
+#include <kivo/KivoAPIProvider.hpp>
 
 #include <utility>
 
@@ -51,14 +51,13 @@ void KivoAPIProvider::acquire(AcquisitionObject object, std::shared_ptr<Acquisit
 }
 
 void KivoAPIProvider::join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, ObjCCompletion response) {
-    provider_->join(std::move(forCode), std::move(config),
-                    [response = converting(std::move(response))](const IdvOutcome& outcome) {
-                        if (!outcome) {
-                            log::debug("join(forCode:config:response:)",
-                                       [&] { return joinFailureLine(outcome.error()); });
-                        }
-                        response(outcome);
-                    });
+    provider_->join(
+        std::move(forCode), std::move(config), [response = converting(std::move(response))](const IdvOutcome& outcome) {
+            if (!outcome) {
+                log::debug("join(forCode:config:response:)", [&] { return joinFailureLine(outcome.error()); });
+            }
+            response(outcome);
+        });
 }
 
 void KivoAPIProvider::update(std::string action, std::string message, ObjCCompletion response) {

@@ -7,8 +7,8 @@
 namespace kivo {
 
 void SessionAPI::validateSendInformCallOnFailure(ResponseCode code) {
-    const auto reportModel = withState(
-        [&](const State& state) { return ServerReportModel::of(code, state.tid, state.currentSdkStatus); });
+    const auto reportModel =
+        withState([&](const State& state) { return ServerReportModel::of(code, state.tid, state.currentSdkStatus); });
     log::debug("validateSendInformCallOnFailure(reportModel:)",
                [&] { return "Validating responseCode " + std::to_string(reportModel.code); });
     informServerAboutSessionFailure(reportModel);

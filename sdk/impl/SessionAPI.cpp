@@ -99,8 +99,8 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
         return;
     }
     log::error("acquire(AcquisitionObject:config:response:)", [&] {
-        return "This release has no screen for " +
-               std::string{AcquisitionObjectHelper::acquisitionObjectName(object)} + "; the host shows its own.";
+        return "This release has no screen for " + std::string{AcquisitionObjectHelper::acquisitionObjectName(object)} +
+               "; the host shows its own.";
     });
     completeOnMainQueue(failed(ResponseCode::UNKNOWN_ERROR));
 }
@@ -146,7 +146,8 @@ void SessionAPI::update(std::string action, std::string message, IdvCompletion r
         state.currentSdkStatus = message;
         return state.tid;
     });
-    backendClient_.update(std::move(tid), std::move(action), std::move(message), reportingFailures(std::move(response)));
+    backendClient_.update(std::move(tid), std::move(action), std::move(message),
+                          reportingFailures(std::move(response)));
 }
 
 void SessionAPI::status(IdvCompletion response) {

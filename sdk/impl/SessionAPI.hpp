@@ -58,6 +58,7 @@ public:
     void ocrFlowDidComplete(IdvOutcome result) override;
     void livenessCheckDidComplete(IdvOutcome result) override;
     void ocrScanDidComplete(IdvOutcome result) override;
+
     void finalStatusDidDisappear() override {}
 
 private:

@@ -144,8 +144,8 @@ IssuedCertificate CertificateAuthority::issue(const CertificateRequest& request)
     }
     const bool expired = request.flaw == CertificateFlaw::expired;
     const bool selfSigned = request.flaw == CertificateFlaw::selfSigned;
-    const auto names = request.flaw == CertificateFlaw::wrongHost ? std::vector<std::string>{"elsewhere.example"}
-                                                                  : request.names;
+    const auto names =
+        request.flaw == CertificateFlaw::wrongHost ? std::vector<std::string>{"elsewhere.example"} : request.names;
     const auto key = makeKey(request.keyType);
     const auto leaf = draft(names.at(0), key.get(), expired ? -30 * day : -day, expired ? -day : 90 * day);
     auto* const issuer = selfSigned ? leaf.get() : chain_->intermediate.get();

@@ -1,9 +1,9 @@
-#include <kivo/simulator/IdentityService.hpp>
-
 #include "FaultPlan.hpp"
 #include "ServerCertificates.hpp"
 #include "SessionProtocol.hpp"
 #include "TlsConnections.hpp"
+
+#include <kivo/simulator/IdentityService.hpp>
 
 #include <httplib.h>
 
@@ -59,6 +59,7 @@ public:
             std::this_thread::yield();
         }
     }
+
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
@@ -107,13 +108,16 @@ public:
     }
 
     const ServerCertificates& certificates() const { return certificates_; }
+
     int port() const { return port_; }
+
     std::size_t handshakes() const { return connections_.handshakes(); }
 
 private:
     bool prepare(SSL_CTX& context) {
         connections_.follow(&context);
-        certificates_.use(&context, [this](std::string_view host) { return faults_.certificateFlaw(endpointOf(host)); });
+        certificates_.use(&context,
+                          [this](std::string_view host) { return faults_.certificateFlaw(endpointOf(host)); });
         return true;
     }
 
@@ -150,8 +154,8 @@ private:
                                .connection = TlsConnections::currentNumber()};
         const auto finish = answerInstead(fault, record, response);
         if (!finish) {
-            auto reply = protocol_.answer(*address, request.method, request.get_header_value("Content-Type"),
-                                          request.body);
+            auto reply =
+                protocol_.answer(*address, request.method, request.get_header_value("Content-Type"), request.body);
             record.status = 200;
             record.answer = std::move(reply.body);
             record.violation = std::move(reply.violation);
@@ -218,11 +222,12 @@ private:
             response.set_content(body, json);
             return;
         }
-        const auto pause = std::chrono::nanoseconds{fault->time()} / static_cast<long>(std::max<std::size_t>(body.size(), 1));
-        response.set_content_provider(
-            body.size(), json, [this, body, pause](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                return connections_.wait(pause) && sink.write(body.data() + offset, 1);
-            });
+        const auto pause =
+            std::chrono::nanoseconds{fault->time()} / static_cast<long>(std::max<std::size_t>(body.size(), 1));
+        response.set_content_provider(body.size(), json,
+                                      [this, body, pause](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+                                          return connections_.wait(pause) && sink.write(body.data() + offset, 1);
+                                      });
     }
 
     static bool sendSpaces(std::size_t, std::size_t length, httplib::DataSink& sink) {

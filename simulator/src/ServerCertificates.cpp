@@ -2,11 +2,11 @@
 
 #include <openssl/err.h>
 #include <openssl/pem.h>
+#include <stdlib.h>
 
 #include <fstream>
 #include <memory>
 #include <stdexcept>
-#include <stdlib.h>
 #include <system_error>
 
 namespace kivo::simulator {

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::array<std::string_view, 7> endpointNames{"join", "update", "status", "commit",
+constexpr std::array<std::string_view, 7> endpointNames{"join",   "update",  "status", "commit",
                                                         "upload", "facemap", "idScan"};
 
 /// What is wrong with a request.
@@ -101,8 +101,7 @@ std::string_view name(Endpoint endpoint) {
     return index < endpointNames.size() ? endpointNames[index] : std::string_view{};
 }
 
-SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration,
-                                 std::function<std::string(Endpoint)> base)
+SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration, std::function<std::string(Endpoint)> base)
     : configuration_{std::move(configuration)}
     , base_{std::move(base)} {}
 
@@ -158,8 +157,7 @@ Reply SessionProtocol::answer(const Address& address, std::string_view method, s
         }
         const std::scoped_lock lock{mutex_};
         const auto session = sessions_.find(address.session);
-        if (session == sessions_.end() ||
-            (address.endpoint == Endpoint::update && json.at("tid") != session->second)) {
+        if (session == sessions_.end() || (address.endpoint == Endpoint::update && json.at("tid") != session->second)) {
             return {.body = refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
         }
         return {.body = Json{{"response-type", "data"}, {"tid", session->second}}.dump(), .violation = {}};

@@ -35,8 +35,7 @@ public:
     static std::optional<Address> addressOf(std::string_view path);
 
     /// Judges a request and answers it.
-    Reply answer(const Address& address, std::string_view method, std::string_view contentType,
-                 std::string_view body);
+    Reply answer(const Address& address, std::string_view method, std::string_view contentType, std::string_view body);
 
     static std::string refusal(std::string_view responseCode, std::string_view message);
 

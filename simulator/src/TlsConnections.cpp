@@ -1,13 +1,14 @@
 #include "TlsConnections.hpp"
 
-#include <array>
 #include <fcntl.h>
-#include <memory>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <tuple>
 #include <unistd.h>
+
+#include <array>
+#include <memory>
+#include <tuple>
 
 namespace kivo::simulator {
 

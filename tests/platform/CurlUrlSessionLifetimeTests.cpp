@@ -3,9 +3,9 @@
 #include "support/TestTlsServer.hpp"
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 
 #include <filesystem>
@@ -86,8 +86,13 @@ TEST(CurlUrlSessionTask, SucceedsNoMoreOnceCancelled) {
     TestTlsServer server{holdAllButQuick};
     const auto session = sessionFor(server);
     Answers answers;
+    std::latch begun{1};
     std::latch blocked{1};
-    session->dataTask({.url = server.url("/quick")}, [&](const auto&) { blocked.wait(); });
+    session->dataTask({.url = server.url("/quick")}, [&](const auto&) {
+        begun.count_down();
+        blocked.wait();
+    });
+    begun.wait();
     const auto late = session->dataTask({.url = server.url("/quick")}, answers.completion());
     ASSERT_TRUE(eventually([&] { return server.requests().size() == 2; }));
     late->cancel();
@@ -139,8 +144,13 @@ TEST(CurlUrlSession, GoesOnWhileACompletionBlocks) {
     TestTlsServer server{holdAllButQuick};
     const auto session = sessionFor(server);
     Answers answers;
+    std::latch begun{1};
     std::latch blocked{1};
-    session->dataTask({.url = server.url("/quick")}, [&](const auto&) { blocked.wait(); });
+    session->dataTask({.url = server.url("/quick")}, [&](const auto&) {
+        begun.count_down();
+        blocked.wait();
+    });
+    begun.wait();
     for (const auto* const path : {"/quick?1", "/quick?2", "/quick?3"}) {
         const auto before = server.requests().size();
         session->dataTask({.url = server.url(path)}, answers.completion(path));

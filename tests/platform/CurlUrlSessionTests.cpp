@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-
 namespace kivo::platform {
 namespace {
 

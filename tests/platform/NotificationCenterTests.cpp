@@ -8,9 +8,8 @@ namespace {
 TEST(NotificationCenter, CallsThoseWhoAskedForAsLongAsTheyHoldTheirObservation) {
     NotificationCenter center;
     std::string seen;
-    auto first = center.addObserver("changed", [&](const Notification& notification) {
-        seen += std::any_cast<const char*>(notification.object);
-    });
+    auto first = center.addObserver(
+        "changed", [&](const Notification& notification) { seen += std::any_cast<const char*>(notification.object); });
     const auto other = center.addObserver("another", [&](const Notification&) { seen += "wrong"; });
     center.post({.name = "changed", .object = "a"});
     first.reset();

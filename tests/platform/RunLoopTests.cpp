@@ -1,10 +1,10 @@
 #include <kivo/platform/RunLoop.hpp>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 
 #include <algorithm>
 #include <atomic>
-#include <poll.h>
 #include <string>
 #include <thread>
 #include <vector>
@@ -95,7 +95,9 @@ TEST(RunLoop, RunUntilGivesUpAfterItsLimit) {
 
 TEST(RunLoop, AClockMayOutliveItsLoops) {
     const auto clock = std::make_shared<ManualClock>();
-    { const RunLoop loop{clock}; }
+    {
+        const RunLoop loop{clock};
+    }
     clock->advance(1s);
 }
 

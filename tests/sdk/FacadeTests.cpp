@@ -1,9 +1,8 @@
-#include "support/HostFixture.hpp"
-
 #include "Configuration/environment/ApplicationInformation.hpp"
 #include "Configuration/environment/Config.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "impl/SessionAPI.hpp"
+#include "support/HostFixture.hpp"
 
 namespace kivo {
 namespace {

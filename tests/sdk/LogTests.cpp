@@ -20,7 +20,8 @@ TEST(Log, PutsALineTogether) {
                                                              {LogLevel::warning, "\u26A0\uFE0F"},
                                                              {LogLevel::error, "\u274C"}};
     for (const auto& [level, marker] : markers) {
-        EXPECT_EQ(log::format(level, "f.cpp", 1, "f()", ""), std::string{marker} + " \u2013 f.cpp:1 \u2013 f() \u2013 ");
+        EXPECT_EQ(log::format(level, "f.cpp", 1, "f()", ""),
+                  std::string{marker} + " \u2013 f.cpp:1 \u2013 f() \u2013 ");
     }
 }
 
@@ -60,7 +61,8 @@ TEST(LogConcurrency, LinesOfManyThreadsComeOutWhole) {
         for (int t = 0; t < threads; ++t) {
             writers.emplace_back([t] {
                 for (int i = 0; i < lines; ++i) {
-                    log::info("f()", [&] { return std::to_string(t) + ":" + std::to_string(i) + std::string(300, 'x'); });
+                    log::info("f()",
+                              [&] { return std::to_string(t) + ":" + std::to_string(i) + std::string(300, 'x'); });
                 }
             });
         }
@@ -68,7 +70,8 @@ TEST(LogConcurrency, LinesOfManyThreadsComeOutWhole) {
     std::istringstream output{testing::internal::GetCapturedStdout()};
     std::set<std::string> seen;
     for (std::string line; std::getline(output, line);) {
-        EXPECT_TRUE(line.starts_with("\u2139\uFE0F \u2013 LogTests.cpp:") && line.ends_with(std::string(300, 'x'))) << line;
+        EXPECT_TRUE(line.starts_with("\u2139\uFE0F \u2013 LogTests.cpp:") && line.ends_with(std::string(300, 'x')))
+            << line;
         seen.insert(line);
     }
     EXPECT_EQ(seen.size(), static_cast<std::size_t>(threads * lines));

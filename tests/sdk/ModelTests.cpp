@@ -77,9 +77,14 @@ TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
     EXPECT_EQ((*decoded)->getAsDictionary(), config.getAsDictionary());
 
     const std::pair<std::string_view, std::string_view> damage[] = {
-        {"\"KIVO_IMAGES\"", "\"KIVO_OTHER\""}, {":\"5\"", ":5"},          {":3,", ":4,"},
-        {":3,", ":4294967299,"},               {":3,", ":\"3\","},        {":3,", ":3.0,"},
-        {"\"ENVIRONMENT\"", "\"ENV\""},        {"{\"ENV", "[{\"ENV"},
+        {"\"KIVO_IMAGES\"", "\"KIVO_OTHER\""},
+        {":\"5\"", ":5"},
+        {":3,", ":4,"},
+        {":3,", ":4294967299,"},
+        {":3,", ":\"3\","},
+        {":3,", ":3.0,"},
+        {"\"ENVIRONMENT\"", "\"ENV\""},
+        {"{\"ENV", "[{\"ENV"},
     };
     for (const auto& [part, replacement] : damage) {
         auto broken = encoded;

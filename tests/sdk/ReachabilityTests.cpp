@@ -70,9 +70,11 @@ TEST_F(ReachabilityMonitor, StartFailuresLeaveItStopped) {
         void (simulator::Reachability::*fail)(int);
         Kind kind;
     };
-    for (const auto& [fail, kind] : {Row{&simulator::Reachability::failSetCallback, Kind::unableToSetCallback},
-                                     Row{&simulator::Reachability::failSetDispatchQueue, Kind::unableToSetDispatchQueue},
-                                     Row{&simulator::Reachability::failGetFlags, Kind::unableToGetFlags}}) {
+
+    for (const auto& [fail, kind] :
+         {Row{&simulator::Reachability::failSetCallback, Kind::unableToSetCallback},
+          Row{&simulator::Reachability::failSetDispatchQueue, Kind::unableToSetDispatchQueue},
+          Row{&simulator::Reachability::failGetFlags, Kind::unableToGetFlags}}) {
         ((*service).*fail)(5);
         const auto monitor = make(loop);
         const auto started = monitor->startNotifier();
@@ -89,8 +91,7 @@ TEST_F(ReachabilityMonitor, StartFailuresLeaveItStopped) {
     ASSERT_FALSE(byName);
     EXPECT_EQ(byName.error().kind, Kind::failedToCreateWithHostname);
     EXPECT_EQ(std::get<std::string>(byName.error().target), "id.example");
-    const auto internet =
-        Reachability::forInternet(service, platform::QualityOfService::standard, nullptr, nullptr);
+    const auto internet = Reachability::forInternet(service, platform::QualityOfService::standard, nullptr, nullptr);
     ASSERT_FALSE(internet);
     EXPECT_EQ(internet.error().code, 7);
     EXPECT_EQ(std::get<platform::SocketAddress>(internet.error().target), platform::SocketAddress{});

@@ -1,8 +1,7 @@
-#include "support/HostFixture.hpp"
-
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "support/HostFixture.hpp"
 
 #include <atomic>
 #include <set>

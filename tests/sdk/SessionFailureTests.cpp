@@ -1,7 +1,6 @@
-#include "support/HostFixture.hpp"
-
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "support/HostFixture.hpp"
 
 namespace kivo {
 namespace {
@@ -110,6 +109,7 @@ TEST_F(SessionFailures, OnlyAnExplicitFailRefuses) {
         std::string answer;
         std::optional<ResponseCode> refusal;
     };
+
     const Row rows[] = {
         {R"({"response-type":"fail","response-code":"STATUS_INVALID_SESSION"})", ResponseCode::STATUS_INVALID_SESSION},
         {R"({"response-type":"fail","response-code":"1010"})", ResponseCode::UNKNOWN_ERROR},
@@ -164,14 +164,14 @@ TEST_F(SessionFailures, AJoinNeedsAnAnswerThatSaysData) {
 }
 
 TEST_F(SessionFailures, AWrongTypedMemberLeavesTheRestOfTheSessionUsable) {
-    service.inject(Endpoint::join, Fault::answer(R"({"response-type":"data","tid":12,"app-config":{"app-doclist":true},)"
-                                                 R"("idp-config":{"status-endpoint":"https://localhost:1/"}})"));
+    service.inject(Endpoint::join,
+                   Fault::answer(R"({"response-type":"data","tid":12,"app-config":{"app-doclist":true},)"
+                                 R"("idp-config":{"status-endpoint":"https://localhost:1/"}})"));
     const auto joined = join(*session);
     ASSERT_TRUE(joined.succeeded(IdvEvents::JOIN_SESSION));
     EXPECT_EQ((*joined.outcome)->data(), "");
     EXPECT_EQ(storedSession()->idpConfig.size(), 1U);
-    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(),
-              ResponseCode::INVALID_STATUS_SESSION);
+    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::INVALID_STATUS_SESSION);
 }
 
 TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
@@ -180,10 +180,11 @@ TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
         SCOPED_TRACE(address);
         service.clearFaults();
         const std::string url{address};
-        service.inject(Endpoint::join,
-                       Fault::answer(R"({"response-type":"data","tid":"T","idp-config":{"retry-limit":"3","update-endpoint":")" +
-                                     url + R"(","status-endpoint":")" + url + R"(","resume-endpoint":")" + url +
-                                     R"("},"idp-biodata":{"biodata-endpoint":")" + url + R"("}})"));
+        service.inject(
+            Endpoint::join,
+            Fault::answer(R"({"response-type":"data","tid":"T","idp-config":{"retry-limit":"3","update-endpoint":")" +
+                          url + R"(","status-endpoint":")" + url + R"(","resume-endpoint":")" + url +
+                          R"("},"idp-biodata":{"biodata-endpoint":")" + url + R"("}})"));
         ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
         for (const auto& operation : operations()) {
             if (operation.endpoint != Endpoint::join) {
@@ -235,8 +236,9 @@ TEST_F(SessionFailures, WithoutSessionOrNetworkTheAnswerComesAtOnce) {
 TEST_F(SessionFailures, AJoinWithoutAnEnvironmentIsRefused) {
     EXPECT_EQ(answerTo([&](auto response) { session->join("123456", nullptr, response); }).code(),
               ResponseCode::INVALID_JOIN_SESSION);
-    EXPECT_EQ(answerTo([&](auto response) { session->join("123456", config(static_cast<SDKEnv>(4)), response); }).code(),
-              ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(
+        answerTo([&](auto response) { session->join("123456", config(static_cast<SDKEnv>(4)), response); }).code(),
+        ResponseCode::INVALID_JOIN_SESSION);
     EXPECT_TRUE(service.requests().empty());
 }
 
@@ -248,8 +250,7 @@ TEST_F(SessionFailures, AnAnswerThatCannotBeStoredFailsTheJoin) {
     services.keychain = broken.keychain;
     platform::install(services);
     EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
-    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(),
-              ResponseCode::INVALID_STATUS_SESSION);
+    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::INVALID_STATUS_SESSION);
 }
 
 TEST_F(SessionFailures, EmptyCompletionsAreAllowed) {

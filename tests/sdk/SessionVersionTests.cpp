@@ -1,7 +1,6 @@
-#include "support/HostFixture.hpp"
-
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
+#include "support/HostFixture.hpp"
 
 #include <vector>
 
@@ -19,17 +18,25 @@ public:
     void join(std::string, std::string, std::shared_ptr<AcquisitionConfig>, IdvCompletion completion) override {
         completion(outcome);
     }
+
     void update(std::string, std::string, std::string, IdvCompletion completion) override { completion(outcome); }
+
     void update(const ServerReportModel& report) override { reports.push_back(report); }
+
     void status(std::string, IdvCompletion completion) override { completion(outcome); }
+
     void commit(std::string, IdvCompletion completion) override { completion(outcome); }
+
     void resumeInBrowser() override {}
+
     void upload(AcquisitionObject, std::string, IdvCompletion completion) override { completion(outcome); }
+
     void reset() override {}
 };
 
 struct CodeBoxes final : ActivationCodeFields {
     int resets = 0;
+
     void resetActivationCodeFields() override { ++resets; }
 };
 
@@ -81,6 +88,7 @@ TEST_F(SessionVersions, DiffersExactlyAsTabulated) {
         /// Per version: h the handler is called at once, q on the main queue, - never; r a report is sent.
         const char* expected[5];
     };
+
     const Row rows[] = {
         {"invalid QR code", [](SessionAPI& api) { api.invalidQRCodeScanned(); }, {"h", "h", "h", "q", "q"}},
         {"close button", [](SessionAPI& api) { api.closeButtonPressed(); }, {"h", "h", "h", "qr", "qr"}},

@@ -1,8 +1,7 @@
-#include "support/HostFixture.hpp"
-
+#include "NetworkManager/KeychainWrapper.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
-#include "NetworkManager/KeychainWrapper.hpp"
+#include "support/HostFixture.hpp"
 
 #include <algorithm>
 
@@ -55,6 +54,7 @@ TEST_F(SessionWire, SendsTheRequestsOfAJoinedSession) {
     const auto joined = join(*session);
     ASSERT_TRUE(joined.succeeded(IdvEvents::JOIN_SESSION));
     const auto tid = (*joined.outcome)->data();
+
     struct Row {
         Endpoint endpoint;
         IdvEvents event;
@@ -62,10 +62,15 @@ TEST_F(SessionWire, SendsTheRequestsOfAJoinedSession) {
         std::string body;
         std::string data;
     };
+
     const Row rows[] = {
         {Endpoint::update, IdvEvents::UPDATE_SESSION,
          [&](auto response) { session->update("inform", "say \"h\u00e9\"", response); },
-         R"({"kivo-action":"inform","message":"say \"h)" "\u00e9" R"(\"","tid":")" + tid + "\"}", tid},
+         R"({"kivo-action":"inform","message":"say \"h)"
+         "\u00e9"
+         R"(\"","tid":")" +
+             tid + "\"}",
+         tid},
         {Endpoint::status, IdvEvents::SESSION_STATUS, [&](auto response) { session->status(response); }, "{}", tid},
         {Endpoint::upload, IdvEvents::UPLOAD_DOCUMENT,
          [&](auto response) { session->upload(AcquisitionObject::documentBackImage, "QUJD", response); },
@@ -125,8 +130,7 @@ TEST_F(SessionWire, KeepsTheAnswerAndTheCodeUntilReset) {
     session->reset();
     EXPECT_FALSE(storedJoinAnswer());
     EXPECT_EQ(KeychainWrapper::standard().data("qr_code"), "123456");
-    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(),
-              ResponseCode::INVALID_STATUS_SESSION);
+    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::INVALID_STATUS_SESSION);
 }
 
 TEST_F(SessionWire, AppliesTheRetryLimitOfTheAnswer) {
@@ -135,6 +139,7 @@ TEST_F(SessionWire, AppliesTheRetryLimitOfTheAnswer) {
         bool applies;
         std::int64_t limit;
     };
+
     const Row rows[] = {
         {R"({"retry-limit":"3"})", true, 3},
         {R"({"retry-limit":"-2"})", true, -2},

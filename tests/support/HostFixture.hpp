@@ -20,8 +20,11 @@ namespace kivo::test {
 class FixedDevice final : public platform::Device {
 public:
     std::string systemVersion() override { return "12.5"; }
+
     std::optional<std::string> identifierForVendor() override { return "6E1F0B7C-0000-4000-8000-00000000C0DE"; }
+
     std::vector<platform::InterfaceAddress> interfaceAddresses() override { return addresses; }
+
     std::string machine() override { return machineName; }
 
     std::vector<platform::InterfaceAddress> addresses;
@@ -32,6 +35,7 @@ public:
 class RecordingWorkspace final : public platform::Workspace {
 public:
     void open(const std::string& url) override { opened.push_back(url); }
+
     void vibrate() override {}
 
     std::vector<std::string> opened;

@@ -16,8 +16,10 @@ public:
         auto pattern = (std::filesystem::temp_directory_path() / "kivo-test-XXXXXX").string();
         path_ = mkdtemp(pattern.data());
     }
+
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
     ~TemporaryFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);

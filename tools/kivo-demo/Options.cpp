@@ -94,7 +94,7 @@ std::string usage() {
                        "  --version NN           interface version to load, 14 to 18 (default 18)\n"
                        "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
                        "  --json                 one JSON object a step\n"
-                       "  --log                  show the SDK's debug log as well\n"
+                       "  --log                  show the SDK's debug log on standard error\n"
                        "\n"
                        "endpoints: join update status commit upload\n"
                        "faults:\n";

@@ -1,6 +1,5 @@
 #include "Report.hpp"
 
-#include <cstdio>
 #include <string>
 
 namespace demo {
@@ -36,33 +35,35 @@ void Report::begin(const Options& options, const kivo::simulator::IdentityServic
     if (json_) {
         return;
     }
-    std::printf("Kivo demo: one verification session, interface version %s\n"
-                "The identity service is simulated at %s, over real TLS with its own\n"
-                "certificate authority. The network state is simulated; keychain and transport are the real ones.\n\n",
-                options.version.c_str(), service.joinPage().c_str());
+    std::fprintf(out_,
+                 "Kivo demo: one verification session, interface version %s\n"
+                 "The identity service is simulated at %s, over real TLS with its own\n"
+                 "certificate authority. The network state is simulated; keychain and transport are the real ones.\n\n",
+                 options.version.c_str(), service.joinPage().c_str());
     for (const auto& each : options.faults) {
-        std::printf("Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(), each.name.c_str());
+        std::fprintf(out_, "Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(),
+                     each.name.c_str());
     }
-    std::printf("  %-23s %-31s %9s %10s  %s\n", "step", "event or code", "sent", "time", "");
+    std::fprintf(out_, "  %-23s %-31s %9s %10s  %s\n", "step", "event or code", "sent", "time", "");
 }
 
 void Report::step(const Step& step) {
     ++steps_;
     if (json_) {
-        std::printf("{\"step\":%s,\"outcome\":%s,\"detail\":%s,\"bytes\":%zu,\"microseconds\":%lld,\"ok\":%s}\n",
-                    quoted(step.name).c_str(), quoted(step.outcome).c_str(), quoted(step.detail).c_str(),
-                    step.bytesSent, static_cast<long long>(step.took.count()), step.asExpected() ? "true" : "false");
+        std::fprintf(out_, "{\"step\":%s,\"outcome\":%s,\"detail\":%s,\"bytes\":%zu,\"microseconds\":%lld,\"ok\":%s}\n",
+                     quoted(step.name).c_str(), quoted(step.outcome).c_str(), quoted(step.detail).c_str(),
+                     step.bytesSent, static_cast<long long>(step.took.count()), step.asExpected() ? "true" : "false");
     } else {
-        std::printf("  %-23s %-31s %7zu B %10s  %s\n", step.name.c_str(), step.outcome.c_str(), step.bytesSent,
-                    milliseconds(step.took).c_str(), verdict(step).c_str());
+        std::fprintf(out_, "  %-23s %-31s %7zu B %10s  %s\n", step.name.c_str(), step.outcome.c_str(), step.bytesSent,
+                     milliseconds(step.took).c_str(), verdict(step).c_str());
     }
-    std::fflush(stdout);
+    std::fflush(out_);
 }
 
 void Report::end(bool allAsExpected) const {
     if (!json_) {
-        std::printf("\n%d steps, %s\n", steps_,
-                    allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected");
+        std::fprintf(out_, "\n%d steps, %s\n", steps_,
+                     allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected");
     }
 }
 

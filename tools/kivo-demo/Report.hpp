@@ -5,19 +5,23 @@
 
 #include <kivo/simulator/IdentityService.hpp>
 
+#include <cstdio>
+
 namespace demo {
 
 /// Prints the road as a table for people, or as JSON lines for machines.
 class Report {
 public:
-    explicit Report(bool json)
-        : json_{json} {}
+    Report(std::FILE* out, bool json)
+        : out_{out}
+        , json_{json} {}
 
     void begin(const Options& options, const kivo::simulator::IdentityService& service) const;
     void step(const Step& step);
     void end(bool allAsExpected) const;
 
 private:
+    std::FILE* const out_;
     const bool json_;
     int steps_ = 0;
 };

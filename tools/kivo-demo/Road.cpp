@@ -1,8 +1,10 @@
 #include "Road.hpp"
 
-#include <atomic>
+#include <algorithm>
 #include <memory>
+#include <mutex>
 #include <string_view>
+#include <vector>
 
 namespace demo {
 namespace {
@@ -38,9 +40,10 @@ public:
         , faulty_{faulty} {}
 
     void step(std::string name, std::string_view expected, const Call& call) {
-        Step step{.name = std::move(name), .outcome = "", .detail = "", .expected = faulty_ ? "" : std::string{expected}};
+        Step step{
+            .name = std::move(name), .outcome = "", .detail = "", .expected = faulty_ ? "" : std::string{expected}};
         const auto before = service_.requests().size();
-        const auto answers = std::make_shared<Answers>();
+        const auto& answers = answers_.emplace_back(std::make_shared<Answers>());
         const auto start = std::chrono::steady_clock::now();
         call([answers](const IdvOutcome& outcome) {
             {
@@ -72,19 +75,25 @@ public:
         report_(step);
     }
 
-    bool allAsExpected() const { return allAsExpected_; }
+    /// Asked at the very end, so that a late second answer is noticed.
+    bool allAsExpected() const {
+        return allAsExpected_ && std::ranges::all_of(answers_, [](const auto& answers) {
+                   const std::scoped_lock lock{answers->mutex};
+                   return answers->count == 1;
+               });
+    }
 
 private:
     simulator::IdentityService& service_;
     const std::function<void(const Step&)>& report_;
     const bool faulty_;
     bool allAsExpected_ = true;
+    std::vector<std::shared_ptr<Answers>> answers_;
 };
 
 } // namespace
 
-bool walk(const Options& options, simulator::IdentityService& service,
-          const std::function<void(const Step&)>& report) {
+bool walk(const Options& options, simulator::IdentityService& service, const std::function<void(const Step&)>& report) {
     const auto session = KivoSDK::load("DEMO", options.version);
     if (!session) {
         return false;
@@ -99,9 +108,8 @@ bool walk(const Options& options, simulator::IdentityService& service,
     walker.step("join", "JOIN_SESSION", [&](auto response) { session->join("123456", config, response); });
     walker.step("update", "UPDATE_SESSION",
                 [&](auto response) { session->update("inform", "The person has the document at hand", response); });
-    walker.step("upload an image", "UPLOAD_DOCUMENT", [&](auto response) {
-        session->upload(AcquisitionObject::documentMainImage, image, response);
-    });
+    walker.step("upload an image", "UPLOAD_DOCUMENT",
+                [&](auto response) { session->upload(AcquisitionObject::documentMainImage, image, response); });
     walker.step("status", "SESSION_STATUS", [&](auto response) { session->status(response); });
     walker.step("commit", "COMMIT_SESSION", [&](auto response) { session->commit(response); });
     session->reset();

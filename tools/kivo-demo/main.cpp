@@ -6,6 +6,9 @@
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -23,8 +26,10 @@ public:
             path_ = pattern;
         }
     }
+
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
     ~TemporaryFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -35,6 +40,16 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+/// The library prints its lines on standard output. They go to standard error when asked for and nowhere otherwise, so
+/// that the report alone is on standard output.
+std::FILE* openReportStream(const demo::Options& options) {
+    const int report = dup(STDOUT_FILENO);
+    const int library = options.log ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(library, STDOUT_FILENO);
+    close(library);
+    return fdopen(report, "w");
+}
 
 void injectFaults(kivo::simulator::IdentityService& service, const demo::Options& options) {
     for (const auto& each : options.faults) {
@@ -63,7 +78,7 @@ int run(const demo::Options& options) {
     kivo::KivoSDK::setLogLevel(options.log ? kivo::LogLevel::debug : kivo::LogLevel::warning);
     injectFaults(service, options);
 
-    demo::Report report{options.json};
+    demo::Report report{openReportStream(options), options.json};
     report.begin(options, service);
     const bool well = demo::walk(options, service, [&](const demo::Step& step) { report.step(step); });
     report.end(well);

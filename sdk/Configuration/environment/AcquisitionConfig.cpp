@@ -10,7 +10,7 @@ namespace {
 struct Field {
     std::string_view header;
     const char* storedKey;
-    std::string AcquisitionConfig::*member;
+    std::string AcquisitionConfig::* member;
 };
 
 constexpr const char* storedEnvironment = "ENVIRONMENT";

@@ -1,5 +1,4 @@
 #include <kivo/Deployment.hpp>
-
 #include <kivo/platform/Services.hpp>
 
 #include <cstddef>
@@ -45,9 +44,10 @@ Deployment shipped() {
     const auto bundle = services.bundles->withIdentifier(sdkBundleIdentifier);
     const auto plist = bundle ? bundle->propertyList("Deployment") : std::nullopt;
     if (!plist || plist->dictionary() == nullptr) {
-        services.diagnostics->report("deployment", "The SDK's bundle has no readable Deployment.plist, so no join page is "
-                                                   "known. Install ZORFramework.bundle beside the library, or call "
-                                                   "kivo::Deployment::install before the first join.");
+        services.diagnostics->report("deployment",
+                                     "The SDK's bundle has no readable Deployment.plist, so no join page is "
+                                     "known. Install ZORFramework.bundle beside the library, or call "
+                                     "kivo::Deployment::install before the first join.");
         return {};
     }
     return readFrom(*plist->dictionary());

@@ -1,11 +1,10 @@
-#include <kivo/KivoSDK.hpp>
-
 #include "Configuration/logging/Log.hpp"
 #include "Configuration/logging/Settings.hpp"
 #include "Models/InterfaceVersion.hpp"
 #include "impl/SessionAPI.hpp"
 
 #include <kivo/KivoAPIProvider.hpp>
+#include <kivo/KivoSDK.hpp>
 #include <kivo/SdkVersions.hpp>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include <kivo/SdkVersions.hpp>
-
 #include "Models/Text.hpp"
+
+#include <kivo/SdkVersions.hpp>
 
 namespace kivo {
 

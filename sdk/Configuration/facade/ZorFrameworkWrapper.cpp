@@ -1,6 +1,5 @@
-#include <kivo/ZorFrameworkWrapper.hpp>
-
 #include <kivo/KivoSDK.hpp>
+#include <kivo/ZorFrameworkWrapper.hpp>
 
 #include <utility>
 

@@ -118,9 +118,8 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
                    .appConfigDictionary = std::move(dictionary)};
     }
     log::info(function, [this] { return description(); });
-    getJoin(forCode, [this, completion = std::move(sessionResponseCompletion)](bool success, const std::string& answer) {
-        completion(judgeJoin(success, answer));
-    });
+    getJoin(forCode, [this, completion = std::move(sessionResponseCompletion)](
+                         bool success, const std::string& answer) { completion(judgeJoin(success, answer)); });
 }
 
 IdvOutcome KivoBE::judgeJoin(bool success, const std::string& answer) const {

@@ -30,46 +30,59 @@ public:
 
     /// Answers as usual, but later.
     static Fault delay(std::chrono::milliseconds by) { return Fault{Kind::delay, by}; }
+
     /// Takes the request and never answers.
     static Fault drop() { return Fault{Kind::drop}; }
+
     /// Resets the connection instead of answering.
     static Fault reset() { return Fault{Kind::reset}; }
+
     /// Announces more bytes than it sends.
     static Fault truncate() { return Fault{Kind::truncate}; }
+
     /// Answers with bytes that are no HTTP.
     static Fault garbage() { return Fault{Kind::garbage}; }
+
     /// Answers 200 with this body, whatever the request.
     static Fault answer(std::string body) { return Fault{Kind::answer, std::move(body)}; }
+
     /// Answers 200 with a body of no bytes.
     static Fault emptyBody() { return answer(""); }
+
     /// Answers 204.
     static Fault noBody() { return Fault{Kind::noBody}; }
+
     /// Answers 200 with a body of that many bytes, which are made as they are sent.
     static Fault largeBody(std::size_t bytes) {
         Fault fault{Kind::largeBody};
         fault.bytes_ = bytes;
         return fault;
     }
+
     /// Answers with this status.
     static Fault status(int httpStatus, std::string body = "") {
         Fault fault{Kind::status, std::move(body)};
         fault.httpStatus_ = httpStatus;
         return fault;
     }
+
     /// Sends the client elsewhere.
     static Fault redirect(std::string location, int httpStatus = 302) {
         Fault fault{Kind::redirect, std::move(location)};
         fault.httpStatus_ = httpStatus;
         return fault;
     }
+
     /// Answers as usual, its bytes spread over that time.
     static Fault slowBody(std::chrono::milliseconds total) { return Fault{Kind::slowBody, total}; }
+
     /// Refuses with the name of a response code, such as "STATUS_AUTH_FAILED".
     static Fault refuse(std::string responseCodeName, std::string message = "") {
         Fault fault{Kind::refuse, std::move(responseCodeName)};
         fault.message_ = std::move(message);
         return fault;
     }
+
     /// Presents a flawed certificate.
     static Fault certificate(CertificateFlaw flaw) {
         Fault fault{Kind::certificate};
@@ -78,18 +91,25 @@ public:
     }
 
     Kind kind() const { return kind_; }
+
     /// The body, the location or the response code's name.
     const std::string& text() const { return text_; }
+
     const std::string& message() const { return message_; }
+
     std::chrono::milliseconds time() const { return time_; }
+
     std::size_t bytes() const { return bytes_; }
+
     int httpStatus() const { return httpStatus_; }
+
     CertificateFlaw flaw() const { return flaw_; }
 
 private:
     explicit Fault(Kind kind, std::string text = "")
         : kind_{kind}
         , text_{std::move(text)} {}
+
     Fault(Kind kind, std::chrono::milliseconds time)
         : kind_{kind}
         , time_{time} {}
@@ -107,8 +127,10 @@ private:
 class Calls {
 public:
     static Calls all() { return Calls{1, 0}; }
+
     /// The n-th call only; the next one is 1.
     static Calls only(int n) { return Calls{n, n}; }
+
     static Calls first(int n) { return Calls{1, n}; }
 
     bool contains(int call) const { return call >= from_ && (to_ == 0 || call <= to_); }
