@@ -1,8 +1,8 @@
 #include "linux/BackgroundThread.hpp"
 
 #include <pthread.h>
-#include <signal.h>
 
+#include <csignal>
 #include <thread>
 #include <utility>
 

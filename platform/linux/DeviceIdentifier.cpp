@@ -1,6 +1,7 @@
 #include "linux/DeviceIdentifier.hpp"
 
 #include "linux/FileDescriptor.hpp"
+#include "linux/WholeFile.hpp"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,7 +12,6 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
 #include <string_view>
 #include <system_error>
 
@@ -140,32 +140,14 @@ private:
             return errno;
         }
         const auto uuid = randomUuid();
-        auto draft = (folder_ / ".device-id.XXXXXX").string();
-        const FileDescriptor file{uuid ? ::mkostemp(draft.data(), O_CLOEXEC) : -1};
-        if (!file) {
+        if (!uuid) {
             return errno;
         }
-        const int result = fill(file, *uuid, draft);
-        ::unlink(draft.c_str());
+        const int result = createWholeFile(path_, *uuid + "\n");
         if (result == 0) {
             identifier_ = uuid;
         }
         return result;
-    }
-
-    // The file gets its name only when it is whole, and never over another one.
-    int fill(const FileDescriptor& file, const std::string& uuid, const std::string& draft) const {
-        const auto text = uuid + "\n";
-        const auto written = ::write(file.get(), text.data(), text.size());
-        if (written != static_cast<ssize_t>(text.size())) {
-            return written < 0 ? errno : ENOSPC;
-        }
-        if (::fsync(file.get()) != 0 || ::link(draft.c_str(), path_.c_str()) != 0) {
-            return errno;
-        }
-        const FileDescriptor folder{::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-        ::fsync(folder.get());
-        return 0;
     }
 
     fs::path folder_;

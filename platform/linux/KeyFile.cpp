@@ -1,6 +1,7 @@
 #include "linux/KeyFile.hpp"
 
 #include "linux/FileDescriptor.hpp"
+#include "linux/WholeFile.hpp"
 
 #include <fcntl.h>
 #include <openssl/rand.h>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <string>
 
 namespace kivo::platform {
 namespace {
@@ -30,21 +30,6 @@ KeyFileError errorOf(int errorNumber) {
     default:
         return KeyFileError::unreadable;
     }
-}
-
-int writeWhole(const std::filesystem::path& file, const SealingKey& key) {
-    const FileDescriptor descriptor{open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)};
-    if (!descriptor) {
-        return errno;
-    }
-    const auto written = write(descriptor.get(), key.data(), key.size());
-    if (written < 0) {
-        return errno;
-    }
-    if (static_cast<std::size_t>(written) != key.size()) {
-        return ENOSPC;
-    }
-    return fsync(descriptor.get()) == 0 ? 0 : errno;
 }
 
 } // namespace
@@ -73,24 +58,12 @@ std::expected<SealingKey, KeyFileError> createKeyFile(const std::filesystem::pat
     if (RAND_bytes(key.data(), static_cast<int>(key.size())) != 1) {
         return std::unexpected{KeyFileError::unreadable};
     }
-    auto draft = file;
-    draft += ".new-" + std::to_string(getpid());
-    unlink(draft.c_str());
-    int error = writeWhole(draft, key);
-    // A link, unlike a rename, leaves a file alone that is there already.
-    if (error == 0 && link(draft.c_str(), file.c_str()) != 0) {
-        error = errno;
-    }
-    unlink(draft.c_str());
+    const int error = createWholeFile(file, {reinterpret_cast<const char*>(key.data()), key.size()});
     if (error == EEXIST) {
         return readKeyFile(file);
     }
     if (error != 0) {
         return std::unexpected{errorOf(error)};
-    }
-    const FileDescriptor folder{open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    if (folder) {
-        fsync(folder.get());
     }
     return key;
 }

@@ -211,7 +211,6 @@ OSStatus KeychainFile::openKey(Purpose purpose) {
 
 OSStatus KeychainFile::createKey() {
     if (database_->number("SELECT EXISTS(SELECT * FROM items)").value_or(0) != 0) {
-        close();
         const auto status = putAside(databasePath_, "without-key", "has no usable key file");
         return status == errSecSuccess ? openDatabase(Purpose::store) : status;
     }
@@ -236,7 +235,9 @@ OSStatus KeychainFile::createKey() {
 }
 
 OSStatus KeychainFile::putAside(const fs::path& file, std::string_view state, std::string_view why) {
-    close();
+    if (file == databasePath_) {
+        close();
+    }
     auto aside = withSuffix(file, "." + std::string{state} + "-" + timestamp());
     for (int number = 2; fs::exists(aside); ++number) {
         aside = withSuffix(file, "." + std::string{state} + "-" + timestamp() + "-" + std::to_string(number));

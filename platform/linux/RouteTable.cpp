@@ -46,7 +46,7 @@ bool leadsThroughAnyHop(const rtattr& attribute) {
         if ((hop->rtnh_flags & deadHop) == 0 && isUp(static_cast<unsigned>(hop->rtnh_ifindex))) {
             return true;
         }
-        left -= std::min(left, std::size_t{RTNH_ALIGN(hop->rtnh_len)});
+        left -= std::min(left, static_cast<std::size_t>(RTNH_ALIGN(hop->rtnh_len)));
         hop = RTNH_NEXT(hop);
     }
     return false;

@@ -26,8 +26,12 @@ unsigned char* bytes(char* text) {
     return reinterpret_cast<unsigned char*>(text);
 }
 
-const unsigned char* bytes(const char* text) {
-    return reinterpret_cast<const unsigned char*>(text);
+const unsigned char* bytes(std::string_view text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+int length(std::string_view text) {
+    return static_cast<int>(text.size());
 }
 
 bool fits(std::string_view text) {
@@ -44,16 +48,14 @@ std::optional<std::string> seal(const SealingKey& key, std::string_view identity
     auto* nonce = bytes(sealed.data() + 1);
     auto* text = nonce + nonceLength;
     auto* tag = text + value.size();
-    int length = 0;
+    int written = 0;
     const Context context{EVP_CIPHER_CTX_new()};
-    const bool done =
-        RAND_bytes(nonce, nonceLength) == 1 &&
-        EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
-        EVP_EncryptUpdate(context.get(), nullptr, &length, bytes(identity.data()), static_cast<int>(identity.size())) ==
-            1 &&
-        EVP_EncryptUpdate(context.get(), text, &length, bytes(value.data()), static_cast<int>(value.size())) == 1 &&
-        EVP_EncryptFinal_ex(context.get(), tag, &length) == 1 &&
-        EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_GET_TAG, tagLength, tag) == 1;
+    const bool done = RAND_bytes(nonce, nonceLength) == 1 &&
+                      EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
+                      EVP_EncryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
+                      EVP_EncryptUpdate(context.get(), text, &written, bytes(value), length(value)) == 1 &&
+                      EVP_EncryptFinal_ex(context.get(), tag, &written) == 1 &&
+                      EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_GET_TAG, tagLength, tag) == 1;
     return done ? std::optional{std::move(sealed)} : std::nullopt;
 }
 
@@ -63,17 +65,15 @@ std::optional<std::string> unseal(const SealingKey& key, std::string_view identi
     }
     std::string value(sealed.size() - overhead, '\0');
     std::string tag{sealed.substr(sealed.size() - tagLength)};
-    const auto* nonce = bytes(sealed.data() + 1);
+    const auto* nonce = bytes(sealed.substr(1));
     const auto* text = nonce + nonceLength;
-    int length = 0;
+    int written = 0;
     const Context context{EVP_CIPHER_CTX_new()};
-    const bool done =
-        EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
-        EVP_DecryptUpdate(context.get(), nullptr, &length, bytes(identity.data()), static_cast<int>(identity.size())) ==
-            1 &&
-        EVP_DecryptUpdate(context.get(), bytes(value.data()), &length, text, static_cast<int>(value.size())) == 1 &&
-        EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_SET_TAG, tagLength, tag.data()) == 1 &&
-        EVP_DecryptFinal_ex(context.get(), bytes(tag.data()), &length) == 1;
+    const bool done = EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
+                      EVP_DecryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
+                      EVP_DecryptUpdate(context.get(), bytes(value.data()), &written, text, length(value)) == 1 &&
+                      EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_SET_TAG, tagLength, tag.data()) == 1 &&
+                      EVP_DecryptFinal_ex(context.get(), bytes(tag.data()), &written) == 1;
     return done ? std::optional{std::move(value)} : std::nullopt;
 }
 

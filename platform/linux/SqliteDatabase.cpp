@@ -1,5 +1,7 @@
 #include "linux/SqliteDatabase.hpp"
 
+#include <cerrno>
+
 namespace kivo::platform {
 namespace {
 
@@ -103,7 +105,9 @@ int SqliteDatabase::lastError() const {
 }
 
 int SqliteDatabase::systemError() const {
-    return sqlite3_system_errno(connection_);
+    // SQLite keeps no number for a write that failed; errno still holds it.
+    const int kept = sqlite3_system_errno(connection_);
+    return kept != 0 ? kept : errno;
 }
 
 std::int64_t SqliteDatabase::changes() const {

@@ -2,8 +2,8 @@
 
 #include <openssl/err.h>
 #include <openssl/pem.h>
-#include <stdlib.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <stdexcept>

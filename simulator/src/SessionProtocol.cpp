@@ -36,7 +36,7 @@ void requireTexts(const Json& object, const std::string& where, std::initializer
     }
     for (const auto& [key, value] : object.items()) {
         if (std::ranges::find(members, key) == members.end()) {
-            throw Violation{where + " has an unknown member \"" + key + "\""};
+            throw Violation{std::string{where}.append(" has an unknown member \"").append(key).append("\"")};
         }
     }
 }

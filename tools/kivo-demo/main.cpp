@@ -46,6 +46,9 @@ private:
 std::FILE* openReportStream(const demo::Options& options) {
     const int report = dup(STDOUT_FILENO);
     const int library = options.log ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (report < 0 || library < 0) {
+        return stdout;
+    }
     dup2(library, STDOUT_FILENO);
     close(library);
     return fdopen(report, "w");
