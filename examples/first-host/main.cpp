@@ -10,13 +10,13 @@ int main(int argc, char** argv) {
         std::make_shared<kivo::AcquisitionConfig>(kivo::SDKEnv::TEST, "PASSPORT", "P6M", "0.8", "UTO", "face");
 
     session->join(argc > 1 ? argv[1] : "123456", config, [&](kivo::IdvOutcome outcome) {
-        // Answers come on the SDK's thread; the rest of the program lives on the main one.
+        // The answer comes on the library's thread; the rest of the program lives on the main one.
         loop->async([&, outcome] {
             if (outcome) {
-                std::cout << "Joined session " << (*outcome)->data() << '\n';
+                std::cout << "Joined.\n";
             } else {
-                std::cout << "Not joined: " << kivo::message(outcome.error()) << " (" << kivo::name(outcome.error())
-                          << " (" << kivo::code(outcome.error()) << "))\n";
+                const auto why = outcome.error();
+                std::cout << "Not joined: " << message(why) << " (" << name(why) << ", " << code(why) << ")\n";
             }
             loop->stop();
         });
