@@ -1,0 +1,45 @@
+# Decides whether the Objective-C library is built, and enables its languages. Sets kivo_has_objc.
+set(KIVO_OBJC AUTO CACHE STRING "Build the library for Objective-C hosts: ON, OFF, or AUTO when its tools are there")
+set_property(CACHE KIVO_OBJC PROPERTY STRINGS AUTO ON OFF)
+
+set(kivo_has_objc FALSE)
+set(kivo_objc_reason "KIVO_OBJC is OFF")
+if(KIVO_OBJC)
+  include(${CMAKE_CURRENT_LIST_DIR}/KivoObjCToolchain.cmake)
+  list(JOIN Kivo_OBJC_MISSING ", " kivo_objc_reason)
+  if(NOT Kivo_OBJC_MISSING)
+    include(CheckLanguage)
+    set(CMAKE_OBJC_COMPILER ${Kivo_OBJC_COMPILER})
+    set(CMAKE_OBJCXX_COMPILER ${Kivo_OBJCXX_COMPILER})
+    check_language(OBJC)
+    check_language(OBJCXX)
+    set(kivo_objc_reason "${Kivo_OBJCXX_COMPILER} does not work")
+    if(CMAKE_OBJC_COMPILER AND CMAKE_OBJCXX_COMPILER)
+      enable_language(OBJC OBJCXX)
+      include(CheckOBJCXXSourceCompiles)
+      set(CMAKE_REQUIRED_FLAGS -std=c++23)
+      set(CMAKE_REQUIRED_LIBRARIES Kivo::objc_runtime)
+      set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY) # the blocks runtime is yet to be built
+      set(CMAKE_REQUIRED_INCLUDES ${PROJECT_SOURCE_DIR}/sdk/ObjCCompatibility/objc/include/kivo/objc/gnustep)
+      check_objcxx_source_compiles("
+        #import <Foundation/Foundation.h>
+        #include <expected>
+        int main() { int (^block)(void) = ^{ return *std::expected<int, int>{0}; }; return block() + (int)[@\"\" length]; }"
+        KIVO_OBJC_WORKS)
+      unset(CMAKE_REQUIRED_FLAGS)
+      unset(CMAKE_REQUIRED_LIBRARIES)
+      unset(CMAKE_REQUIRED_INCLUDES)
+      unset(CMAKE_TRY_COMPILE_TARGET_TYPE)
+      set(kivo_objc_reason "${Kivo_OBJCXX_COMPILER} does not compile std::expected with blocks (clang 19 and later do)")
+      set(kivo_has_objc ${KIVO_OBJC_WORKS})
+    endif()
+  endif()
+endif()
+
+if(kivo_has_objc)
+  message(STATUS "Objective-C library: built with ${Kivo_OBJCXX_COMPILER}")
+elseif(KIVO_OBJC STREQUAL "AUTO" OR NOT KIVO_OBJC)
+  message(STATUS "Objective-C library: left out (${kivo_objc_reason})")
+else()
+  message(FATAL_ERROR "Objective-C library: cannot be built (${kivo_objc_reason})")
+endif()

@@ -1,0 +1,12 @@
+#pragma once
+
+#import <kivo/objc/KivoAPIProvider.h>
+
+#include <kivo/KivoAPIProvider.hpp>
+
+namespace kivo::objc {
+
+/// Copies `response`, and releases it when the last copy of the completion is gone. Empty for nil.
+ObjCCompletion completion(KivoCompletion response);
+
+} // namespace kivo::objc

@@ -1,0 +1,28 @@
+#import "Native.h"
+
+#import <kivo/objc/KivoNative.h>
+
+@implementation KivoViewController
+
+- (instancetype)init {
+    return [super initWithNative:std::make_shared<kivo::platform::ViewController>()];
+}
+
++ (instancetype)new {
+    return [[self alloc] init];
+}
+
+@end
+
+@implementation KivoViewController (Native)
+
++ (nullable KivoViewController*)viewControllerWithNative:
+    (const std::shared_ptr<kivo::platform::ViewController>&)viewController {
+    return kivo::objc::wrapped<KivoViewController>(viewController);
+}
+
+- (std::shared_ptr<kivo::platform::ViewController>)nativeViewController {
+    return kivo::objc::heldNative<kivo::platform::ViewController>(self);
+}
+
+@end

@@ -1,0 +1,74 @@
+#import "Values.h"
+
+#import <kivo/objc/AcquisitionConfig.h>
+#import <kivo/objc/AcquisitionObject.h>
+#import <kivo/objc/IdvEvents.h>
+#import <kivo/objc/SDKEnv.h>
+#import <kivo/objc/SdkVersions.h>
+
+#include <kivo/kivo.hpp>
+
+using kivo::objc::enumeration;
+using kivo::objc::fromText;
+using kivo::objc::toText;
+
+@implementation SDKEnvHelper
+
++ (NSString*)environmentNameFrom:(SDKEnv)environment {
+    return toText(kivo::SDKEnvHelper::environmentName(enumeration<kivo::SDKEnv>(environment)));
+}
+
+@end
+
+@implementation IdvEventsHelper
+
++ (NSString*)eventNameFrom:(IdvEvents)event {
+    return toText(kivo::IdvEventsHelper::eventName(enumeration<kivo::IdvEvents>(event)));
+}
+
+@end
+
+@implementation AcquisitionObjectHelper
+
++ (NSString*)acquisitionObjectNameFrom:(AcquisitionObject)object {
+    return toText(
+        kivo::AcquisitionObjectHelper::acquisitionObjectName(enumeration<kivo::AcquisitionObject>(object)));
+}
+
+@end
+
+@implementation SdkVersions
+
++ (NSString*)getPreciseVersionFromVersion:(NSString*)version {
+    return toText(kivo::SdkVersions::getPreciseVersion(fromText(version)));
+}
+
+@end
+
+@implementation AcquisitionConfigKeys
+
++ (NSString*)ENVIRONMENT {
+    return toText(kivo::AcquisitionConfigKeys::ENVIRONMENT);
+}
+
++ (NSString*)KIVO_APP_DOCLIST {
+    return toText(kivo::AcquisitionConfigKeys::KIVO_APP_DOCLIST);
+}
+
++ (NSString*)KIVO_EXPIRE_GRACE {
+    return toText(kivo::AcquisitionConfigKeys::KIVO_EXPIRE_GRACE);
+}
+
++ (NSString*)KIVO_FACEMATCH_MIN {
+    return toText(kivo::AcquisitionConfigKeys::KIVO_FACEMATCH_MIN);
+}
+
++ (NSString*)KIVO_DOC_ISSUERS {
+    return toText(kivo::AcquisitionConfigKeys::KIVO_DOC_ISSUERS);
+}
+
++ (NSString*)KIVO_IMAGES {
+    return toText(kivo::AcquisitionConfigKeys::KIVO_IMAGES);
+}
+
+@end

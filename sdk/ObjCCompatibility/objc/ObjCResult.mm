@@ -1,0 +1,104 @@
+#import "Native.h"
+#import "Values.h"
+
+#import <kivo/objc/ObjCResult.h>
+
+#include <kivo/ObjCResult.hpp>
+
+using kivo::objc::fromText;
+using kivo::objc::toText;
+
+namespace {
+
+kivo::ObjCError& native(ObjCError* error) {
+    return *kivo::objc::native<kivo::ObjCError>(error);
+}
+
+} // namespace
+
+@implementation ObjCError
+
+- (instancetype)initWithErrorName:(NSString*)errorName
+                          message:(NSString*)message
+                             code:(NSInteger)code
+                   genericMessage:(NSString*)genericMessage {
+    return [super initWithNative:std::make_shared<kivo::ObjCError>(fromText(errorName), fromText(message),
+                                                                   kivo::objc::toInt(code), fromText(genericMessage))];
+}
+
+- (NSString*)errorName {
+    return toText(native(self).errorName());
+}
+
+- (void)setErrorName:(NSString*)errorName {
+    native(self).setErrorName(fromText(errorName));
+}
+
+- (NSString*)message {
+    return toText(native(self).message());
+}
+
+- (void)setMessage:(NSString*)message {
+    native(self).setMessage(fromText(message));
+}
+
+- (NSInteger)code {
+    return native(self).code();
+}
+
+- (void)setCode:(NSInteger)code {
+    native(self).setCode(kivo::objc::toInt(code));
+}
+
+- (NSString*)genericMessage {
+    return toText(native(self).genericMessage());
+}
+
+- (void)setGenericMessage:(NSString*)genericMessage {
+    native(self).setGenericMessage(fromText(genericMessage));
+}
+
+@end
+
+@implementation ObjCResult
+
+@synthesize success = _success;
+@synthesize error = _error;
+
+- (instancetype)init {
+    [self release];
+    [NSException raise:NSInvalidArgumentException format:@"ObjCResult has no init without arguments"];
+    return nil;
+}
+
+- (nullable instancetype)initWithSuccess:(IdvResult*)success {
+    self = [super init];
+    _success = [success retain];
+    return [self orNilWithout:success];
+}
+
+- (nullable instancetype)initWithError:(ObjCError*)error {
+    self = [super init];
+    _error = [error retain];
+    return [self orNilWithout:error];
+}
+
+- (ObjCResultStatus)status {
+    return _success ? ObjCResultStatusSuccess : ObjCResultStatusFailure;
+}
+
+- (instancetype)orNilWithout:(id)content {
+    if (!content) {
+        [self release];
+        return nil;
+    }
+    return self;
+}
+
+- (void)dealloc {
+    [_success release];
+    [_error release];
+    [super dealloc];
+}
+
+@end

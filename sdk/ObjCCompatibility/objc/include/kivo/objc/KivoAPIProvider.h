@@ -1,0 +1,73 @@
+#pragma once
+
+#import <kivo/objc/AcquisitionConfig.h>
+#import <kivo/objc/AcquisitionObject.h>
+#import <kivo/objc/KivoObject.h>
+#import <kivo/objc/KivoViewController.h>
+#import <kivo/objc/ObjCResult.h>
+#import <kivo/objc/ThemeCustomization.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+/// Receives the outcome of a call.
+///
+/// It is copied when it is handed over and released after the call. It runs inside an autorelease pool of its own;
+/// an exception that leaves it is reported as a diagnostic and goes no further.
+typedef void (^KivoCompletion)(ObjCResult *result);
+
+/// One verification session, as an Objective-C host drives it. Made by `KivoSDK`; call it on the main thread.
+///
+/// Every request ends in exactly one call of its `response`. Requests that go to the identity service answer on the
+/// library's transport thread, one at a time; requests that fail before anything is sent (no session, no network, no
+/// attempts left) answer on the calling thread before the call returns. Screens answer on the main queue (see
+/// `KivoMainQueue`). A nil `response` drops the outcome.
+__attribute__((visibility("default")))
+@interface KivoAPIProvider : KivoObject {
+@private
+    ThemeCustomization *_sdkTheme;
+}
+
+/// The session's theme object as it was when the provider was made. Replacing it here changes nothing there.
+@property (nonatomic, retain, nullable) ThemeCustomization *sdkTheme;
+
+/// Gives the session another theme; nil for none. Screens already shown keep theirs.
+- (void)setThemeWithTheme:(nullable ThemeCustomization *)theme;
+
+/// The view controller on which screens are presented. Without one, acquire shows nothing.
+- (void)setContextWithViewController:(nullable KivoViewController *)viewController;
+
+/// Shows the screen that acquires `object`. `response` may be called more than once: a person can deliver a code and
+/// then close the screen. A later acquire replaces it, and it is released then.
+- (void)acquireWithAcquisitionObject:(AcquisitionObject)object
+                              config:(nullable AcquisitionConfig *)config
+                            response:(nullable KivoCompletion)response;
+
+/// Joins the session of an activation code. Succeeds with `IdvEventsJOIN_SESSION` and the transaction identifier; the
+/// session is kept in the keychain and survives the process. Without a config it fails with "INVALID_JOIN_SESSION".
+- (void)joinForCode:(NSString *)code
+             config:(nullable AcquisitionConfig *)config
+           response:(nullable KivoCompletion)response;
+
+/// Reports an action and a message to the session. Succeeds with `IdvEventsUPDATE_SESSION`.
+- (void)updateWithAction:(NSString *)action message:(NSString *)message response:(nullable KivoCompletion)response;
+
+/// Asks for the session's status. Succeeds with `IdvEventsSESSION_STATUS`.
+- (void)statusWithResponse:(nullable KivoCompletion)response;
+
+/// Commits the session. Succeeds with `IdvEventsCOMMIT_SESSION`.
+- (void)commitWithResponse:(nullable KivoCompletion)response;
+
+/// Opens the session's resume page in the person's browser. Does nothing without a session.
+- (void)resumeInBrowser;
+
+/// Uploads `data` as evidence of the given kind and counts one attempt. Succeeds with `IdvEventsUPLOAD_DOCUMENT`.
+- (void)uploadWithAcquisitionObject:(AcquisitionObject)acquisitionObject
+                               data:(NSString *)data
+                           response:(nullable KivoCompletion)response;
+
+/// Forgets the joined session. The provider stays usable for another join.
+- (void)reset;
+
+@end
+
+NS_ASSUME_NONNULL_END

@@ -1,0 +1,20 @@
+#pragma once
+
+/// Everything an Objective-C host needs, in one header. Compile with clang, link `Kivo::objc`; no ARC.
+
+#import <kivo/objc/AcquisitionConfig.h>
+#import <kivo/objc/AcquisitionObject.h>
+#import <kivo/objc/IdvEvents.h>
+#import <kivo/objc/IdvResult.h>
+#import <kivo/objc/KivoAPIProvider.h>
+#import <kivo/objc/KivoDeployment.h>
+#import <kivo/objc/KivoMainQueue.h>
+#import <kivo/objc/KivoObject.h>
+#import <kivo/objc/KivoSDK.h>
+#import <kivo/objc/KivoViewController.h>
+#import <kivo/objc/LogLevel.h>
+#import <kivo/objc/ObjCResult.h>
+#import <kivo/objc/SDKEnv.h>
+#import <kivo/objc/SdkVersions.h>
+#import <kivo/objc/ThemeCustomization.h>
+#import <kivo/objc/ZorFrameworkWrapper.h>
