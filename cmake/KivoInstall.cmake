@@ -13,6 +13,17 @@ if(KIVO_SIMULATOR)
   install(EXPORT KivoSimulatorTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})
 endif()
 
+if(kivo_has_objc)
+  install(TARGETS kivo_objc EXPORT KivoObjCTargets)
+  install(DIRECTORY sdk/ObjCCompatibility/objc/include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT KivoObjCTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})
+  install(FILES cmake/KivoObjCToolchain.cmake DESTINATION ${kivo_cmake_dir})
+  # For pkg-config, which cannot look for the runtime's headers itself.
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/kivo-objc-runtime DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kivo/objc)
+  configure_file(cmake/kivo-objc.pc.in ${CMAKE_BINARY_DIR}/kivo-objc.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/kivo-objc.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
+
 if(KIVO_TOOLS)
   set_target_properties(kivo-demo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS kivo-demo)

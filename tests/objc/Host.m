@@ -38,7 +38,7 @@ static atomic_long aliveCaptures;
     [super dealloc];
 }
 
-- (void)add:(ObjCResult *)result {
+- (void)add:(ObjCResult*)result {
     [_changed lock];
     [_results addObject:result];
     [_changed signal];
@@ -46,35 +46,35 @@ static atomic_long aliveCaptures;
 }
 
 - (void)withCompletion:(void (^)(KivoCompletion))call {
-    Captured *const captured = [Captured new];
-    call(^(ObjCResult *result) {
+    Captured* const captured = [Captured new];
+    call(^(ObjCResult* result) {
         [self add:[Captured alive] > 0 && captured ? result : nil];
     });
     [captured release];
 }
 
-- (ObjCResult *)resultOf:(void (^)(KivoCompletion))call {
+- (ObjCResult*)resultOf:(void (^)(KivoCompletion))call {
     [_results removeAllObjects];
     [self withCompletion:call];
     [_changed lock];
-    NSDate *const limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:30];
     while ([_results count] == 0 && [_changed waitUntilDate:limit]) {
     }
     [_changed waitUntilDate:[NSDate dateWithTimeIntervalSinceNow:0.005]];
-    ObjCResult *const result = [_results count] == 1 ? [[[_results lastObject] retain] autorelease] : nil;
+    ObjCResult* const result = [_results count] == 1 ? [[[_results lastObject] retain] autorelease] : nil;
     [_changed unlock];
     return result;
 }
 
 + (BOOL)waitUntilNothingIsCaptured {
-    NSDate *const limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:30];
     while ([Captured alive] > 0 && [limit timeIntervalSinceNow] > 0) {
         [NSThread sleepForTimeInterval:0.001];
     }
     return [Captured alive] == 0;
 }
 
-+ (AcquisitionConfig *)config {
++ (AcquisitionConfig*)config {
     return [[[AcquisitionConfig alloc] initWithEnviroment:SDKEnvTEST
                                          kivo_app_doclist:@"PASSPORT"
                                         kivo_expire_grace:@"P6M"

@@ -1,6 +1,7 @@
 #import "Host.h"
 
 #include <kivo/kivo.hpp>
+#import <kivo/objc/KivoNative.h>
 
 #include <gtest/gtest.h>
 
@@ -9,8 +10,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#import <kivo/objc/KivoNative.h>
 
 namespace {
 
@@ -26,7 +25,8 @@ protected:
 };
 
 TEST_F(ObjCObjects, HaveTheirValues) {
-    ::IdvResult* const result = [[[::IdvResult alloc] initWithData:@"d\u00e9" responseType:IdvEventsFACE_SCAN] autorelease];
+    ::IdvResult* const result = [[[::IdvResult alloc] initWithData:@"d\u00e9"
+                                                      responseType:IdvEventsFACE_SCAN] autorelease];
     EXPECT_EQ(text(result.data), "d\u00e9");
     result.data = @"";
     result.responseType = IdvEventsOCR_SCAN;
@@ -51,8 +51,10 @@ TEST_F(ObjCObjects, HaveTheirValues) {
 }
 
 TEST_F(ObjCObjects, CannotBeMadeWithoutValues) {
-    for (Class each in @[ [::IdvResult class], [::ObjCResult class], [::ObjCError class], [::AcquisitionConfig class],
-                          [::KivoAPIProvider class] ]) {
+    for (Class each in @[
+             [::IdvResult class], [::ObjCResult class], [::ObjCError class], [::AcquisitionConfig class],
+             [::KivoAPIProvider class]
+         ]) {
         BOOL hasRaised = NO;
         @try {
             (void)[[each alloc] performSelector:@selector(init)];
@@ -104,13 +106,13 @@ TEST_F(ObjCObjects, AConfigurationSurvivesItsArchive) {
     EXPECT_NE(read, config);
     EXPECT_TRUE([[read getAsDictionary] isEqual:[config getAsDictionary]]);
     EXPECT_TRUE([[config getAsDictionary] isEqual:(@{
-                    AcquisitionConfigKeys.ENVIRONMENT : @"TEST",
-                    AcquisitionConfigKeys.KIVO_APP_DOCLIST : @"PASSPORT",
-                    AcquisitionConfigKeys.KIVO_EXPIRE_GRACE : @"P6M",
-                    AcquisitionConfigKeys.KIVO_FACEMATCH_MIN : @"0.8",
-                    AcquisitionConfigKeys.KIVO_DOC_ISSUERS : @"UTO",
-                    AcquisitionConfigKeys.KIVO_IMAGES : @"face",
-                })]);
+                                              AcquisitionConfigKeys.ENVIRONMENT : @"TEST",
+                                              AcquisitionConfigKeys.KIVO_APP_DOCLIST : @"PASSPORT",
+                                              AcquisitionConfigKeys.KIVO_EXPIRE_GRACE : @"P6M",
+                                              AcquisitionConfigKeys.KIVO_FACEMATCH_MIN : @"0.8",
+                                              AcquisitionConfigKeys.KIVO_DOC_ISSUERS : @"UTO",
+                                              AcquisitionConfigKeys.KIVO_IMAGES : @"face",
+                                          })]);
     config.ENVIRONMENT = static_cast<SDKEnv>(4);
     EXPECT_EQ([[config getAsDictionary] count], 0U);
 }

@@ -1,8 +1,7 @@
 #import "Host.h"
+#include "support/HostFixture.hpp"
 
 #import <kivo/objc/KivoNative.h>
-
-#include "support/HostFixture.hpp"
 
 #include <stdexcept>
 
@@ -69,34 +68,27 @@ TEST_F(ObjCProvider, WalksASession) {
     EXPECT_FALSE([join.success.data length] == 0);
     EXPECT_TRUE(answer.contains('"' + text(join.success.data) + '"')) << answer;
 
-    const struct {
-        IdvEvents event;
-        void (^call)(KivoCompletion);
-    } requests[] = {
-        {IdvEventsUPDATE_SESSION,
-         ^(KivoCompletion completion) {
-             [provider updateWithAction:@"a" message:@"m" response:completion];
-         }},
-        {IdvEventsUPLOAD_DOCUMENT,
-         ^(KivoCompletion completion) {
-             [provider uploadWithAcquisitionObject:AcquisitionObjectSelfieImage data:@"\u00e9" response:completion];
-         }},
-        {IdvEventsSESSION_STATUS,
-         ^(KivoCompletion completion) {
-             [provider statusWithResponse:completion];
-         }},
-        {IdvEventsCOMMIT_SESSION,
-         ^(KivoCompletion completion) {
-             [provider commitWithResponse:completion];
-         }},
+    const auto expect = [&](IdvEvents event, void (^call)(KivoCompletion)) {
+        ::ObjCResult* const result = [host resultOf:call];
+        EXPECT_EQ(result.status, ObjCResultStatusSuccess) << event;
+        EXPECT_EQ(result.success.responseType, event);
     };
-    for (const auto& request : requests) {
-        ::ObjCResult* const result = [host resultOf:request.call];
-        EXPECT_EQ(result.status, ObjCResultStatusSuccess) << request.event;
-        EXPECT_EQ(result.success.responseType, request.event);
-    }
+    expect(IdvEventsUPDATE_SESSION, ^(KivoCompletion completion) {
+        [provider updateWithAction:@"a" message:@"m" response:completion];
+    });
+    expect(IdvEventsUPLOAD_DOCUMENT, ^(KivoCompletion completion) {
+        [provider uploadWithAcquisitionObject:AcquisitionObjectSelfieImage data:@"\u00e9" response:completion];
+    });
+    expect(IdvEventsSESSION_STATUS, ^(KivoCompletion completion) {
+        [provider statusWithResponse:completion];
+    });
+    expect(IdvEventsCOMMIT_SESSION, ^(KivoCompletion completion) {
+        [provider commitWithResponse:completion];
+    });
     EXPECT_EQ(service.violations(), std::vector<std::string>{});
-    EXPECT_TRUE(requestsTo(kivo::simulator::Endpoint::upload).at(0).body.contains("\"acquisition-object\":4,\"data\":\"\u00e9\""));
+    EXPECT_TRUE(requestsTo(kivo::simulator::Endpoint::upload)
+                    .at(0)
+                    .body.contains("\"acquisition-object\":4,\"data\":\"\u00e9\""));
 
     [provider resumeInBrowser];
     EXPECT_EQ(workspace->opened.size(), 1U);
@@ -119,8 +111,6 @@ TEST_F(ObjCProvider, SpellsOutAFailure) {
 
 TEST_F(ObjCProvider, ReleasesCompletionsAfterTheCall) {
     for (int i = 0; i < 3; ++i) {
-        const NSInteger before = [Captured alive];
-        EXPECT_EQ(before, 0);
         EXPECT_NE(joined(), nil);
         EXPECT_TRUE([Host waitUntilNothingIsCaptured]);
     }
@@ -187,12 +177,11 @@ TEST_F(ObjCProvider, TakesNilForEverything) {
 }
 
 TEST_F(ObjCProvider, LetsNoExceptionOutOfACompletion) {
-    const auto config = [Host config];
     [provider statusWithResponse:^(::ObjCResult*) {
         [NSException raise:@"HostException" format:@"thrown by the host"];
     }];
     [provider joinForCode:@"123456"
-                   config:config
+                   config:[Host config]
                  response:^(::ObjCResult*) {
                      throw std::runtime_error{"thrown in C++"};
                  }];

@@ -1,9 +1,8 @@
 #import "Native.h"
 #import "Values.h"
 
-#import <kivo/objc/AcquisitionConfig.h>
-
 #include <kivo/AcquisitionConfig.hpp>
+#import <kivo/objc/AcquisitionConfig.h>
 
 using kivo::objc::enumeration;
 using kivo::objc::fromText;

@@ -28,6 +28,7 @@ struct Block {
     int flags;
     int reserved;
     void (*invoke)(void*, ...);
+
     const struct Descriptor {
         unsigned long reserved;
         unsigned long size;

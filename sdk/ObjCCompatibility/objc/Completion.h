@@ -1,8 +1,7 @@
 #pragma once
 
-#import <kivo/objc/KivoAPIProvider.h>
-
 #include <kivo/KivoAPIProvider.hpp>
+#import <kivo/objc/KivoAPIProvider.h>
 
 namespace kivo::objc {
 

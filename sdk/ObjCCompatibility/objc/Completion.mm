@@ -1,4 +1,5 @@
 #import "Completion.h"
+
 #import "Guard.h"
 #import "Native.h"
 

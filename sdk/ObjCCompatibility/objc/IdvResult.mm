@@ -1,9 +1,8 @@
 #import "Native.h"
 #import "Values.h"
 
-#import <kivo/objc/IdvResult.h>
-
 #include <kivo/IdvResult.hpp>
+#import <kivo/objc/IdvResult.h>
 
 using kivo::objc::enumeration;
 using kivo::objc::fromText;
@@ -20,8 +19,8 @@ kivo::IdvResult& native(IdvResult* result) {
 @implementation IdvResult
 
 - (instancetype)initWithData:(NSString*)data responseType:(IdvEvents)responseType {
-    return [super initWithNative:std::make_shared<kivo::IdvResult>(fromText(data),
-                                                                   enumeration<kivo::IdvEvents>(responseType))];
+    return [super
+        initWithNative:std::make_shared<kivo::IdvResult>(fromText(data), enumeration<kivo::IdvEvents>(responseType))];
 }
 
 - (NSString*)data {

@@ -2,9 +2,8 @@
 #import "Native.h"
 #import "Values.h"
 
-#import <kivo/objc/KivoAPIProvider.h>
-
 #include <kivo/KivoAPIProvider.hpp>
+#import <kivo/objc/KivoAPIProvider.h>
 
 using kivo::objc::completion;
 using kivo::objc::enumeration;

@@ -1,8 +1,7 @@
 #import "Values.h"
 
-#import <kivo/objc/KivoDeployment.h>
-
 #include <kivo/Deployment.hpp>
+#import <kivo/objc/KivoDeployment.h>
 
 #include <utility>
 

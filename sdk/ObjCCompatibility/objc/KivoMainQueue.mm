@@ -1,5 +1,4 @@
 #import <kivo/objc/KivoMainQueue.h>
-
 #include <kivo/platform/RunLoop.hpp>
 
 #include <cstdint>
@@ -12,10 +11,7 @@
 + (void)attachToRunLoop:(NSRunLoop*)runLoop {
     const auto descriptor = static_cast<std::intptr_t>(kivo::platform::RunLoop::main()->fileDescriptor());
     KivoMainQueue* const watcher = [[[KivoMainQueue alloc] init] autorelease];
-    [runLoop addEvent:reinterpret_cast<void*>(descriptor)
-                 type:ET_RDESC
-              watcher:watcher
-              forMode:NSDefaultRunLoopMode];
+    [runLoop addEvent:reinterpret_cast<void*>(descriptor) type:ET_RDESC watcher:watcher forMode:NSDefaultRunLoopMode];
 }
 
 - (void)receivedEvent:(void*)data type:(RunLoopEventType)type extra:(void*)extra forMode:(NSString*)mode {

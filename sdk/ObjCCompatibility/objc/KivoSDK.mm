@@ -1,10 +1,9 @@
 #import "Native.h"
 #import "Values.h"
 
-#import <kivo/objc/KivoSDK.h>
-
 #include <kivo/KivoAPIProvider.hpp>
 #include <kivo/KivoSDK.hpp>
+#import <kivo/objc/KivoSDK.h>
 
 using kivo::objc::enumeration;
 using kivo::objc::fromText;

@@ -1,12 +1,11 @@
 #import "Values.h"
 
+#include <kivo/kivo.hpp>
 #import <kivo/objc/AcquisitionConfig.h>
 #import <kivo/objc/AcquisitionObject.h>
 #import <kivo/objc/IdvEvents.h>
 #import <kivo/objc/SDKEnv.h>
 #import <kivo/objc/SdkVersions.h>
-
-#include <kivo/kivo.hpp>
 
 using kivo::objc::enumeration;
 using kivo::objc::fromText;
@@ -31,8 +30,7 @@ using kivo::objc::toText;
 @implementation AcquisitionObjectHelper
 
 + (NSString*)acquisitionObjectNameFrom:(AcquisitionObject)object {
-    return toText(
-        kivo::AcquisitionObjectHelper::acquisitionObjectName(enumeration<kivo::AcquisitionObject>(object)));
+    return toText(kivo::AcquisitionObjectHelper::acquisitionObjectName(enumeration<kivo::AcquisitionObject>(object)));
 }
 
 @end

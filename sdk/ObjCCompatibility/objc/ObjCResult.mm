@@ -1,9 +1,8 @@
 #import "Native.h"
 #import "Values.h"
 
-#import <kivo/objc/ObjCResult.h>
-
 #include <kivo/ObjCResult.hpp>
+#import <kivo/objc/ObjCResult.h>
 
 using kivo::objc::fromText;
 using kivo::objc::toText;

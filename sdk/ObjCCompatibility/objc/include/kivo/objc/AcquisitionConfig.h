@@ -9,12 +9,12 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface AcquisitionConfigKeys : NSObject
 
-@property (class, nonatomic, readonly) NSString *ENVIRONMENT;
-@property (class, nonatomic, readonly) NSString *KIVO_APP_DOCLIST;
-@property (class, nonatomic, readonly) NSString *KIVO_EXPIRE_GRACE;
-@property (class, nonatomic, readonly) NSString *KIVO_FACEMATCH_MIN;
-@property (class, nonatomic, readonly) NSString *KIVO_DOC_ISSUERS;
-@property (class, nonatomic, readonly) NSString *KIVO_IMAGES;
+@property (class, nonatomic, readonly) NSString* ENVIRONMENT;
+@property (class, nonatomic, readonly) NSString* KIVO_APP_DOCLIST;
+@property (class, nonatomic, readonly) NSString* KIVO_EXPIRE_GRACE;
+@property (class, nonatomic, readonly) NSString* KIVO_FACEMATCH_MIN;
+@property (class, nonatomic, readonly) NSString* KIVO_DOC_ISSUERS;
+@property (class, nonatomic, readonly) NSString* KIVO_IMAGES;
 
 @end
 
@@ -23,29 +23,29 @@ __attribute__((visibility("default")))
 /// The identity service defines what the constraint texts mean. A configuration handed to a join is read during that
 /// call; later changes have no effect on the session.
 __attribute__((visibility("default")))
-@interface AcquisitionConfig : KivoObject <NSCoding>
+@interface AcquisitionConfig : KivoObject<NSCoding>
 
 - (instancetype)initWithEnviroment:(SDKEnv)environment
-                  kivo_app_doclist:(NSString *)kivo_app_doclist
-                 kivo_expire_grace:(NSString *)kivo_expire_grace
-                kivo_facematch_min:(NSString *)kivo_facematch_min
-                  kivo_doc_issuers:(NSString *)kivo_doc_issuers
-                       kivo_images:(NSString *)kivo_images;
+                  kivo_app_doclist:(NSString*)kivo_app_doclist
+                 kivo_expire_grace:(NSString*)kivo_expire_grace
+                kivo_facematch_min:(NSString*)kivo_facematch_min
+                  kivo_doc_issuers:(NSString*)kivo_doc_issuers
+                       kivo_images:(NSString*)kivo_images;
 
 /// Reads what a keyed archive holds under the six property names. Nil when one is missing or has another type, or
 /// when the coder is not keyed.
-- (nullable instancetype)initWithCoder:(NSCoder *)coder;
+- (nullable instancetype)initWithCoder:(NSCoder*)coder;
 
 /// The six values under the names of `AcquisitionConfigKeys`, the environment by its name. Empty when `ENVIRONMENT`
 /// holds an integer that is no environment.
-- (NSDictionary<NSString *, id> *)getAsDictionary;
+- (NSDictionary<NSString*, id>*)getAsDictionary;
 
 @property (nonatomic) SDKEnv ENVIRONMENT;
-@property (nonatomic, copy) NSString *KIVO_APP_DOCLIST;
-@property (nonatomic, copy) NSString *KIVO_EXPIRE_GRACE;
-@property (nonatomic, copy) NSString *KIVO_FACEMATCH_MIN;
-@property (nonatomic, copy) NSString *KIVO_DOC_ISSUERS;
-@property (nonatomic, copy) NSString *KIVO_IMAGES;
+@property (nonatomic, copy) NSString* KIVO_APP_DOCLIST;
+@property (nonatomic, copy) NSString* KIVO_EXPIRE_GRACE;
+@property (nonatomic, copy) NSString* KIVO_FACEMATCH_MIN;
+@property (nonatomic, copy) NSString* KIVO_DOC_ISSUERS;
+@property (nonatomic, copy) NSString* KIVO_IMAGES;
 
 @end
 

@@ -21,7 +21,7 @@ __attribute__((visibility("default")))
 @interface AcquisitionObjectHelper : NSObject
 
 /// The name in capitals, such as "NFC_SCAN"; empty for any other integer.
-+ (NSString *)acquisitionObjectNameFrom:(AcquisitionObject)object;
++ (NSString*)acquisitionObjectNameFrom:(AcquisitionObject)object;
 
 @end
 

@@ -22,7 +22,7 @@ __attribute__((visibility("default")))
 @interface IdvEventsHelper : NSObject
 
 /// The event's name, such as "JOIN_SESSION"; empty for any other integer.
-+ (NSString *)eventNameFrom:(IdvEvents)event;
++ (NSString*)eventNameFrom:(IdvEvents)event;
 
 @end
 

@@ -11,10 +11,11 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface IdvResult : KivoObject
 
-- (instancetype)initWithData:(NSString *)data responseType:(IdvEvents)responseType;
+- (instancetype)initWithData:(NSString*)data responseType:(IdvEvents)responseType;
 
-/// The activation code for `IdvEventsSCAN_QR_CODE`, else the session's transaction identifier or what the step supplies.
-@property (nonatomic, copy) NSString *data;
+/// The activation code for `IdvEventsSCAN_QR_CODE`, else the session's transaction identifier or what the step
+/// supplies.
+@property (nonatomic, copy) NSString* data;
 
 @property (nonatomic) IdvEvents responseType;
 

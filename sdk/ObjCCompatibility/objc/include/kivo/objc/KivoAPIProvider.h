@@ -13,7 +13,7 @@ NS_ASSUME_NONNULL_BEGIN
 ///
 /// It is copied when it is handed over and released after the call. It runs inside an autorelease pool of its own;
 /// an exception that leaves it is reported as a diagnostic and goes no further.
-typedef void (^KivoCompletion)(ObjCResult *result);
+typedef void (^KivoCompletion)(ObjCResult* result);
 
 /// One verification session, as an Objective-C host drives it. Made by `KivoSDK`; call it on the main thread.
 ///
@@ -24,32 +24,32 @@ typedef void (^KivoCompletion)(ObjCResult *result);
 __attribute__((visibility("default")))
 @interface KivoAPIProvider : KivoObject {
 @private
-    ThemeCustomization *_sdkTheme;
+    ThemeCustomization* _sdkTheme;
 }
 
 /// The session's theme object as it was when the provider was made. Replacing it here changes nothing there.
-@property (nonatomic, retain, nullable) ThemeCustomization *sdkTheme;
+@property (nonatomic, retain, nullable) ThemeCustomization* sdkTheme;
 
 /// Gives the session another theme; nil for none. Screens already shown keep theirs.
-- (void)setThemeWithTheme:(nullable ThemeCustomization *)theme;
+- (void)setThemeWithTheme:(nullable ThemeCustomization*)theme;
 
 /// The view controller on which screens are presented. Without one, acquire shows nothing.
-- (void)setContextWithViewController:(nullable KivoViewController *)viewController;
+- (void)setContextWithViewController:(nullable KivoViewController*)viewController;
 
 /// Shows the screen that acquires `object`. `response` may be called more than once: a person can deliver a code and
 /// then close the screen. A later acquire replaces it, and it is released then.
 - (void)acquireWithAcquisitionObject:(AcquisitionObject)object
-                              config:(nullable AcquisitionConfig *)config
+                              config:(nullable AcquisitionConfig*)config
                             response:(nullable KivoCompletion)response;
 
 /// Joins the session of an activation code. Succeeds with `IdvEventsJOIN_SESSION` and the transaction identifier; the
 /// session is kept in the keychain and survives the process. Without a config it fails with "INVALID_JOIN_SESSION".
-- (void)joinForCode:(NSString *)code
-             config:(nullable AcquisitionConfig *)config
+- (void)joinForCode:(NSString*)code
+             config:(nullable AcquisitionConfig*)config
            response:(nullable KivoCompletion)response;
 
 /// Reports an action and a message to the session. Succeeds with `IdvEventsUPDATE_SESSION`.
-- (void)updateWithAction:(NSString *)action message:(NSString *)message response:(nullable KivoCompletion)response;
+- (void)updateWithAction:(NSString*)action message:(NSString*)message response:(nullable KivoCompletion)response;
 
 /// Asks for the session's status. Succeeds with `IdvEventsSESSION_STATUS`.
 - (void)statusWithResponse:(nullable KivoCompletion)response;
@@ -62,7 +62,7 @@ __attribute__((visibility("default")))
 
 /// Uploads `data` as evidence of the given kind and counts one attempt. Succeeds with `IdvEventsUPLOAD_DOCUMENT`.
 - (void)uploadWithAcquisitionObject:(AcquisitionObject)acquisitionObject
-                               data:(NSString *)data
+                               data:(NSString*)data
                            response:(nullable KivoCompletion)response;
 
 /// Forgets the joined session. The provider stays usable for another join.

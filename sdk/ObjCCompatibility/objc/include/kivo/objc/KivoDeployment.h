@@ -12,7 +12,7 @@ __attribute__((visibility("default")))
 ///
 /// `joinPages` are the https addresses in the order of `SDKEnv`; a missing one is empty, and joins there fail.
 /// `faceTecProduction` says whether the face scan library runs in production mode.
-+ (void)installJoinPages:(NSArray<NSString *> *)joinPages faceTecProduction:(BOOL)faceTecProduction;
++ (void)installJoinPages:(NSArray<NSString*>*)joinPages faceTecProduction:(BOOL)faceTecProduction;
 
 @end
 

@@ -9,7 +9,7 @@ __attribute__((visibility("default")))
 @interface KivoMainQueue : NSObject
 
 /// Has `runLoop`, the main thread's, run what the library puts on its main queue. Call it once, on the main thread.
-+ (void)attachToRunLoop:(NSRunLoop *)runLoop;
++ (void)attachToRunLoop:(NSRunLoop*)runLoop;
 
 @end
 

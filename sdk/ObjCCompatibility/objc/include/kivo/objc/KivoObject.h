@@ -11,7 +11,7 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface KivoObject : NSObject {
 @private
-    struct KivoNative *_native;
+    struct KivoNative* _native;
 }
 
 /// Raises `NSInvalidArgumentException`, unless the subclass says otherwise.

@@ -15,17 +15,17 @@ __attribute__((visibility("default")))
 ///
 /// All providers of one interface version share one session. `key` becomes part of the device code that a join sends.
 /// Nil, and a line on standard output, for any other version.
-+ (nullable KivoAPIProvider *)loadForProviderWithKey:(NSString *)key version:(NSString *)version;
++ (nullable KivoAPIProvider*)loadForProviderWithKey:(NSString*)key version:(NSString*)version;
 
 /// The threshold of the library's log lines; `LogLevelInfo` by default. It is taken once, with the first line that is
 /// logged: set it before the first load. An integer above `LogLevelError` silences the log.
 @property (class, nonatomic) LogLevel logLevel;
 
 /// The SDK version text, "183" at first. The library itself does not use it.
-@property (class, nonatomic, copy) NSString *VERSION;
+@property (class, nonatomic, copy) NSString* VERSION;
 
 /// The version text of the most recent load, also of one that was rejected; empty at first.
-@property (class, nonatomic, copy) NSString *requestedSDKVersion;
+@property (class, nonatomic, copy) NSString* requestedSDKVersion;
 
 /// Whether screens enforce the session's retry limit; set by every successful join.
 @property (class, nonatomic) BOOL shouldApplyRetryLimit;

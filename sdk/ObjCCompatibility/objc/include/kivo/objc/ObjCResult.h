@@ -15,22 +15,22 @@ typedef NS_ENUM(NSInteger, ObjCResultStatus) {
 __attribute__((visibility("default")))
 @interface ObjCError : KivoObject
 
-- (instancetype)initWithErrorName:(NSString *)errorName
-                          message:(NSString *)message
+- (instancetype)initWithErrorName:(NSString*)errorName
+                          message:(NSString*)message
                              code:(NSInteger)code
-                   genericMessage:(NSString *)genericMessage;
+                   genericMessage:(NSString*)genericMessage;
 
 /// The response code's name, such as "STATUS_INVALID_SESSION".
-@property (nonatomic, copy) NSString *errorName;
+@property (nonatomic, copy) NSString* errorName;
 
 /// A sentence for people.
-@property (nonatomic, copy) NSString *message;
+@property (nonatomic, copy) NSString* message;
 
 /// The response code's number, 1001 to 3020.
 @property (nonatomic) NSInteger code;
 
 /// "Processing error", "Document scan error" or "Face scan error".
-@property (nonatomic, copy) NSString *genericMessage;
+@property (nonatomic, copy) NSString* genericMessage;
 
 @end
 
@@ -38,15 +38,15 @@ __attribute__((visibility("default")))
 __attribute__((visibility("default")))
 @interface ObjCResult : NSObject {
 @private
-    IdvResult *_success;
-    ObjCError *_error;
+    IdvResult* _success;
+    ObjCError* _error;
 }
 
 /// Nil when `success` is nil.
-- (nullable instancetype)initWithSuccess:(IdvResult *)success;
+- (nullable instancetype)initWithSuccess:(IdvResult*)success;
 
 /// Nil when `error` is nil.
-- (nullable instancetype)initWithError:(ObjCError *)error;
+- (nullable instancetype)initWithError:(ObjCError*)error;
 
 - (instancetype)init __attribute__((unavailable("use initWithSuccess: or initWithError:")));
 + (instancetype)new __attribute__((unavailable("use initWithSuccess: or initWithError:")));
@@ -54,10 +54,10 @@ __attribute__((visibility("default")))
 @property (nonatomic, readonly) ObjCResultStatus status;
 
 /// Nil on failure.
-@property (nonatomic, readonly, retain, nullable) IdvResult *success;
+@property (nonatomic, readonly, retain, nullable) IdvResult* success;
 
 /// Nil on success.
-@property (nonatomic, readonly, retain, nullable) ObjCError *error;
+@property (nonatomic, readonly, retain, nullable) ObjCError* error;
 
 @end
 

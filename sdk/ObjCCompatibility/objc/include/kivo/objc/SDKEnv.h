@@ -17,7 +17,7 @@ __attribute__((visibility("default")))
 @interface SDKEnvHelper : NSObject
 
 /// "PROD", "PREPROD", "TEST" or "DEV", as sent in "target-env"; empty for any other integer.
-+ (NSString *)environmentNameFrom:(SDKEnv)environment;
++ (NSString*)environmentNameFrom:(SDKEnv)environment;
 
 @end
 

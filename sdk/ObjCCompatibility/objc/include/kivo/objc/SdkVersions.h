@@ -9,7 +9,7 @@ __attribute__((visibility("default")))
 @interface SdkVersions : NSObject
 
 /// The first two characters of `version`, or "Invalid sdk version!" when it has fewer. Nothing is validated.
-+ (NSString *)getPreciseVersionFromVersion:(NSString *)version;
++ (NSString*)getPreciseVersionFromVersion:(NSString*)version;
 
 @end
 

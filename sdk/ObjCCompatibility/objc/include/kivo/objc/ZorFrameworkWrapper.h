@@ -8,17 +8,17 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface ZorFrameworkWrapper : NSObject {
 @private
-    KivoAPIProvider *_apiProvider;
-    AcquisitionConfig *_config;
+    KivoAPIProvider* _apiProvider;
+    AcquisitionConfig* _config;
 }
 
 /// Loads a provider and keeps it in place of the former one, also when the version is rejected and it is nil.
-- (nullable KivoAPIProvider *)load:(NSString *)key version:(NSString *)version;
+- (nullable KivoAPIProvider*)load:(NSString*)key version:(NSString*)version;
 
-@property (atomic, retain, nullable) KivoAPIProvider *apiProvider;
+@property (atomic, retain, nullable) KivoAPIProvider* apiProvider;
 
 /// A place for the host's configuration; the wrapper never reads it.
-@property (atomic, retain, nullable) AcquisitionConfig *config;
+@property (atomic, retain, nullable) AcquisitionConfig* config;
 
 @end
 

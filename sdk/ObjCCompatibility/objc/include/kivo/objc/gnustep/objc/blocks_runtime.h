@@ -1,7 +1,8 @@
 #pragma once
 
 // GNUstep's headers ask for this name when blocks are on. `libkivo-objc` brings the functions: the copy of a block that
-// libgnustep-base makes is no copy with today's compilers, and Debian's blocks runtime does not retain captured objects.
+// libgnustep-base makes is no copy with today's compilers, and Debian's blocks runtime does not retain captured
+// objects.
 
 #ifdef __cplusplus
 extern "C" {
