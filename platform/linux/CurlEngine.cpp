@@ -2,6 +2,7 @@
 
 #include "linux/BackgroundThread.hpp"
 
+#include <openssl/crypto.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -201,6 +202,8 @@ std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> cal
         const auto error = startBackgroundThread("kivo-network", [engine] {
             ExitGuard::markMemberThread();
             Loop{*engine}.run();
+            // Otherwise OpenSSL tidies up after this thread when it ends, which the exiting process does not wait for.
+            OPENSSL_thread_stop();
             ExitGuard::shared().remove(engine.get());
         });
         if (error) {
