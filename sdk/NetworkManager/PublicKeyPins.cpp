@@ -65,23 +65,22 @@ std::optional<std::string> pinFault(std::string_view text) {
 PinList pinListIn(const platform::PropertyValue& root) {
     const auto* const entries = root.list();
     if (entries == nullptr) {
-        return {.pins = {}, .faults = {"its root is not an array"}};
+        return {.faults = {"its root is not an array"}};
     }
-    PinList list;
-    bool isText = true;
+    PinList list{.isArrayOfText = true};
     for (std::size_t i = 0; i < entries->size(); ++i) {
         const auto* const text = (*entries)[i].text();
         const auto fault = text != nullptr ? pinFault(*text) : "is not text, and so the whole list counts for nothing";
         if (fault) {
             list.faults.push_back("entry " + std::to_string(i + 1) + " " + *fault);
         }
-        isText = isText && text != nullptr;
+        list.isArrayOfText = list.isArrayOfText && text != nullptr;
         list.pins.push_back(text != nullptr ? *text : "");
     }
     if (list.pins.empty()) {
         list.faults.emplace_back("it is empty");
     }
-    if (!isText) {
+    if (!list.isArrayOfText) {
         list.pins.clear();
     }
     return list;
@@ -91,9 +90,8 @@ PinList readPinList(const platform::Bundle& bundle) {
     if (const auto root = bundle.propertyList(pinsResource)) {
         return pinListIn(*root);
     }
-    return {.pins = {},
-            .faults = {bundle.pathForResource(pinsResource, "plist") ? "it cannot be read as a property list"
-                                                                     : "it is missing from the host's main bundle"}};
+    const bool isThere = bundle.pathForResource(pinsResource, "plist").has_value();
+    return {.faults = {isThere ? "it cannot be read as a property list" : "it is missing from the host's main bundle"}};
 }
 
 bool isPinned(const platform::Trust& trust, const platform::Bundle& bundle, const std::vector<platform::Data>& chain) {

@@ -27,10 +27,11 @@ std::optional<std::string> pinFault(std::string_view text);
 
 /// The pins a host allows, as its list says at the moment of reading.
 struct PinList {
-    /// Empty also for a list that cannot be read: then no server is the right one.
-    std::vector<std::string> pins;
+    /// Empty also for what is no array of text: then no server is the right one.
+    std::vector<std::string> pins{};
+    bool isArrayOfText = false;
     /// What is wrong with the list, each a clause of its own, such as "entry 2 is not base64".
-    std::vector<std::string> faults;
+    std::vector<std::string> faults{};
 };
 
 /// The list in a property list: its root is an array of text, or it lists nothing.

@@ -177,7 +177,8 @@ TEST_F(Pinning, WithoutAListTheSystemDecides) {
 TEST_F(Pinning, AChainEndsWhereNobodySigned) {
     const CertificateAuthority pinned;
     const auto genuine = pinned.issue({});
-    const auto foreign = CertificateAuthority{}.issue({});
+    // On the same type of key as the pinned authority, so that nothing but the signature tells them apart.
+    const auto foreign = CertificateAuthority{}.issue({.keyType = KeyType::ec256});
     const auto intermediate = test::certificatesIn(genuine.chain).at(1);
     const auto foreignParts = test::certificatesIn(foreign.chain);
     const auto forged = test::forgedLeaf(intermediate, foreign.privateKey);
