@@ -12,13 +12,13 @@
 namespace kivo::platform {
 namespace {
 
-// A certificate's time is never after 9999, whatever it says.
+// Counted in seconds from the start: the system clock's own finer count ends in 2262, and certificates go on to 9999.
 std::optional<std::chrono::sys_seconds> timeOf(const ASN1_TIME* time) {
     std::tm parts{};
     if (ASN1_TIME_to_tm(time, &parts) != 1) {
         return std::nullopt;
     }
-    return std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::from_time_t(::timegm(&parts)));
+    return std::chrono::sys_seconds{std::chrono::seconds{::timegm(&parts)}};
 }
 
 bool namesHost(X509& certificate, const std::string& host) {

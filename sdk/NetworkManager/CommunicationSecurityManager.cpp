@@ -74,13 +74,14 @@ void CommunicationSecurityManager::didReceiveChallenge(
     }
     const auto& trust = *platform::services().trust;
     const auto bundle = platform::services().bundles->main();
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     const bool isAccepted = isPinned(trust, *bundle, serverTrust->chain);
     log::debug(function, "\n - - - - - - - - - - SSL PINNNING  - - - - - - - - - - \n");
     log::debug(function, isAccepted ? "SUCCESS" : "FAILED");
     log::debug(function, "\n - - - - - - - - - - - -  END - - - - - - - -  - - - - \n");
     if (!isAccepted) {
         log::error(function, [&] { return mismatchReport(trust, *bundle, *serverTrust); });
-    } else if (const auto remark = leafRemark(trust, *serverTrust, std::chrono::system_clock::now())) {
+    } else if (const auto remark = leafRemark(trust, *serverTrust, now)) {
         log::line(LogLevel::warning, function, [&] {
             return "The pin lets " + serverTrust->host + " through although its certificate " + *remark + ".";
         });

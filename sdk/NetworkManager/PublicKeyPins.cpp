@@ -97,8 +97,11 @@ PinList readPinList(const platform::Bundle& bundle) {
 bool isPinned(const platform::Trust& trust, const platform::Bundle& bundle, const std::vector<platform::Data>& chain) {
     return std::ranges::any_of(chain, [&](const auto& certificate) {
         const auto pin = certificatePin(trust, certificate);
+        if (!pin) {
+            return false;
+        }
         const auto allowed = readPinList(bundle).pins;
-        return pin && std::ranges::find(allowed, *pin) != allowed.end();
+        return std::ranges::find(allowed, *pin) != allowed.end();
     });
 }
 
@@ -126,7 +129,7 @@ std::string mismatchReport(const platform::Trust& trust, const platform::Bundle&
 }
 
 std::optional<std::string> leafRemark(const platform::Trust& trust, const platform::ServerTrust& server,
-                                      std::chrono::system_clock::time_point now) {
+                                      std::chrono::sys_seconds now) {
     const auto validity = server.chain.empty() ? std::nullopt : trust.validity(server.chain.front(), server.host);
     if (!validity) {
         return std::nullopt;

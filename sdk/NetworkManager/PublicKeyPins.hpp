@@ -49,6 +49,6 @@ std::string mismatchReport(const platform::Trust& trust, const platform::Bundle&
 /// What an evaluation would hold against the server's leaf, in words that follow "its certificate"; absent when there
 /// is nothing.
 std::optional<std::string> leafRemark(const platform::Trust& trust, const platform::ServerTrust& server,
-                                      std::chrono::system_clock::time_point now);
+                                      std::chrono::sys_seconds now);
 
 } // namespace kivo

@@ -15,11 +15,11 @@ using namespace std::chrono_literals;
 using simulator::CertificateAuthority;
 using simulator::KeyType;
 
-std::string certificateOn(EVP_PKEY* key) {
+std::string certificateOn(EVP_PKEY* key, const char* lastSecond = "20300101000000Z") {
     const X509Pointer certificate{X509_new()};
     X509_set_pubkey(certificate.get(), key);
     X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
-    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 60);
+    ASN1_TIME_set_string(X509_getm_notAfter(certificate.get()), lastSecond);
     X509_sign(certificate.get(), key, EVP_PKEY_is_a(key, "ED25519") == 1 ? nullptr : EVP_sha256());
     return derOf(certificate.get(), i2d_X509);
 }
@@ -66,6 +66,9 @@ TEST(OpenSslTrust, KnowsForWhomAndHowLongACertificateIs) {
     }
     const auto validity = trust->validity(der, "a.example");
     EXPECT_EQ(validity->notAfter - validity->notBefore, 24h * 91);
+    const KeyPointer key{EVP_EC_gen("P-256")};
+    constexpr std::chrono::sys_days lastDay = 9999y / 12 / 31;
+    EXPECT_EQ(trust->validity(certificateOn(key.get(), "99991231235959Z"), "")->notAfter, lastDay + 24h - 1s);
     EXPECT_FALSE(trust->validity("no certificate", "a.example"));
 }
 

@@ -24,7 +24,8 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
         }
         if (target != nullptr) {
             const auto& name = *argument;
-            if (++argument == arguments.end() || argument->empty()) {
+            ++argument;
+            if (argument == arguments.end() || argument->empty()) {
                 return std::unexpected{name + " needs " + (name == "--only" ? "leaf or intermediate" : "a FILE.plist")};
             }
             *target = *argument;

@@ -60,7 +60,7 @@ std::string dateOf(std::chrono::sys_seconds time) {
     return text.data();
 }
 
-std::string fromNow(std::chrono::sys_seconds time, std::chrono::system_clock::time_point now) {
+std::string fromNow(std::chrono::sys_seconds time, std::chrono::sys_seconds now) {
     const auto days = std::chrono::floor<std::chrono::days>(time - now).count();
     if (days == 0) {
         return "within a day";
@@ -91,7 +91,7 @@ PublicKey describe(X509& certificate) {
     return description;
 }
 
-std::string text(const PublicKey& key, std::chrono::system_clock::time_point now) {
+std::string text(const PublicKey& key, std::chrono::sys_seconds now) {
     auto lines = "  " + key.kind + (key.subject.empty() ? " without a certificate" : "  " + key.subject) + "\n";
     const auto add = [&](const std::string& name, const std::string& value) {
         lines.append("    ").append(name).append(10 - name.size(), ' ').append(value).append("\n");

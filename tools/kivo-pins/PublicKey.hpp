@@ -26,6 +26,6 @@ PublicKey describe(X509& certificate);
 PublicKey describe(const EVP_PKEY& key);
 
 /// The lines about a key, indented.
-std::string text(const PublicKey& key, std::chrono::system_clock::time_point now);
+std::string text(const PublicKey& key, std::chrono::sys_seconds now);
 
 } // namespace pins

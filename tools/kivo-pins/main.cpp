@@ -24,9 +24,7 @@ ExitStatus complain(const std::string& text, ExitStatus status = cannotGoOn) {
 }
 
 void complainOf(const std::string& file, const std::vector<std::string>& faults) {
-    for (const auto& fault : faults) {
-        complain(file + ": " + fault);
-    }
+    std::ranges::for_each(faults, [&](const auto& fault) { complain(file + ": " + fault); });
 }
 
 std::string counted(std::size_t number, const std::string& what) {
@@ -39,6 +37,7 @@ bool isIn(const std::vector<std::string>& list, const std::string& pin) {
 
 /// Prints the wanted keys of all sources and collects their pins.
 ExitStatus collect(const pins::Options& options, std::vector<std::string>& found) {
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     for (const auto& source : options.sources) {
         const auto keys = pins::keysOf(source);
         if (!keys) {
@@ -47,7 +46,7 @@ ExitStatus collect(const pins::Options& options, std::vector<std::string>& found
         say(source + "\n");
         for (const auto& key : *keys) {
             if (options.only.empty() || options.only == key.kind) {
-                say(text(key, std::chrono::system_clock::now()));
+                say(text(key, now));
                 if (key.pin && !isIn(found, *key.pin)) {
                     found.push_back(*key.pin);
                 }
