@@ -15,7 +15,7 @@ endif()
 
 if(KIVO_TOOLS)
   set_target_properties(kivo-demo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-  install(TARGETS kivo-demo)
+  install(TARGETS kivo-demo kivo-pins)
 endif()
 
 configure_package_config_file(cmake/KivoConfig.cmake.in ${CMAKE_BINARY_DIR}/KivoConfig.cmake

@@ -60,6 +60,12 @@ bool isLetterOrDigit(char character) {
            (character >= '0' && character <= '9');
 }
 
+// What cannot be looked at is there: a resource that only fails to be read must not pass for one that is missing.
+bool isThere(const fs::path& path) {
+    std::error_code ignored;
+    return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
+}
+
 void appendMissing(std::vector<std::string>& names, const std::vector<std::string>& more) {
     for (const auto& name : more) {
         if (std::ranges::find(names, name) == names.end()) {
@@ -113,14 +119,13 @@ std::optional<fs::path> FolderBundle::pathForResource(std::string_view name, std
     if (name.empty() || !staysInFolder(file)) {
         return std::nullopt;
     }
-    std::error_code error;
     auto path = folder_ / file;
-    if (fs::exists(path, error)) {
+    if (isThere(path)) {
         return path;
     }
     for (const auto& language : contents().languages) {
         path = folder_ / (language + ".lproj") / file;
-        if (fs::exists(path, error)) {
+        if (isThere(path)) {
             return path;
         }
     }

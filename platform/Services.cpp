@@ -20,6 +20,7 @@ void overlay(Services& base, Services services) {
     };
     take(base.mainQueue, services.mainQueue);
     take(base.urlSessions, services.urlSessions);
+    take(base.trust, services.trust);
     take(base.keychain, services.keychain);
     take(base.reachability, services.reachability);
     take(base.bundles, services.bundles);

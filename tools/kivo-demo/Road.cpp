@@ -102,7 +102,7 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
         std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face");
     const auto image = std::string(std::size_t{48} * 1024, 'A');
 
-    Walker walker{service, report, !options.faults.empty()};
+    Walker walker{service, report, !options.isSmooth()};
     walker.step("join with a wrong code", "STATUS_INVALID_ACTIVATION_CODE",
                 [&](auto response) { session->join("000000", config, response); });
     walker.step("join", "JOIN_SESSION", [&](auto response) { session->join("123456", config, response); });

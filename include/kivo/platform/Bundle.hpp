@@ -49,7 +49,7 @@ public:
     /// A text of the information dictionary; absent when missing or not text.
     virtual std::optional<std::string> infoText(std::string_view key) const = 0;
 
-    /// Where the resource `name`.`type` lies; absent when the bundle has none.
+    /// Where the resource `name`.`type` lies; absent when the bundle has none. One that cannot be read is there.
     virtual std::optional<std::filesystem::path> pathForResource(std::string_view name,
                                                                  std::string_view type) const = 0;
 

@@ -6,6 +6,7 @@
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/ReachabilityService.hpp>
+#include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/Workspace.hpp>
 
@@ -18,6 +19,7 @@ namespace kivo::platform {
 struct Services {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;
+    std::shared_ptr<Trust> trust;
     std::shared_ptr<Keychain> keychain;
     std::shared_ptr<ReachabilityService> reachability;
     std::shared_ptr<Bundles> bundles;
