@@ -24,6 +24,7 @@ void overlay(Services& base, Services services) {
     take(base.device, services.device);
     take(base.workspace, services.workspace);
     take(base.diagnostics, services.diagnostics);
+    take(base.fonts, services.fonts);
 }
 
 } // namespace

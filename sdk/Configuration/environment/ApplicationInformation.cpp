@@ -2,10 +2,10 @@
 
 #include "Configuration/environment/SdkBundle.hpp"
 #include "Configuration/logging/Log.hpp"
-#include "Models/Text.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/Text.hpp>
 
 #include <algorithm>
 #include <array>
