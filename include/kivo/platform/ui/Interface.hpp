@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 
 namespace kivo::platform {
 
@@ -24,7 +25,7 @@ public:
     /// Fills `slot` with the view of that outlet.
     template <class T>
     void outlet(std::string_view name, std::shared_ptr<T>& slot) {
-        connectView(name, [&slot](const std::shared_ptr<View>& view) {
+        connectView(name, typeid(T), [&slot](const std::shared_ptr<View>& view) {
             slot = std::dynamic_pointer_cast<T>(view);
             return slot != nullptr;
         });
@@ -32,11 +33,13 @@ public:
 
     void outlet(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) { connectConstraint(name, slot); }
 
-    /// Names a method that controls of the scene can call. It must not hold the screen strongly: capture `this`.
+    /// Names a method that controls of the scene can call. It is not called once the screen is gone; capture `this`,
+    /// never the screen's shared pointer.
     virtual void action(std::string_view name, Action action) = 0;
 
 protected:
-    virtual void connectView(std::string_view name, const std::function<bool(const std::shared_ptr<View>&)>& take) = 0;
+    virtual void connectView(std::string_view name, const std::type_info& wanted,
+                             const std::function<bool(const std::shared_ptr<View>&)>& take) = 0;
     virtual void connectConstraint(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) = 0;
 };
 

@@ -20,8 +20,8 @@ public:
     using Factory = std::function<std::shared_ptr<ViewController>()>;
     using ViewFactory = std::function<std::shared_ptr<View>()>;
 
-    /// Reads and checks the file. The error names file, scene and what does not fit, for the person who lays out
-    /// screens.
+    /// Reads and checks the file; its classes must be registered by then. The error is one sentence for the person who
+    /// lays out screens: file, scene, view, what does not fit and what to do.
     static std::expected<std::shared_ptr<Storyboard>, std::string> open(std::string_view name,
                                                                         const std::shared_ptr<Bundle>& bundle);
 
