@@ -16,6 +16,7 @@ endif()
 if(KIVO_TOOLS)
   set_target_properties(kivo-demo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS kivo-demo)
+  install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kivo-demo.bundle DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
 set(KIVO_INSTALLED_BUNDLE ${CMAKE_INSTALL_DATADIR}/kivo/ZORFramework.bundle)
