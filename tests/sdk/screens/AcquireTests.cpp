@@ -1,6 +1,6 @@
 #include "FolderBundles.hpp"
 #include "impl/SessionAPI.hpp"
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 #include "support/ScriptedBackend.hpp"
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@ using platform::TextField;
 using platform::ViewController;
 using test::Keys;
 
-class Acquire : public test::ScreenFixture {
+class Acquire : public test::HostScreenFixture {
 protected:
     using Outcomes = std::vector<IdvOutcome>;
 

@@ -1,7 +1,7 @@
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "support/HeardFromCodeScreen.hpp"
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 
 #include <kivo/ui/LayerStyle.hpp>
 
@@ -26,7 +26,7 @@ using Texts = std::vector<std::string>;
 const Color active = Color::white(0.25);
 const Color inactive = Color::white(0.75);
 
-class ActivationCodeScreen : public test::ScreenFixture {
+class ActivationCodeScreen : public test::HostScreenFixture {
 protected:
     std::shared_ptr<QRCodeVC> make(const std::shared_ptr<ThemeCustomization>& theme) {
         auto screen = makeScreen<QRCodeVC>("QRCodeVC");

@@ -1,5 +1,5 @@
 #include "services/acquisition/facemap/facetec/FinalStatusVC.hpp"
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 
 namespace kivo {
 namespace {
@@ -16,7 +16,7 @@ struct Farewells final : FinalStatusVCDelegate {
     void finalStatusDidDisappear() override { ++count; }
 };
 
-class FinalStatusScreen : public test::ScreenFixture {
+class FinalStatusScreen : public test::HostScreenFixture {
 protected:
     std::shared_ptr<FinalStatusVC> presented(const std::shared_ptr<ThemeCustomization>& theme) {
         auto screen = makeScreen<FinalStatusVC>("FinalStatusVC");

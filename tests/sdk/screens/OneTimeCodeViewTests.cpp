@@ -1,5 +1,5 @@
 #include "services/acquisition/qr/inhouse/LuOTPView.hpp"
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 
 #include <vector>
 
@@ -12,7 +12,7 @@ using Texts = std::vector<std::string>;
 
 constexpr Color darkBlue{.red = 0, .green = 39.0 / 255, .blue = 118.0 / 255};
 
-class OneTimeCodeView : public test::ScreenFixture {
+class OneTimeCodeView : public test::HostScreenFixture {
 protected:
     using Configure = std::function<void(LuOTPView&)>;
 

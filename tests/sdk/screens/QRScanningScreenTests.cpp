@@ -1,5 +1,5 @@
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
@@ -30,7 +30,7 @@ struct FakeCapture final : platform::CaptureSession {
     void stopRunning() override { running = false; }
 };
 
-class QRScanningScreen : public test::ScreenFixture {
+class QRScanningScreen : public test::HostScreenFixture {
 protected:
     std::shared_ptr<QRCodeScannerVC> shown() {
         auto screen = makeScreen<QRCodeScannerVC>("QRCodeScannerVC");

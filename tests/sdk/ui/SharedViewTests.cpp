@@ -1,4 +1,4 @@
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 #include "ui/ActivityOverlay.hpp"
 #include "ui/Alerts.hpp"
 #include "ui/CloseConfirmation.hpp"
@@ -26,7 +26,7 @@ using platform::TextField;
 using platform::View;
 using platform::ViewController;
 
-using SharedViews = test::ScreenFixture;
+using SharedViews = test::HostScreenFixture;
 
 TEST_F(SharedViews, RoundCornersClipExactlyWhenThereIsARadius) {
     View view;

@@ -1,4 +1,4 @@
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 
 #include <kivo/ui/LayerStyle.hpp>
 
@@ -13,7 +13,7 @@ using platform::LayoutConstraint;
 
 constexpr Color green{.red = 0, .green = 0.5, .blue = 0};
 
-using Theme = test::ScreenFixture;
+using Theme = test::HostScreenFixture;
 
 TEST_F(Theme, HasItsDefaultsWhereTheHostHasNoColoursAndNoFonts) {
     const ThemeCustomization theme;

@@ -1,4 +1,4 @@
-#include "support/ScreenFixture.hpp"
+#include "support/HostScreenFixture.hpp"
 
 #include "Configuration/environment/SdkBundle.hpp"
 #include "services/acquisition/Screens.hpp"
@@ -16,7 +16,7 @@ platform::Size ChosenFonts::measure(std::string_view text, std::string_view /*na
     return {.width = std::min(width, widthLimit), .height = lines * pointSize * 1.2};
 }
 
-ScreenFixture::ScreenFixture() {
+HostScreenFixture::HostScreenFixture() {
     auto services = platform::linuxServices(
         {.mainBundle = folder.path() / "Host.bundle", .dataFolder = folder.path() / "data", .trustedCertificates = {}});
     services.mainQueue = mainLoop;
@@ -29,7 +29,7 @@ ScreenFixture::ScreenFixture() {
     settle();
 }
 
-void ScreenFixture::addColor(const std::string& name, const platform::Color& color) const {
+void HostScreenFixture::addColor(const std::string& name, const platform::Color& color) const {
     const auto component = [](double value) { return '"' + std::to_string(value) + '"'; };
     folder.write("Host.bundle/Host.xcassets/" + name + ".colorset/Contents.json",
                  R"({"colors":[{"idiom":"universal","color":{"color-space":"srgb","components":{"red":)" +
@@ -37,7 +37,7 @@ void ScreenFixture::addColor(const std::string& name, const platform::Color& col
                      component(color.blue) + R"(,"alpha":)" + component(color.alpha) + "}}}]}");
 }
 
-std::shared_ptr<platform::ViewController> ScreenFixture::instantiate(std::string_view identifier) {
+std::shared_ptr<platform::ViewController> HostScreenFixture::instantiate(std::string_view identifier) {
     const auto storyboard = platform::Storyboard::open("ZORFramework", sdkBundle());
     if (!storyboard) {
         ADD_FAILURE() << storyboard.error();
@@ -51,12 +51,12 @@ std::shared_ptr<platform::ViewController> ScreenFixture::instantiate(std::string
     return std::move(*screen);
 }
 
-void ScreenFixture::push(const std::shared_ptr<platform::ViewController>& screen) {
+void HostScreenFixture::push(const std::shared_ptr<platform::ViewController>& screen) {
     navigation->pushViewController(screen, /*animated=*/true);
     settle();
 }
 
-void ScreenFixture::pop() {
+void HostScreenFixture::pop() {
     navigation->popViewController(/*animated=*/true);
     settle();
 }
