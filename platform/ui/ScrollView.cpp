@@ -35,9 +35,8 @@ void ScrollView::layoutSubviews() {
     const auto [width, height] = frame().size;
     contentSize_ = {width, std::max(sizeThatFits(width).height, height)};
     contentOffset_ = std::clamp(contentOffset_, 0.0, contentSize_.height - height);
-    // By index: a layout may add views.
-    for (std::size_t i = 0; i < subviews().size(); ++i) {
-        place(*subviews()[i], {.origin = {0, -contentOffset_}, .size = contentSize_});
+    for (const auto& subview : subviews()) {
+        place(*subview, {.origin = {0, -contentOffset_}, .size = contentSize_});
     }
 }
 

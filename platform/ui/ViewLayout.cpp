@@ -109,9 +109,9 @@ void View::layoutTree() {
         layoutSubviews();
     }
     bool isPending = needsLayout_;
-    // By index: a layout may add views.
-    for (std::size_t i = 0; i < subviews_.size(); ++i) {
-        const auto subview = subviews_[i];
+    // A copy: a layout may add views, which the next pass then places.
+    const auto subviews = subviews_;
+    for (const auto& subview : subviews) {
         if (subview->layoutIsPending_) {
             subview->layoutTree();
             isPending = isPending || subview->layoutIsPending_;
@@ -122,9 +122,8 @@ void View::layoutTree() {
 
 void View::layoutSubviews() {
     const auto safe = inset(bounds(), safeAreaInsets_);
-    for (std::size_t i = 0; i < subviews_.size(); ++i) {
-        auto& subview = *subviews_[i];
-        place(subview, subview.placement_.ignoresSafeArea ? bounds() : safe);
+    for (const auto& subview : subviews_) {
+        place(*subview, subview->placement_.ignoresSafeArea ? bounds() : safe);
     }
 }
 
@@ -162,15 +161,14 @@ Size View::fittingSize(double widthLimit) {
 
 Size View::sizeThatFits(double widthLimit) {
     Size needed;
-    for (std::size_t i = 0; i < subviews_.size(); ++i) {
-        auto& subview = *subviews_[i];
-        if (subview.isHidden_) {
+    for (const auto& subview : subviews_) {
+        if (subview->isHidden_) {
             continue;
         }
-        const auto across = horizontal(subview.placement_);
-        const auto fit = subview.fittingSize(std::max(widthLimit - across.margins(), 0.0));
+        const auto across = horizontal(subview->placement_);
+        const auto fit = subview->fittingSize(std::max(widthLimit - across.margins(), 0.0));
         needed.width = std::max(needed.width, across.extent(fit.width));
-        needed.height = std::max(needed.height, vertical(subview.placement_).extent(fit.height));
+        needed.height = std::max(needed.height, vertical(subview->placement_).extent(fit.height));
     }
     return needed;
 }

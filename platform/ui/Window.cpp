@@ -5,6 +5,7 @@
 #include <kivo/platform/ui/Window.hpp>
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace kivo::platform {
@@ -27,9 +28,8 @@ std::shared_ptr<View> viewAt(Point point, const std::shared_ptr<View>& view) {
         return nullptr;
     }
     const Point inside{point.x - view->frame().left(), point.y - view->frame().top()};
-    const auto& subviews = view->subviews();
-    for (auto subview = subviews.rbegin(); subview != subviews.rend(); ++subview) {
-        if (auto found = viewAt(inside, *subview)) {
+    for (const auto& subview : std::views::reverse(view->subviews())) {
+        if (auto found = viewAt(inside, subview)) {
             return found;
         }
     }

@@ -13,9 +13,9 @@ constexpr double largestFont = 500;
 
 std::optional<Color> hexColor(std::string_view digits) {
     std::uint32_t value = 0;
-    const auto end = digits.data() + digits.size();
-    const auto read = std::from_chars(digits.data(), end, value, 16);
-    if ((digits.size() != 6 && digits.size() != 8) || read.ec != std::errc{} || read.ptr != end) {
+    const auto* const begin = digits.begin();
+    const auto read = std::from_chars(begin, digits.end(), value, 16);
+    if ((digits.size() != 6 && digits.size() != 8) || read.ec != std::errc{} || read.ptr != digits.end()) {
         return std::nullopt;
     }
     if (digits.size() == 6) {
@@ -58,7 +58,7 @@ bool Value::flag() const {
 
 double Value::number(double least, double most) const {
     const auto value = json.is_number() ? json.get<double>() : most + 1;
-    if (!(value >= least && value <= most)) {
+    if (value < least || value > most) {
         where.fail("this must be a number from " + nlohmann::json(least).dump() + " to " + nlohmann::json(most).dump() +
                    ".");
     }
