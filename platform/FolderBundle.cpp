@@ -96,6 +96,7 @@ std::vector<std::string> languageFolders(std::string_view locale) {
 FolderBundle::FolderBundle(fs::path folder, Presence presence, std::vector<std::string> languages,
                            std::shared_ptr<Diagnostics> diagnostics)
     : folder_{std::move(folder)}
+    , catalogue_{folder_}
     , presence_{presence}
     , personLanguages_{std::move(languages)}
     , diagnostics_{std::move(diagnostics)} {}
@@ -180,6 +181,22 @@ std::string FolderBundle::localizedString(std::string_view key, std::string_view
     }
     std::ranges::for_each(problems, [this](const auto& problem) { reportOnce(problem); });
     return text;
+}
+
+std::optional<Color> FolderBundle::color(std::string_view name) const {
+    const auto color = catalogue_.color(name);
+    if (!color) {
+        reportOnce(color.error() + "; correct the colour.");
+    }
+    return color.value_or(std::nullopt);
+}
+
+std::shared_ptr<const Image> FolderBundle::image(std::string_view name) const {
+    const auto image = catalogue_.image(name);
+    if (!image) {
+        reportOnce(image.error() + "; correct the image.");
+    }
+    return image.value_or(nullptr);
 }
 
 const FolderBundle::Contents& FolderBundle::contents() const {

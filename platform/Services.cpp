@@ -27,6 +27,7 @@ void overlay(Services& base, Services services) {
     take(base.device, services.device);
     take(base.workspace, services.workspace);
     take(base.diagnostics, services.diagnostics);
+    take(base.fonts, services.fonts);
 }
 
 /// Puts a set in force. Former sets stay, never to be destroyed: another thread may be reading one.

@@ -4,7 +4,7 @@
 #include <kivo/AcquisitionObject.hpp>
 #include <kivo/IdvResult.hpp>
 #include <kivo/ThemeCustomization.hpp>
-#include <kivo/platform/ViewController.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
 
 #include <memory>
 #include <string>

@@ -2,6 +2,7 @@
 #include "linux/CurlUrlSession.hpp"
 #include "linux/DataFolder.hpp"
 #include "linux/DesktopWorkspace.hpp"
+#include "linux/FontconfigFonts.hpp"
 #include "linux/LinuxDevice.hpp"
 #include "linux/NetlinkReachability.hpp"
 #include "linux/OpenSslTrust.hpp"
@@ -40,6 +41,7 @@ Services linuxServices(const LinuxOptions& options) {
     services.reachability = makeNetlinkReachability();
     services.device = makeLinuxDevice(dataFolder, services.diagnostics);
     services.workspace = makeDesktopWorkspace();
+    services.fonts = makeFontconfigFonts();
     return services;
 }
 

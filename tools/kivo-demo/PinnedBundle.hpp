@@ -22,7 +22,7 @@ inline constexpr std::array pinChoices{
     PinChoice{"empty", "no pin"},
 };
 
-/// Makes a host's bundle whose only resource is its list of pins, and gives the folder.
+/// Copies the demo's own bundle, adds a list of pins, and gives the folder.
 std::filesystem::path makePinnedBundle(const std::filesystem::path& below, const std::string& choice,
                                        const kivo::simulator::IdentityService& service);
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <kivo/Export.hpp>
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Image.hpp>
 
 #include <cstdint>
 #include <filesystem>
@@ -58,6 +60,12 @@ public:
 
     /// The text for `key` in `table`.strings of the person's language, else of the development language, else `key`.
     virtual std::string localizedString(std::string_view key, std::string_view table = "Localizable") const = 0;
+
+    /// A named colour of the asset catalogue; absent when missing or malformed (a diagnostic tells which).
+    virtual std::optional<Color> color(std::string_view /*name*/) const { return std::nullopt; }
+
+    /// A named image of the asset catalogue; null when missing or malformed (a diagnostic tells which).
+    virtual std::shared_ptr<const Image> image(std::string_view /*name*/) const { return nullptr; }
 };
 
 /// Finds bundles.

@@ -9,6 +9,7 @@
 #include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/Workspace.hpp>
+#include <kivo/platform/ui/Fonts.hpp>
 
 #include <filesystem>
 #include <memory>
@@ -26,6 +27,7 @@ struct Services {
     std::shared_ptr<Device> device;
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
+    std::shared_ptr<Fonts> fonts;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,

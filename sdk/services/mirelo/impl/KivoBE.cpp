@@ -4,13 +4,13 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
-#include "Models/Text.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/Text.hpp>
 
 #include <nlohmann/json.hpp>
 
