@@ -71,8 +71,8 @@ TEST_F(Acquire, ShowsNothingWithoutAContextOrWithoutAScreen) {
     const auto api = make();
     api->acquire(AcquisitionObject::activationCode, nullptr, keep());
     api->setContext(host);
-    for (const auto object : {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage,
-                              AcquisitionObject::documentBackImage, static_cast<AcquisitionObject>(99)}) {
+    for (const auto object :
+         {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage, AcquisitionObject::documentBackImage}) {
         api->acquire(object, nullptr, keep());
     }
     settle();
