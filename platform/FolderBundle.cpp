@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
 
 std::string quoted(const fs::path& path) {
-    return "\"" + path.string() + "\"";
+    return std::string{"\""}.append(path.string()).append("\"");
 }
 
 /// The file's bytes, nothing when there is no such file, or the reason why it cannot be read.

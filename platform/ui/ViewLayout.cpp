@@ -151,7 +151,7 @@ Size View::fittingSize(double widthLimit) {
     }
     auto size = placement_.width && placement_.height ? Size{} : sizeThatFits(limit);
     size.width = placement_.width.value_or(size.width);
-    size.height = placement_.height.value_or(size.height);
+    size.height = placement_.height.value_or(std::max(size.height, placement_.minimumHeight.value_or(0)));
     if (fits_.size() == rememberedFits) {
         fits_.clear();
     }

@@ -19,7 +19,7 @@ constexpr auto clockStep = 10ms;
 constexpr int mostDrains = 100;
 
 std::string inQuotes(std::string_view text) {
-    return "\"" + std::string{text} + "\"";
+    return std::string{"\""}.append(text).append("\"");
 }
 
 /// Calls `visit` for each visible view of the tree, from the root down.

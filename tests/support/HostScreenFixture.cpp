@@ -1,6 +1,7 @@
 #include "support/HostScreenFixture.hpp"
 
 #include "Configuration/environment/SdkBundle.hpp"
+#include "FolderBundles.hpp"
 #include "services/acquisition/Screens.hpp"
 
 #include <algorithm>
@@ -16,11 +17,15 @@ platform::Size ChosenFonts::measure(std::string_view text, std::string_view /*na
     return {.width = std::min(width, widthLimit), .height = lines * pointSize * 1.2};
 }
 
-HostScreenFixture::HostScreenFixture() {
+HostScreenFixture::HostScreenFixture(SdkBundle sdkBundle) {
     auto services = platform::linuxServices(
         {.mainBundle = folder.path() / "Host.bundle", .dataFolder = folder.path() / "data", .trustedCertificates = {}});
     services.mainQueue = mainLoop;
     services.fonts = fonts;
+    if (sdkBundle == SdkBundle::ofTheTest) {
+        services.bundles = platform::makeFolderBundles(folder.path() / "Host.bundle", folder.path() / "Sdk.bundle",
+                                                       services.diagnostics);
+    }
     platform::install(services);
     registerScreens();
     navigation = std::make_shared<platform::NavigationController>(host);

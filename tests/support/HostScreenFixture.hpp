@@ -32,7 +32,10 @@ public:
 /// bundle that the test fills, and time that stands still.
 class HostScreenFixture : public ::testing::Test {
 protected:
-    HostScreenFixture();
+    /// The SDK's resources, or the folder "Sdk.bundle" that the test fills.
+    enum class SdkBundle { shipped, ofTheTest };
+
+    explicit HostScreenFixture(SdkBundle sdkBundle = SdkBundle::shipped);
 
     /// Puts a colour into the host's asset catalogue. Colours are read once: name them before the first screen.
     void addColor(const std::string& name, const platform::Color& color) const;

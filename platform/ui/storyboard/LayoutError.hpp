@@ -28,7 +28,7 @@ private:
 };
 
 inline std::string inQuotes(std::string_view text) {
-    return "\"" + std::string{text} + "\"";
+    return std::string{"\""}.append(text).append("\"");
 }
 
 } // namespace kivo::platform::storyboard

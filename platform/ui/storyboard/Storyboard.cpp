@@ -58,6 +58,8 @@ nlohmann::json parse(const std::string& bytes, const std::string& file) {
             .in("line " + std::to_string(line) + ", column " +
                 std::to_string(std::max<std::ptrdiff_t>(end - lineStart, 1)))
             .fail("this is no JSON; correct it here or just before.");
+    } catch (const nlohmann::json::exception&) {
+        Where{file}.fail("a number is beyond all bounds; write a smaller one.");
     }
 }
 

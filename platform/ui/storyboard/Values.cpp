@@ -127,7 +127,7 @@ Font Value::font() const {
 }
 
 Placement Value::placement() const {
-    static const std::array<std::pair<std::string_view, std::optional<double> Placement::*>, 8> distances{
+    static const std::array<std::pair<std::string_view, std::optional<double> Placement::*>, 9> distances{
         {{"top", &Placement::top},
          {"left", &Placement::left},
          {"bottom", &Placement::bottom},
@@ -135,7 +135,8 @@ Placement Value::placement() const {
          {"centerX", &Placement::centerX},
          {"centerY", &Placement::centerY},
          {"width", &Placement::width},
-         {"height", &Placement::height}}};
+         {"height", &Placement::height},
+         {"minimumHeight", &Placement::minimumHeight}}};
     Placement placement;
     eachMember([&](const std::string& name, const Value& value) {
         const auto found = std::ranges::find(distances, name, [](const auto& each) { return each.first; });
@@ -144,8 +145,8 @@ Placement Value::placement() const {
         } else if (found == distances.end()) {
             value.where.fail(
                 "a placement has no such member; it has top, left, bottom, right, centerX, centerY, width, "
-                "height and ignoresSafeArea.");
-        } else if (name == "width" || name == "height") {
+                "height, minimumHeight and ignoresSafeArea.");
+        } else if (name == "width" || name == "height" || name == "minimumHeight") {
             placement.*found->second = value.number(0, furthestPoint);
         } else {
             placement.*found->second = value.points();

@@ -39,6 +39,7 @@ TEST_F(Layout, PlacesAViewAfterItsEdgesItsCentreAndItsOwnSize) {
         {{.right = 10, .width = 50, .height = 20}, {{330, 0}, {50, 20}}},
         {{.bottom = 4, .centerX = 5, .width = 100, .height = 40}, {{150, 800}, {100, 40}}},
         {{.left = 300, .right = 300, .height = 5}, {{300, 0}, {0, 5}}},
+        {{.left = 0, .right = 0, .minimumHeight = 44}, {{0, 0}, {390, 44}}},
         {{}, {{0, 0}, {0, 0}}},
     };
     for (const auto& [placement, frame] : cases) {

@@ -14,9 +14,9 @@ namespace {
 /// Writes every step of its life into a journal that all screens of a test share.
 class Screen final : public ViewController {
 public:
-    Screen(std::string name, std::string& journal)
+    Screen(std::string name, std::shared_ptr<std::string> journal)
         : name_{std::move(name)}
-        , journal_{journal} {}
+        , journal_{std::move(journal)} {}
 
     ~Screen() override { note("x"); }
 
@@ -42,10 +42,10 @@ public:
     bool wasInNavigation = false;
 
 private:
-    void note(const std::string& step) { journal_ += name_ + step + " "; }
+    void note(const std::string& step) { *journal_ += name_ + step + " "; }
 
     std::string name_;
-    std::string& journal_;
+    std::shared_ptr<std::string> journal_;
 };
 
 class ScreenLifeCycle : public test::ScreenFixture {
@@ -53,11 +53,11 @@ protected:
     std::shared_ptr<Screen> screen(const std::string& name) { return std::make_shared<Screen>(name, journal_); }
 
     std::function<void()> done() {
-        return [this] { journal_ += "done "; };
+        return [this] { *journal_ += "done "; };
     }
 
     /// What happened since the last call.
-    std::string journal() { return std::exchange(journal_, {}); }
+    std::string journal() { return std::exchange(*journal_, {}); }
 
     /// Shows `root` in a navigation stack, settled.
     std::shared_ptr<NavigationController> navigationWith(const std::shared_ptr<ViewController>& root) {
@@ -68,7 +68,7 @@ protected:
         return navigation;
     }
 
-    std::string journal_;
+    std::shared_ptr<std::string> journal_ = std::make_shared<std::string>();
 };
 
 TEST_F(ScreenLifeCycle, PushAndPop) {

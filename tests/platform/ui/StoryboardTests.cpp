@@ -147,6 +147,7 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
         {with(R"("view": "button")", R"("view": "buttons")"), {"no view of the scene has the outlet \"buttons\""}},
         {with(R"("width": 75)", R"("width": -75)"), {"view \"button\"", "\"width\"", "number from 0"}},
         {with(R"("tag": 3)", R"("tag": 3e99)"), {"\"tag\"", "whole number"}},
+        {with(R"("tag": 3)", R"("tag": 1e999)"), {"number is beyond"}},
         {with("#FF000080", "#FF00"), {"\"#FF00\" is no colour", "#RRGGBB"}},
         {with(R"({"key": "greeting"})", "7"), {"\"text\"", "must be a text"}},
         {with("\"entry\":", "\"first\":"), {"no scene \"entry\""}},

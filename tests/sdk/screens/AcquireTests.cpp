@@ -1,4 +1,3 @@
-#include "FolderBundles.hpp"
 #include "impl/SessionAPI.hpp"
 #include "support/HostScreenFixture.hpp"
 #include "support/ScriptedBackend.hpp"
@@ -17,6 +16,8 @@ using test::Keys;
 
 class Acquire : public test::HostScreenFixture {
 protected:
+    using HostScreenFixture::HostScreenFixture;
+
     using Outcomes = std::vector<IdvOutcome>;
 
     std::shared_ptr<SessionAPI> make(InterfaceVersion version = InterfaceVersion::v180) {
@@ -70,8 +71,8 @@ TEST_F(Acquire, ShowsNothingWithoutAContextOrWithoutAScreen) {
     const auto api = make();
     api->acquire(AcquisitionObject::activationCode, nullptr, keep());
     api->setContext(host);
-    for (const auto object : {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage,
-                              AcquisitionObject::documentBackImage, static_cast<AcquisitionObject>(99)}) {
+    for (const auto object :
+         {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage, AcquisitionObject::documentBackImage}) {
         api->acquire(object, nullptr, keep());
     }
     settle();
@@ -98,7 +99,13 @@ TEST_F(Acquire, FailsForScreensThatThisReleaseLacks) {
     EXPECT_TRUE(outcomes.empty()) << "the first versions do not know the ID scan";
 }
 
-TEST_F(Acquire, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
+class AcquireFromAnotherLayout : public Acquire {
+protected:
+    AcquireFromAnotherLayout()
+        : Acquire{SdkBundle::ofTheTest} {}
+};
+
+TEST_F(AcquireFromAnotherLayout, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
     struct Row {
         const char* storyboard;
         const char* complaint;
@@ -114,14 +121,10 @@ TEST_F(Acquire, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
     };
     folder.write("Sdk.bundle/Info.plist", R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict></plist>)");
-    platform::Services services = platform::services();
     for (const auto& row : rows) {
         if (row.storyboard != nullptr) {
             folder.write("Sdk.bundle/ZORFramework.storyboard", row.storyboard);
         }
-        services.bundles = platform::makeFolderBundles(folder.path() / "Host.bundle", folder.path() / "Sdk.bundle",
-                                                       services.diagnostics);
-        platform::install(services);
         outcomes.clear();
         testing::internal::CaptureStdout();
         acquireCode(*make(), host);

@@ -18,6 +18,8 @@ struct Placement {
     std::optional<double> centerY{};
     std::optional<double> width{};
     std::optional<double> height{};
+    /// Counts where `height` is absent and the view itself decides.
+    std::optional<double> minimumHeight{};
     /// Whether distances count from the edges of the display also in a screen's own view.
     bool ignoresSafeArea = false;
 
