@@ -67,8 +67,11 @@ std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene
 }
 
 /// The screen, or a sentence that says what to do about its absence.
-std::expected<std::shared_ptr<ViewController>, std::string> makeScreen(const Scene& scene,
-                                                                       const std::shared_ptr<SessionAPI>& owner) {
+std::expected<std::shared_ptr<ViewController>, std::string>
+makeScreen(const Scene& scene, const std::shared_ptr<SessionAPI>& owner, ViewController& context) {
+    if (!context.view()->window()) {
+        return std::unexpected{"The context view controller is in no window; show it in one before you acquire."};
+    }
     if (scene.adopt == nullptr) {
         return std::unexpected{"This release has no screen for " +
                                std::string{AcquisitionObjectHelper::acquisitionObjectName(scene.object)} +
@@ -110,7 +113,7 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     if (!context) {
         return;
     }
-    const auto screen = makeScreen(*scene, shared_from_this());
+    const auto screen = makeScreen(*scene, shared_from_this(), *context);
     if (!screen) {
         log::error("acquire(AcquisitionObject:config:response:)", screen.error());
         completeOnMainQueue(std::unexpected{ResponseCode::UNKNOWN_ERROR});

@@ -80,6 +80,11 @@ TEST_F(Acquire, ShowsNothingWithoutAContextOrWithoutAScreen) {
     EXPECT_TRUE(outcomes.empty());
 }
 
+TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {
+    acquireCode(*make(), std::make_shared<ViewController>());
+    EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::UNKNOWN_ERROR}});
+}
+
 TEST_F(Acquire, FailsForScreensThatThisReleaseLacks) {
     for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan, AcquisitionObject::facemapScan,
                               AcquisitionObject::ocrScan}) {
