@@ -26,13 +26,15 @@ endif()
 
 if(KIVO_TOOLS)
   set_target_properties(kivo-demo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-  install(TARGETS kivo-demo)
+  install(TARGETS kivo-demo kivo-pins)
+  install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kivo-demo.bundle DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
+set(KIVO_INSTALLED_BUNDLE ${CMAKE_INSTALL_DATADIR}/kivo/ZORFramework.bundle)
 configure_package_config_file(cmake/KivoConfig.cmake.in ${CMAKE_BINARY_DIR}/KivoConfig.cmake
-  INSTALL_DESTINATION ${kivo_cmake_dir})
+  INSTALL_DESTINATION ${kivo_cmake_dir} PATH_VARS KIVO_INSTALLED_BUNDLE)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/KivoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/KivoConfig.cmake ${CMAKE_BINARY_DIR}/KivoConfigVersion.cmake
+install(FILES ${CMAKE_BINARY_DIR}/KivoConfig.cmake ${CMAKE_BINARY_DIR}/KivoConfigVersion.cmake cmake/KivoResources.cmake
   DESTINATION ${kivo_cmake_dir})
 
 configure_file(cmake/kivo.pc.in ${CMAKE_BINARY_DIR}/kivo.pc @ONLY)

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
 
 std::string quoted(const fs::path& path) {
-    return "\"" + path.string() + "\"";
+    return std::string{"\""}.append(path.string()).append("\"");
 }
 
 /// The file's bytes, nothing when there is no such file, or the reason why it cannot be read.
@@ -60,6 +60,12 @@ bool isLetterOrDigit(char character) {
            (character >= '0' && character <= '9');
 }
 
+// What cannot be looked at is there: a resource that only fails to be read must not pass for one that is missing.
+bool isThere(const fs::path& path) {
+    std::error_code ignored;
+    return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
+}
+
 void appendMissing(std::vector<std::string>& names, const std::vector<std::string>& more) {
     for (const auto& name : more) {
         if (std::ranges::find(names, name) == names.end()) {
@@ -90,6 +96,7 @@ std::vector<std::string> languageFolders(std::string_view locale) {
 FolderBundle::FolderBundle(fs::path folder, Presence presence, std::vector<std::string> languages,
                            std::shared_ptr<Diagnostics> diagnostics)
     : folder_{std::move(folder)}
+    , catalogue_{folder_}
     , presence_{presence}
     , personLanguages_{std::move(languages)}
     , diagnostics_{std::move(diagnostics)} {}
@@ -113,14 +120,13 @@ std::optional<fs::path> FolderBundle::pathForResource(std::string_view name, std
     if (name.empty() || !staysInFolder(file)) {
         return std::nullopt;
     }
-    std::error_code error;
     auto path = folder_ / file;
-    if (fs::exists(path, error)) {
+    if (isThere(path)) {
         return path;
     }
     for (const auto& language : contents().languages) {
         path = folder_ / (language + ".lproj") / file;
-        if (fs::exists(path, error)) {
+        if (isThere(path)) {
             return path;
         }
     }
@@ -175,6 +181,22 @@ std::string FolderBundle::localizedString(std::string_view key, std::string_view
     }
     std::ranges::for_each(problems, [this](const auto& problem) { reportOnce(problem); });
     return text;
+}
+
+std::optional<Color> FolderBundle::color(std::string_view name) const {
+    const auto color = catalogue_.color(name);
+    if (!color) {
+        reportOnce(color.error() + "; correct the colour.");
+    }
+    return color.value_or(std::nullopt);
+}
+
+std::shared_ptr<const Image> FolderBundle::image(std::string_view name) const {
+    const auto image = catalogue_.image(name);
+    if (!image) {
+        reportOnce(image.error() + "; correct the image.");
+    }
+    return image.value_or(nullptr);
 }
 
 const FolderBundle::Contents& FolderBundle::contents() const {

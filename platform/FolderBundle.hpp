@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AssetCatalogue.hpp"
 #include "StringsFile.hpp"
 
 #include <kivo/platform/Bundle.hpp>
@@ -31,6 +32,8 @@ public:
     std::optional<std::filesystem::path> pathForResource(std::string_view name, std::string_view type) const override;
     std::optional<PropertyValue> propertyList(std::string_view name) const override;
     std::string localizedString(std::string_view key, std::string_view table) const override;
+    std::optional<Color> color(std::string_view name) const override;
+    std::shared_ptr<const Image> image(std::string_view name) const override;
 
 private:
     struct Contents {
@@ -45,6 +48,7 @@ private:
     void reportOnce(const std::string& problem) const;
 
     std::filesystem::path folder_;
+    AssetCatalogue catalogue_;
     Presence presence_;
     std::vector<std::string> personLanguages_;
     std::shared_ptr<Diagnostics> diagnostics_;

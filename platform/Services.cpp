@@ -1,8 +1,10 @@
 #include <kivo/platform/Services.hpp>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace kivo::platform {
 namespace {
@@ -18,12 +20,21 @@ void overlay(Services& base, Services services) {
     };
     take(base.mainQueue, services.mainQueue);
     take(base.urlSessions, services.urlSessions);
+    take(base.trust, services.trust);
     take(base.keychain, services.keychain);
     take(base.reachability, services.reachability);
     take(base.bundles, services.bundles);
     take(base.device, services.device);
     take(base.workspace, services.workspace);
     take(base.diagnostics, services.diagnostics);
+    take(base.fonts, services.fonts);
+}
+
+/// Puts a set in force. Former sets stay, never to be destroyed: another thread may be reading one.
+void enforce(Services services) {
+    static auto& allSets = *new std::vector<std::unique_ptr<const Services>>;
+    allSets.push_back(std::make_unique<const Services>(std::move(services)));
+    inForce = allSets.back().get();
 }
 
 } // namespace
@@ -31,10 +42,9 @@ void overlay(Services& base, Services services) {
 void install(Services services) {
     const std::scoped_lock lock{changing};
     const auto* former = inForce.load();
-    auto next = std::make_unique<Services>(former != nullptr ? *former : linuxServices());
-    overlay(*next, std::move(services));
-    // The former set is left alone: another thread may be reading it.
-    inForce = next.release();
+    auto next = former != nullptr ? *former : linuxServices();
+    overlay(next, std::move(services));
+    enforce(std::move(next));
 }
 
 const Services& services() {
@@ -43,7 +53,7 @@ const Services& services() {
     }
     const std::scoped_lock lock{changing};
     if (inForce.load() == nullptr) {
-        inForce = std::make_unique<Services>(linuxServices()).release();
+        enforce(linuxServices());
     }
     return *inForce.load();
 }

@@ -4,7 +4,7 @@
 #include <kivo/AcquisitionObject.hpp>
 #include <kivo/IdvResult.hpp>
 #include <kivo/ThemeCustomization.hpp>
-#include <kivo/platform/ViewController.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
 
 #include <memory>
 #include <string>
@@ -30,8 +30,10 @@ public:
     /// Same as `setSdkTheme`. Screens already shown keep their theme.
     virtual void setTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
-    /// Shows the screen that acquires `object`. `response` may be called more than once: a person can deliver a
-    /// code and then close the screen. A later `acquire` replaces it.
+    /// Shows the screen that acquires `object`: pushed where the context is in a navigation stack, presented elsewhere.
+    /// `response` may be called more than once: a person can deliver a code and then close the screen. A later
+    /// `acquire` replaces it. A screen that cannot be made ends in `UNKNOWN_ERROR`; the log says why. Objects that are
+    /// for uploads only are ignored.
     virtual void acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> config,
                          IdvCompletion response) = 0;
 

@@ -1,15 +1,120 @@
 #pragma once
 
+#include <kivo/CodeTextFieldStyle.hpp>
+#include <kivo/DocumentListConfigurationStatus.hpp>
 #include <kivo/Export.hpp>
+#include <kivo/ZorCloseButtonAppearance.hpp>
+#include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/ContentSizeCategory.hpp>
+#include <kivo/platform/ui/Font.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
 
 namespace kivo {
 
-/// The host's theme, handed by reference to every screen. Main thread only.
+/// The look and the wording of the SDK's screens, handed by reference to each of them. Main thread only.
 ///
-/// This release has no screens yet, so the theme has no properties; its identity is what is kept and passed on.
+/// Make one, change what you want changed, and give it to the session before the first screen is shown. A screen reads
+/// it when it appears, so a later change reaches a screen the next time. Lengths are in points.
+///
+/// - An empty text leaves the storyboard's own text in place.
+/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made, and is
+/// the
+///   other colour where the catalogue has no such name.
+/// - A font is absent where it is not installed; the screens then use the system font of the same size.
 class KIVO_EXPORT ThemeCustomization {
 public:
-    virtual ~ThemeCustomization() = default;
+    /// A theme with every default.
+    ThemeCustomization();
+
+    // Every screen.
+
+    /// Whether texts follow the reading size that the person has set on the device, within the two limits.
+    bool enableDynamicTextSizes = true;
+    platform::ContentSizeCategory minimumContentSizeCategoryLimit = platform::ContentSizeCategory::medium;
+    platform::ContentSizeCategory maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityMedium;
+
+    /// Where the document reading screens find their resources and texts; the host's main bundle. Never null at first.
+    std::shared_ptr<platform::Bundle> appBundle;
+    /// Never null at first; without one, close buttons stay as the storyboard has them.
+    std::shared_ptr<ZorCloseButtonAppearance> zorCloseButtonAppearance;
+    /// Whether a waiting screen shows the activity overlay.
+    bool enableActivityIndicator = true;
+
+    /// "Karbon-Medium" at 32 points.
+    std::optional<platform::Font> screenTitleFont;
+    /// "Kivo.HeaderTextColor", else system blue.
+    platform::Color screenTitleColor;
+    /// "Karbon-Regular" at 17 points.
+    std::optional<platform::Font> descriptionInfoFont;
+    /// "Kivo.black", else black.
+    platform::Color screenDescriptionInfoTextColor;
+
+    /// "Karbon-Bold" at 17 points.
+    std::optional<platform::Font> primaryButtonFont;
+    double primaryButtonCornerRadius = 25;
+    platform::Color primaryButtonBorderColor = platform::Color::clear();
+    double primaryButtonBorderWidth = 0;
+
+    // Activation code screen.
+
+    CodeTextFieldStyle codeTextFieldStyle = CodeTextFieldStyle::boxed;
+    std::string codeScreenGetStartedTitle;
+    /// Shown in the empty field of the single style.
+    std::string codeScreenTextfieldPlaceholder;
+    /// Between typing and scanning.
+    std::string codeScreenOrText;
+    std::string codeScreenScanQRCodeButtonTitle;
+    platform::Color codeScreenScanQRButtonTitleColor = platform::Color::white();
+    /// "Kivo.Button.BackgroundColor", else system blue.
+    platform::Color codeScreenScanQRButtonBackgroundColor;
+    /// "Karbon-Regular" at 17 points; for the single field and the boxes.
+    std::optional<platform::Font> codeTextFieldFont;
+    double boxedActivationCodeTextFieldCornerRadius = 4;
+    double boxedActivationCodeTextFieldBorderWidth = 2;
+
+    // QR scanning screen.
+
+    std::string codeScreenEnterCodeManuallyButtonTitle;
+    platform::Color qrScanScreenEnterManuallyButtonTitleColor = platform::Color::white();
+    /// "Kivo.Button.BackgroundColor", else system blue.
+    platform::Color qrScanScreenEnterManuallyButtonBackgroundColor;
+
+    // Document screen.
+
+    std::string selectIDTitleText;
+    std::string selectIDDescriptionText;
+    std::string selectIDPassportOptionText;
+    std::string selectIDResidentCardOptionText;
+    std::string selectIDOtherCardOptionText;
+    /// No screen has this button; kept for hosts that set it.
+    std::string selectIDNextButtonTitle;
+    /// "Kivo.Button.BackgroundColor", else system blue. No screen has this button; kept for hosts that set it.
+    platform::Color selectIDNextButtonBackgroundColor;
+    /// "Karbon-Regular" at 17 points.
+    std::optional<platform::Font> documentOptionsTitleFont;
+    /// After how many failed readings of the chip a person may go on without it.
+    int allowNFCSkipReadingAfterAttempts = 2;
+
+    // Face scan screen.
+
+    std::string faceScanIntroTitle;
+    std::string faceScanIntroDescription;
+    std::string faceScanIntroNextButtonTitle;
+    platform::Color faceScanIntroNextButtonTitleColor = platform::Color::white();
+    /// "Kivo.Button.BackgroundColor", else system blue.
+    platform::Color faceScanIntroNextButtonBackgroundColor;
+    std::string faceScanUploadMessage;
+    std::string faceScanSuccessMessageText;
+
+    // One value for the whole SDK.
+
+    /// What the document screen found when it was last shown; the screen writes it, a host reads it.
+    static DocumentListConfigurationStatus documentListConfigurationStatus();
+    static void setDocumentListConfigurationStatus(DocumentListConfigurationStatus status);
 };
 
 } // namespace kivo

@@ -19,3 +19,6 @@
 #include <kivo/ZorFrameworkWrapper.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+#include <kivo/platform/ui/Window.hpp>

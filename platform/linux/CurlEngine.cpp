@@ -2,6 +2,7 @@
 
 #include "linux/BackgroundThread.hpp"
 
+#include <openssl/crypto.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -19,8 +20,16 @@ constexpr long connectionsPerHost = 6;
 constexpr int longPollMs = 3'600'000;
 constexpr int blindPollMs = 20;
 
+/// Takes the handle off the cookie jar, and frees what libcurl would otherwise lose at a reset.
+void leaveCookieJar(CURL* easy) {
+    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr);
+}
+
 struct Cleanup {
-    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+    void operator()(CURL* easy) const {
+        leaveCookieJar(easy);
+        curl_easy_cleanup(easy);
+    }
 };
 
 using EasyHandle = std::unique_ptr<CURL, Cleanup>;
@@ -159,19 +168,21 @@ private:
     }
 
     EasyHandle takeHandle() {
+        EasyHandle easy;
         if (spare_.empty()) {
-            EasyHandle fresh{curl_easy_init()};
-            curl_easy_setopt(fresh.get(), CURLOPT_SHARE, share_);
-            return fresh;
+            easy.reset(curl_easy_init());
+        } else {
+            easy = std::move(spare_.back());
+            spare_.pop_back();
         }
-        auto easy = std::move(spare_.back());
-        spare_.pop_back();
+        curl_easy_setopt(easy.get(), CURLOPT_SHARE, share_);
         return easy;
     }
 
     // Comes after handing over: while the callback queue works on the answer, tidying up costs the host nothing.
     void giveBack(EasyHandle easy) {
         if (spare_.size() < spareHandles) {
+            leaveCookieJar(easy.get());
             curl_easy_reset(easy.get());
             spare_.push_back(std::move(easy));
         }
@@ -191,6 +202,8 @@ std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> cal
         const auto error = startBackgroundThread("kivo-network", [engine] {
             ExitGuard::markMemberThread();
             Loop{*engine}.run();
+            // Otherwise OpenSSL tidies up after this thread when it ends, which the exiting process does not wait for.
+            OPENSSL_thread_stop();
             ExitGuard::shared().remove(engine.get());
         });
         if (error) {

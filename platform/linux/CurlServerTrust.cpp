@@ -1,5 +1,8 @@
 #include "linux/CurlServerTrust.hpp"
 
+#include "linux/CertificateChain.hpp"
+#include "linux/OpenSslObjects.hpp"
+
 #include <openssl/x509.h>
 #include <openssl/x509_vfy.h>
 
@@ -28,21 +31,18 @@ private:
     const std::shared_ptr<TrustChallenge> challenge_;
 };
 
-std::vector<Data> presentedChain(X509_STORE_CTX* context) {
+// The leaf is the certificate whose key the handshake proves, not merely the first that was presented.
+std::vector<Data> chainOf(X509_STORE_CTX* context) {
     std::vector<Data> chain;
-    auto* const certificates = X509_STORE_CTX_get0_untrusted(context);
-    for (int i = 0; i < sk_X509_num(certificates); ++i) {
-        const auto* const certificate = sk_X509_value(certificates, i);
-        Data der(static_cast<std::size_t>(std::max(i2d_X509(certificate, nullptr), 0)), '\0');
-        auto* end = reinterpret_cast<unsigned char*>(der.data());
-        i2d_X509(certificate, &end);
-        chain.push_back(std::move(der));
+    for (auto* const certificate :
+         linkedChain(X509_STORE_CTX_get0_cert(context), X509_STORE_CTX_get0_untrusted(context))) {
+        chain.push_back(derOf(certificate, i2d_X509));
     }
     return chain;
 }
 
 int verify(X509_STORE_CTX* context, void* judge) {
-    const bool isAccepted = static_cast<TrustJudge*>(judge)->accepts(presentedChain(context));
+    const bool isAccepted = static_cast<TrustJudge*>(judge)->accepts(chainOf(context));
     X509_STORE_CTX_set_error(context, isAccepted ? X509_V_OK : X509_V_ERR_APPLICATION_VERIFICATION);
     return isAccepted ? 1 : 0;
 }

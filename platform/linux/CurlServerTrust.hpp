@@ -30,10 +30,10 @@ private:
     const std::function<void()> answered_;
 };
 
-/// Decides about the chain a server presented. The handshake waits for it.
+/// Decides about a server's chain, as `ServerTrust` describes it. The handshake waits for it.
 class TrustJudge {
 public:
-    virtual bool accepts(std::vector<Data> presentedChain) = 0;
+    virtual bool accepts(std::vector<Data> chain) = 0;
 
 protected:
     ~TrustJudge() = default;

@@ -136,7 +136,7 @@ void CurlTransfer::setTrust(CurlOptions& options) {
         });
 }
 
-bool CurlTransfer::accepts(std::vector<Data> presentedChain) {
+bool CurlTransfer::accepts(std::vector<Data> chain) {
     const auto engine = engine_.lock();
     if (!engine) {
         return false;
@@ -146,7 +146,7 @@ bool CurlTransfer::accepts(std::vector<Data> presentedChain) {
             waiting->wake();
         }
     });
-    auto trust = std::make_shared<const ServerTrust>(ParsedUrl{currentUrl()}.host(), std::move(presentedChain));
+    auto trust = std::make_shared<const ServerTrust>(ParsedUrl{currentUrl()}.host(), std::move(chain));
     engine->callBack([settings = settings_, challenge = challenge_, trust = std::move(trust)] {
         const CallbackScope scope;
         if (scope) {

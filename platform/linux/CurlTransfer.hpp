@@ -72,7 +72,7 @@ private:
     void noteSent(std::uint64_t sent);
     void announceSent();
 
-    bool accepts(std::vector<Data> presentedChain) override;
+    bool accepts(std::vector<Data> chain) override;
 
     UrlRequest request_;
     UrlCompletion completion_;

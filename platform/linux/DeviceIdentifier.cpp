@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t uuidLength = 36;
 
 std::string quoted(const fs::path& path) {
-    return "\"" + path.string() + "\"";
+    return std::string{"\""}.append(path.string()).append("\"");
 }
 
 std::string reason(int error) {

@@ -36,7 +36,7 @@ PRAGMA user_version = 1;
 COMMIT;)";
 
 std::string quoted(const fs::path& path) {
-    return "\"" + path.string() + "\"";
+    return std::string{"\""}.append(path.string()).append("\"");
 }
 
 bool isDamage(int sqliteError) {
@@ -238,9 +238,10 @@ OSStatus KeychainFile::putAside(const fs::path& file, std::string_view state, st
     if (file == databasePath_) {
         close();
     }
-    auto aside = withSuffix(file, "." + std::string{state} + "-" + timestamp());
+    const auto mark = std::string{"."}.append(state).append("-").append(timestamp());
+    auto aside = withSuffix(file, mark);
     for (int number = 2; fs::exists(aside); ++number) {
-        aside = withSuffix(file, "." + std::string{state} + "-" + timestamp() + "-" + std::to_string(number));
+        aside = withSuffix(file, mark + "-" + std::to_string(number));
     }
     // The journal goes first: a new database must never meet the old one's.
     for (const auto* suffix : {"-wal", "-shm", ""}) {

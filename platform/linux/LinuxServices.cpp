@@ -2,8 +2,10 @@
 #include "linux/CurlUrlSession.hpp"
 #include "linux/DataFolder.hpp"
 #include "linux/DesktopWorkspace.hpp"
+#include "linux/FontconfigFonts.hpp"
 #include "linux/LinuxDevice.hpp"
 #include "linux/NetlinkReachability.hpp"
+#include "linux/OpenSslTrust.hpp"
 #include "linux/SqliteKeychain.hpp"
 
 #include <kivo/platform/RunLoop.hpp>
@@ -34,10 +36,12 @@ Services linuxServices(const LinuxOptions& options) {
         options.dataFolder.empty() ? defaultDataFolder(*services.bundles->main()) : options.dataFolder;
     services.mainQueue = RunLoop::main();
     services.urlSessions = makeCurlUrlSessions(options.trustedCertificates);
+    services.trust = makeOpenSslTrust();
     services.keychain = makeSqliteKeychain(dataFolder, services.diagnostics);
     services.reachability = makeNetlinkReachability();
     services.device = makeLinuxDevice(dataFolder, services.diagnostics);
     services.workspace = makeDesktopWorkspace();
+    services.fonts = makeFontconfigFonts();
     return services;
 }
 

@@ -25,7 +25,7 @@ int fillAndName(const FileDescriptor& draft, const char* draftPath, const char* 
 
 int createWholeFile(const std::filesystem::path& file, std::string_view content) {
     const auto folder = file.parent_path();
-    auto draftPath = (folder / ("." + file.filename().string() + ".XXXXXX")).string();
+    auto draftPath = (folder / std::string{"."}.append(file.filename().string()).append(".XXXXXX")).string();
     const FileDescriptor draft{::mkostemp(draftPath.data(), O_CLOEXEC)};
     if (!draft) {
         return errno;

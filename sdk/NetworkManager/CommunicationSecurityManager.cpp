@@ -4,6 +4,7 @@
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CertificateDates.hpp"
 #include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/PublicKeyPins.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -18,7 +19,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 using RequestKeys = KivoRequestKeys;
 
-constexpr std::string_view pinsResource = "readid_certificates";
 constexpr int warnBelowDays = 30;
 
 std::shared_ptr<Reachability> makeMonitor() {
@@ -41,8 +41,8 @@ void warnWhenNear(std::chrono::year_month_day date, SDKEnv environment, std::str
 
 CommunicationSecurityManager& CommunicationSecurityManager::shared() {
     // Never destroyed: completions may still arrive while the process exits.
-    static auto& manager = *new CommunicationSecurityManager;
-    return manager;
+    static auto& manager = *new std::shared_ptr<CommunicationSecurityManager>{new CommunicationSecurityManager};
+    return *manager;
 }
 
 CommunicationSecurityManager::CommunicationSecurityManager()
@@ -54,6 +54,43 @@ void CommunicationSecurityManager::setSdkEnvironment(SDKEnv environment) {
     const std::scoped_lock lock{mutex_};
     sdkEnvironment_ = environment;
 }
+
+std::shared_ptr<platform::UrlSession> CommunicationSecurityManager::session() {
+    const std::scoped_lock lock{mutex_};
+    if (!session_) {
+        session_ = platform::services().urlSessions->make(backendSessionConfiguration(), shared_from_this());
+    }
+    return session_;
+}
+
+void CommunicationSecurityManager::didReceiveChallenge(
+    const platform::ServerTrust* serverTrust,
+    std::function<void(platform::AuthChallengeDisposition)> completionHandler) {
+    constexpr std::string_view function = "urlSession(_:didReceive:completionHandler:)";
+    using enum platform::AuthChallengeDisposition;
+    if (serverTrust == nullptr || serverTrust->chain.empty()) {
+        completionHandler(cancelAuthenticationChallenge);
+        return;
+    }
+    const auto& trust = *platform::services().trust;
+    const auto bundle = platform::services().bundles->main();
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const bool isAccepted = isPinned(trust, *bundle, serverTrust->chain);
+    log::debug(function, "\n - - - - - - - - - - SSL PINNNING  - - - - - - - - - - \n");
+    log::debug(function, isAccepted ? "SUCCESS" : "FAILED");
+    log::debug(function, "\n - - - - - - - - - - - -  END - - - - - - - -  - - - - \n");
+    if (!isAccepted) {
+        log::error(function, [&] { return mismatchReport(trust, *bundle, *serverTrust); });
+    } else if (const auto remark = leafRemark(trust, *serverTrust, now)) {
+        log::line(LogLevel::warning, function, [&] {
+            return "The pin lets " + serverTrust->host + " through although its certificate " + *remark + ".";
+        });
+    }
+    completionHandler(isAccepted ? useCredential : cancelAuthenticationChallenge);
+}
+
+void CommunicationSecurityManager::didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& /*task*/,
+                                                   std::uint64_t /*sent*/, std::uint64_t /*expected*/) {}
 
 void CommunicationSecurityManager::observeReachability() {
     auto observation = platform::NotificationCenter::defaultCenter()->addObserver(

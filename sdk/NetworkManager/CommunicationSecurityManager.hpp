@@ -6,9 +6,12 @@
 
 #include <kivo/SDKEnv.hpp>
 #include <kivo/platform/NotificationCenter.hpp>
+#include <kivo/platform/UrlSession.hpp>
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -23,18 +26,32 @@ struct CertificateExpiryDates {
     std::string intermediate;
 };
 
-/// Knows the state of the network and tells the identity service what happened on the device.
+/// Stands between the SDK and the network: lets a pinned session talk to the right servers only, knows the state of the
+/// network, and tells the identity service what happened on the device.
 ///
 /// Notices are sent once and never repeated; their outcome is only logged. Any thread.
-class CommunicationSecurityManager {
+class CommunicationSecurityManager final : public platform::UrlSessionDelegate,
+                                           public std::enable_shared_from_this<CommunicationSecurityManager> {
 public:
     static CommunicationSecurityManager& shared();
 
     CommunicationSecurityManager(const CommunicationSecurityManager&) = delete;
     CommunicationSecurityManager& operator=(const CommunicationSecurityManager&) = delete;
-    ~CommunicationSecurityManager();
+    ~CommunicationSecurityManager() override;
 
     void setSdkEnvironment(SDKEnv environment);
+
+    /// A session that talks to no server but one with a pinned certificate.
+    std::shared_ptr<platform::UrlSession> session();
+
+    /// Lets a server through when a certificate of its chain is pinned, whatever else may be said about it.
+    void didReceiveChallenge(const platform::ServerTrust* serverTrust,
+                             std::function<void(platform::AuthChallengeDisposition)> completionHandler) override;
+
+    bool judgesServerTrust() const override { return true; }
+
+    void didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& task, std::uint64_t sent,
+                         std::uint64_t expected) override;
 
     /// Watches the network from now on. A monitor that cannot start is left as it is.
     void observeReachability();
@@ -70,6 +87,7 @@ private:
     std::optional<SDKEnv> sdkEnvironment_;
     std::shared_ptr<Reachability> reachability_;
     std::shared_ptr<platform::Observation> observation_;
+    std::shared_ptr<platform::UrlSession> session_;
 };
 
 } // namespace kivo

@@ -1,6 +1,8 @@
 #include "NetworkManager/NetworkManager.hpp"
 
 #include "Configuration/logging/Log.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/PublicKeyPins.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -47,6 +49,14 @@ std::string TransportError::description() const {
            "): " + text;
 }
 
+platform::UrlSessionConfiguration backendSessionConfiguration() {
+    platform::UrlSessionConfiguration configuration;
+    configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
+    configuration.requestTimeout = 180s;
+    configuration.resourceTimeout = 180s;
+    return configuration;
+}
+
 NetworkManager& NetworkManager::shared() {
     // Never destroyed: completions may still arrive while the process exits.
     static auto& manager = *new NetworkManager;
@@ -60,7 +70,7 @@ void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::o
     request.method = "POST";
     request.timeout = 60s;
     request.body = serialized(params);
-    defaultSession()->dataTask(
+    sessionInUse()->dataTask(
         std::move(request), [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
             auto body = bodyOf(std::move(outcome));
             if (body) {
@@ -75,13 +85,15 @@ void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::o
 std::shared_ptr<platform::UrlSession> NetworkManager::defaultSession() {
     const std::scoped_lock lock{mutex_};
     if (!defaultSession_) {
-        platform::UrlSessionConfiguration configuration;
-        configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
-        configuration.requestTimeout = 180s;
-        configuration.resourceTimeout = 180s;
-        defaultSession_ = platform::services().urlSessions->make(std::move(configuration));
+        defaultSession_ = platform::services().urlSessions->make(backendSessionConfiguration());
     }
     return defaultSession_;
+}
+
+// The file's presence alone decides: one that is unreadable or empty pins too, and lets nobody through.
+std::shared_ptr<platform::UrlSession> NetworkManager::sessionInUse() {
+    const bool isPinned = platform::services().bundles->main()->pathForResource(pinsResource, "plist").has_value();
+    return isPinned ? CommunicationSecurityManager::shared().session() : defaultSession();
 }
 
 } // namespace kivo

@@ -25,6 +25,9 @@ struct TransportError {
     std::string description() const;
 };
 
+/// What every session that talks to the identity service has in common.
+platform::UrlSessionConfiguration backendSessionConfiguration();
+
 /// The one sender of the session's JSON requests, and the keeper of the attempt counter.
 class NetworkManager {
 public:
@@ -36,7 +39,8 @@ public:
     /// Acquisition attempts that remain to the current session. Any thread.
     std::atomic<std::int64_t> retryLimit = 0;
 
-    /// POSTs `params` and calls exactly one of the two callbacks, on the session's callback queue.
+    /// POSTs `params`, to a pinned server only if the host's main bundle lists pins, and calls exactly one of the two
+    /// callbacks, on the session's callback queue.
     ///
     /// Parameters that are no valid JSON (a text that is not UTF-8) go out as an empty body.
     void sendRequest(const std::string& urlString, const nlohmann::ordered_json& params, Success success,
@@ -44,6 +48,7 @@ public:
 
 private:
     std::shared_ptr<platform::UrlSession> defaultSession();
+    std::shared_ptr<platform::UrlSession> sessionInUse();
 
     std::mutex mutex_;
     std::shared_ptr<platform::UrlSession> defaultSession_;

@@ -2,8 +2,9 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
-#include "Models/Text.hpp"
 #include "NetworkManager/KeychainWrapper.hpp"
+
+#include <kivo/platform/Text.hpp>
 
 namespace kivo {
 namespace {

@@ -1,6 +1,7 @@
 #include "impl/SessionAPI.hpp"
 
 #include "Configuration/logging/Log.hpp"
+#include "impl/Callable.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/mirelo/impl/KivoBE.hpp"
 
@@ -14,11 +15,6 @@ namespace {
 
 IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
-}
-
-/// A completion that can be called whatever the host passed.
-IdvCompletion callable(IdvCompletion response) {
-    return response ? std::move(response) : [](const IdvOutcome&) {};
 }
 
 } // namespace
@@ -51,16 +47,23 @@ std::string SessionAPI::tid() const {
     return withState([](const State& state) { return state.tid; });
 }
 
-void SessionAPI::setQrCodeVC(std::weak_ptr<ActivationCodeFields> qrCodeVC) {
-    withState([&](State& state) { state.qrCodeVC = std::move(qrCodeVC); });
-}
-
 std::shared_ptr<ThemeCustomization> SessionAPI::sdkTheme() const {
-    return withState([](const State& state) { return state.sdkTheme; });
+    if (const auto theme = withState([](const State& state) { return state.sdkTheme; })) {
+        return *theme;
+    }
+    // Made outside the lock, because it reads the host's bundle and the machine's fonts.
+    const auto made = std::make_shared<ThemeCustomization>();
+    return withState([&](State& state) {
+        if (!state.sdkTheme) {
+            state.sdkTheme = made;
+        }
+        return *state.sdkTheme;
+    });
 }
 
 void SessionAPI::setSdkTheme(std::shared_ptr<ThemeCustomization> theme) {
-    withState([&](State& state) { std::swap(state.sdkTheme, theme); });
+    std::optional replacement{std::move(theme)};
+    withState([&](State& state) { std::swap(state.sdkTheme, replacement); });
 }
 
 void SessionAPI::setTheme(std::shared_ptr<ThemeCustomization> theme) {
@@ -69,40 +72,6 @@ void SessionAPI::setTheme(std::shared_ptr<ThemeCustomization> theme) {
 
 void SessionAPI::setContext(std::shared_ptr<platform::ViewController> viewController) {
     withState([&](State& state) { std::swap(state.contextViewController, viewController); });
-}
-
-bool SessionAPI::hasScreen(AcquisitionObject object) const {
-    switch (object) {
-    case AcquisitionObject::activationCode:
-    case AcquisitionObject::nfcScan:
-    case AcquisitionObject::mrzScan:
-    case AcquisitionObject::facemapScan:
-        return true;
-    case AcquisitionObject::ocrScan:
-        return rules_.presentsIdScan;
-    default:
-        return false;
-    }
-}
-
-void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> /*config*/,
-                         IdvCompletion response) {
-    if (!hasScreen(object)) {
-        return;
-    }
-    response = callable(std::move(response));
-    const auto context = withState([&](State& state) {
-        std::swap(state.completionHandlerIdv, response);
-        return state.contextViewController;
-    });
-    if (!context) {
-        return;
-    }
-    log::error("acquire(AcquisitionObject:config:response:)", [&] {
-        return "This release has no screen for " + std::string{AcquisitionObjectHelper::acquisitionObjectName(object)} +
-               "; the host shows its own.";
-    });
-    completeOnMainQueue(failed(ResponseCode::UNKNOWN_ERROR));
 }
 
 void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) {
@@ -132,8 +101,8 @@ void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion&
     if (rules_.resetsCodeBoxes) {
         platform::services().mainQueue->async([weak = weak_from_this()] {
             const auto self = weak.lock();
-            const auto screen = self ? self->withState([](const State& state) { return state.qrCodeVC.lock(); })
-                                     : std::shared_ptr<ActivationCodeFields>{};
+            const auto screen =
+                self ? self->withState([](const State& state) { return state.qrCodeVC.lock(); }) : nullptr;
             if (screen) {
                 screen->resetActivationCodeFields();
             }

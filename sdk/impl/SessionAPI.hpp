@@ -5,7 +5,7 @@
 #include "impl/SessionRules.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
-#include "services/acquisition/qr/inhouse/QRCodeVCDelegate.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "services/mirelo/MireloProxy.hpp"
 
 #include <kivo/KivoAPI.hpp>
@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace kivo {
@@ -35,7 +36,6 @@ public:
     void setDeviceCode(std::string deviceCode);
     std::string deviceCode() const;
     std::string tid() const;
-    void setQrCodeVC(std::weak_ptr<ActivationCodeFields> qrCodeVC);
 
     std::shared_ptr<ThemeCustomization> sdkTheme() const override;
     void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) override;
@@ -66,13 +66,15 @@ private:
 
     /// What the host and the backend touch from different threads.
     struct State {
-        std::shared_ptr<ThemeCustomization> sdkTheme = std::make_shared<ThemeCustomization>();
+        /// Absent until somebody asks for it: most of the versions of a process are never used.
+        std::optional<std::shared_ptr<ThemeCustomization>> sdkTheme;
         std::string tid;
         std::string deviceCode;
         std::string currentSdkStatus;
         std::shared_ptr<platform::ViewController> contextViewController;
         IdvCompletion completionHandlerIdv = [](const IdvOutcome&) {};
-        std::weak_ptr<ActivationCodeFields> qrCodeVC;
+        /// The last activation code screen; weak, so that it goes with its last presentation.
+        std::weak_ptr<QRCodeVC> qrCodeVC;
         std::string activationCode;
     };
 
@@ -83,7 +85,6 @@ private:
         return access(state_);
     }
 
-    bool hasScreen(AcquisitionObject object) const;
     void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response);
     IdvCompletion reportingFailures(IdvCompletion response);
     void screenDidComplete(const IdvOutcome& result, Filter filter);

@@ -1,3 +1,5 @@
+#include "PublicKeyPin.hpp"
+
 #include <kivo/simulator/CertificateAuthority.hpp>
 
 #include <openssl/bio.h>
@@ -155,7 +157,9 @@ IssuedCertificate CertificateAuthority::issue(const CertificateRequest& request)
     addExtension(leaf.get(), issuer, NID_subject_key_identifier, "hash");
     sign(leaf.get(), issuer, selfSigned ? key.get() : chain_->intermediateKey.get());
     return {.chain = pemOf(leaf.get()) + (selfSigned ? "" : pemOf(chain_->intermediate.get())),
-            .privateKey = pemOf(key.get())};
+            .privateKey = pemOf(key.get()),
+            .pins = {.leaf = publicKeyPin(leaf.get()),
+                     .intermediate = selfSigned ? "" : publicKeyPin(chain_->intermediate.get())}};
 }
 
 } // namespace kivo::simulator

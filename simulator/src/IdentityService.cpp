@@ -109,6 +109,8 @@ public:
 
     const ServerCertificates& certificates() const { return certificates_; }
 
+    CertificatePins pins() { return certificates_.withFlaw(CertificateFlaw::none).pins; }
+
     int port() const { return port_; }
 
     std::size_t handshakes() const { return connections_.handshakes(); }
@@ -273,6 +275,10 @@ std::string IdentityService::joinPage() const {
 
 std::filesystem::path IdentityService::trustedCertificates() const {
     return server_->certificates().trustFile();
+}
+
+CertificatePins IdentityService::pins() const {
+    return server_->pins();
 }
 
 int IdentityService::port() const {

@@ -29,10 +29,11 @@ public:
     /// Has every handshake of `context` present the certificate that `choice` asks for.
     void use(SSL_CTX* context, Choice choice);
 
+    /// The certificate for a flaw, the same one every time.
+    const IssuedCertificate& withFlaw(CertificateFlaw flaw);
+
 private:
     static int onCertificateWanted(SSL* ssl, void* self);
-
-    const IssuedCertificate& withFlaw(CertificateFlaw flaw);
 
     const KeyType keyType_;
     const std::filesystem::path folder_;

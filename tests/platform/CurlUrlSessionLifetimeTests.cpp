@@ -261,7 +261,8 @@ TEST_P(ExitInFlight, NeitherHangsNorCrashes) {
         int status = -1;
         ASSERT_TRUE(eventually([&] { return ::waitpid(child, &status, WNOHANG) == child; }));
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+        // The exiting process waits two seconds at most; the rest is for a busy machine.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 8s);
     }
 }
 

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <atomic>
+
 namespace kivo::platform {
 namespace {
 
@@ -98,7 +100,7 @@ TEST(CurlUrlSession, TellsFailuresApartWithoutRevealingTheRequest) {
          "longer than 200 ms"},
     };
 
-    std::size_t row = 0;
+    std::atomic<std::size_t> row = 0;
     TestTlsServer server{[&](const auto&) { return rows[row].reply; }};
     const auto session = sessionFor(server);
     for (; row < std::size(rows); ++row) {

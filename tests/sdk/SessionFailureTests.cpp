@@ -2,6 +2,8 @@
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
+#include <atomic>
+
 namespace kivo {
 namespace {
 
@@ -10,7 +12,7 @@ using simulator::CertificateFlaw;
 using simulator::Endpoint;
 using simulator::Fault;
 
-/// Real URL sessions whose requests lose patience early.
+/// Real URL sessions whose requests lose patience early while they are told to.
 class ImpatientUrlSessions final : public platform::UrlSessions {
 public:
     explicit ImpatientUrlSessions(std::shared_ptr<platform::UrlSessions> real)
@@ -19,11 +21,30 @@ public:
     std::shared_ptr<platform::UrlSession> make(platform::UrlSessionConfiguration configuration,
                                                std::shared_ptr<platform::UrlSessionDelegate> delegate,
                                                std::shared_ptr<platform::DispatchQueue> queue) override {
-        configuration.requestTimeout = 700ms;
-        return real_->make(std::move(configuration), std::move(delegate), std::move(queue));
+        return std::make_shared<Session>(real_->make(std::move(configuration), std::move(delegate), std::move(queue)),
+                                         isImpatient);
     }
 
+    const std::shared_ptr<std::atomic<bool>> isImpatient = std::make_shared<std::atomic<bool>>(false);
+
 private:
+    struct Session final : platform::UrlSession {
+        Session(std::shared_ptr<platform::UrlSession> real, std::shared_ptr<std::atomic<bool>> impatient)
+            : real_{std::move(real)}
+            , impatient_{std::move(impatient)} {}
+
+        std::shared_ptr<platform::UrlSessionTask> dataTask(platform::UrlRequest request,
+                                                           platform::UrlCompletion completion) override {
+            if (*impatient_) {
+                request.timeout = 500ms;
+            }
+            return real_->dataTask(std::move(request), std::move(completion));
+        }
+
+        const std::shared_ptr<platform::UrlSession> real_;
+        const std::shared_ptr<std::atomic<bool>> impatient_;
+    };
+
     std::shared_ptr<platform::UrlSessions> real_;
 };
 
@@ -31,7 +52,8 @@ class SessionFailures : public test::HostFixture {
 protected:
     SessionFailures()
         : HostFixture{separateHosts()} {
-        services.urlSessions = std::make_shared<ImpatientUrlSessions>(services.urlSessions);
+        urlSessions = std::make_shared<ImpatientUrlSessions>(services.urlSessions);
+        services.urlSessions = urlSessions;
         platform::install(services);
         session = KivoSDK::load("KEY", "18");
     }
@@ -74,6 +96,7 @@ protected:
         NetworkManager::shared().retryLimit = 3;
     }
 
+    std::shared_ptr<ImpatientUrlSessions> urlSessions;
     std::shared_ptr<KivoAPI> session;
 };
 
@@ -99,7 +122,9 @@ TEST_F(SessionFailures, TransportFailuresEndInTheOperationsOwnCode) {
             SCOPED_TRACE(std::string{name(operation.endpoint)} + ": " + what);
             prepare(operation.endpoint);
             service.inject(operation.endpoint, fault);
+            *urlSessions->isImpatient = fault.kind() == Fault::Kind::drop || fault.kind() == Fault::Kind::slowBody;
             EXPECT_EQ(answerTo(operation.call).code(), operation.transportFailure);
+            *urlSessions->isImpatient = false;
         }
     }
 }

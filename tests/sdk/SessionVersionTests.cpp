@@ -1,6 +1,9 @@
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "support/HostFixture.hpp"
+#include "support/ScriptedBackend.hpp"
+
+#include <gmock/gmock.h>
 
 #include <vector>
 
@@ -8,37 +11,6 @@ namespace kivo {
 namespace {
 
 using enum ResponseCode;
-
-/// A backend client that answers as told and keeps the reports it gets.
-class ScriptedBackend final : public MireloProxy {
-public:
-    IdvOutcome outcome = std::unexpected{UNKNOWN_ERROR};
-    std::vector<ServerReportModel> reports;
-
-    void join(std::string, std::string, std::shared_ptr<AcquisitionConfig>, IdvCompletion completion) override {
-        completion(outcome);
-    }
-
-    void update(std::string, std::string, std::string, IdvCompletion completion) override { completion(outcome); }
-
-    void update(const ServerReportModel& report) override { reports.push_back(report); }
-
-    void status(std::string, IdvCompletion completion) override { completion(outcome); }
-
-    void commit(std::string, IdvCompletion completion) override { completion(outcome); }
-
-    void resumeInBrowser() override {}
-
-    void upload(AcquisitionObject, std::string, IdvCompletion completion) override { completion(outcome); }
-
-    void reset() override {}
-};
-
-struct CodeBoxes final : ActivationCodeFields {
-    int resets = 0;
-
-    void resetActivationCodeFields() override { ++resets; }
-};
 
 IdvOutcome failure(ResponseCode code) {
     return std::unexpected{code};
@@ -52,14 +24,12 @@ class SessionVersions : public test::HostFixture {
 protected:
     /// A session API of one version with a pending acquisition, and everything that can be seen of it.
     struct Session {
-        ScriptedBackend backend;
+        test::ScriptedBackend backend;
         std::shared_ptr<SessionAPI> api;
-        std::shared_ptr<CodeBoxes> boxes = std::make_shared<CodeBoxes>();
         std::vector<IdvOutcome> delivered;
 
         explicit Session(InterfaceVersion version)
             : api{std::make_shared<SessionAPI>(version, backend)} {
-            api->setQrCodeVC(boxes);
             api->acquire(AcquisitionObject::activationCode, nullptr,
                          [this](const IdvOutcome& outcome) { delivered.push_back(outcome); });
         }
@@ -82,75 +52,83 @@ protected:
 };
 
 TEST_F(SessionVersions, DiffersExactlyAsTabulated) {
+    using Screen = std::function<void(SessionAPI&, const IdvOutcome&)>;
+    const Screen invalidCode = [](SessionAPI& api, const auto&) { api.invalidQRCodeScanned(); };
+    const Screen close = [](SessionAPI& api, const auto&) { api.closeButtonPressed(); };
+    const Screen document = [](SessionAPI& api, const auto& result) { api.documentFlowDidComplete(result); };
+    const Screen forwarded = [](SessionAPI& api, const auto& result) { api.ocrFlowDidComplete(result); };
+    const Screen idScan = [](SessionAPI& api, const auto& result) { api.ocrScanDidComplete(result); };
+    const Screen face = [](SessionAPI& api, const auto& result) { api.livenessCheckDidComplete(result); };
+
     struct Row {
-        const char* outcome;
-        std::function<void(SessionAPI&)> happen;
+        const char* name;
+        const Screen& screen;
+        IdvOutcome result;
         /// Per version: h the handler is called at once, q on the main queue, - never; r a report is sent.
         const char* expected[5];
     };
 
     const Row rows[] = {
-        {"invalid QR code", [](SessionAPI& api) { api.invalidQRCodeScanned(); }, {"h", "h", "h", "q", "q"}},
-        {"close button", [](SessionAPI& api) { api.closeButtonPressed(); }, {"h", "h", "h", "qr", "qr"}},
-        {"document: status code",
-         [](SessionAPI& api) { api.documentFlowDidComplete(failure(STATUS_BAD_BIODATA)); },
-         {"qr", "qr", "qr", "-r", "-r"}},
-        {"document: last status code",
-         [](SessionAPI& api) { api.documentFlowDidComplete(failure(STATUS_AUTH_FAILED)); },
-         {"qr", "qr", "qr", "-r", "-r"}},
-        {"document: first other code",
-         [](SessionAPI& api) { api.documentFlowDidComplete(failure(UNKNOWN_QR_CODE)); },
-         {"qr", "qr", "qr", "qr", "qr"}},
-        {"document: cancelled",
-         [](SessionAPI& api) { api.documentFlowDidComplete(failure(USER_CANCELLED)); },
-         {"qr", "qr", "qr", "qr", "-r"}},
-        {"document: back",
-         [](SessionAPI& api) { api.documentFlowDidComplete(failure(BACK_NAVIGATION)); },
-         {"qr", "qr", "qr", "qr", "-r"}},
-        {"document: face code",
-         [](SessionAPI& api) { api.documentFlowDidComplete(failure(CANCELLED)); },
-         {"qr", "qr", "qr", "qr", "qr"}},
-        {"forwarded: status code",
-         [](SessionAPI& api) { api.ocrFlowDidComplete(failure(STATUS_BAD_BIODATA)); },
-         {"qr", "qr", "qr", "qr", "qr"}},
-        {"ID scan: status code",
-         [](SessionAPI& api) { api.ocrScanDidComplete(failure(STATUS_BAD_BIODATA)); },
-         {"qr", "qr", "qr", "qr", "qr"}},
-        {"face: status code",
-         [](SessionAPI& api) { api.livenessCheckDidComplete(failure(STATUS_INVALID_SESSION)); },
-         {"qr", "qr", "qr", "-r", "-r"}},
-        {"face: cancelled",
-         [](SessionAPI& api) { api.livenessCheckDidComplete(failure(CANCELLED)); },
-         {"qr", "qr", "qr", "qr", "-r"}},
+        {"invalid QR code", invalidCode, failure(UNKNOWN_QR_CODE), {"h", "h", "h", "q", "q"}},
+        {"close button", close, failure(CANCELLED_BY_USER), {"h", "h", "h", "qr", "qr"}},
+        {"document: status code", document, failure(STATUS_BAD_BIODATA), {"qr", "qr", "qr", "-r", "-r"}},
+        {"document: last status code", document, failure(STATUS_AUTH_FAILED), {"qr", "qr", "qr", "-r", "-r"}},
+        {"document: first other code", document, failure(UNKNOWN_QR_CODE), {"qr", "qr", "qr", "qr", "qr"}},
+        {"document: cancelled", document, failure(USER_CANCELLED), {"qr", "qr", "qr", "qr", "-r"}},
+        {"document: back", document, failure(BACK_NAVIGATION), {"qr", "qr", "qr", "qr", "-r"}},
+        {"document: face code", document, failure(CANCELLED), {"qr", "qr", "qr", "qr", "qr"}},
+        {"document: success", document, success(IdvEvents::DOCUMENT_SCAN), {"q", "q", "q", "q", "q"}},
+        {"forwarded: status code", forwarded, failure(STATUS_BAD_BIODATA), {"qr", "qr", "qr", "qr", "qr"}},
+        {"forwarded: success", forwarded, success(IdvEvents::OCR_SCAN), {"q", "q", "q", "q", "q"}},
+        {"ID scan: status code", idScan, failure(STATUS_BAD_BIODATA), {"qr", "qr", "qr", "qr", "qr"}},
+        {"ID scan: success", idScan, success(IdvEvents::OCR_SCAN), {"q", "q", "q", "q", "q"}},
+        {"face: status code", face, failure(STATUS_INVALID_SESSION), {"qr", "qr", "qr", "-r", "-r"}},
+        {"face: cancelled", face, failure(CANCELLED), {"qr", "qr", "qr", "qr", "-r"}},
         {"face: cancelled by subtext",
-         [](SessionAPI& api) {
-             api.livenessCheckDidComplete(failure(USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT));
-         },
+         face,
+         failure(USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT),
          {"qr", "qr", "qr", "qr", "-r"}},
-        {"face: time-out",
-         [](SessionAPI& api) { api.livenessCheckDidComplete(failure(TIMEOUT)); },
-         {"qr", "qr", "qr", "qr", "qr"}},
-        {"document: success",
-         [](SessionAPI& api) { api.documentFlowDidComplete(success(IdvEvents::DOCUMENT_SCAN)); },
-         {"q", "q", "q", "q", "q"}},
-        {"code typed", [](SessionAPI& api) { api.activationCodeEntered("123456"); }, {"h", "h", "h", "h", "h"}},
-        {"code scanned", [](SessionAPI& api) { api.activationCodeScanned("123456"); }, {"h", "h", "h", "h", "h"}},
+        {"face: document code", face, failure(USER_CANCELLED), {"qr", "qr", "qr", "qr", "qr"}},
+        {"face: time-out", face, failure(TIMEOUT), {"qr", "qr", "qr", "qr", "qr"}},
+        {"face: success", face, success(IdvEvents::FACE_SCAN), {"q", "q", "q", "q", "q"}},
     };
     for (const auto& row : rows) {
         for (const auto version : allInterfaceVersions) {
-            SCOPED_TRACE(std::string{row.outcome} + ", " + std::string{namesOf(version).sessionApi});
+            SCOPED_TRACE(std::string{row.name} + ", " + std::string{namesOf(version).sessionApi});
             const std::string expected = row.expected[static_cast<std::size_t>(version)];
             Session session{version};
             const auto before = service.requests().size();
-            row.happen(*session.api);
+            row.screen(*session.api, row.result);
             EXPECT_EQ(session.delivered.size(), expected.starts_with('h') ? 1U : 0U);
             mainLoop->drain();
-            EXPECT_EQ(session.delivered.size(), expected.starts_with('-') ? 0U : 1U);
+            EXPECT_EQ(session.delivered, std::vector<IdvOutcome>(expected.starts_with('-') ? 0 : 1, row.result));
+
             const std::size_t reported = expected.ends_with('r') ? 1 : 0;
             const bool throughClient = version >= InterfaceVersion::v170;
-            EXPECT_EQ(session.backend.reports.size(), throughClient ? reported : 0U);
-            EXPECT_EQ(noticesSince(before, throughClient ? 0 : reported), throughClient ? 0U : reported);
+            ASSERT_EQ(session.backend.reports.size(), throughClient ? reported : 0U);
+            ASSERT_EQ(noticesSince(before, throughClient ? 0 : reported), throughClient ? 0U : reported);
+            if (reported > 0) {
+                const auto report = ServerReportModel::of(row.result.error(), "", "");
+                if (throughClient) {
+                    EXPECT_EQ(session.backend.reports[0].code, report.code);
+                } else {
+                    EXPECT_THAT(service.requests().back().body,
+                                testing::EndsWith("\"message\":\"" + report.message + "\"}"));
+                }
+            }
         }
+    }
+}
+
+TEST_F(SessionVersions, CodesAreDeliveredAtOnce) {
+    for (const auto version : allInterfaceVersions) {
+        Session session{version};
+        session.api->activationCodeEntered("123456");
+        session.api->activationCodeScanned("ABC");
+        ASSERT_EQ(session.delivered.size(), 2U);
+        EXPECT_EQ((*session.delivered[0])->data(), "123456");
+        EXPECT_EQ((*session.delivered[1])->data(), "ABC");
+        EXPECT_EQ((*session.delivered[1])->responseType(), IdvEvents::SCAN_QR_CODE);
     }
 }
 
@@ -179,7 +157,6 @@ TEST_F(SessionVersions, RequestFailuresAreReportedFromTheThirdVersionOn) {
             const std::size_t notices = reports && !throughClient ? 1 : 0;
             EXPECT_EQ(noticesSince(before, notices), notices);
             mainLoop->drain();
-            EXPECT_EQ(session.boxes->resets, std::string_view{what} == "join" && throughClient ? 1 : 0);
             EXPECT_TRUE(session.delivered.empty());
         }
     }

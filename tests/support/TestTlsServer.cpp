@@ -32,7 +32,13 @@ struct Free {
     void operator()(X509* certificate) const { X509_free(certificate); }
 
     void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
+
+    void operator()(BIO* bio) const { BIO_free(bio); }
 };
+
+std::unique_ptr<BIO, Free> memoryOf(const std::string& text) {
+    return std::unique_ptr<BIO, Free>{BIO_new_mem_buf(text.data(), static_cast<int>(text.size()))};
+}
 
 void addExtension(X509* certificate, int kind, const char* value) {
     X509V3_CTX context;
@@ -154,10 +160,26 @@ TestTlsServer::TestTlsServer(Handler handler, Protocol protocol)
     : handler_{std::move(handler)}
     , protocol_{protocol}
     , context_{std::make_unique<Context>()} {
-    ::signal(SIGPIPE, SIG_IGN);
     makeCertificate();
-    listen();
-    acceptor_ = std::thread{[this] { accept(); }};
+    start();
+}
+
+TestTlsServer::TestTlsServer(Handler handler, const std::string& chain, const std::string& privateKey)
+    : handler_{std::move(handler)}
+    , protocol_{Protocol::tls}
+    , context_{std::make_unique<Context>()} {
+    const auto certificates = memoryOf(chain);
+    const auto next = [&] {
+        return std::unique_ptr<X509, Free>{PEM_read_bio_X509(certificates.get(), nullptr, nullptr, nullptr)};
+    };
+    SSL_CTX_use_certificate(context_->tls.get(), next().get());
+    for (auto above = next(); above; above = next()) {
+        SSL_CTX_add1_chain_cert(context_->tls.get(), above.get());
+    }
+    const std::unique_ptr<EVP_PKEY, Free> key{
+        PEM_read_bio_PrivateKey(memoryOf(privateKey).get(), nullptr, nullptr, nullptr)};
+    SSL_CTX_use_PrivateKey(context_->tls.get(), key.get());
+    start();
 }
 
 TestTlsServer::~TestTlsServer() {
@@ -167,7 +189,8 @@ TestTlsServer::~TestTlsServer() {
         thread.join();
     }
     ::close(listener_);
-    std::filesystem::remove(certificateFile_);
+    std::error_code ignored;
+    std::filesystem::remove(certificateFile_, ignored);
 }
 
 std::string TestTlsServer::url(const std::string& path) const {
@@ -207,6 +230,12 @@ void TestTlsServer::makeCertificate() {
     PEM_write_X509(file, certificate.get());
     std::fclose(file);
     certificateFile_ = pattern;
+}
+
+void TestTlsServer::start() {
+    ::signal(SIGPIPE, SIG_IGN);
+    listen();
+    acceptor_ = std::thread{[this] { accept(); }};
 }
 
 void TestTlsServer::listen() {

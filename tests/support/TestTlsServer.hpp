@@ -36,6 +36,8 @@ public:
     enum class Protocol { tls, plain };
 
     explicit TestTlsServer(Handler handler, Protocol protocol = Protocol::tls);
+    /// Presents the certificates of `chain`, whether they fit together or not, the first of them with its key (PEM).
+    TestTlsServer(Handler handler, const std::string& chain, const std::string& privateKey);
     TestTlsServer(const TestTlsServer&) = delete;
     TestTlsServer& operator=(const TestTlsServer&) = delete;
     ~TestTlsServer();
@@ -62,6 +64,7 @@ private:
     struct Stream;
 
     void makeCertificate();
+    void start();
     void listen();
     void accept();
     void serve(int descriptor);

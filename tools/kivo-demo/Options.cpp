@@ -1,5 +1,7 @@
 #include "Options.hpp"
 
+#include "PinnedBundle.hpp"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -72,6 +74,11 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
                 return std::unexpected{fault.error()};
             }
             options.faults.push_back(std::move(*fault));
+        } else if (*argument == "--pin") {
+            options.pin = value();
+            if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
+                return std::unexpected{"--pin takes leaf, intermediate, other or empty, not \"" + options.pin + "\""};
+            }
         } else if (*argument == "--json") {
             options.json = true;
         } else if (*argument == "--log") {
@@ -86,18 +93,20 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
 }
 
 std::string usage() {
-    std::string text = "usage: kivo-demo [options]\n"
-                       "\n"
-                       "Walks a verification session through libkivo against a simulated identity service on this\n"
-                       "machine, over real TLS, and prints every step.\n"
-                       "\n"
-                       "  --version NN           interface version to load, 14 to 18 (default 18)\n"
-                       "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
-                       "  --json                 one JSON object a step\n"
-                       "  --log                  show the SDK's debug log on standard error\n"
-                       "\n"
-                       "endpoints: join update status commit upload\n"
-                       "faults:\n";
+    std::string text =
+        "usage: kivo-demo [options]\n"
+        "\n"
+        "Walks a verification session through libkivo against a simulated identity service on this\n"
+        "machine, over real TLS, and prints every step.\n"
+        "\n"
+        "  --version NN           interface version to load, 14 to 18 (default 18)\n"
+        "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
+        "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
+        "  --json                 one JSON object a step\n"
+        "  --log                  show the SDK's debug log on standard error\n"
+        "\n"
+        "endpoints: join update status commit upload\n"
+        "faults:\n";
     for (const auto& each : namedFaults) {
         text.append("  ").append(each.name).append(15 - each.name.size(), ' ').append(each.meaning).append("\n");
     }

@@ -18,9 +18,14 @@ struct InjectedFault {
 struct Options {
     std::string version = "18";
     std::vector<InjectedFault> faults;
+    /// What the host's bundle lists as pins; empty for a bundle without a list.
+    std::string pin;
     bool json = false;
     bool log = false;
     bool help = false;
+
+    /// Whether every step is to end well.
+    bool isSmooth() const { return faults.empty() && pin != "other" && pin != "empty"; }
 };
 
 /// What the command line asks for, or a sentence about what is wrong with it.

@@ -1,5 +1,7 @@
 #include "Report.hpp"
 
+#include "PinnedBundle.hpp"
+
 #include <string>
 
 namespace demo {
@@ -43,6 +45,12 @@ void Report::begin(const Options& options, const kivo::simulator::IdentityServic
     for (const auto& each : options.faults) {
         std::fprintf(out_, "Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(),
                      each.name.c_str());
+    }
+    for (const auto& choice : pinChoices) {
+        if (choice.name == options.pin) {
+            std::fprintf(out_, "Pinning: the host's readid_certificates.plist lists %s\n\n",
+                         std::string{choice.meaning}.c_str());
+        }
     }
     std::fprintf(out_, "  %-23s %-31s %9s %10s  %s\n", "step", "event or code", "sent", "time", "");
 }

@@ -1,5 +1,7 @@
 #include "Road.hpp"
 
+#include "Display.hpp"
+
 #include <algorithm>
 #include <memory>
 #include <mutex>
@@ -11,26 +13,57 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace kivo;
-using Call = std::function<void(IdvCompletion)>;
 
 constexpr auto patience = 75s;
 
 /// The answers to one call. They arrive on the transport's thread and are read on the main one.
-struct Answers {
-    std::mutex mutex;
-    int count = 0;
-    IdvOutcome last = std::unexpected{ResponseCode::NO_RESPONSE};
+class Answers {
+public:
+    void add(const IdvOutcome& outcome) {
+        {
+            const std::scoped_lock lock{mutex_};
+            ++number_;
+            last_ = outcome;
+        }
+        platform::RunLoop::main()->async([] {});
+    }
+
+    int number() const {
+        const std::scoped_lock lock{mutex_};
+        return number_;
+    }
+
+    void describe(Step& step) const {
+        const std::scoped_lock lock{mutex_};
+        step.answers = number_;
+        if (number_ == 0) {
+            return;
+        }
+        if (last_) {
+            step.outcome = IdvEventsHelper::eventName((*last_)->responseType());
+            step.detail = (*last_)->data();
+        } else {
+            step.outcome = name(last_.error());
+            step.detail = message(last_.error());
+        }
+    }
+
+private:
+    mutable std::mutex mutex_;
+    int number_ = 0;
+    IdvOutcome last_ = std::unexpected{ResponseCode::NO_RESPONSE};
 };
 
-void describe(Step& step, const IdvOutcome& outcome) {
-    if (outcome) {
-        step.outcome = IdvEventsHelper::eventName((*outcome)->responseType());
-        step.detail = (*outcome)->data();
-    } else {
-        step.outcome = name(outcome.error());
-        step.detail = message(outcome.error());
-    }
-}
+/// One call of the host, and what should come of it.
+struct Planned {
+    std::string name;
+    /// The event's or the code's name.
+    std::string_view expected;
+    /// How many requests the step sends, an upload's notice of its attempt included.
+    std::size_t requests;
+    /// Makes the call; returns what kept it from being made, or nothing.
+    std::function<std::string(IdvCompletion)> call;
+};
 
 class Walker {
 public:
@@ -39,34 +72,23 @@ public:
         , report_{report}
         , faulty_{faulty} {}
 
-    void step(std::string name, std::string_view expected, const Call& call) {
-        Step step{
-            .name = std::move(name), .outcome = "", .detail = "", .expected = faulty_ ? "" : std::string{expected}};
+    void step(const Planned& planned) {
+        Step step{.name = planned.name, .outcome = "", .detail = "", .expected = std::string{planned.expected}};
+        if (faulty_) {
+            step.expected.clear();
+        }
         const auto before = service_.requests().size();
         const auto& answers = answers_.emplace_back(std::make_shared<Answers>());
         const auto start = std::chrono::steady_clock::now();
-        call([answers](const IdvOutcome& outcome) {
-            {
-                const std::scoped_lock lock{answers->mutex};
-                ++answers->count;
-                answers->last = outcome;
-            }
-            platform::RunLoop::main()->async([] {});
-        });
-        platform::RunLoop::main()->runUntil(
-            [&] {
-                const std::scoped_lock lock{answers->mutex};
-                return answers->count > 0;
-            },
-            patience);
-        step.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-        {
-            const std::scoped_lock lock{answers->mutex};
-            step.answers = answers->count;
-            if (step.answers > 0) {
-                describe(step, answers->last);
-            }
+        const auto problem = planned.call([answers](const IdvOutcome& outcome) { answers->add(outcome); });
+        if (problem.empty()) {
+            platform::RunLoop::main()->runUntil([&] { return answers->number() > 0; }, patience);
         }
+        step.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+        step.detail = problem;
+        answers->describe(step);
+        // What a step sends after its answer is still its own.
+        service_.waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
         const auto requests = service_.requests();
         for (auto i = before; i < requests.size(); ++i) {
             step.bytesSent += requests[i].body.size();
@@ -77,10 +99,7 @@ public:
 
     /// Asked at the very end, so that a late second answer is noticed.
     bool allAsExpected() const {
-        return allAsExpected_ && std::ranges::all_of(answers_, [](const auto& answers) {
-                   const std::scoped_lock lock{answers->mutex};
-                   return answers->count == 1;
-               });
+        return allAsExpected_ && std::ranges::all_of(answers_, [](const auto& each) { return each->number() == 1; });
     }
 
 private:
@@ -101,19 +120,58 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     const auto config =
         std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face");
     const auto image = std::string(std::size_t{48} * 1024, 'A');
+    Display display{/*boxesAreReset=*/options.version >= "17"};
+    session->setContext(display.context());
 
-    Walker walker{service, report, !options.faults.empty()};
-    walker.step("join with a wrong code", "STATUS_INVALID_ACTIVATION_CODE",
-                [&](auto response) { session->join("000000", config, response); });
-    walker.step("join", "JOIN_SESSION", [&](auto response) { session->join("123456", config, response); });
-    walker.step("update", "UPDATE_SESSION",
-                [&](auto response) { session->update("inform", "The person has the document at hand", response); });
-    walker.step("upload an image", "UPLOAD_DOCUMENT",
-                [&](auto response) { session->upload(AcquisitionObject::documentMainImage, image, response); });
-    walker.step("status", "SESSION_STATUS", [&](auto response) { session->status(response); });
-    walker.step("commit", "COMMIT_SESSION", [&](auto response) { session->commit(response); });
+    // The code screen stays until the join has succeeded, and may deliver more than one code.
+    IdvCompletion heard;
+    const auto typeCode = [&](std::string_view code) {
+        return [&, code](IdvCompletion response) {
+            heard = std::move(response);
+            return display.typeCode(code);
+        };
+    };
+    const auto showScreenAndTypeCode = [&](IdvCompletion response) {
+        session->acquire(AcquisitionObject::activationCode, config, [&](const IdvOutcome& outcome) { heard(outcome); });
+        return typeCode("000000")(std::move(response));
+    };
+    const auto calling = [](auto call) {
+        return [call](IdvCompletion response) {
+            call(std::move(response));
+            return std::string{};
+        };
+    };
+
+    const Planned enter[]{
+        {"type a wrong code", "SCAN_QR_CODE", 0, showScreenAndTypeCode},
+        {"join with it", "STATUS_INVALID_ACTIVATION_CODE", 1,
+         calling([&](auto response) { session->join("000000", config, response); })},
+        {"type the right code", "SCAN_QR_CODE", 0, typeCode("123456")},
+        {"join with it", "JOIN_SESSION", 1, calling([&](auto response) { session->join("123456", config, response); })},
+    };
+    const Planned deliver[]{
+        {"update", "UPDATE_SESSION", 1,
+         calling([&](auto response) { session->update("inform", "The person has the document at hand", response); })},
+        {"upload an image", "UPLOAD_DOCUMENT", 2,
+         calling([&](auto response) { session->upload(AcquisitionObject::documentMainImage, image, response); })},
+        {"status", "SESSION_STATUS", 1, calling([&](auto response) { session->status(response); })},
+        {"commit", "COMMIT_SESSION", 1, calling([&](auto response) { session->commit(response); })},
+    };
+    const Planned statusAfterReset{"status after reset", "INVALID_STATUS_SESSION", 0,
+                                   calling([&](auto response) { session->status(response); })};
+
+    Walker walker{service, report, !options.isSmooth()};
+    for (const auto& planned : enter) {
+        walker.step(planned);
+    }
+    display.returnToStart();
+    for (const auto& planned : deliver) {
+        walker.step(planned);
+    }
     session->reset();
-    walker.step("status after reset", "INVALID_STATUS_SESSION", [&](auto response) { session->status(response); });
+    walker.step(statusAfterReset);
+    // The display goes with this function; the session, which lives on, must not keep it.
+    session->setContext(nullptr);
     return walker.allAsExpected();
 }
 

@@ -1,4 +1,5 @@
 #include "Options.hpp"
+#include "PinnedBundle.hpp"
 #include "Report.hpp"
 #include "Road.hpp"
 
@@ -73,7 +74,9 @@ int run(const demo::Options& options) {
     kivo::simulator::IdentityService service{configuration};
 
     auto services = kivo::platform::linuxServices(
-        {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service.trustedCertificates()});
+        {.mainBundle = options.pin.empty() ? "" : demo::makePinnedBundle(folder.path(), options.pin, service),
+         .dataFolder = folder.path(),
+         .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
     kivo::platform::install(services);
     const auto page = service.joinPage();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <kivo/Export.hpp>
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Image.hpp>
 
 #include <cstdint>
 #include <filesystem>
@@ -49,7 +51,7 @@ public:
     /// A text of the information dictionary; absent when missing or not text.
     virtual std::optional<std::string> infoText(std::string_view key) const = 0;
 
-    /// Where the resource `name`.`type` lies; absent when the bundle has none.
+    /// Where the resource `name`.`type` lies; absent when the bundle has none. One that cannot be read is there.
     virtual std::optional<std::filesystem::path> pathForResource(std::string_view name,
                                                                  std::string_view type) const = 0;
 
@@ -58,6 +60,12 @@ public:
 
     /// The text for `key` in `table`.strings of the person's language, else of the development language, else `key`.
     virtual std::string localizedString(std::string_view key, std::string_view table = "Localizable") const = 0;
+
+    /// A named colour of the asset catalogue; absent when missing or malformed (a diagnostic tells which).
+    virtual std::optional<Color> color(std::string_view /*name*/) const { return std::nullopt; }
+
+    /// A named image of the asset catalogue; null when missing or malformed (a diagnostic tells which).
+    virtual std::shared_ptr<const Image> image(std::string_view /*name*/) const { return nullptr; }
 };
 
 /// Finds bundles.

@@ -6,8 +6,10 @@
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/ReachabilityService.hpp>
+#include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/Workspace.hpp>
+#include <kivo/platform/ui/Fonts.hpp>
 
 #include <filesystem>
 #include <memory>
@@ -18,12 +20,14 @@ namespace kivo::platform {
 struct Services {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;
+    std::shared_ptr<Trust> trust;
     std::shared_ptr<Keychain> keychain;
     std::shared_ptr<ReachabilityService> reachability;
     std::shared_ptr<Bundles> bundles;
     std::shared_ptr<Device> device;
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
+    std::shared_ptr<Fonts> fonts;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,

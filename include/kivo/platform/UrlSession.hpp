@@ -89,7 +89,10 @@ public:
     virtual void cancel() = 0;
 };
 
-/// The certificates a server presented, leaf first, each in DER form.
+/// The certificate that a server proved to hold the key of, and those above it, each in DER form.
+///
+/// Leaf first; each one is signed by the next, which is an authority's. Whatever else the server presented is left out,
+/// so that a foreign certificate cannot stand in the chain of another.
 struct ServerTrust {
     std::string host;
     std::vector<Data> chain;

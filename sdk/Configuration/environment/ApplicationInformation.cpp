@@ -1,10 +1,11 @@
 #include "Configuration/environment/ApplicationInformation.hpp"
 
+#include "Configuration/environment/SdkBundle.hpp"
 #include "Configuration/logging/Log.hpp"
-#include "Models/Text.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/Text.hpp>
 
 #include <algorithm>
 #include <array>
@@ -12,7 +13,6 @@
 namespace kivo {
 namespace {
 
-constexpr std::string_view sdkBundleIdentifier = "com.test.ZORFramework";
 constexpr std::string_view shortVersionKey = "CFBundleShortVersionString";
 constexpr std::string_view buildVersionKey = "CFBundleVersion";
 
@@ -22,7 +22,7 @@ std::string appVersion() {
 }
 
 std::string sdkVersion() {
-    const auto sdk = platform::services().bundles->withIdentifier(sdkBundleIdentifier);
+    const auto sdk = sdkBundle();
     return sdk ? sdk->infoText(shortVersionKey).value_or("") : "";
 }
 

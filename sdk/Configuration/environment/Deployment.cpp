@@ -1,3 +1,5 @@
+#include "Configuration/environment/SdkBundle.hpp"
+
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
 
@@ -8,8 +10,6 @@
 
 namespace kivo {
 namespace {
-
-constexpr std::string_view sdkBundleIdentifier = "com.test.ZORFramework";
 
 struct Installed {
     std::mutex mutex;
@@ -40,14 +40,13 @@ Deployment readFrom(const platform::PropertyValue::Dictionary& root) {
 }
 
 Deployment shipped() {
-    const auto& services = platform::services();
-    const auto bundle = services.bundles->withIdentifier(sdkBundleIdentifier);
+    const auto bundle = sdkBundle();
     const auto plist = bundle ? bundle->propertyList("Deployment") : std::nullopt;
     if (!plist || plist->dictionary() == nullptr) {
-        services.diagnostics->report("deployment",
-                                     "The SDK's bundle has no readable Deployment.plist, so no join page is "
-                                     "known. Install ZORFramework.bundle beside the library, or call "
-                                     "kivo::Deployment::install before the first join.");
+        platform::services().diagnostics->report(
+            "deployment", "The SDK's bundle has no readable Deployment.plist, so no join page is "
+                          "known. Install ZORFramework.bundle beside the library, or call "
+                          "kivo::Deployment::install before the first join.");
         return {};
     }
     return readFrom(*plist->dictionary());

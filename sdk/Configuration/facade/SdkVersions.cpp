@@ -1,6 +1,5 @@
-#include "Models/Text.hpp"
-
 #include <kivo/SdkVersions.hpp>
+#include <kivo/platform/Text.hpp>
 
 namespace kivo {
 

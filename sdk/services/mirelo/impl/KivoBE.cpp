@@ -4,13 +4,13 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
-#include "Models/Text.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/Text.hpp>
 
 #include <nlohmann/json.hpp>
 
@@ -41,6 +41,11 @@ IdvOutcome succeeded(std::string data, IdvEvents event) {
 
 IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
+}
+
+/// The code for a request that got no usable answer: `own`, unless the server was not the pinned one.
+ResponseCode codeOf(const TransportError& error, ResponseCode own) {
+    return error.cause == platform::UrlErrorKind::pinMismatch ? ResponseCode::UNSECURE_SERVER_PINNING_FAILED : own;
 }
 
 Json objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
@@ -118,17 +123,19 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
                    .appConfigDictionary = std::move(dictionary)};
     }
     log::info(function, [this] { return description(); });
-    getJoin(forCode, [this, completion = std::move(sessionResponseCompletion)](
-                         bool success, const std::string& answer) { completion(judgeJoin(success, answer)); });
+    getJoin(forCode, [this, completion = std::move(sessionResponseCompletion)](const JoinAnswer& answer) {
+        completion(judgeJoin(answer));
+    });
 }
 
-IdvOutcome KivoBE::judgeJoin(bool success, const std::string& answer) const {
+IdvOutcome KivoBE::judgeJoin(const JoinAnswer& answer) const {
     constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
-    log::debug(function,
-               [&] { return std::string{"Received join response with result "} + (success ? "true" : "false"); });
-    if (!success) {
-        const auto refusal = rules_.readsFailedJoinAsRefusal ? ErrorManager::refusalIn(answer) : std::nullopt;
-        return failed(refusal.value_or(ResponseCode::INVALID_JOIN_SESSION));
+    log::debug(function, [&] {
+        return std::string{"Received join response with result "} + (answer.success ? "true" : "false");
+    });
+    if (!answer.success) {
+        const auto refusal = rules_.readsFailedJoinAsRefusal ? ErrorManager::refusalIn(answer.text) : std::nullopt;
+        return failed(refusal.value_or(answer.failure));
     }
     const auto session = storedSession();
     if (!session) {
@@ -142,7 +149,7 @@ IdvOutcome KivoBE::judgeJoin(bool success, const std::string& answer) const {
     return succeeded(session->tId, IdvEvents::JOIN_SESSION);
 }
 
-void KivoBE::getJoin(const std::string& codeValue, std::function<void(bool success, std::string answer)> completion) {
+void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinAnswer answer)> completion) {
     constexpr std::string_view function = "getJoin(codeValue:completion:)";
     if (rules_.logsClientBeforeJoin) {
         log::debug(function, [this] { return description(); });
@@ -160,12 +167,14 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(bool succe
         Deployment::current().joinPage(joined.environment), body,
         [shared, codeValue](platform::Data answer) {
             if (!text::isUtf8(answer) || !storeJoinAnswer(answer) || !storeActivationCode(codeValue)) {
-                (*shared)(false, "");
+                (*shared)({});
                 return;
             }
-            (*shared)(true, std::move(answer));
+            (*shared)({.success = true, .text = std::move(answer)});
         },
-        [shared](const TransportError&) { (*shared)(false, ""); });
+        [shared](const TransportError& error) {
+            (*shared)({.failure = codeOf(error, ResponseCode::INVALID_JOIN_SESSION)});
+        });
 }
 
 void KivoBE::setServerRetryLimit() {
@@ -221,7 +230,9 @@ void KivoBE::send(const SessionRequest& request, const IdvCompletion& completion
             const auto refusal = ErrorManager::refusalIn(answer);
             completion(refusal ? failed(*refusal) : succeeded(tid, event));
         },
-        [completion, code = request.invalidSession](const TransportError&) { completion(failed(code)); });
+        [completion, code = request.invalidSession](const TransportError& error) {
+            completion(failed(codeOf(error, code)));
+        });
 }
 
 void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) {
@@ -247,7 +258,7 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     };
     NetworkManager::shared().sendRequest(
         url, body, [finish](const platform::Data& answer) { finish(ErrorManager::refusalIn(answer)); },
-        [finish](const TransportError&) { finish(ResponseCode::BIODATA_UPLOAD_FAILED); });
+        [finish](const TransportError& error) { finish(codeOf(error, ResponseCode::BIODATA_UPLOAD_FAILED)); });
     if (const auto current = storedSession()) {
         CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*current);
     }

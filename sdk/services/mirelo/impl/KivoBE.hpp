@@ -5,6 +5,8 @@
 #include "services/mirelo/MireloProxy.hpp"
 #include "services/mirelo/impl/KivoBERules.hpp"
 
+#include <kivo/ResponseCode.hpp>
+
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -30,8 +32,15 @@ public:
     void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) override;
     void reset() override;
 
+    /// How the exchange of a join ended: with a stored answer, or with the code to fail with.
+    struct JoinAnswer {
+        bool success = false;
+        std::string text{};
+        ResponseCode failure = ResponseCode::INVALID_JOIN_SESSION;
+    };
+
     /// Sends the join of the current fields and stores the answer, unjudged, with `codeValue` beside it.
-    void getJoin(const std::string& codeValue, std::function<void(bool success, std::string answer)> completion);
+    void getJoin(const std::string& codeValue, std::function<void(JoinAnswer answer)> completion);
 
     /// Takes the stored session's retry limit over into the transport's attempt counter.
     void setServerRetryLimit();
@@ -49,7 +58,7 @@ private:
 
     Fields fields() const;
     std::string description() const;
-    IdvOutcome judgeJoin(bool success, const std::string& answer) const;
+    IdvOutcome judgeJoin(const JoinAnswer& answer) const;
     void send(const SessionRequest& request, const IdvCompletion& completion) const;
 
     const InterfaceVersion version_;

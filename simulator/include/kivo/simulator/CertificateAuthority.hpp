@@ -26,11 +26,19 @@ struct CertificateRequest {
     CertificateFlaw flaw = CertificateFlaw::none;
 };
 
+/// What a host lists to pin a server: one of the two is enough.
+struct CertificatePins {
+    std::string leaf;
+    /// Empty for a certificate signed by itself.
+    std::string intermediate;
+};
+
 /// A certificate with its private key, as PEM text.
 struct IssuedCertificate {
     /// The leaf, then the intermediate that signed it.
     std::string chain;
     std::string privateKey;
+    CertificatePins pins;
 };
 
 /// A certificate authority of its own, made afresh each time: a root, an intermediate, and what they issue.

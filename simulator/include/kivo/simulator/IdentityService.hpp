@@ -77,6 +77,10 @@ public:
     /// The certificate authority's root, as a PEM file that goes with the service.
     std::filesystem::path trustedCertificates() const;
 
+    /// The pins of the sound certificate, to write into a host's list of pins. A flawed certificate has another key,
+    /// and all but the self-signed and the untrusted one have the same intermediate.
+    CertificatePins pins() const;
+
     int port() const;
 
     /// Makes an endpoint misbehave. Of several faults the one injected last is looked at first.

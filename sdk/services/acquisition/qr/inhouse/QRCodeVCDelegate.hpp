@@ -15,13 +15,4 @@ public:
     virtual void closeButtonPressed() = 0;
 };
 
-/// The activation code screen as its creator keeps it.
-class ActivationCodeFields {
-public:
-    virtual ~ActivationCodeFields() = default;
-
-    /// Empties the boxes so that another code can be typed. Main thread.
-    virtual void resetActivationCodeFields() = 0;
-};
-
 } // namespace kivo

@@ -1,4 +1,4 @@
-#include "Models/Text.hpp"
+#include <kivo/platform/Text.hpp>
 
 #include <utf8proc.h>
 
@@ -27,6 +27,21 @@ CodePoint codePointAt(std::string_view text, std::size_t position) {
     return point;
 }
 
+/// Where the character that begins at `position` ends.
+std::size_t characterEnd(std::string_view text, std::size_t position) {
+    utf8proc_int32_t state = 0;
+    auto point = codePointAt(text, position);
+    for (position += point.length; position < text.size();) {
+        const auto next = codePointAt(text, position);
+        if (!point.valid || !next.valid || utf8proc_grapheme_break_stateful(point.value, next.value, &state)) {
+            break;
+        }
+        point = next;
+        position += next.length;
+    }
+    return position;
+}
+
 } // namespace
 
 bool isUtf8(std::string_view bytes) {
@@ -42,18 +57,30 @@ bool isUtf8(std::string_view bytes) {
 
 std::optional<std::string_view> firstCharacters(std::string_view text, std::size_t count) {
     std::size_t seen = 0;
-    utf8proc_int32_t previous = 0;
-    utf8proc_int32_t state = 0;
-    for (std::size_t position = 0; position < text.size();) {
-        const auto point = codePointAt(text, position);
-        const bool begins = position == 0 || utf8proc_grapheme_break_stateful(previous, point.value, &state);
-        if (begins && seen++ == count) {
+    for (std::size_t position = 0; position < text.size(); position = characterEnd(text, position)) {
+        if (seen++ == count) {
             return text.substr(0, position);
         }
-        previous = point.value;
-        position += point.length;
     }
     return seen >= count ? std::optional{text} : std::nullopt;
+}
+
+std::size_t characterCount(std::string_view text) {
+    std::size_t count = 0;
+    for (std::size_t position = 0; position < text.size(); position = characterEnd(text, position)) {
+        ++count;
+    }
+    return count;
+}
+
+std::vector<std::string_view> characters(std::string_view text) {
+    std::vector<std::string_view> all;
+    for (std::size_t position = 0; position < text.size();) {
+        const auto end = characterEnd(text, position);
+        all.push_back(text.substr(position, end - position));
+        position = end;
+    }
+    return all;
 }
 
 } // namespace kivo::text

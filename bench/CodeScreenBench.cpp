@@ -1,0 +1,87 @@
+// One frame of the activation code screen: what a keystroke, a change of the reading size and a new screen cost.
+#include "Configuration/environment/SdkBundle.hpp"
+#include "services/acquisition/Screens.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
+
+#include <kivo/KivoSDK.hpp>
+#include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
+#include <kivo/platform/ui/TextField.hpp>
+#include <kivo/platform/ui/Window.hpp>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace {
+
+using namespace kivo;
+using namespace kivo::platform;
+
+[[noreturn]] void giveUp(const std::string& why) {
+    std::fprintf(stderr, "kivo-bench-code-screen: %s\n", why.c_str());
+    std::exit(EXIT_FAILURE);
+}
+
+std::shared_ptr<QRCodeVC> makeScreen(const std::shared_ptr<ThemeCustomization>& theme) {
+    registerScreens();
+    const auto storyboard = Storyboard::open("ZORFramework", sdkBundle());
+    const auto made = storyboard ? (*storyboard)->instantiate("QRCodeVC") : std::unexpected{storyboard.error()};
+    if (!made) {
+        giveUp(made.error());
+    }
+    auto screen = std::dynamic_pointer_cast<QRCodeVC>(*made);
+    screen->themeObj = theme;
+    return screen;
+}
+
+void keystroke(benchmark::State& state) {
+    const auto window = std::make_shared<Window>();
+    window->setRootViewController(makeScreen(std::make_shared<ThemeCustomization>()));
+    window->layoutIfNeeded();
+    for ([[maybe_unused]] const auto each : state) {
+        const auto field = std::dynamic_pointer_cast<TextField>(Keyboard::firstResponder());
+        if (!field) {
+            window->find<TextField>("textFieldDigitOne")->becomeFirstResponder();
+            continue;
+        }
+        field->insertText("7");
+        window->layoutIfNeeded();
+    }
+}
+
+void newReadingSize(benchmark::State& state) {
+    const auto window = std::make_shared<Window>();
+    window->setRootViewController(makeScreen(std::make_shared<ThemeCustomization>()));
+    auto category = ContentSizeCategory::large;
+    for ([[maybe_unused]] const auto each : state) {
+        category = category == ContentSizeCategory::large ? ContentSizeCategory::medium : ContentSizeCategory::large;
+        window->setPreferredContentSizeCategory(category);
+        window->layoutIfNeeded();
+    }
+}
+
+void newScreen(benchmark::State& state) {
+    const auto window = std::make_shared<Window>();
+    const auto theme = std::make_shared<ThemeCustomization>();
+    for ([[maybe_unused]] const auto each : state) {
+        window->setRootViewController(makeScreen(theme));
+        window->layoutIfNeeded();
+    }
+}
+
+BENCHMARK(keystroke)->Unit(benchmark::kMicrosecond);
+BENCHMARK(newReadingSize)->Unit(benchmark::kMicrosecond);
+BENCHMARK(newScreen)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // Every change of the reading size is logged at the information level.
+    KivoSDK::setLogLevel(LogLevel::error);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/LayoutConstraint.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kivo {
+
+/// The look of the close button on every screen. Main thread only.
+///
+/// Close buttons are hidden until `closeButtonIsHidden` is set to false. Lengths are in points; what is absent stays as
+/// the storyboard has it, unless its comment says otherwise.
+class KIVO_EXPORT ZorCloseButtonAppearance {
+public:
+    /// Looks the default font up.
+    ZorCloseButtonAppearance();
+
+    bool closeButtonIsHidden = true;
+    std::shared_ptr<const platform::Image> closeButtonImage;
+    std::shared_ptr<const platform::Image> closeButtonBackGroundImage;
+    std::string closeButtonTitle = "Close";
+    std::optional<platform::Color> closeButtonBackgroundColor;
+    std::optional<platform::Color> closeButtonTitleColor;
+    double closeButtonWidth = 75;
+    double closeButtonHeight = 35;
+    /// Absent means 17.5, half of the default height.
+    std::optional<double> closeButtonCornerRadius;
+    /// "Karbon-Bold" at 17 points, or the system font where that is not installed.
+    platform::Font closeButtonFont;
+
+    /// Gives a screen's close button this look; the constraints are the ones that size it.
+    void applyAppearanceCloseButton(platform::Button& closeButton, platform::LayoutConstraint& widthConstraint,
+                                    platform::LayoutConstraint& heightConstraint) const;
+};
+
+} // namespace kivo

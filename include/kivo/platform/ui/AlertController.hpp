@@ -1,0 +1,51 @@
+#pragma once
+
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace kivo::platform {
+
+/// A question over the screen with a few answers, each a button. Present it like any screen.
+class KIVO_EXPORT AlertController final : public ViewController {
+public:
+    enum class ActionStyle { standard, cancel, destructive };
+
+    struct Action {
+        std::string title;
+        ActionStyle style = ActionStyle::standard;
+        /// Called once, when the alert has gone, if a person chose this answer.
+        std::function<void()> handler{};
+    };
+
+    AlertController(std::string title, std::string message)
+        : title_{std::move(title)}
+        , message_{std::move(message)} {}
+
+    const std::string& title() const { return title_; }
+
+    const std::string& message() const { return message_; }
+
+    void addAction(Action action) { actions_.push_back(std::move(action)); }
+
+    const std::vector<Action>& actions() const { return actions_; }
+
+    /// A person's choice: takes the alert away and calls the handler. A second choice, or an index that is none, does
+    /// nothing.
+    void choose(std::size_t index);
+
+protected:
+    /// A box with the texts as labels and a button an action; the buttons' identifiers are their titles.
+    std::shared_ptr<View> loadView() override;
+
+private:
+    std::string title_;
+    std::string message_;
+    std::vector<Action> actions_;
+    bool isAnswered_ = false;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Font.hpp>
+
+#include <optional>
+#include <string>
+
+namespace kivo::platform {
+
+/// A text with attributes that hold over its whole length; an absent one is the view's own.
+struct AttributedText {
+    std::string text{};
+    std::optional<Color> foregroundColor{};
+    /// Extra space between characters, in points.
+    std::optional<double> kern{};
+    std::optional<Font> font{};
+
+    bool operator==(const AttributedText&) const = default;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <kivo/platform/ui/TextStyled.hpp>
+
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace kivo::platform {
+
+enum class ControlEvent { touchUpInside, editingDidBegin, editingChanged, editingDidEnd };
+
+/// A view that a person operates. It has a text as buttons and fields do.
+class KIVO_EXPORT Control : public TextStyled {
+public:
+    using Action = std::function<void(const std::shared_ptr<View>& sender)>;
+
+    bool isEnabled() const { return isEnabled_; }
+
+    void setEnabled(bool enabled);
+
+    /// Calls `action` at every such event, after the ones added before.
+    void addAction(ControlEvent event, Action action);
+
+    /// Calls the actions of an event as a person's doing would.
+    void sendActions(ControlEvent event);
+
+private:
+    bool isOperable() const override { return isEnabled_ && isUserInteractionEnabled(); }
+
+    bool isEnabled_ = true;
+    std::vector<std::pair<ControlEvent, Action>> actions_;
+};
+
+} // namespace kivo::platform

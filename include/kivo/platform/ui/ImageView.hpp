@@ -1,0 +1,25 @@
+#pragma once
+
+#include <kivo/platform/ui/Image.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+namespace kivo::platform {
+
+/// Shows an image, scaled to fit. Taps go through it unless it is made to take input.
+class KIVO_EXPORT ImageView : public View {
+public:
+    ImageView();
+
+    const std::shared_ptr<const Image>& image() const { return image_; }
+
+    void setImage(std::shared_ptr<const Image> image);
+
+    Size sizeThatFits(double widthLimit) override;
+
+    AccessibilityRole accessibilityRole() const override { return AccessibilityRole::image; }
+
+private:
+    std::shared_ptr<const Image> image_;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/LayoutConstraint.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <typeinfo>
+
+namespace kivo::platform {
+
+/// A screen's side of the connections to its storyboard scene: it names its outlets and actions here.
+///
+/// An outlet that the scene lacks, or that is of another class, and an action of the scene that the screen lacks, make
+/// the scene fail with an error that names them.
+class KIVO_EXPORT Interface {
+public:
+    using Action = std::function<void(const std::shared_ptr<View>& sender)>;
+
+    virtual ~Interface() = default;
+
+    /// Fills `slot` with the view of that outlet.
+    template <class T>
+    void outlet(std::string_view name, std::shared_ptr<T>& slot) {
+        connectView(name, typeid(T), [&slot](const std::shared_ptr<View>& view) {
+            slot = std::dynamic_pointer_cast<T>(view);
+            return slot != nullptr;
+        });
+    }
+
+    void outlet(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) { connectConstraint(name, slot); }
+
+    /// Names a method that controls of the scene can call. It is not called once the screen is gone; capture `this`,
+    /// never the screen's shared pointer.
+    virtual void action(std::string_view name, Action action) = 0;
+
+protected:
+    virtual void connectView(std::string_view name, const std::type_info& wanted,
+                             const std::function<bool(const std::shared_ptr<View>&)>& take) = 0;
+    virtual void connectConstraint(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) = 0;
+};
+
+} // namespace kivo::platform

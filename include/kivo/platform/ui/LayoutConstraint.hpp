@@ -1,0 +1,28 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+#include <memory>
+
+namespace kivo::platform {
+
+/// A handle on one dimension of a view's placement, as a storyboard gives it to a screen.
+class KIVO_EXPORT LayoutConstraint {
+public:
+    enum class Attribute { width, height };
+
+    LayoutConstraint(std::weak_ptr<View> view, Attribute attribute)
+        : view_{std::move(view)}
+        , attribute_{attribute} {}
+
+    /// In points; 0 when the view is gone or has no such dimension.
+    double constant() const;
+    void setConstant(double constant);
+
+private:
+    std::weak_ptr<View> view_;
+    Attribute attribute_;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <memory>
+#include <vector>
+
+namespace kivo::platform {
+
+/// A stack of screens under a navigation bar; the topmost is shown.
+class KIVO_EXPORT NavigationController final : public ViewController {
+public:
+    /// An empty stack shows nothing until something is pushed.
+    explicit NavigationController(const std::shared_ptr<ViewController>& root = nullptr);
+
+    const std::vector<std::shared_ptr<ViewController>>& viewControllers() const { return children(); }
+
+    std::shared_ptr<ViewController> topViewController() const;
+
+    void pushViewController(const std::shared_ptr<ViewController>& viewController, bool animated);
+
+    /// Takes the topmost screen away and returns it; null when only the root is left.
+    std::shared_ptr<ViewController> popViewController(bool animated);
+
+    /// Takes every screen above `viewController` away.
+    void popToViewController(const std::shared_ptr<ViewController>& viewController, bool animated);
+
+    /// The bar at the top. Its tint colours the buttons; its items are the top screen's `navigationItem`.
+    const std::shared_ptr<View>& navigationBar();
+
+    bool isNavigationBarHidden() const { return isNavigationBarHidden_; }
+
+    void setNavigationBarHidden(bool hidden);
+
+protected:
+    std::shared_ptr<View> loadView() override;
+
+private:
+    std::vector<std::shared_ptr<ViewController>> shownChildren() const override;
+    void arrangeViews() override;
+    void showTop(bool animated);
+    void fillNavigationBar();
+
+    std::shared_ptr<View> navigationBar_;
+    bool isNavigationBarHidden_ = false;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/Image.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kivo::platform {
+
+/// A button in the navigation bar.
+struct BarButtonItem {
+    enum class Style { plain, done };
+
+    std::string title{};
+    std::shared_ptr<const Image> image{};
+    Style style = Style::plain;
+    std::function<void()> action{};
+};
+
+/// What a screen shows in the navigation bar while it is on top.
+class KIVO_EXPORT NavigationItem {
+public:
+    const std::string& title() const { return title_; }
+
+    void setTitle(std::string title) {
+        title_ = std::move(title);
+        tellChange();
+    }
+
+    const std::optional<BarButtonItem>& leftBarButtonItem() const { return left_; }
+
+    void setLeftBarButtonItem(std::optional<BarButtonItem> item) {
+        left_ = std::move(item);
+        tellChange();
+    }
+
+    const std::optional<BarButtonItem>& rightBarButtonItem() const { return right_; }
+
+    void setRightBarButtonItem(std::optional<BarButtonItem> item) {
+        right_ = std::move(item);
+        tellChange();
+    }
+
+private:
+    friend class NavigationController;
+
+    void tellChange() const {
+        if (changed_) {
+            changed_();
+        }
+    }
+
+    std::string title_;
+    std::optional<BarButtonItem> left_;
+    std::optional<BarButtonItem> right_;
+    /// How the bar that shows this item learns of changes.
+    std::function<void()> changed_;
+};
+
+} // namespace kivo::platform

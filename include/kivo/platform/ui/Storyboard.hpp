@@ -1,0 +1,48 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kivo::platform {
+
+class Bundle;
+
+/// Screens laid out in a file, the resource `name`.storyboard of a bundle: scenes by identifier, each with a class and
+/// a tree of views. docs/storyboards.md describes the file.
+class KIVO_EXPORT Storyboard : public std::enable_shared_from_this<Storyboard> {
+public:
+    using Factory = std::function<std::shared_ptr<ViewController>()>;
+    using ViewFactory = std::function<std::shared_ptr<View>()>;
+
+    /// Reads and checks the file; its classes must be registered by then. The error is one sentence for the person who
+    /// lays out screens: file, scene, view, what does not fit and what to do.
+    static std::expected<std::shared_ptr<Storyboard>, std::string> open(std::string_view name,
+                                                                        const std::shared_ptr<Bundle>& bundle);
+
+    Storyboard(const Storyboard&) = delete;
+    Storyboard& operator=(const Storyboard&) = delete;
+    ~Storyboard();
+
+    /// A new screen of the scene with that identifier, with every outlet and action connected, but `viewDidLoad` still
+    /// to come. The error names file, scene and outlet.
+    std::expected<std::shared_ptr<ViewController>, std::string> instantiate(std::string_view identifier);
+
+    /// Makes a class of screens, or of views, known to storyboards by its name. The last registration counts.
+    static void registerScreen(std::string className, Factory factory);
+    static void registerView(std::string className, ViewFactory factory);
+
+private:
+    struct Contents;
+
+    explicit Storyboard(std::unique_ptr<Contents> contents);
+
+    std::unique_ptr<Contents> contents_;
+};
+
+} // namespace kivo::platform

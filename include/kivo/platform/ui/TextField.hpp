@@ -1,0 +1,142 @@
+#pragma once
+
+#include <kivo/platform/ui/AttributedText.hpp>
+#include <kivo/platform/ui/Control.hpp>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kivo::platform {
+
+class TextField;
+
+/// A stretch of a text, counted in user-perceived characters: a flag or a letter with its accents is one.
+struct TextRange {
+    std::size_t location = 0;
+    std::size_t length = 0;
+
+    bool operator==(const TextRange&) const = default;
+};
+
+/// The keyboards that a field can ask for, with the platform's numbers.
+enum class KeyboardType { standard = 0, asciiCapable = 1, numberPad = 4, namePhonePad = 6 };
+
+/// Follows the editing of a field and may refuse it. Held weakly by the field.
+class KIVO_EXPORT TextFieldDelegate {
+public:
+    virtual ~TextFieldDelegate() = default;
+
+    virtual bool textFieldShouldBeginEditing(TextField& /*field*/) { return true; }
+
+    virtual void textFieldDidBeginEditing(TextField& /*field*/) {}
+
+    virtual void textFieldDidEndEditing(TextField& /*field*/) {}
+
+    /// Asked before a person's change; the delegate may write the field's text itself and refuse.
+    virtual bool shouldChangeCharacters(TextField& /*field*/, TextRange /*range*/, const std::string& /*replacement*/) {
+        return true;
+    }
+
+    /// Asked when the delete key is pressed, also in an empty field.
+    virtual bool keyboardInputShouldDelete(TextField& /*field*/) { return true; }
+};
+
+/// One line of text that a person edits. `insertText`, `deleteBackward` and `paste` are the doors for a person's input,
+/// from a real keyboard and from a simulated one alike.
+class KIVO_EXPORT TextField : public Control {
+public:
+    /// The plain text; of an attributed text its characters.
+    const std::string& text() const { return text_; }
+
+    /// Replaces the text and drops the attributes. The cursor goes to the end; no event is sent.
+    void setText(std::string text);
+
+    const std::optional<AttributedText>& attributedText() const { return attributedText_; }
+
+    /// Replaces the text; absent leaves an empty one.
+    void setAttributedText(std::optional<AttributedText> text);
+
+    const std::string& placeholder() const { return placeholder_; }
+
+    void setPlaceholder(std::string placeholder);
+
+    const std::optional<AttributedText>& attributedPlaceholder() const { return attributedPlaceholder_; }
+
+    void setAttributedPlaceholder(std::optional<AttributedText> placeholder);
+
+    std::shared_ptr<TextFieldDelegate> delegate() const { return delegate_.lock(); }
+
+    void setDelegate(std::weak_ptr<TextFieldDelegate> delegate) { delegate_ = std::move(delegate); }
+
+    KeyboardType keyboardType() const { return keyboardType_; }
+
+    void setKeyboardType(KeyboardType type) { keyboardType_ = type; }
+
+    bool isAutocorrected() const { return isAutocorrected_; }
+
+    void setAutocorrected(bool autocorrected) { isAutocorrected_ = autocorrected; }
+
+    const std::shared_ptr<View>& leftView() const { return leftView_; }
+
+    void setLeftView(std::shared_ptr<View> view);
+
+    const std::shared_ptr<View>& rightView() const { return rightView_; }
+
+    void setRightView(std::shared_ptr<View> view);
+
+    // Editing by a person. Each returns whether the field took the change; it does so only while a person could reach
+    // it.
+
+    /// Typing, or an input method's result: replaces the selection. Begins editing if need be.
+    virtual bool insertText(const std::string& text);
+
+    /// The delete key.
+    virtual bool deleteBackward();
+
+    /// Pasting; the same as typing all at once.
+    bool paste(const std::string& text) { return insertText(text); }
+
+    /// What is selected; an empty one is the cursor. At first the end of the text.
+    TextRange selection() const { return selection_; }
+
+    /// Clamped to the text.
+    void setSelection(TextRange selection);
+
+    bool canBecomeFirstResponder() const override { return isEnabled() && isUserInteractionEnabled(); }
+
+    bool becomeFirstResponder() override;
+    bool resignFirstResponder() override;
+
+    Size sizeThatFits(double widthLimit) override;
+
+    AccessibilityRole accessibilityRole() const override { return AccessibilityRole::textField; }
+
+    /// The text, or the placeholder of an empty field.
+    std::string shownText() const override;
+
+protected:
+    bool handleTouch() override;
+    void layoutSubviews() override;
+
+private:
+    bool takeInput();
+    bool replaceCharacters(TextRange range, const std::string& replacement);
+    TextRange clamped(TextRange range) const;
+    void textDidChange();
+
+    std::string text_;
+    std::optional<AttributedText> attributedText_;
+    std::string placeholder_;
+    std::optional<AttributedText> attributedPlaceholder_;
+    std::weak_ptr<TextFieldDelegate> delegate_;
+    KeyboardType keyboardType_ = KeyboardType::standard;
+    bool isAutocorrected_ = true;
+    std::shared_ptr<View> leftView_;
+    std::shared_ptr<View> rightView_;
+    TextRange selection_;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,148 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/ContentSizeCategory.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kivo::platform {
+
+class Interface;
+class NavigationController;
+class NavigationItem;
+class Storyboard;
+class ViewController;
+class Window;
+
+/// A passage from one screen to another, laid out in the storyboard.
+struct Segue {
+    std::string identifier;
+    std::shared_ptr<ViewController> source;
+    std::shared_ptr<ViewController> destination;
+};
+
+/// `automatic` lays a presented screen over the one below, which stays in place and does not disappear; `fullScreen`
+/// makes the one below disappear.
+enum class ModalPresentationStyle { automatic, fullScreen };
+
+/// A screen: a view, and what it does while it comes and goes. Main thread only.
+///
+/// `...WillAppear` and `...WillDisappear` run inside the call that moves the screen; `...DidAppear`, `...DidDisappear`
+/// and the call's completion run on the main queue afterwards, in this order, animated or not: whoever draws the tree
+/// animates at its own pace. A screen that leaves is released unless somebody else holds it.
+class KIVO_EXPORT ViewController : public std::enable_shared_from_this<ViewController> {
+public:
+    ViewController();
+    ViewController(const ViewController&) = delete;
+    ViewController& operator=(const ViewController&) = delete;
+    virtual ~ViewController();
+
+    /// The screen's view, made on first use; `viewDidLoad` runs then.
+    const std::shared_ptr<View>& view();
+
+    bool isViewLoaded() const { return view_ != nullptr; }
+
+    // The life cycle, for subclasses; empty by default.
+
+    virtual void viewDidLoad() {}
+
+    virtual void viewWillAppear(bool /*animated*/) {}
+
+    virtual void viewDidAppear(bool /*animated*/) {}
+
+    virtual void viewWillDisappear(bool /*animated*/) {}
+
+    virtual void viewDidDisappear(bool /*animated*/) {}
+
+    /// The reading size changed while the view was loaded.
+    virtual void traitCollectionDidChange() {}
+
+    /// Called between making a segue's destination and showing it.
+    virtual void prepareForSegue(const Segue& /*segue*/) {}
+
+    /// Whoever shows the tree should ask again how the status bar looks.
+    void setNeedsStatusBarAppearanceUpdate();
+
+    // Where the screen is.
+
+    /// The navigation controller whose stack holds this screen, or one of its parents; null when there is none.
+    std::shared_ptr<NavigationController> navigationController();
+    std::shared_ptr<ViewController> parent() const;
+    const std::vector<std::shared_ptr<ViewController>>& children() const;
+
+    /// Makes `child` part of this screen; its view is yours to add.
+    void addChild(const std::shared_ptr<ViewController>& child);
+    void removeFromParent();
+
+    /// The title and the buttons for the navigation bar.
+    const std::shared_ptr<NavigationItem>& navigationItem();
+
+    // Modal presentation.
+
+    /// Shows `viewController` over this screen, or over the one that this screen already presents.
+    void present(const std::shared_ptr<ViewController>& viewController, bool animated,
+                 std::function<void()> completion = {});
+
+    /// Takes away what this screen presents or, when it presents nothing, this screen itself. `completion` runs in any
+    /// case, also when there was nothing to take away.
+    void dismiss(bool animated, std::function<void()> completion = {});
+
+    std::shared_ptr<ViewController> presentedViewController() const;
+    std::shared_ptr<ViewController> presentingViewController() const;
+
+    ModalPresentationStyle modalPresentationStyle() const { return modalPresentationStyle_; }
+
+    void setModalPresentationStyle(ModalPresentationStyle style) { modalPresentationStyle_ = style; }
+
+    // Storyboard.
+
+    /// The storyboard that made this screen; null when none did.
+    const std::shared_ptr<Storyboard>& storyboard() const { return storyboard_; }
+
+    /// Goes along the segue of that name: makes its destination, prepares and shows it. False, with a diagnostic, when
+    /// this screen has no such segue or its destination cannot be made.
+    bool performSegue(std::string_view identifier);
+
+    /// Overrides the reading size for this screen and its children; absent takes the override back.
+    void overrideContentSizeCategory(std::optional<ContentSizeCategory> category);
+
+protected:
+    /// Makes the view; by default what the storyboard says, else a plain one.
+    virtual std::shared_ptr<View> loadView();
+
+    /// Names the outlets and actions that the storyboard must connect; runs when the view is loaded, before
+    /// `viewDidLoad`.
+    virtual void connect(Interface& /*interface*/) {}
+
+private:
+    friend class NavigationController;
+    friend class Storyboard;
+    friend class View;
+    friend class Window;
+
+    enum class Appearance { disappeared, appearing, appeared, disappearing };
+    struct State;
+
+    /// The children that show while this screen does.
+    virtual std::vector<std::shared_ptr<ViewController>> shownChildren() const;
+
+    /// Puts the children's views in place.
+    virtual void arrangeViews() {}
+
+    std::shared_ptr<Window> windowOfScreen() const;
+    void tellTraitChange();
+    /// Cuts this screen and those over it from the screens they were presented on.
+    void forgetPresentation();
+
+    std::unique_ptr<State> state_;
+    std::shared_ptr<View> view_;
+    std::shared_ptr<Storyboard> storyboard_;
+    ModalPresentationStyle modalPresentationStyle_ = ModalPresentationStyle::automatic;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <kivo/platform/ui/View.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace kivo::platform {
+
+/// Follows what a window shows, so as to draw it. Main thread.
+class KIVO_EXPORT WindowObserver {
+public:
+    virtual ~WindowObserver() = default;
+
+    /// `view` looks different: its own properties, its frame, or its list of subviews.
+    virtual void viewDidChange(View& /*view*/) {}
+
+    /// Another screen is on top now.
+    virtual void screenDidChange() {}
+
+    virtual void statusBarAppearanceDidChange() {}
+};
+
+/// The whole display of a phone: its size, its reading size, and the screens on it.
+class KIVO_EXPORT Window final : public View {
+public:
+    /// A window of that size in points.
+    explicit Window(Size size = {390, 844});
+
+    std::shared_ptr<ViewController> rootViewController() const { return root_; }
+
+    /// Shows `root`: its view is loaded and appears.
+    void setRootViewController(std::shared_ptr<ViewController> root);
+
+    /// The screen that a person sees: the last presented one or, of a navigation stack, the topmost.
+    std::shared_ptr<ViewController> visibleViewController() const;
+
+    void setSize(Size size);
+
+    const EdgeInsets& safeArea() const { return safeArea_; }
+
+    void setSafeArea(const EdgeInsets& insets);
+
+    ContentSizeCategory preferredContentSizeCategory() const { return contentSizeCategory(); }
+
+    /// Tells every loaded screen that its traits changed, then lays out anew.
+    void setPreferredContentSizeCategory(ContentSizeCategory category);
+
+    /// The topmost view at a point of the display that takes touches; null when there is none.
+    std::shared_ptr<View> hitTest(Point point);
+
+    void setObserver(std::weak_ptr<WindowObserver> observer) { observer_ = std::move(observer); }
+
+protected:
+    void layoutSubviews() override;
+
+private:
+    friend class NavigationController;
+    friend class View;
+    friend class ViewController;
+
+    using Screens = std::vector<std::shared_ptr<ViewController>>;
+
+    Window* asWindow() override { return this; }
+
+    /// Brings the screens' life cycles and views in line with how the screens hang together now.
+    void updateScreens(bool animated, std::function<void()> completion = {});
+    /// The presented screens from the topmost one that fills the display on.
+    Screens stackedScreens() const;
+    /// These and their children.
+    Screens screensToShow() const;
+    void arrangeViews();
+
+    std::shared_ptr<ViewController> root_;
+    Screens shown_;
+    bool isArranging_ = false;
+    EdgeInsets safeArea_{.top = 47, .left = 0, .bottom = 34, .right = 0};
+    std::weak_ptr<WindowObserver> observer_;
+};
+
+} // namespace kivo::platform

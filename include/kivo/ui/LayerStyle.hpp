@@ -1,0 +1,30 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+#include <optional>
+
+/// Corner, border and shadow of any view, as the SDK's own screens set them. Main thread; lengths in points.
+namespace kivo::ui {
+
+KIVO_EXPORT double cornerRadiusExt(const platform::View& view);
+/// Also clips the view to its bounds exactly when the radius is above 0.
+KIVO_EXPORT void setCornerRadiusExt(platform::View& view, double radius);
+
+KIVO_EXPORT double borderWidthExt(const platform::View& view);
+KIVO_EXPORT void setBorderWidthExt(platform::View& view, double width);
+
+/// Absent where the view has none.
+KIVO_EXPORT std::optional<platform::Color> borderColorExt(const platform::View& view);
+KIVO_EXPORT void setBorderColorExt(platform::View& view, std::optional<platform::Color> color);
+
+KIVO_EXPORT double shadowRadiusExt(const platform::View& view);
+/// Also makes the shadow black, three fifths opaque, and 2 points below the view.
+KIVO_EXPORT void setShadowRadiusExt(platform::View& view, double radius);
+
+/// The outline of a screen's main button. It clips to its bounds whatever the radius.
+KIVO_EXPORT void applyPrimaryButtonStyle(platform::View& view, const platform::Color& borderColor, double cornerRadius,
+                                         double borderWidth);
+
+} // namespace kivo::ui

@@ -1,0 +1,181 @@
+#include "AssetCatalogue.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <fstream>
+#include <span>
+#include <stdexcept>
+#include <system_error>
+
+namespace kivo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+constexpr std::uintmax_t largestContents = std::uintmax_t{1} << 20;
+constexpr auto contentsFile = "Contents.json";
+
+/// What is wrong with a set; never leaves this file.
+class Malformed : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+Json readContents(const fs::path& set) {
+    const auto path = set / contentsFile;
+    std::error_code error;
+    const auto size = fs::file_size(path, error);
+    std::ifstream file{path, std::ios::binary};
+    if (error || size > largestContents || !file) {
+        throw Malformed{"cannot be read"};
+    }
+    auto contents = Json::parse(file, nullptr, false);
+    if (!contents.is_object()) {
+        throw Malformed{"is not JSON with an object in it"};
+    }
+    return contents;
+}
+
+const Json& entries(const Json& contents, const char* name) {
+    const auto found = contents.find(name);
+    if (found == contents.end() || !found->is_array()) {
+        throw Malformed{"has no list \"" + std::string{name} + "\""};
+    }
+    return *found;
+}
+
+std::string text(const Json& object, const char* name) {
+    const auto found = object.is_object() ? object.find(name) : object.end();
+    return object.is_object() && found != object.end() && found->is_string() ? found->get<std::string>()
+                                                                             : std::string{};
+}
+
+/// The entry for every device that is not for a certain appearance, such as a dark one.
+bool isUniversal(const Json& entry) {
+    return entry.is_object() && text(entry, "idiom") == "universal" && !entry.contains("appearances");
+}
+
+/// "0.5" is a fraction; "128" and "0x80" count in 255ths.
+double component(const Json& components, const char* name) {
+    const auto written = text(components, name);
+    const auto end = written.data() + written.size();
+    const bool isHex = written.starts_with("0x") || written.starts_with("0X");
+    const bool isFraction = written.contains('.');
+    double value = -1;
+    std::from_chars_result read{};
+    if (isHex) {
+        unsigned whole = 0;
+        read = std::from_chars(written.data() + 2, end, whole, 16);
+        value = whole;
+    } else {
+        read = std::from_chars(written.data(), end, value);
+    }
+    value = isFraction || std::string_view{name} == "alpha" ? value : value / 255;
+    if (read.ec != std::errc{} || read.ptr != end || !(value >= 0 && value <= 1)) {
+        throw Malformed{"has no usable \"" + std::string{name} + R"(" (write "0.5", "128" or "0x80"))"};
+    }
+    return value;
+}
+
+Color readColor(const fs::path& set) {
+    const auto contents = readContents(set);
+    for (const auto& entry : entries(contents, "colors")) {
+        if (!isUniversal(entry) || !entry.contains("color")) {
+            continue;
+        }
+        const auto& color = entry["color"];
+        const auto components = color.is_object() ? color.value("components", Json{}) : Json{};
+        return {.red = component(components, "red"),
+                .green = component(components, "green"),
+                .blue = component(components, "blue"),
+                .alpha = component(components, "alpha")};
+    }
+    throw Malformed{"has no universal colour"};
+}
+
+/// In points, of a PNG file of so many pixels a point; zero for other files.
+Size pictureSize(const fs::path& path, double scale) {
+    std::array<unsigned char, 24> header{};
+    std::ifstream file{path, std::ios::binary};
+    file.read(reinterpret_cast<char*>(header.data()), header.size());
+    constexpr std::array<unsigned char, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    if (!file || !std::ranges::equal(signature, std::span{header}.first<8>())) {
+        return {};
+    }
+    const auto pixels = [&](std::size_t at) {
+        return static_cast<double>(header[at] << 24U | header[at + 1] << 16U | header[at + 2] << 8U | header[at + 3]);
+    };
+    return {pixels(16) / scale, pixels(20) / scale};
+}
+
+double scaleOf(const Json& entry) {
+    const auto scale = text(entry, "scale");
+    return scale == "3x" ? 3 : scale == "2x" ? 2 : 1;
+}
+
+std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view name) {
+    const auto contents = readContents(set);
+    const Json* best = nullptr;
+    for (const auto& entry : entries(contents, "images")) {
+        if (isUniversal(entry) && !text(entry, "filename").empty() && (!best || scaleOf(entry) > scaleOf(*best))) {
+            best = &entry;
+        }
+    }
+    if (!best) {
+        throw Malformed{"has no universal image with a file"};
+    }
+    const fs::path file{text(*best, "filename")};
+    std::error_code error;
+    if (file.has_parent_path() || !fs::is_regular_file(set / file, error)) {
+        throw Malformed{"names the file \"" + file.string() + "\", which is not in its folder"};
+    }
+    return std::make_shared<const Image>(std::string{name}, set / file, pictureSize(set / file, scaleOf(*best)));
+}
+
+/// What `read` gives, or how the set at `set` is malformed.
+template <class Read>
+auto guarded(const fs::path& set, const Read& read) -> std::expected<decltype(read()), std::string> {
+    try {
+        return read();
+    } catch (const Malformed& problem) {
+        return std::unexpected{"\"" + (set / contentsFile).string() + "\" " + problem.what()};
+    }
+}
+
+} // namespace
+
+std::expected<std::optional<Color>, std::string> AssetCatalogue::color(std::string_view name) const {
+    const auto set = find(name, ".colorset");
+    return set ? guarded(*set, [&] { return std::optional{readColor(*set)}; }) : std::optional<Color>{};
+}
+
+std::expected<std::shared_ptr<const Image>, std::string> AssetCatalogue::image(std::string_view name) const {
+    const auto set = find(name, ".imageset");
+    return set ? guarded(*set, [&] { return readImage(*set, name); }) : nullptr;
+}
+
+std::optional<fs::path> AssetCatalogue::find(std::string_view name, std::string_view kind) const {
+    const auto folder = std::string{name}.append(kind);
+    std::error_code error;
+    for (fs::directory_iterator catalogue{bundle_, error}, end; !error && catalogue != end;
+         catalogue.increment(error)) {
+        if (catalogue->path().extension() != ".xcassets") {
+            continue;
+        }
+        std::error_code inside;
+        for (fs::recursive_directory_iterator entry{catalogue->path(), inside}, last; !inside && entry != last;
+             entry.increment(inside)) {
+            if (entry->path().filename() == folder) {
+                return entry->path();
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace kivo::platform

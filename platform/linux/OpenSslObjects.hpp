@@ -1,0 +1,41 @@
+#pragma once
+
+#include <openssl/x509.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kivo::platform {
+
+/// Frees an OpenSSL object with the function made for its type.
+template <auto free>
+struct OpenSslFree {
+    template <class T>
+    void operator()(T* object) const {
+        free(object);
+    }
+};
+
+using X509Pointer = std::unique_ptr<X509, OpenSslFree<X509_free>>;
+using KeyPointer = std::unique_ptr<EVP_PKEY, OpenSslFree<EVP_PKEY_free>>;
+
+/// The certificate in these bytes (DER), or null.
+inline X509Pointer certificateIn(std::string_view der) {
+    const auto* begin = reinterpret_cast<const unsigned char*>(der.data());
+    return X509Pointer{d2i_X509(nullptr, &begin, static_cast<long>(der.size()))};
+}
+
+/// The DER form of an object, by its own i2d function; empty when it has none.
+template <class T, class Encode>
+std::string derOf(T* object, const Encode& encode) {
+    const int size = encode(object, nullptr);
+    std::string der(size > 0 ? static_cast<std::size_t>(size) : 0, '\0');
+    if (!der.empty()) {
+        auto* end = reinterpret_cast<unsigned char*>(der.data());
+        encode(object, &end);
+    }
+    return der;
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,19 @@
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Image.hpp>
+
+namespace kivo::platform {
+
+std::optional<Color> Color::named(std::string_view name) {
+    return services().bundles->main()->color(name);
+}
+
+std::shared_ptr<const Image> Image::named(std::string_view name) {
+    return named(name, *services().bundles->main());
+}
+
+std::shared_ptr<const Image> Image::named(std::string_view name, const Bundle& bundle) {
+    return bundle.image(name);
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,199 @@
+#include "ViewControllerState.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/NavigationItem.hpp>
+#include <kivo/platform/ui/Window.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+constexpr double barHeight = 44;
+constexpr double barMargin = 8;
+
+/// The screen on top fills the whole view; the bar lies over its upper edge.
+class NavigationView final : public View {
+public:
+    explicit NavigationView(std::shared_ptr<View> bar)
+        : bar_{std::move(bar)} {}
+
+protected:
+    void layoutSubviews() override {
+        for (const auto& subview : subviews()) {
+            if (subview == bar_) {
+                bar_->setFrame({.origin = {}, .size = {frame().size.width, safeAreaInsets().top + barHeight}});
+            } else if (subview->frame().size != frame().size) {
+                subview->setFrame(bounds());
+            }
+        }
+    }
+
+private:
+    std::shared_ptr<View> bar_;
+};
+
+std::shared_ptr<Button> barButton(std::string identifier, const BarButtonItem& item) {
+    auto button = std::make_shared<Button>();
+    button->setIdentifier(std::move(identifier));
+    button->setTitle(item.title);
+    button->setImage(item.image);
+    button->setAccessibilityLabel(item.title.empty() && item.image ? item.image->name : item.title);
+    button->addAction(ControlEvent::touchUpInside, [action = item.action](const auto&) {
+        if (action) {
+            action();
+        }
+    });
+    return button;
+}
+
+} // namespace
+
+NavigationController::NavigationController(const std::shared_ptr<ViewController>& root) {
+    if (root) {
+        root->state_->parent = this;
+        state_->children.push_back(root);
+    }
+}
+
+std::shared_ptr<ViewController> NavigationController::topViewController() const {
+    return children().empty() ? nullptr : children().back();
+}
+
+void NavigationController::pushViewController(const std::shared_ptr<ViewController>& viewController, bool animated) {
+    if (!viewController || viewController.get() == this || viewController->parent()) {
+        services().diagnostics->report("screens", "A screen was not pushed: there is none, or it is part of another.");
+        return;
+    }
+    viewController->state_->parent = this;
+    state_->children.push_back(viewController);
+    showTop(animated);
+}
+
+std::shared_ptr<ViewController> NavigationController::popViewController(bool animated) {
+    if (children().size() < 2) {
+        return nullptr;
+    }
+    auto leaving = topViewController();
+    popToViewController(children()[children().size() - 2], animated);
+    return leaving;
+}
+
+void NavigationController::popToViewController(const std::shared_ptr<ViewController>& viewController, bool animated) {
+    auto& stack = state_->children;
+    const auto found = std::ranges::find(stack, viewController);
+    if (found == stack.end() || std::next(found) == stack.end()) {
+        return;
+    }
+    const std::vector leaving(std::next(found), stack.end());
+    stack.erase(std::next(found), stack.end());
+    showTop(animated);
+    // A screen on its way out may still ask where it was.
+    for (const auto& screen : leaving) {
+        screen->state_->parent = nullptr;
+    }
+}
+
+void NavigationController::showTop(bool animated) {
+    const auto self = shared_from_this();
+    if (const auto window = windowOfScreen()) {
+        window->updateScreens(animated);
+    } else {
+        arrangeViews();
+    }
+}
+
+const std::shared_ptr<View>& NavigationController::navigationBar() {
+    if (!navigationBar_) {
+        navigationBar_ = std::make_shared<View>();
+        navigationBar_->setIdentifier("navigationBar");
+    }
+    return navigationBar_;
+}
+
+void NavigationController::setNavigationBarHidden(bool hidden) {
+    isNavigationBarHidden_ = hidden;
+    arrangeViews();
+}
+
+std::shared_ptr<View> NavigationController::loadView() {
+    auto view = std::make_shared<NavigationView>(navigationBar());
+    view->addSubview(navigationBar());
+    return view;
+}
+
+std::vector<std::shared_ptr<ViewController>> NavigationController::shownChildren() const {
+    return children().empty() ? std::vector<std::shared_ptr<ViewController>>{} : std::vector{children().back()};
+}
+
+void NavigationController::arrangeViews() {
+    if (!isViewLoaded()) {
+        return;
+    }
+    const auto top = topViewController();
+    const auto screenView = top ? top->view_ : nullptr;
+    const auto former = view()->subviews();
+    for (const auto& subview : former) {
+        if (subview != navigationBar_ && subview != screenView) {
+            subview->removeFromSuperview();
+        }
+    }
+    navigationBar_->setHidden(isNavigationBarHidden_);
+    if (!screenView) {
+        return;
+    }
+    auto insets = view()->safeAreaInsets();
+    insets.top += isNavigationBarHidden_ ? 0 : barHeight;
+    screenView->setSafeAreaInsets(insets);
+    if (screenView->superview() != view()) {
+        view()->insertSubview(screenView, 0);
+    }
+    fillNavigationBar();
+}
+
+void NavigationController::fillNavigationBar() {
+    const auto top = topViewController();
+    const auto& item = top->navigationItem();
+    const std::weak_ptr weak{std::static_pointer_cast<NavigationController>(shared_from_this())};
+    item->changed_ = [weak, shown = std::weak_ptr{top}] {
+        const auto self = weak.lock();
+        if (self && self->topViewController() == shown.lock()) {
+            self->fillNavigationBar();
+        }
+    };
+    const auto former = navigationBar_->subviews();
+    for (const auto& subview : former) {
+        subview->removeFromSuperview();
+    }
+    const auto add = [this](const std::shared_ptr<View>& view, Placement placement) {
+        placement.bottom = 0;
+        placement.height = barHeight;
+        view->setPlacement(placement);
+        navigationBar_->addSubview(view);
+    };
+    const auto title = std::make_shared<Label>();
+    title->setIdentifier("navigationTitle");
+    title->setText(item->title());
+    add(title, {.centerX = 0});
+    if (const auto& left = item->leftBarButtonItem()) {
+        add(barButton("leftBarButton", *left), {.left = barMargin});
+    } else if (children().size() > 1) {
+        add(barButton("backButton", {.title = "Back",
+                                     .action =
+                                         [weak] {
+                                             if (const auto self = weak.lock()) {
+                                                 self->popViewController(true);
+                                             }
+                                         }}),
+            {.left = barMargin});
+    }
+    if (const auto& right = item->rightBarButtonItem()) {
+        add(barButton("rightBarButton", *right), {.right = barMargin});
+    }
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <kivo/platform/ui/Geometry.hpp>
+
+#include <string_view>
+
+namespace kivo::platform {
+
+/// A plain estimate of the size of `text`, by the kind of each character and the same on every machine: narrow, common,
+/// broad, East Asian wide, or without a width. Lines break between words, and inside a word wider than `widthLimit`.
+Size estimateText(std::string_view text, double pointSize, double widthLimit);
+
+} // namespace kivo::platform

@@ -1,0 +1,259 @@
+#include "FirstResponder.hpp"
+
+#include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/View.hpp>
+#include <kivo/platform/ui/Window.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+constexpr double leastVisibleAlpha = 0.01;
+
+} // namespace
+
+View::~View() {
+    if (wasFirstResponder(this)) {
+        setFirstResponder(nullptr);
+        updateKeyboard();
+    }
+}
+
+void View::addSubview(const std::shared_ptr<View>& view) {
+    insertSubview(view, subviews_.size());
+}
+
+void View::insertSubview(const std::shared_ptr<View>& view, std::size_t index) {
+    if (!view || isDescendantOf(*view)) {
+        return;
+    }
+    view->removeFromSuperview();
+    view->superview_ = weak_from_this();
+    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())), view);
+    view->setNeedsLayout();
+    if (window()) {
+        view->tellContentSizeCategoryChange();
+        updateKeyboard();
+    }
+    noteChange();
+    view->tellWindowAboutScreens();
+}
+
+void View::removeFromSuperview() {
+    const auto self = shared_from_this();
+    const auto parent = superview();
+    if (!parent) {
+        return;
+    }
+    endEditing();
+    std::erase(parent->subviews_, self);
+    superview_.reset();
+    parent->setNeedsLayout();
+    parent->noteChange();
+    tellWindowAboutScreens();
+}
+
+void View::tellWindowAboutScreens() {
+    const auto screen = screen_.lock();
+    if (!screen || !screen->parent()) {
+        return;
+    }
+    if (const auto window = screen->windowOfScreen(); window && !window->isArranging_) {
+        window->updateScreens(false);
+    }
+}
+
+std::shared_ptr<View> View::find(std::string_view identifier) {
+    if (identifier_ == identifier) {
+        return shared_from_this();
+    }
+    for (const auto& subview : subviews_) {
+        if (auto found = subview->find(identifier)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+std::shared_ptr<View> View::viewWithTag(int tag) {
+    if (tag_ == tag) {
+        return shared_from_this();
+    }
+    for (const auto& subview : subviews_) {
+        if (auto found = subview->viewWithTag(tag)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+std::shared_ptr<Window> View::window() {
+    auto root = weak_from_this().lock();
+    while (root) {
+        auto next = root->superview();
+        if (!next) {
+            break;
+        }
+        root = std::move(next);
+    }
+    auto* const window = root ? root->asWindow() : nullptr;
+    return window ? std::shared_ptr<Window>{root, window} : nullptr;
+}
+
+bool View::isDescendantOf(const View& view) const {
+    if (this == &view) {
+        return true;
+    }
+    const auto parent = superview();
+    return parent && parent->isDescendantOf(view);
+}
+
+void View::setHidden(bool hidden) {
+    if (std::exchange(isHidden_, hidden) != hidden) {
+        setNeedsLayout();
+        noteChange();
+    }
+}
+
+bool View::isVisible() {
+    if (isHidden_ || alpha_ < leastVisibleAlpha) {
+        return false;
+    }
+    const auto parent = superview();
+    return parent ? parent->isVisible() : asWindow() != nullptr;
+}
+
+bool View::isReachable() {
+    if (!isVisible()) {
+        return false;
+    }
+    const View* screenView = this;
+    for (auto view = shared_from_this(); view; view = view->superview()) {
+        if (!view->isOperable()) {
+            return false;
+        }
+        if (const auto* window = view->asWindow()) {
+            return window == this || window->subviews().back().get() == screenView;
+        }
+        screenView = view.get();
+    }
+    return false;
+}
+
+void View::setAlpha(double alpha) {
+    alpha_ = alpha;
+    noteChange();
+}
+
+void View::setBackgroundColor(std::optional<Color> color) {
+    backgroundColor_ = color;
+    noteChange();
+}
+
+std::optional<Color> View::tintColor() const {
+    if (tintColor_) {
+        return tintColor_;
+    }
+    const auto parent = superview();
+    return parent ? parent->tintColor() : std::nullopt;
+}
+
+void View::setTintColor(std::optional<Color> color) {
+    tintColor_ = color;
+    noteChange();
+}
+
+void View::changeLayer(const std::function<void(Layer&)>& change) {
+    change(layer_);
+    noteChange();
+}
+
+void View::setUserInteractionEnabled(bool enabled) {
+    isUserInteractionEnabled_ = enabled;
+}
+
+void View::addTapAction(std::function<void()> action) {
+    tapActions_.push_back(std::move(action));
+}
+
+bool View::touch() {
+    if (!isVisible()) {
+        return false;
+    }
+    // A view that refuses input is as good as glass: the tap goes to the one behind.
+    auto target = shared_from_this();
+    for (auto view = target; view; view = view->superview()) {
+        if (!view->isUserInteractionEnabled_) {
+            target = view->superview();
+        }
+    }
+    for (; target && target->isReachable(); target = target->superview()) {
+        if (target->handleTouch()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool View::handleTouch() {
+    // A copy: an action may take the view away, or add another one.
+    const auto actions = tapActions_;
+    for (const auto& action : actions) {
+        action();
+    }
+    return !actions.empty();
+}
+
+bool View::becomeFirstResponder() {
+    const auto self = weak_from_this().lock();
+    if (!self || !canBecomeFirstResponder()) {
+        return false;
+    }
+    const FocusChange change;
+    if (const auto former = Keyboard::firstResponder(); former && former != self) {
+        former->resignFirstResponder();
+        if (Keyboard::firstResponder() == former) {
+            return false;
+        }
+    }
+    setFirstResponder(self);
+    return true;
+}
+
+bool View::resignFirstResponder() {
+    if (isFirstResponder()) {
+        const FocusChange change;
+        setFirstResponder(nullptr);
+    }
+    return true;
+}
+
+bool View::isFirstResponder() const {
+    return Keyboard::firstResponder().get() == this;
+}
+
+bool View::endEditing() {
+    const auto responder = Keyboard::firstResponder();
+    return !responder || !responder->isDescendantOf(*this) || responder->resignFirstResponder();
+}
+
+std::string View::accessibilityLabel() const {
+    return accessibilityLabel_.empty() ? shownText() : accessibilityLabel_;
+}
+
+void View::setAccessibilityLabel(std::string label) {
+    accessibilityLabel_ = std::move(label);
+    noteChange();
+}
+
+void View::noteChange() {
+    if (const auto owner = window()) {
+        if (const auto observer = owner->observer_.lock()) {
+            observer->viewDidChange(*this);
+        }
+    }
+}
+
+} // namespace kivo::platform

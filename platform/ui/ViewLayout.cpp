@@ -1,0 +1,176 @@
+#include <kivo/platform/ui/View.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+constexpr std::size_t rememberedFits = 4;
+
+/// One axis of a placement.
+struct Span {
+    std::optional<double> near;
+    std::optional<double> far;
+    std::optional<double> center;
+    std::optional<double> length;
+
+    double margins() const { return near.value_or(0) + far.value_or(0); }
+
+    /// The length within `available`; absent when the view itself decides.
+    std::optional<double> lengthIn(double available) const {
+        if (length) {
+            return std::max(*length, 0.0);
+        }
+        return near && far ? std::optional{std::max(available - margins(), 0.0)} : std::nullopt;
+    }
+
+    double positionIn(double start, double available, double ownLength) const {
+        if (near) {
+            return start + *near;
+        }
+        if (far) {
+            return start + available - *far - ownLength;
+        }
+        return center ? start + (available - ownLength) / 2 + *center : start;
+    }
+
+    /// What the superview needs for a view of `ownLength`.
+    double extent(double ownLength) const { return ownLength + margins() + 2 * std::abs(center.value_or(0)); }
+};
+
+Span horizontal(const Placement& placement) {
+    return {placement.left, placement.right, placement.centerX, placement.width};
+}
+
+Span vertical(const Placement& placement) {
+    return {placement.top, placement.bottom, placement.centerY, placement.height};
+}
+
+} // namespace
+
+void View::setFrame(const Rect& frame) {
+    const auto former = std::exchange(frame_, frame);
+    if (former == frame) {
+        return;
+    }
+    if (former.size != frame.size) {
+        needsLayout_ = true;
+        for (auto* view = this; view && !std::exchange(view->layoutIsPending_, true);) {
+            view = view->superview().get();
+        }
+    }
+    noteChange();
+}
+
+Rect View::frameOnScreen() const {
+    auto frame = frame_;
+    for (auto view = superview(); view; view = view->superview()) {
+        frame.origin.x += view->frame_.origin.x;
+        frame.origin.y += view->frame_.origin.y;
+    }
+    return frame;
+}
+
+void View::setPlacement(const Placement& placement) {
+    if (placement != std::exchange(placement_, placement)) {
+        setNeedsLayout();
+    }
+}
+
+void View::setSafeAreaInsets(const EdgeInsets& insets) {
+    if (insets != std::exchange(safeAreaInsets_, insets)) {
+        setNeedsLayout();
+    }
+}
+
+void View::setNeedsLayout() {
+    for (auto* view = this; view; view = view->superview().get()) {
+        view->needsLayout_ = true;
+        view->layoutIsPending_ = true;
+        view->fits_.clear();
+    }
+}
+
+void View::layoutIfNeeded() {
+    auto root = shared_from_this();
+    while (auto next = root->superview()) {
+        root = std::move(next);
+    }
+    // A layout may change texts and so ask for another one; three are enough for every layout that settles at all.
+    for (int pass = 0; pass < 3 && root->layoutIsPending_; ++pass) {
+        root->layoutTree();
+    }
+}
+
+void View::layoutTree() {
+    if (std::exchange(needsLayout_, false)) {
+        layoutSubviews();
+    }
+    bool isPending = needsLayout_;
+    // A copy: a layout may add views, which the next pass then places.
+    const auto subviews = subviews_;
+    for (const auto& subview : subviews) {
+        if (subview->layoutIsPending_) {
+            subview->layoutTree();
+            isPending = isPending || subview->layoutIsPending_;
+        }
+    }
+    layoutIsPending_ = isPending || needsLayout_;
+}
+
+void View::layoutSubviews() {
+    const auto safe = inset(bounds(), safeAreaInsets_);
+    for (const auto& subview : subviews_) {
+        place(*subview, subview->placement_.ignoresSafeArea ? bounds() : safe);
+    }
+}
+
+void View::place(View& subview, const Rect& area) {
+    const auto [width, height] = area.size;
+    const auto across = horizontal(subview.placement_);
+    const auto down = vertical(subview.placement_);
+    auto ownWidth = across.lengthIn(width);
+    auto ownHeight = down.lengthIn(height);
+    if (!ownWidth || !ownHeight) {
+        const auto fit = subview.fittingSize(ownWidth.value_or(std::max(width - across.margins(), 0.0)));
+        ownWidth = ownWidth.value_or(fit.width);
+        ownHeight = ownHeight.value_or(fit.height);
+    }
+    subview.setFrame(
+        {.origin = {across.positionIn(area.left(), width, *ownWidth), down.positionIn(area.top(), height, *ownHeight)},
+         .size = {*ownWidth, *ownHeight}});
+}
+
+Size View::fittingSize(double widthLimit) {
+    const auto limit = placement_.width.value_or(widthLimit);
+    const auto known = std::ranges::find(fits_, limit, &Fit::widthLimit);
+    if (known != fits_.end()) {
+        return known->size;
+    }
+    auto size = placement_.width && placement_.height ? Size{} : sizeThatFits(limit);
+    size.width = placement_.width.value_or(size.width);
+    size.height = placement_.height.value_or(std::max(size.height, placement_.minimumHeight.value_or(0)));
+    if (fits_.size() == rememberedFits) {
+        fits_.clear();
+    }
+    fits_.push_back({.widthLimit = limit, .size = size});
+    return size;
+}
+
+Size View::sizeThatFits(double widthLimit) {
+    Size needed;
+    for (const auto& subview : subviews_) {
+        if (subview->isHidden_) {
+            continue;
+        }
+        const auto across = horizontal(subview->placement_);
+        const auto fit = subview->fittingSize(std::max(widthLimit - across.margins(), 0.0));
+        needed.width = std::max(needed.width, across.extent(fit.width));
+        needed.height = std::max(needed.height, vertical(subview->placement_).extent(fit.height));
+    }
+    return needed;
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,213 @@
+#include "ViewControllerState.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/Window.hpp>
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+using Screens = std::vector<std::shared_ptr<ViewController>>;
+
+bool contains(const Screens& screens, const std::shared_ptr<ViewController>& screen) {
+    return std::ranges::find(screens, screen) != screens.end();
+}
+
+/// The first of `screens` that is not among `others`; null when all are.
+std::shared_ptr<ViewController> firstMissing(const Screens& screens, const Screens& others) {
+    const auto found = std::ranges::find_if(screens, [&](const auto& screen) { return !contains(others, screen); });
+    return found == screens.end() ? nullptr : *found;
+}
+
+std::shared_ptr<View> viewAt(Point point, const std::shared_ptr<View>& view) {
+    if (view->isHidden() || view->alpha() == 0 || !view->isUserInteractionEnabled() || !view->frame().contains(point)) {
+        return nullptr;
+    }
+    const Point inside{point.x - view->frame().left(), point.y - view->frame().top()};
+    for (const auto& subview : std::views::reverse(view->subviews())) {
+        if (auto found = viewAt(inside, subview)) {
+            return found;
+        }
+    }
+    return view;
+}
+
+} // namespace
+
+Window::Window(Size size) {
+    setFrame({.origin = {}, .size = size});
+    setContentSizeOverride(ContentSizeCategory::large);
+}
+
+void Window::setRootViewController(std::shared_ptr<ViewController> root) {
+    if (root == root_) {
+        return;
+    }
+    const auto former = std::exchange(root_, std::move(root));
+    if (root_) {
+        root_->state_->window = std::static_pointer_cast<Window>(shared_from_this());
+    }
+    updateScreens(false);
+    if (former) {
+        former->state_->window.reset();
+        former->forgetPresentation();
+    }
+}
+
+std::shared_ptr<ViewController> Window::visibleViewController() const {
+    auto screen = root_;
+    while (screen && screen->state_->presented) {
+        screen = screen->state_->presented;
+    }
+    while (const auto navigation = std::dynamic_pointer_cast<NavigationController>(screen)) {
+        if (!navigation->topViewController()) {
+            break;
+        }
+        screen = navigation->topViewController();
+    }
+    return screen;
+}
+
+void Window::setSize(Size size) {
+    setFrame({.origin = {}, .size = size});
+    layoutIfNeeded();
+}
+
+void Window::setSafeArea(const EdgeInsets& insets) {
+    safeArea_ = insets;
+    arrangeViews();
+    layoutIfNeeded();
+}
+
+void Window::setPreferredContentSizeCategory(ContentSizeCategory category) {
+    if (category == preferredContentSizeCategory()) {
+        return;
+    }
+    setContentSizeOverride(category);
+    for (auto screen = root_; screen; screen = screen->state_->presented) {
+        screen->tellTraitChange();
+    }
+    layoutIfNeeded();
+}
+
+std::shared_ptr<View> Window::hitTest(Point point) {
+    layoutIfNeeded();
+    return subviews().empty() ? nullptr : viewAt(point, subviews().back());
+}
+
+void Window::layoutSubviews() {
+    for (const auto& screenView : subviews()) {
+        // A screen may have moved its view aside for the keyboard; it stays there until the display's size changes.
+        if (screenView->frame().size != frame().size) {
+            screenView->setFrame(bounds());
+        }
+    }
+}
+
+Window::Screens Window::stackedScreens() const {
+    Screens stack;
+    for (auto screen = root_; screen; screen = screen->state_->presented) {
+        if (screen != root_ && screen->modalPresentationStyle() == ModalPresentationStyle::fullScreen) {
+            stack.clear();
+        }
+        stack.push_back(screen);
+    }
+    return stack;
+}
+
+Window::Screens Window::screensToShow() const {
+    auto screens = stackedScreens();
+    for (std::size_t i = 0; i < screens.size(); ++i) {
+        const auto children = screens[i]->shownChildren();
+        screens.insert(screens.begin() + static_cast<std::ptrdiff_t>(i) + 1, children.begin(), children.end());
+    }
+    return screens;
+}
+
+void Window::updateScreens(bool animated, std::function<void()> completion) {
+    using enum ViewController::Appearance;
+    const auto self = shared_from_this();
+    Screens leaving;
+    Screens arriving;
+    // A screen's own doings in these calls may move screens again, so every step looks anew at how they hang together.
+    for (;;) {
+        auto wanted = screensToShow();
+        const auto unloaded = std::ranges::find_if(wanted, [](const auto& screen) { return !screen->isViewLoaded(); });
+        if (unloaded != wanted.end()) {
+            (*unloaded)->view();
+        } else if (const auto gone = firstMissing(shown_, wanted)) {
+            std::erase(shown_, gone);
+            leaving.push_back(gone);
+            gone->state_->appearance = disappearing;
+            gone->viewWillDisappear(animated);
+        } else if (const auto come = firstMissing(wanted, shown_)) {
+            shown_.push_back(come);
+            arriving.push_back(come);
+            come->state_->appearance = appearing;
+            come->viewWillAppear(animated);
+        } else {
+            shown_ = std::move(wanted);
+            break;
+        }
+    }
+    arrangeViews();
+    layoutIfNeeded();
+    if (leaving.empty() && arriving.empty() && !completion) {
+        return;
+    }
+    if (const auto observer = observer_.lock()) {
+        observer->screenDidChange();
+    }
+    services().mainQueue->async(
+        [animated, leaving = std::move(leaving), arriving = std::move(arriving), completion = std::move(completion)] {
+            for (const auto& screen : arriving) {
+                if (screen->state_->appearance == appearing) {
+                    screen->state_->appearance = appeared;
+                    screen->viewDidAppear(animated);
+                }
+            }
+            for (const auto& screen : leaving) {
+                if (screen->state_->appearance == disappearing) {
+                    screen->state_->appearance = disappeared;
+                    screen->viewDidDisappear(animated);
+                }
+            }
+            if (completion) {
+                completion();
+            }
+        });
+}
+
+void Window::arrangeViews() {
+    if (std::exchange(isArranging_, true)) {
+        return;
+    }
+    const auto stack = stackedScreens();
+    const auto isWanted = [&](const auto& view) {
+        return std::ranges::any_of(stack, [&](const auto& screen) { return screen->view_ == view; });
+    };
+    const auto former = subviews();
+    for (const auto& view : former) {
+        if (!isWanted(view)) {
+            view->removeFromSuperview();
+        }
+    }
+    for (const auto& screen : stack) {
+        if (screen->view_) {
+            screen->view_->setSafeAreaInsets(safeArea_);
+            if (screen->view_->superview().get() != this) {
+                addSubview(screen->view_);
+            }
+        }
+    }
+    for (const auto& screen : shown_) {
+        screen->arrangeViews();
+    }
+    isArranging_ = false;
+}
+
+} // namespace kivo::platform

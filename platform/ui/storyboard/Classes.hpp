@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kivo/platform/ui/Storyboard.hpp>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kivo::platform::storyboard {
+
+/// The classes that storyboards know by name: registered ones, and the view model's own views.
+bool isScreenClass(const std::string& name);
+
+/// A new screen; null when there is no such class or its factory makes none.
+std::shared_ptr<ViewController> makeScreen(const std::string& name);
+
+/// A new view; null when there is no such class or its factory makes none.
+std::shared_ptr<View> makeView(const std::string& name);
+
+/// The known classes, for a message.
+std::string knownScreens();
+std::string knownViews();
+
+} // namespace kivo::platform::storyboard

@@ -1,0 +1,208 @@
+// What each class of views can be told in a storyboard.
+#include "ui/storyboard/Members.hpp"
+
+#include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/ImageView.hpp>
+#include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/StackView.hpp>
+#include <kivo/platform/ui/TextField.hpp>
+
+#include <limits>
+#include <map>
+
+namespace kivo::platform::storyboard {
+namespace {
+
+template <class T>
+using Setters = std::map<std::string, void (*)(T&, const Value&), std::less<>>;
+
+void setLayer(View& view, const Value& value) {
+    view.changeLayer([&](Layer& layer) {
+        value.eachMember([&](const std::string& name, const Value& member) {
+            if (name == "cornerRadius") {
+                layer.cornerRadius = member.number(0, 1000);
+            } else if (name == "borderWidth") {
+                layer.borderWidth = member.number(0, 1000);
+            } else if (name == "borderColor") {
+                layer.borderColor = member.color();
+            } else if (name == "masksToBounds") {
+                layer.masksToBounds = member.flag();
+            } else {
+                member.where.fail(
+                    "a layer has no such member; it has cornerRadius, borderWidth, borderColor and masksToBounds.");
+            }
+        });
+    });
+}
+
+const Setters<View> viewMembers{
+    {"tag",
+     [](View& view, const Value& value) {
+         view.setTag(value.integer(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+     }},
+    {"hidden", [](View& view, const Value& value) { view.setHidden(value.flag()); }},
+    {"alpha", [](View& view, const Value& value) { view.setAlpha(value.number(0, 1)); }},
+    {"placement", [](View& view, const Value& value) { view.setPlacement(value.placement()); }},
+    {"backgroundColor", [](View& view, const Value& value) { view.setBackgroundColor(value.color()); }},
+    {"tintColor", [](View& view, const Value& value) { view.setTintColor(value.color()); }},
+    {"layer", setLayer},
+    {"userInteractionEnabled", [](View& view, const Value& value) { view.setUserInteractionEnabled(value.flag()); }},
+    {"accessibilityLabel", [](View& view, const Value& value) { view.setAccessibilityLabel(value.text()); }},
+};
+
+const Setters<TextStyled> textMembers{
+    {"font", [](TextStyled& view, const Value& value) { view.setFont(value.font()); }},
+    {"textColor",
+     [](TextStyled& view, const Value& value) { view.setTextColor(value.color().value_or(view.textColor())); }},
+    {"textAlignment",
+     [](TextStyled& view, const Value& value) {
+         using enum TextAlignment;
+         view.setTextAlignment(
+             value.choice<TextAlignment>({{"natural", natural}, {"left", left}, {"center", center}, {"right", right}}));
+     }},
+    {"adjustsFont",
+     [](TextStyled& view, const Value& value) { view.setAdjustsFontForContentSizeCategory(value.flag()); }},
+};
+
+const Setters<Label> labelMembers{
+    {"text", [](Label& view, const Value& value) { view.setText(value.text()); }},
+};
+
+const Setters<Control> controlMembers{
+    {"enabled", [](Control& view, const Value& value) { view.setEnabled(value.flag()); }},
+};
+
+const Setters<Button> buttonMembers{
+    {"title", [](Button& view, const Value& value) { view.setTitle(value.text()); }},
+    {"image", [](Button& view, const Value& value) { view.setImage(value.bundle.image(value.name())); }},
+    {"backgroundImage",
+     [](Button& view, const Value& value) { view.setBackgroundImage(value.bundle.image(value.name())); }},
+};
+
+const Setters<TextField> fieldMembers{
+    {"text", [](TextField& view, const Value& value) { view.setText(value.text()); }},
+    {"placeholder", [](TextField& view, const Value& value) { view.setPlaceholder(value.text()); }},
+    {"keyboard",
+     [](TextField& view, const Value& value) {
+         using enum KeyboardType;
+         view.setKeyboardType(value.choice<KeyboardType>({{"standard", standard},
+                                                          {"asciiCapable", asciiCapable},
+                                                          {"numberPad", numberPad},
+                                                          {"namePhonePad", namePhonePad}}));
+     }},
+    {"autocorrected", [](TextField& view, const Value& value) { view.setAutocorrected(value.flag()); }},
+};
+
+const Setters<StackView> stackMembers{
+    {"axis",
+     [](StackView& view, const Value& value) {
+         using enum StackView::Axis;
+         view.setAxis(value.choice<StackView::Axis>({{"horizontal", horizontal}, {"vertical", vertical}}));
+     }},
+    {"spacing", [](StackView& view, const Value& value) { view.setSpacing(value.number(0, 1000)); }},
+    {"alignment",
+     [](StackView& view, const Value& value) {
+         using enum StackView::Alignment;
+         view.setAlignment(value.choice<StackView::Alignment>(
+             {{"fill", fill}, {"leading", leading}, {"center", center}, {"trailing", trailing}}));
+     }},
+    {"distribution",
+     [](StackView& view, const Value& value) {
+         using enum StackView::Distribution;
+         view.setDistribution(value.choice<StackView::Distribution>({{"fill", fill}, {"fillEqually", fillEqually}}));
+     }},
+    {"margins", [](StackView& view, const Value& value) { view.setMargins(value.insets()); }},
+};
+
+const Setters<ImageView> imageMembers{
+    {"image", [](ImageView& view, const Value& value) { view.setImage(value.bundle.image(value.name())); }},
+};
+
+const Setters<ActivityIndicatorView> activityMembers{
+    {"color",
+     [](ActivityIndicatorView& view, const Value& value) { view.setColor(value.color().value_or(view.color())); }},
+    {"animating", [](ActivityIndicatorView& view,
+                     const Value& value) { value.flag() ? view.startAnimating() : view.stopAnimating(); }},
+};
+
+/// Calls `visit(object, setters)` for each class that the view is of, until one returns true.
+template <class Visit>
+bool anyClass(View& view, const Visit& visit) {
+    const auto as = [&]<class T>(const Setters<T>& setters) {
+        auto* const object = dynamic_cast<T*>(&view);
+        return object && visit(*object, setters);
+    };
+    return as(viewMembers) || as(textMembers) || as(labelMembers) || as(controlMembers) || as(buttonMembers) ||
+           as(fieldMembers) || as(stackMembers) || as(imageMembers) || as(activityMembers);
+}
+
+void addActions(const std::shared_ptr<Control>& control, const Value& value, Scene& scene) {
+    static const std::map<std::string, ControlEvent, std::less<>> events{
+        {"touchUpInside", ControlEvent::touchUpInside},
+        {"editingDidBegin", ControlEvent::editingDidBegin},
+        {"editingChanged", ControlEvent::editingChanged},
+        {"editingDidEnd", ControlEvent::editingDidEnd}};
+    value.eachMember([&](const std::string& name, const Value& action) {
+        const auto event = events.find(name);
+        if (event == events.end()) {
+            action.where.fail("a control has no such event; it has touchUpInside, editingDidBegin, editingChanged and "
+                              "editingDidEnd.");
+        }
+        scene.wishes.push_back({control, event->second, action.name(), action.where});
+    });
+}
+
+void addSegue(const std::shared_ptr<Control>& button, const Value& value, Scene& scene) {
+    SegueDescription segue{.identifier = value.member("identifier").name(),
+                           .destination = value.member("destination").name()};
+    value.eachMember([&](const std::string& name, const Value& member) {
+        if (name == "kind") {
+            using enum SegueDescription::Kind;
+            segue.kind = member.choice<SegueDescription::Kind>({{"show", show}, {"present", present}});
+        } else if (name != "identifier" && name != "destination") {
+            member.where.fail(R"(a segue has no such member; it has "identifier", "destination" and "kind".)");
+        }
+    });
+    scene.segues.push_back({button, std::move(segue), value.where});
+}
+
+} // namespace
+
+bool setMember(const std::shared_ptr<View>& view, const std::string& name, const Value& value, Scene& scene) {
+    if (const auto control = std::dynamic_pointer_cast<Control>(view); control && name == "actions") {
+        addActions(control, value, scene);
+        return true;
+    }
+    if (const auto button = std::dynamic_pointer_cast<Button>(view); button && name == "segue") {
+        addSegue(button, value, scene);
+        return true;
+    }
+    return anyClass(*view, [&](auto& object, const auto& setters) {
+        const auto setter = setters.find(name);
+        if (setter == setters.end()) {
+            return false;
+        }
+        setter->second(object, value);
+        return true;
+    });
+}
+
+std::string knownMembers(const View& view) {
+    std::string known = "type, outlet, subviews";
+    anyClass(const_cast<View&>(view), [&](const auto&, const auto& setters) {
+        for (const auto& [name, setter] : setters) {
+            known += ", " + name;
+        }
+        return false;
+    });
+    if (dynamic_cast<const Control*>(&view)) {
+        known += ", actions";
+    }
+    if (dynamic_cast<const Button*>(&view)) {
+        known += ", segue";
+    }
+    return known;
+}
+
+} // namespace kivo::platform::storyboard

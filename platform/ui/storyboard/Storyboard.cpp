@@ -1,0 +1,199 @@
+#include "ui/ViewControllerState.hpp"
+#include "ui/storyboard/Classes.hpp"
+#include "ui/storyboard/Connections.hpp"
+#include "ui/storyboard/Scene.hpp"
+
+#include <kivo/platform/ui/NavigationItem.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace kivo::platform {
+
+using storyboard::ButtonSegue;
+using storyboard::Connections;
+using storyboard::inQuotes;
+using storyboard::LayoutError;
+using storyboard::Scene;
+using storyboard::Value;
+using storyboard::Where;
+
+struct Storyboard::Contents {
+    std::string file;
+    std::shared_ptr<Bundle> bundle;
+    nlohmann::json root;
+
+    Value rootValue() const { return {root, Where{file}, *bundle}; }
+};
+
+namespace {
+
+/// A scene of the file, read but for its connections to a screen.
+struct ReadScene {
+    std::string className{};
+    std::string title{};
+    ModalPresentationStyle presentation = ModalPresentationStyle::automatic;
+    Scene views{};
+    Connections::Constraints constraints{};
+};
+
+std::string readWhole(const std::filesystem::path& path) {
+    std::ifstream file{path, std::ios::binary};
+    if (!file) {
+        Where{path.string()}.fail("the file cannot be read; check its permissions.");
+    }
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+nlohmann::json parse(const std::string& bytes, const std::string& file) {
+    try {
+        return nlohmann::json::parse(bytes, nullptr, true, true);
+    } catch (const nlohmann::json::parse_error& error) {
+        const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, bytes.size()));
+        const auto line = std::count(bytes.begin(), end, '\n') + 1;
+        const auto lineStart = std::find(std::make_reverse_iterator(end), bytes.rend(), '\n').base();
+        Where{file}
+            .in("line " + std::to_string(line) + ", column " +
+                std::to_string(std::max<std::ptrdiff_t>(end - lineStart, 1)))
+            .fail("this is no JSON; correct it here or just before.");
+    } catch (const nlohmann::json::exception&) {
+        Where{file}.fail("a number is beyond all bounds; write a smaller one.");
+    }
+}
+
+void readConstraints(const Value& value, ReadScene& scene) {
+    value.eachMember([&](const std::string& name, const Value& constraint) {
+        const auto outlet = constraint.member("view").name();
+        const auto view = scene.views.outlets.find(outlet);
+        if (view == scene.views.outlets.end()) {
+            constraint.where.fail("no view of the scene has the outlet " + inQuotes(outlet) + ".");
+        }
+        using enum LayoutConstraint::Attribute;
+        const auto attribute =
+            constraint.member("dimension").choice<LayoutConstraint::Attribute>({{"width", width}, {"height", height}});
+        scene.constraints.emplace(name, std::make_shared<LayoutConstraint>(view->second, attribute));
+    });
+}
+
+ReadScene readScene(const Value& value) {
+    ReadScene scene;
+    scene.className = value.member("class").name();
+    if (!storyboard::isScreenClass(scene.className)) {
+        value.where.fail("there is no screen class " + inQuotes(scene.className) + "; use one of " +
+                         storyboard::knownScreens() + ", or register the class before the storyboard is opened.");
+    }
+    scene.views.view = storyboard::buildView(value.member("view"), scene.views);
+    value.eachMember([&](const std::string& name, const Value& member) {
+        if (name == "title") {
+            scene.title = member.text();
+        } else if (name == "presentation") {
+            using enum ModalPresentationStyle;
+            scene.presentation =
+                member.choice<ModalPresentationStyle>({{"automatic", automatic}, {"fullScreen", fullScreen}});
+        } else if (name == "constraints") {
+            readConstraints(member, scene);
+        } else if (name != "class" && name != "view") {
+            member.where.fail("a scene has no such member; it has class, title, presentation, view and constraints.");
+        }
+    });
+    return scene;
+}
+
+Value scenesOf(const Value& root) {
+    root.eachMember([](const std::string& name, const Value& member) {
+        if (name != "scenes") {
+            member.where.fail("a storyboard has no such member; it has \"scenes\".");
+        }
+    });
+    return root.member("scenes");
+}
+
+Value sceneValue(const Value& root, const std::string& identifier) {
+    const auto scenes = scenesOf(root);
+    if (!scenes.json.is_object() || !scenes.json.contains(identifier)) {
+        root.where.fail("there is no scene " + inQuotes(identifier) + R"(; add it to "scenes".)");
+    }
+    return {scenes.json.at(identifier), root.where.in("scene " + inQuotes(identifier)), root.bundle};
+}
+
+void checkSegues(const Scene& scene, const Value& scenes) {
+    for (auto segue = scene.segues.begin(); segue != scene.segues.end(); ++segue) {
+        const auto& [identifier, destination, kind] = segue->description;
+        if (!scenes.json.contains(destination)) {
+            segue->where.fail("the destination " + inQuotes(destination) + " is no scene of this storyboard.");
+        }
+        const auto same = std::any_of(scene.segues.begin(), segue, [&](const ButtonSegue& other) {
+            return other.description.identifier == segue->description.identifier;
+        });
+        if (same) {
+            segue->where.fail("another segue of the scene has the identifier " + inQuotes(identifier) + " already.");
+        }
+    }
+}
+
+void connectSegues(const Scene& scene, const std::shared_ptr<ViewController>& screen) {
+    for (const auto& segue : scene.segues) {
+        segue.button->addAction(ControlEvent::touchUpInside,
+                                [weak = std::weak_ptr{screen}, identifier = segue.description.identifier](const auto&) {
+                                    if (const auto alive = weak.lock()) {
+                                        alive->performSegue(identifier);
+                                    }
+                                });
+    }
+}
+
+} // namespace
+
+Storyboard::Storyboard(std::unique_ptr<Contents> contents)
+    : contents_{std::move(contents)} {}
+
+Storyboard::~Storyboard() = default;
+
+std::expected<std::shared_ptr<Storyboard>, std::string> Storyboard::open(std::string_view name,
+                                                                         const std::shared_ptr<Bundle>& bundle) {
+    const auto path = bundle ? bundle->pathForResource(name, "storyboard") : std::nullopt;
+    const auto file = std::string{name} + ".storyboard";
+    if (!path) {
+        return std::unexpected{file + ": the bundle has no such resource; put the file into the bundle's folder."};
+    }
+    try {
+        auto contents = std::make_unique<Contents>(path->string(), bundle, parse(readWhole(*path), path->string()));
+        const auto root = contents->rootValue();
+        const auto scenes = scenesOf(root);
+        scenes.eachMember([&](const std::string& identifier, const Value&) {
+            checkSegues(readScene(sceneValue(root, identifier)).views, scenes);
+        });
+        return std::shared_ptr<Storyboard>{new Storyboard{std::move(contents)}};
+    } catch (const LayoutError& error) {
+        return std::unexpected{error.what()};
+    }
+}
+
+std::expected<std::shared_ptr<ViewController>, std::string> Storyboard::instantiate(std::string_view identifier) {
+    try {
+        const auto value = sceneValue(contents_->rootValue(), std::string{identifier});
+        const auto scene = readScene(value);
+        auto screen = storyboard::makeScreen(scene.className);
+        if (!screen) {
+            value.where.fail("the class " + inQuotes(scene.className) + " made no screen; correct its factory.");
+        }
+        Connections connections{scene.views, scene.constraints, value.where};
+        screen->connect(connections);
+        connections.connectActions(screen);
+        connectSegues(scene.views, screen);
+        screen->setModalPresentationStyle(scene.presentation);
+        screen->navigationItem()->setTitle(scene.title);
+        screen->storyboard_ = shared_from_this();
+        screen->state_->storyboardView = scene.views.view;
+        for (const auto& segue : scene.views.segues) {
+            screen->state_->segues.push_back(segue.description);
+        }
+        return screen;
+    } catch (const LayoutError& error) {
+        return std::unexpected{error.what()};
+    }
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,74 @@
+#include "ui/storyboard/Classes.hpp"
+#include "ui/storyboard/Members.hpp"
+#include "ui/storyboard/Scene.hpp"
+
+namespace kivo::platform::storyboard {
+namespace {
+
+constexpr int deepestTree = 64;
+
+std::string typeOf(const Value& value) {
+    value.needObject();
+    return value.json.contains("type") ? value.member("type").name() : "View";
+}
+
+std::shared_ptr<View> makeViewFor(const Value& value) {
+    const auto type = typeOf(value);
+    auto view = makeView(type);
+    if (!view) {
+        value.where.fail("there is no view type " + inQuotes(type) + "; use one of " + knownViews() +
+                         ", or register the class before the storyboard is opened.");
+    }
+    return view;
+}
+
+Where placeOf(const Value& value, std::size_t index, const Where& parent) {
+    const auto outlet = value.json.is_object() ? value.json.find("outlet") : value.json.end();
+    const bool isNamed = value.json.is_object() && outlet != value.json.end() && outlet->is_string();
+    return parent.in(isNamed ? "view " + inQuotes(outlet->get<std::string>()) : "subview " + std::to_string(index + 1));
+}
+
+void addOutlet(const Value& value, const std::shared_ptr<View>& view, Scene& scene) {
+    const auto name = value.name();
+    if (!scene.outlets.emplace(name, view).second) {
+        value.where.fail("another view of the scene has the outlet " + inQuotes(name) +
+                         " already; rename one of them.");
+    }
+    view->setIdentifier(name);
+}
+
+std::shared_ptr<View> build(const Value& value, Scene& scene, int depth) {
+    if (depth > deepestTree) {
+        value.where.fail("views are nested more than " + std::to_string(deepestTree) + " deep; flatten the tree.");
+    }
+    auto view = makeViewFor(value);
+    value.eachMember([&](const std::string& name, const Value& member) {
+        if (name == "type") {
+            return;
+        }
+        if (name == "outlet") {
+            addOutlet(member, view, scene);
+        } else if (name == "subviews") {
+            if (!member.json.is_array()) {
+                member.where.fail("this must be a list of views.");
+            }
+            for (std::size_t i = 0; i < member.json.size(); ++i) {
+                Value subview{member.json[i], member.where, member.bundle};
+                subview.where = placeOf(subview, i, value.where);
+                view->addSubview(build(subview, scene, depth + 1));
+            }
+        } else if (!setMember(view, name, member, scene)) {
+            member.where.fail("a view of the type " + typeOf(value) + " has no such member; it has " +
+                              knownMembers(*view) + ".");
+        }
+    });
+    return view;
+}
+
+} // namespace
+
+std::shared_ptr<View> buildView(const Value& value, Scene& scene) {
+    return build(value, scene, 0);
+}
+
+} // namespace kivo::platform::storyboard

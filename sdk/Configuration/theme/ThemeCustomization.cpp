@@ -1,0 +1,47 @@
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/Services.hpp>
+
+#include <atomic>
+#include <string_view>
+
+namespace kivo {
+namespace {
+
+using platform::Color;
+using platform::Font;
+
+Color catalogueColor(std::string_view name, const Color& otherwise) {
+    return Color::named(name).value_or(otherwise);
+}
+
+std::atomic<DocumentListConfigurationStatus>& listStatus() {
+    static std::atomic status = DocumentListConfigurationStatus::notConfigured;
+    return status;
+}
+
+} // namespace
+
+ThemeCustomization::ThemeCustomization()
+    : appBundle{platform::services().bundles->main()}
+    , zorCloseButtonAppearance{std::make_shared<ZorCloseButtonAppearance>()}
+    , screenTitleFont{Font::named("Karbon-Medium", 32)}
+    , screenTitleColor{catalogueColor("Kivo.HeaderTextColor", Color::systemBlue())}
+    , descriptionInfoFont{Font::named("Karbon-Regular", 17)}
+    , screenDescriptionInfoTextColor{catalogueColor("Kivo.black", Color::black())}
+    , primaryButtonFont{Font::named("Karbon-Bold", 17)}
+    , codeScreenScanQRButtonBackgroundColor{catalogueColor("Kivo.Button.BackgroundColor", Color::systemBlue())}
+    , codeTextFieldFont{descriptionInfoFont}
+    , qrScanScreenEnterManuallyButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor}
+    , selectIDNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor}
+    , documentOptionsTitleFont{descriptionInfoFont}
+    , faceScanIntroNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor} {}
+
+DocumentListConfigurationStatus ThemeCustomization::documentListConfigurationStatus() {
+    return listStatus();
+}
+
+void ThemeCustomization::setDocumentListConfigurationStatus(DocumentListConfigurationStatus status) {
+    listStatus() = status;
+}
+
+} // namespace kivo

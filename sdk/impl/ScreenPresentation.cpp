@@ -1,0 +1,128 @@
+#include "Configuration/environment/SdkBundle.hpp"
+#include "Configuration/logging/Log.hpp"
+#include "impl/Callable.hpp"
+#include "impl/SessionAPI.hpp"
+#include "services/acquisition/Screens.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+namespace kivo {
+namespace {
+
+using platform::Storyboard;
+using platform::ViewController;
+
+/// Sets a screen up for the session API; false when it is of another class.
+using Adopt = bool (*)(const std::shared_ptr<ViewController>& screen, const std::shared_ptr<SessionAPI>& owner);
+
+template <class Screen>
+bool adopt(const std::shared_ptr<ViewController>& screen, const std::shared_ptr<SessionAPI>& owner) {
+    const auto own = std::dynamic_pointer_cast<Screen>(screen);
+    if (own) {
+        own->delegate = owner;
+        own->themeObj = owner->sdkTheme();
+    }
+    return own != nullptr;
+}
+
+enum class Home { sdkBundle, mainBundle };
+
+/// Where the screen for an acquisition object is laid out.
+struct Scene {
+    AcquisitionObject object;
+    std::string_view identifier;
+    Home home;
+    /// Null where this release has no such screen.
+    Adopt adopt;
+};
+
+constexpr std::array scenes{
+    Scene{AcquisitionObject::activationCode, "QRCodeVC", Home::sdkBundle, adopt<QRCodeVC>},
+    Scene{AcquisitionObject::nfcScan, "AuthMenuVCID", Home::mainBundle, nullptr},
+    Scene{AcquisitionObject::mrzScan, "AuthMenuVCID", Home::mainBundle, nullptr},
+    Scene{AcquisitionObject::facemapScan, "LivenessCheckVCID", Home::mainBundle, nullptr},
+    Scene{AcquisitionObject::ocrScan, "OCRScanInitializeVC", Home::mainBundle, nullptr},
+};
+
+const Scene* sceneOf(AcquisitionObject object) {
+    const auto* const scene = std::ranges::find(scenes, object, &Scene::object);
+    return scene == scenes.end() ? nullptr : scene;
+}
+
+std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene& scene) {
+    registerScreens();
+    const bool own = scene.home == Home::sdkBundle;
+    const auto bundle = own ? sdkBundle() : platform::services().bundles->main();
+    if (!bundle) {
+        return std::unexpected{"ZORFramework.bundle is missing; install it beside the library."};
+    }
+    return Storyboard::open("ZORFramework", bundle);
+}
+
+/// The screen, or a sentence that says what to do about its absence.
+std::expected<std::shared_ptr<ViewController>, std::string>
+makeScreen(const Scene& scene, const std::shared_ptr<SessionAPI>& owner, ViewController& context) {
+    if (!context.view()->window()) {
+        return std::unexpected{"The context view controller is in no window; show it in one before you acquire."};
+    }
+    if (scene.adopt == nullptr) {
+        return std::unexpected{"This release has no screen for " +
+                               std::string{AcquisitionObjectHelper::acquisitionObjectName(scene.object)} +
+                               "; acquire it with a screen of your own."};
+    }
+    const auto storyboard = storyboardOf(scene);
+    if (!storyboard) {
+        return std::unexpected{storyboard.error()};
+    }
+    auto screen = (*storyboard)->instantiate(scene.identifier);
+    if (screen && !scene.adopt(*screen, owner)) {
+        return std::unexpected{"The scene \"" + std::string{scene.identifier} +
+                               "\" of ZORFramework.storyboard has another class; give it the one of that name."};
+    }
+    return screen;
+}
+
+void show(const std::shared_ptr<ViewController>& screen, ViewController& context) {
+    if (const auto navigation = context.navigationController()) {
+        navigation->pushViewController(screen, /*animated=*/true);
+    } else {
+        context.present(screen, /*animated=*/false);
+    }
+}
+
+} // namespace
+
+void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> /*config*/,
+                         IdvCompletion response) {
+    const auto* const scene = sceneOf(object);
+    if (scene == nullptr || (object == AcquisitionObject::ocrScan && !rules_.presentsIdScan)) {
+        return;
+    }
+    response = callable(std::move(response));
+    const auto context = withState([&](State& state) {
+        std::swap(state.completionHandlerIdv, response);
+        return state.contextViewController;
+    });
+    if (!context) {
+        return;
+    }
+    const auto screen = makeScreen(*scene, shared_from_this(), *context);
+    if (!screen) {
+        log::error("acquire(AcquisitionObject:config:response:)", screen.error());
+        completeOnMainQueue(std::unexpected{ResponseCode::UNKNOWN_ERROR});
+        return;
+    }
+    if (const auto codeScreen = std::dynamic_pointer_cast<QRCodeVC>(*screen)) {
+        withState([&](State& state) { state.qrCodeVC = codeScreen; });
+    }
+    show(*screen, *context);
+}
+
+} // namespace kivo

@@ -1,0 +1,94 @@
+#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
+
+#include "services/acquisition/qr/inhouse/QRCodeData.hpp"
+#include "ui/CloseConfirmation.hpp"
+#include "ui/DynamicType.hpp"
+#include "ui/Leaving.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <chrono>
+#include <utility>
+
+namespace kivo {
+
+using namespace std::chrono_literals;
+
+void QRCodeScannerVC::connect(platform::Interface& interface) {
+    interface.outlet("qrCodeScannerView", qrCodeScannerView_);
+    interface.outlet("scanManuallyButton", scanManuallyButton_);
+    interface.outlet("closeButton", closeButton_.button);
+    interface.outlet("closeButtonWidth", closeButton_.width);
+    interface.outlet("closeButtonHeight", closeButton_.height);
+
+    interface.action("manualCodeBtnTap", [this](const auto&) { ui::popOrDismiss(*this); });
+    interface.action("closeButtonTap", [this](const auto&) { ui::popOrDismiss(*this); });
+}
+
+void QRCodeScannerVC::viewDidLoad() {
+    ui::setUpCloseBarButton(*this);
+    qrCodeScannerView_->delegate = std::static_pointer_cast<QRCodeScannerVC>(shared_from_this());
+}
+
+void QRCodeScannerVC::viewWillAppear(bool /*animated*/) {
+    applyTheme();
+    applyDynamicType();
+}
+
+void QRCodeScannerVC::viewDidAppear(bool /*animated*/) {
+    if (!qrCodeScannerView_->isScanning() && scannedCodeValue_.empty()) {
+        qrCodeScannerView_->resumeScanning();
+    }
+}
+
+void QRCodeScannerVC::viewWillDisappear(bool /*animated*/) {
+    scannedCodeValue_.clear();
+}
+
+void QRCodeScannerVC::traitCollectionDidChange() {
+    applyDynamicType();
+}
+
+void QRCodeScannerVC::applyTheme() {
+    if (!themeObj) {
+        return;
+    }
+    ui::applyTitle(*scanManuallyButton_, themeObj->codeScreenEnterCodeManuallyButtonTitle);
+    ui::applyPrimaryButton(*scanManuallyButton_, *themeObj, themeObj->qrScanScreenEnterManuallyButtonBackgroundColor,
+                           themeObj->qrScanScreenEnterManuallyButtonTitleColor);
+    ui::applyCloseButton(closeButton_, *themeObj);
+}
+
+void QRCodeScannerVC::applyDynamicType() {
+    if (!ui::followsReadingSize(themeObj)) {
+        return;
+    }
+    ui::followReadingSize(*scanManuallyButton_, themeObj ? themeObj->primaryButtonFont : std::nullopt);
+    ui::limitReadingSize(*view(), themeObj);
+}
+
+void QRCodeScannerVC::scanningSucceeded(std::string code) {
+    const auto listener = delegate.lock();
+    if (auto payload = QRCodeData::decode(code)) {
+        scannedCodeValue_ = payload->code;
+        if (listener) {
+            listener->qrCodeScanned(std::move(payload->code));
+        }
+        return;
+    }
+    if (listener) {
+        listener->invalidQRCodeScanned();
+    }
+    resumeScanningLater();
+}
+
+void QRCodeScannerVC::resumeScanningLater() {
+    // Time enough to take the wrong code away from the camera.
+    platform::services().mainQueue->asyncAfter(3s, [weak = std::weak_ptr{qrCodeScannerView_}] {
+        if (const auto scanner = weak.lock()) {
+            scanner->resumeScanning();
+        }
+    });
+}
+
+} // namespace kivo

@@ -1,0 +1,185 @@
+#include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "services/acquisition/qr/inhouse/ActivationCode.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
+#include "ui/DynamicType.hpp"
+#include "ui/Keyboard.hpp"
+#include "ui/Leaving.hpp"
+
+#include <utility>
+
+namespace kivo {
+
+using platform::Color;
+using platform::View;
+
+void QRCodeVC::connect(platform::Interface& interface) {
+    constexpr std::array digits{"textFieldDigitOne",  "textFieldDigitTwo",  "textFieldDigitThree",
+                                "textFieldDigitFour", "textFieldDigitFive", "textFieldDigitSix"};
+    interface.outlet("activationCodeTextField", activationCodeTextField_);
+    interface.outlet("activationCodeTitleLabel", activationCodeTitleLabel_);
+    interface.outlet("orTitleLabel", orTitleLabel_);
+    interface.outlet("getStartedTitleLabel", getStartedTitleLabel_);
+    interface.outlet("scanQRCodeButton", scanQRCodeButton_);
+    interface.outlet("closeButton", closeButton_.button);
+    interface.outlet("closeButtonWidth", closeButton_.width);
+    interface.outlet("closeButtonHeight", closeButton_.height);
+    interface.outlet("stackViewBoxedTextfield", stackViewBoxedTextfield_);
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        interface.outlet(digits[i], textFieldDigits_[i]);
+    }
+    interface.outlet("codeContainerButton", codeContainerButton_);
+
+    interface.action("editingchangeInTextField", [this](const auto&) { editingchangeInTextField(); });
+    interface.action("textTextDidChange", [this](const std::shared_ptr<View>& sender) {
+        const auto box = std::dynamic_pointer_cast<platform::TextField>(sender);
+        if (boxes_ && box) {
+            boxes_->textDidChange(*box);
+        }
+    });
+    interface.action("codeContainerButtonPressed", [this](const auto&) {
+        if (boxes_) {
+            boxes_->focusCurrent();
+        }
+    });
+    interface.action("closeButtonTap", [this](const auto&) { closeButtonTap(); });
+}
+
+void QRCodeVC::viewDidLoad() {
+    chooseEntryStyle();
+    ui::removeKeyOnBackgroundTap(*this);
+}
+
+void QRCodeVC::chooseEntryStyle() {
+    if (!themeObj) {
+        return;
+    }
+    const bool boxed = themeObj->codeTextFieldStyle == CodeTextFieldStyle::boxed;
+    stackViewBoxedTextfield_->setHidden(!boxed);
+    codeContainerButton_->setHidden(!boxed);
+    activationCodeTextField_->setHidden(boxed);
+    if (boxed) {
+        gatherBoxes();
+    }
+}
+
+void QRCodeVC::gatherBoxes() {
+    boxes_ = CodeBoxes::make({textFieldDigits_.begin(), textFieldDigits_.end()},
+                             {.borderWidth = themeObj->boxedActivationCodeTextFieldBorderWidth,
+                              .cornerRadius = themeObj->boxedActivationCodeTextFieldCornerRadius,
+                              .activeBorderColor = Color::named("Kivo.TextFieled.active.BorderColor"),
+                              .inactiveBorderColor = Color::named("Kivo.TextFieled.BorderColor")},
+                             [this](std::string code) { activationCodeEntered(std::move(code)); });
+}
+
+void QRCodeVC::viewWillAppear(bool /*animated*/) {
+    applyTheme();
+    applyDynamicType();
+}
+
+void QRCodeVC::viewDidDisappear(bool /*animated*/) {
+    if (boxes_) {
+        boxes_->clear();
+    }
+}
+
+void QRCodeVC::traitCollectionDidChange() {
+    log::info("traitCollectionDidChange(_:)", "The reading size of the activation code screen has changed");
+    applyDynamicType();
+}
+
+void QRCodeVC::applyTheme() {
+    if (!themeObj) {
+        return;
+    }
+    const auto& theme = *themeObj;
+    ui::applyText(*getStartedTitleLabel_, theme.codeScreenGetStartedTitle);
+    ui::applyFont(*getStartedTitleLabel_, theme.screenTitleFont);
+    getStartedTitleLabel_->setTextColor(theme.screenTitleColor);
+
+    ui::applyText(*orTitleLabel_, theme.codeScreenOrText);
+    ui::applyFont(*orTitleLabel_, theme.descriptionInfoFont);
+    orTitleLabel_->setTextColor(theme.screenDescriptionInfoTextColor);
+
+    if (!theme.codeScreenTextfieldPlaceholder.empty()) {
+        activationCodeTextField_->setPlaceholder(theme.codeScreenTextfieldPlaceholder);
+    }
+    ui::applyFont(*activationCodeTextField_, theme.codeTextFieldFont);
+    if (boxes_ && theme.codeTextFieldFont) {
+        boxes_->setFont(*theme.codeTextFieldFont);
+    }
+
+    ui::applyTitle(*scanQRCodeButton_, theme.codeScreenScanQRCodeButtonTitle);
+    ui::applyPrimaryButton(*scanQRCodeButton_, theme, theme.codeScreenScanQRButtonBackgroundColor,
+                           theme.codeScreenScanQRButtonTitleColor);
+    ui::applyCloseButton(closeButton_, theme);
+}
+
+void QRCodeVC::applyDynamicType() {
+    if (!ui::followsReadingSize(themeObj)) {
+        return;
+    }
+    const auto themeFont = [this](std::optional<platform::Font> ThemeCustomization::* font) {
+        return themeObj ? (*themeObj).*font : std::nullopt;
+    };
+    ui::followReadingSize(*getStartedTitleLabel_, themeFont(&ThemeCustomization::screenTitleFont),
+                          ui::screenTitleFallback);
+    ui::followReadingSize(*orTitleLabel_, themeFont(&ThemeCustomization::descriptionInfoFont));
+    ui::followReadingSize(*scanQRCodeButton_, themeFont(&ThemeCustomization::primaryButtonFont));
+    ui::followReadingSize(*activationCodeTextField_, themeFont(&ThemeCustomization::codeTextFieldFont));
+    ui::limitReadingSize(*view(), themeObj);
+}
+
+void QRCodeVC::editingchangeInTextField() {
+    if (isCompleteActivationCode(activationCodeTextField_->text())) {
+        activationCodeTextField_->resignFirstResponder();
+        activationCodeEntered(activationCodeTextField_->text());
+    }
+}
+
+void QRCodeVC::resetActivationCodeFields() {
+    if (boxes_) {
+        boxes_->reset();
+    }
+}
+
+void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
+    if (segue.identifier != "scannerSegueID") {
+        return;
+    }
+    resetActivationCodeFields();
+    if (const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(segue.destination)) {
+        scanner->themeObj = themeObj;
+        scanner->delegate = std::static_pointer_cast<QRCodeVC>(shared_from_this());
+    }
+}
+
+void QRCodeVC::closeButtonTap() {
+    // Held apart from the screen, which may be gone when its dismissal is complete.
+    ui::popOrDismiss(*this, [listener = delegate] {
+        if (const auto self = listener.lock()) {
+            self->closeButtonPressed();
+        }
+    });
+}
+
+void QRCodeVC::activationCodeEntered(std::string code) {
+    if (const auto listener = delegate.lock()) {
+        listener->activationCodeEntered(std::move(code));
+    }
+}
+
+void QRCodeVC::qrCodeScanned(std::string code) {
+    if (const auto listener = delegate.lock()) {
+        listener->activationCodeScanned(std::move(code));
+    }
+}
+
+void QRCodeVC::invalidQRCodeScanned() {
+    if (const auto listener = delegate.lock()) {
+        listener->invalidQRCodeScanned();
+    }
+}
+
+} // namespace kivo

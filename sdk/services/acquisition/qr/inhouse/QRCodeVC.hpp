@@ -1,0 +1,67 @@
+#pragma once
+
+#include "services/acquisition/qr/inhouse/CodeBoxes.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeVCDelegate.hpp"
+#include "services/acquisition/qr/inhouse/QRScannerVCDelegate.hpp"
+#include "ui/ThemeApplication.hpp"
+
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/ui/Interface.hpp>
+#include <kivo/platform/ui/StackView.hpp>
+#include <kivo/platform/ui/TextField.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <array>
+#include <memory>
+#include <string>
+
+namespace kivo {
+
+/// The screen on which a session starts: a person types the activation code, or goes on to scan it.
+///
+/// It stays where it is after it has delivered a code; the session API decides what comes next.
+class QRCodeVC final : public platform::ViewController, public QRScannerVCDelegate {
+public:
+    // Set before the view is loaded.
+    std::weak_ptr<QRCodeVCDelegate> delegate;
+    /// Null leaves the storyboard's looks and texts.
+    std::shared_ptr<ThemeCustomization> themeObj;
+
+    /// Empties the boxes so that another code can be typed; the single field keeps its text.
+    void resetActivationCodeFields();
+
+    void viewDidLoad() override;
+    void viewWillAppear(bool animated) override;
+    void viewDidDisappear(bool animated) override;
+    void traitCollectionDidChange() override;
+    void prepareForSegue(const platform::Segue& segue) override;
+
+    void qrCodeScanned(std::string code) override;
+    void invalidQRCodeScanned() override;
+
+protected:
+    void connect(platform::Interface& interface) override;
+
+private:
+    void chooseEntryStyle();
+    void gatherBoxes();
+    void applyTheme();
+    void applyDynamicType();
+    void editingchangeInTextField();
+    void closeButtonTap();
+    void activationCodeEntered(std::string code);
+
+    std::shared_ptr<platform::TextField> activationCodeTextField_;
+    std::shared_ptr<platform::Label> activationCodeTitleLabel_;
+    std::shared_ptr<platform::Label> orTitleLabel_;
+    std::shared_ptr<platform::Label> getStartedTitleLabel_;
+    std::shared_ptr<platform::Button> scanQRCodeButton_;
+    ui::CloseButton closeButton_;
+    std::shared_ptr<platform::StackView> stackViewBoxedTextfield_;
+    std::array<std::shared_ptr<platform::TextField>, 6> textFieldDigits_;
+    std::shared_ptr<platform::Button> codeContainerButton_;
+    /// Null unless the theme asks for boxes.
+    std::shared_ptr<CodeBoxes> boxes_;
+};
+
+} // namespace kivo

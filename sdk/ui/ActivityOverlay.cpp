@@ -1,0 +1,69 @@
+#include "ui/ActivityOverlay.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace kivo::ui {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::View;
+using platform::ViewController;
+
+std::shared_ptr<View> coveredView(ViewController& screen) {
+    const auto navigation = screen.navigationController();
+    return navigation ? navigation->view() : screen.view();
+}
+
+std::shared_ptr<View> makeOverlay() {
+    auto overlay = std::make_shared<View>();
+    overlay->setTag(activityOverlayTag);
+    overlay->setBackgroundColor(platform::Color::white(120.0 / 255));
+    overlay->setAlpha(0.5);
+    overlay->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0, .ignoresSafeArea = true});
+
+    const auto indicator =
+        std::make_shared<platform::ActivityIndicatorView>(platform::ActivityIndicatorView::Style::large);
+    indicator->setColor(platform::Color::white());
+    indicator->setPlacement({.centerX = 0, .centerY = 0});
+    indicator->startAnimating();
+    overlay->addSubview(indicator);
+    return overlay;
+}
+
+/// Runs `work` with the covered view, found now: a screen that hides its overlay may be popped before `work` runs.
+void onMainQueue(ViewController& screen, const std::function<void(View&)>& work) {
+    platform::services().mainQueue->async([weak = std::weak_ptr{coveredView(screen)}, work] {
+        if (const auto covered = weak.lock()) {
+            work(*covered);
+        }
+    });
+}
+
+} // namespace
+
+void showActivityOverlay(ViewController& screen) {
+    onMainQueue(screen, [](View& covered) {
+        if (!covered.viewWithTag(activityOverlayTag)) {
+            covered.addSubview(makeOverlay());
+        }
+    });
+}
+
+void hideActivityOverlay(ViewController& screen) {
+    onMainQueue(screen, [](View& covered) {
+        const auto overlay = covered.viewWithTag(activityOverlayTag);
+        if (!overlay) {
+            return;
+        }
+        overlay->setAlpha(0);
+        platform::services().mainQueue->asyncAfter(200ms, [overlay] { overlay->removeFromSuperview(); });
+    });
+}
+
+} // namespace kivo::ui

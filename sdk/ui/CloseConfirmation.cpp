@@ -1,0 +1,37 @@
+#include "ui/CloseConfirmation.hpp"
+
+#include "ui/Alerts.hpp"
+
+#include <kivo/platform/ui/Image.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/NavigationItem.hpp>
+
+namespace kivo::ui {
+
+void setUpCloseBarButton(platform::ViewController& screen) {
+    screen.navigationItem()->setRightBarButtonItem(platform::BarButtonItem{
+        .image = platform::Image::named("close-icon"), .action = [weak = screen.weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                onCloseButtonAlertClick(*self);
+            }
+        }});
+    const auto navigation = screen.navigationController();
+    const auto tint = platform::Color::named("Kivo.PrimaryColor");
+    if (navigation && tint) {
+        navigation->navigationBar()->setTintColor(tint);
+    }
+}
+
+void onCloseButtonAlertClick(platform::ViewController& screen) {
+    constexpr std::size_t ok = 0;
+    showAlert(screen, "", "Are you sure, you want to terminate the process?", {"OK", "Cancel"},
+              [weak = screen.weak_from_this()](std::size_t index) {
+                  const auto self = weak.lock();
+                  const auto navigation = self ? self->navigationController() : nullptr;
+                  if (index == ok && navigation) {
+                      navigation->popViewController(/*animated=*/true);
+                  }
+              });
+}
+
+} // namespace kivo::ui

@@ -1,0 +1,17 @@
+#include "ui/ContentSizeOverride.hpp"
+
+#include <kivo/platform/ui/Window.hpp>
+
+namespace kivo::ui {
+
+void overrideChildrenContentSizeCategories(platform::ViewController& screen) {
+    const auto window = screen.view()->window();
+    if (!window) {
+        return;
+    }
+    for (const auto& child : screen.children()) {
+        child->overrideContentSizeCategory(window->preferredContentSizeCategory());
+    }
+}
+
+} // namespace kivo::ui

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <kivo/platform/ui/TextField.hpp>
+
+#include <optional>
+
+/// Padding, placeholder colour and letter spacing of any text field. Lengths in points.
+namespace kivo::ui {
+
+/// The width of the empty view at the field's left edge; 0 where there is none.
+double paddingLeftCustom(const platform::TextField& field);
+void setPaddingLeftCustom(platform::TextField& field, double width);
+
+/// The same at the right edge.
+double paddingRightCustom(const platform::TextField& field);
+void setPaddingRightCustom(platform::TextField& field, double width);
+
+/// Absent where the placeholder has no colour of its own.
+std::optional<platform::Color> placeHolderColor(const platform::TextField& field);
+/// No colour changes nothing.
+void setPlaceHolderColor(platform::TextField& field, const std::optional<platform::Color>& color);
+
+/// 0 where the text has none.
+double letterSpace(const platform::TextField& field);
+/// Keeps the other attributes of the field's text.
+void setLetterSpace(platform::TextField& field, double space);
+
+} // namespace kivo::ui

@@ -1,0 +1,65 @@
+#include "AssetCatalogue.hpp"
+
+#include "support/TemporaryFolder.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace kivo::platform {
+namespace {
+
+class AssetCatalogueTest : public testing::Test {
+protected:
+    void writeColor(const std::string& components) const {
+        folder_.write("Kivo.xcassets/Colours/Kivo.Button.Color.colorset/Contents.json",
+                      R"({"colors": [
+                        {"idiom": "universal", "appearances": [{"appearance": "luminosity", "value": "dark"}],
+                         "color": {"components": {"red": "1.0", "green": "1.0", "blue": "1.0", "alpha": "1.0"}}},
+                        {"idiom": "universal", "color": {"color-space": "srgb", "components": )" +
+                          components + "}}]}");
+    }
+
+    test::TemporaryFolder folder_;
+    AssetCatalogue catalogue_{folder_.path()};
+};
+
+TEST_F(AssetCatalogueTest, ReadsComponentsInEveryNotation) {
+    writeColor(R"({"red": "0x80", "green": "51", "blue": "0.25", "alpha": "0.500"})");
+    EXPECT_EQ(catalogue_.color("Kivo.Button.Color").value(), (Color{128.0 / 255, 0.2, 0.25, 0.5}));
+    EXPECT_EQ(catalogue_.color("Kivo.Other").value(), std::nullopt);
+}
+
+TEST_F(AssetCatalogueTest, TellsAMalformedColourFromAMissingOne) {
+    for (const auto* components :
+         {R"({"red": "256", "green": "0", "blue": "0", "alpha": "1.0"})",
+          R"({"green": "0", "blue": "0", "alpha": "1"})", R"({"red": "0xZZ", "green": "0", "blue": "0", "alpha": "1"})",
+          R"({"red": 1, "green": 1, "blue": 1})", "[]"}) {
+        writeColor(components);
+        ASSERT_FALSE(catalogue_.color("Kivo.Button.Color")) << components;
+        EXPECT_THAT(catalogue_.color("Kivo.Button.Color").error(), testing::HasSubstr("\"red\""));
+    }
+    folder_.write("Kivo.xcassets/Colours/Kivo.Button.Color.colorset/Contents.json", "{");
+    EXPECT_FALSE(catalogue_.color("Kivo.Button.Color"));
+}
+
+TEST_F(AssetCatalogueTest, PicksTheFinestPictureAndItsSizeInPoints) {
+    constexpr unsigned char header[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n', 0, 0, 0, 13,
+                                        'I',  'H', 'D', 'R', 0,    0,    0,    48,   0, 0, 0, 24};
+    const auto set = std::filesystem::path{"Icons.xcassets/close-icon.imageset"};
+    folder_.write(set / "close@2x.png", {reinterpret_cast<const char*>(header), sizeof header});
+    folder_.write(set / "close.png", "no picture");
+    folder_.write(set / "Contents.json", R"({"images": [{"idiom": "universal", "filename": "close.png", "scale": "1x"},
+        {"idiom": "universal", "filename": "close@2x.png", "scale": "2x"}, {"idiom": "universal", "scale": "3x"}]})");
+    const auto image = catalogue_.image("close-icon");
+    ASSERT_TRUE(image && *image);
+    EXPECT_EQ((*image)->file, folder_.path() / set / "close@2x.png");
+    EXPECT_EQ((*image)->size, (Size{24, 12}));
+
+    folder_.write(set / "Contents.json", R"({"images": [{"idiom": "universal", "filename": "../../secret"}]})");
+    EXPECT_FALSE(catalogue_.image("close-icon"));
+}
+
+} // namespace
+} // namespace kivo::platform

@@ -1,0 +1,196 @@
+#include "support/ScreenFixture.hpp"
+
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/LayoutConstraint.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
+#include <kivo/platform/ui/StackView.hpp>
+
+#include <array>
+
+namespace kivo::platform {
+
+void PrintTo(const Rect& rect, std::ostream* out) {
+    *out << rect.left() << "," << rect.top() << " " << rect.size.width << "x" << rect.size.height;
+}
+
+namespace {
+
+class Layout : public test::ScreenFixture {
+protected:
+    Layout() {
+        window_->setSafeArea({});
+        window_->setRootViewController(screen_);
+    }
+
+    std::shared_ptr<View> box(const Placement& placement) {
+        auto made = std::make_shared<View>();
+        made->setPlacement(placement);
+        return made;
+    }
+
+    std::shared_ptr<ViewController> screen_ = std::make_shared<ViewController>();
+};
+
+TEST_F(Layout, PlacesAViewAfterItsEdgesItsCentreAndItsOwnSize) {
+    const std::vector<std::pair<Placement, Rect>> cases{
+        {{.top = 10, .left = 20, .bottom = 30, .right = 40}, {{20, 10}, {330, 804}}},
+        {{.right = 10, .width = 50, .height = 20}, {{330, 0}, {50, 20}}},
+        {{.bottom = 4, .centerX = 5, .width = 100, .height = 40}, {{150, 800}, {100, 40}}},
+        {{.left = 300, .right = 300, .height = 5}, {{300, 0}, {0, 5}}},
+        {{.left = 0, .right = 0, .minimumHeight = 44}, {{0, 0}, {390, 44}}},
+        {{}, {{0, 0}, {0, 0}}},
+    };
+    for (const auto& [placement, frame] : cases) {
+        const auto view = box(placement);
+        screen_->view()->addSubview(view);
+        window_->layoutIfNeeded();
+        EXPECT_EQ(view->frame(), frame);
+        view->removeFromSuperview();
+    }
+}
+
+TEST_F(Layout, KeepsClearOfCutOutsAndTheBarUnlessToldOtherwise) {
+    const auto inside = box({.top = 0, .left = 0, .bottom = 0, .right = 0});
+    auto edges = inside->placement();
+    edges.ignoresSafeArea = true;
+    const auto overlay = box(edges);
+    const auto top = std::make_shared<ViewController>();
+    top->view()->addSubview(inside);
+    top->view()->addSubview(overlay);
+    const auto navigation = std::make_shared<NavigationController>(top);
+    window_->setRootViewController(navigation);
+    window_->setSafeArea({.top = 47, .left = 0, .bottom = 34, .right = 0});
+    EXPECT_EQ(inside->frame(), (Rect{{0, 91}, {390, 719}}));
+    EXPECT_EQ(overlay->frame(), (Rect{{0, 0}, {390, 844}}));
+    navigation->setNavigationBarHidden(true);
+    window_->layoutIfNeeded();
+    EXPECT_EQ(inside->frame(), (Rect{{0, 47}, {390, 763}}));
+}
+
+TEST_F(Layout, StacksSixBoxesEquallyOnThreeDisplays) {
+    const auto stack = std::make_shared<StackView>();
+    stack->setAxis(StackView::Axis::horizontal);
+    stack->setDistribution(StackView::Distribution::fillEqually);
+    stack->setSpacing(8);
+    stack->setPlacement({.top = 100, .left = 20, .right = 20, .height = 48});
+    for (int i = 0; i < 6; ++i) {
+        stack->addSubview(std::make_shared<View>());
+    }
+    screen_->view()->addSubview(stack);
+    for (const auto& [display, width, lastLeft] :
+         {std::tuple{Size{320, 568}, 40.0, 240.0}, std::tuple{Size{390, 844}, 310.0 / 6, 8 * 5 + 310.0 / 6 * 5},
+          std::tuple{Size{430, 932}, 350.0 / 6, 8 * 5 + 350.0 / 6 * 5}}) {
+        window_->setSize(display);
+        EXPECT_DOUBLE_EQ(stack->subviews()[5]->frame().left(), lastLeft);
+        EXPECT_DOUBLE_EQ(stack->subviews()[5]->frame().size.width, width);
+        EXPECT_DOUBLE_EQ(stack->subviews()[5]->frame().size.height, 48);
+    }
+    stack->subviews()[0]->setHidden(true);
+    window_->layoutIfNeeded();
+    EXPECT_DOUBLE_EQ(stack->subviews()[5]->frame().size.width, (390 - 32) / 5.0);
+}
+
+TEST_F(Layout, AColumnGivesTheRestToTheLastViewOfNoFixedHeight) {
+    const auto stack = std::make_shared<StackView>();
+    stack->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
+    stack->setAlignment(StackView::Alignment::center);
+    stack->setMargins({.top = 10, .left = 10, .bottom = 10, .right = 10});
+    stack->setSpacing(4);
+    stack->addSubview(box({.width = 100, .height = 50}));
+    stack->addSubview(box({}));
+    stack->addSubview(box({.width = 40, .height = 20}));
+    screen_->view()->addSubview(stack);
+    window_->layoutIfNeeded();
+    EXPECT_EQ(stack->subviews()[0]->frame(), (Rect{{145, 10}, {100, 50}}));
+    EXPECT_EQ(stack->subviews()[1]->frame().size.height, 844 - 20 - 8 - 70);
+    EXPECT_EQ(stack->subviews()[2]->frame(), (Rect{{175, 814}, {40, 20}}));
+}
+
+TEST_F(Layout, FollowsATextAndAConstraintThatChange) {
+    const auto stack = std::make_shared<StackView>();
+    stack->setPlacement({.top = 0, .left = 0, .right = 0});
+    const auto label = std::make_shared<Label>();
+    const auto button = box({.width = 30, .height = 30});
+    stack->addSubview(label);
+    stack->addSubview(button);
+    screen_->view()->addSubview(stack);
+    label->setText("one line");
+    window_->layoutIfNeeded();
+    const auto oneLine = button->frame().top();
+    EXPECT_GT(oneLine, 0);
+    label->setText("a text of so many words that no display of this width could ever hold it in one line");
+    window_->layoutIfNeeded();
+    EXPECT_DOUBLE_EQ(button->frame().top(), 2 * oneLine);
+    LayoutConstraint{button, LayoutConstraint::Attribute::height}.setConstant(90);
+    window_->layoutIfNeeded();
+    EXPECT_EQ(button->frame().size.height, 90);
+}
+
+TEST_F(Layout, ScrollsNoFurtherThanItsContent) {
+    const auto scroll = std::make_shared<ScrollView>();
+    scroll->setPlacement({.top = 0, .left = 0, .right = 0, .height = 200});
+    const auto content = box({.top = 0, .left = 0, .width = 10, .height = 500});
+    const auto last = box({.top = 480, .width = 10, .height = 20});
+    content->addSubview(last);
+    scroll->addSubview(content);
+    screen_->view()->addSubview(scroll);
+    scroll->scrollTo(*last);
+    EXPECT_EQ(scroll->contentOffset(), 300);
+    EXPECT_EQ(last->frameOnScreen().bottom(), 200);
+    scroll->setContentOffset(1000);
+    EXPECT_EQ(scroll->contentOffset(), 300);
+    scroll->setContentOffset(-5);
+    EXPECT_EQ(content->frame().top(), 0);
+}
+
+TEST_F(Layout, AViewMovedAsideForTheKeyboardStaysThere) {
+    auto frame = screen_->view()->frame();
+    frame.origin.y = -100;
+    screen_->view()->setFrame(frame);
+    screen_->view()->addSubview(box({.height = 5}));
+    window_->layoutIfNeeded();
+    EXPECT_EQ(screen_->view()->frame().top(), -100);
+}
+
+TEST_F(Layout, ScaledFontsFollowTheReadingSizeWithinTheLimitsAround) {
+    constexpr std::array sizes{14.0, 15.0, 16.0, 17.0, 19.0, 21.0, 23.0, 28.0, 33.0, 40.0, 47.0, 53.0};
+    const auto label = std::make_shared<Label>();
+    label->setText("text");
+    label->setFont(FontMetrics::scaledFont(Font::system(34)));
+    label->setAdjustsFontForContentSizeCategory(true);
+    screen_->view()->addSubview(label);
+    for (int i = 0; i < static_cast<int>(sizes.size()); ++i) {
+        window_->setPreferredContentSizeCategory(*fromRawValue<ContentSizeCategory>(i));
+        EXPECT_DOUBLE_EQ(label->shownFont().pointSize, 2 * sizes.at(static_cast<std::size_t>(i)));
+    }
+    const auto largest = label->frame().size.height;
+    screen_->view()->setMaximumContentSizeCategory(ContentSizeCategory::accessibilityMedium);
+    window_->layoutIfNeeded();
+    EXPECT_DOUBLE_EQ(label->shownFont().pointSize, 56);
+    EXPECT_LT(label->frame().size.height, largest);
+    label->setFont(Font::system(34));
+    EXPECT_DOUBLE_EQ(label->shownFont().pointSize, 34);
+}
+
+TEST_F(Layout, ATapGoesToTheTopmostViewThatTakesIt) {
+    const auto below = std::make_shared<Button>();
+    below->setPlacement({.top = 0, .left = 0, .width = 100, .height = 100});
+    const auto label = std::make_shared<Label>();
+    label->setPlacement(below->placement());
+    screen_->view()->addSubview(below);
+    screen_->view()->addSubview(label);
+    EXPECT_EQ(window_->hitTest({50, 50}), below);
+    int taps = 0;
+    screen_->view()->addTapAction([&] { ++taps; });
+    EXPECT_TRUE(window_->hitTest({200, 200})->touch());
+    EXPECT_TRUE(label->touch());
+    EXPECT_EQ(taps, 2);
+    below->setEnabled(false);
+    EXPECT_FALSE(window_->hitTest({50, 50})->touch());
+    EXPECT_EQ(taps, 2);
+}
+
+} // namespace
+} // namespace kivo::platform

@@ -1,0 +1,308 @@
+#include "support/ScreenFixture.hpp"
+
+#include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/TextField.hpp>
+
+#include <functional>
+
+namespace kivo::platform {
+namespace {
+
+/// Writes every step of its life into a journal that all screens of a test share.
+class Screen final : public ViewController {
+public:
+    Screen(std::string name, std::shared_ptr<std::string> journal)
+        : name_{std::move(name)}
+        , journal_{std::move(journal)} {}
+
+    ~Screen() override { note("x"); }
+
+    void viewDidLoad() override { note("load"); }
+
+    void viewWillAppear(bool /*animated*/) override {
+        note("will+");
+        if (onWillAppear) {
+            std::exchange(onWillAppear, nullptr)();
+        }
+    }
+
+    void viewDidAppear(bool /*animated*/) override { note("did+"); }
+
+    void viewWillDisappear(bool /*animated*/) override {
+        wasInNavigation = navigationController() != nullptr;
+        note("will-");
+    }
+
+    void viewDidDisappear(bool /*animated*/) override { note("did-"); }
+
+    std::function<void()> onWillAppear;
+    bool wasInNavigation = false;
+
+private:
+    void note(const std::string& step) { *journal_ += name_ + step + " "; }
+
+    std::string name_;
+    std::shared_ptr<std::string> journal_;
+};
+
+class ScreenLifeCycle : public test::ScreenFixture {
+protected:
+    std::shared_ptr<Screen> screen(const std::string& name) { return std::make_shared<Screen>(name, journal_); }
+
+    std::function<void()> done() {
+        return [this] { *journal_ += "done "; };
+    }
+
+    /// What happened since the last call.
+    std::string journal() { return std::exchange(*journal_, {}); }
+
+    /// Shows `root` in a navigation stack, settled.
+    std::shared_ptr<NavigationController> navigationWith(const std::shared_ptr<ViewController>& root) {
+        auto navigation = std::make_shared<NavigationController>(root);
+        window_->setRootViewController(navigation);
+        settle();
+        journal();
+        return navigation;
+    }
+
+    std::shared_ptr<std::string> journal_ = std::make_shared<std::string>();
+};
+
+TEST_F(ScreenLifeCycle, PushAndPop) {
+    const auto navigation = navigationWith(screen("A"));
+    auto b = screen("B");
+    navigation->pushViewController(b, true);
+    EXPECT_EQ(journal(), "Bload Awill- Bwill+ ");
+    EXPECT_EQ(window_->visibleViewController(), b);
+    settle();
+    EXPECT_EQ(journal(), "Bdid+ Adid- ");
+
+    navigation->popViewController(true);
+    EXPECT_EQ(journal(), "Bwill- Awill+ ");
+    EXPECT_TRUE(b->wasInNavigation);
+    EXPECT_EQ(b->navigationController(), nullptr);
+    b.reset();
+    settle();
+    EXPECT_EQ(journal(), "Adid+ Bdid- Bx ");
+    EXPECT_EQ(navigation->popViewController(true), nullptr);
+}
+
+TEST_F(ScreenLifeCycle, TransitionsInARowGiveEachScreenAWholeLife) {
+    struct Case {
+        std::string name;
+        std::function<void(NavigationController&)> doing;
+        std::string steps;
+    };
+
+    const std::vector<Case> cases{
+        {"pushing twice",
+         [this](auto& navigation) {
+             navigation.pushViewController(screen("B"), true);
+             navigation.pushViewController(screen("C"), true);
+         },
+         "Bload Awill- Bwill+ Cload Bwill- Cwill+ Adid- Cdid+ Bdid- "},
+        {"popping during the push",
+         [this](auto& navigation) {
+             navigation.pushViewController(screen("B"), true);
+             navigation.popViewController(true);
+         },
+         "Bload Awill- Bwill+ Bwill- Awill+ Adid+ Bdid- Bx "},
+        {"dismissing during the presentation",
+         [this](auto& navigation) {
+             navigation.present(screen("B"), true, done());
+             navigation.dismiss(true, done());
+         },
+         "Bload Bwill+ Bwill- done Bdid- done Bx "},
+        {"pushing while appearing",
+         [this](auto& navigation) {
+             const auto b = screen("B");
+             b->onWillAppear = [&] { navigation.pushViewController(screen("C"), true); };
+             navigation.pushViewController(b, true);
+         },
+         "Bload Awill- Bwill+ Cload Bwill- Cwill+ Cdid+ Bdid- Adid- "},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        const auto navigation = navigationWith(screen("A"));
+        each.doing(*navigation);
+        settle();
+        EXPECT_EQ(journal(), each.steps);
+        window_->setRootViewController(nullptr);
+        settle();
+        journal();
+    }
+}
+
+TEST_F(ScreenLifeCycle, Presentations) {
+    struct Case {
+        std::string name;
+        ModalPresentationStyle style;
+        std::string shown;
+        std::string dismissed;
+    };
+
+    const std::vector<Case> cases{
+        {"over the screen below", ModalPresentationStyle::automatic, "Bload Bwill+ Bdid+ done ",
+         "Bwill- Bdid- done Bx "},
+        {"filling the display", ModalPresentationStyle::fullScreen, "Bload Awill- Bwill+ Bdid+ Adid- done ",
+         "Bwill- Awill+ Adid+ Bdid- done Bx "},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        const auto a = screen("A");
+        window_->setRootViewController(a);
+        settle();
+        journal();
+        auto b = screen("B");
+        b->setModalPresentationStyle(each.style);
+        a->present(b, true, done());
+        EXPECT_EQ(a->presentedViewController(), b);
+        settle();
+        EXPECT_EQ(journal(), each.shown);
+        b->dismiss(true, done());
+        b.reset();
+        settle();
+        EXPECT_EQ(journal(), each.dismissed);
+        window_->setRootViewController(nullptr);
+    }
+}
+
+TEST_F(ScreenLifeCycle, DismissingAScreenTakesThoseOverItAlong) {
+    const auto a = screen("A");
+    window_->setRootViewController(a);
+    a->present(screen("B"), true);
+    a->present(screen("C"), true);
+    settle();
+    EXPECT_EQ(a->presentedViewController()->presentedViewController(), window_->visibleViewController());
+    journal();
+    a->dismiss(true, done());
+    settle();
+    EXPECT_EQ(journal(), "Bwill- Cwill- Bdid- Cdid- done Bx Cx ");
+    EXPECT_EQ(window_->visibleViewController(), a);
+}
+
+TEST_F(ScreenLifeCycle, CompletionsRunAlsoWhenNothingCouldBeDone) {
+    const auto a = screen("A");
+    a->dismiss(true, done());
+    a->present(screen("B"), true, done());
+    EXPECT_EQ(journal(), "Bx ");
+    settle();
+    EXPECT_EQ(journal(), "done done ");
+    EXPECT_EQ(diagnostics_->texts.size(), 1U);
+
+    window_->setRootViewController(a);
+    a->present(a, true, done());
+    settle();
+    EXPECT_EQ(journal(), "Aload Awill+ Adid+ done ");
+    EXPECT_EQ(diagnostics_->texts.size(), 2U);
+}
+
+TEST_F(ScreenLifeCycle, AContainerPassesItsAppearanceOnToTheChildThatShows) {
+    const auto parent = screen("P");
+    parent->addChild(screen("C"));
+    parent->addChild(screen("D"));
+    parent->view()->addSubview(parent->children()[0]->view());
+    window_->setRootViewController(parent);
+    settle();
+    EXPECT_EQ(journal(), "Pload Cload Pwill+ Cwill+ Pdid+ Cdid+ ");
+    parent->view()->addSubview(parent->children()[1]->view());
+    settle();
+    EXPECT_EQ(journal(), "Dload Dwill+ Ddid+ ");
+    parent->children()[0]->view()->removeFromSuperview();
+    settle();
+    EXPECT_EQ(journal(), "Cwill- Cdid- ");
+}
+
+TEST_F(ScreenLifeCycle, AScreenMayEndItselfInItsOwnButtonsAction) {
+    const auto navigation = navigationWith(screen("A"));
+    auto b = screen("B");
+    const std::weak_ptr weak{b};
+    const auto button = std::make_shared<Button>();
+    int taps = 0;
+    button->addAction(ControlEvent::touchUpInside, [&](const auto& sender) {
+        ++taps;
+        navigation->popViewController(true);
+        settle();
+        sender->removeFromSuperview();
+    });
+    button->addAction(ControlEvent::touchUpInside, [&](const auto&) { ++taps; });
+    b->view()->addSubview(button);
+    navigation->pushViewController(std::exchange(b, nullptr), true);
+    settle();
+    EXPECT_TRUE(button->tap());
+    EXPECT_EQ(taps, 2);
+    EXPECT_TRUE(weak.expired());
+    EXPECT_FALSE(button->tap());
+}
+
+TEST_F(ScreenLifeCycle, AnAlertCallsTheChosenAnswersHandlerOnceItHasGone) {
+    const auto a = screen("A");
+    window_->setRootViewController(a);
+    const auto behind = std::make_shared<Button>();
+    a->view()->addSubview(behind);
+    auto alert = std::make_shared<AlertController>("", "Really?");
+    int answered = 0;
+    alert->addAction({.title = "OK", .handler = [&] { answered += 1; }});
+    alert->addAction({.title = "Cancel", .handler = [&] { answered += 10; }});
+    const std::weak_ptr weak{alert};
+    a->present(alert, true);
+    settle();
+    EXPECT_FALSE(behind->tap());
+    const auto cancel = alert->view()->find<Button>("Cancel");
+    alert.reset();
+    EXPECT_TRUE(cancel->tap());
+    EXPECT_EQ(answered, 0);
+    EXPECT_FALSE(cancel->tap());
+    settle();
+    EXPECT_EQ(answered, 10);
+    EXPECT_TRUE(weak.expired());
+    EXPECT_TRUE(behind->tap());
+}
+
+TEST_F(ScreenLifeCycle, ALeavingScreenGivesUpTheKeyboard) {
+    const auto navigation = navigationWith(screen("A"));
+    const auto b = screen("B");
+    const auto field = std::make_shared<TextField>();
+    b->view()->addSubview(field);
+    EXPECT_TRUE(field->becomeFirstResponder());
+    EXPECT_FALSE(Keyboard::isShown());
+    navigation->pushViewController(b, true);
+    EXPECT_TRUE(field->isFirstResponder());
+    EXPECT_TRUE(Keyboard::isShown());
+    navigation->popViewController(true);
+    EXPECT_FALSE(field->isFirstResponder());
+    EXPECT_FALSE(Keyboard::isShown());
+}
+
+TEST_F(ScreenLifeCycle, ReadingSizeReachesEveryLoadedScreenOnce) {
+    class Reader final : public ViewController {
+    public:
+        void traitCollectionDidChange() override {
+            ++changes;
+            for (const auto& child : children()) {
+                child->overrideContentSizeCategory(view()->window()->preferredContentSizeCategory());
+            }
+        }
+
+        int changes = 0;
+    };
+
+    const auto parent = std::make_shared<Reader>();
+    const auto child = std::make_shared<Reader>();
+    parent->addChild(child);
+    parent->view()->addSubview(child->view());
+    window_->setRootViewController(parent);
+    window_->setPreferredContentSizeCategory(ContentSizeCategory::accessibilityLarge);
+    EXPECT_EQ(parent->changes, 1);
+    EXPECT_EQ(child->view()->contentSizeCategory(), ContentSizeCategory::accessibilityLarge);
+    window_->setPreferredContentSizeCategory(ContentSizeCategory::accessibilityLarge);
+    EXPECT_EQ(parent->changes, 1);
+    parent->view()->setMaximumContentSizeCategory(ContentSizeCategory::small);
+    EXPECT_EQ(parent->view()->contentSizeCategory(), ContentSizeCategory::small);
+}
+
+} // namespace
+} // namespace kivo::platform

@@ -1,0 +1,43 @@
+#include "ui/TextEstimate.hpp"
+
+#include "linux/FontconfigFonts.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+namespace kivo::platform {
+namespace {
+
+long linesOf(std::string_view text, double limit) {
+    return std::lround(estimateText(text, 10, limit).height / 12);
+}
+
+TEST(TextEstimate, BreaksLinesBetweenWordsAndInsideOverlongOnes) {
+    EXPECT_EQ(linesOf("", 100), 1);
+    EXPECT_EQ(linesOf("one two", 100), 1);
+    EXPECT_EQ(linesOf("one\ntwo\n", 100), 3);
+    const auto word = estimateText("word", 10, 1000).width;
+    EXPECT_EQ(linesOf("word word word", word + 1), 3);
+    EXPECT_EQ(linesOf("wordwordword", word + 1), 3);
+    EXPECT_EQ(linesOf("漢字漢字", 20), 2);
+    EXPECT_LE(estimateText("word word word", 10, word + 1).width, word + 1);
+}
+
+TEST(TextEstimate, GivesEachKindOfCharacterItsWidth) {
+    const auto width = [](std::string_view text) { return estimateText(text, 10, 1000).width; };
+    EXPECT_LT(width("i"), width("n"));
+    EXPECT_LT(width("n"), width("M"));
+    EXPECT_DOUBLE_EQ(width("漢"), 10);
+    EXPECT_DOUBLE_EQ(width("e\u0301"), width("e"));
+    EXPECT_GT(width("\xFF\xC3"), 0);
+}
+
+TEST(FontconfigFonts, DoesNotTakeAnotherFontForAMissingOne) {
+    EXPECT_FALSE(makeFontconfigFonts()->isInstalled("No Such Typeface"));
+    EXPECT_FALSE(makeFontconfigFonts()->isInstalled(""));
+}
+
+} // namespace
+} // namespace kivo::platform

@@ -1,0 +1,266 @@
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/PublicKeyPins.hpp"
+#include "support/ForgedCertificate.hpp"
+#include "support/HostFixture.hpp"
+#include "support/TestTlsServer.hpp"
+
+#include <gmock/gmock.h>
+#include <plist/plist.h>
+
+namespace kivo {
+namespace {
+
+using simulator::CertificateAuthority;
+using simulator::CertificateFlaw;
+using simulator::Endpoint;
+using simulator::Fault;
+using simulator::IdentityService;
+using simulator::KeyType;
+using test::reply;
+using test::TestTlsServer;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+constexpr auto pinningFailed = ResponseCode::UNSECURE_SERVER_PINNING_FAILED;
+
+std::string xml(const std::string& root) {
+    return R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0">)" + root + "</plist>";
+}
+
+std::string listOf(const std::vector<std::string>& pins) {
+    std::string entries;
+    for (const auto& pin : pins) {
+        entries += "<string>" + pin + "</string>";
+    }
+    return xml("<array>" + entries + "</array>");
+}
+
+std::string binary(const std::string& xmlText) {
+    plist_t node = nullptr;
+    plist_from_xml(xmlText.data(), static_cast<std::uint32_t>(xmlText.size()), &node);
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(node, &bytes, &size);
+    std::string result{bytes, size};
+    plist_to_bin_free(bytes);
+    plist_free(node);
+    return result;
+}
+
+/// A host whose bundle lists pins, and a service with a host name for each endpoint: each is a connection of its own.
+class Pinning : public test::HostFixture {
+protected:
+    Pinning()
+        : HostFixture{withKey(KeyType::rsa2048)} {
+        KivoSDK::setLogLevel(LogLevel::debug);
+        session = KivoSDK::load("KEY", "18");
+    }
+
+    static simulator::IdentityServiceConfiguration withKey(KeyType keyType) {
+        auto configuration = defaultConfiguration();
+        configuration.hostPerEndpoint = true;
+        configuration.keyType = keyType;
+        return configuration;
+    }
+
+    void writeList(const std::string& bytes) const {
+        std::filesystem::remove_all(list());
+        folder.write("Host.bundle/readid_certificates.plist", bytes);
+    }
+
+    std::filesystem::path list() const { return folder.path() / "Host.bundle/readid_certificates.plist"; }
+
+    /// Joins at this address and keeps what was logged meanwhile.
+    test::Answered joinAt(const std::string& page) {
+        Deployment::install({.joinPages = {page, page, page, page}});
+        testing::internal::CaptureStdout();
+        auto answered = join(*session);
+        logged = testing::internal::GetCapturedStdout();
+        return answered;
+    }
+
+    std::shared_ptr<KivoAPI> session;
+    std::string logged;
+};
+
+TEST_F(Pinning, LetsAServerThroughWhoseLeafOrIntermediateIsListed) {
+    IdentityService ec{withKey(KeyType::ec256)};
+    IdentityService rsa4096{withKey(KeyType::rsa4096)};
+    const auto other = CertificateAuthority{}.issue({}).pins.leaf;
+
+    const struct {
+        const char* what;
+        IdentityService& server;
+        std::string list;
+        CertificateFlaw flaw = CertificateFlaw::none;
+        std::string warning{};
+    } rows[] = {
+        {"leaf", service, listOf({service.pins().leaf})},
+        {"intermediate", service, listOf({service.pins().intermediate})},
+        {"the last of many", service, listOf({other, other, service.pins().leaf})},
+        {"beside a faulty entry", service, listOf({"no pin", service.pins().leaf})},
+        {"binary list", service, binary(listOf({service.pins().leaf}))},
+        {"key on a curve", ec, listOf({ec.pins().leaf})},
+        {"RSA 4096", rsa4096, listOf({rsa4096.pins().leaf})},
+        {"expired leaf", service, listOf({service.pins().intermediate}), CertificateFlaw::expired,
+         "its certificate expired on 20"},
+        {"leaf of another host", service, listOf({service.pins().intermediate}), CertificateFlaw::wrongHost,
+         "The pin lets join.localhost through although its certificate is for another host."},
+    };
+
+    for (const auto& [what, server, pins, flaw, warning] : rows) {
+        SCOPED_TRACE(what);
+        writeList(pins);
+        server.inject(Endpoint::join, Fault::certificate(flaw));
+        EXPECT_TRUE(joinAt(server.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
+        EXPECT_THAT(logged, HasSubstr("urlSession(_:didReceive:completionHandler:) \u2013 SUCCESS\n"));
+        EXPECT_THAT(logged, Not(HasSubstr("\u274C")));
+        EXPECT_EQ(logged.contains("\u26A0\uFE0F"), !warning.empty());
+        EXPECT_THAT(logged, HasSubstr(warning));
+    }
+}
+
+TEST_F(Pinning, RefusesEveryOtherServerBeforeAByteLeaves) {
+    const auto pins = service.pins();
+    const auto foreign = CertificateAuthority{}.issue({}).pins.leaf;
+
+    const struct {
+        const char* what;
+        std::string list;
+        std::string explanation;
+        CertificateFlaw flaw = CertificateFlaw::none;
+    } rows[] = {
+        {"another pin", listOf({foreign}), "plist allows: " + foreign + ". If"},
+        {"another authority", listOf({pins.leaf, pins.intermediate}), pins.intermediate + ". If",
+         CertificateFlaw::untrustedAuthority},
+        {"self-signed", listOf({pins.leaf, pins.intermediate}), pins.intermediate + ". If",
+         CertificateFlaw::selfSigned},
+        {"empty list", listOf({}), "plist allows: none (it is empty)"},
+        {"empty file", "", "none (it cannot be read as a property list)"},
+        {"damaged file", listOf({pins.leaf}).substr(0, 90), "none (it cannot be read as a property list)"},
+        {"no list", xml("<dict><key>a</key><string>" + pins.leaf + "</string></dict>"),
+         "none (its root is not an array)"},
+        {"an entry that is no text", xml("<array><string>" + pins.leaf + "</string><integer>1</integer></array>"),
+         "none (entry 2 is not text, and so the whole list counts for nothing)"},
+        {"white space", listOf({pins.leaf + " "}), "(entry 1 has white space in it)"},
+        {"hexadecimal", listOf({foreign, std::string(64, 'a')}), "(entry 2 has 48 bytes and not the 32 of a digest)"},
+        {"case", listOf({"sha256/" + pins.leaf}), "(entry 1 is not base64)"},
+    };
+
+    const auto refusal = [&](const std::string& explanation) {
+        EXPECT_EQ(joinAt(service.joinPage()).code(), pinningFailed);
+        EXPECT_EQ(service.connections(), 0U);
+        EXPECT_TRUE(service.requests().empty());
+        EXPECT_THAT(logged, HasSubstr("\u2013 FAILED\n"));
+        EXPECT_THAT(logged, HasSubstr("No certificate of join.localhost is pinned. Its pins: leaf "));
+        EXPECT_THAT(logged, HasSubstr(explanation));
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        writeList(row.list);
+        service.inject(Endpoint::join, Fault::certificate(row.flaw));
+        refusal(row.explanation);
+        EXPECT_EQ(logged.contains("leaf " + pins.leaf + ", intermediate " + pins.intermediate + ". "),
+                  row.flaw == CertificateFlaw::none);
+    }
+    std::filesystem::remove(list());
+    std::filesystem::create_symlink("/nowhere", list());
+    refusal("none (it cannot be read as a property list)");
+}
+
+TEST_F(Pinning, WithoutAListTheSystemDecides) {
+    EXPECT_TRUE(joinAt(service.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
+    EXPECT_THAT(logged, Not(HasSubstr("didReceive")));
+}
+
+TEST_F(Pinning, AChainEndsWhereNobodySigned) {
+    const CertificateAuthority pinned;
+    const auto genuine = pinned.issue({});
+    // On the same type of key as the pinned authority, so that nothing but the signature tells them apart.
+    const auto foreign = CertificateAuthority{}.issue({.keyType = KeyType::ec256});
+    const auto intermediate = test::certificatesIn(genuine.chain).at(1);
+    const auto foreignParts = test::certificatesIn(foreign.chain);
+    const auto forged = test::forgedLeaf(intermediate, foreign.privateKey);
+    const auto belowALeaf = test::forgedLeaf(genuine.chain, genuine.privateKey);
+    writeList(listOf({genuine.pins.intermediate}));
+
+    const struct {
+        const char* what;
+        std::string chain;
+        std::string key;
+        bool isLetThrough = false;
+    } rows[] = {
+        {"appended", foreign.chain + intermediate, foreign.privateKey},
+        {"put in between", foreignParts[0] + intermediate + foreignParts[1], foreign.privateKey},
+        {"named as the issuer", forged.chain + intermediate, forged.privateKey},
+        {"above a leaf that signs", belowALeaf.chain + genuine.chain, belowALeaf.privateKey},
+        {"out of order", test::certificatesIn(genuine.chain)[0] + pinned.root() + intermediate, genuine.privateKey,
+         true},
+    };
+
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        TestTlsServer server{[](const auto&) { return reply(200, "{}"); }, row.chain, row.key};
+        const auto answered = joinAt(server.url());
+        EXPECT_EQ(answered.code(), row.isLetThrough ? ResponseCode::UNKNOWN_ERROR : pinningFailed);
+        EXPECT_EQ(server.handshakes(), row.isLetThrough ? 1 : 0);
+        EXPECT_EQ(server.requests().size(), row.isLetThrough ? 1U : 0U);
+        EXPECT_EQ(logged.contains("\u274C"), !row.isLetThrough);
+    }
+}
+
+TEST_F(Pinning, EveryOperationTellsAMismatchFromOtherFailures) {
+    const std::pair<Endpoint, Call> operations[] = {
+        {Endpoint::join, [&](auto response) { session->join("123456", config(), response); }},
+        {Endpoint::update, [&](auto response) { session->update("inform", "m", response); }},
+        {Endpoint::status, [&](auto response) { session->status(response); }},
+        {Endpoint::commit, [&](auto response) { session->commit(response); }},
+        {Endpoint::upload, [&](auto response) { session->upload(AcquisitionObject::selfieImage, "d", response); }},
+    };
+    for (const auto& [endpoint, call] : operations) {
+        SCOPED_TRACE(name(endpoint));
+        writeList(listOf({service.pins().leaf}));
+        service.clearFaults();
+        ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+        NetworkManager::shared().retryLimit = 3;
+        service.inject(endpoint, Fault::reset());
+        const auto failed = answerTo(call);
+        EXPECT_FALSE(failed.outcome);
+        EXPECT_NE(failed.code(), pinningFailed);
+
+        service.clearFaults();
+        ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+        const auto before = requestsTo(endpoint).size();
+        // Closes the connections that the good certificate opened.
+        service.inject(endpoint, Fault::certificate(CertificateFlaw::selfSigned));
+        EXPECT_EQ(answerTo(call).code(), pinningFailed);
+        EXPECT_EQ(requestsTo(endpoint).size(), before);
+    }
+}
+
+TEST_F(Pinning, ARedirectLeadsToPinnedServersOnly) {
+    IdentityService elsewhere{withKey(KeyType::ec256)};
+    writeList(listOf({service.pins().leaf}));
+    service.inject(Endpoint::join, Fault::redirect(elsewhere.joinPage(), 307));
+    EXPECT_EQ(joinAt(service.joinPage()).code(), pinningFailed);
+    EXPECT_EQ(elsewhere.connections(), 0U);
+    EXPECT_TRUE(elsewhere.requests().empty());
+
+    writeList(listOf({service.pins().leaf, elsewhere.pins().intermediate}));
+    EXPECT_TRUE(joinAt(service.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
+    EXPECT_EQ(elsewhere.requests().size(), 1U);
+}
+
+TEST_F(Pinning, AChallengeWithoutAServerIsRefused) {
+    const platform::ServerTrust empty{.host = "localhost", .chain = {}};
+    for (const auto* trust : {static_cast<const platform::ServerTrust*>(nullptr), &empty}) {
+        std::vector<platform::AuthChallengeDisposition> answers;
+        CommunicationSecurityManager::shared().didReceiveChallenge(trust,
+                                                                   [&](auto answer) { answers.push_back(answer); });
+        EXPECT_EQ(answers, std::vector{platform::AuthChallengeDisposition::cancelAuthenticationChallenge});
+    }
+}
+
+} // namespace
+} // namespace kivo

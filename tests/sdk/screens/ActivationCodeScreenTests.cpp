@@ -1,0 +1,245 @@
+#include "support/ActivationCodeScreen.hpp"
+
+#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
+
+#include <functional>
+#include <vector>
+
+namespace kivo {
+namespace {
+
+using platform::Button;
+using platform::Label;
+using platform::TextField;
+using test::ActivationCodeScreen;
+using test::Keys;
+using Texts = std::vector<std::string>;
+
+TEST_F(ActivationCodeScreen, FollowsThePersonAlongTheBoxes) {
+    struct Row {
+        const char* what;
+        Texts keys;
+        Texts boxes;
+        int focus;
+        Texts heard;
+    };
+
+    const std::string flag = "\U0001F1E9\U0001F1EA";
+    const std::string family = "\U0001F468\u200D\U0001F469\u200D\U0001F467";
+    const std::string accented = "e\u0301";
+    const Row rows[] = {
+        {"the first box has the focus", {}, {"", "", "", "", "", ""}, 1, {}},
+        {"six in a row", {"1", "2", "3", "4", "5", "6"}, {"1", "2", "3", "4", "5", "6"}, 0, {"entered 123456"}},
+        {"case and letters stay",
+         {"a", "B", "c", "D", " ", "6"},
+         {"a", "B", "c", "D", " ", "6"},
+         0,
+         {"entered aBcD 6"}},
+        {"a new character replaces the old one", {"1", "2", "@1", "9"}, {"9", "2", "", "", "", ""}, 2, {}},
+        {"out of order",
+         {"@3", "3", "4", "5", "6", "@1", "1", "2"},
+         {"1", "2", "3", "4", "5", "6"},
+         0,
+         {"entered 123456"}},
+        {"the sixth box alone", {"@6", "6"}, {"", "", "", "", "", "6"}, 0, {}},
+        {"a pasted code", {"123456"}, {"123456", "", "", "", "", ""}, 0, {"entered 123456"}},
+        {"a pasted rest", {"1", "2", "3456"}, {"1", "2", "3456", "", "", ""}, 0, {"entered 123456"}},
+        {"too much pasted", {"1234567"}, {"1234567", "", "", "", "", ""}, 2, {}},
+        {"too little pasted", {"12345"}, {"12345", "", "", "", "", ""}, 2, {}},
+        {"a pasted code over a full box", {"1", "@1", "123456"}, {"123456", "", "", "", "", ""}, 0, {"entered 123456"}},
+        {"delete in a full box", {"1", "@1", "<"}, {"", "", "", "", "", ""}, 1, {}},
+        {"delete in an empty box", {"1", "2", "3", "<"}, {"1", "2", "", "", "", ""}, 3, {}},
+        {"delete all the way", {"1", "2", "<", "<", "<", "<"}, {"", "", "", "", "", ""}, 1, {}},
+        {"delete in the empty first box", {"<"}, {"", "", "", "", "", ""}, 1, {}},
+        {"a corrected code",
+         {"1", "2", "3", "4", "5", "6", "@2", "9"},
+         {"1", "9", "3", "4", "5", "6"},
+         0,
+         {"entered 123456", "entered 193456"}},
+        {"flags are one character",
+         {flag, flag, flag, flag, flag, flag},
+         {flag, flag, flag, flag, flag, flag},
+         0,
+         {"entered " + flag + flag + flag + flag + flag + flag}},
+        {"families and accents are one character",
+         {family, accented, "3456"},
+         {family, accented, "3456", "", "", ""},
+         0,
+         {"entered " + family + accented + "3456"}},
+        {"a mark joins the character before it",
+         {"e", "\u0301", "3", "4", "5", "6"},
+         {"e", "\u0301", "3", "4", "5", "6"},
+         0,
+         {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        delegate->heard.clear();
+        const auto screen = shown(themed(CodeTextFieldStyle::boxed));
+        for (const auto& key : row.keys) {
+            Keys::press(*screen, key);
+        }
+        EXPECT_EQ(boxes(*screen), row.boxes);
+        EXPECT_EQ(Keys::focus(), row.focus);
+        EXPECT_EQ(delegate->heard, row.heard);
+        pop();
+    }
+}
+
+TEST_F(ActivationCodeScreen, TakesACodeOfExactlySixCharactersInTheSingleField) {
+    struct Row {
+        const char* what;
+        Texts keys;
+        const char* text;
+        bool focused;
+        Texts heard;
+    };
+
+    const Row rows[] = {
+        {"typed", {"1", "2", "3", "4", "5", "6"}, "123456", false, {"entered 123456"}},
+        {"pasted", {"123456"}, "123456", false, {"entered 123456"}},
+        {"five", {"12345"}, "12345", true, {}},
+        {"seven", {"1234567"}, "1234567", true, {}},
+        {"seven, then a delete", {"1234567", "<"}, "123456", false, {"entered 123456"}},
+        {"bytes do not count", {"\u00E9\u00E9\u00E9"}, "\u00E9\u00E9\u00E9", true, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        delegate->heard.clear();
+        const auto screen = shown(themed(CodeTextFieldStyle::single));
+        const auto field = outlet<TextField>(*screen, "activationCodeTextField");
+        ASSERT_TRUE(field->touch());
+        for (const auto& key : row.keys) {
+            Keys::press(*screen, key);
+        }
+        EXPECT_EQ(field->text(), row.text);
+        EXPECT_EQ(field->isFirstResponder(), row.focused);
+        EXPECT_EQ(delegate->heard, row.heard);
+        screen->resetActivationCodeFields();
+        EXPECT_EQ(field->text(), row.text) << "only boxes are reset";
+        pop();
+    }
+}
+
+TEST_F(ActivationCodeScreen, ReturnsToTheBoxLastInUse) {
+    const auto screen = shown(themed(CodeTextFieldStyle::boxed));
+    Keys::press(*screen, "@4");
+    outlet<Label>(*screen, "getStartedTitleLabel")->touch();
+    EXPECT_EQ(Keys::focus(), 0) << "a tap beside the fields takes the keyboard away";
+    outlet<Button>(*screen, "codeContainerButton")->tap();
+    EXPECT_EQ(Keys::focus(), 4);
+}
+
+TEST_F(ActivationCodeScreen, IsEmptyAgainAfterAPersonHasLeft) {
+    const auto screen = shown(themed(CodeTextFieldStyle::boxed));
+    Keys::press(*screen, "1");
+    push(std::make_shared<platform::ViewController>());
+    EXPECT_EQ(Keys::focus(), 0);
+    pop();
+    EXPECT_EQ(boxes(*screen), Texts(6));
+
+    const auto plain = shown(themed(CodeTextFieldStyle::single));
+    outlet<TextField>(*plain, "activationCodeTextField")->setText("12");
+    push(std::make_shared<platform::ViewController>());
+    pop();
+    EXPECT_EQ(outlet<TextField>(*plain, "activationCodeTextField")->text(), "12") << "the single field keeps its text";
+}
+
+TEST_F(ActivationCodeScreen, HandsThemeAndItselfToTheScanner) {
+    const auto theme = themed(CodeTextFieldStyle::boxed);
+    const auto screen = shown(theme);
+    Keys::press(*screen, "1");
+    outlet<Button>(*screen, "scanQRCodeButton")->tap();
+    settle();
+    const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(navigation->topViewController());
+    ASSERT_NE(scanner, nullptr);
+    EXPECT_EQ(boxes(*screen), Texts(6));
+    EXPECT_EQ(scanner->themeObj, theme);
+    EXPECT_EQ(scanner->delegate.lock(), screen);
+    scanner->scanningSucceeded(R"({"code":"ABC"})");
+    scanner->scanningSucceeded("no JSON");
+    EXPECT_EQ(delegate->heard, (Texts{"scanned ABC", "invalid"}));
+}
+
+TEST_F(ActivationCodeScreen, ClosesByPopOrByDismissal) {
+    const auto theme = themed(CodeTextFieldStyle::boxed);
+    theme->zorCloseButtonAppearance->closeButtonIsHidden = false;
+    auto pushed = shown(theme);
+    outlet<Button>(*pushed, "closeButton")->tap();
+    EXPECT_EQ(delegate->heard, Texts{"closed"}) << "a pop tells at once";
+    settle();
+    EXPECT_EQ(navigation->topViewController(), host);
+
+    delegate->heard.clear();
+    auto presented = make(theme);
+    host->present(presented, /*animated=*/false);
+    settle();
+    outlet<Button>(*presented, "closeButton")->tap();
+    presented.reset();
+    EXPECT_EQ(delegate->heard, Texts{}) << "a dismissal tells when it is complete";
+    settle();
+    EXPECT_EQ(delegate->heard, Texts{"closed"});
+    EXPECT_EQ(host->presentedViewController(), nullptr);
+}
+
+TEST_F(ActivationCodeScreen, IsReleasedOnEveryWayOut) {
+    const auto theme = themed(CodeTextFieldStyle::boxed);
+    theme->zorCloseButtonAppearance->closeButtonIsHidden = false;
+    const std::pair<const char*, std::function<void(QRCodeVC&)>> ways[] = {
+        {"back", [&](QRCodeVC&) { navigation->popViewController(true); }},
+        {"close button", [&](QRCodeVC& screen) { outlet<Button>(screen, "closeButton")->tap(); }},
+        {"in the middle of a code",
+         [&](QRCodeVC& screen) {
+             Keys::press(screen, "1");
+             navigation->popViewController(true);
+         }},
+        {"after a visit to the scanner",
+         [&](QRCodeVC& screen) {
+             screen.performSegue("scannerSegueID");
+             settle();
+             pop();
+             navigation->popViewController(true);
+         }},
+    };
+    for (const auto& [what, leave] : ways) {
+        auto screen = shown(theme);
+        const std::weak_ptr weak = screen;
+        leave(*screen);
+        screen.reset();
+        settle();
+        EXPECT_TRUE(weak.expired()) << what;
+    }
+}
+
+/// A host that goes on as soon as it has the code.
+struct Leaving final : QRCodeVCDelegate {
+    std::function<void()> leave;
+
+    void invalidQRCodeScanned() override {}
+
+    void activationCodeEntered(std::string) override { leave(); }
+
+    void activationCodeScanned(std::string) override {}
+
+    void closeButtonPressed() override {}
+};
+
+TEST_F(ActivationCodeScreen, MayBeTakenAwayWhileItDeliversItsCode) {
+    for (const auto style : {CodeTextFieldStyle::boxed, CodeTextFieldStyle::single}) {
+        const auto leaving = std::make_shared<Leaving>();
+        leaving->leave = [&] { navigation->popViewController(false); };
+        auto screen = make(themed(style));
+        screen->delegate = leaving;
+        push(screen);
+        outlet<TextField>(*screen, style == CodeTextFieldStyle::boxed ? "textFieldDigitOne" : "activationCodeTextField")
+            ->touch();
+        const std::weak_ptr weak = screen;
+        screen.reset();
+        Keys::press(*navigation, "123456");
+        settle();
+        EXPECT_TRUE(weak.expired());
+    }
+}
+
+} // namespace
+} // namespace kivo

@@ -1,0 +1,208 @@
+#include "support/HostScreenFixture.hpp"
+#include "ui/ActivityOverlay.hpp"
+#include "ui/Alerts.hpp"
+#include "ui/CloseConfirmation.hpp"
+#include "ui/ContentSizeOverride.hpp"
+#include "ui/Keyboard.hpp"
+#include "ui/TextFieldStyle.hpp"
+
+#include <kivo/platform/NotificationCenter.hpp>
+#include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/NavigationItem.hpp>
+#include <kivo/ui/LayerStyle.hpp>
+
+#include <algorithm>
+#include <vector>
+
+namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::AlertController;
+using platform::Color;
+using platform::ContentSizeCategory;
+using platform::TextField;
+using platform::View;
+using platform::ViewController;
+
+using SharedViews = test::HostScreenFixture;
+
+TEST_F(SharedViews, RoundCornersClipExactlyWhenThereIsARadius) {
+    View view;
+    for (const double radius : {4.0, 0.0, 0.5, -1.0}) {
+        ui::setCornerRadiusExt(view, radius);
+        EXPECT_EQ(ui::cornerRadiusExt(view), radius);
+        EXPECT_EQ(view.layer().masksToBounds, radius > 0);
+    }
+    ui::applyPrimaryButtonStyle(view, Color::black(), 0, 3);
+    EXPECT_TRUE(view.layer().masksToBounds) << "a main button clips whatever its radius";
+    EXPECT_EQ(ui::borderWidthExt(view), 3);
+    EXPECT_EQ(ui::borderColorExt(view), Color::black());
+    ui::setBorderColorExt(view, std::nullopt);
+    EXPECT_EQ(ui::borderColorExt(view), std::nullopt);
+}
+
+TEST_F(SharedViews, AShadowComesWithItsColourOffsetAndOpacity) {
+    View view;
+    EXPECT_EQ(ui::shadowRadiusExt(view), 0);
+    ui::setShadowRadiusExt(view, 6);
+    EXPECT_EQ(ui::shadowRadiusExt(view), 6);
+    EXPECT_EQ(view.layer().shadowColor, Color::black());
+    EXPECT_EQ(view.layer().shadowOffset, (platform::Size{.width = 0, .height = 2}));
+    EXPECT_EQ(view.layer().shadowOpacity, 0.6);
+}
+
+TEST_F(SharedViews, PaddingIsAsHighAsTheFieldIsNow) {
+    const auto field = std::make_shared<TextField>();
+    EXPECT_EQ(ui::paddingLeftCustom(*field), 0);
+    field->setFrame({.origin = {}, .size = {.width = 200, .height = 44}});
+    ui::setPaddingLeftCustom(*field, 12);
+    ui::setPaddingRightCustom(*field, 8);
+    EXPECT_EQ(ui::paddingLeftCustom(*field), 12);
+    EXPECT_EQ(ui::paddingRightCustom(*field), 8);
+    EXPECT_EQ(field->leftView()->frame().size.height, 44);
+}
+
+TEST_F(SharedViews, PlaceholdersTakeAColourAndKeepTheirText) {
+    TextField field;
+    EXPECT_EQ(ui::placeHolderColor(field), std::nullopt);
+    ui::setPlaceHolderColor(field, std::nullopt);
+    EXPECT_FALSE(field.attributedPlaceholder());
+    field.setPlaceholder("Code");
+    ui::setPlaceHolderColor(field, Color::white(0.5));
+    EXPECT_EQ(ui::placeHolderColor(field), Color::white(0.5));
+    EXPECT_EQ(field.placeholder(), "Code");
+}
+
+TEST_F(SharedViews, LetterSpaceTurnsThePlainTextIntoAnAttributedOne) {
+    TextField field;
+    EXPECT_EQ(ui::letterSpace(field), 0);
+    field.setText("123");
+    ui::setLetterSpace(field, 8);
+    EXPECT_EQ(ui::letterSpace(field), 8);
+    EXPECT_EQ(field.text(), "123");
+    field.setAttributedText(platform::AttributedText{.text = "4", .foregroundColor = Color::black()});
+    ui::setLetterSpace(field, 2);
+    EXPECT_EQ(field.attributedText(),
+              (platform::AttributedText{.text = "4", .foregroundColor = Color::black(), .kern = 2}));
+    field.setText("");
+    ui::setLetterSpace(field, 2);
+    EXPECT_EQ(ui::letterSpace(field), 0) << "there is no character to be spaced";
+}
+
+TEST_F(SharedViews, AnAlertTellsTheIndexOfItsAnswerOnce) {
+    std::vector<std::size_t> chosen;
+    ui::showAlert(*host, "Title", "Message", {"A", "B", "C"}, [&](std::size_t index) { chosen.push_back(index); });
+    settle();
+    const auto alert = std::dynamic_pointer_cast<AlertController>(window->visibleViewController());
+    ASSERT_NE(alert, nullptr);
+    EXPECT_EQ(alert->title(), "Title");
+    EXPECT_EQ(alert->message(), "Message");
+    ASSERT_EQ(alert->actions().size(), 3U);
+    alert->choose(1);
+    settle();
+    alert->choose(2);
+    settle();
+    EXPECT_EQ(chosen, std::vector<std::size_t>{1});
+}
+
+TEST_F(SharedViews, TheCloseBarButtonAsksBeforeItCloses) {
+    addColor("Kivo.PrimaryColor", Color::white(0.25));
+    const auto screen = std::make_shared<ViewController>();
+    push(screen);
+    ui::setUpCloseBarButton(*screen);
+    EXPECT_EQ(navigation->navigationBar()->tintColor(), Color::white(0.25));
+    const auto item = screen->navigationItem()->rightBarButtonItem();
+    ASSERT_TRUE(item);
+    EXPECT_EQ(item->style, platform::BarButtonItem::Style::plain);
+
+    for (const auto& [answer, stays] : {std::pair{1, true}, std::pair{0, false}}) {
+        item->action();
+        settle();
+        const auto alert = std::dynamic_pointer_cast<AlertController>(window->visibleViewController());
+        ASSERT_NE(alert, nullptr);
+        EXPECT_EQ(alert->title(), "");
+        EXPECT_EQ(alert->message(), "Are you sure, you want to terminate the process?");
+        ASSERT_EQ(alert->actions().size(), 2U);
+        EXPECT_EQ(alert->actions()[0].title, "OK");
+        EXPECT_EQ(alert->actions()[1].title, "Cancel");
+        alert->choose(static_cast<std::size_t>(answer));
+        settle();
+        EXPECT_EQ(navigation->topViewController() == screen, stays);
+    }
+}
+
+TEST_F(SharedViews, TheKeyboardLiftsAScreenOnceAndSetsItBack) {
+    const auto center = platform::NotificationCenter::defaultCenter();
+    const auto post = [&](std::string_view name, double height) {
+        const platform::KeyboardFrame frame{.begin = platform::Rect{.size = {.width = 390, .height = height}}};
+        center->post({.name = std::string{name}, .object = height > 0 ? frame : platform::KeyboardFrame{}});
+    };
+    const auto y = [&] { return host->view()->frame().origin.y; };
+    ui::KeyboardAvoidance avoidance{*host};
+    post(platform::keyboardWillShow, 0);
+    EXPECT_EQ(y(), 0) << "without a frame nothing moves";
+    post(platform::keyboardWillShow, 300);
+    EXPECT_EQ(y(), -150);
+    post(platform::keyboardWillShow, 200);
+    EXPECT_EQ(y(), -150) << "a lifted screen stays where it is";
+    post(platform::keyboardWillHide, 0);
+    EXPECT_EQ(y(), 0);
+    avoidance.unsubscribeFromKeyboardNotifications();
+    post(platform::keyboardWillShow, 300);
+    EXPECT_EQ(y(), 0);
+}
+
+TEST_F(SharedViews, ChildScreensTakeTheReadingSizeOfTheDevice) {
+    const auto child = std::make_shared<ViewController>();
+    host->addChild(child);
+    host->view()->addSubview(child->view());
+    host->view()->setMaximumContentSizeCategory(ContentSizeCategory::medium);
+    window->setPreferredContentSizeCategory(ContentSizeCategory::extraSmall);
+    ui::overrideChildrenContentSizeCategories(*host);
+    window->setPreferredContentSizeCategory(ContentSizeCategory::medium);
+    EXPECT_EQ(child->view()->contentSizeCategory(), ContentSizeCategory::extraSmall);
+}
+
+TEST_F(SharedViews, OneOverlayCoversTheNavigationControllerUntilItHasFaded) {
+    const auto overlays = [&] {
+        return std::ranges::count_if(navigation->view()->subviews(),
+                                     [](const auto& view) { return view->tag() == ui::activityOverlayTag; });
+    };
+    ui::showActivityOverlay(*host);
+    ui::showActivityOverlay(*host);
+    EXPECT_EQ(overlays(), 0) << "only on the main queue";
+    settle();
+    EXPECT_EQ(overlays(), 1);
+    const auto overlay = navigation->view()->viewWithTag(ui::activityOverlayTag);
+    EXPECT_EQ(overlay->backgroundColor(), Color::white(120.0 / 255));
+    EXPECT_EQ(overlay->alpha(), 0.5);
+    navigation->view()->layoutIfNeeded();
+    EXPECT_EQ(overlay->frame().size, navigation->view()->frame().size);
+    const auto wheel = std::dynamic_pointer_cast<platform::ActivityIndicatorView>(overlay->subviews().at(0));
+    ASSERT_NE(wheel, nullptr);
+    EXPECT_TRUE(wheel->isAnimating());
+    EXPECT_EQ(wheel->style(), platform::ActivityIndicatorView::Style::large);
+
+    ui::hideActivityOverlay(*host);
+    settle();
+    EXPECT_EQ(overlay->alpha(), 0);
+    EXPECT_EQ(overlays(), 1);
+    advance(200ms);
+    EXPECT_EQ(overlays(), 0);
+}
+
+TEST_F(SharedViews, AnOverlayGoesAlsoWhenItsScreenIsPoppedRightAfter) {
+    const auto screen = std::make_shared<ViewController>();
+    push(screen);
+    ui::showActivityOverlay(*screen);
+    settle();
+    ui::hideActivityOverlay(*screen);
+    pop();
+    advance(200ms);
+    EXPECT_EQ(navigation->view()->viewWithTag(ui::activityOverlayTag), nullptr);
+}
+
+} // namespace
+} // namespace kivo

@@ -1,0 +1,88 @@
+#include "support/HostScreenFixture.hpp"
+
+#include "Configuration/environment/SdkBundle.hpp"
+#include "FolderBundles.hpp"
+#include "services/acquisition/Screens.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace kivo::test {
+
+platform::Size ChosenFonts::measure(std::string_view text, std::string_view /*name*/, double pointSize,
+                                    double widthLimit) {
+    const double width = static_cast<double>(text.size()) * pointSize / 2;
+    const double lines = widthLimit > 0 ? std::max(1.0, std::ceil(width / widthLimit)) : 1;
+    return {.width = std::min(width, widthLimit), .height = lines * pointSize * 1.2};
+}
+
+HostScreenFixture::HostScreenFixture(SdkBundle sdkBundle) {
+    auto services = platform::linuxServices(
+        {.mainBundle = folder.path() / "Host.bundle", .dataFolder = folder.path() / "data", .trustedCertificates = {}});
+    services.mainQueue = mainLoop;
+    services.fonts = fonts;
+    if (sdkBundle == SdkBundle::ofTheTest) {
+        services.bundles = platform::makeFolderBundles(folder.path() / "Host.bundle", folder.path() / "Sdk.bundle",
+                                                       services.diagnostics);
+    }
+    platform::install(services);
+    registerScreens();
+    navigation = std::make_shared<platform::NavigationController>(host);
+    window = std::make_shared<platform::Window>();
+    window->setRootViewController(navigation);
+    settle();
+}
+
+void HostScreenFixture::addColor(const std::string& name, const platform::Color& color) const {
+    const auto component = [](double value) { return '"' + std::to_string(value) + '"'; };
+    folder.write("Host.bundle/Host.xcassets/" + name + ".colorset/Contents.json",
+                 R"({"colors":[{"idiom":"universal","color":{"color-space":"srgb","components":{"red":)" +
+                     component(color.red) + R"(,"green":)" + component(color.green) + R"(,"blue":)" +
+                     component(color.blue) + R"(,"alpha":)" + component(color.alpha) + "}}}]}");
+}
+
+std::shared_ptr<platform::ViewController> HostScreenFixture::instantiate(std::string_view identifier) {
+    const auto storyboard = platform::Storyboard::open("ZORFramework", sdkBundle());
+    if (!storyboard) {
+        ADD_FAILURE() << storyboard.error();
+        return nullptr;
+    }
+    auto screen = (*storyboard)->instantiate(identifier);
+    if (!screen) {
+        ADD_FAILURE() << screen.error();
+        return nullptr;
+    }
+    return std::move(*screen);
+}
+
+void HostScreenFixture::push(const std::shared_ptr<platform::ViewController>& screen) {
+    navigation->pushViewController(screen, /*animated=*/true);
+    settle();
+}
+
+void HostScreenFixture::pop() {
+    navigation->popViewController(/*animated=*/true);
+    settle();
+}
+
+void Keys::press(platform::ViewController& screen, std::string_view key) {
+    if (key.starts_with('@')) {
+        screen.view()->viewWithTag(std::stoi(std::string{key.substr(1)}))->touch();
+        return;
+    }
+    const auto field = std::dynamic_pointer_cast<platform::TextField>(platform::Keyboard::firstResponder());
+    ASSERT_NE(field, nullptr) << "no field has the keyboard for \"" << key << '"';
+    if (key == "<") {
+        field->deleteBackward();
+    } else {
+        field->insertText(std::string{key});
+    }
+}
+
+int Keys::focus() {
+    const auto field = platform::Keyboard::firstResponder();
+    return field ? field->tag() : 0;
+}
+
+} // namespace kivo::test

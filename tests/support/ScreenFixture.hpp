@@ -1,0 +1,45 @@
+#pragma once
+
+#include <kivo/platform/RunLoop.hpp>
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Window.hpp>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kivo::test {
+
+/// Keeps what the platform layer had to tell.
+class RecordedDiagnostics final : public platform::Diagnostics {
+public:
+    void report(std::string_view /*component*/, std::string_view text) override { texts.emplace_back(text); }
+
+    std::vector<std::string> texts{};
+};
+
+/// A window on a main loop that runs only when told to, on a clock that stands still.
+class ScreenFixture : public testing::Test {
+protected:
+    ScreenFixture() {
+        platform::Services services;
+        services.mainQueue = loop_;
+        services.diagnostics = diagnostics_;
+        platform::install(services);
+    }
+
+    /// Runs the main loop until nothing is due.
+    void settle() const {
+        while (loop_->drain() > 0) {
+        }
+    }
+
+    std::shared_ptr<platform::ManualClock> clock_ = std::make_shared<platform::ManualClock>();
+    std::shared_ptr<platform::RunLoop> loop_ = std::make_shared<platform::RunLoop>(clock_);
+    std::shared_ptr<RecordedDiagnostics> diagnostics_ = std::make_shared<RecordedDiagnostics>();
+    std::shared_ptr<platform::Window> window_ = std::make_shared<platform::Window>();
+};
+
+} // namespace kivo::test

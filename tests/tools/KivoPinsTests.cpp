@@ -1,0 +1,127 @@
+#include "support/TemporaryFolder.hpp"
+
+#include <kivo/simulator/IdentityService.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+
+namespace kivo::test {
+namespace {
+
+using simulator::CertificateAuthority;
+using simulator::KeyType;
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+struct Ended {
+    int status = -1;
+    std::string output;
+};
+
+class KivoPins : public ::testing::Test {
+protected:
+    /// Runs the tool in the test's folder; what it prints and complains of comes together.
+    Ended run(const std::string& arguments) const {
+        const auto command =
+            "cd " + folder.path().string() + " && " KIVO_TEST_PROGRAMS "/kivo-pins " + arguments + " 2>&1";
+        auto* const pipe = ::popen(command.c_str(), "r");
+        Ended ended;
+        for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
+            ended.output += static_cast<char>(byte);
+        }
+        ended.status = WEXITSTATUS(::pclose(pipe));
+        return ended;
+    }
+
+    static std::string list(const std::string& entries) {
+        return R"(<?xml version="1.0"?><plist version="1.0"><array>)" + entries + "</array></plist>";
+    }
+
+    const TemporaryFolder folder;
+    const CertificateAuthority authority;
+};
+
+TEST_F(KivoPins, PrintsThePinsOfCertificatesKeysAndServers) {
+    for (const auto type : {KeyType::rsa2048, KeyType::ec256}) {
+        const auto issued = authority.issue({.keyType = type});
+        folder.write("chain.pem", issued.chain);
+        folder.write("key.pem", issued.privateKey);
+        const auto chain = run("chain.pem");
+        EXPECT_EQ(chain.status, 0);
+        EXPECT_THAT(chain.output, HasSubstr("leaf  CN = localhost\n"));
+        EXPECT_THAT(chain.output, ContainsRegex("in (89|90) days"));
+        EXPECT_THAT(chain.output, HasSubstr(" " + issued.pins.leaf + "\n"));
+        EXPECT_THAT(chain.output, HasSubstr(" " + issued.pins.intermediate + "\n"));
+        const auto key = run("key.pem").output;
+        EXPECT_THAT(key, HasSubstr(" " + issued.pins.leaf + "\n"));
+        EXPECT_EQ(key.contains("Not the standard pin"), type != KeyType::rsa2048);
+        EXPECT_THAT(run("--only intermediate chain.pem").output, Not(HasSubstr(issued.pins.leaf)));
+    }
+    const simulator::IdentityService service;
+    const auto live = run("localhost:" + std::to_string(service.port()));
+    EXPECT_EQ(live.status, 0);
+    EXPECT_THAT(live.output, HasSubstr(service.pins().leaf));
+    EXPECT_THAT(live.output, HasSubstr(service.pins().intermediate));
+    EXPECT_EQ(service.connections(), 0U);
+}
+
+TEST_F(KivoPins, KeepsAListAndLooksIntoIt) {
+    const auto first = authority.issue({});
+    const auto second = authority.issue({.keyType = KeyType::ec256});
+    folder.write("first.pem", first.chain);
+    folder.write("second.pem", second.privateKey);
+    EXPECT_THAT(run("--write pins.plist --only leaf first.pem").output, HasSubstr("added 1 pin, 1 pin in all"));
+    EXPECT_EQ(run("--check pins.plist first.pem").status, 0);
+    EXPECT_EQ(run("--check pins.plist second.pem").status, 1);
+    EXPECT_THAT(run("--write pins.plist second.pem").output, HasSubstr("added 1 pin, 2 pins in all"));
+    EXPECT_THAT(run("--write pins.plist second.pem").output, HasSubstr("added 0 pins, 2 pins in all"));
+    EXPECT_EQ(run("--check pins.plist second.pem").status, 0);
+    EXPECT_EQ(run("--check pins.plist first.pem").status, 0);
+    EXPECT_EQ(run("--check pins.plist").status, 0);
+}
+
+TEST_F(KivoPins, SaysWhatIsWrong) {
+    folder.write("leaf.pem", authority.issue({}).chain);
+    folder.write("junk", "junk");
+    folder.write("empty.plist", list(""));
+    folder.write("dict.plist", R"(<plist version="1.0"><dict/></plist>)");
+    folder.write("faulty.plist",
+                 list("<string>a b</string><string>AAAA</string><string>?</string><integer>1</integer>"));
+
+    const struct {
+        const char* arguments;
+        int status;
+        const char* complaint;
+    } rows[] = {
+        {"", 2, "name a file or a server"},
+        {"--bogus", 2, "unknown option \"--bogus\""},
+        {"--write", 2, "--write needs a FILE.plist"},
+        {"--only root leaf.pem", 2, "--only takes leaf or intermediate, not \"root\""},
+        {"junk", 2, "junk holds neither a certificate nor a key"},
+        {"none/leaf.pem", 2, "there is no file \"none/leaf.pem\""},
+        {"localhost:1", 2, "Could not connect to localhost port 1"},
+        {"--check none.plist", 2, "none.plist cannot be read"},
+        {"--check junk", 2, "junk is not a well-formed"},
+        {"--check empty.plist", 1, "it is empty"},
+        {"--check dict.plist", 1, "its root is not an array"},
+        {"--check faulty.plist", 1, "entry 1 has white space in it"},
+        {"--check faulty.plist", 1, "entry 2 has 3 bytes and not the 32 of a digest"},
+        {"--check faulty.plist", 1, "entry 3 is not base64"},
+        {"--check faulty.plist", 1, "entry 4 is not text"},
+        {"--write faulty.plist leaf.pem", 2, "not a list of pins; move it away"},
+        {"--write none/pins.plist leaf.pem", 2, "none/pins.plist cannot be written"},
+    };
+
+    for (const auto& row : rows) {
+        const auto ended = run(row.arguments);
+        EXPECT_EQ(ended.status, row.status) << row.arguments;
+        EXPECT_THAT(ended.output, HasSubstr(row.complaint)) << row.arguments;
+    }
+}
+
+} // namespace
+} // namespace kivo::test

@@ -1,0 +1,52 @@
+#include "Display.hpp"
+
+#include <kivo/platform/ui/TextField.hpp>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+
+namespace demo {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::array boxes{"textFieldDigitOne",  "textFieldDigitTwo",  "textFieldDigitThree",
+                           "textFieldDigitFour", "textFieldDigitFive", "textFieldDigitSix"};
+
+} // namespace
+
+Display::Display(bool boxesAreReset)
+    : boxesAreReset_{boxesAreReset} {
+    window_->setRootViewController(navigation_);
+}
+
+std::string Display::typeCode(std::string_view code) {
+    if (boxesAreReset_) {
+        if (const auto reset = person_.waitFor([this] { return boxesAreEmpty(); }, 1s); !reset) {
+            return "The boxes still hold the refused code. " + reset.error();
+        }
+    } else if (!boxesAreEmpty()) {
+        for (const auto& deleted : {person_.tap(boxes.back()), person_.pressDelete(boxes.size())}) {
+            if (!deleted) {
+                return deleted.error();
+            }
+        }
+    }
+    const auto typed = person_.type(boxes.front(), code);
+    return typed ? "" : typed.error();
+}
+
+bool Display::boxesAreEmpty() const {
+    const auto screen = window_->visibleViewController();
+    return std::ranges::all_of(boxes, [&](const auto* name) {
+        const auto box = screen->view()->find<kivo::platform::TextField>(name);
+        return !box || box->text().empty();
+    });
+}
+
+void Display::returnToStart() {
+    navigation_->popToViewController(start_, /*animated=*/true);
+}
+
+} // namespace demo
