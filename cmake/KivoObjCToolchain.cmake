@@ -49,3 +49,14 @@ if(NOT Kivo_OBJC_MISSING AND NOT TARGET Kivo::objc_runtime)
   # A block's class is an address in libkivo-objc; it must not be copied into the program.
   set_target_properties(Kivo::objc_runtime PROPERTIES INTERFACE_POSITION_INDEPENDENT_CODE ON)
 endif()
+
+# CMake does not know how Linux linkers take a run path from Objective-C.
+foreach(kivo_language OBJC OBJCXX)
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_SHARED_LIBRARY_RUNTIME_${kivo_language}_FLAG)
+    foreach(kivo_kind SHARED_LIBRARY EXECUTABLE)
+      set(CMAKE_${kivo_kind}_RUNTIME_${kivo_language}_FLAG "-Wl,-rpath,")
+      set(CMAKE_${kivo_kind}_RUNTIME_${kivo_language}_FLAG_SEP ":")
+      set(CMAKE_${kivo_kind}_RPATH_LINK_${kivo_language}_FLAG "-Wl,-rpath-link,")
+    endforeach()
+  endif()
+endforeach()
