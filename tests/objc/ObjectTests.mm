@@ -206,7 +206,7 @@ TEST_F(ObjCObjects, BlocksAreObjects) {
     EXPECT_EQ([[global copy] autorelease], global);
 }
 
-TEST_F(ObjCObjects, TheRunLoopRunsTheMainQueue) {
+TEST_F(ObjCObjects, AHostsLoopRunsTheMainQueue) {
     NSRunLoop* const runLoop = [NSRunLoop currentRunLoop];
     [KivoMainQueue attachToRunLoop:runLoop];
     int ran = 0;
