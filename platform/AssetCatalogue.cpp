@@ -76,7 +76,8 @@ double component(const Json& components, const char* name) {
         read = std::from_chars(written.data(), end, value);
     }
     value = isFraction || std::string_view{name} == "alpha" ? value : value / 255;
-    if (read.ec != std::errc{} || read.ptr != end || !(value >= 0 && value <= 1)) {
+    const bool isLevel = value >= 0 && value <= 1; // false for a number that is none, too
+    if (read.ec != std::errc{} || read.ptr != end || !isLevel) {
         throw Malformed{"has no usable \"" + std::string{name} + R"(" (write "0.5", "128" or "0x80"))"};
     }
     return value;
