@@ -24,7 +24,8 @@ public:
     virtual std::shared_ptr<ThemeCustomization> sdkTheme() const = 0;
     virtual void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
-    /// The view controller on which screens are presented. Without one, `acquire` shows nothing.
+    /// The view controller on which screens are presented. Without one, `acquire` shows nothing and does not answer; on
+    /// one that is in no window it answers `UNKNOWN_ERROR`, on the main queue.
     virtual void setContext(std::shared_ptr<platform::ViewController> viewController) = 0;
 
     /// Same as `setSdkTheme`. Screens already shown keep their theme.

@@ -2,10 +2,10 @@
 
 #include "PropertyListReader.hpp"
 #include "StringsFile.hpp"
+#include "support/PropertyLists.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <plist/plist.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -30,22 +30,6 @@ struct SeenDiagnostics final : Diagnostics {
     std::mutex mutex;
     std::vector<std::string> texts;
 };
-
-std::string xml(const std::string& root) {
-    return R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0">)" + root + "</plist>";
-}
-
-std::string binary(const std::string& xmlText) {
-    plist_t node = nullptr;
-    plist_from_memory(xmlText.data(), static_cast<std::uint32_t>(xmlText.size()), &node);
-    char* bytes = nullptr;
-    std::uint32_t size = 0;
-    plist_to_bin(node, &bytes, &size);
-    std::string result{bytes, size};
-    plist_to_bin_free(bytes);
-    plist_free(node);
-    return result;
-}
 
 std::string repeated(const std::string& text, int times) {
     std::string result;
@@ -83,9 +67,9 @@ protected:
 };
 
 TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
-    const auto info = xml("<dict><key>CFBundleIdentifier</key><string>com.example.app</string>"
-                          "<key>Count</key><integer>3</integer></dict>");
-    for (const auto& bytes : {info, binary(info)}) {
+    const auto info = test::propertyList("<dict><key>CFBundleIdentifier</key><string>com.example.app</string>"
+                                         "<key>Count</key><integer>3</integer></dict>");
+    for (const auto& bytes : {info, test::binaryPropertyList(info)}) {
         write("app.bundle/Info.plist", bytes);
         const auto bundle = main();
         EXPECT_EQ(bundle->bundleIdentifier(), "com.example.app");
@@ -98,7 +82,7 @@ TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
 
 TEST_F(FolderBundlesTest, FindsMainAndSdkBundleByIdentifier) {
     const auto info = [](const std::string& name) {
-        return xml("<dict><key>CFBundleIdentifier</key><string>" + name + "</string></dict>");
+        return test::propertyList("<dict><key>CFBundleIdentifier</key><string>" + name + "</string></dict>");
     };
     write("app.bundle/Info.plist", info("com.example.app"));
     write("sdk.bundle/Info.plist", info("com.example.sdk"));
@@ -131,7 +115,7 @@ TEST_F(FolderBundlesTest, TakesAMissingMainBundleAsEmptyAndTellsOfAMissingSdkBun
 
 TEST_F(FolderBundlesTest, FindsResourcesWithoutLeavingTheFolder) {
     setenv("LANG", "de_AT.UTF-8", 1);
-    write("secret.plist", xml("<dict/>"));
+    write("secret.plist", test::propertyList("<dict/>"));
     write("app.bundle/logo.png", "");
     write("app.bundle/de.lproj/terms.html", "");
     write("app.bundle/en.lproj/terms.html", "");
@@ -154,10 +138,11 @@ TEST_F(FolderBundlesTest, FindsResourcesWithoutLeavingTheFolder) {
 }
 
 TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
-    const auto text = xml("<dict><key>text</key><string>a &lt; \xE2\x82\xAC</string><key>number</key>"
-                          "<integer>-5</integer><key>real</key><real>1.5</real><key>flag</key><true/>"
-                          "<key>bytes</key><data>AAEC</data><key>list</key><array><string>x</string><dict/></array>"
-                          "<key>date</key><date>2026-01-31T08:15:00Z</date></dict>");
+    const auto text =
+        test::propertyList("<dict><key>text</key><string>a &lt; \xE2\x82\xAC</string><key>number</key>"
+                           "<integer>-5</integer><key>real</key><real>1.5</real><key>flag</key><true/>"
+                           "<key>bytes</key><data>AAEC</data><key>list</key><array><string>x</string><dict/></array>"
+                           "<key>date</key><date>2026-01-31T08:15:00Z</date></dict>");
     const PropertyValue::Dictionary expected{
         {"text", {std::string{"a < \xE2\x82\xAC"}}},
         {"number", {std::int64_t{-5}}},
@@ -167,7 +152,7 @@ TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
         {"list", {PropertyValue::List{{std::string{"x"}}, {PropertyValue::Dictionary{}}}}},
         {"date", {std::string{"2026-01-31T08:15:00Z"}}},
     };
-    for (const auto& bytes : {text, binary(text), "\xEF\xBB\xBF" + text}) {
+    for (const auto& bytes : {text, test::binaryPropertyList(text), "\xEF\xBB\xBF" + text}) {
         write("app.bundle/all.plist", bytes);
         EXPECT_EQ(main()->propertyList("all"), PropertyValue{expected});
     }
@@ -175,8 +160,8 @@ TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
 }
 
 TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
-    const auto whole = binary(xml("<dict><key>a</key><string>b</string></dict>"));
-    const auto deep = xml(repeated("<array>", 200'000) + repeated("</array>", 200'000));
+    const auto whole = test::binaryPropertyList(test::propertyList("<dict><key>a</key><string>b</string></dict>"));
+    const auto deep = test::propertyList(repeated("<array>", 200'000) + repeated("</array>", 200'000));
 
     struct Case {
         std::string bytes;
@@ -190,7 +175,7 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
              Case{whole.substr(0, 40), "damaged"},
              Case{"bplist00", "damaged"},
              Case{deep, "nested too deeply"},
-             Case{xml("<string>alone</string>"), "holds a single value"},
+             Case{test::propertyList("<string>alone</string>"), "holds a single value"},
              Case{std::string((16 << 20) + 1, ' '), "larger than 16 MiB"},
          }) {
         diagnostics->texts.clear();
@@ -218,7 +203,7 @@ TEST_F(FolderBundlesTest, TellsOnceOfAnInformationDictionaryThatCannotBeRead) {
     };
     write("app.bundle/Info.plist", "broken");
     EXPECT_THAT(problemOf(), ElementsAre(HasSubstr("Info.plist\" is not a well-formed")));
-    write("app.bundle/Info.plist", xml("<array/>"));
+    write("app.bundle/Info.plist", test::propertyList("<array/>"));
     EXPECT_THAT(problemOf(), ElementsAre(HasSubstr("Info.plist\" does not hold a dictionary")));
     fs::remove_all(folder / "app.bundle");
     write("app.bundle", "a file");
@@ -265,8 +250,10 @@ TEST(StringsFile, UnderstandsTheTextForm) {
              Case{"\xEF\xBB\xBF\"a\" = \"\xC3\xA9\";", {{"a", "\xC3\xA9"}}},
              Case{{"\xFF\xFE\"\0a\0\"\0=\0\"\0\xE9\0\"\0;\0", 18}, {{"a", "\xC3\xA9"}}},
              Case{{"\xFE\xFF\0\"\0a\0\"\0=\0\"\0\xE9\0\"\0;", 18}, {{"a", "\xC3\xA9"}}},
-             Case{"\n" + xml("<dict><key>a</key><string>b</string><key>n</key><true/></dict>"), {{"a", "b"}}},
-             Case{binary(xml("<dict><key>a</key><string>b</string></dict>")), {{"a", "b"}}},
+             Case{"\n" + test::propertyList("<dict><key>a</key><string>b</string><key>n</key><true/></dict>"),
+                  {{"a", "b"}}},
+             Case{test::binaryPropertyList(test::propertyList("<dict><key>a</key><string>b</string></dict>")),
+                  {{"a", "b"}}},
          }) {
         const auto result = readStringsFile(bytes);
         ASSERT_TRUE(result) << bytes << " " << result.error();
@@ -287,7 +274,7 @@ TEST(StringsFile, SaysWhereTheTextFormIsBroken) {
              Case{"\"a\" = \"b\n;\n", "line 1: a text has no closing quote"},
              Case{"\n\n/* open", "line 3: a comment has no end"},
              Case{"\"a\" = \"\xE9\";", "neither UTF-8 nor UTF-16"},
-             Case{xml("<array/>"), "does not hold a dictionary"},
+             Case{test::propertyList("<array/>"), "does not hold a dictionary"},
          }) {
         const auto result = readStringsFile(bytes);
         ASSERT_FALSE(result) << bytes;
@@ -296,7 +283,8 @@ TEST(StringsFile, SaysWhereTheTextFormIsBroken) {
 }
 
 TEST_F(FolderBundlesTest, PrefersThePersonsLanguageTextByText) {
-    write("app.bundle/Info.plist", xml("<dict><key>CFBundleDevelopmentRegion</key><string>fr</string></dict>"));
+    write("app.bundle/Info.plist",
+          test::propertyList("<dict><key>CFBundleDevelopmentRegion</key><string>fr</string></dict>"));
     const auto table = [](const std::string& language, const std::string& keys) {
         std::string text;
         for (const char key : keys) {

@@ -3,10 +3,10 @@
 #include "NetworkManager/PublicKeyPins.hpp"
 #include "support/ForgedCertificate.hpp"
 #include "support/HostFixture.hpp"
+#include "support/PropertyLists.hpp"
 #include "support/TestTlsServer.hpp"
 
 #include <gmock/gmock.h>
-#include <plist/plist.h>
 
 namespace kivo {
 namespace {
@@ -24,28 +24,12 @@ using ::testing::Not;
 
 constexpr auto pinningFailed = ResponseCode::UNSECURE_SERVER_PINNING_FAILED;
 
-std::string xml(const std::string& root) {
-    return R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0">)" + root + "</plist>";
-}
-
 std::string listOf(const std::vector<std::string>& pins) {
     std::string entries;
     for (const auto& pin : pins) {
         entries += "<string>" + pin + "</string>";
     }
-    return xml("<array>" + entries + "</array>");
-}
-
-std::string binary(const std::string& xmlText) {
-    plist_t node = nullptr;
-    plist_from_xml(xmlText.data(), static_cast<std::uint32_t>(xmlText.size()), &node);
-    char* bytes = nullptr;
-    std::uint32_t size = 0;
-    plist_to_bin(node, &bytes, &size);
-    std::string result{bytes, size};
-    plist_to_bin_free(bytes);
-    plist_free(node);
-    return result;
+    return test::propertyList("<array>" + entries + "</array>");
 }
 
 /// A host whose bundle lists pins, and a service with a host name for each endpoint: each is a connection of its own.
@@ -100,7 +84,7 @@ TEST_F(Pinning, LetsAServerThroughWhoseLeafOrIntermediateIsListed) {
         {"intermediate", service, listOf({service.pins().intermediate})},
         {"the last of many", service, listOf({other, other, service.pins().leaf})},
         {"beside a faulty entry", service, listOf({"no pin", service.pins().leaf})},
-        {"binary list", service, binary(listOf({service.pins().leaf}))},
+        {"binary list", service, test::binaryPropertyList(listOf({service.pins().leaf}))},
         {"key on a curve", ec, listOf({ec.pins().leaf})},
         {"RSA 4096", rsa4096, listOf({rsa4096.pins().leaf})},
         {"expired leaf", service, listOf({service.pins().intermediate}), CertificateFlaw::expired,
@@ -139,9 +123,10 @@ TEST_F(Pinning, RefusesEveryOtherServerBeforeAByteLeaves) {
         {"empty list", listOf({}), "plist allows: none (it is empty)"},
         {"empty file", "", "none (it cannot be read as a property list)"},
         {"damaged file", listOf({pins.leaf}).substr(0, 90), "none (it cannot be read as a property list)"},
-        {"no list", xml("<dict><key>a</key><string>" + pins.leaf + "</string></dict>"),
+        {"no list", test::propertyList("<dict><key>a</key><string>" + pins.leaf + "</string></dict>"),
          "none (its root is not an array)"},
-        {"an entry that is no text", xml("<array><string>" + pins.leaf + "</string><integer>1</integer></array>"),
+        {"an entry that is no text",
+         test::propertyList("<array><string>" + pins.leaf + "</string><integer>1</integer></array>"),
          "none (entry 2 is not text, and so the whole list counts for nothing)"},
         {"white space", listOf({pins.leaf + " "}), "(entry 1 has white space in it)"},
         {"hexadecimal", listOf({foreign, std::string(64, 'a')}), "(entry 2 has 48 bytes and not the 32 of a digest)"},
