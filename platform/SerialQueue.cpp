@@ -83,18 +83,21 @@ SerialQueue::~SerialQueue() {
 }
 
 void SerialQueue::async(std::function<void()> block) {
-    state_->push(std::move(block));
+    // Held: the block may take the queue with it before the push has returned.
+    const auto state = state_;
+    state->push(std::move(block));
 }
 
 void SerialQueue::sync(const std::function<void()>& block) {
-    if (state_->isCurrent()) {
+    const auto state = state_;
+    if (state->isCurrent()) {
         block();
         return;
     }
     std::mutex mutex;
     std::condition_variable changed;
     bool done = false;
-    state_->push([&] {
+    state->push([&] {
         block();
         // Notified under the lock: the waiting side's stack must not go before this returns.
         const std::scoped_lock lock{mutex};
