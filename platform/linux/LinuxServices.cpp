@@ -1,4 +1,5 @@
 #include "FolderBundles.hpp"
+#include "NoCamera.hpp"
 #include "linux/CurlUrlSession.hpp"
 #include "linux/DataFolder.hpp"
 #include "linux/DesktopWorkspace.hpp"
@@ -42,6 +43,7 @@ Services linuxServices(const LinuxOptions& options) {
     services.device = makeLinuxDevice(dataFolder, services.diagnostics);
     services.workspace = makeDesktopWorkspace();
     services.fonts = makeFontconfigFonts();
+    services.camera = makeNoCamera();
     return services;
 }
 

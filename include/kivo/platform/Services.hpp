@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/Camera.hpp>
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>
 #include <kivo/platform/Keychain.hpp>
@@ -28,6 +29,8 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
+    /// By default there is none; a host that has one installs it.
+    std::shared_ptr<Camera> camera;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,

@@ -23,6 +23,14 @@ struct Scanned final : QRScannerVCDelegate {
 struct FakeCapture final : platform::CaptureSession {
     bool running = false;
 
+    bool canAddInput(const platform::CaptureInput& /*input*/) const override { return true; }
+
+    void addInput(std::shared_ptr<platform::CaptureInput> /*input*/) override {}
+
+    bool canAddOutput(const platform::CaptureMetadataOutput& /*output*/) const override { return true; }
+
+    void addOutput(std::shared_ptr<platform::CaptureMetadataOutput> /*output*/) override {}
+
     bool isRunning() const override { return running; }
 
     void startRunning() override { running = true; }
