@@ -1,5 +1,4 @@
 #include "FolderBundles.hpp"
-#include "NoCamera.hpp"
 #include "linux/CurlUrlSession.hpp"
 #include "linux/DataFolder.hpp"
 #include "linux/DesktopWorkspace.hpp"
@@ -9,6 +8,7 @@
 #include "linux/OpenSslTrust.hpp"
 #include "linux/SqliteKeychain.hpp"
 
+#include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
 
@@ -43,7 +43,7 @@ Services linuxServices(const LinuxOptions& options) {
     services.device = makeLinuxDevice(dataFolder, services.diagnostics);
     services.workspace = makeDesktopWorkspace();
     services.fonts = makeFontconfigFonts();
-    services.camera = makeNoCamera();
+    services.camera = makeFrameCamera(makePipelineSource(options.cameraPipeline));
     return services;
 }
 

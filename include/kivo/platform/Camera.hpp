@@ -27,6 +27,7 @@ public:
     /// Opens a camera; null when it cannot be opened.
     virtual std::shared_ptr<CaptureInput> makeInput(const std::shared_ptr<CaptureDevice>& device) = 0;
 
+    /// Null when codes cannot be read on this machine.
     virtual std::shared_ptr<CaptureMetadataOutput> makeMetadataOutput() = 0;
 };
 

@@ -2,7 +2,9 @@
 
 #include <kivo/Export.hpp>
 #include <kivo/platform/DispatchQueue.hpp>
+#include <kivo/platform/VideoFrame.hpp>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +19,8 @@ enum class MetadataObjectType { qr, ean8, ean13, pdf417 };
 struct MetadataObject {
     /// Absent when the thing found is no machine-readable code.
     std::optional<MetadataObjectType> type;
-    /// What the code says, in UTF-8; absent when it could not be read.
+    /// What the code says; absent when it could not be read. A code that names no other character set is taken for
+    /// UTF-8 and handed over as it is: whether it is sound is for the reader to check.
     std::optional<std::string> text;
 };
 
@@ -45,7 +48,19 @@ public:
     virtual void setObjectTypes(std::vector<MetadataObjectType> types) = 0;
 };
 
-/// A camera at work. Main thread. Nothing is delivered from a session that has been stopped.
+/// What to show of a camera.
+struct PreviewFrame {
+    /// The newest picture; null before the first one. It is shared with the session: nothing is copied.
+    std::shared_ptr<const VideoFrame> picture;
+    /// Grows with every picture, so that whoever draws knows whether there is a new one.
+    std::uint64_t number = 0;
+};
+
+/// A camera at work. Main thread.
+///
+/// Nothing is delivered from a session that has been stopped, when it is stopped on the queue of its output. A session
+/// that lacks its input or output runs without pictures, and one whose camera is lost stops by itself. Starting a
+/// session that runs, or stopping one that does not, changes nothing. The last reference to go stops it.
 class KIVO_EXPORT CaptureSession {
 public:
     virtual ~CaptureSession() = default;
@@ -58,6 +73,9 @@ public:
     virtual bool isRunning() const = 0;
     virtual void startRunning() = 0;
     virtual void stopRunning() = 0;
+
+    /// Kept when the session stops. Callable from any thread.
+    virtual PreviewFrame preview() const = 0;
 };
 
 } // namespace kivo::platform

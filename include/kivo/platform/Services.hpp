@@ -14,6 +14,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace kivo::platform {
 
@@ -29,7 +30,6 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
-    /// By default there is none; a host that has one installs it.
     std::shared_ptr<Camera> camera;
 };
 
@@ -48,6 +48,8 @@ struct LinuxOptions {
     std::filesystem::path dataFolder;
     /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
     std::filesystem::path trustedCertificates;
+    /// A GStreamer pipeline to take the camera's pictures from; see `makePipelineSource`. Empty: the first camera.
+    std::string cameraPipeline{};
 };
 
 /// A fresh set of the Linux services, complete but for what `install` adds.

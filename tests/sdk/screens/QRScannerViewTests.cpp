@@ -57,6 +57,8 @@ struct FakeCamera final : platform::Camera,
         asked.emplace_back("stop");
     }
 
+    platform::PreviewFrame preview() const override { return {}; }
+
     void setDelegate(std::weak_ptr<platform::CaptureMetadataOutputDelegate> delegate,
                      std::shared_ptr<platform::DispatchQueue> on) override {
         listener = std::move(delegate);

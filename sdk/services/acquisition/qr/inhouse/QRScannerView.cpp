@@ -59,6 +59,7 @@ void QRScannerView::setUpCapture() {
     output->setDelegate(detections_, services.mainQueue);
     output->setObjectTypes(
         {MetadataObjectType::qr, MetadataObjectType::ean8, MetadataObjectType::ean13, MetadataObjectType::pdf417});
+    setPreviewSession(captureSession);
     captureSession->startRunning();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kivo/platform/CaptureSession.hpp>
-#include <kivo/platform/ui/View.hpp>
+#include <kivo/platform/ui/PreviewView.hpp>
 
 #include <memory>
 #include <string>
@@ -22,9 +22,9 @@ public:
     virtual void scanningDidStop() = 0;
 };
 
-/// Looks for codes with the camera. Without a camera, or when it cannot be opened, the session runs without pictures; a
-/// session that refuses the camera is dropped.
-class QRScannerView final : public platform::View {
+/// Shows what the camera sees and looks for codes in it. Without a camera, or when it cannot be opened, the session
+/// runs without pictures; a session that refuses the camera is dropped.
+class QRScannerView final : public platform::PreviewView {
 public:
     QRScannerView();
     QRScannerView(const QRScannerView&) = delete;

@@ -1,0 +1,37 @@
+#include "GstProblem.hpp"
+
+namespace kivo::platform {
+namespace {
+
+std::string_view adviceFor(const GError& error) {
+    const auto is = [&](GQuark domain, int code) { return error.domain == domain && error.code == code; };
+    if (is(GST_PARSE_ERROR, GST_PARSE_ERROR_NO_SUCH_ELEMENT) || is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN) ||
+        is(GST_STREAM_ERROR, GST_STREAM_ERROR_CODEC_NOT_FOUND)) {
+        return "install the GStreamer plugins with it (Debian: gstreamer1.0-plugins-base, gstreamer1.0-plugins-good)";
+    }
+    if (error.domain == GST_PARSE_ERROR) {
+        return "correct LinuxOptions::cameraPipeline; gst-launch-1.0 takes the same text";
+    }
+    if (is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_BUSY)) {
+        return "close the program that uses the camera";
+    }
+    if (is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_FOUND)) {
+        return "connect the camera, or correct LinuxOptions::cameraPipeline";
+    }
+    if (error.domain == GST_RESOURCE_ERROR) {
+        return "see that the camera is connected, that nobody else uses it, and that this person may (group \"video\")";
+    }
+    return "GST_DEBUG=3 in the environment shows more";
+}
+
+} // namespace
+
+std::string describe(const GError& error) {
+    return std::string{"the camera gives no pictures: "}
+               .append(error.message)
+               .append(" To do: ")
+               .append(adviceFor(error)) +
+           ".";
+}
+
+} // namespace kivo::platform
