@@ -19,6 +19,8 @@ struct Unref {
 
     void operator()(GError* error) const { g_error_free(error); }
 
+    void operator()(gchar* text) const { g_free(text); }
+
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
 };
 
@@ -98,9 +100,11 @@ void onEnd(GstAppSink* /*sink*/, gpointer outlet) {
 GstBusSyncReply onMessage(GstBus* /*bus*/, GstMessage* message, gpointer outlet) {
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         GError* error = nullptr;
-        gst_message_parse_error(message, &error, nullptr);
+        gchar* debug = nullptr;
+        gst_message_parse_error(message, &error, &debug);
         const Owned<GError> owned{error};
-        (*static_cast<SharedOutlet*>(outlet))->end(describe(*error));
+        const Owned<gchar> ownedDebug{debug};
+        (*static_cast<SharedOutlet*>(outlet))->end(describe(*error, debug != nullptr ? debug : ""));
     }
     // Nobody reads the bus.
     return GST_BUS_DROP;

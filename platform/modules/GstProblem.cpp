@@ -1,5 +1,7 @@
 #include "GstProblem.hpp"
 
+#include <algorithm>
+
 namespace kivo::platform {
 namespace {
 
@@ -26,12 +28,15 @@ std::string_view adviceFor(const GError& error) {
 
 } // namespace
 
-std::string describe(const GError& error) {
-    return std::string{"the camera gives no pictures: "}
-               .append(error.message)
-               .append(" To do: ")
-               .append(adviceFor(error)) +
-           ".";
+std::string describe(const GError& error, std::string_view debug) {
+    std::string text{"the camera gives no pictures: "};
+    text.append(error.message);
+    // The first line tells the place in GStreamer's source, the others what has really happened.
+    if (const auto end = debug.find('\n'); end != std::string_view::npos) {
+        text.append(" (").append(debug.substr(end + 1)).append(")");
+    }
+    std::ranges::replace(text, '\n', ' ');
+    return text.append(" To do: ").append(adviceFor(error)).append(".");
 }
 
 } // namespace kivo::platform
