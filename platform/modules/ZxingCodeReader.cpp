@@ -70,7 +70,11 @@ public:
     std::vector<MetadataObject> read(const VideoFrame& frame, const std::vector<MetadataObjectType>& types) override {
         try {
             const auto hints = ZXing::DecodeHints{}.setFormats(formatsOf(types));
-            auto results = ZXing::ReadBarcodes(viewOf(frame), hints);
+            // Screens in dark mode show codes in white on black, which the library does not look for. One picture in a
+            // few is enough for them, and leaves the others their speed.
+            const bool isNegative = picturesWithout_ % negativeEvery == negativeEvery - 1;
+            auto results = ZXing::ReadBarcodes(viewOf(isNegative ? negativeOf(frame) : frame), hints);
+            picturesWithout_ = results.empty() ? picturesWithout_ + 1 : 0;
             std::ranges::stable_sort(results, {}, [&](const auto& result) { return distance(result, frame); });
             return objectsOf(results);
         } catch (const std::exception&) {
@@ -90,6 +94,19 @@ private:
         }
         return objects;
     }
+
+    const VideoFrame& negativeOf(const VideoFrame& frame) {
+        negative_ = frame;
+        for (auto& byte : negative_.bytes) {
+            byte = static_cast<std::uint8_t>(255 - byte);
+        }
+        return negative_;
+    }
+
+    static constexpr unsigned negativeEvery = 4;
+
+    unsigned picturesWithout_ = 0;
+    VideoFrame negative_;
 };
 
 /// Has the library make the tables that it makes when they are first used, all of them for these two kinds.

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 namespace kivo::platform {
 namespace {
 
@@ -25,12 +27,18 @@ protected:
 };
 
 TEST_F(PipelineCamera, ReadsCodesInPictureAndVideoFilesAsOftenAsItIsStarted) {
-    for (const auto* name : {"code.png", "code.jpg", "code.avi"}) {
+    const std::string payload = R"({"code":"123456"})";
+    for (const auto& [name, text] : std::map<std::string, std::string>{{"code.png", payload},
+                                                                       {"code.jpg", payload},
+                                                                       {"code.avi", payload},
+                                                                       {"pdf417.png", payload},
+                                                                       {"ean8.png", "96385074"},
+                                                                       {"ean13.png", "4006381333931"}}) {
         const auto rig = started(file(name));
         for (std::size_t times = 1; times <= 2; ++times) {
             rig->session->startRunning();
             ASSERT_TRUE(await([&] { return rig->heard.size() == times; })) << name;
-            EXPECT_THAT(rig->heard.back(), ElementsAre(R"({"code":"123456"})")) << name;
+            EXPECT_THAT(rig->heard.back(), ElementsAre(text)) << name;
             rig->session->stopRunning();
         }
     }
