@@ -11,6 +11,9 @@ std::string_view adviceFor(const GError& error) {
         is(GST_STREAM_ERROR, GST_STREAM_ERROR_CODEC_NOT_FOUND)) {
         return "install the GStreamer plugins with it (Debian: gstreamer1.0-plugins-base, gstreamer1.0-plugins-good)";
     }
+    if (is(GST_STREAM_ERROR, GST_STREAM_ERROR_WRONG_TYPE) || is(GST_STREAM_ERROR, GST_STREAM_ERROR_TYPE_NOT_FOUND)) {
+        return "name a file with pictures or video in it";
+    }
     if (error.domain == GST_PARSE_ERROR) {
         return "correct LinuxOptions::cameraPipeline; gst-launch-1.0 takes the same text";
     }

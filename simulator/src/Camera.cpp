@@ -17,7 +17,7 @@ std::string pipelineFor(const std::filesystem::path& file) {
     for (const char character : file.string()) {
         quoted += character == '"' || character == '\\' ? std::string{'\\'} + character : std::string{character};
     }
-    return "filesrc location=\"" + quoted + "\" ! decodebin ! videoconvert ! imagefreeze";
+    return "filesrc location=\"" + quoted + "\" ! decodebin ! videoconvert ! imagefreeze ! video/x-raw,framerate=5/1";
 }
 
 /// A session that may refuse what the real one would accept.

@@ -56,6 +56,21 @@ TEST_F(PipelineCamera, ShowsThePicture) {
     EXPECT_EQ(rig->session->preview().picture, preview.picture) << "the last picture stays";
 }
 
+TEST_F(PipelineCamera, MakesLargePicturesOfADeviceSmaller) {
+    const std::string device = "v4l2src device=/dev/video7";
+    auto pipeline = cameraPipeline("/dev/video7");
+    ASSERT_TRUE(pipeline.starts_with(device + " ! "));
+    for (const auto& [source, size] : std::map<std::string, std::pair<int, int>>{
+             {"videotestsrc ! video/x-raw,width=3840,height=2160", {1280, 720}},
+             {"videotestsrc ! video/x-raw,width=640,height=480", {640, 480}},
+             {"videotestsrc ! video/x-raw,width=800,height=1600 ! jpegenc", {640, 1280}}}) {
+        const auto rig = started(source + pipeline.substr(device.size()));
+        ASSERT_TRUE(await([&] { return rig->session->preview().picture != nullptr; })) << source;
+        const auto picture = rig->session->preview().picture;
+        EXPECT_EQ(std::pair(picture->width, picture->height), size) << source;
+    }
+}
+
 TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
     struct Case {
         std::string pipeline;
@@ -68,7 +83,7 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
         {"nonesuch ! decodebin", "nonesuch", "gstreamer1.0-plugins-good"},
         {"decodebin ! ! decodebin", "syntax", "LinuxOptions::cameraPipeline"},
         {file("none.png"), "none.png", "LinuxOptions::cameraPipeline"},
-        {"filesrc location=" KIVO_TEST_DATA "/../CMakeLists.txt ! decodebin", "", "GST_DEBUG"},
+        {"filesrc location=" KIVO_TEST_DATA "/../CMakeLists.txt ! decodebin", "text file", "pictures or video"},
         {"videotestsrc ! audioconvert", "could not link", "LinuxOptions::cameraPipeline"},
         {"videotestsrc ! identity error-after=3", "", "GST_DEBUG"},
         {"videotestsrc num-buffers=2", "have ended", "start the session anew"},
