@@ -45,7 +45,7 @@ protected:
     }
 
     std::shared_ptr<CodeScan> started() {
-        auto scan = std::make_shared<CodeScan>([this] { return reader; }, output, PreviewFrame{});
+        auto scan = std::make_shared<CodeScan>([reader = reader] { return reader; }, output, PreviewFrame{});
         EXPECT_FALSE(scan->start());
         return scan;
     }
@@ -92,18 +92,16 @@ TEST_F(CodeScanTest, KeepsOnlyTheNewestPictureWaiting) {
     ASSERT_TRUE(await([&] { return reader->begun == 1; }));
     takeHundred();
     EXPECT_EQ(alive(), 1) << "shown and waiting are the same picture";
+    // Nothing is read while the delegate is busy.
     rig->onHeard = [&] {
         rig->onHeard = nullptr;
-        // The delegate has not come back yet, and nothing is read but the picture that waits.
         takeHundred();
     };
     reader->gate.release(2);
     ASSERT_TRUE(await([&] { return rig->heard.size() == 2; }));
-    EXPECT_EQ(scan->preview().number, 201U);
-    reader->gate.release(2);
-    ASSERT_TRUE(await([&] { return rig->heard.size() == 3; }));
     EXPECT_EQ(reader->last, 200);
-    EXPECT_EQ(alive(), 1);
+    EXPECT_EQ(reader->begun, 2);
+    EXPECT_EQ(scan->preview().number, 201U);
     scan->stop();
 }
 
@@ -155,10 +153,7 @@ TEST_F(CameraConcurrency, SessionsStartStopAndGoWhilePicturesCome) {
         const auto rig = test::CaptureRig::on(*camera, loop);
         rig->session->startRunning();
         if (i % 2 == 0) {
-            rig->onHeard = [&] {
-                EXPECT_TRUE(rig->session->isRunning() || !reported.empty());
-                rig->session->stopRunning();
-            };
+            rig->onHeard = [&] { rig->session->stopRunning(); };
             ASSERT_TRUE(await([&] { return !rig->heard.empty(); }));
             loop->drain();
             EXPECT_EQ(rig->heard.size(), 1U);

@@ -105,20 +105,23 @@ void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutpu
         isHandingOver_ = true;
     }
     wishes.queue->async([self = shared_from_this(), objects = std::move(objects), weak = wishes.delegate] {
-        if (self->beginTurn()) {
-            if (const auto delegate = weak.lock()) {
-                delegate->didOutput(objects);
-            }
+        const auto delegate = weak.lock();
+        if (delegate && !self->isStopped()) {
+            delegate->didOutput(objects);
         }
+        self->goOn();
     });
 }
 
-/// Lets the thread go on; false when nothing may be handed over any more.
-bool CodeScan::beginTurn() {
+bool CodeScan::isStopped() const {
+    const std::scoped_lock lock{mutex_};
+    return isStopped_;
+}
+
+void CodeScan::goOn() {
     const std::scoped_lock lock{mutex_};
     isHandingOver_ = false;
     changed_.notify_all();
-    return !isStopped_;
 }
 
 } // namespace kivo::platform

@@ -46,7 +46,9 @@ private:
     void readPictures();
     std::shared_ptr<const VideoFrame> nextPicture();
     void handOver(std::vector<MetadataObject> objects, const MetadataOutput::Wishes& wishes);
-    bool beginTurn();
+    bool isStopped() const;
+    /// Lets the thread read again.
+    void goOn();
 
     const MakeReader makeReader_;
     const std::shared_ptr<MetadataOutput> output_;
