@@ -20,6 +20,10 @@ struct Options {
     std::vector<InjectedFault> faults;
     /// What the host's bundle lists as pins; empty for a bundle without a list.
     std::string pin;
+    /// Whether the right code is scanned, not typed.
+    bool scan = false;
+    /// The picture that it is scanned from; empty for one of the simulator's.
+    std::string scanFile;
     bool json = false;
     bool log = false;
     bool help = false;

@@ -4,6 +4,7 @@
 #include "Road.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -61,6 +63,16 @@ void injectFaults(kivo::simulator::IdentityService& service, const demo::Options
     }
 }
 
+std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options) {
+    auto camera = std::make_shared<kivo::simulator::Camera>();
+    if (options.scanFile.empty()) {
+        camera->showCode(R"({"code":"123456"})");
+    } else {
+        camera->showPicture(options.scanFile);
+    }
+    return camera;
+}
+
 int run(const demo::Options& options) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
@@ -78,6 +90,7 @@ int run(const demo::Options& options) {
          .dataFolder = folder.path(),
          .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
+    services.camera = makeCamera(options);
     kivo::platform::install(services);
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});
