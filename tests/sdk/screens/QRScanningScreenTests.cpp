@@ -85,6 +85,7 @@ TEST_F(QRScanningScreen, StopsAtAGoodCodeAndScansAgainOnTheNextVisit) {
 TEST_F(QRScanningScreen, LooksAgainThreeSecondsAfterABadCode) {
     const auto screen = shown();
     EXPECT_EQ(scanned("no JSON"), "invalid");
+    camera->showNothing();
     advance(2999ms);
     EXPECT_FALSE(camera->isOn());
     advance(1ms);
