@@ -17,6 +17,7 @@
 #include <kivo/SdkVersions.hpp>
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/ZorFrameworkWrapper.hpp>
+#include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
