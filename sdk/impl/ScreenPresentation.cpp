@@ -3,6 +3,7 @@
 #include "impl/Callable.hpp"
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/Screens.hpp"
+#include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
@@ -45,8 +46,8 @@ struct Scene {
 
 constexpr std::array scenes{
     Scene{AcquisitionObject::activationCode, "QRCodeVC", Home::sdkBundle, adopt<QRCodeVC>},
-    Scene{AcquisitionObject::nfcScan, "AuthMenuVCID", Home::mainBundle, nullptr},
-    Scene{AcquisitionObject::mrzScan, "AuthMenuVCID", Home::mainBundle, nullptr},
+    Scene{AcquisitionObject::nfcScan, "AuthMenuVCID", Home::mainBundle, adopt<AuthMenuVC>},
+    Scene{AcquisitionObject::mrzScan, "AuthMenuVCID", Home::mainBundle, adopt<AuthMenuVC>},
     Scene{AcquisitionObject::facemapScan, "LivenessCheckVCID", Home::mainBundle, nullptr},
     Scene{AcquisitionObject::ocrScan, "OCRScanInitializeVC", Home::mainBundle, nullptr},
 };

@@ -6,6 +6,7 @@
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/ReachabilityService.hpp>
+#include <kivo/platform/ReadID.hpp>
 #include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/Workspace.hpp>
@@ -28,13 +29,15 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
+    /// Null until a host brings the document-reading vendor's library.
+    std::shared_ptr<ReadID> readID;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,
 /// before the first call to the SDK: what has been handed out by then stays in use.
 KIVO_EXPORT void install(Services services);
 
-/// The services in force; none of the pointers is null. Callable from any thread.
+/// The services in force; none of the pointers is null but a vendor's. Callable from any thread.
 KIVO_EXPORT const Services& services();
 
 /// Where the Linux services find things. Every default follows the desktop's conventions.

@@ -36,6 +36,11 @@ ThemeCustomization::ThemeCustomization()
     , documentOptionsTitleFont{descriptionInfoFont}
     , faceScanIntroNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor} {}
 
+const std::shared_ptr<platform::readid::UIResources>& ThemeCustomization::passportScanViewCustomization() {
+    static const auto& resources = *new auto(std::make_shared<platform::readid::UIResources>());
+    return resources;
+}
+
 DocumentListConfigurationStatus ThemeCustomization::documentListConfigurationStatus() {
     return listStatus();
 }

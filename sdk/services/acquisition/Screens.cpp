@@ -1,6 +1,7 @@
 #include "services/acquisition/Screens.hpp"
 
 #include "services/acquisition/facemap/facetec/FinalStatusVC.hpp"
+#include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 #include "services/acquisition/qr/inhouse/LuOTPView.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
@@ -19,6 +20,7 @@ void registerScreens() {
     std::call_once(registered, [] {
         Storyboard::registerScreen("QRCodeVC", [] { return std::make_shared<QRCodeVC>(); });
         Storyboard::registerScreen("QRCodeScannerVC", [] { return std::make_shared<QRCodeScannerVC>(); });
+        Storyboard::registerScreen("AuthMenuVC", [] { return std::make_shared<AuthMenuVC>(); });
         Storyboard::registerScreen("FinalStatusVC", [] { return std::make_shared<FinalStatusVC>(); });
         Storyboard::registerView("QRScannerView", [] { return std::make_shared<QRScannerView>(); });
         Storyboard::registerView("LuOTPView", [] { return std::make_shared<LuOTPView>(); });
