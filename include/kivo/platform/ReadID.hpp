@@ -38,9 +38,11 @@ enum class FailureReason {
     other,
 };
 
-/// Fonts, sizes and texts of the vendor's screens; shared by all sessions of the process.
+/// Fonts, sizes and texts of the vendor's screens; shared by all sessions of the process. Sizes are in points.
 struct UIResources {
+    /// Where images and the string table are; null for the vendor's own.
     std::shared_ptr<Bundle> customBundle{};
+    /// The table of `customBundle` with the texts; absent for the vendor's own.
     std::optional<std::string> customStringTableName{};
     double textSize = 17;
     std::optional<Font> buttonFont{};
@@ -52,12 +54,23 @@ struct UIResources {
     bool isDynamicTypeEnabled = false;
 };
 
-enum class ResultDataMode { none, simple, full };
+/// How much of what was read a result screen shows.
+enum class NFCResultDataMode { none, simple, full };
+enum class VIZResultDataMode { none, simple, full };
+
+struct NFCResultScreenConfiguration {
+    NFCResultDataMode nfcResultDataMode = NFCResultDataMode::full;
+};
+
+struct VIZResultScreenConfiguration {
+    VIZResultDataMode vizResultDataMode = VIZResultDataMode::full;
+};
 
 /// What a document reading is to do.
 struct NFCWithAccessControlFlow {
     std::vector<DocumentType> allowedDocumentTypes{};
     std::shared_ptr<UIResources> uiResources{};
+    /// The document proxy: where the vendor sends what it reads, and the key that opens it.
     std::optional<std::string> baseUrl{};
     std::string accessKey{};
     int instructionsPlayCount = 0;
@@ -65,9 +78,10 @@ struct NFCWithAccessControlFlow {
     bool shouldShowDocumentSelection = true;
     int allowSkipReadingAfterAttempts = 0;
     bool shouldUsePinning = false;
+    /// What the document data is encrypted for, beyond the connection's own encryption; empty for nothing.
     std::vector<std::string> applicationLevelEncryptionPins{};
-    ResultDataMode nfcResultDataMode = ResultDataMode::full;
-    ResultDataMode vizResultDataMode = ResultDataMode::full;
+    NFCResultScreenConfiguration nfcResultScreenConfiguration{};
+    VIZResultScreenConfiguration vizResultScreenConfiguration{};
     bool shouldShowVIZResult = true;
     bool shouldShowNFCResult = true;
     bool shouldPlayShutterSound = true;
@@ -78,7 +92,10 @@ class KIVO_EXPORT ReadIDSession {
 public:
     virtual ~ReadIDSession() = default;
 
+    /// The name under which the document proxy keeps what was read.
     virtual std::string sessionId() const = 0;
+
+    /// Tells the vendor that the session is of no more use here.
     virtual void finish(std::function<void()> completionHandler) = 0;
 };
 
@@ -86,9 +103,17 @@ struct NFCResult {
     std::shared_ptr<ReadIDSession> readIDSession{};
 };
 
+/// The lines at the foot of a document's data page. Personal data: never logged.
+struct MachineReadableZone {
+    std::vector<std::string> lines{};
+};
+
+struct MRZData {
+    MachineReadableZone mrz{};
+};
+
 struct VIZResult {
-    /// The lines of the machine readable zone. Personal data: never logged.
-    std::vector<std::string> mrzLines{};
+    MRZData mrzData{};
 };
 
 struct VIZOnly {
@@ -114,10 +139,10 @@ struct Failure {
     std::optional<VIZResult> viz{};
 };
 
-using Result = std::expected<SuccessValue, Failure>;
+using ReadIDResult = std::expected<SuccessValue, Failure>;
 
 /// Why a reading could not begin.
-struct Error {
+struct ReadIDError {
     enum class Kind { invalidConfiguration, nfcNotSupported, other };
 
     Kind kind = Kind::other;
@@ -135,10 +160,10 @@ public:
 
     /// Presents the reading screens over `from` and calls `handler` once, on the main thread, when they are gone.
     /// With an error nothing is presented and the handler is never called.
-    virtual std::expected<void, readid::Error> identify(const std::shared_ptr<ViewController>& from,
-                                                        ModalPresentationStyle modalPresentationStyle,
-                                                        const std::shared_ptr<readid::NFCWithAccessControlFlow>& flow,
-                                                        std::function<void(readid::Result)> handler) = 0;
+    virtual std::expected<void, readid::ReadIDError>
+    identify(const std::shared_ptr<ViewController>& from, ModalPresentationStyle modalPresentationStyle,
+             const std::shared_ptr<readid::NFCWithAccessControlFlow>& flow,
+             std::function<void(readid::ReadIDResult)> handler) = 0;
 };
 
 } // namespace kivo::platform

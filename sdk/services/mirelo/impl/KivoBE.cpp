@@ -7,6 +7,7 @@
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "NetworkManager/TransportFailure.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
@@ -41,11 +42,6 @@ IdvOutcome succeeded(std::string data, IdvEvents event) {
 
 IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
-}
-
-/// The code for a request that got no usable answer: `own`, unless the server was not the pinned one.
-ResponseCode codeOf(const TransportError& error, ResponseCode own) {
-    return error.cause == platform::UrlErrorKind::pinMismatch ? ResponseCode::UNSECURE_SERVER_PINNING_FAILED : own;
 }
 
 Json objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {

@@ -6,7 +6,6 @@
 #include "NetworkManager/NetworkManager.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
-#include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
 #include "services/acquisition/nfc/innovator/ReadingFailures.hpp"
 #include "ui/ActivityOverlay.hpp"
 #include "ui/Alerts.hpp"
@@ -76,7 +75,7 @@ bool AuthMenuVC::mayRead() {
 void AuthMenuVC::showReadIDUIViewController() {
     const auto begun =
         platform::services().readID->identify(self(), platform::ModalPresentationStyle::fullScreen, readIdUiFlow_,
-                                              [weak = std::weak_ptr{self()}](const readid::Result& result) {
+                                              [weak = std::weak_ptr{self()}](const readid::ReadIDResult& result) {
                                                   if (const auto screen = weak.lock()) {
                                                       screen->readingDidEnd(result);
                                                   }
@@ -86,8 +85,8 @@ void AuthMenuVC::showReadIDUIViewController() {
     }
 }
 
-void AuthMenuVC::readingDidNotBegin(const readid::Error& error) {
-    using enum readid::Error::Kind;
+void AuthMenuVC::readingDidNotBegin(const readid::ReadIDError& error) {
+    using enum readid::ReadIDError::Kind;
     auto code = ResponseCode::UNKNOWN_ERROR;
     if (error.kind == invalidConfiguration) {
         log::error(resultFunction, [&] { return "Error in configuration: " + error.message; });
@@ -96,13 +95,13 @@ void AuthMenuVC::readingDidNotBegin(const readid::Error& error) {
         log::error(resultFunction, "NFC not supported for this device");
         code = ResponseCode::NFC_NOT_SUPPORTED;
     } else {
-        log::error(resultFunction, [&] { return "Error creating ReadIDUI ViewController: " + error.message; });
+        log::print("Error creating ReadIDUI ViewController: " + error.message);
     }
     complete(std::unexpected{code});
     closeUnlessDocumentsAreListed();
 }
 
-void AuthMenuVC::readingDidEnd(const readid::Result& result) {
+void AuthMenuVC::readingDidEnd(const readid::ReadIDResult& result) {
     if (result) {
         readingDidSucceed(*result);
     } else {
@@ -135,8 +134,9 @@ void AuthMenuVC::readingDidSucceed(const readid::SuccessValue& value) {
 void AuthMenuVC::readingDidFail(const readid::Failure& failure) {
     complete(std::unexpected{readingFailureCode(failure.failureReason, isDocListAvailable_)});
     if (failure.failureReason == readid::FailureReason::userCancelled && failure.viz) {
-        log::debug(resultFunction,
-                   [&] { return "MRZ: " + std::to_string(failure.viz->mrzLines.size()) + " lines, not shown"; });
+        log::debug(resultFunction, [&] {
+            return "MRZ: " + std::to_string(failure.viz->mrzData.mrz.lines.size()) + " lines, not shown";
+        });
     }
     closeUnlessDocumentsAreListed();
 }
@@ -157,18 +157,18 @@ void AuthMenuVC::sendDocumentReadNotification() {
         return;
     }
     const auto& session = nfcResult_->readIDSession;
-    sendDocumentReadNotice(
-        settingIn(*settings, KivoResponseKeys::biodataEndpoint), session ? session->sessionId() : std::string{},
-        [self = self()](const std::optional<platform::Data>& answer) { self->noticeDidEnd(answer); });
+    sendDocumentReadNotice(settingIn(*settings, KivoResponseKeys::biodataEndpoint),
+                           session ? session->sessionId() : std::string{},
+                           [self = self()](const NoticeOutcome& outcome) { self->noticeDidEnd(outcome); });
 }
 
-void AuthMenuVC::noticeDidEnd(const std::optional<platform::Data>& answer) {
-    if (!answer) {
+void AuthMenuVC::noticeDidEnd(const NoticeOutcome& outcome) {
+    if (!outcome) {
         ui::hideActivityOverlay(*this);
-        failLater(ResponseCode::SERVER_ERROR);
+        failLater(outcome.error());
         return;
     }
-    platform::services().mainQueue->asyncAfter(300ms, [self = self(), refusal = ErrorManager::refusalIn(*answer)] {
+    platform::services().mainQueue->asyncAfter(300ms, [self = self(), refusal = ErrorManager::refusalIn(*outcome)] {
         if (refusal) {
             ui::hideActivityOverlay(*self);
             self->complete(std::unexpected{*refusal});

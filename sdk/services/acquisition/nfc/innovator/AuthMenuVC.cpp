@@ -22,6 +22,12 @@ namespace kivo {
 using namespace std::chrono_literals;
 using platform::readid::DocumentType;
 
+namespace {
+
+constexpr std::string_view presentOcrFunction = "presentOcrFlow()";
+
+} // namespace
+
 void AuthMenuVC::connect(platform::Interface& interface) {
     interface.outlet("optionsContainerStackView", optionsContainerStackView_);
     interface.outlet("titleInfoLabel", titleInfoLabel_);
@@ -78,10 +84,12 @@ void AuthMenuVC::applyTheme() {
         documentOptionTwoImageView_->setImage(platform::Image::named("documentOptionTwoImage", *theme.appBundle));
         documentOptionThreeImageView_->setImage(platform::Image::named("documentOptionThreeImage", *theme.appBundle));
     }
-    ui::applyCloseButton(closeButton_, theme);
 }
 
 void AuthMenuVC::viewWillAppear(bool /*animated*/) {
+    if (themeObj) {
+        ui::applyCloseButton(closeButton_, *themeObj);
+    }
     using enum DocumentListConfigurationStatus;
     ThemeCustomization::setDocumentListConfigurationStatus(isDocListAvailable_ ? available : notAvailable);
     setOptionsHidden(!isDocListAvailable_ || UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess);
@@ -143,24 +151,37 @@ void AuthMenuVC::documentSelected(int tag) {
 }
 
 void AuthMenuVC::presentOcrFlow() {
-    constexpr std::string_view function = "presentOcrFlow()";
-    log::info(function, "OCR Flow");
+    log::info(presentOcrFunction, "OCR Flow");
+    const auto screen = makeIDScanScreen();
+    if (!screen) {
+        // A storyboard without the scene is a fault of packaging; the person's choice is answered all the same.
+        ocrScanDidComplete(std::unexpected{ResponseCode::UNKNOWN_ERROR});
+        return;
+    }
+    screen->setModalPresentationStyle(platform::ModalPresentationStyle::fullScreen);
+    present(screen, /*animated=*/false);
+}
+
+std::shared_ptr<platform::ViewController> AuthMenuVC::makeIDScanScreen() {
     const auto storyboard = platform::Storyboard::open("ZORFramework", platform::services().bundles->main());
     if (!storyboard) {
-        log::error(function, storyboard.error());
-        return;
+        log::error(presentOcrFunction, storyboard.error());
+        return nullptr;
     }
-    const auto screen = (*storyboard)->instantiate("OCRScanInitializeVC");
+    auto screen = (*storyboard)->instantiate("OCRScanInitializeVC");
     if (!screen) {
-        log::error(function, screen.error());
-        return;
+        log::error(presentOcrFunction, screen.error());
+        return nullptr;
     }
-    if (const auto scan = std::dynamic_pointer_cast<OCRScanScreen>(*screen)) {
-        scan->setTheme(themeObj);
-        scan->setDelegate(self());
+    const auto scan = std::dynamic_pointer_cast<OCRScanScreen>(*screen);
+    if (!scan) {
+        log::error(presentOcrFunction,
+                   "The scene \"OCRScanInitializeVC\" has another class; give it the one of that name.");
+        return nullptr;
     }
-    (*screen)->setModalPresentationStyle(platform::ModalPresentationStyle::fullScreen);
-    present(*screen, /*animated=*/false);
+    scan->setTheme(themeObj);
+    scan->setDelegate(self());
+    return std::move(*screen);
 }
 
 void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
@@ -181,10 +202,14 @@ void AuthMenuVC::closeUnlessDocumentsAreListed() {
     }
     log::info("closeDocumentScreen()", "do popDocMenuVC");
     platform::services().mainQueue->asyncAfter(100ms, [self = self()] {
-        if (const auto navigation = self->navigationController()) {
+        const auto navigation = self->navigationController();
+        if (!navigation) {
+            self->dismiss(/*animated=*/false);
+        } else if (navigation->topViewController() == self) {
             navigation->popViewController(/*animated=*/false);
         } else {
-            self->dismiss(/*animated=*/false);
+            // The host has answered the failure with another screen by now, which stays.
+            self->removeFromParent();
         }
     });
 }

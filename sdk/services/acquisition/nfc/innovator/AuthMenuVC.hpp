@@ -3,11 +3,11 @@
 #include "Models/ActivationSessionModel.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
+#include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
 #include "ui/ThemeApplication.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ReadID.hpp>
-#include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Interface.hpp>
 #include <kivo/platform/ui/StackView.hpp>
@@ -50,13 +50,14 @@ private:
     void navigateToVelmoraScreen();
     void showReadIDUIViewController();
     bool mayRead();
-    void readingDidNotBegin(const platform::readid::Error& error);
-    void readingDidEnd(const platform::readid::Result& result);
+    void readingDidNotBegin(const platform::readid::ReadIDError& error);
+    void readingDidEnd(const platform::readid::ReadIDResult& result);
     void readingDidSucceed(const platform::readid::SuccessValue& value);
     void readingDidFail(const platform::readid::Failure& failure);
     void sendDocumentReadNotification();
-    void noticeDidEnd(const std::optional<platform::Data>& answer);
+    void noticeDidEnd(const NoticeOutcome& outcome);
     void presentOcrFlow();
+    std::shared_ptr<platform::ViewController> makeIDScanScreen();
     void closeDocumentSelectionButtonTap();
     void closeUnlessDocumentsAreListed();
     void complete(IdvOutcome outcome);

@@ -2,6 +2,7 @@
 
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "NetworkManager/TransportFailure.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -13,18 +14,17 @@
 namespace kivo {
 
 void sendDocumentReadNotice(const std::string& endpoint, const std::string& sessionId,
-                            std::function<void(std::optional<platform::Data> answer)> completion) {
+                            std::function<void(const NoticeOutcome& outcome)> completion) {
     const auto session = storedSession();
     const nlohmann::ordered_json body{{"opaqueId", session ? session->tId : ""}, {"sessionId", sessionId}};
     // The one callback that runs moves the completion away, so that nothing is left to die on the transport's thread.
     const auto held = std::make_shared<decltype(completion)>(std::move(completion));
-    const auto answerOnMainQueue = [held](std::optional<platform::Data> answer) {
-        platform::services().mainQueue->async(
-            [run = std::move(*held), answer = std::move(answer)]() mutable { run(std::move(answer)); });
+    const auto finish = [held](NoticeOutcome outcome) {
+        platform::services().mainQueue->async([run = std::move(*held), outcome = std::move(outcome)] { run(outcome); });
     };
     NetworkManager::shared().sendRequest(
-        endpoint, body, [answerOnMainQueue](platform::Data answer) { answerOnMainQueue(std::move(answer)); },
-        [answerOnMainQueue](const TransportError&) { answerOnMainQueue(std::nullopt); });
+        endpoint, body, [finish](platform::Data answer) { finish(std::move(answer)); },
+        [finish](const TransportError& error) { finish(std::unexpected{codeOf(error, ResponseCode::SERVER_ERROR)}); });
 }
 
 } // namespace kivo

@@ -1,18 +1,21 @@
 #pragma once
 
+#include <kivo/ResponseCode.hpp>
 #include <kivo/platform/UrlSession.hpp>
 
+#include <expected>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace kivo {
 
+/// The service's answer, or the code for a notice that was not delivered.
+using NoticeOutcome = std::expected<platform::Data, ResponseCode>;
+
 /// Tells the identity service which reading session belongs to the current transaction.
 ///
-/// `completion` runs once on the main queue, with the service's answer or without one when the notice was not
-/// delivered. It is destroyed on the main thread, so it may hold a screen.
+/// `completion` runs once, on the main queue. It is destroyed there too, so it may hold a screen.
 void sendDocumentReadNotice(const std::string& endpoint, const std::string& sessionId,
-                            std::function<void(std::optional<platform::Data> answer)> completion);
+                            std::function<void(const NoticeOutcome& outcome)> completion);
 
 } // namespace kivo

@@ -11,7 +11,6 @@ namespace {
 
 using platform::readid::DocumentType;
 using platform::readid::NFCWithAccessControlFlow;
-using platform::readid::ResultDataMode;
 
 constexpr std::string_view function = "setUpReadIDUIFlow()";
 
@@ -21,7 +20,7 @@ std::shared_ptr<platform::readid::UIResources> resourcesFor(const ThemeCustomiza
     if (resources->customStringTableName) {
         log::info(function, [&] { return "Using strings table name " + *resources->customStringTableName; });
     } else {
-        log::info(function, "No table name found for scan localization");
+        log::line(LogLevel::warning, function, "No table name found for scan localization");
     }
     if (theme != nullptr) {
         resources->buttonCornerRadius = theme->primaryButtonCornerRadius;
@@ -52,8 +51,8 @@ std::shared_ptr<NFCWithAccessControlFlow> makeReadingFlow(const ActivationRespon
     } else {
         log::info(function, "Biodata encrypt key not found");
     }
-    flow->nfcResultDataMode = ResultDataMode::none;
-    flow->vizResultDataMode = ResultDataMode::none;
+    flow->nfcResultScreenConfiguration.nfcResultDataMode = platform::readid::NFCResultDataMode::none;
+    flow->vizResultScreenConfiguration.vizResultDataMode = platform::readid::VIZResultDataMode::none;
     flow->shouldShowVIZResult = false;
     flow->shouldShowNFCResult = false;
     flow->shouldPlayShutterSound = false;
