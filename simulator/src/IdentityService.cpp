@@ -128,7 +128,7 @@ private:
             return std::nullopt;
         }
         for (const auto endpoint : {Endpoint::join, Endpoint::update, Endpoint::status, Endpoint::commit,
-                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan}) {
+                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan, Endpoint::biodata}) {
             if (host.substr(0, host.find('.')) == name(endpoint)) {
                 return endpoint;
             }
@@ -156,9 +156,9 @@ private:
                                .connection = TlsConnections::currentNumber()};
         const auto finish = answerInstead(fault, record, response);
         if (!finish) {
-            auto reply =
-                protocol_.answer(*address, request.method, request.get_header_value("Content-Type"), request.body);
-            record.status = 200;
+            auto reply = protocol_.answer(*address, request.method, request.get_header_value("Content-Type"),
+                                          request.get_header_value("X-Access-Key"), request.body);
+            response.status = record.status = reply.status;
             record.answer = std::move(reply.body);
             record.violation = std::move(reply.violation);
             setBody(fault, record.answer, response);

@@ -169,7 +169,7 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinAnswer
             (*shared)({.success = true, .text = std::move(answer)});
         },
         [shared](const TransportError& error) {
-            (*shared)({.failure = codeOf(error, ResponseCode::INVALID_JOIN_SESSION)});
+            (*shared)({.failure = codeOf(error.cause, ResponseCode::INVALID_JOIN_SESSION)});
         });
 }
 
@@ -227,7 +227,7 @@ void KivoBE::send(const SessionRequest& request, const IdvCompletion& completion
             completion(refusal ? failed(*refusal) : succeeded(tid, event));
         },
         [completion, code = request.invalidSession](const TransportError& error) {
-            completion(failed(codeOf(error, code)));
+            completion(failed(codeOf(error.cause, code)));
         });
 }
 
@@ -254,7 +254,7 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     };
     NetworkManager::shared().sendRequest(
         url, body, [finish](const platform::Data& answer) { finish(ErrorManager::refusalIn(answer)); },
-        [finish](const TransportError& error) { finish(codeOf(error, ResponseCode::BIODATA_UPLOAD_FAILED)); });
+        [finish](const TransportError& error) { finish(codeOf(error.cause, ResponseCode::BIODATA_UPLOAD_FAILED)); });
     if (const auto current = storedSession()) {
         CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*current);
     }

@@ -3,12 +3,11 @@
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/NetworkManager.hpp"
+#include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 #include "services/acquisition/nfc/innovator/ReadingFailures.hpp"
 #include "ui/ActivityOverlay.hpp"
-#include "ui/Alerts.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -54,10 +53,7 @@ void AuthMenuVC::navigateToVelmoraScreen() {
 }
 
 bool AuthMenuVC::mayRead() {
-    if (Settings::shared().shouldApplyRetryLimit && NetworkManager::shared().retryLimit < 1) {
-        const auto texts = platform::services().bundles->main();
-        ui::showAlert(*this, texts->localizedString("Retry_Limit_Title"), texts->localizedString("Retry_Limit_Message"),
-                      {"OK"}, [](std::size_t) {});
+    if (refusesFurtherAttempt(*this)) {
         complete(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
         return false;
     }

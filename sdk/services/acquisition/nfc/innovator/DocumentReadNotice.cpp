@@ -24,7 +24,9 @@ void sendDocumentReadNotice(const std::string& endpoint, const std::string& sess
     };
     NetworkManager::shared().sendRequest(
         endpoint, body, [finish](platform::Data answer) { finish(std::move(answer)); },
-        [finish](const TransportError& error) { finish(std::unexpected{codeOf(error, ResponseCode::SERVER_ERROR)}); });
+        [finish](const TransportError& error) {
+            finish(std::unexpected{codeOf(error.cause, ResponseCode::SERVER_ERROR)});
+        });
 }
 
 } // namespace kivo
