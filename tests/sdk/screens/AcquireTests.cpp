@@ -86,8 +86,7 @@ TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {
 }
 
 TEST_F(Acquire, FailsForScreensThatThisReleaseLacks) {
-    for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan, AcquisitionObject::facemapScan,
-                              AcquisitionObject::ocrScan}) {
+    for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan}) {
         const auto api = make();
         outcomes.clear();
         api->setContext(host);
