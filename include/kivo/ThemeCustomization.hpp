@@ -5,6 +5,7 @@
 #include <kivo/Export.hpp>
 #include <kivo/ZorCloseButtonAppearance.hpp>
 #include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/FaceTec.hpp>
 #include <kivo/platform/ReadID.hpp>
 #include <kivo/platform/ui/Color.hpp>
 #include <kivo/platform/ui/ContentSizeCategory.hpp>
@@ -110,6 +111,8 @@ public:
     platform::Color faceScanIntroNextButtonBackgroundColor;
     std::string faceScanUploadMessage;
     std::string faceScanSuccessMessageText;
+    /// The look of the vendor's face and ID scan screens. The vendor's defaults at first; null without a vendor.
+    std::shared_ptr<platform::FaceTecCustomization> faceVerificationUICustomization;
 
     // One value for the whole SDK.
 

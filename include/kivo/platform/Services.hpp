@@ -3,6 +3,7 @@
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>
+#include <kivo/platform/FaceTec.hpp>
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/ReachabilityService.hpp>
@@ -17,7 +18,7 @@
 
 namespace kivo::platform {
 
-/// Everything the SDK asks of the operating system, one pointer a service.
+/// Everything the SDK asks of the operating system and of the vendors, one pointer a service.
 struct Services {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;
@@ -29,6 +30,8 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
+    /// The host's adapter to the face-scan vendor; null until one is installed.
+    std::shared_ptr<FaceTec> faceTec;
     /// Null until a host brings the document-reading vendor's library.
     std::shared_ptr<ReadID> readID;
 };

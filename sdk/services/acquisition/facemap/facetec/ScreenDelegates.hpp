@@ -1,9 +1,6 @@
 #pragma once
 
 #include <kivo/IdvResult.hpp>
-#include <kivo/ThemeCustomization.hpp>
-
-#include <memory>
 
 namespace kivo {
 
@@ -21,17 +18,6 @@ public:
     virtual ~OCRScanVCDelegate() = default;
 
     virtual void ocrScanDidComplete(IdvOutcome result) = 0;
-};
-
-/// The ID scan screen as another screen that presents it knows it.
-class OCRScanScreen {
-public:
-    virtual ~OCRScanScreen() = default;
-
-    virtual void setDelegate(std::weak_ptr<OCRScanVCDelegate> delegate) = 0;
-
-    /// Null leaves the storyboard's looks and texts.
-    virtual void setTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 };
 
 /// Hears that the final status screen has gone. Main thread.

@@ -3,6 +3,7 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/ReadingFlow.hpp"
 #include "ui/DynamicType.hpp"
@@ -25,6 +26,11 @@ using platform::readid::DocumentType;
 namespace {
 
 constexpr std::string_view presentOcrFunction = "presentOcrFlow()";
+
+// The storyboard's tags of the options.
+constexpr int passportTag = 1;
+constexpr int identityCardTag = 2;
+constexpr int otherCardTag = 3;
 
 } // namespace
 
@@ -76,9 +82,16 @@ void AuthMenuVC::applyTheme() {
     titleInfoLabel_->setTextColor(theme.screenTitleColor);
     apply(*processDescriptionTextView_, theme.selectIDDescriptionText, theme.descriptionInfoFont);
     processDescriptionTextView_->setTextColor(theme.screenDescriptionInfoTextColor);
-    apply(*scanPassportLabel_, theme.selectIDPassportOptionText, theme.documentOptionsTitleFont);
-    apply(*scanResidentCardLabel_, theme.selectIDResidentCardOptionText, theme.documentOptionsTitleFont);
-    apply(*otherCardLabel_, theme.selectIDOtherCardOptionText, theme.documentOptionsTitleFont);
+    const auto applyOption = [&](int tag, platform::Label& label, const std::string& text) {
+        apply(label, text, theme.documentOptionsTitleFont);
+        // The button over the option has no text of its own.
+        if (const auto button = view()->viewWithTag(tag)) {
+            button->setAccessibilityLabel(label.text());
+        }
+    };
+    applyOption(passportTag, *scanPassportLabel_, theme.selectIDPassportOptionText);
+    applyOption(identityCardTag, *scanResidentCardLabel_, theme.selectIDResidentCardOptionText);
+    applyOption(otherCardTag, *otherCardLabel_, theme.selectIDOtherCardOptionText);
     if (theme.appBundle) {
         documentOptionOneImageView_->setImage(platform::Image::named("documentOptionOneImage", *theme.appBundle));
         documentOptionTwoImageView_->setImage(platform::Image::named("documentOptionTwoImage", *theme.appBundle));
@@ -139,13 +152,13 @@ void AuthMenuVC::documentSelected(int tag) {
         }
         navigateToVelmoraScreen();
     };
-    if (tag == 1) {
+    if (tag == passportTag) {
         log::info(function, "Passport Type");
         read({DocumentType::passport});
-    } else if (tag == 2) {
+    } else if (tag == identityCardTag) {
         log::info(function, "ID Card TD1/TD2 Type");
         read({DocumentType::identityCardTD1, DocumentType::identityCardTD2});
-    } else if (tag == 3) {
+    } else if (tag == otherCardTag) {
         platform::services().mainQueue->asyncAfter(100ms, [self = self()] { self->presentOcrFlow(); });
     }
 }
@@ -173,15 +186,15 @@ std::shared_ptr<platform::ViewController> AuthMenuVC::makeIDScanScreen() {
         log::error(presentOcrFunction, screen.error());
         return nullptr;
     }
-    const auto scan = std::dynamic_pointer_cast<OCRScanScreen>(*screen);
+    auto scan = std::dynamic_pointer_cast<OCRScanInitializeVC>(*screen);
     if (!scan) {
         log::error(presentOcrFunction,
                    "The scene \"OCRScanInitializeVC\" has another class; give it the one of that name.");
         return nullptr;
     }
-    scan->setTheme(themeObj);
-    scan->setDelegate(self());
-    return std::move(*screen);
+    scan->themeObj = themeObj;
+    scan->delegate = self();
+    return scan;
 }
 
 void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
