@@ -3,6 +3,8 @@
 #include "impl/Callable.hpp"
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/Screens.hpp"
+#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
+#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
@@ -47,8 +49,8 @@ constexpr std::array scenes{
     Scene{AcquisitionObject::activationCode, "QRCodeVC", Home::sdkBundle, adopt<QRCodeVC>},
     Scene{AcquisitionObject::nfcScan, "AuthMenuVCID", Home::mainBundle, nullptr},
     Scene{AcquisitionObject::mrzScan, "AuthMenuVCID", Home::mainBundle, nullptr},
-    Scene{AcquisitionObject::facemapScan, "LivenessCheckVCID", Home::mainBundle, nullptr},
-    Scene{AcquisitionObject::ocrScan, "OCRScanInitializeVC", Home::mainBundle, nullptr},
+    Scene{AcquisitionObject::facemapScan, "LivenessCheckVCID", Home::mainBundle, adopt<LiveNessCheckVC>},
+    Scene{AcquisitionObject::ocrScan, "OCRScanInitializeVC", Home::mainBundle, adopt<OCRScanInitializeVC>},
 };
 
 const Scene* sceneOf(AcquisitionObject object) {

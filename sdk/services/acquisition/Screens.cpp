@@ -1,6 +1,8 @@
 #include "services/acquisition/Screens.hpp"
 
 #include "services/acquisition/facemap/facetec/FinalStatusVC.hpp"
+#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
+#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/qr/inhouse/LuOTPView.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
@@ -19,6 +21,8 @@ void registerScreens() {
     std::call_once(registered, [] {
         Storyboard::registerScreen("QRCodeVC", [] { return std::make_shared<QRCodeVC>(); });
         Storyboard::registerScreen("QRCodeScannerVC", [] { return std::make_shared<QRCodeScannerVC>(); });
+        Storyboard::registerScreen("LiveNessCheckVC", [] { return std::make_shared<LiveNessCheckVC>(); });
+        Storyboard::registerScreen("OCRScanInitializeVC", [] { return std::make_shared<OCRScanInitializeVC>(); });
         Storyboard::registerScreen("FinalStatusVC", [] { return std::make_shared<FinalStatusVC>(); });
         Storyboard::registerView("QRScannerView", [] { return std::make_shared<QRScannerView>(); });
         Storyboard::registerView("LuOTPView", [] { return std::make_shared<LuOTPView>(); });

@@ -39,8 +39,9 @@ TEST_F(StoryboardLayout, ReadsWellOnSmallAndLargeDisplaysAtEveryReadingSize) {
         bool boxed;
     };
 
-    for (const auto& [scene, boxed] : {Shown{"QRCodeVC", true}, Shown{"QRCodeVC", false},
-                                       Shown{"QRCodeScannerVC", false}, Shown{"FinalStatusVC", false}}) {
+    for (const auto& [scene, boxed] :
+         {Shown{"QRCodeVC", true}, Shown{"QRCodeVC", false}, Shown{"QRCodeScannerVC", false},
+          Shown{"LivenessCheckVCID", false}, Shown{"FinalStatusVC", false}}) {
         for (const auto size : {Size{.width = 320, .height = 568}, Size{.width = 430, .height = 932}}) {
             for (const auto category : {ContentSizeCategory::extraSmall, ContentSizeCategory::large,
                                         ContentSizeCategory::accessibilityExtraExtraExtraLarge}) {
