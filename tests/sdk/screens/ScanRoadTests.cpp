@@ -95,12 +95,12 @@ TEST_F(ScanRoad, TakesAFaceAndACardToTheService) {
 }
 
 TEST_F(ScanRoad, ShowsHowASlowUploadGoesOn) {
-    constexpr auto size = std::size_t{2} * 1024 * 1024;
+    constexpr auto size = std::size_t{8} * 1024 * 1024;
     vendor->faceScan.scanBytes = size;
-    service.inject(Endpoint::facemap, Fault::slowReader(size * 2));
+    service.inject(Endpoint::facemap, Fault::slowReader(size / 2));
     acquire(AcquisitionObject::facemapScan);
     const auto record = [this] { return vendor->sessions().back(); };
-    ASSERT_TRUE(mainLoop->runUntil([&] { return record().uploadProgress.size() >= 2; }, 20s));
+    ASSERT_TRUE(mainLoop->runUntil([&] { return !record().uploadProgress.empty(); }, 20s));
     clock->advance(5999ms);
     mainLoop->drain();
     EXPECT_THAT(record().uploadMessages, IsEmpty());
@@ -110,7 +110,7 @@ TEST_F(ScanRoad, ShowsHowASlowUploadGoesOn) {
     EXPECT_EQ(record().uploadMessages[0].text, "Still sending");
     EXPECT_EQ(answer(), "FACE_SCAN");
     const auto progress = record().uploadProgress;
-    EXPECT_GE(progress.size(), 3U);
+    EXPECT_GE(progress.size(), 2U);
     EXPECT_TRUE(std::ranges::is_sorted(progress));
     EXPECT_GT(progress.front(), 0);
     EXPECT_LT(progress.front(), 1);
