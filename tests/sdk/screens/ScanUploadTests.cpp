@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 
-/// Scans from the host's call to the identity service and back, with the simulated vendor.
+/// What a host and the vendor hear of a face scan's upload over the real transport.
 namespace kivo {
 namespace {
 
@@ -18,9 +18,9 @@ using simulator::Endpoint;
 using simulator::Fault;
 using testing::IsEmpty;
 
-class ScanRoad : public test::HostFixture {
+class ScanUploads : public test::HostFixture {
 protected:
-    explicit ScanRoad(const simulator::IdentityServiceConfiguration& configuration = defaultConfiguration())
+    explicit ScanUploads(const simulator::IdentityServiceConfiguration& configuration = defaultConfiguration())
         : HostFixture{configuration} {
         platform::Services more;
         more.faceTec = vendor;
@@ -51,14 +51,12 @@ protected:
         return true;
     }
 
-    void acquire(AcquisitionObject object) {
+    void scanFace() {
         answers.clear();
-        session->acquire(object, nullptr, [this](const IdvOutcome& outcome) { answers.push_back(outcome); });
-        mainLoop->drain();
-        if (object == AcquisitionObject::facemapScan) {
-            const auto tapped = person.tap("nextButton");
-            EXPECT_TRUE(tapped) << tapped.error();
-        }
+        session->acquire(AcquisitionObject::facemapScan, nullptr,
+                         [this](const IdvOutcome& outcome) { answers.push_back(outcome); });
+        const auto tapped = person.tap("nextButton");
+        EXPECT_TRUE(tapped) << tapped.error();
     }
 
     /// How the acquisition ended, in the one word for it.
@@ -79,26 +77,11 @@ protected:
     std::vector<IdvOutcome> answers;
 };
 
-TEST_F(ScanRoad, TakesAFaceAndACardToTheService) {
-    vendor->faceScan.retries = 1;
-    acquire(AcquisitionObject::facemapScan);
-    EXPECT_EQ(answer(), "FACE_SCAN");
-    EXPECT_EQ(requestsTo(Endpoint::facemap).size(), 2U) << "the library wanted another one";
-    host->navigationController()->popToViewController(host, false);
-    acquire(AcquisitionObject::ocrScan);
-    EXPECT_EQ(answer(), "OCR_SCAN");
-    EXPECT_EQ(requestsTo(Endpoint::idScan).size(), 1U);
-    EXPECT_EQ(host->navigationController()->topViewController(), host);
-    EXPECT_TRUE(passes([this] { return requestsTo(Endpoint::update).size() == 2; })) << "a notice for each attempt";
-    EXPECT_THAT(service.violations(), IsEmpty());
-    EXPECT_THAT(vendor->violations(), IsEmpty());
-}
-
-TEST_F(ScanRoad, ShowsHowASlowUploadGoesOn) {
+TEST_F(ScanUploads, ShowsHowASlowUploadGoesOn) {
     constexpr auto size = std::size_t{8} * 1024 * 1024;
     vendor->faceScan.scanBytes = size;
     service.inject(Endpoint::facemap, Fault::slowReader(size / 2));
-    acquire(AcquisitionObject::facemapScan);
+    scanFace();
     const auto record = [this] { return vendor->sessions().back(); };
     ASSERT_TRUE(mainLoop->runUntil([&] { return !record().uploadProgress.empty(); }, 20s));
     clock->advance(5999ms);
@@ -118,16 +101,16 @@ TEST_F(ScanRoad, ShowsHowASlowUploadGoesOn) {
     EXPECT_THAT(vendor->violations(), IsEmpty());
 }
 
-TEST_F(ScanRoad, EndsInTheMiddleOfAnUpload) {
+TEST_F(ScanUploads, EndsInTheMiddleOfAnUpload) {
     service.inject(Endpoint::facemap, Fault::drop());
     vendor->faceScan.statusWhileWaiting = simulator::faceScanStatus::contextSwitch;
-    acquire(AcquisitionObject::facemapScan);
+    scanFace();
     EXPECT_EQ(answer(), "CONTEXT_SWITCH");
     EXPECT_TRUE(person.sees("Start the scan")) << person.screenInWords();
     EXPECT_THAT(vendor->violations(), IsEmpty());
 }
 
-TEST_F(ScanRoad, TellsTheHostOfTheServersRefusalByVersion) {
+TEST_F(ScanUploads, TellsTheHostOfTheServersRefusalByVersion) {
     struct Row {
         const char* version;
         const char* answer;
@@ -137,7 +120,7 @@ TEST_F(ScanRoad, TellsTheHostOfTheServersRefusalByVersion) {
     for (const auto& row : {Row{"14", "STATUS_BAD_FACEMAP"}, Row{"16", "STATUS_BAD_FACEMAP"}, Row{"18", "0 answers"}}) {
         SCOPED_TRACE(row.version);
         start(row.version);
-        acquire(AcquisitionObject::facemapScan);
+        scanFace();
         ASSERT_TRUE(passes([this] { return vendor->sessions().back().isDone; }));
         const auto done = clock->now();
         ASSERT_TRUE(passes([&] { return clock->now() > done + 1s; }));
@@ -146,10 +129,10 @@ TEST_F(ScanRoad, TellsTheHostOfTheServersRefusalByVersion) {
     }
 }
 
-class ScanRoadToPinnedServers : public ScanRoad {
+class PinnedScanUploads : public ScanUploads {
 protected:
-    ScanRoadToPinnedServers()
-        : ScanRoad{[] {
+    PinnedScanUploads()
+        : ScanUploads{[] {
             auto configuration = defaultConfiguration();
             configuration.hostPerEndpoint = true;
             return configuration;
@@ -160,9 +143,9 @@ protected:
     }
 };
 
-TEST_F(ScanRoadToPinnedServers, SendsNoScanToAnyOther) {
+TEST_F(PinnedScanUploads, SendsNoScanToAnyOther) {
     service.inject(Endpoint::facemap, Fault::certificate(simulator::CertificateFlaw::selfSigned));
-    acquire(AcquisitionObject::facemapScan);
+    scanFace();
     EXPECT_EQ(answer(), "UNSECURE_SERVER_PINNING_FAILED");
     EXPECT_THAT(requestsTo(Endpoint::facemap), IsEmpty());
     ASSERT_TRUE(passes([this] { return vendor->sessions().back().isDone; }));
