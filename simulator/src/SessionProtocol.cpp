@@ -1,12 +1,12 @@
 #include "SessionProtocol.hpp"
 
 #include "ProtocolCheck.hpp"
+#include "ScanEndpoints.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
-#include <initializer_list>
 #include <utility>
 
 namespace kivo::simulator {
@@ -75,7 +75,7 @@ SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration, std
 
 std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
     if (path == joinPath) {
-        return Address{.endpoint = Endpoint::join, .session = ""};
+        return Address{.endpoint = Endpoint::join, .session = "", .operation = ""};
     }
     // /session/NAME/ENDPOINT, and what a client appends to the scanners' addresses.
     constexpr std::string_view prefix = "/session/";
@@ -84,12 +84,14 @@ std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
         return std::nullopt;
     }
     const auto rest = path.substr(slash + 1);
-    const auto found = std::ranges::find(endpointNames, rest.substr(0, rest.find('/')));
+    const auto endpoint = rest.substr(0, rest.find('/'));
+    const auto found = std::ranges::find(endpointNames, endpoint);
     if (found == endpointNames.end()) {
         return std::nullopt;
     }
     return Address{.endpoint = static_cast<Endpoint>(found - endpointNames.begin()),
-                   .session = std::string{path.substr(prefix.size(), slash - prefix.size())}};
+                   .session = std::string{path.substr(prefix.size(), slash - prefix.size())},
+                   .operation = std::string{rest.substr(endpoint.size())}};
 }
 
 Reply SessionProtocol::answer(const Address& address, std::string_view method, std::string_view contentType,
@@ -153,6 +155,11 @@ std::optional<std::string> SessionProtocol::tidOf(const std::string& session) co
     return found == sessions_.end() ? std::nullopt : std::optional{found->second};
 }
 
+bool SessionProtocol::hasSession(const std::string& session) const {
+    const std::scoped_lock lock{mutex_};
+    return sessions_.contains(session);
+}
+
 Reply SessionProtocol::join(std::string_view body) {
     const auto json = parsed(body);
     requireJoin(json);
@@ -201,7 +208,7 @@ std::string SessionProtocol::openSession() {
                   {"ocridscan-endpoint", addressOf(Endpoint::idScan)},
                   {"facemap-token", "simulated-token"},
                   {"facemap-public-key", "simulated-public-key"},
-                  {"facemap-device-key", "simulated-device-key"}}}}
+                  {"facemap-device-key", sessionDeviceKey}}}}
         .dump();
 }
 

@@ -15,10 +15,11 @@
 
 namespace kivo::simulator {
 
-/// Where a request went: the endpoint, and the session its path names.
+/// Where a request went: the endpoint, the session its path names, and what follows in the path.
 struct Address {
     Endpoint endpoint;
     std::string session;
+    std::string operation;
 };
 
 /// What the identity service says to a request.
@@ -42,6 +43,8 @@ public:
     /// Judges a request and answers it.
     Reply answer(const Address& address, std::string_view method, std::string_view contentType,
                  std::string_view accessKey, std::string_view body);
+
+    bool hasSession(const std::string& session) const;
 
     static std::string refusal(std::string_view responseCode, std::string_view message);
 
