@@ -28,6 +28,7 @@ void overlay(Services& base, Services services) {
     take(base.workspace, services.workspace);
     take(base.diagnostics, services.diagnostics);
     take(base.fonts, services.fonts);
+    take(base.camera, services.camera);
     take(base.faceTec, services.faceTec);
     take(base.readID, services.readID);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/Camera.hpp>
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>
 #include <kivo/platform/FaceTec.hpp>
@@ -15,6 +16,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace kivo::platform {
 
@@ -30,6 +32,7 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
+    std::shared_ptr<Camera> camera;
     /// The host's adapter to the face-scan vendor; null until one is installed.
     std::shared_ptr<FaceTec> faceTec;
     /// Null until a host brings the document-reading vendor's library.
@@ -51,6 +54,8 @@ struct LinuxOptions {
     std::filesystem::path dataFolder;
     /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
     std::filesystem::path trustedCertificates;
+    /// A GStreamer pipeline to take the camera's pictures from; see `makePipelineSource`. Empty: the first camera.
+    std::string cameraPipeline{};
 };
 
 /// A fresh set of the Linux services, complete but for what `install` adds.
