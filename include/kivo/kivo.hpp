@@ -12,6 +12,7 @@
 #include <kivo/KivoSDK.hpp>
 #include <kivo/LogLevel.hpp>
 #include <kivo/ObjCResult.hpp>
+#include <kivo/ReadIDUIResourcesWrapper.hpp>
 #include <kivo/ResponseCode.hpp>
 #include <kivo/SDKEnv.hpp>
 #include <kivo/SdkVersions.hpp>
