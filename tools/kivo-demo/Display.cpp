@@ -37,6 +37,11 @@ std::string Display::typeCode(std::string_view code) {
     return typed ? "" : typed.error();
 }
 
+std::string Display::tap(std::string_view button) {
+    const auto tapped = person_.tap(button);
+    return tapped ? "" : tapped.error();
+}
+
 bool Display::boxesAreEmpty() const {
     const auto screen = window_->visibleViewController();
     return std::ranges::all_of(boxes, [&](const auto* name) {

@@ -21,7 +21,9 @@ public:
     /// Types an activation code into the boxes, which must be, or be made, empty first.
     std::string typeCode(std::string_view code);
 
-    /// Takes the SDK's screen away again, as a host does once it has joined.
+    std::string tap(std::string_view button);
+
+    /// Takes the SDK's screen away again, as a host does once it has what it wanted.
     void returnToStart();
 
 private:

@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 using namespace kivo;
 
 constexpr auto patience = 75s;
+/// For an answer that is to stay away.
+constexpr auto patienceForNothing = 2s;
 
 /// The answers to one call. They arrive on the transport's thread and are read on the main one.
 class Answers {
@@ -31,6 +33,11 @@ public:
     int number() const {
         const std::scoped_lock lock{mutex_};
         return number_;
+    }
+
+    bool isSuccess() const {
+        const std::scoped_lock lock{mutex_};
+        return last_.has_value();
     }
 
     void describe(Step& step) const {
@@ -63,6 +70,8 @@ struct Planned {
     std::size_t requests;
     /// Makes the call; returns what kept it from being made, or nothing.
     std::function<std::string(IdvCompletion)> call;
+    /// The host is to hear nothing.
+    bool isWithheld = false;
 };
 
 class Walker {
@@ -72,8 +81,10 @@ public:
         , report_{report}
         , faulty_{faulty} {}
 
-    void step(const Planned& planned) {
+    /// Whether the step ended in a success.
+    bool step(const Planned& planned) {
         Step step{.name = planned.name, .outcome = "", .detail = "", .expected = std::string{planned.expected}};
+        step.isWithheld = planned.isWithheld;
         if (faulty_) {
             step.expected.clear();
         }
@@ -82,7 +93,8 @@ public:
         const auto start = std::chrono::steady_clock::now();
         const auto problem = planned.call([answers](const IdvOutcome& outcome) { answers->add(outcome); });
         if (problem.empty()) {
-            platform::RunLoop::main()->runUntil([&] { return answers->number() > 0; }, patience);
+            platform::RunLoop::main()->runUntil([&] { return answers->number() > 0; },
+                                                planned.isWithheld ? patienceForNothing : patience);
         }
         step.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
         step.detail = problem;
@@ -93,13 +105,18 @@ public:
         for (auto i = before; i < requests.size(); ++i) {
             step.bytesSent += requests[i].body.size();
         }
+        withheld_ += planned.isWithheld ? 1 : 0;
         allAsExpected_ = allAsExpected_ && step.asExpected();
         report_(step);
+        return answers->isSuccess();
     }
 
     /// Asked at the very end, so that a late second answer is noticed.
     bool allAsExpected() const {
-        return allAsExpected_ && std::ranges::all_of(answers_, [](const auto& each) { return each->number() == 1; });
+        const auto isOne = [](const auto& each) { return each->number() == 1; };
+        const auto isNone = [](const auto& each) { return each->number() == 0; };
+        return allAsExpected_ && std::ranges::count_if(answers_, isNone) == withheld_ &&
+               std::ranges::count_if(answers_, isOne) + withheld_ == std::ssize(answers_);
     }
 
 private:
@@ -107,6 +124,7 @@ private:
     const std::function<void(const Step&)>& report_;
     const bool faulty_;
     bool allAsExpected_ = true;
+    std::ptrdiff_t withheld_ = 0;
     std::vector<std::shared_ptr<Answers>> answers_;
 };
 
@@ -135,6 +153,13 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
         session->acquire(AcquisitionObject::activationCode, config, [&](const IdvOutcome& outcome) { heard(outcome); });
         return typeCode("000000")(std::move(response));
     };
+    const auto scan = [&](AcquisitionObject object, std::string_view button) {
+        return [&, object, button](IdvCompletion response) {
+            display.returnToStart();
+            session->acquire(object, config, std::move(response));
+            return button.empty() ? std::string{} : display.tap(button);
+        };
+    };
     const auto calling = [](auto call) {
         return [call](IdvCompletion response) {
             call(std::move(response));
@@ -149,6 +174,12 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
         {"type the right code", "SCAN_QR_CODE", 0, typeCode("123456")},
         {"join with it", "JOIN_SESSION", 1, calling([&](auto response) { session->join("123456", config, response); })},
     };
+    const auto* const face = options.outcomeOf("face");
+    const auto* const card = options.outcomeOf("idcard");
+    const Planned scanFace{"scan the face", face != nullptr ? face->code : "FACE_SCAN", face != nullptr ? 1U : 2U,
+                           scan(AcquisitionObject::facemapScan, "nextButton"), options.withholdsFaceScan()};
+    const Planned scanCard{"scan the ID card", card != nullptr ? card->code : "OCR_SCAN", 1,
+                           scan(AcquisitionObject::ocrScan, "")};
     const Planned deliver[]{
         {"update", "UPDATE_SESSION", 1,
          calling([&](auto response) { session->update("inform", "The person has the document at hand", response); })},
@@ -161,8 +192,15 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
                                    calling([&](auto response) { session->status(response); })};
 
     Walker walker{service, report, !options.isSmooth()};
+    bool isJoined = false;
     for (const auto& planned : enter) {
-        walker.step(planned);
+        isJoined = walker.step(planned);
+    }
+    if (isJoined) {
+        walker.step(scanFace);
+        if (options.version >= "16") {
+            walker.step(scanCard);
+        }
     }
     display.returnToStart();
     for (const auto& planned : deliver) {

@@ -4,6 +4,7 @@
 #include "Road.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -61,6 +63,18 @@ void injectFaults(kivo::simulator::IdentityService& service, const demo::Options
     }
 }
 
+std::shared_ptr<kivo::simulator::FaceTec> makeFaceTec(const demo::Options& options) {
+    auto vendor = std::make_shared<kivo::simulator::FaceTec>();
+    for (const auto& each : options.outcomes) {
+        if (each.screen == "face") {
+            vendor->faceScan.status = each.status;
+        } else if (each.screen == "idcard") {
+            vendor->idScan.status = each.status;
+        }
+    }
+    return vendor;
+}
+
 int run(const demo::Options& options) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
@@ -78,6 +92,7 @@ int run(const demo::Options& options) {
          .dataFolder = folder.path(),
          .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
+    services.faceTec = makeFaceTec(options);
     kivo::platform::install(services);
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});

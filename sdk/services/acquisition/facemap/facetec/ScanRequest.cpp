@@ -7,17 +7,11 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <utility>
 
 namespace kivo {
 namespace {
-
-using namespace std::chrono_literals;
-
-/// For a scan over a poor mobile connection.
-constexpr auto wholeExchange = 5min;
 
 void appendText(platform::Data& body, std::string_view text) {
     const bool isPlain = std::ranges::none_of(text, [](char c) { return c < ' ' || c > '~' || c == '"' || c == '\\'; });
@@ -60,8 +54,7 @@ platform::UrlRequest scanRequest(std::string url, const std::string& userAgent, 
             .headers = {{"Content-Type", "application/json"},
                         {"X-Device-Key", Config::DeviceKeyIdentifier().value_or("")},
                         {"User-Agent", userAgent}},
-            .body = std::move(body),
-            .timeout = wholeExchange};
+            .body = std::move(body)};
 }
 
 } // namespace kivo

@@ -5,10 +5,20 @@
 
 #include <kivo/platform/Services.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <utility>
 
 namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Megabytes over a poor mobile connection take their time, as long as they move.
+constexpr auto wholeExchange = 5min;
+constexpr auto standstill = 60s;
+
+} // namespace
 
 /// Stands between the session, which keeps it, and the listener, which may be gone.
 class ScanUpload::Follower final : public platform::UrlSessionDelegate {
@@ -49,8 +59,9 @@ private:
 ScanUpload::ScanUpload(platform::UrlRequest request, Listener listener)
     : follower_{std::make_shared<Follower>(std::move(listener))}
     , session_{platform::services().urlSessions->make(
-          {.requestTimeout = request.timeout, .resourceTimeout = request.timeout}, follower_,
+          {.requestTimeout = wholeExchange, .resourceTimeout = wholeExchange, .idleTimeout = standstill}, follower_,
           platform::services().mainQueue)} {
+    request.timeout = wholeExchange;
     session_->dataTask(std::move(request), [follower = follower_](platform::UrlOutcome outcome) {
         follower->complete(std::move(outcome));
     });
