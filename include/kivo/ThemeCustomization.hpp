@@ -6,6 +6,7 @@
 #include <kivo/ZorCloseButtonAppearance.hpp>
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/FaceTec.hpp>
+#include <kivo/platform/ReadID.hpp>
 #include <kivo/platform/ui/Color.hpp>
 #include <kivo/platform/ui/ContentSizeCategory.hpp>
 #include <kivo/platform/ui/Font.hpp>
@@ -114,6 +115,10 @@ public:
     std::shared_ptr<platform::FaceTecCustomization> faceVerificationUICustomization;
 
     // One value for the whole SDK.
+
+    /// The looks and texts of the vendor's document reading screens; shared by all sessions, never null. The document
+    /// screen sets the bundle, and takes the buttons' font and corners from its theme.
+    static const std::shared_ptr<platform::readid::UIResources>& passportScanViewCustomization();
 
     /// What the document screen found when it was last shown; the screen writes it, a host reads it.
     static DocumentListConfigurationStatus documentListConfigurationStatus();

@@ -21,6 +21,9 @@ struct KivoResponseKeys {
     static constexpr std::string_view resumeEndpoint = "resume-endpoint";
     static constexpr std::string_view retryLimit = "retry-limit";
     static constexpr std::string_view documentList = "app-doclist";
+    static constexpr std::string_view biodataProxy = "biodata-proxy";
+    static constexpr std::string_view biodataAccessKey = "biodata-access-key";
+    static constexpr std::string_view biodataEncryptKey = "biodata-encrypt-key";
     static constexpr std::string_view biodataEndpoint = "biodata-endpoint";
     static constexpr std::string_view facemapEndpoint = "facemap-endpoint";
     static constexpr std::string_view idScanEndpoint = "ocridscan-endpoint";

@@ -150,7 +150,7 @@ private:
             return std::nullopt;
         }
         for (const auto endpoint : {Endpoint::join, Endpoint::update, Endpoint::status, Endpoint::commit,
-                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan}) {
+                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan, Endpoint::biodata}) {
             if (host.substr(0, host.find('.')) == name(endpoint)) {
                 return endpoint;
             }
@@ -184,7 +184,7 @@ private:
         const auto finish = answerInstead(fault, record, response);
         if (!finish) {
             auto reply = replyTo(*address, request, record.body, fault);
-            record.status = 200;
+            response.status = record.status = reply.status;
             record.answer = std::move(reply.body);
             record.violation = std::move(reply.violation);
             setBody(fault, record.answer, response);
@@ -199,7 +199,8 @@ private:
                   const std::optional<Fault>& fault) {
         const auto contentType = request.get_header_value("Content-Type");
         if (address.endpoint != Endpoint::facemap && address.endpoint != Endpoint::idScan) {
-            return protocol_.answer(address, request.method, contentType, body);
+            return protocol_.answer(address, request.method, contentType, request.get_header_value("X-Access-Key"),
+                                    body);
         }
         const bool wantsAnother = fault && fault->kind() == Fault::Kind::anotherScan;
         return answerScan({.endpoint = address.endpoint,

@@ -14,8 +14,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::array<std::string_view, 7> endpointNames{"join",   "update",  "status", "commit",
-                                                        "upload", "facemap", "idScan"};
+constexpr std::array<std::string_view, 8> endpointNames{"join",   "update",  "status", "commit",
+                                                        "upload", "facemap", "idScan", "biodata"};
 
 void requireUpdate(const Json& body) {
     if (body.is_object() && body.contains("code")) {
@@ -95,7 +95,7 @@ std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
 }
 
 Reply SessionProtocol::answer(const Address& address, std::string_view method, std::string_view contentType,
-                              std::string_view body) {
+                              std::string_view accessKey, std::string_view body) {
     try {
         if (method != "POST") {
             throw Violation{"the method is " + std::string{method} + ", not POST"};
@@ -107,33 +107,52 @@ Reply SessionProtocol::answer(const Address& address, std::string_view method, s
         if (address.endpoint == Endpoint::join) {
             return join(body);
         }
-        const auto json = parsed(body);
-        switch (address.endpoint) {
-        case Endpoint::update:
-            requireUpdate(json);
-            break;
-        case Endpoint::upload:
-            requireUpload(json);
-            break;
-        case Endpoint::status:
-        case Endpoint::commit:
-            requireTexts(json, "the request", {});
-            break;
-        default:
-            if (!json.is_object()) {
-                throw Violation{"the request is not an object"};
-            }
-            break;
+        const auto tid = tidOf(address.session);
+        if (address.endpoint == Endpoint::biodata && tid) {
+            return {.body = biodata_.receive(address.session, accessKey, body), .violation = {}};
         }
-        const std::scoped_lock lock{mutex_};
-        const auto session = sessions_.find(address.session);
-        if (session == sessions_.end() || (address.endpoint == Endpoint::update && json.at("tid") != session->second)) {
+        const auto json = parsed(body);
+        require(address, json, tid.value_or(""));
+        if (!tid || (address.endpoint == Endpoint::update && json.at("tid") != *tid)) {
             return {.body = refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
         }
-        return {.body = Json{{"response-type", "data"}, {"tid", session->second}}.dump(), .violation = {}};
+        return {.body = Json{{"response-type", "data"}, {"tid", *tid}}.dump(), .violation = {}};
     } catch (const Violation& violation) {
-        return {.body = refusal("STATUS_BAD_PROTOCOL", violation.text), .violation = violation.text};
+        return {.body = refusal("STATUS_BAD_PROTOCOL", violation.text),
+                .violation = violation.text,
+                .status = violation.httpStatus};
     }
+}
+
+void SessionProtocol::require(const Address& address, const Json& request, const std::string& tid) const {
+    switch (address.endpoint) {
+    case Endpoint::update:
+        requireUpdate(request);
+        break;
+    case Endpoint::upload:
+        // Images and the notice of a document reading share one address.
+        if (request.is_object() && request.contains("opaqueId")) {
+            biodata_.requireNotice(address.session, tid, request);
+        } else {
+            requireUpload(request);
+        }
+        break;
+    case Endpoint::status:
+    case Endpoint::commit:
+        requireTexts(request, "the request", {});
+        break;
+    default:
+        if (!request.is_object()) {
+            throw Violation{"the request is not an object"};
+        }
+        break;
+    }
+}
+
+std::optional<std::string> SessionProtocol::tidOf(const std::string& session) const {
+    const std::scoped_lock lock{mutex_};
+    const auto found = sessions_.find(session);
+    return found == sessions_.end() ? std::nullopt : std::optional{found->second};
 }
 
 bool SessionProtocol::hasSession(const std::string& session) const {
@@ -181,9 +200,9 @@ std::string SessionProtocol::openSession() {
                 {"app-config", {{"app-doclist", configuration_.documentList ? "true" : "false"}}},
                 {"idp-biodata",
                  {{"biodata-endpoint", addressOf(Endpoint::upload)},
-                  {"biodata-proxy", addressOf(Endpoint::upload)},
-                  {"biodata-access-key", "simulated-access-key"},
-                  {"biodata-encrypt-key", "simulated-encrypt-key"}}},
+                  {"biodata-proxy", addressOf(Endpoint::biodata)},
+                  {"biodata-access-key", BiodataEndpoint::sessionAccessKey},
+                  {"biodata-encrypt-key", BiodataEndpoint::sessionEncryptKey}}},
                 {"idp-facemap",
                  {{"facemap-endpoint", addressOf(Endpoint::facemap)},
                   {"ocridscan-endpoint", addressOf(Endpoint::idScan)},

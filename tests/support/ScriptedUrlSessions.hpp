@@ -25,6 +25,10 @@ public:
         bool isPinned() const { return delegate_ && delegate_->judgesServerTrust(); }
 
         void answer(platform::UrlOutcome outcome) const {
+            if (!queue_) {
+                completion_(std::move(outcome));
+                return;
+            }
             queue_->async([completion = completion_, outcome = std::move(outcome)] { completion(outcome); });
         }
 

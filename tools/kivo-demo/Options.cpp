@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <string_view>
 
 namespace demo {
@@ -45,8 +46,8 @@ const std::array namedFaults{
                [] { return Fault::certificate(CertificateFlaw::selfSigned); }},
 };
 
-constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status, Endpoint::commit,
-                               Endpoint::upload, Endpoint::facemap, Endpoint::idScan};
+constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status,  Endpoint::commit,
+                               Endpoint::upload, Endpoint::biodata, Endpoint::facemap, Endpoint::idScan};
 
 std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto equals = text.find('=');
@@ -68,11 +69,9 @@ const ScreenOutcome* Options::outcomeOf(std::string_view screen) const {
     return found == outcomes.end() ? nullptr : &*found;
 }
 
-bool Options::withholdsFaceScan() const {
-    const auto* const face = outcomeOf("face");
-    const bool isRefused = std::ranges::any_of(
-        faults, [](const InjectedFault& each) { return each.endpoint == Endpoint::facemap && each.name == "refuse"; });
-    return (version >= "18" && face != nullptr && face->isLeaving) || (version >= "17" && face == nullptr && isRefused);
+bool Options::withholds(std::string_view screen) const {
+    const auto* const outcome = outcomeOf(screen);
+    return version >= "18" && outcome != nullptr && outcome->isLeaving;
 }
 
 std::expected<Options, std::string> parse(const std::vector<std::string>& arguments) {
@@ -98,6 +97,15 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
             if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
                 return std::unexpected{"--pin takes leaf, intermediate, other or empty, not \"" + options.pin + "\""};
             }
+        } else if (*argument == "--scan") {
+            options.scan = true;
+        } else if (*argument == "--scan-file") {
+            options.scan = true;
+            options.scanFile = value();
+            if (!std::filesystem::is_regular_file(options.scanFile)) {
+                return std::unexpected{"--scan-file takes a picture, and there is no file \"" + options.scanFile +
+                                       "\""};
+            }
         } else if (*argument == "--json") {
             options.json = true;
         } else if (*argument == "--log") {
@@ -122,10 +130,12 @@ std::string usage() {
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
+        "  --scan                 scan the right code from a QR code instead of typing it\n"
+        "  --scan-file PICTURE    the same from a picture file (PNG or JPEG); the service knows the code 123456\n"
         "  --json                 one JSON object a step\n"
         "  --log                  show the SDK's debug log on standard error\n"
         "\n"
-        "endpoints: join update status commit upload facemap idScan\n"
+        "endpoints: join update status commit upload biodata facemap idScan\n"
         "faults:\n";
     for (const auto& each : namedFaults) {
         text.append("  ").append(each.name).append(15 - each.name.size(), ' ').append(each.meaning).append("\n");

@@ -25,14 +25,18 @@ struct Options {
     std::vector<ScreenOutcome> outcomes;
     /// What the host's bundle lists as pins; empty for a bundle without a list.
     std::string pin;
+    /// Whether the right code is scanned, not typed.
+    bool scan = false;
+    /// The picture that it is scanned from; empty for one of the simulator's.
+    std::string scanFile;
     bool json = false;
     bool log = false;
     bool help = false;
 
     const ScreenOutcome* outcomeOf(std::string_view screen) const;
 
-    /// Whether the version keeps from the host how its face scan fails.
-    bool withholdsFaceScan() const;
+    /// Whether the version keeps from the host how a screen ends that was asked for.
+    bool withholds(std::string_view screen) const;
 
     /// Whether no step is to be met by a fault.
     bool isSmooth() const { return faults.empty() && pin != "other" && pin != "empty"; }

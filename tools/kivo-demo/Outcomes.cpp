@@ -1,5 +1,6 @@
 #include "Outcomes.hpp"
 
+#include <kivo/platform/ReadID.hpp>
 #include <kivo/simulator/ScanScript.hpp>
 
 #include <algorithm>
@@ -11,8 +12,23 @@ namespace {
 
 namespace face = kivo::simulator::faceScanStatus;
 namespace idCard = kivo::simulator::idScanStatus;
+using kivo::platform::readid::FailureReason;
+
+constexpr ScreenOutcome ofDocument(std::string_view code, FailureReason reason, bool isLeaving = false) {
+    return {.screen = "document", .code = code, .status = static_cast<int>(reason), .isLeaving = isLeaving};
+}
 
 constexpr std::array outcomes{
+    ofDocument("USER_CANCELLED", FailureReason::userCancelled, /*isLeaving=*/true),
+    ofDocument("BACK_NAVIGATION", FailureReason::backNavigation, /*isLeaving=*/true),
+    ofDocument("NO_CHIP", FailureReason::noChip),
+    ofDocument("NFC_ERROR", FailureReason::nfcError),
+    ofDocument("NFC_ACCESS_CONTROL_ERROR", FailureReason::nfcAccessControlError),
+    ofDocument("WRONG_DOCUMENT_TYPE", FailureReason::wrongDocumentType),
+    ofDocument("UNSUPPORTED_DOCUMENT", FailureReason::unsupportedDocument),
+    ofDocument("VIZ_CAPTURE_TIMEOUT", FailureReason::vizCaptureTimeout),
+    ofDocument("BACKGROUND_TIMEOUT", FailureReason::backgroundTimeout),
+    ofDocument("CAMERA_PERMISSION_DENIED", FailureReason::cameraPermissionDenied),
     ScreenOutcome{"face", "SESSION_UNSUCCESSFUL", face::unsuccessful},
     ScreenOutcome{"face", "CANCELLED", face::cancelled, /*isLeaving=*/true},
     ScreenOutcome{"face", "CAMERA_PERMISSION_ERROR", face::cameraRefused},

@@ -21,7 +21,7 @@ struct ScreenOutcome {
 /// All that can be asked for, screen by screen.
 std::span<const ScreenOutcome> screenOutcomes();
 
-/// The outcomes in a list such as "face=TIMEOUT,idcard=CANCELLED", or a sentence about what is wrong with it.
+/// The outcomes in a list such as "document=NO_CHIP,face=TIMEOUT", or a sentence about what is wrong with it.
 std::expected<std::vector<ScreenOutcome>, std::string> parseOutcomes(const std::string& list);
 
 } // namespace demo

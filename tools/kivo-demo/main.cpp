@@ -4,9 +4,11 @@
 #include "Road.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
+#include <kivo/simulator/ReadID.hpp>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -75,6 +77,24 @@ std::shared_ptr<kivo::simulator::FaceTec> makeFaceTec(const demo::Options& optio
     return vendor;
 }
 
+std::shared_ptr<kivo::simulator::ReadID> makeReadID(const demo::Options& options) {
+    const auto* const outcome = options.outcomeOf("document");
+    return std::make_shared<kivo::simulator::ReadID>(
+        outcome == nullptr
+            ? kivo::simulator::Reading::pageAndChip()
+            : kivo::simulator::Reading::failure(static_cast<kivo::platform::readid::FailureReason>(outcome->status)));
+}
+
+std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options) {
+    auto camera = std::make_shared<kivo::simulator::Camera>();
+    if (options.scanFile.empty()) {
+        camera->showCode(R"({"code":"123456"})");
+    } else {
+        camera->showPicture(options.scanFile);
+    }
+    return camera;
+}
+
 int run(const demo::Options& options) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
@@ -83,7 +103,7 @@ int run(const demo::Options& options) {
         return EXIT_FAILURE;
     }
     kivo::simulator::IdentityServiceConfiguration configuration;
-    configuration.retryLimit = 3;
+    configuration.retryLimit = 5;
     configuration.hostPerEndpoint = !options.faults.empty();
     kivo::simulator::IdentityService service{configuration};
 
@@ -93,6 +113,8 @@ int run(const demo::Options& options) {
          .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
     services.faceTec = makeFaceTec(options);
+    services.readID = makeReadID(options);
+    services.camera = makeCamera(options);
     kivo::platform::install(services);
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/Camera.hpp>
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>
 #include <kivo/platform/FaceTec.hpp>
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/ReachabilityService.hpp>
+#include <kivo/platform/ReadID.hpp>
 #include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/Workspace.hpp>
@@ -14,6 +16,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace kivo::platform {
 
@@ -29,8 +32,11 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
+    std::shared_ptr<Camera> camera;
     /// The host's adapter to the face-scan vendor; null until one is installed.
     std::shared_ptr<FaceTec> faceTec;
+    /// Null until a host brings the document-reading vendor's library.
+    std::shared_ptr<ReadID> readID;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,
@@ -48,6 +54,8 @@ struct LinuxOptions {
     std::filesystem::path dataFolder;
     /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
     std::filesystem::path trustedCertificates;
+    /// A GStreamer pipeline to take the camera's pictures from; see `makePipelineSource`. Empty: the first camera.
+    std::string cameraPipeline{};
 };
 
 /// A fresh set of the Linux services, complete but for what `install` adds.

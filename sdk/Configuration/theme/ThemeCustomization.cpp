@@ -42,6 +42,11 @@ ThemeCustomization::ThemeCustomization()
     , faceScanIntroNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor}
     , faceVerificationUICustomization{vendorDefaults()} {}
 
+const std::shared_ptr<platform::readid::UIResources>& ThemeCustomization::passportScanViewCustomization() {
+    static const auto& resources = *new auto(std::make_shared<platform::readid::UIResources>());
+    return resources;
+}
+
 DocumentListConfigurationStatus ThemeCustomization::documentListConfigurationStatus() {
     return listStatus();
 }

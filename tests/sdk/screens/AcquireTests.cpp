@@ -90,8 +90,9 @@ TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {
     EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::UNKNOWN_ERROR}});
 }
 
-TEST_F(Acquire, FailsForScreensThatThisReleaseLacks) {
-    for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan}) {
+TEST_F(Acquire, FailsWhereTheHostsBundleHasNoLayout) {
+    for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan, AcquisitionObject::facemapScan,
+                              AcquisitionObject::ocrScan}) {
         const auto api = make();
         outcomes.clear();
         api->setContext(host);

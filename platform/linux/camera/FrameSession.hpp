@@ -1,0 +1,47 @@
+#pragma once
+
+#include "linux/camera/CodeScan.hpp"
+#include "linux/camera/Feed.hpp"
+
+#include <kivo/platform/CaptureSession.hpp>
+
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace kivo::platform {
+
+/// Reads codes in the pictures of a source.
+class FrameSession final : public CaptureSession {
+public:
+    explicit FrameSession(CodeScan::MakeReader makeReader)
+        : makeReader_{std::move(makeReader)} {}
+
+    FrameSession(const FrameSession&) = delete;
+    FrameSession& operator=(const FrameSession&) = delete;
+    ~FrameSession() override;
+
+    bool canAddInput(const CaptureInput& input) const override;
+    void addInput(std::shared_ptr<CaptureInput> input) override;
+    bool canAddOutput(const CaptureMetadataOutput& output) const override;
+    void addOutput(std::shared_ptr<CaptureMetadataOutput> output) override;
+
+    bool isRunning() const override;
+    void startRunning() override;
+    void stopRunning() override;
+
+    PreviewFrame preview() const override;
+
+private:
+    void endScan();
+
+    const CodeScan::MakeReader makeReader_;
+    std::shared_ptr<FrameInput> input_;
+    std::shared_ptr<MetadataOutput> output_;
+    bool isRunning_ = false;
+    mutable std::mutex mutex_;
+    /// The run under way, or the last one. Written on the main thread, under the lock.
+    std::shared_ptr<CodeScan> scan_;
+};
+
+} // namespace kivo::platform
