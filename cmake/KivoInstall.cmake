@@ -13,6 +13,13 @@ if(KIVO_SIMULATOR)
   install(EXPORT KivoSimulatorTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})
 endif()
 
+if(kivo_has_device)
+  install(TARGETS kivo_device EXPORT KivoDeviceTargets)
+  set_target_properties(kivo_device PROPERTIES INSTALL_RPATH "$ORIGIN")
+  install(DIRECTORY device/include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT KivoDeviceTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})
+endif()
+
 if(kivo_has_objc)
   install(TARGETS kivo_objc EXPORT KivoObjCTargets)
   install(DIRECTORY sdk/ObjCCompatibility/objc/include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

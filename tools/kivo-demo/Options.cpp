@@ -79,6 +79,11 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
             if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
                 return std::unexpected{"--pin takes leaf, intermediate, other or empty, not \"" + options.pin + "\""};
             }
+        } else if (*argument == "--screens") {
+            options.screens = value();
+            if (options.screens.empty()) {
+                return std::unexpected{"--screens takes a folder"};
+            }
         } else if (*argument == "--json") {
             options.json = true;
         } else if (*argument == "--log") {
@@ -102,6 +107,7 @@ std::string usage() {
         "  --version NN           interface version to load, 14 to 18 (default 18)\n"
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
+        "  --screens DIR          put a picture of every screen into that folder\n"
         "  --json                 one JSON object a step\n"
         "  --log                  show the SDK's debug log on standard error\n"
         "\n"

@@ -20,6 +20,8 @@ struct Options {
     std::vector<InjectedFault> faults;
     /// What the host's bundle lists as pins; empty for a bundle without a list.
     std::string pin;
+    /// Where to put pictures of the screens; empty for none.
+    std::string screens;
     bool json = false;
     bool log = false;
     bool help = false;

@@ -1,3 +1,4 @@
+#include "Album.hpp"
 #include "Options.hpp"
 #include "PinnedBundle.hpp"
 #include "Report.hpp"
@@ -61,7 +62,8 @@ void injectFaults(kivo::simulator::IdentityService& service, const demo::Options
     }
 }
 
-int run(const demo::Options& options) {
+/// `album` is null when no pictures are wanted; it must outlive all that is laid out with its fonts.
+int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
         std::fprintf(stderr, "kivo-demo: cannot make a folder below %s\n",
@@ -78,6 +80,9 @@ int run(const demo::Options& options) {
          .dataFolder = folder.path(),
          .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
+    if (album) {
+        services.fonts = album->fonts();
+    }
     kivo::platform::install(services);
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});
@@ -86,8 +91,15 @@ int run(const demo::Options& options) {
 
     demo::Report report{openReportStream(options), options.json};
     report.begin(options, service);
-    const bool well = demo::walk(options, service, [&](const demo::Step& step) { report.step(step); });
+    const bool well = demo::walk(options, service, album, [&](const demo::Step& step) { report.step(step); });
     report.end(well);
+    if (album) {
+        report.pictures(album->count(), options.screens);
+        if (!album->problem().empty()) {
+            std::fprintf(stderr, "kivo-demo: %s\n", album->problem().c_str());
+            return EXIT_FAILURE;
+        }
+    }
     return well ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -103,5 +115,13 @@ int main(int argc, char** argv) {
         std::printf("%s", demo::usage().c_str());
         return EXIT_SUCCESS;
     }
-    return run(*options);
+    if (options->screens.empty()) {
+        return run(*options, nullptr);
+    }
+    const auto album = demo::Album::open(options->screens);
+    if (!album) {
+        std::fprintf(stderr, "kivo-demo: %s\n", album.error().c_str());
+        return EXIT_FAILURE;
+    }
+    return run(*options, *album);
 }
