@@ -21,7 +21,7 @@ constexpr double fieldMargin = 8;
 constexpr double imageSpacing = 8;
 constexpr double disabledOpacity = 0.4;
 constexpr int spokes = 12;
-const Color placeholderColor = Color::white(0.45);
+constexpr auto plainPlaceholderColor = Color::white(0.45);
 
 QRectF bounds(const platform::View& view) {
     return toQt(view.bounds());
@@ -94,11 +94,12 @@ void drawCursor(QPainter& painter, const platform::TextField& field, const QRect
 void drawField(QPainter& painter, const platform::TextField& field) {
     const auto area = textArea(field);
     const auto font = shownFont(field);
-    const auto& attributes = field.text().empty() ? field.attributedPlaceholder() : field.attributedText();
-    const auto plainColor = field.text().empty() ? placeholderColor : field.textColor();
+    const auto& attributes = field.attributedText();
     painter.save();
     painter.setClipRect(area, Qt::IntersectClip);
-    painter.setPen(toQt(attributes ? attributes->foregroundColor.value_or(plainColor) : plainColor));
+    painter.setPen(field.text().empty() ? placeholderColor(field)
+                   : attributes         ? toQt(attributes->foregroundColor.value_or(field.textColor()))
+                                        : toQt(field.textColor()));
     // One line: what does not fit is cut off, as in a field that scrolls sideways.
     const auto text = toQt(field.shownText());
     auto line = area;
@@ -143,6 +144,11 @@ QRectF textArea(const platform::TextField& field) {
     const auto widthOf = [](const auto& view) { return view ? view->frame().size.width : 0; };
     return bounds(field).adjusted(fieldMargin + widthOf(field.leftView()), 0, -fieldMargin - widthOf(field.rightView()),
                                   0);
+}
+
+QColor placeholderColor(const platform::TextField& field) {
+    const auto& attributes = field.attributedPlaceholder();
+    return toQt(attributes ? attributes->foregroundColor.value_or(plainPlaceholderColor) : plainPlaceholderColor);
 }
 
 QFont shownFont(const platform::TextField& field) {

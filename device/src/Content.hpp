@@ -23,6 +23,8 @@ void drawContent(QPainter& painter, platform::View& view, const Moment& moment);
 /// Where a field's text lies, in its own coordinates.
 QRectF textArea(const platform::TextField& field);
 
+QColor placeholderColor(const platform::TextField& field);
+
 /// A field's font with its text's or its placeholder's attributes.
 QFont shownFont(const platform::TextField& field);
 

@@ -17,7 +17,7 @@ using namespace platform;
 using testing::Contains;
 using testing::IsEmpty;
 
-class Layout : public DeviceFixture {
+class ScreenLayout : public DeviceFixture {
 protected:
     /// At every reading size, on a large and on a small display.
     void expectNoFaults(const std::string& what) const {
@@ -32,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(Layout, OfTheCodeScreenShowsEverythingAtEveryReadingSize) {
+TEST_F(ScreenLayout, OfTheCodeScreenShowsEverythingAtEveryReadingSize) {
     for (const auto style : {CodeTextFieldStyle::boxed, CodeTextFieldStyle::single}) {
         const auto theme = std::make_shared<ThemeCustomization>();
         theme->codeTextFieldStyle = style;
@@ -43,7 +43,7 @@ TEST_F(Layout, OfTheCodeScreenShowsEverythingAtEveryReadingSize) {
     }
 }
 
-TEST_F(Layout, OfEverySceneShowsEverythingAtEveryReadingSize) {
+TEST_F(ScreenLayout, OfEverySceneShowsEverythingAtEveryReadingSize) {
     showCodeScreen(); // makes the screens' classes known
     navigation->popToViewController(host, /*animated=*/false);
     const auto file = services().bundles->main()->pathForResource("ZORFramework", "storyboard");
@@ -56,7 +56,7 @@ TEST_F(Layout, OfEverySceneShowsEverythingAtEveryReadingSize) {
     }
 }
 
-TEST_F(Layout, OfAnAlertShowsItsTextsAndAnswers) {
+TEST_F(ScreenLayout, OfAnAlertShowsItsTextsAndAnswers) {
     const auto alert = std::make_shared<AlertController>("", "Are you sure, you want to terminate the process?");
     alert->addAction({.title = "OK"});
     alert->addAction({.title = "Cancel"});
@@ -66,7 +66,7 @@ TEST_F(Layout, OfAnAlertShowsItsTextsAndAnswers) {
     expectNoFaults("alert");
 }
 
-TEST_F(Layout, FaultsAreNamed) {
+TEST_F(ScreenLayout, FaultsAreNamed) {
     struct Case {
         std::string fault;
         Placement first;
