@@ -3,6 +3,7 @@ include(CMakePackageConfigHelpers)
 set(kivo_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kivo)
 
 install(TARGETS kivo EXPORT KivoTargets)
+install(TARGETS kivo_codes kivo_camera DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/ZORFramework.bundle DESTINATION ${CMAKE_INSTALL_DATADIR}/kivo)
 install(EXPORT KivoTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir})

@@ -1,8 +1,7 @@
 #include "FolderBundles.hpp"
 
 #include "FolderBundle.hpp"
-
-#include <dlfcn.h>
+#include "OwnFile.hpp"
 
 #include <algorithm>
 #include <array>
@@ -36,22 +35,6 @@ private:
     std::shared_ptr<Bundle> main_;
     std::shared_ptr<Bundle> sdk_;
 };
-
-fs::path executable() {
-    std::error_code error;
-    return fs::read_symlink("/proc/self/exe", error);
-}
-
-/// The file this code was loaded from: the library, or the program that contains its objects.
-fs::path ownFile() {
-    Dl_info info{};
-    std::error_code error;
-    if (dladdr(reinterpret_cast<const void*>(&ownFile), &info) == 0 || !info.dli_fname) {
-        return executable();
-    }
-    auto file = fs::canonical(info.dli_fname, error);
-    return error ? executable() : file;
-}
 
 fs::path installedSdkBundle() {
     constexpr auto name = "ZORFramework.bundle";

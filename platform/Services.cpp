@@ -28,6 +28,7 @@ void overlay(Services& base, Services services) {
     take(base.workspace, services.workspace);
     take(base.diagnostics, services.diagnostics);
     take(base.fonts, services.fonts);
+    take(base.camera, services.camera);
 }
 
 /// Puts a set in force. Former sets stay, never to be destroyed: another thread may be reading one.

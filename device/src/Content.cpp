@@ -7,10 +7,13 @@
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
+#include <kivo/platform/ui/PreviewView.hpp>
 #include <kivo/platform/ui/TextView.hpp>
 
 #include <QFontMetricsF>
 #include <algorithm>
+#include <cstdint>
+#include <vector>
 
 namespace kivo::device {
 namespace {
@@ -138,6 +141,20 @@ void drawIndicator(QPainter& painter, const platform::ActivityIndicatorView& ind
     painter.restore();
 }
 
+/// The camera's picture, filling the view: what stands over at two sides is cut off.
+void drawPreview(QPainter& painter, const platform::PreviewView& view) {
+    const auto area = bounds(view);
+    painter.fillRect(area, Qt::black);
+    const auto preview = view.previewSession() ? view.previewSession()->preview().picture : nullptr;
+    const auto pixels = preview ? preview->rgb() : std::vector<std::uint8_t>{};
+    if (pixels.empty()) {
+        return;
+    }
+    const QImage picture{pixels.data(), preview->width, preview->height, 3 * preview->width, QImage::Format_RGB888};
+    const auto seen = fitted(area.size(), picture.rect());
+    painter.drawImage(area, picture, seen);
+}
+
 } // namespace
 
 QRectF textArea(const platform::TextField& field) {
@@ -171,6 +188,8 @@ void drawContent(QPainter& painter, platform::View& view, const Moment& moment) 
         }
     } else if (const auto* image = dynamic_cast<platform::ImageView*>(&view)) {
         drawImage(painter, *image);
+    } else if (const auto* preview = dynamic_cast<platform::PreviewView*>(&view)) {
+        drawPreview(painter, *preview);
     } else if (const auto* indicator = dynamic_cast<platform::ActivityIndicatorView*>(&view)) {
         drawIndicator(painter, *indicator, moment.turn);
     }

@@ -6,6 +6,7 @@
 
 #include <kivo/device/PhoneView.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/PreviewView.hpp>
 
 #include <QAbstractEventDispatcher>
 #include <QGuiApplication>
@@ -22,15 +23,18 @@ constexpr double turnStep = 1 / 30.0;
 constexpr int transitionTime = 280; // milliseconds
 constexpr double wheelDegree = 8;   // the unit of a wheel's angle, a part of a degree
 
-void eachIndicator(platform::View& view, const std::function<void(platform::View&)>& visit) {
+/// Calls `visit` for every view that looks different without saying so: turning wheels and camera pictures.
+void eachMoving(platform::View& view, const std::function<void(platform::View&)>& visit) {
     if (view.isHidden() || view.alpha() <= 0) {
         return;
     }
-    if (const auto* wheel = dynamic_cast<platform::ActivityIndicatorView*>(&view); wheel && wheel->isAnimating()) {
+    const auto* wheel = dynamic_cast<platform::ActivityIndicatorView*>(&view);
+    const auto* camera = dynamic_cast<platform::PreviewView*>(&view);
+    if ((wheel && wheel->isAnimating()) || (camera && camera->previewSession())) {
         visit(view);
     }
     for (const auto& subview : view.subviews()) {
-        eachIndicator(*subview, visit);
+        eachMoving(*subview, visit);
     }
 }
 
@@ -98,7 +102,7 @@ public:
 
     void tick() {
         turn_ = std::fmod(turn_ + turnStep, 1.0);
-        eachIndicator(*window, [this](platform::View& view) { repaints_.note(view); });
+        eachMoving(*window, [this](platform::View& view) { repaints_.note(view); });
         redraw();
     }
 
@@ -173,13 +177,13 @@ private:
         phone_.update(region);
     }
 
-    /// Keeps the clock of the activity indicators running while there are any.
+    /// Keeps the clock running while anything moves.
     void turn() {
-        bool isTurning = false;
-        eachIndicator(*window, [&](platform::View&) { isTurning = true; });
-        if (isTurning && timer == 0) {
+        bool isMoving = false;
+        eachMoving(*window, [&](platform::View&) { isMoving = true; });
+        if (isMoving && timer == 0) {
             timer = phone_.startTimer(turnInterval);
-        } else if (!isTurning && timer != 0) {
+        } else if (!isMoving && timer != 0) {
             phone_.killTimer(std::exchange(timer, 0));
         }
     }

@@ -1,5 +1,6 @@
-// A host's own test of its screens: a simulated person mistypes the code, corrects it, visits the scanner and closes.
+// A host's own test of its screens: a simulated person mistypes the code, corrects it, scans it as well and closes.
 #include <kivo/kivo.hpp>
+#include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/Person.hpp>
 
 #include <iostream>
@@ -8,6 +9,11 @@
 
 int main() {
     using namespace kivo;
+
+    const auto camera = std::make_shared<simulator::Camera>();
+    platform::Services services;
+    services.camera = camera;
+    platform::install(services);
 
     const auto session = KivoSDK::load("EXAMPLE-KEY", "18");
     session->sdkTheme()->codeScreenGetStartedTitle = "Welcome to Utopia Bank";
@@ -36,13 +42,15 @@ int main() {
     doing(person.typeOnKeyboard("3456"));
     doing(person.tap("scanQRCodeButton"));
     doing(person.waitFor([&] { return person.sees("Aim at the QR code"); }));
+    camera->showCode(R"({"code":"SCANNED"})");
+    doing(person.waitFor([&] { return heard.size() == 2; }));
     doing(person.tap("scanManuallyButton"));
     doing(person.waitFor([&] { return person.sees("Welcome to Utopia Bank"); }));
     doing(person.tap("closeButton"));
-    doing(person.waitFor([&] { return heard.size() == 2; }));
+    doing(person.waitFor([&] { return heard.size() == 3; }));
 
     for (const auto& each : heard) {
         std::cout << each << '\n';
     }
-    return isGood && heard == std::vector<std::string>{"123456", "CANCELLED_BY_USER"} ? 0 : 1;
+    return isGood && heard == std::vector<std::string>{"123456", "SCANNED", "CANCELLED_BY_USER"} ? 0 : 1;
 }

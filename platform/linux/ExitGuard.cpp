@@ -40,6 +40,10 @@ bool ExitGuard::add(const std::shared_ptr<Stoppable>& member) {
     return true;
 }
 
+void ExitGuard::runAheadOfHandlersSoFar() {
+    std::call_once(ahead_, [] { std::atexit([] { shared().stopAll(); }); });
+}
+
 void ExitGuard::markMemberThread() {
     isMemberThread = true;
 }

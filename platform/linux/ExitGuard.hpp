@@ -32,6 +32,9 @@ public:
     /// Adds a member whose thread is about to start; false once the process is exiting.
     bool add(const std::shared_ptr<Stoppable>& member);
 
+    /// Has the members stopped before any exit handler that was registered until now.
+    void runAheadOfHandlersSoFar();
+
     /// Called by the thread that works for the member, as its first and its last act.
     static void markMemberThread();
     void remove(const Stoppable* member);
@@ -45,6 +48,7 @@ private:
     ExitGuard();
     void stopAll();
 
+    std::once_flag ahead_;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<std::pair<const Stoppable*, std::weak_ptr<Stoppable>>> members_;

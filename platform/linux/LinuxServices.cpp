@@ -8,6 +8,7 @@
 #include "linux/OpenSslTrust.hpp"
 #include "linux/SqliteKeychain.hpp"
 
+#include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
 
@@ -42,6 +43,7 @@ Services linuxServices(const LinuxOptions& options) {
     services.device = makeLinuxDevice(dataFolder, services.diagnostics);
     services.workspace = makeDesktopWorkspace();
     services.fonts = makeFontconfigFonts();
+    services.camera = makeFrameCamera(makePipelineSource(options.cameraPipeline));
     return services;
 }
 

@@ -189,23 +189,45 @@ private:
         return status;
     }
 
+    struct Found {
+        Identity identity;
+        std::int64_t id;
+        bool isSame;
+    };
+
+    /// Whether a change leaves the item of this row as it is; the row's value and accessibility are columns 5 and 6.
+    bool isSame(const SqliteStatement& row, const Identity& identity, const KeychainAttributes& change) {
+        if (change.kSecAttrAccessible && *change.kSecAttrAccessible != row.bytes(6)) {
+            return false;
+        }
+        return !change.kSecValueData ||
+               (file_.key() && unseal(*file_.key(), identity.associatedData(), row.bytes(5)) == change.kSecValueData);
+    }
+
     OSStatus updateMatching(const KeychainAttributes& query, const KeychainAttributes& change) {
         const Matching matching{query};
-        auto select = file_.database().prepare("SELECT class, service, account, access_group, id FROM items WHERE " +
-                                               matching.condition());
+        auto select = file_.database().prepare(
+            "SELECT class, service, account, access_group, id, value, accessible FROM items WHERE " +
+            matching.condition());
         if (!select) {
             return file_.failure();
         }
         matching.bind(*select);
-        std::vector<std::pair<Identity, std::int64_t>> found;
+        std::vector<Found> found;
         int step = SQLITE_ROW;
         while ((step = select->step()) == SQLITE_ROW) {
-            found.emplace_back(identityOf(*select, 0), select->integer(4));
+            auto identity = identityOf(*select, 0);
+            const bool same = isSame(*select, identity, change);
+            found.push_back({std::move(identity), select->integer(4), same});
         }
         if (step != SQLITE_DONE) {
             return file_.failure();
         }
-        for (const auto& [identity, id] : found) {
+        for (const auto& [identity, id, isSame] : found) {
+            // A value that is there already costs no wait for the disk.
+            if (isSame) {
+                continue;
+            }
             if (const auto status = updateItem(identity, id, change); status != errSecSuccess) {
                 return status;
             }

@@ -22,6 +22,7 @@ HostScreenFixture::HostScreenFixture(SdkBundle sdkBundle) {
         {.mainBundle = folder.path() / "Host.bundle", .dataFolder = folder.path() / "data", .trustedCertificates = {}});
     services.mainQueue = mainLoop;
     services.fonts = fonts;
+    services.camera = camera;
     if (sdkBundle == SdkBundle::ofTheTest) {
         services.bundles = platform::makeFolderBundles(folder.path() / "Host.bundle", folder.path() / "Sdk.bundle",
                                                        services.diagnostics);

@@ -8,9 +8,12 @@
 #include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/platform/ui/Window.hpp>
+#include <kivo/simulator/Camera.hpp>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -57,6 +60,9 @@ protected:
         settle();
     }
 
+    /// Runs the main queue until `done` holds, for what other threads have to do first.
+    bool await(const std::function<bool()>& done) { return mainLoop->runUntil(done, std::chrono::seconds{20}); }
+
     template <class T>
     static std::shared_ptr<T> outlet(platform::ViewController& screen, std::string_view name) {
         auto view = screen.view()->find<T>(name);
@@ -67,6 +73,7 @@ protected:
     TemporaryFolder folder;
     std::shared_ptr<platform::ManualClock> clock = std::make_shared<platform::ManualClock>();
     std::shared_ptr<platform::RunLoop> mainLoop = std::make_shared<platform::RunLoop>(clock);
+    std::shared_ptr<simulator::Camera> camera = std::make_shared<simulator::Camera>();
     std::shared_ptr<ChosenFonts> fonts = std::make_shared<ChosenFonts>();
     std::shared_ptr<platform::ViewController> host = std::make_shared<platform::ViewController>();
     std::shared_ptr<platform::NavigationController> navigation;

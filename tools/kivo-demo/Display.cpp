@@ -39,6 +39,11 @@ std::string Display::typeCode(std::string_view code) {
     return typed ? "" : typed.error();
 }
 
+std::string Display::openScanner() {
+    const auto opened = person_.tap("scanQRCodeButton");
+    return opened ? "" : opened.error();
+}
+
 bool Display::boxesAreEmpty() const {
     const auto screen = window_->visibleViewController();
     return std::ranges::all_of(boxes, [&](const auto* name) {

@@ -23,6 +23,9 @@ public:
     /// Types an activation code into the boxes, which must be, or be made, empty first.
     std::string typeCode(std::string_view code);
 
+    /// Opens the scanner, in front of which the camera already has what it is to read.
+    std::string openScanner();
+
     /// Takes the SDK's screen away again, as a host does once it has joined.
     void returnToStart();
 

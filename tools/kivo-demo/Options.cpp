@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <string_view>
 
 namespace demo {
@@ -84,6 +85,15 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
             if (options.screens.empty()) {
                 return std::unexpected{"--screens takes a folder"};
             }
+        } else if (*argument == "--scan") {
+            options.scan = true;
+        } else if (*argument == "--scan-file") {
+            options.scan = true;
+            options.scanFile = value();
+            if (!std::filesystem::is_regular_file(options.scanFile)) {
+                return std::unexpected{"--scan-file takes a picture, and there is no file \"" + options.scanFile +
+                                       "\""};
+            }
         } else if (*argument == "--json") {
             options.json = true;
         } else if (*argument == "--log") {
@@ -108,6 +118,8 @@ std::string usage() {
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
         "  --screens DIR          put a picture of every screen into that folder\n"
+        "  --scan                 scan the right code from a QR code instead of typing it\n"
+        "  --scan-file PICTURE    the same from a picture file (PNG or JPEG); the service knows the code 123456\n"
         "  --json                 one JSON object a step\n"
         "  --log                  show the SDK's debug log on standard error\n"
         "\n"

@@ -22,6 +22,10 @@ struct Options {
     std::string pin;
     /// Where to put pictures of the screens; empty for none.
     std::string screens;
+    /// Whether the right code is scanned, not typed.
+    bool scan = false;
+    /// The picture that it is scanned from; empty for one of the simulator's.
+    std::string scanFile;
     bool json = false;
     bool log = false;
     bool help = false;

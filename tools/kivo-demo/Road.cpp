@@ -15,8 +15,6 @@ namespace {
 using namespace std::chrono_literals;
 using namespace kivo;
 
-constexpr auto patience = 75s;
-
 /// The answers to one call. They arrive on the transport's thread and are read on the main one.
 class Answers {
 public:
@@ -64,6 +62,8 @@ struct Planned {
     std::size_t requests;
     /// Makes the call; returns what kept it from being made, or nothing.
     std::function<std::string(IdvCompletion)> call;
+    /// Longer than the SDK's own limit for a request.
+    std::chrono::seconds patience = 75s;
 };
 
 class Walker {
@@ -85,7 +85,7 @@ public:
         const auto start = std::chrono::steady_clock::now();
         const auto problem = planned.call([answers](const IdvOutcome& outcome) { answers->add(outcome); });
         if (problem.empty()) {
-            platform::RunLoop::main()->runUntil([&] { return answers->number() > 0; }, patience);
+            platform::RunLoop::main()->runUntil([&] { return answers->number() > 0; }, planned.patience);
         }
         step.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
         step.detail = problem;
@@ -142,9 +142,17 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
             return display.typeCode(code);
         };
     };
+    std::string code;
     const auto showScreenAndTypeCode = [&](IdvCompletion response) {
-        session->acquire(AcquisitionObject::activationCode, config, [&](const IdvOutcome& outcome) { heard(outcome); });
+        session->acquire(AcquisitionObject::activationCode, config, [&](const IdvOutcome& outcome) {
+            code = outcome ? (*outcome)->data() : "";
+            heard(outcome);
+        });
         return typeCode("000000")(std::move(response));
+    };
+    const auto scanCode = [&](IdvCompletion response) {
+        heard = std::move(response);
+        return display.openScanner();
     };
     const auto calling = [](auto call) {
         return [call](IdvCompletion response) {
@@ -153,12 +161,15 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
         };
     };
 
+    const auto join = calling([&](auto response) { session->join(code, config, response); });
+    const Planned typeRightCode{"type the right code", "SCAN_QR_CODE", 0, typeCode("123456")};
+    const Planned scanRightCode{"scan the right code", "SCAN_QR_CODE", 0, scanCode, 20s};
+
     const Planned enter[]{
         {"type a wrong code", "SCAN_QR_CODE", 0, showScreenAndTypeCode},
-        {"join with it", "STATUS_INVALID_ACTIVATION_CODE", 1,
-         calling([&](auto response) { session->join("000000", config, response); })},
-        {"type the right code", "SCAN_QR_CODE", 0, typeCode("123456")},
-        {"join with it", "JOIN_SESSION", 1, calling([&](auto response) { session->join("123456", config, response); })},
+        {"join with it", "STATUS_INVALID_ACTIVATION_CODE", 1, join},
+        options.scan ? scanRightCode : typeRightCode,
+        {"join with it", "JOIN_SESSION", 1, join},
     };
     const Planned deliver[]{
         {"update", "UPDATE_SESSION", 1,

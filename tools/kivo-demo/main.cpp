@@ -5,6 +5,7 @@
 #include "Road.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -62,6 +64,16 @@ void injectFaults(kivo::simulator::IdentityService& service, const demo::Options
     }
 }
 
+std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options) {
+    auto camera = std::make_shared<kivo::simulator::Camera>();
+    if (options.scanFile.empty()) {
+        camera->showCode(R"({"code":"123456"})");
+    } else {
+        camera->showPicture(options.scanFile);
+    }
+    return camera;
+}
+
 /// `album` is null when no pictures are wanted; it must outlive all that is laid out with its fonts.
 int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album) {
     const TemporaryFolder folder;
@@ -83,6 +95,7 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     if (album) {
         services.fonts = album->fonts();
     }
+    services.camera = makeCamera(options);
     kivo::platform::install(services);
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/Camera.hpp>
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>
 #include <kivo/platform/Keychain.hpp>
@@ -13,6 +14,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace kivo::platform {
 
@@ -28,6 +30,7 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
+    std::shared_ptr<Camera> camera;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,
@@ -45,6 +48,8 @@ struct LinuxOptions {
     std::filesystem::path dataFolder;
     /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
     std::filesystem::path trustedCertificates;
+    /// A GStreamer pipeline to take the camera's pictures from; see `makePipelineSource`. Empty: the first camera.
+    std::string cameraPipeline{};
 };
 
 /// A fresh set of the Linux services, complete but for what `install` adds.

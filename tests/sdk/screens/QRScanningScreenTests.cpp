@@ -4,6 +4,7 @@
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
 
+#include <string>
 #include <vector>
 
 namespace kivo {
@@ -20,68 +21,102 @@ struct Scanned final : QRScannerVCDelegate {
     void invalidQRCodeScanned() override { heard.emplace_back("invalid"); }
 };
 
-struct FakeCapture final : platform::CaptureSession {
-    bool running = false;
-
-    bool isRunning() const override { return running; }
-
-    void startRunning() override { running = true; }
-
-    void stopRunning() override { running = false; }
-};
-
 class QRScanningScreen : public test::HostScreenFixture {
 protected:
     std::shared_ptr<QRCodeScannerVC> shown() {
         auto screen = makeScreen<QRCodeScannerVC>("QRCodeScannerVC");
         screen->delegate = delegate;
         screen->themeObj = theme;
-        outlet<QRScannerView>(*screen, "qrCodeScannerView")->captureSession = camera;
         push(screen);
         return screen;
     }
 
-    /// What the camera view does with a code that it reads.
-    void read(QRCodeScannerVC& screen, const std::string& text) const {
-        screen.scanningSucceeded(text);
-        camera->stopRunning();
+    /// Holds a code up and waits for what the screen makes of it.
+    std::string scanned(std::string_view text) {
+        delegate->heard.clear();
+        camera->showCode(text);
+        return await([this] { return !delegate->heard.empty(); }) ? delegate->heard.back() : "nothing";
     }
 
     std::shared_ptr<ThemeCustomization> theme = std::make_shared<ThemeCustomization>();
     std::shared_ptr<Scanned> delegate = std::make_shared<Scanned>();
-    std::shared_ptr<FakeCapture> camera = std::make_shared<FakeCapture>();
 };
+
+TEST_F(QRScanningScreen, TakesTheCodeOfAPayloadThatIsSound) {
+    struct Row {
+        std::string text;
+        std::string heard;
+    };
+
+    const Row rows[] = {
+        {R"({"code":"123456"})", "123456"},
+        {R"({"code":""})", ""},
+        {R"({"version":2,"code":"ABC","x":[{}]})", "ABC"},
+        {"{\"code\":\"\u00e9\u6f22\"}", "\u00e9\u6f22"},
+        {R"({"code":")" + std::string(2500, 'A') + R"("})", std::string(2500, 'A')},
+        {R"({"code":123456})", "invalid"},
+        {R"({"Code":"123456"})", "invalid"},
+        {"123456", "invalid"},
+        {"{\"code\":\"12\xFF\"}", "invalid"},
+        {"{\"code\":\"12\"}\xC3", "invalid"},
+    };
+    for (const auto& row : rows) {
+        const auto screen = shown();
+        EXPECT_EQ(scanned(row.text), row.heard) << row.text;
+        EXPECT_FALSE(camera->isOn()) << row.text;
+        camera->showNothing();
+        pop();
+    }
+}
 
 TEST_F(QRScanningScreen, StopsAtAGoodCodeAndScansAgainOnTheNextVisit) {
     const auto screen = shown();
-    EXPECT_TRUE(camera->running);
-    read(*screen, R"({"code":"123456"})");
-    EXPECT_EQ(delegate->heard, std::vector<std::string>{"123456"});
+    EXPECT_EQ(scanned(R"({"code":"123456"})"), "123456");
+    camera->showNothing();
     advance(1h);
-    EXPECT_FALSE(camera->running);
+    EXPECT_FALSE(camera->isOn());
     screen->viewDidAppear(false);
-    EXPECT_FALSE(camera->running) << "shown again without having been left";
+    EXPECT_FALSE(camera->isOn()) << "shown again without having been left";
     push(std::make_shared<platform::ViewController>());
     pop();
-    EXPECT_TRUE(camera->running);
+    EXPECT_TRUE(camera->isOn());
 }
 
 TEST_F(QRScanningScreen, LooksAgainThreeSecondsAfterABadCode) {
     const auto screen = shown();
-    read(*screen, "4006381333931");
-    EXPECT_EQ(delegate->heard, std::vector<std::string>{"invalid"});
+    EXPECT_EQ(scanned("no JSON"), "invalid");
+    camera->showNothing();
     advance(2999ms);
-    EXPECT_FALSE(camera->running);
+    EXPECT_FALSE(camera->isOn());
     advance(1ms);
-    EXPECT_TRUE(camera->running);
+    EXPECT_TRUE(camera->isOn());
+    EXPECT_EQ(scanned(R"({"code":"A"})"), "A");
 }
 
-TEST_F(QRScanningScreen, WorksWithoutACamera) {
-    camera = nullptr;
-    auto screen = shown();
-    screen->scanningSucceeded("no JSON");
-    advance(3s);
-    EXPECT_EQ(delegate->heard, std::vector<std::string>{"invalid"});
+TEST_F(QRScanningScreen, StaysBlackWithoutACamera) {
+    using enum simulator::Camera::Refusal;
+    for (const auto refusal : {none, opening, input, output}) {
+        camera->setConnected(refusal != none);
+        camera->setRefusal(refusal);
+        const auto screen = shown();
+        EXPECT_FALSE(camera->isOn());
+        const auto session = outlet<QRScannerView>(*screen, "qrCodeScannerView")->captureSession;
+        EXPECT_EQ(session != nullptr, refusal == none || refusal == opening);
+        EXPECT_FALSE(outlet<platform::PreviewView>(*screen, "qrCodeScannerView")->previewSession());
+        pop();
+    }
+}
+
+TEST_F(QRScanningScreen, ComesBackToACameraThatWasUnplugged) {
+    const auto screen = shown();
+    camera->setConnected(false);
+    push(std::make_shared<platform::ViewController>());
+    pop();
+    EXPECT_FALSE(camera->isOn());
+    camera->setConnected(true);
+    push(std::make_shared<platform::ViewController>());
+    pop();
+    EXPECT_EQ(scanned(R"({"code":"A"})"), "A");
 }
 
 TEST_F(QRScanningScreen, GoesBackByEitherButtonWithoutAWord) {
@@ -104,18 +139,19 @@ TEST_F(QRScanningScreen, GoesBackByEitherButtonWithoutAWord) {
         presented.reset();
         EXPECT_TRUE(weak.expired());
     }
+    EXPECT_FALSE(camera->isOn());
     EXPECT_TRUE(delegate->heard.empty());
 }
 
 TEST_F(QRScanningScreen, IsReleasedWhileItWaitsToLookAgain) {
     auto screen = shown();
     const std::weak_ptr weak = screen;
-    read(*screen, "no JSON");
+    EXPECT_EQ(scanned("no JSON"), "invalid");
     screen.reset();
     pop();
     EXPECT_TRUE(weak.expired());
     advance(3s);
-    EXPECT_FALSE(camera->running);
+    EXPECT_FALSE(camera->isOn());
 }
 
 TEST_F(QRScanningScreen, TakesTitleAndLooksFromTheTheme) {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <kivo/platform/CaptureSession.hpp>
-#include <kivo/platform/ui/View.hpp>
+#include <kivo/platform/ui/PreviewView.hpp>
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kivo {
 
@@ -21,10 +22,14 @@ public:
     virtual void scanningDidStop() = 0;
 };
 
-/// Shows what the camera sees. Without a camera there is no capture session, and the view stays black.
-class QRScannerView final : public platform::View {
+/// Shows what the camera sees and looks for codes in it. Without a camera, or when it cannot be opened, the session
+/// runs without pictures; a session that refuses the camera is dropped.
+class QRScannerView final : public platform::PreviewView {
 public:
     QRScannerView();
+    QRScannerView(const QRScannerView&) = delete;
+    QRScannerView& operator=(const QRScannerView&) = delete;
+    ~QRScannerView() override;
 
     std::weak_ptr<QRScannerViewDelegate> delegate;
     std::shared_ptr<platform::CaptureSession> captureSession;
@@ -33,6 +38,16 @@ public:
 
     /// Has the camera look for a code again.
     void resumeScanning();
+
+private:
+    class Detections;
+
+    void setUpCapture();
+    /// Gives up on the camera.
+    void fail();
+    void detected(const std::vector<platform::MetadataObject>& objects);
+
+    std::shared_ptr<Detections> detections_;
 };
 
 } // namespace kivo

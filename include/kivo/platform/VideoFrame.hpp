@@ -1,0 +1,37 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace kivo::platform {
+
+/// One picture of a camera, its rows from the top and without gaps between them.
+struct KIVO_EXPORT VideoFrame {
+    enum class Format {
+        /// One byte of brightness a pixel.
+        gray,
+        /// A plane of brightness as for `gray`, then two planes of colour (BT.601, full range), each half as wide and
+        /// as
+        /// high, rounded up.
+        i420,
+        /// Red, green and blue, one byte each.
+        rgb,
+    };
+
+    int width = 0;
+    int height = 0;
+    Format format = Format::gray;
+    std::vector<std::uint8_t> bytes;
+
+    /// Whether there are as many bytes as width, height and format ask for, and at least one pixel.
+    bool isWhole() const;
+
+    /// The same picture in the format `rgb`; costs a conversion for any other. No bytes for a picture that is not
+    /// whole.
+    std::vector<std::uint8_t> rgb() const;
+};
+
+} // namespace kivo::platform

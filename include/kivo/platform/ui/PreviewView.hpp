@@ -1,0 +1,25 @@
+#pragma once
+
+#include <kivo/platform/CaptureSession.hpp>
+#include <kivo/platform/ui/View.hpp>
+
+#include <memory>
+#include <utility>
+
+namespace kivo::platform {
+
+/// A view with a camera's picture behind its subviews.
+///
+/// Whoever draws the tree asks the session for its preview with every frame: the picture fills the view without being
+/// distorted, and what stands over at two sides is cut off. Without a session or a picture the view is black.
+class KIVO_EXPORT PreviewView : public View {
+public:
+    const std::shared_ptr<CaptureSession>& previewSession() const { return previewSession_; }
+
+    void setPreviewSession(std::shared_ptr<CaptureSession> session) { previewSession_ = std::move(session); }
+
+private:
+    std::shared_ptr<CaptureSession> previewSession_;
+};
+
+} // namespace kivo::platform

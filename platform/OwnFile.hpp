@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+
+namespace kivo::platform {
+
+/// The program that runs.
+std::filesystem::path executable();
+
+/// The file this code was loaded from: the library, or the program that contains its objects.
+std::filesystem::path ownFile();
+
+} // namespace kivo::platform

@@ -1,0 +1,151 @@
+#include <kivo/platform/FrameCamera.hpp>
+#include <kivo/simulator/Camera.hpp>
+
+#include <utility>
+
+namespace kivo::simulator {
+
+using platform::CaptureInput;
+using platform::CaptureMetadataOutput;
+using platform::CaptureSession;
+
+namespace {
+
+/// The pipeline's text for a file that is looked at without end.
+std::string pipelineFor(const std::filesystem::path& file) {
+    std::string quoted;
+    for (const char character : file.string()) {
+        quoted += character == '"' || character == '\\' ? std::string{'\\'} + character : std::string{character};
+    }
+    return "filesrc location=\"" + quoted + "\" ! decodebin ! videoconvert ! imagefreeze ! video/x-raw,framerate=5/1";
+}
+
+/// A session that may refuse what the real one would accept.
+class ChoosySession final : public CaptureSession {
+public:
+    ChoosySession(std::shared_ptr<CaptureSession> session, Camera::Refusal refusal)
+        : session_{std::move(session)}
+        , refusal_{refusal} {}
+
+    bool canAddInput(const CaptureInput& input) const override {
+        return refusal_ != Camera::Refusal::input && session_->canAddInput(input);
+    }
+
+    void addInput(std::shared_ptr<CaptureInput> input) override { session_->addInput(std::move(input)); }
+
+    bool canAddOutput(const CaptureMetadataOutput& output) const override {
+        return refusal_ != Camera::Refusal::output && session_->canAddOutput(output);
+    }
+
+    void addOutput(std::shared_ptr<CaptureMetadataOutput> output) override { session_->addOutput(std::move(output)); }
+
+    bool isRunning() const override { return session_->isRunning(); }
+
+    void startRunning() override { session_->startRunning(); }
+
+    void stopRunning() override { session_->stopRunning(); }
+
+    platform::PreviewFrame preview() const override { return session_->preview(); }
+
+private:
+    const std::shared_ptr<CaptureSession> session_;
+    const Camera::Refusal refusal_;
+};
+
+} // namespace
+
+/// What is in front of the camera: a frame, a file's pictures, or neither.
+class Camera::Scene final : public platform::FrameSource {
+public:
+    void change(std::shared_ptr<const platform::VideoFrame> frame, std::shared_ptr<platform::FrameSource> file) {
+        auto sink = sink_;
+        stop();
+        frame_ = std::move(frame);
+        file_ = std::move(file);
+        if (sink) {
+            start(std::move(sink));
+        }
+    }
+
+    void setConnected(bool connected) {
+        isConnected_ = connected;
+        if (const auto sink = sink_; sink && !connected) {
+            stop();
+            sink->end("the camera was unplugged; plug it in again");
+        }
+    }
+
+    bool isOn() const { return sink_ != nullptr; }
+
+    bool isThere() override { return isConnected_; }
+
+    void start(std::shared_ptr<platform::FrameSink> sink) override {
+        if (!isConnected_) {
+            sink->end("the camera is unplugged; plug it in again");
+            return;
+        }
+        sink_ = std::move(sink);
+        if (file_) {
+            file_->start(sink_);
+        } else if (frame_) {
+            sink_->take(frame_);
+        }
+    }
+
+    void stop() override {
+        sink_ = nullptr;
+        if (file_) {
+            file_->stop();
+        }
+    }
+
+private:
+    std::shared_ptr<const platform::VideoFrame> frame_;
+    std::shared_ptr<platform::FrameSource> file_;
+    std::shared_ptr<platform::FrameSink> sink_;
+    bool isConnected_ = true;
+};
+
+Camera::Camera()
+    : scene_{std::make_shared<Scene>()}
+    , camera_{platform::makeFrameCamera(scene_)} {}
+
+Camera::~Camera() = default;
+
+void Camera::show(platform::VideoFrame frame) {
+    scene_->change(std::make_shared<const platform::VideoFrame>(std::move(frame)), nullptr);
+}
+
+void Camera::showPicture(const std::filesystem::path& file) {
+    scene_->change(nullptr, platform::makePipelineSource(pipelineFor(file)));
+}
+
+void Camera::showNothing() {
+    scene_->change(nullptr, nullptr);
+}
+
+void Camera::setConnected(bool connected) {
+    scene_->setConnected(connected);
+}
+
+bool Camera::isOn() const {
+    return scene_->isOn();
+}
+
+std::shared_ptr<CaptureSession> Camera::makeSession() {
+    return std::make_shared<ChoosySession>(camera_->makeSession(), refusal_);
+}
+
+std::shared_ptr<platform::CaptureDevice> Camera::defaultVideoDevice() {
+    return camera_->defaultVideoDevice();
+}
+
+std::shared_ptr<CaptureInput> Camera::makeInput(const std::shared_ptr<platform::CaptureDevice>& device) {
+    return refusal_ == Refusal::opening ? nullptr : camera_->makeInput(device);
+}
+
+std::shared_ptr<CaptureMetadataOutput> Camera::makeMetadataOutput() {
+    return camera_->makeMetadataOutput();
+}
+
+} // namespace kivo::simulator

@@ -1,0 +1,125 @@
+#include "linux/camera/VideoDevices.hpp"
+#include "support/CaptureRig.hpp"
+#include "support/TemporaryFolder.hpp"
+
+#include <gmock/gmock.h>
+
+#include <map>
+
+namespace kivo::platform {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::string file(const std::string& name) {
+    return "filesrc location=" KIVO_TEST_DATA "/pictures/" + name + " ! decodebin";
+}
+
+class PipelineCamera : public test::CaptureFixture {
+protected:
+    std::shared_ptr<test::CaptureRig> started(const std::string& pipeline) {
+        auto rig = test::CaptureRig::on(*makeFrameCamera(makePipelineSource(pipeline)), loop);
+        rig->session->startRunning();
+        return rig;
+    }
+};
+
+TEST_F(PipelineCamera, ReadsCodesInPictureAndVideoFilesAsOftenAsItIsStarted) {
+    const std::string payload = R"({"code":"123456"})";
+    for (const auto& [name, text] : std::map<std::string, std::string>{{"code.png", payload},
+                                                                       {"code.jpg", payload},
+                                                                       {"code.avi", payload},
+                                                                       {"pdf417.png", payload},
+                                                                       {"ean8.png", "96385074"},
+                                                                       {"ean13.png", "4006381333931"}}) {
+        const auto rig = started(file(name));
+        for (std::size_t times = 1; times <= 2; ++times) {
+            rig->session->startRunning();
+            ASSERT_TRUE(await([&] { return rig->heard.size() == times; })) << name;
+            EXPECT_THAT(rig->heard.back(), ElementsAre(text)) << name;
+            rig->session->stopRunning();
+        }
+    }
+}
+
+TEST_F(PipelineCamera, ShowsThePicture) {
+    const auto rig = started("videotestsrc pattern=red num-buffers=1 ! video/x-raw,width=65,height=33");
+    ASSERT_TRUE(await([&] { return rig->session->preview().number == 1; }));
+    const auto preview = rig->session->preview();
+    EXPECT_EQ(preview.picture->width, 65);
+    const auto rgb = preview.picture->rgb();
+    ASSERT_EQ(rgb.size(), 65U * 33 * 3);
+    EXPECT_THAT(std::vector(rgb.end() - 3, rgb.end()), ElementsAre(testing::Gt(230), testing::Lt(25), testing::Lt(25)));
+    rig->session->stopRunning();
+    EXPECT_EQ(rig->session->preview().picture, preview.picture) << "the last picture stays";
+}
+
+TEST_F(PipelineCamera, MakesLargePicturesOfADeviceSmaller) {
+    const std::string device = "v4l2src device=/dev/video7";
+    auto pipeline = cameraPipeline("/dev/video7");
+    ASSERT_TRUE(pipeline.starts_with(device + " ! "));
+    for (const auto& [source, size] : std::map<std::string, std::pair<int, int>>{
+             {"videotestsrc ! video/x-raw,width=3840,height=2160", {1280, 720}},
+             {"videotestsrc ! video/x-raw,width=640,height=480", {640, 480}},
+             {"videotestsrc ! video/x-raw,width=800,height=1600 ! jpegenc", {640, 1280}}}) {
+        const auto rig = started(source + pipeline.substr(device.size()));
+        ASSERT_TRUE(await([&] { return rig->session->preview().picture != nullptr; })) << source;
+        const auto picture = rig->session->preview().picture;
+        EXPECT_EQ(std::pair(picture->width, picture->height), size) << source;
+    }
+}
+
+TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
+    struct Case {
+        std::string pipeline;
+        std::string problem;
+        std::string advice;
+    };
+
+    const Case cases[] = {
+        {"v4l2src device=/dev/video-none", "/dev/video-none", "connect the camera"},
+        {"nonesuch ! decodebin", "nonesuch", "gstreamer1.0-plugins-good"},
+        {"decodebin ! ! decodebin", "syntax", "LinuxOptions::cameraPipeline"},
+        {file("none.png"), "none.png", "LinuxOptions::cameraPipeline"},
+        {"filesrc location=" KIVO_TEST_DATA "/../CMakeLists.txt ! decodebin", "text file", "pictures or video"},
+        {"videotestsrc ! audioconvert", "could not link", "LinuxOptions::cameraPipeline"},
+        {"videotestsrc ! identity error-after=3", "", "GST_DEBUG"},
+        {"videotestsrc num-buffers=2", "have ended", "start the session anew"},
+    };
+    for (const auto& each : cases) {
+        reported.clear();
+        const auto rig = started(each.pipeline);
+        // Without an input the session runs on, without pictures.
+        ASSERT_TRUE(await([&] { return !reported.empty(); })) << each.pipeline;
+        rig->session->stopRunning();
+        EXPECT_THAT(reported, ElementsAre(AllOf(HasSubstr(each.problem), HasSubstr(each.advice)))) << each.pipeline;
+        EXPECT_TRUE(rig->heard.empty());
+    }
+}
+
+TEST_F(PipelineCamera, GoesToTheSessionThatStartedLast) {
+    const auto camera = makeFrameCamera(makePipelineSource("videotestsrc is-live=true"));
+    auto first = test::CaptureRig::on(*camera, loop);
+    first->session->startRunning();
+    const auto second = test::CaptureRig::on(*camera, loop);
+    second->session->startRunning();
+    EXPECT_FALSE(first->session->isRunning());
+    first.reset();
+    ASSERT_TRUE(await([&] { return second->session->preview().number > 1; }));
+    EXPECT_TRUE(second->session->isRunning());
+    EXPECT_THAT(reported, ElementsAre(HasSubstr("another session")));
+}
+
+TEST(VideoDevices, AreTheKernelsThatGivePictures) {
+    const test::TemporaryFolder folder;
+    EXPECT_FALSE(firstVideoDevice(folder.path() / "none"));
+    for (const auto* name : {"video0", "video1x", "radio0"}) {
+        folder.write(name, "no device");
+    }
+    EXPECT_FALSE(firstVideoDevice(folder.path()));
+}
+
+} // namespace
+} // namespace kivo::platform

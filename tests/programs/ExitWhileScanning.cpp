@@ -1,0 +1,55 @@
+// Exits while codes are read in pictures that come without end. Argument: the pipeline, or nothing for pictures from a
+// thread of the program.
+
+#include <kivo/platform/FrameCamera.hpp>
+#include <kivo/platform/RunLoop.hpp>
+#include <kivo/simulator/Camera.hpp>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace kivo::platform;
+
+struct Endless final : FrameSource {
+    void start(std::shared_ptr<FrameSink> sink) override {
+        std::thread{[sink] {
+            const auto frame = std::make_shared<VideoFrame>(kivo::simulator::qrCodeFrame("text"));
+            for (;;) {
+                sink->take(frame);
+            }
+        }}.detach();
+    }
+
+    void stop() override {}
+};
+
+struct Counter final : CaptureMetadataOutputDelegate {
+    void didOutput(const std::vector<MetadataObject>& /*objects*/) override { ++number; }
+
+    int number = 0;
+};
+
+} // namespace
+
+int main(int count, char** arguments) {
+    const std::string pipeline = count > 1 ? arguments[1] : "";
+    const auto camera = makeFrameCamera(pipeline.empty() ? std::make_shared<Endless>() : makePipelineSource(pipeline));
+    // Never let go, like a host's globals.
+    auto* const session = new std::shared_ptr{camera->makeSession()};
+    const auto counter = std::make_shared<Counter>();
+    const auto output = camera->makeMetadataOutput();
+    output->setDelegate(counter, RunLoop::main());
+    output->setObjectTypes({MetadataObjectType::qr, MetadataObjectType::pdf417});
+    (*session)->addInput(camera->makeInput(camera->defaultVideoDevice()));
+    (*session)->addOutput(output);
+    (*session)->startRunning();
+    const auto isBusy = [&] { return counter->number > 1 || (!pipeline.empty() && (*session)->preview().number > 1); };
+    for (int i = 0; i < 10000 && !RunLoop::main()->runUntil(isBusy, std::chrono::milliseconds{1}); ++i) {
+    }
+    return isBusy() ? 0 : 1;
+}
