@@ -40,10 +40,12 @@ public:
         auto objects = reader_->read(frame, types);
         ++pictures;
         codes += static_cast<int>(objects.size());
+        done.release();
         return objects;
     }
 
     std::counting_semaphore<> takenUp{0};
+    std::counting_semaphore<> done{0};
     std::atomic<int> pictures = 0;
     std::atomic<int> codes = 0;
 
@@ -82,7 +84,8 @@ public:
             scan->take(frame);
             reader->takenUp.acquire();
         }
-        while (reader->pictures % static_cast<int>(frames.size()) != 0) {
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            reader->done.acquire();
         }
     }
 
@@ -116,7 +119,8 @@ Frames makeFrames() {
         auto frame = kivo::simulator::qrCodeFrame(R"({"code":"123456"})");
         for (auto& byte : frame.bytes) {
             const auto brightness = i % 2 == 0 ? byte : std::uint8_t{128};
-            byte = static_cast<std::uint8_t>(std::clamp(static_cast<int>(brightness) - 20, 20, 215) + random() % 40);
+            const auto noise = static_cast<int>(random() % 40);
+            byte = static_cast<std::uint8_t>(std::clamp(brightness - 20, 20, 215) + noise);
         }
         frames.push_back(std::make_shared<VideoFrame>(std::move(frame)));
     }

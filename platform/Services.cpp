@@ -29,6 +29,8 @@ void overlay(Services& base, Services services) {
     take(base.diagnostics, services.diagnostics);
     take(base.fonts, services.fonts);
     take(base.camera, services.camera);
+    take(base.faceTec, services.faceTec);
+    take(base.readID, services.readID);
 }
 
 /// Puts a set in force. Former sets stay, never to be destroyed: another thread may be reading one.

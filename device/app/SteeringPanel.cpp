@@ -39,6 +39,39 @@ constexpr std::array faults{
                [] { return Fault::certificate(simulator::CertificateFlaw::expired); }},
 };
 
+struct NamedReading {
+    const char* name;
+    simulator::Reading (*make)();
+};
+
+using platform::readid::FailureReason;
+using simulator::Reading;
+
+const std::array readings{
+    NamedReading{"A person decides on the screen", [] { return Reading::byPerson(); }},
+    NamedReading{"Page and chip are read", [] { return Reading::pageAndChip(); }},
+    NamedReading{"The page alone is read", [] { return Reading::page(); }},
+    NamedReading{"The chip cannot be read", [] { return Reading::failure(FailureReason::nfcError, true); }},
+    NamedReading{"There is no chip", [] { return Reading::failure(FailureReason::noChip); }},
+    NamedReading{"The person gives up", [] { return Reading::failure(FailureReason::userCancelled); }},
+};
+
+struct NamedScan {
+    const char* name;
+    bool waitsForPerson;
+    int status;
+    int retries;
+};
+
+constexpr std::array scans{
+    NamedScan{"A person decides on the screen", true, simulator::faceScanStatus::completed, 0},
+    NamedScan{"The scan is good", false, simulator::faceScanStatus::completed, 0},
+    NamedScan{"The second scan is good", false, simulator::faceScanStatus::completed, 1},
+    NamedScan{"The person gives up", false, simulator::faceScanStatus::cancelled, 0},
+    NamedScan{"The camera is refused", false, simulator::faceScanStatus::cameraRefused, 0},
+    NamedScan{"It takes too long", false, simulator::faceScanStatus::timeout, 0},
+};
+
 constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status, Endpoint::commit,
                                Endpoint::upload, Endpoint::facemap, Endpoint::idScan};
 
@@ -50,6 +83,7 @@ SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
     auto layout = std::make_unique<QVBoxLayout>();
     addService(add<QGroupBox>(*layout, "What the service does next"));
     addCamera(add<QGroupBox>(*layout, "What the camera sees"));
+    addVendors(add<QGroupBox>(*layout, "What the vendors' scans come to"));
     addLook(add<QGroupBox>(*layout, "How the phone and the host look"));
     layout->addStretch();
     setLayout(layout.release());
@@ -117,6 +151,31 @@ void SteeringPanel::addCamera(QGroupBox& box) {
         steered_.camera->showNothing();
         state.setText("nothing");
     });
+    box.setLayout(form.release());
+}
+
+void SteeringPanel::addVendors(QGroupBox& box) {
+    auto form = std::make_unique<QFormLayout>();
+    auto& reading = addRow<QComboBox>(*form, "Next document");
+    for (const auto& each : readings) {
+        reading.addItem(each.name);
+    }
+    connect(&reading, &QComboBox::activated, this,
+            [this](int index) { steered_.readID->next(readings.at(static_cast<std::size_t>(index)).make()); });
+    auto& scan = addRow<QComboBox>(*form, "Face");
+    for (const auto& each : scans) {
+        scan.addItem(each.name);
+    }
+    const auto plan = [this](int index) {
+        const auto& chosen = scans.at(static_cast<std::size_t>(index));
+        steered_.faceTec->waitsForPerson = chosen.waitsForPerson;
+        steered_.faceTec->faceScan.status = chosen.status;
+        steered_.faceTec->faceScan.retries = chosen.retries;
+        steered_.faceTec->faceScan.scanTime = 1s;
+        steered_.faceTec->idScan.scanTime = 1s;
+    };
+    plan(0);
+    connect(&scan, &QComboBox::currentIndexChanged, this, plan);
     box.setLayout(form.release());
 }
 

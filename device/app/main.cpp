@@ -54,6 +54,8 @@ int run(const QString& version) {
     const QTemporaryDir folder;
     const auto service = std::make_shared<simulator::IdentityService>();
     const auto camera = std::make_shared<simulator::Camera>();
+    const auto readID = std::make_shared<simulator::ReadID>(simulator::Reading::byPerson());
+    const auto faceTec = std::make_shared<simulator::FaceTec>();
     const auto window = std::make_shared<platform::Window>();
     auto services = platform::linuxServices({.mainBundle = {},
                                              .dataFolder = folder.path().toStdString(),
@@ -61,6 +63,8 @@ int run(const QString& version) {
     const auto look = std::make_shared<HostLook>(services.bundles);
     services.reachability = std::make_shared<simulator::Reachability>();
     services.camera = camera;
+    services.readID = readID;
+    services.faceTec = faceTec;
     services.fonts = device::fonts();
     services.bundles = look;
     platform::install(services);
@@ -84,6 +88,8 @@ int run(const QString& version) {
         std::make_unique<SteeringPanel>(Steered{.window = window,
                                                 .service = service,
                                                 .camera = camera,
+                                                .readID = readID,
+                                                .faceTec = faceTec,
                                                 .look = look,
                                                 .setTheme = [host](const auto& theme) { host->setTheme(theme); }})
             .release());

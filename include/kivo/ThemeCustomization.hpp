@@ -5,6 +5,8 @@
 #include <kivo/Export.hpp>
 #include <kivo/ZorCloseButtonAppearance.hpp>
 #include <kivo/platform/Bundle.hpp>
+#include <kivo/platform/FaceTec.hpp>
+#include <kivo/platform/ReadID.hpp>
 #include <kivo/platform/ui/Color.hpp>
 #include <kivo/platform/ui/ContentSizeCategory.hpp>
 #include <kivo/platform/ui/Font.hpp>
@@ -109,8 +111,14 @@ public:
     platform::Color faceScanIntroNextButtonBackgroundColor;
     std::string faceScanUploadMessage;
     std::string faceScanSuccessMessageText;
+    /// The look of the vendor's face and ID scan screens. The vendor's defaults at first; null without a vendor.
+    std::shared_ptr<platform::FaceTecCustomization> faceVerificationUICustomization;
 
     // One value for the whole SDK.
+
+    /// The looks and texts of the vendor's document reading screens; shared by all sessions, never null. The document
+    /// screen sets the bundle, and takes the buttons' font and corners from its theme.
+    static const std::shared_ptr<platform::readid::UIResources>& passportScanViewCustomization();
 
     /// What the document screen found when it was last shown; the screen writes it, a host reads it.
     static DocumentListConfigurationStatus documentListConfigurationStatus();

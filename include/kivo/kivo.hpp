@@ -12,11 +12,13 @@
 #include <kivo/KivoSDK.hpp>
 #include <kivo/LogLevel.hpp>
 #include <kivo/ObjCResult.hpp>
+#include <kivo/ReadIDUIResourcesWrapper.hpp>
 #include <kivo/ResponseCode.hpp>
 #include <kivo/SDKEnv.hpp>
 #include <kivo/SdkVersions.hpp>
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/ZorFrameworkWrapper.hpp>
+#include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>

@@ -67,6 +67,9 @@ UrlError urlError(const CurlFailure& failure) {
         return {secureConnectionFailed,
                 withReason("Could not agree on a secure connection with " + server, failure.detail)};
     case CURLE_OPERATION_TIMEDOUT:
+        if (failure.detail.starts_with("Operation too slow")) {
+            return {timedOut, "The exchange with " + server + " stood still for too long"};
+        }
         return {timedOut,
                 "The exchange with " + server + " took longer than " + std::to_string(failure.timeout.count()) + " ms"};
     case CURLE_RECV_ERROR:

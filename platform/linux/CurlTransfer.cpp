@@ -68,6 +68,10 @@ CURLcode CurlTransfer::setOptions() {
     options.set(CURLOPT_ERRORBUFFER, detail_.data());
     options.set(CURLOPT_URL, request_.url.c_str());
     options.set(CURLOPT_TIMEOUT_MS, static_cast<long>(timeout_.count()));
+    if (const auto idle = settings_->configuration.idleTimeout; idle.count() > 0) {
+        options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+        options.set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(idle.count()));
+    }
     if (auto* const lines = headerLines_.get()) {
         options.set(CURLOPT_HTTPHEADER, lines);
     }

@@ -159,7 +159,6 @@ private:
         // The newest picture only, at the pace at which the pictures were taken.
         const auto whole =
             description_ + " ! videoconvert ! appsink name=kivo max-buffers=1 drop=true caps=\"" + frameCaps + '"';
-        // Elements are taken as they come: whatever remains must be one pipeline, or there is no state to change.
         Owned<GstElement> pipeline{gst_parse_launch_full(whole.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &error)};
         if (error != nullptr) {
             const Owned<GError> owned{error};

@@ -21,14 +21,24 @@ struct KivoResponseKeys {
     static constexpr std::string_view resumeEndpoint = "resume-endpoint";
     static constexpr std::string_view retryLimit = "retry-limit";
     static constexpr std::string_view documentList = "app-doclist";
+    static constexpr std::string_view biodataProxy = "biodata-proxy";
+    static constexpr std::string_view biodataAccessKey = "biodata-access-key";
+    static constexpr std::string_view biodataEncryptKey = "biodata-encrypt-key";
     static constexpr std::string_view biodataEndpoint = "biodata-endpoint";
     static constexpr std::string_view facemapEndpoint = "facemap-endpoint";
     static constexpr std::string_view idScanEndpoint = "ocridscan-endpoint";
     static constexpr std::string_view faceMapDeviceKey = "facemap-device-key";
+    static constexpr std::string_view faceMapPublicKey = "facemap-public-key";
+    static constexpr std::string_view faceMapToken = "facemap-token";
 
     /// Values of "response-type".
     static constexpr std::string_view data = "data";
     static constexpr std::string_view fail = "fail";
+    static constexpr std::string_view pass = "pass";
+
+    /// In the vendor's answers to a scan.
+    static constexpr std::string_view responseData = "response-data";
+    static constexpr std::string_view scanResultBlob = "scanResultBlob";
 };
 
 /// Members of the requests.

@@ -158,7 +158,7 @@ CertificateExpiryDates CommunicationSecurityManager::certificateExpiryDates(bool
         }
         return {.leaf = monthDayYear(dates->leaf), .intermediate = monthDayYear(dates->intermediate)};
     }
-    if (platform::services().bundles->main()->pathForResource(pinsResource, "plist")) {
+    if (listsPins(*platform::services().bundles->main())) {
         log::print("**** Cannot not convert/find leaf and intermediate dates****");
     } else {
         log::print("**** Could not find readid_certificates.plist file in bundle. \n"

@@ -90,10 +90,9 @@ std::shared_ptr<platform::UrlSession> NetworkManager::defaultSession() {
     return defaultSession_;
 }
 
-// The file's presence alone decides: one that is unreadable or empty pins too, and lets nobody through.
 std::shared_ptr<platform::UrlSession> NetworkManager::sessionInUse() {
-    const bool isPinned = platform::services().bundles->main()->pathForResource(pinsResource, "plist").has_value();
-    return isPinned ? CommunicationSecurityManager::shared().session() : defaultSession();
+    return listsPins(*platform::services().bundles->main()) ? CommunicationSecurityManager::shared().session()
+                                                            : defaultSession();
 }
 
 } // namespace kivo

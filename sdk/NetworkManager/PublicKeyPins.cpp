@@ -86,12 +86,16 @@ PinList pinListIn(const platform::PropertyValue& root) {
     return list;
 }
 
+bool listsPins(const platform::Bundle& bundle) {
+    return bundle.pathForResource(pinsResource, "plist").has_value();
+}
+
 PinList readPinList(const platform::Bundle& bundle) {
     if (const auto root = bundle.propertyList(pinsResource)) {
         return pinListIn(*root);
     }
-    const bool isThere = bundle.pathForResource(pinsResource, "plist").has_value();
-    return {.faults = {isThere ? "it cannot be read as a property list" : "it is missing from the host's main bundle"}};
+    return {.faults = {listsPins(bundle) ? "it cannot be read as a property list"
+                                         : "it is missing from the host's main bundle"}};
 }
 
 bool isPinned(const platform::Trust& trust, const platform::Bundle& bundle, const std::vector<platform::Data>& chain) {

@@ -37,6 +37,10 @@ struct PinList {
 /// The list in a property list: its root is an array of text, or it lists nothing.
 PinList pinListIn(const platform::PropertyValue& root);
 
+/// Whether the host pins its servers. The list's presence alone decides: one that is unreadable or empty pins too, and
+/// lets nobody through.
+bool listsPins(const platform::Bundle& bundle);
+
 PinList readPinList(const platform::Bundle& bundle);
 
 /// Whether a certificate of the chain is pinned. The list is read again for each.

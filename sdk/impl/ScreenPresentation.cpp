@@ -3,6 +3,9 @@
 #include "impl/Callable.hpp"
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/Screens.hpp"
+#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
+#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
+#include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
@@ -39,16 +42,15 @@ struct Scene {
     AcquisitionObject object;
     std::string_view identifier;
     Home home;
-    /// Null where this release has no such screen.
     Adopt adopt;
 };
 
 constexpr std::array scenes{
     Scene{AcquisitionObject::activationCode, "QRCodeVC", Home::sdkBundle, adopt<QRCodeVC>},
-    Scene{AcquisitionObject::nfcScan, "AuthMenuVCID", Home::mainBundle, nullptr},
-    Scene{AcquisitionObject::mrzScan, "AuthMenuVCID", Home::mainBundle, nullptr},
-    Scene{AcquisitionObject::facemapScan, "LivenessCheckVCID", Home::mainBundle, nullptr},
-    Scene{AcquisitionObject::ocrScan, "OCRScanInitializeVC", Home::mainBundle, nullptr},
+    Scene{AcquisitionObject::nfcScan, "AuthMenuVCID", Home::mainBundle, adopt<AuthMenuVC>},
+    Scene{AcquisitionObject::mrzScan, "AuthMenuVCID", Home::mainBundle, adopt<AuthMenuVC>},
+    Scene{AcquisitionObject::facemapScan, "LivenessCheckVCID", Home::mainBundle, adopt<LiveNessCheckVC>},
+    Scene{AcquisitionObject::ocrScan, "OCRScanInitializeVC", Home::mainBundle, adopt<OCRScanInitializeVC>},
 };
 
 const Scene* sceneOf(AcquisitionObject object) {
@@ -71,11 +73,6 @@ std::expected<std::shared_ptr<ViewController>, std::string>
 makeScreen(const Scene& scene, const std::shared_ptr<SessionAPI>& owner, ViewController& context) {
     if (!context.view()->window()) {
         return std::unexpected{"The context view controller is in no window; show it in one before you acquire."};
-    }
-    if (scene.adopt == nullptr) {
-        return std::unexpected{"This release has no screen for " +
-                               std::string{AcquisitionObjectHelper::acquisitionObjectName(scene.object)} +
-                               "; acquire it with a screen of your own."};
     }
     const auto storyboard = storyboardOf(scene);
     if (!storyboard) {

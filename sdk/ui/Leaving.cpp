@@ -2,6 +2,7 @@
 
 #include <kivo/platform/ui/NavigationController.hpp>
 
+#include <algorithm>
 #include <utility>
 
 namespace kivo::ui {
@@ -16,6 +17,12 @@ void popOrDismiss(platform::ViewController& screen, std::function<void()> left) 
     if (left) {
         left();
     }
+}
+
+bool isLeavingStack(platform::ViewController& screen) {
+    const auto navigation = screen.navigationController();
+    return navigation &&
+           std::ranges::none_of(navigation->children(), [&](const auto& child) { return child.get() == &screen; });
 }
 
 } // namespace kivo::ui

@@ -10,4 +10,7 @@ namespace kivo::ui {
 /// when the dismissal is complete otherwise.
 void popOrDismiss(platform::ViewController& screen, std::function<void()> left = {});
 
+/// Whether the screen is off its navigation stack already, while it can still ask where it was.
+bool isLeavingStack(platform::ViewController& screen);
+
 } // namespace kivo::ui

@@ -1,4 +1,7 @@
 #include "FaultPlan.hpp"
+#include "RequestReader.hpp"
+#include "ScanEndpoints.hpp"
+#include "ScanResultBlob.hpp"
 #include "ServerCertificates.hpp"
 #include "SessionProtocol.hpp"
 #include "TlsConnections.hpp"
@@ -45,11 +48,14 @@ public:
         http_.set_keep_alive_max_count(std::numeric_limits<std::size_t>::max());
         http_.set_keep_alive_timeout(3600);
         http_.set_payload_max_length(largestRequest);
-        const auto handle = [this](const httplib::Request& request, httplib::Response& response) {
-            serve(request, response);
+        const auto handle = [this](const httplib::Request& request, httplib::Response& response,
+                                   const httplib::ContentReader& reader) { serve(request, response, reader); };
+        const auto handleWithoutBody = [handle](const httplib::Request& request, httplib::Response& response) {
+            const auto nothing = [](const auto&...) { return true; };
+            handle(request, response, {nothing, nothing});
         };
         constexpr auto anywhere = ".*";
-        http_.Post(anywhere, handle).Get(anywhere, handle).Put(anywhere, handle).Delete(anywhere, handle);
+        http_.Post(anywhere, handle).Put(anywhere, handle).Delete(anywhere, handle).Get(anywhere, handleWithoutBody);
         port_ = http_.bind_to_any_port("127.0.0.1");
         if (port_ <= 0) {
             throw std::runtime_error{"simulator: no port is free on the loopback interface"};
@@ -94,7 +100,23 @@ public:
 
     std::vector<RecordedRequest> requests() const {
         const std::scoped_lock lock{mutex_};
-        return requests_;
+        std::vector<RecordedRequest> all;
+        all.reserve(requests_.size());
+        for (const auto& request : requests_) {
+            all.push_back(*request);
+        }
+        return all;
+    }
+
+    std::vector<std::string> violations() const {
+        const std::scoped_lock lock{mutex_};
+        std::vector<std::string> all;
+        for (const auto& request : requests_) {
+            if (request->violation) {
+                all.push_back(*request->violation);
+            }
+        }
+        return all;
     }
 
     bool waitForRequests(std::size_t count, std::chrono::milliseconds limit) const {
@@ -128,7 +150,7 @@ private:
             return std::nullopt;
         }
         for (const auto endpoint : {Endpoint::join, Endpoint::update, Endpoint::status, Endpoint::commit,
-                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan}) {
+                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan, Endpoint::biodata}) {
             if (host.substr(0, host.find('.')) == name(endpoint)) {
                 return endpoint;
             }
@@ -136,13 +158,18 @@ private:
         return Endpoint::join;
     }
 
-    void serve(const httplib::Request& request, httplib::Response& response) {
+    void serve(const httplib::Request& request, httplib::Response& response, const httplib::ContentReader& reader) {
         const auto address = SessionProtocol::addressOf(request.path);
+        const auto fault = address ? faults_.next(address->endpoint) : std::nullopt;
+        const bool isSlow = fault && fault->kind() == Fault::Kind::slowReader;
+        auto body = readBody(request, reader, connections_, isSlow ? std::optional{fault->bytes()} : std::nullopt);
+        if (!body) {
+            return;
+        }
         if (!address) {
             response.status = 404;
             return;
         }
-        const auto fault = faults_.next(address->endpoint);
         if (fault && fault->kind() == Fault::Kind::delay && !connections_.wait(fault->time())) {
             return;
         }
@@ -150,15 +177,14 @@ private:
                                .method = request.method,
                                .path = request.path,
                                .headers = headersOf(request),
-                               .body = request.body,
+                               .body = std::move(*body),
                                .answer = {},
                                .violation = {},
                                .connection = TlsConnections::currentNumber()};
         const auto finish = answerInstead(fault, record, response);
         if (!finish) {
-            auto reply =
-                protocol_.answer(*address, request.method, request.get_header_value("Content-Type"), request.body);
-            record.status = 200;
+            auto reply = replyTo(*address, request, record.body, fault);
+            response.status = record.status = reply.status;
             record.answer = std::move(reply.body);
             record.violation = std::move(reply.violation);
             setBody(fault, record.answer, response);
@@ -167,6 +193,25 @@ private:
         if (finish) {
             finish();
         }
+    }
+
+    Reply replyTo(const Address& address, const httplib::Request& request, std::string_view body,
+                  const std::optional<Fault>& fault) {
+        const auto contentType = request.get_header_value("Content-Type");
+        if (address.endpoint != Endpoint::facemap && address.endpoint != Endpoint::idScan) {
+            return protocol_.answer(address, request.method, contentType, request.get_header_value("X-Access-Key"),
+                                    body);
+        }
+        const bool wantsAnother = fault && fault->kind() == Fault::Kind::anotherScan;
+        return answerScan({.endpoint = address.endpoint,
+                           .operation = address.operation,
+                           .method = request.method,
+                           .contentType = contentType,
+                           .deviceKey = request.get_header_value("X-Device-Key"),
+                           .userAgent = request.get_header_value("User-Agent"),
+                           .vendorUserAgent = request.get_header_value("X-User-Agent"),
+                           .body = body},
+                          protocol_.hasSession(address.session), wantsAnother ? scanAgainBlob : scanAcceptedBlob);
     }
 
     /// Where a fault takes the answer's place: notes what is answered, and gives what is to be done after that.
@@ -214,6 +259,8 @@ private:
         case Fault::Kind::delay:
         case Fault::Kind::slowBody:
         case Fault::Kind::certificate:
+        case Fault::Kind::slowReader:
+        case Fault::Kind::anotherScan:
             break;
         }
         return nullptr;
@@ -237,7 +284,8 @@ private:
         return sink.write(spaces.data(), std::min(length, spaces.size()));
     }
 
-    void remember(RecordedRequest record) {
+    void remember(RecordedRequest request) {
+        const auto record = std::make_shared<const RecordedRequest>(std::move(request));
         std::function<void(const RecordedRequest&)> listener;
         {
             const std::scoped_lock lock{mutex_};
@@ -246,7 +294,7 @@ private:
         }
         recorded_.notify_all();
         if (listener) {
-            listener(record);
+            listener(*record);
         }
     }
 
@@ -259,7 +307,7 @@ private:
     int port_ = 0;
     mutable std::mutex mutex_;
     mutable std::condition_variable recorded_;
-    std::vector<RecordedRequest> requests_;
+    std::vector<std::shared_ptr<const RecordedRequest>> requests_;
     std::function<void(const RecordedRequest&)> listener_;
     std::thread thread_;
 };
@@ -302,13 +350,7 @@ bool IdentityService::waitForRequests(std::size_t count, std::chrono::millisecon
 }
 
 std::vector<std::string> IdentityService::violations() const {
-    std::vector<std::string> all;
-    for (const auto& request : server_->requests()) {
-        if (request.violation) {
-            all.push_back(*request.violation);
-        }
-    }
-    return all;
+    return server_->violations();
 }
 
 void IdentityService::onRequest(std::function<void(const RecordedRequest&)> listener) {

@@ -4,6 +4,7 @@
 #include <openssl/sha.h>
 
 #include <array>
+#include <memory>
 #include <string_view>
 
 namespace kivo::simulator {
@@ -29,6 +30,13 @@ std::string publicKeyPin(const X509* certificate) {
     EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), digest.data(), static_cast<int>(digest.size()));
     text.pop_back();
     return text;
+}
+
+std::string publicKeyPin(std::string_view certificate) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(certificate.data());
+    const std::unique_ptr<X509, decltype(&X509_free)> read{
+        d2i_X509(nullptr, &bytes, static_cast<long>(certificate.size())), &X509_free};
+    return read ? publicKeyPin(read.get()) : std::string{};
 }
 
 } // namespace kivo::simulator

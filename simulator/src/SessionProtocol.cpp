@@ -1,10 +1,12 @@
 #include "SessionProtocol.hpp"
 
+#include "ProtocolCheck.hpp"
+#include "ScanEndpoints.hpp"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
-#include <initializer_list>
 #include <utility>
 
 namespace kivo::simulator {
@@ -12,34 +14,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::array<std::string_view, 7> endpointNames{"join",   "update",  "status", "commit",
-                                                        "upload", "facemap", "idScan"};
-
-/// What is wrong with a request.
-struct Violation {
-    std::string text;
-};
-
-/// Makes sure that `object` has exactly these members, all of them text.
-void requireTexts(const Json& object, const std::string& where, std::initializer_list<const char*> members) {
-    if (!object.is_object()) {
-        throw Violation{where + " is not an object"};
-    }
-    for (const auto* member : members) {
-        const auto found = object.find(member);
-        if (found == object.end()) {
-            throw Violation{where + " lacks \"" + member + "\""};
-        }
-        if (!found->is_string()) {
-            throw Violation{where + " has a \"" + member + "\" that is not text"};
-        }
-    }
-    for (const auto& [key, value] : object.items()) {
-        if (std::ranges::find(members, key) == members.end()) {
-            throw Violation{std::string{where}.append(" has an unknown member \"").append(key).append("\"")};
-        }
-    }
-}
+constexpr std::array<std::string_view, 8> endpointNames{"join",   "update",  "status", "commit",
+                                                        "upload", "facemap", "idScan", "biodata"};
 
 void requireUpdate(const Json& body) {
     if (body.is_object() && body.contains("code")) {
@@ -81,14 +57,6 @@ void requireJoin(const Json& body) {
                   "kivo-images"});
 }
 
-Json parsed(std::string_view body) {
-    auto json = Json::parse(body, nullptr, /*allow_exceptions=*/false);
-    if (json.is_discarded()) {
-        throw Violation{"the body is not JSON"};
-    }
-    return json;
-}
-
 bool hasVersionPrefix(std::string_view deviceCode) {
     static constexpr std::array<std::string_view, 5> prefixes{"1401", "1501", "1601", "1701", "1801"};
     return std::ranges::find(prefixes, deviceCode.substr(0, 4)) != prefixes.end();
@@ -107,7 +75,7 @@ SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration, std
 
 std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
     if (path == joinPath) {
-        return Address{.endpoint = Endpoint::join, .session = ""};
+        return Address{.endpoint = Endpoint::join, .session = "", .operation = ""};
     }
     // /session/NAME/ENDPOINT, and what a client appends to the scanners' addresses.
     constexpr std::string_view prefix = "/session/";
@@ -116,16 +84,18 @@ std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
         return std::nullopt;
     }
     const auto rest = path.substr(slash + 1);
-    const auto found = std::ranges::find(endpointNames, rest.substr(0, rest.find('/')));
+    const auto endpoint = rest.substr(0, rest.find('/'));
+    const auto found = std::ranges::find(endpointNames, endpoint);
     if (found == endpointNames.end()) {
         return std::nullopt;
     }
     return Address{.endpoint = static_cast<Endpoint>(found - endpointNames.begin()),
-                   .session = std::string{path.substr(prefix.size(), slash - prefix.size())}};
+                   .session = std::string{path.substr(prefix.size(), slash - prefix.size())},
+                   .operation = std::string{rest.substr(endpoint.size())}};
 }
 
 Reply SessionProtocol::answer(const Address& address, std::string_view method, std::string_view contentType,
-                              std::string_view body) {
+                              std::string_view accessKey, std::string_view body) {
     try {
         if (method != "POST") {
             throw Violation{"the method is " + std::string{method} + ", not POST"};
@@ -137,33 +107,57 @@ Reply SessionProtocol::answer(const Address& address, std::string_view method, s
         if (address.endpoint == Endpoint::join) {
             return join(body);
         }
-        const auto json = parsed(body);
-        switch (address.endpoint) {
-        case Endpoint::update:
-            requireUpdate(json);
-            break;
-        case Endpoint::upload:
-            requireUpload(json);
-            break;
-        case Endpoint::status:
-        case Endpoint::commit:
-            requireTexts(json, "the request", {});
-            break;
-        default:
-            if (!json.is_object()) {
-                throw Violation{"the request is not an object"};
-            }
-            break;
+        const auto tid = tidOf(address.session);
+        if (address.endpoint == Endpoint::biodata && tid) {
+            return {.body = biodata_.receive(address.session, accessKey, body), .violation = {}};
         }
-        const std::scoped_lock lock{mutex_};
-        const auto session = sessions_.find(address.session);
-        if (session == sessions_.end() || (address.endpoint == Endpoint::update && json.at("tid") != session->second)) {
+        const auto json = parsed(body);
+        require(address, json, tid.value_or(""));
+        if (!tid || (address.endpoint == Endpoint::update && json.at("tid") != *tid)) {
             return {.body = refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
         }
-        return {.body = Json{{"response-type", "data"}, {"tid", session->second}}.dump(), .violation = {}};
+        return {.body = Json{{"response-type", "data"}, {"tid", *tid}}.dump(), .violation = {}};
     } catch (const Violation& violation) {
-        return {.body = refusal("STATUS_BAD_PROTOCOL", violation.text), .violation = violation.text};
+        return {.body = refusal("STATUS_BAD_PROTOCOL", violation.text),
+                .violation = violation.text,
+                .status = violation.httpStatus};
     }
+}
+
+void SessionProtocol::require(const Address& address, const Json& request, const std::string& tid) const {
+    switch (address.endpoint) {
+    case Endpoint::update:
+        requireUpdate(request);
+        break;
+    case Endpoint::upload:
+        // Images and the notice of a document reading share one address.
+        if (request.is_object() && request.contains("opaqueId")) {
+            biodata_.requireNotice(address.session, tid, request);
+        } else {
+            requireUpload(request);
+        }
+        break;
+    case Endpoint::status:
+    case Endpoint::commit:
+        requireTexts(request, "the request", {});
+        break;
+    default:
+        if (!request.is_object()) {
+            throw Violation{"the request is not an object"};
+        }
+        break;
+    }
+}
+
+std::optional<std::string> SessionProtocol::tidOf(const std::string& session) const {
+    const std::scoped_lock lock{mutex_};
+    const auto found = sessions_.find(session);
+    return found == sessions_.end() ? std::nullopt : std::optional{found->second};
+}
+
+bool SessionProtocol::hasSession(const std::string& session) const {
+    const std::scoped_lock lock{mutex_};
+    return sessions_.contains(session);
 }
 
 Reply SessionProtocol::join(std::string_view body) {
@@ -206,15 +200,15 @@ std::string SessionProtocol::openSession() {
                 {"app-config", {{"app-doclist", configuration_.documentList ? "true" : "false"}}},
                 {"idp-biodata",
                  {{"biodata-endpoint", addressOf(Endpoint::upload)},
-                  {"biodata-proxy", addressOf(Endpoint::upload)},
-                  {"biodata-access-key", "simulated-access-key"},
-                  {"biodata-encrypt-key", "simulated-encrypt-key"}}},
+                  {"biodata-proxy", addressOf(Endpoint::biodata)},
+                  {"biodata-access-key", BiodataEndpoint::sessionAccessKey},
+                  {"biodata-encrypt-key", BiodataEndpoint::sessionEncryptKey}}},
                 {"idp-facemap",
                  {{"facemap-endpoint", addressOf(Endpoint::facemap)},
                   {"ocridscan-endpoint", addressOf(Endpoint::idScan)},
                   {"facemap-token", "simulated-token"},
                   {"facemap-public-key", "simulated-public-key"},
-                  {"facemap-device-key", "simulated-device-key"}}}}
+                  {"facemap-device-key", sessionDeviceKey}}}}
         .dump();
 }
 

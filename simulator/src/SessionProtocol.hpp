@@ -1,6 +1,10 @@
 #pragma once
 
+#include "BiodataEndpoint.hpp"
+
 #include <kivo/simulator/IdentityService.hpp>
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <functional>
 #include <map>
@@ -11,16 +15,18 @@
 
 namespace kivo::simulator {
 
-/// Where a request went: the endpoint, and the session its path names.
+/// Where a request went: the endpoint, the session its path names, and what follows in the path.
 struct Address {
     Endpoint endpoint;
     std::string session;
+    std::string operation;
 };
 
 /// What the identity service says to a request.
 struct Reply {
     std::string body;
     std::optional<std::string> violation;
+    int status = 200;
 };
 
 /// The identity service's side of the session protocol. Callable from any thread.
@@ -35,16 +41,22 @@ public:
     static std::optional<Address> addressOf(std::string_view path);
 
     /// Judges a request and answers it.
-    Reply answer(const Address& address, std::string_view method, std::string_view contentType, std::string_view body);
+    Reply answer(const Address& address, std::string_view method, std::string_view contentType,
+                 std::string_view accessKey, std::string_view body);
+
+    bool hasSession(const std::string& session) const;
 
     static std::string refusal(std::string_view responseCode, std::string_view message);
 
 private:
     Reply join(std::string_view body);
+    void require(const Address& address, const nlohmann::ordered_json& request, const std::string& tid) const;
+    std::optional<std::string> tidOf(const std::string& session) const;
     std::string openSession();
 
     const IdentityServiceConfiguration configuration_;
     const std::function<std::string(Endpoint)> base_;
+    BiodataEndpoint biodata_;
     mutable std::mutex mutex_;
     /// The transaction identifier of every session by the name in its addresses.
     std::map<std::string, std::string> sessions_;

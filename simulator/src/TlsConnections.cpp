@@ -104,6 +104,12 @@ void TlsConnections::reset() {
     replaceSocket();
 }
 
+void TlsConnections::keepReceiveBufferSmall() {
+    // Less than a few of the loopback interface's segments (64 KiB) makes it crawl.
+    constexpr int bytes = 256 * 1024;
+    setsockopt(currentSocket, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+}
+
 void TlsConnections::waitForHangUp() const {
     std::array<pollfd, 2> wanted{pollfd{.fd = stopped_, .events = POLLIN, .revents = 0},
                                  pollfd{.fd = currentSocket, .events = POLLRDHUP, .revents = 0}};

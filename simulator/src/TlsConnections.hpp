@@ -37,6 +37,9 @@ public:
     /// Ends the current connection with a reset; nothing more can be sent on it.
     static void reset();
 
+    /// Lets the client of the current connection run ahead of what is read by some hundred kilobytes only.
+    static void keepReceiveBufferSmall();
+
     /// Waits until the client of the current connection hangs up, or everything stops.
     void waitForHangUp() const;
 

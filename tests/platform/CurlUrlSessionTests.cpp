@@ -283,6 +283,10 @@ TEST(CurlUrlSession, TakesTheShortestTimeLimit) {
         EXPECT_EQ(summary(exchange(*session, {.url = server.url(), .timeout = row.request})), "timedOut");
         EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
     }
+    const auto session = sessionFor(server, {.idleTimeout = 1s});
+    const auto outcome = exchange(*session, {.url = server.url()});
+    EXPECT_EQ(summary(outcome), "timedOut");
+    EXPECT_THAT(outcome.error().text, HasSubstr("stood still"));
 }
 
 TEST(CurlUrlSession, BoundsTheAnswer) {

@@ -53,8 +53,7 @@ private:
 };
 
 /// A session on a camera, set up as a scanning screen does, and what is heard from it on the main loop.
-class CaptureRig final : public platform::CaptureMetadataOutputDelegate,
-                         public std::enable_shared_from_this<CaptureRig> {
+class CaptureRig final : public platform::CaptureMetadataOutputDelegate {
 public:
     static std::shared_ptr<CaptureRig> on(platform::Camera& camera, std::shared_ptr<platform::DispatchQueue> queue) {
         using enum platform::MetadataObjectType;

@@ -39,9 +39,9 @@ std::string Display::typeCode(std::string_view code) {
     return typed ? "" : typed.error();
 }
 
-std::string Display::openScanner() {
-    const auto opened = person_.tap("scanQRCodeButton");
-    return opened ? "" : opened.error();
+std::string Display::tap(std::string_view button) {
+    const auto tapped = person_.tap(button);
+    return tapped ? "" : tapped.error();
 }
 
 bool Display::boxesAreEmpty() const {

@@ -23,10 +23,9 @@ public:
     /// Types an activation code into the boxes, which must be, or be made, empty first.
     std::string typeCode(std::string_view code);
 
-    /// Opens the scanner, in front of which the camera already has what it is to read.
-    std::string openScanner();
+    std::string tap(std::string_view button);
 
-    /// Takes the SDK's screen away again, as a host does once it has joined.
+    /// Takes the SDK's screen away again, as a host does once it has what it wanted.
     void returnToStart();
 
     /// Presents the closing screen, as a host does at the end of the road.

@@ -46,7 +46,8 @@ const std::array namedFaults{
                [] { return Fault::certificate(CertificateFlaw::selfSigned); }},
 };
 
-constexpr std::array endpoints{Endpoint::join, Endpoint::update, Endpoint::status, Endpoint::commit, Endpoint::upload};
+constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status,  Endpoint::commit,
+                               Endpoint::upload, Endpoint::biodata, Endpoint::facemap, Endpoint::idScan};
 
 std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto equals = text.find('=');
@@ -63,6 +64,16 @@ std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
 
 } // namespace
 
+const ScreenOutcome* Options::outcomeOf(std::string_view screen) const {
+    const auto found = std::ranges::find(outcomes, screen, &ScreenOutcome::screen);
+    return found == outcomes.end() ? nullptr : &*found;
+}
+
+bool Options::withholds(std::string_view screen) const {
+    const auto* const outcome = outcomeOf(screen);
+    return version >= "18" && outcome != nullptr && outcome->isLeaving;
+}
+
 std::expected<Options, std::string> parse(const std::vector<std::string>& arguments) {
     Options options;
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
@@ -75,6 +86,12 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
                 return std::unexpected{fault.error()};
             }
             options.faults.push_back(std::move(*fault));
+        } else if (*argument == "--outcome") {
+            auto outcomes = parseOutcomes(value());
+            if (!outcomes) {
+                return std::unexpected{outcomes.error()};
+            }
+            options.outcomes = std::move(*outcomes);
         } else if (*argument == "--pin") {
             options.pin = value();
             if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
@@ -116,6 +133,7 @@ std::string usage() {
         "\n"
         "  --version NN           interface version to load, 14 to 18 (default 18)\n"
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
+        "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
         "  --screens DIR          put a picture of every screen into that folder\n"
         "  --scan                 scan the right code from a QR code instead of typing it\n"
@@ -123,10 +141,14 @@ std::string usage() {
         "  --json                 one JSON object a step\n"
         "  --log                  show the SDK's debug log on standard error\n"
         "\n"
-        "endpoints: join update status commit upload\n"
+        "endpoints: join update status commit upload biodata facemap idScan\n"
         "faults:\n";
     for (const auto& each : namedFaults) {
         text.append("  ").append(each.name).append(15 - each.name.size(), ' ').append(each.meaning).append("\n");
+    }
+    text += "outcomes:\n";
+    for (const auto& each : screenOutcomes()) {
+        text.append("  ").append(each.screen).append("=").append(each.code).append("\n");
     }
     return text;
 }

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "Outcomes.hpp"
+
 #include <kivo/simulator/IdentityService.hpp>
 
 #include <expected>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace demo {
@@ -18,6 +21,8 @@ struct InjectedFault {
 struct Options {
     std::string version = "18";
     std::vector<InjectedFault> faults;
+    /// How the vendors' screens end; one without an entry ends well.
+    std::vector<ScreenOutcome> outcomes;
     /// What the host's bundle lists as pins; empty for a bundle without a list.
     std::string pin;
     /// Where to put pictures of the screens; empty for none.
@@ -30,7 +35,12 @@ struct Options {
     bool log = false;
     bool help = false;
 
-    /// Whether every step is to end well.
+    const ScreenOutcome* outcomeOf(std::string_view screen) const;
+
+    /// Whether the version keeps from the host how a screen ends that was asked for.
+    bool withholds(std::string_view screen) const;
+
+    /// Whether no step is to be met by a fault.
     bool isSmooth() const { return faults.empty() && pin != "other" && pin != "empty"; }
 };
 

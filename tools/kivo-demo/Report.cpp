@@ -25,6 +25,9 @@ std::string milliseconds(std::chrono::microseconds took) {
 }
 
 std::string verdict(const Step& step) {
+    if (step.isWithheld && step.asExpected()) {
+        return "withheld";
+    }
     if (step.answers != 1) {
         return step.answers == 0 ? "no answer" : std::to_string(step.answers) + " answers";
     }
@@ -57,6 +60,7 @@ void Report::begin(const Options& options, const kivo::simulator::IdentityServic
 
 void Report::step(const Step& step) {
     ++steps_;
+    withheld_ += step.isWithheld ? 1 : 0;
     if (json_) {
         std::fprintf(out_, "{\"step\":%s,\"outcome\":%s,\"detail\":%s,\"bytes\":%zu,\"microseconds\":%lld,\"ok\":%s}\n",
                      quoted(step.name).c_str(), quoted(step.outcome).c_str(), quoted(step.detail).c_str(),
@@ -70,8 +74,9 @@ void Report::step(const Step& step) {
 
 void Report::end(bool allAsExpected) const {
     if (!json_) {
-        std::fprintf(out_, "\n%d steps, %s\n", steps_,
-                     allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected");
+        std::fprintf(out_, "\n%d steps, %s%s\n", steps_,
+                     allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected",
+                     withheld_ > 0 ? ", but for what the session withholds" : "");
     }
 }
 

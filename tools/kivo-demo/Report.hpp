@@ -27,6 +27,7 @@ private:
     std::FILE* const out_;
     const bool json_;
     int steps_ = 0;
+    int withheld_ = 0;
 };
 
 } // namespace demo

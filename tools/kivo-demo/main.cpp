@@ -6,8 +6,10 @@
 
 #include <kivo/kivo.hpp>
 #include <kivo/simulator/Camera.hpp>
+#include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
+#include <kivo/simulator/ReadID.hpp>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -64,6 +66,26 @@ void injectFaults(kivo::simulator::IdentityService& service, const demo::Options
     }
 }
 
+std::shared_ptr<kivo::simulator::FaceTec> makeFaceTec(const demo::Options& options) {
+    auto vendor = std::make_shared<kivo::simulator::FaceTec>();
+    for (const auto& each : options.outcomes) {
+        if (each.screen == "face") {
+            vendor->faceScan.status = each.status;
+        } else if (each.screen == "idcard") {
+            vendor->idScan.status = each.status;
+        }
+    }
+    return vendor;
+}
+
+std::shared_ptr<kivo::simulator::ReadID> makeReadID(const demo::Options& options) {
+    const auto* const outcome = options.outcomeOf("document");
+    return std::make_shared<kivo::simulator::ReadID>(
+        outcome == nullptr
+            ? kivo::simulator::Reading::pageAndChip()
+            : kivo::simulator::Reading::failure(static_cast<kivo::platform::readid::FailureReason>(outcome->status)));
+}
+
 std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options) {
     auto camera = std::make_shared<kivo::simulator::Camera>();
     if (options.scanFile.empty()) {
@@ -83,7 +105,7 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
         return EXIT_FAILURE;
     }
     kivo::simulator::IdentityServiceConfiguration configuration;
-    configuration.retryLimit = 3;
+    configuration.retryLimit = 5;
     configuration.hostPerEndpoint = !options.faults.empty();
     kivo::simulator::IdentityService service{configuration};
 
@@ -95,6 +117,8 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     if (album) {
         services.fonts = album->fonts();
     }
+    services.faceTec = makeFaceTec(options);
+    services.readID = makeReadID(options);
     services.camera = makeCamera(options);
     kivo::platform::install(services);
     const auto page = service.joinPage();

@@ -4,9 +4,11 @@
 #include <kivo/platform/Camera.hpp>
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>
+#include <kivo/platform/FaceTec.hpp>
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/ReachabilityService.hpp>
+#include <kivo/platform/ReadID.hpp>
 #include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
 #include <kivo/platform/Workspace.hpp>
@@ -18,7 +20,7 @@
 
 namespace kivo::platform {
 
-/// Everything the SDK asks of the operating system, one pointer a service.
+/// Everything the SDK asks of the operating system and of the vendors, one pointer a service.
 struct Services {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;
@@ -31,13 +33,17 @@ struct Services {
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
     std::shared_ptr<Camera> camera;
+    /// The host's adapter to the face-scan vendor; null until one is installed.
+    std::shared_ptr<FaceTec> faceTec;
+    /// Null until a host brings the document-reading vendor's library.
+    std::shared_ptr<ReadID> readID;
 };
 
 /// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,
 /// before the first call to the SDK: what has been handed out by then stays in use.
 KIVO_EXPORT void install(Services services);
 
-/// The services in force; none of the pointers is null. Callable from any thread.
+/// The services in force; none of the pointers is null but a vendor's. Callable from any thread.
 KIVO_EXPORT const Services& services();
 
 /// Where the Linux services find things. Every default follows the desktop's conventions.

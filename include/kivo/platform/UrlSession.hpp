@@ -38,6 +38,8 @@ struct UrlSessionConfiguration {
     std::vector<HttpHeader> headers{};
     std::chrono::milliseconds requestTimeout{60'000};
     std::chrono::milliseconds resourceTimeout{60'000};
+    /// Longest time in which no byte goes either way; 0: as long as the others allow.
+    std::chrono::seconds idleTimeout{0};
     /// An answer longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.
     std::size_t responseLimit = std::size_t{16} * 1024 * 1024;
 };

@@ -14,6 +14,11 @@ Color catalogueColor(std::string_view name, const Color& otherwise) {
     return Color::named(name).value_or(otherwise);
 }
 
+std::shared_ptr<platform::FaceTecCustomization> vendorDefaults() {
+    const auto& vendor = platform::services().faceTec;
+    return vendor ? vendor->makeCustomization() : nullptr;
+}
+
 std::atomic<DocumentListConfigurationStatus>& listStatus() {
     static std::atomic status = DocumentListConfigurationStatus::notConfigured;
     return status;
@@ -34,7 +39,13 @@ ThemeCustomization::ThemeCustomization()
     , qrScanScreenEnterManuallyButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor}
     , selectIDNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor}
     , documentOptionsTitleFont{descriptionInfoFont}
-    , faceScanIntroNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor} {}
+    , faceScanIntroNextButtonBackgroundColor{codeScreenScanQRButtonBackgroundColor}
+    , faceVerificationUICustomization{vendorDefaults()} {}
+
+const std::shared_ptr<platform::readid::UIResources>& ThemeCustomization::passportScanViewCustomization() {
+    static const auto& resources = *new auto(std::make_shared<platform::readid::UIResources>());
+    return resources;
+}
 
 DocumentListConfigurationStatus ThemeCustomization::documentListConfigurationStatus() {
     return listStatus();

@@ -1,14 +1,19 @@
+#include "Configuration/environment/SdkBundle.hpp"
 #include "impl/SessionAPI.hpp"
+#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
+#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "support/HostScreenFixture.hpp"
 #include "support/ScriptedBackend.hpp"
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <vector>
 
 namespace kivo {
 namespace {
 
+using namespace std::chrono_literals;
 using platform::Button;
 using platform::TextField;
 using platform::ViewController;
@@ -85,7 +90,7 @@ TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {
     EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::UNKNOWN_ERROR}});
 }
 
-TEST_F(Acquire, FailsForScreensThatThisReleaseLacks) {
+TEST_F(Acquire, FailsWhereTheHostsBundleHasNoLayout) {
     for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan, AcquisitionObject::facemapScan,
                               AcquisitionObject::ocrScan}) {
         const auto api = make();
@@ -102,6 +107,29 @@ TEST_F(Acquire, FailsForScreensThatThisReleaseLacks) {
     old->acquire(AcquisitionObject::ocrScan, nullptr, keep());
     settle();
     EXPECT_TRUE(outcomes.empty()) << "the first versions do not know the ID scan";
+}
+
+TEST_F(Acquire, TakesTheScreensForScansFromTheHostsOwnBundle) {
+    const auto layout = sdkBundle()->pathForResource("ZORFramework", "storyboard");
+    std::filesystem::create_directory(folder.path() / "Host.bundle");
+    std::filesystem::copy(*layout, folder.path() / "Host.bundle");
+    const auto api = make();
+    api->setContext(host);
+    api->acquire(AcquisitionObject::facemapScan, nullptr, keep());
+    const auto face = std::dynamic_pointer_cast<LiveNessCheckVC>(navigation->topViewController());
+    ASSERT_NE(face, nullptr);
+    EXPECT_EQ(face->themeObj, api->sdkTheme());
+    face->scanDidFail(ResponseCode::TIMEOUT);
+    pop();
+    api->acquire(AcquisitionObject::ocrScan, nullptr, keep());
+    const auto card = std::dynamic_pointer_cast<OCRScanInitializeVC>(navigation->topViewController());
+    ASSERT_NE(card, nullptr);
+    EXPECT_EQ(card->themeObj, api->sdkTheme());
+    card->onComplete();
+    advance(100ms);
+    settle();
+    EXPECT_EQ(outcomes,
+              (Outcomes{std::unexpected{ResponseCode::TIMEOUT}, std::unexpected{ResponseCode::OCR_SCAN_FAILED}}));
 }
 
 class AcquireFromAnotherLayout : public Acquire {

@@ -15,10 +15,6 @@ struct FakeCamera final : platform::Camera,
                           platform::CaptureInput,
                           platform::CaptureMetadataOutput,
                           std::enable_shared_from_this<FakeCamera> {
-    bool hasDevice = true;
-    bool opens = true;
-    bool acceptsInput = true;
-    bool acceptsOutput = true;
     bool running = false;
     std::vector<std::string> asked{};
     std::vector<MetadataObjectType> types{};
@@ -27,21 +23,19 @@ struct FakeCamera final : platform::Camera,
 
     std::shared_ptr<platform::CaptureSession> makeSession() override { return shared_from_this(); }
 
-    std::shared_ptr<platform::CaptureDevice> defaultVideoDevice() override {
-        return hasDevice ? shared_from_this() : nullptr;
-    }
+    std::shared_ptr<platform::CaptureDevice> defaultVideoDevice() override { return shared_from_this(); }
 
     std::shared_ptr<platform::CaptureInput> makeInput(const std::shared_ptr<CaptureDevice>& /*device*/) override {
-        return opens ? shared_from_this() : nullptr;
+        return shared_from_this();
     }
 
     std::shared_ptr<platform::CaptureMetadataOutput> makeMetadataOutput() override { return shared_from_this(); }
 
-    bool canAddInput(const CaptureInput& /*input*/) const override { return acceptsInput; }
+    bool canAddInput(const CaptureInput& /*input*/) const override { return true; }
 
     void addInput(std::shared_ptr<CaptureInput> /*input*/) override { asked.emplace_back("input"); }
 
-    bool canAddOutput(const CaptureMetadataOutput& /*output*/) const override { return acceptsOutput; }
+    bool canAddOutput(const CaptureMetadataOutput& /*output*/) const override { return true; }
 
     void addOutput(std::shared_ptr<CaptureMetadataOutput> /*output*/) override { asked.emplace_back("output"); }
 
@@ -82,15 +76,25 @@ struct Heard final : QRScannerViewDelegate {
     void scanningDidStop() override { words.emplace_back(camera.running ? "not stopped" : "stopped"); }
 };
 
+struct VibratingWorkspace final : platform::Workspace {
+    void open(const std::string& /*url*/) override {}
+
+    void vibrate() override { onVibration(); }
+
+    std::function<void()> onVibration = [] {};
+};
+
 class QRScannerViewWithCamera : public test::ScreenFixture {
 protected:
     QRScannerViewWithCamera() {
         platform::Services services;
         services.camera = camera;
+        services.workspace = workspace;
         platform::install(services);
     }
 
     std::shared_ptr<FakeCamera> camera = std::make_shared<FakeCamera>();
+    std::shared_ptr<VibratingWorkspace> workspace = std::make_shared<VibratingWorkspace>();
 };
 
 TEST_F(QRScannerViewWithCamera, StartsLookingForTheFourKindsOfCodeOnTheMainQueue) {
@@ -99,26 +103,7 @@ TEST_F(QRScannerViewWithCamera, StartsLookingForTheFourKindsOfCodeOnTheMainQueue
     EXPECT_EQ(camera->types, (std::vector{MetadataObjectType::qr, MetadataObjectType::ean8, MetadataObjectType::ean13,
                                           MetadataObjectType::pdf417}));
     EXPECT_EQ(camera->queue, loop_);
-}
-
-TEST_F(QRScannerViewWithCamera, KeepsAnIdleSessionUnlessTheSessionRefusesTheCamera) {
-    struct Case {
-        bool FakeCamera::* missing;
-        bool keepsSession;
-        std::vector<std::string> asked;
-    };
-
-    for (const auto& each : std::vector<Case>{{&FakeCamera::hasDevice, true, {}},
-                                              {&FakeCamera::opens, true, {}},
-                                              {&FakeCamera::acceptsInput, false, {}},
-                                              {&FakeCamera::acceptsOutput, false, {"input"}}}) {
-        (*camera).*each.missing = false;
-        const auto view = std::make_shared<QRScannerView>();
-        EXPECT_EQ(view->captureSession != nullptr, each.keepsSession);
-        EXPECT_EQ(camera->asked, each.asked);
-        (*camera).*each.missing = true;
-        camera->asked.clear();
-    }
+    EXPECT_EQ(view->previewSession(), camera);
 }
 
 TEST_F(QRScannerViewWithCamera, ReportsTheFirstObjectOnlyAndThenStops) {
@@ -130,23 +115,18 @@ TEST_F(QRScannerViewWithCamera, ReportsTheFirstObjectOnlyAndThenStops) {
     const MetadataObject code{.type = MetadataObjectType::qr, .text = "text"};
     const MetadataObject face{};
     const MetadataObject unread{.type = MetadataObjectType::qr, .text = {}};
-    for (const auto& each : std::vector<Case>{{{code, face}, {"text, running", "stopped"}},
+    for (const auto& each : std::vector<Case>{{{code, face}, {"vibrated", "text, running", "stopped"}},
                                               {{face, code}, {}},
                                               {{unread, code}, {}},
                                               {{}, {"stopped"}}}) {
         const auto view = std::make_shared<QRScannerView>();
         const auto heard = std::make_shared<Heard>(*camera);
         view->delegate = heard;
+        workspace->onVibration = [&] { heard->words.emplace_back("vibrated"); };
         camera->listener.lock()->didOutput(each.objects);
         EXPECT_EQ(heard->words, each.heard);
         EXPECT_EQ(camera->running, each.heard.empty());
     }
-}
-
-TEST_F(QRScannerViewWithCamera, TurnsTheCameraOffWhenItGoes) {
-    std::make_shared<QRScannerView>().reset();
-    EXPECT_FALSE(camera->running);
-    EXPECT_TRUE(camera->listener.expired());
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "NetworkManager/TransportFailure.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
@@ -41,11 +42,6 @@ IdvOutcome succeeded(std::string data, IdvEvents event) {
 
 IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
-}
-
-/// The code for a request that got no usable answer: `own`, unless the server was not the pinned one.
-ResponseCode codeOf(const TransportError& error, ResponseCode own) {
-    return error.cause == platform::UrlErrorKind::pinMismatch ? ResponseCode::UNSECURE_SERVER_PINNING_FAILED : own;
 }
 
 Json objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
@@ -173,7 +169,7 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinAnswer
             (*shared)({.success = true, .text = std::move(answer)});
         },
         [shared](const TransportError& error) {
-            (*shared)({.failure = codeOf(error, ResponseCode::INVALID_JOIN_SESSION)});
+            (*shared)({.failure = codeOf(error.cause, ResponseCode::INVALID_JOIN_SESSION)});
         });
 }
 
@@ -231,7 +227,7 @@ void KivoBE::send(const SessionRequest& request, const IdvCompletion& completion
             completion(refusal ? failed(*refusal) : succeeded(tid, event));
         },
         [completion, code = request.invalidSession](const TransportError& error) {
-            completion(failed(codeOf(error, code)));
+            completion(failed(codeOf(error.cause, code)));
         });
 }
 
@@ -258,7 +254,7 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     };
     NetworkManager::shared().sendRequest(
         url, body, [finish](const platform::Data& answer) { finish(ErrorManager::refusalIn(answer)); },
-        [finish](const TransportError& error) { finish(codeOf(error, ResponseCode::BIODATA_UPLOAD_FAILED)); });
+        [finish](const TransportError& error) { finish(codeOf(error.cause, ResponseCode::BIODATA_UPLOAD_FAILED)); });
     if (const auto current = storedSession()) {
         CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*current);
     }

@@ -26,6 +26,8 @@ public:
         slowBody,
         refuse,
         certificate,
+        slowReader,
+        anotherScan,
     };
 
     /// Answers as usual, but later.
@@ -89,6 +91,16 @@ public:
         fault.flaw_ = flaw;
         return fault;
     }
+
+    /// Takes no more than that many bytes of the request's body in a second, then answers as usual.
+    static Fault slowReader(std::size_t bytesPerSecond) {
+        Fault fault{Kind::slowReader};
+        fault.bytes_ = bytesPerSecond;
+        return fault;
+    }
+
+    /// Has the vendor's library ask for another scan: `Endpoint::facemap` and `Endpoint::idScan` answer good scans so.
+    static Fault anotherScan() { return Fault{Kind::anotherScan}; }
 
     Kind kind() const { return kind_; }
 

@@ -17,8 +17,9 @@
 
 namespace kivo::simulator {
 
-/// The addresses of the identity service, each with its own kind of request.
-enum class Endpoint { join, update, status, commit, upload, facemap, idScan };
+/// The addresses of the identity service, each with its own kind of request. `upload` also takes the notice of a
+/// document reading; `biodata` is the document proxy, to which a vendor sends what it has read.
+enum class Endpoint { join, update, status, commit, upload, facemap, idScan, biodata };
 
 /// The endpoint's name as written above.
 std::string_view name(Endpoint endpoint);

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/Font.hpp>
+
+#include <string>
+
+namespace kivo {
+
+/// The looks and texts of the vendor's document reading screens, as plain values.
+///
+/// It holds nothing itself: every instance reads and writes the one object of the process,
+/// `ThemeCustomization::passportScanViewCustomization()`. Main thread only; set before a document is acquired. Sizes
+/// are in points.
+class KIVO_EXPORT ReadIDUIResourcesWrapper {
+public:
+    double textSize() const;
+    void setTextSize(double size);
+
+    /// A font of the system where none was set; likewise for the other fonts.
+    platform::Font buttonFont() const;
+    void setButtonFont(platform::Font font);
+
+    platform::Font titleFont() const;
+    void setTitleFont(platform::Font font);
+
+    platform::Font textFont() const;
+    void setTextFont(platform::Font font);
+
+    double buttonTextSize() const;
+    void setButtonTextSize(double size);
+
+    double buttonHeight() const;
+    void setButtonHeight(double height);
+
+    /// Whether the vendor's screens follow the reading size that the person has set on the device.
+    bool isDynamicTypeEnabled() const;
+    void setIsDynamicTypeEnabled(bool enabled);
+
+    /// The string table of the theme's `appBundle` with the vendor's texts; empty where none was set.
+    std::string customStringTableName() const;
+    void setCustomStringTableName(std::string name);
+};
+
+} // namespace kivo

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/AttributedText.hpp>
+#include <kivo/platform/ui/Image.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kivo::platform {
+
+/// The look of the vendor's screens. An adapter derives from it and adds what its library offers.
+class KIVO_EXPORT FaceTecCustomization {
+public:
+    struct Guidance {
+        /// Pictures for the screen that asks to try again; empty: the vendor's own.
+        std::vector<std::shared_ptr<const Image>> retryScreenSlideshowImages;
+    };
+
+    virtual ~FaceTecCustomization() = default;
+
+    Guidance guidanceCustomization;
+};
+
+/// How a face session went, as the vendor's library hands it over.
+class KIVO_EXPORT FaceTecSessionResult {
+public:
+    virtual ~FaceTecSessionResult() = default;
+
+    /// The vendor's number; 0: completed.
+    virtual int status() const = 0;
+    virtual std::optional<std::string> sessionId() const = 0;
+    /// Base64. Megabytes: the reference stays good as long as the result.
+    virtual const std::optional<std::string>& faceScanBase64() const = 0;
+    virtual const std::vector<std::string>& auditTrailCompressedBase64() const = 0;
+    virtual const std::vector<std::string>& lowQualityAuditTrailCompressedBase64() const = 0;
+
+    /// For the log.
+    virtual std::string description() const = 0;
+};
+
+/// How an ID scan went.
+class KIVO_EXPORT FaceTecIDScanResult {
+public:
+    virtual ~FaceTecIDScanResult() = default;
+
+    virtual int status() const = 0;
+    virtual std::optional<std::string> sessionId() const = 0;
+    virtual const std::optional<std::string>& idScanBase64() const = 0;
+    virtual const std::vector<std::string>& frontImagesCompressedBase64() const = 0;
+    virtual const std::vector<std::string>& backImagesCompressedBase64() const = 0;
+    virtual std::string description() const = 0;
+};
+
+/// The library waits on this for the server's verdict about a face scan. Main thread.
+class KIVO_EXPORT FaceTecFaceScanResultCallback {
+public:
+    virtual ~FaceTecFaceScanResultCallback() = default;
+
+    /// Hands the server's blob over. False: the library does not take the scan for good.
+    virtual bool onFaceScanResultProceedToNextStep(const std::string& scanResultBlob) = 0;
+    virtual void onFaceScanResultCancel() = 0;
+    /// From 0 to 1.
+    virtual void onFaceScanUploadProgress(float progress) = 0;
+    virtual void onFaceScanUploadMessageOverride(const AttributedText& message) = 0;
+};
+
+/// The same for an ID scan.
+class KIVO_EXPORT FaceTecIDScanResultCallback {
+public:
+    virtual ~FaceTecIDScanResultCallback() = default;
+
+    virtual bool onIDScanResultProceedToNextStep(const std::string& scanResultBlob) = 0;
+    virtual void onIDScanResultCancel() = 0;
+    virtual void onIDScanUploadProgress(float progress) = 0;
+};
+
+/// Takes a session's result to the server. The library calls it on the main thread and holds it while its session
+/// lasts.
+class KIVO_EXPORT FaceTecFaceScanProcessorDelegate {
+public:
+    virtual ~FaceTecFaceScanProcessorDelegate() = default;
+
+    virtual void processSessionWhileFaceTecSDKWaits(std::shared_ptr<FaceTecSessionResult> sessionResult,
+                                                    std::shared_ptr<FaceTecFaceScanResultCallback> callback) = 0;
+    /// The library's screens are gone.
+    virtual void onFaceTecSDKCompletelyDone() = 0;
+};
+
+class KIVO_EXPORT FaceTecIDScanProcessorDelegate {
+public:
+    virtual ~FaceTecIDScanProcessorDelegate() = default;
+
+    virtual void processIDScanWhileFaceTecSDKWaits(std::shared_ptr<FaceTecIDScanResult> idScanResult,
+                                                   std::shared_ptr<FaceTecIDScanResultCallback> callback) = 0;
+    virtual void onFaceTecSDKCompletelyDone() = 0;
+};
+
+/// The face-scan vendor's library, as far as this SDK uses it. A host brings an adapter; main thread only.
+class KIVO_EXPORT FaceTec {
+public:
+    virtual ~FaceTec() = default;
+
+    /// `completion` may come on any thread, once.
+    virtual void initializeInProductionMode(const std::string& deviceKeyIdentifier,
+                                            const std::string& faceScanEncryptionKey,
+                                            std::function<void(bool)> completion) = 0;
+    virtual void initializeInDevelopmentMode(const std::string& deviceKeyIdentifier,
+                                             const std::string& faceScanEncryptionKey,
+                                             std::function<void(bool)> completion) = 0;
+    virtual void setLanguage(std::string_view language) = 0;
+
+    /// A new look with the vendor's defaults.
+    virtual std::shared_ptr<FaceTecCustomization> makeCustomization() = 0;
+    virtual void setCustomization(std::shared_ptr<FaceTecCustomization> customization) = 0;
+    virtual void setLowLightCustomization(std::shared_ptr<FaceTecCustomization> customization) = 0;
+    virtual void setOverrideResultScreenSuccessMessage(const std::string& message) = 0;
+
+    virtual std::string createFaceTecAPIUserAgentString(const std::string& sessionId) = 0;
+
+    /// The vendor's own screen for one face session, to be presented; null when it cannot be made.
+    virtual std::shared_ptr<ViewController>
+    createSessionVC(std::shared_ptr<FaceTecFaceScanProcessorDelegate> faceScanProcessor,
+                    const std::string& sessionToken) = 0;
+    virtual std::shared_ptr<ViewController>
+    createSessionVC(std::shared_ptr<FaceTecIDScanProcessorDelegate> idScanProcessor,
+                    const std::string& sessionToken) = 0;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,46 @@
+#include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "Models/SessionKeys.hpp"
+
+#include <kivo/Deployment.hpp>
+#include <kivo/platform/Services.hpp>
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kivo {
+
+void startFaceTec(const ActivationResponse* session, std::function<void(bool isReady)> completion) {
+    constexpr std::string_view function = "initializeFaceTec()";
+    const auto& vendor = platform::services().faceTec;
+    if (!vendor) {
+        log::error(function, "There is no face scan library: put an adapter to it into platform::Services::faceTec "
+                             "and install it before the first call to the SDK.");
+        completion(false);
+        return;
+    }
+    const auto setting = [session](std::string_view key) {
+        return session != nullptr ? settingIn(session->idpFaceMap, key) : std::string{};
+    };
+    const auto deviceKey = setting(KivoResponseKeys::faceMapDeviceKey);
+    const auto encryptionKey = setting(KivoResponseKeys::faceMapPublicKey);
+    const bool isProduction = Deployment::current().faceTecProduction;
+    auto tell = [isProduction, completion = std::move(completion)](bool isReady) {
+        log::info(function, [&] {
+            return std::string{isProduction ? "faceTec initilization 001 ----- "
+                                            : "faceTec in Development Mode 001 ----- "} +
+                   (isReady ? "true" : "false");
+        });
+        completion(isReady);
+    };
+    if (isProduction) {
+        vendor->initializeInProductionMode(deviceKey, encryptionKey, std::move(tell));
+    } else {
+        vendor->initializeInDevelopmentMode(deviceKey, encryptionKey, std::move(tell));
+    }
+    vendor->setLanguage("Zoom");
+}
+
+} // namespace kivo

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Models/ActivationSessionModel.hpp"
+#include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
+#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
+#include "ui/ThemeApplication.hpp"
+
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/ui/Interface.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kivo {
+
+/// The face scan screen: says what is to come, and has the vendor's library scan on the next button.
+///
+/// After a failed scan it offers the next try; after a successful one it stays, empty, until the session API decides
+/// what comes next.
+class LiveNessCheckVC final : public platform::ViewController, public FaceScanScreen {
+public:
+    // Set before the view is loaded.
+    std::weak_ptr<LivenessCheckVCDelegate> delegate;
+    /// Null leaves the storyboard's looks and texts.
+    std::shared_ptr<ThemeCustomization> themeObj;
+
+    void viewDidLoad() override;
+    void viewWillAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
+    void traitCollectionDidChange() override;
+
+    void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
+
+    std::shared_ptr<ThemeCustomization> theme() const override { return themeObj; }
+
+    void setLatestSessionResult(std::shared_ptr<platform::FaceTecSessionResult> result) override;
+    void setLatestServerResult(std::string answer) override;
+
+    /// Nothing names the person in the vendor's database, so this stays empty.
+    std::string latestExternalDatabaseRefID() const override { return {}; }
+
+    void scanDidFail(ResponseCode code) override;
+    void handleServerFailure(std::string_view data) override;
+    void onComplete() override;
+
+protected:
+    void connect(platform::Interface& interface) override;
+
+private:
+    std::shared_ptr<LiveNessCheckVC> self() { return std::static_pointer_cast<LiveNessCheckVC>(shared_from_this()); }
+
+    void applyTheme();
+    void applyDynamicType();
+    void showStateOfFaceStep();
+    void setContentHidden(bool hidden);
+    void onLivenessButtonClick();
+    void scanDidSucceed();
+    void scanDidNotSucceed();
+    void faceScanFailedWith(int status);
+    void closeButtonTap();
+    /// Runs `step` on the main queue a little later, unless the screen has gone by then.
+    void afterAMoment(void (LiveNessCheckVC::*step)());
+    void report(IdvOutcome outcome);
+
+    std::shared_ptr<platform::Label> titleInfoLabel_;
+    std::shared_ptr<platform::Label> processDescriptionLabel_;
+    std::shared_ptr<platform::Button> nextButton_;
+    ui::CloseButton closeButton_;
+
+    std::optional<ActivationResponse> sessionObject_;
+    /// Until its scan has been reported: it may be many megabytes.
+    std::shared_ptr<platform::FaceTecSessionResult> latestSessionResult_;
+    std::shared_ptr<EnrollmentProcessor> latestProcessor_;
+    std::string latestServerResult_;
+};
+
+} // namespace kivo

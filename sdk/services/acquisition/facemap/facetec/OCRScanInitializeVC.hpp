@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Models/ActivationSessionModel.hpp"
+#include "services/acquisition/facemap/facetec/PhotoIDScanProcessor.hpp"
+#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
+
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kivo {
+
+/// The ID scan screen: empty but for the vendor's screens over it, which it starts at once. It reports one scan and
+/// closes itself, except where the library brought no result or the session has no token.
+class OCRScanInitializeVC final : public platform::ViewController, public IDScanScreen {
+public:
+    // Set before the view is loaded.
+    std::weak_ptr<OCRScanVCDelegate> delegate;
+    /// Null leaves the vendor's looks.
+    std::shared_ptr<ThemeCustomization> themeObj;
+
+    void viewDidLoad() override;
+
+    void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
+
+    std::shared_ptr<ThemeCustomization> theme() const override { return themeObj; }
+
+    void setLatestIDScanResult(std::shared_ptr<platform::FaceTecIDScanResult> result) override;
+    void setLatestServerResult(std::string answer) override;
+    void onComplete() override;
+
+private:
+    std::shared_ptr<OCRScanInitializeVC> self() {
+        return std::static_pointer_cast<OCRScanInitializeVC>(shared_from_this());
+    }
+
+    void initializeFacetecOcr();
+    void scanDidSucceed();
+    void scanDidNotSucceed();
+    void close();
+    /// Runs `step` on the main queue a little later, unless the screen has gone by then.
+    void afterAMoment(void (OCRScanInitializeVC::*step)());
+    void report(IdvOutcome outcome);
+
+    std::optional<ActivationResponse> sessionObject_;
+    std::shared_ptr<platform::FaceTecIDScanResult> latestIDScanResult_;
+    std::shared_ptr<PhotoIDScanProcessor> latestProcessor_;
+    std::string latestServerResult_;
+};
+
+} // namespace kivo

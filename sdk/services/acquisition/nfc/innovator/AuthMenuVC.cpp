@@ -1,0 +1,240 @@
+#include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
+
+#include "Configuration/logging/Log.hpp"
+#include "Models/SessionKeys.hpp"
+#include "NetworkManager/StoredSession.hpp"
+#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
+#include "services/acquisition/facemap/facetec/UIStateManager.hpp"
+#include "services/acquisition/nfc/innovator/ReadingFlow.hpp"
+#include "ui/DynamicType.hpp"
+#include "ui/Leaving.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
+
+#include <chrono>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kivo {
+
+using namespace std::chrono_literals;
+using platform::readid::DocumentType;
+
+namespace {
+
+constexpr std::string_view presentOcrFunction = "presentOcrFlow()";
+
+// The storyboard's tags of the options.
+constexpr int passportTag = 1;
+constexpr int identityCardTag = 2;
+constexpr int otherCardTag = 3;
+
+} // namespace
+
+void AuthMenuVC::connect(platform::Interface& interface) {
+    interface.outlet("optionsContainerStackView", optionsContainerStackView_);
+    interface.outlet("titleInfoLabel", titleInfoLabel_);
+    interface.outlet("processDescriptionTextView", processDescriptionTextView_);
+    interface.outlet("scanPassportLabel", scanPassportLabel_);
+    interface.outlet("scanResidentCardLabel", scanResidentCardLabel_);
+    interface.outlet("otherCardLabel", otherCardLabel_);
+    interface.outlet("passportOptionContainerView", passportOptionContainerView_);
+    interface.outlet("idCardOptionContainerView", idCardOptionContainerView_);
+    interface.outlet("otherCardContainerView", otherCardContainerView_);
+    interface.outlet("documentOptionOneImageView", documentOptionOneImageView_);
+    interface.outlet("documentOptionTwoImageView", documentOptionTwoImageView_);
+    interface.outlet("documentOptionThreeImageView", documentOptionThreeImageView_);
+    interface.outlet("closeButton", closeButton_.button);
+    interface.outlet("closeButtonWidth", closeButton_.width);
+    interface.outlet("closeButtonHeight", closeButton_.height);
+
+    interface.action("documentSelected",
+                     [this](const std::shared_ptr<platform::View>& sender) { documentSelected(sender->tag()); });
+    interface.action("scannPassportTap", [this](const auto&) { navigateToVelmoraScreen(); });
+    interface.action("closeDocumentSelectionButtonTap", [this](const auto&) { closeDocumentSelectionButtonTap(); });
+}
+
+void AuthMenuVC::viewDidLoad() {
+    qrCodeResponse_ = storedSession();
+    isDocListAvailable_ = ActivationResponse::isDocumentListAvailable(qrCodeResponse_ ? &*qrCodeResponse_ : nullptr);
+    applyTheme();
+    if (platform::services().readID) {
+        readIdUiFlow_ = makeReadingFlow(qrCodeResponse_ ? &*qrCodeResponse_ : nullptr, themeObj.get());
+    }
+    if (!isDocListAvailable_) {
+        platform::services().mainQueue->asyncAfter(100ms, [self = self()] { self->navigateToVelmoraScreen(); });
+    }
+}
+
+void AuthMenuVC::applyTheme() {
+    if (!themeObj) {
+        return;
+    }
+    const auto& theme = *themeObj;
+    const auto apply = [](platform::Label& label, const std::string& text, const auto& font) {
+        ui::applyText(label, text);
+        ui::applyFont(label, font);
+    };
+    apply(*titleInfoLabel_, theme.selectIDTitleText, theme.screenTitleFont);
+    titleInfoLabel_->setTextColor(theme.screenTitleColor);
+    apply(*processDescriptionTextView_, theme.selectIDDescriptionText, theme.descriptionInfoFont);
+    processDescriptionTextView_->setTextColor(theme.screenDescriptionInfoTextColor);
+    const auto applyOption = [&](int tag, platform::Label& label, const std::string& text) {
+        apply(label, text, theme.documentOptionsTitleFont);
+        // The button over the option has no text of its own.
+        if (const auto button = view()->viewWithTag(tag)) {
+            button->setAccessibilityLabel(label.text());
+        }
+    };
+    applyOption(passportTag, *scanPassportLabel_, theme.selectIDPassportOptionText);
+    applyOption(identityCardTag, *scanResidentCardLabel_, theme.selectIDResidentCardOptionText);
+    applyOption(otherCardTag, *otherCardLabel_, theme.selectIDOtherCardOptionText);
+    if (theme.appBundle) {
+        documentOptionOneImageView_->setImage(platform::Image::named("documentOptionOneImage", *theme.appBundle));
+        documentOptionTwoImageView_->setImage(platform::Image::named("documentOptionTwoImage", *theme.appBundle));
+        documentOptionThreeImageView_->setImage(platform::Image::named("documentOptionThreeImage", *theme.appBundle));
+    }
+}
+
+void AuthMenuVC::viewWillAppear(bool /*animated*/) {
+    if (themeObj) {
+        ui::applyCloseButton(closeButton_, *themeObj);
+    }
+    using enum DocumentListConfigurationStatus;
+    ThemeCustomization::setDocumentListConfigurationStatus(isDocListAvailable_ ? available : notAvailable);
+    setOptionsHidden(!isDocListAvailable_ || UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess);
+    applyDynamicType();
+}
+
+void AuthMenuVC::traitCollectionDidChange() {
+    applyDynamicType();
+}
+
+void AuthMenuVC::setOptionsHidden(bool hidden) {
+    optionsContainerStackView_->setHidden(hidden);
+    titleInfoLabel_->setHidden(hidden);
+    processDescriptionTextView_->setHidden(hidden);
+    scanPassportLabel_->setHidden(hidden);
+    scanResidentCardLabel_->setHidden(hidden);
+    if (themeObj && themeObj->zorCloseButtonAppearance && !themeObj->zorCloseButtonAppearance->closeButtonIsHidden) {
+        closeButton_.button->setHidden(hidden);
+    }
+    if (isDocListAvailable_) {
+        passportOptionContainerView_->setHidden(hidden);
+        idCardOptionContainerView_->setHidden(hidden);
+    }
+    otherCardContainerView_->setHidden(true);
+}
+
+void AuthMenuVC::applyDynamicType() {
+    if (!ui::followsReadingSize(themeObj)) {
+        return;
+    }
+    const auto themeFont = [this](std::optional<platform::Font> ThemeCustomization::* font) {
+        return themeObj ? (*themeObj).*font : std::nullopt;
+    };
+    ui::followReadingSize(*titleInfoLabel_, themeFont(&ThemeCustomization::screenTitleFont), ui::screenTitleFallback);
+    ui::followReadingSize(*processDescriptionTextView_, themeFont(&ThemeCustomization::descriptionInfoFont));
+    for (const auto& label : {scanPassportLabel_, scanResidentCardLabel_, otherCardLabel_}) {
+        ui::followReadingSize(*label, themeFont(&ThemeCustomization::documentOptionsTitleFont));
+    }
+    ui::limitReadingSize(*view(), themeObj);
+}
+
+void AuthMenuVC::documentSelected(int tag) {
+    constexpr std::string_view function = "documentSelected(_:)";
+    const auto read = [this](std::vector<DocumentType> types) {
+        if (readIdUiFlow_) {
+            readIdUiFlow_->allowedDocumentTypes = std::move(types);
+        }
+        navigateToVelmoraScreen();
+    };
+    if (tag == passportTag) {
+        log::info(function, "Passport Type");
+        read({DocumentType::passport});
+    } else if (tag == identityCardTag) {
+        log::info(function, "ID Card TD1/TD2 Type");
+        read({DocumentType::identityCardTD1, DocumentType::identityCardTD2});
+    } else if (tag == otherCardTag) {
+        platform::services().mainQueue->asyncAfter(100ms, [self = self()] { self->presentOcrFlow(); });
+    }
+}
+
+void AuthMenuVC::presentOcrFlow() {
+    log::info(presentOcrFunction, "OCR Flow");
+    const auto screen = makeIDScanScreen();
+    if (!screen) {
+        // A storyboard without the scene is a fault of packaging; the person's choice is answered all the same.
+        ocrScanDidComplete(std::unexpected{ResponseCode::UNKNOWN_ERROR});
+        return;
+    }
+    screen->setModalPresentationStyle(platform::ModalPresentationStyle::fullScreen);
+    present(screen, /*animated=*/false);
+}
+
+std::shared_ptr<platform::ViewController> AuthMenuVC::makeIDScanScreen() {
+    const auto storyboard = platform::Storyboard::open("ZORFramework", platform::services().bundles->main());
+    if (!storyboard) {
+        log::error(presentOcrFunction, storyboard.error());
+        return nullptr;
+    }
+    auto screen = (*storyboard)->instantiate("OCRScanInitializeVC");
+    if (!screen) {
+        log::error(presentOcrFunction, screen.error());
+        return nullptr;
+    }
+    auto scan = std::dynamic_pointer_cast<OCRScanInitializeVC>(*screen);
+    if (!scan) {
+        log::error(presentOcrFunction,
+                   "The scene \"OCRScanInitializeVC\" has another class; give it the one of that name.");
+        return nullptr;
+    }
+    scan->themeObj = themeObj;
+    scan->delegate = self();
+    return scan;
+}
+
+void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
+    using enum DocAuthStatus;
+    UIStateManager::shared().docAuthState = result ? docAuthSuccess : docAuthFailedOrInitialized;
+    if (const auto listener = delegate.lock()) {
+        listener->ocrFlowDidComplete(std::move(result));
+    }
+}
+
+void AuthMenuVC::closeDocumentSelectionButtonTap() {
+    ui::popOrDismiss(*this, [self = self()] { self->failLater(ResponseCode::CANCELLED_BY_USER); });
+}
+
+void AuthMenuVC::closeUnlessDocumentsAreListed() {
+    if (isDocListAvailable_) {
+        return;
+    }
+    log::info("closeDocumentScreen()", "do popDocMenuVC");
+    platform::services().mainQueue->asyncAfter(100ms, [self = self()] {
+        const auto navigation = self->navigationController();
+        if (!navigation) {
+            self->dismiss(/*animated=*/false);
+        } else if (navigation->topViewController() == self) {
+            navigation->popViewController(/*animated=*/false);
+        } else {
+            // The host has answered the failure with another screen by now, which stays.
+            self->removeFromParent();
+        }
+    });
+}
+
+void AuthMenuVC::complete(IdvOutcome outcome) {
+    if (const auto listener = delegate.lock()) {
+        listener->documentFlowDidComplete(std::move(outcome));
+    }
+}
+
+void AuthMenuVC::failLater(ResponseCode code) {
+    platform::services().mainQueue->asyncAfter(100ms, [self = self(), code] { self->complete(std::unexpected{code}); });
+}
+
+} // namespace kivo

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Models/ActivationSessionModel.hpp"
+#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
+#include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
+#include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
+#include "ui/ThemeApplication.hpp"
+
+#include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/ReadID.hpp>
+#include <kivo/platform/ui/ImageView.hpp>
+#include <kivo/platform/ui/Interface.hpp>
+#include <kivo/platform/ui/StackView.hpp>
+#include <kivo/platform/ui/TextView.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kivo {
+
+/// The document screen: a person chooses a document where the session lists them, and the vendor reads it.
+///
+/// With a document list the screen survives a failed reading, for another try; without one it takes itself away. After
+/// a success the session API decides what comes next.
+class AuthMenuVC final : public platform::ViewController, public OCRScanVCDelegate {
+public:
+    // Set before the view is loaded.
+    std::weak_ptr<AuthMenuVCDelegate> delegate;
+    /// Null leaves the storyboard's looks and texts.
+    std::shared_ptr<ThemeCustomization> themeObj;
+
+    void viewDidLoad() override;
+    void viewWillAppear(bool animated) override;
+    void traitCollectionDidChange() override;
+
+    void ocrScanDidComplete(IdvOutcome result) override;
+
+protected:
+    void connect(platform::Interface& interface) override;
+
+private:
+    std::shared_ptr<AuthMenuVC> self() { return std::static_pointer_cast<AuthMenuVC>(shared_from_this()); }
+
+    void applyTheme();
+    void applyDynamicType();
+    void setOptionsHidden(bool hidden);
+    void documentSelected(int tag);
+    void navigateToVelmoraScreen();
+    void showReadIDUIViewController();
+    bool mayRead();
+    void readingDidNotBegin(const platform::readid::ReadIDError& error);
+    void readingDidEnd(const platform::readid::ReadIDResult& result);
+    void readingDidSucceed(const platform::readid::SuccessValue& value);
+    void readingDidFail(const platform::readid::Failure& failure);
+    void sendDocumentReadNotification();
+    void noticeDidEnd(const NoticeOutcome& outcome);
+    void presentOcrFlow();
+    std::shared_ptr<platform::ViewController> makeIDScanScreen();
+    void closeDocumentSelectionButtonTap();
+    void closeUnlessDocumentsAreListed();
+    void complete(IdvOutcome outcome);
+    void failLater(ResponseCode code);
+
+    std::shared_ptr<platform::StackView> optionsContainerStackView_;
+    std::shared_ptr<platform::Label> titleInfoLabel_;
+    std::shared_ptr<platform::TextView> processDescriptionTextView_;
+    std::shared_ptr<platform::Label> scanPassportLabel_;
+    std::shared_ptr<platform::Label> scanResidentCardLabel_;
+    std::shared_ptr<platform::Label> otherCardLabel_;
+    std::shared_ptr<platform::View> passportOptionContainerView_;
+    std::shared_ptr<platform::View> idCardOptionContainerView_;
+    std::shared_ptr<platform::View> otherCardContainerView_;
+    std::shared_ptr<platform::ImageView> documentOptionOneImageView_;
+    std::shared_ptr<platform::ImageView> documentOptionTwoImageView_;
+    std::shared_ptr<platform::ImageView> documentOptionThreeImageView_;
+    ui::CloseButton closeButton_;
+
+    std::optional<ActivationResponse> qrCodeResponse_;
+    bool isDocListAvailable_ = false;
+    /// Null where no vendor's library is installed.
+    std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;
+    std::optional<platform::readid::NFCResult> nfcResult_;
+};
+
+} // namespace kivo

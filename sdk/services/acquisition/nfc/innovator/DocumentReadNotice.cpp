@@ -1,0 +1,32 @@
+#include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
+
+#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/StoredSession.hpp"
+#include "NetworkManager/TransportFailure.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <utility>
+
+namespace kivo {
+
+void sendDocumentReadNotice(const std::string& endpoint, const std::string& sessionId,
+                            std::function<void(const NoticeOutcome& outcome)> completion) {
+    const auto session = storedSession();
+    const nlohmann::ordered_json body{{"opaqueId", session ? session->tId : ""}, {"sessionId", sessionId}};
+    // The one callback that runs moves the completion away, so that nothing is left to die on the transport's thread.
+    const auto held = std::make_shared<decltype(completion)>(std::move(completion));
+    const auto finish = [held](NoticeOutcome outcome) {
+        platform::services().mainQueue->async([run = std::move(*held), outcome = std::move(outcome)] { run(outcome); });
+    };
+    NetworkManager::shared().sendRequest(
+        endpoint, body, [finish](platform::Data answer) { finish(std::move(answer)); },
+        [finish](const TransportError& error) {
+            finish(std::unexpected{codeOf(error.cause, ResponseCode::SERVER_ERROR)});
+        });
+}
+
+} // namespace kivo

@@ -1,0 +1,262 @@
+#include "DocumentUpload.hpp"
+#include "SpecimenDocument.hpp"
+#include "VendorScreen.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/simulator/ReadID.hpp>
+
+#include <array>
+#include <functional>
+#include <string_view>
+
+namespace kivo::simulator {
+namespace {
+
+namespace readid = platform::readid;
+using readid::FailureReason;
+
+/// An ending that a person can choose.
+struct Ending {
+    std::string_view name;
+    std::string_view label;
+    Reading reading;
+};
+
+const auto& endings() {
+    static const std::array all{
+        Ending{"readPageAndChip", "Read the page and the chip", Reading::pageAndChip()},
+        Ending{"readChip", "Read the chip only", Reading::chip()},
+        Ending{"readPage", "Read the page only", Reading::page()},
+        Ending{"userCancelled", "Cancel", Reading::failure(FailureReason::userCancelled)},
+        Ending{"userCancelledAfterPage", "Cancel after the page", Reading::failure(FailureReason::userCancelled, true)},
+        Ending{"backNavigation", "Go back", Reading::failure(FailureReason::backNavigation)},
+        Ending{"cameraPermissionDenied", "Refuse the camera", Reading::failure(FailureReason::cameraPermissionDenied)},
+        Ending{"vizCaptureTimeout", "Never show the page", Reading::failure(FailureReason::vizCaptureTimeout)},
+        Ending{"wrongDocumentType", "Show a document of another kind",
+               Reading::failure(FailureReason::wrongDocumentType)},
+        Ending{"unsupportedDocument", "Show a document nobody knows",
+               Reading::failure(FailureReason::unsupportedDocument)},
+        Ending{"noChip", "Show a document without a chip", Reading::failure(FailureReason::noChip, true)},
+        Ending{"nfcAccessControlError", "Have the chip deny access",
+               Reading::failure(FailureReason::nfcAccessControlError, true)},
+        Ending{"nfcError", "Take the document away", Reading::failure(FailureReason::nfcError, true)},
+        Ending{"backgroundTimeout", "Leave the app for too long", Reading::failure(FailureReason::backgroundTimeout)},
+        Ending{"sessionExpired", "Take too long", Reading::failure(FailureReason::sessionExpired)},
+        Ending{"authorisationError", "Have the access key refused",
+               Reading::failure(FailureReason::authorisationError)},
+        Ending{"serverSessionError", "Have the server lose the session",
+               Reading::failure(FailureReason::serverSessionError)},
+        Ending{"tooManyRequestsError", "Have the server ask for patience",
+               Reading::failure(FailureReason::tooManyRequestsError)},
+        Ending{"sslError", "Meet a server with a false certificate", Reading::failure(FailureReason::sslError)},
+        Ending{"connectionError", "Lose the connection", Reading::failure(FailureReason::connectionError)},
+        Ending{"otherFailure", "Fail for a reason nobody knows", Reading::failure(FailureReason::other)},
+        Ending{"unknownSuccess", "Succeed in a way nobody knows", Reading::unknownSuccess()},
+    };
+    return all;
+}
+
+/// The vendor's text for `key`, in the host's words where its table has them.
+std::string localized(const readid::UIResources& resources, std::string_view key) {
+    if (!resources.customBundle || !resources.customStringTableName) {
+        return std::string{key};
+    }
+    return resources.customBundle->localizedString(key, *resources.customStringTableName);
+}
+
+VendorLook lookOf(const readid::UIResources& resources) {
+    const auto font = [&](const std::optional<platform::Font>& own, double size) {
+        auto chosen = own.value_or(platform::Font::system(size));
+        chosen.isScaled = resources.isDynamicTypeEnabled;
+        return chosen;
+    };
+    constexpr double titleToText = 1.5;
+    return {.titleFont = font(resources.titleFont, resources.textSize * titleToText),
+            .textFont = font(resources.textFont, resources.textSize),
+            .buttonFont = font(resources.buttonFont, resources.buttonTextSize),
+            .buttonHeight = resources.buttonHeight,
+            .buttonCornerRadius = resources.buttonCornerRadius};
+}
+
+readid::VIZResult pageOf(const readid::NFCWithAccessControlFlow& flow) {
+    const auto type =
+        flow.allowedDocumentTypes.empty() ? readid::DocumentType::passport : flow.allowedDocumentTypes.front();
+    return {.mrzData = {.mrz = {.lines = specimenDocument(type).mrz}}};
+}
+
+} // namespace
+
+class ReadID::ReadingSession final : public readid::ReadIDSession {
+public:
+    explicit ReadingSession(std::string id)
+        : id_{std::move(id)} {}
+
+    std::string sessionId() const override { return id_; }
+
+    void finish(std::function<void()> completionHandler) override {
+        isFinished_ = true;
+        if (completionHandler) {
+            platform::services().mainQueue->async(std::move(completionHandler));
+        }
+    }
+
+    bool isFinished() const { return isFinished_; }
+
+private:
+    const std::string id_;
+    bool isFinished_ = false;
+};
+
+/// One reading, from its screen to its report. Lives as long as its screen, or as a request of its own.
+class ReadID::Performance final : public std::enable_shared_from_this<Performance> {
+public:
+    using Sessions = std::vector<std::shared_ptr<ReadingSession>>;
+
+    Performance(readid::NFCWithAccessControlFlow flow, std::function<void(readid::ReadIDResult)> handler,
+                std::shared_ptr<Sessions> sessions)
+        : flow_{std::move(flow)}
+        , handler_{std::move(handler)}
+        , sessions_{std::move(sessions)} {}
+
+    void begin(const Reading& reading, platform::ViewController& from, platform::ModalPresentationStyle style) {
+        const auto resources = flow_.uiResources ? *flow_.uiResources : readid::UIResources{};
+        const auto screen = std::make_shared<VendorScreen>(
+            localized(resources, "Document reader (simulated)"), lookOf(resources),
+            [self = shared_from_this()](std::size_t index) { self->play(endings().at(index).reading); });
+        screen_ = screen;
+        screen->setModalPresentationStyle(style);
+        if (reading.kind() != Reading::Kind::byPerson) {
+            screen->tell(localized(resources, "Reading the document"));
+            from.present(screen, /*animated=*/true, [self = shared_from_this(), reading] { self->play(reading); });
+            return;
+        }
+        std::vector<VendorScreen::Choice> choices;
+        for (const auto& ending : endings()) {
+            choices.push_back({.name = std::string{ending.name}, .label = localized(resources, ending.label)});
+        }
+        screen->ask(localized(resources, "Choose how the reading goes"), choices);
+        from.present(screen, /*animated=*/true);
+    }
+
+    bool isUnderWay() const { return handler_ != nullptr; }
+
+private:
+    void play(const Reading& reading) {
+        using enum Reading::Kind;
+        switch (reading.kind()) {
+        case pageAndChip:
+            upload(ReadParts::pageAndChip);
+            break;
+        case chip:
+            upload(ReadParts::chip);
+            break;
+        case page:
+            upload(ReadParts::page);
+            break;
+        case failure:
+            fail(reading.reason(), reading.pageWasRead());
+            break;
+        case unknownSuccess:
+        case refusal:
+        case byPerson:
+            finish(readid::SuccessValue{readid::UnknownSuccess{}});
+            break;
+        }
+    }
+
+    void upload(ReadParts parts) {
+        if (const auto screen = screen_.lock()) {
+            screen->tell(
+                localized(flow_.uiResources ? *flow_.uiResources : readid::UIResources{}, "Sending what was read"));
+        }
+        uploadDocument(flow_, parts, [self = shared_from_this(), parts](const UploadOutcome& outcome) {
+            if (outcome) {
+                self->succeed(parts, *outcome);
+            } else {
+                self->fail(outcome.error(), parts != ReadParts::chip);
+            }
+        });
+    }
+
+    void succeed(ReadParts parts, const std::string& sessionId) {
+        const auto session = std::make_shared<ReadingSession>(sessionId);
+        sessions_->push_back(session);
+        const readid::NFCResult nfc{.readIDSession = session};
+        switch (parts) {
+        case ReadParts::page:
+            finish(readid::SuccessValue{readid::VIZOnly{.viz = pageOf(flow_)}});
+            break;
+        case ReadParts::chip:
+            finish(readid::SuccessValue{readid::NFCOnly{.nfc = nfc}});
+            break;
+        case ReadParts::pageAndChip:
+            finish(readid::SuccessValue{readid::VIZNFC{.viz = pageOf(flow_), .nfc = nfc}});
+            break;
+        }
+    }
+
+    void fail(FailureReason reason, bool pageWasRead) {
+        finish(std::unexpected{readid::Failure{.failureReason = reason,
+                                               .viz = pageWasRead ? std::optional{pageOf(flow_)} : std::nullopt}});
+    }
+
+    void finish(readid::ReadIDResult result) {
+        auto report = [handler = std::exchange(handler_, nullptr), result = std::move(result)] { handler(result); };
+        if (const auto screen = screen_.lock()) {
+            screen->dismiss(/*animated=*/true, std::move(report));
+        } else {
+            report();
+        }
+    }
+
+    const readid::NFCWithAccessControlFlow flow_;
+    std::function<void(readid::ReadIDResult)> handler_;
+    const std::shared_ptr<Sessions> sessions_;
+    std::weak_ptr<VendorScreen> screen_;
+};
+
+ReadID::ReadID(Reading usual)
+    : usual_{std::move(usual)}
+    , sessions_{std::make_shared<Performance::Sessions>()} {}
+
+ReadID::~ReadID() = default;
+
+void ReadID::next(Reading reading) {
+    planned_.push_back(std::move(reading));
+}
+
+std::vector<ReadID::Session> ReadID::sessions() const {
+    std::vector<Session> all;
+    for (const auto& session : *sessions_) {
+        all.push_back({.id = session->sessionId(), .isFinished = session->isFinished()});
+    }
+    return all;
+}
+
+std::expected<void, readid::ReadIDError> ReadID::identify(const std::shared_ptr<platform::ViewController>& from,
+                                                          platform::ModalPresentationStyle modalPresentationStyle,
+                                                          const std::shared_ptr<readid::NFCWithAccessControlFlow>& flow,
+                                                          std::function<void(readid::ReadIDResult)> handler) {
+    using enum readid::ReadIDError::Kind;
+    if (!flow->baseUrl || !flow->baseUrl->starts_with("https://")) {
+        return std::unexpected{
+            readid::ReadIDError{.kind = invalidConfiguration, .message = "baseUrl is no https address"}};
+    }
+    if (const auto current = current_.lock(); current && current->isUnderWay()) {
+        return std::unexpected{readid::ReadIDError{.kind = other, .message = "another reading is under way"}};
+    }
+    flows_.push_back(*flow);
+    const auto reading = planned_.empty() ? usual_ : planned_.front();
+    if (!planned_.empty()) {
+        planned_.pop_front();
+    }
+    if (reading.kind() == Reading::Kind::refusal) {
+        return std::unexpected{reading.error()};
+    }
+    const auto performance = std::make_shared<Performance>(*flow, std::move(handler), sessions_);
+    current_ = performance;
+    performance->begin(reading, *from, modalPresentationStyle);
+    return {};
+}
+
+} // namespace kivo::simulator

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <kivo/platform/FaceTec.hpp>
+#include <kivo/simulator/ScanScript.hpp>
+
+#include <memory>
+#include <string>
+
+namespace kivo::simulator {
+
+/// Where a processor says what the server made of a scan.
+class ScanVerdict {
+public:
+    virtual ~ScanVerdict() = default;
+
+    virtual bool proceed(const std::string& blob) = 0;
+    virtual void cancel() = 0;
+    virtual void setProgress(float progress) = 0;
+    virtual void setMessage(const platform::AttributedText& message) = 0;
+};
+
+/// A scan as it ended, and which sides of a card it shows.
+struct Scan {
+    int status = 0;
+    bool hasFront = true;
+    bool hasBack = true;
+};
+
+/// The kind of scan that a session makes, and the processor that waits for it.
+class ScanProcessor {
+public:
+    /// The vendor's numbers for what a person can bring about.
+    struct Numbers {
+        int cancelled;
+        int timeout;
+        int contextSwitch;
+        int cameraRefused;
+    };
+
+    virtual ~ScanProcessor() = default;
+
+    virtual ScanRecord::Kind kind() const = 0;
+    virtual Numbers numbers() const = 0;
+    virtual void process(const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict) = 0;
+    virtual void done() = 0;
+};
+
+std::unique_ptr<ScanProcessor>
+makeScanProcessor(std::shared_ptr<platform::FaceTecFaceScanProcessorDelegate> faceScanProcessor);
+std::unique_ptr<ScanProcessor>
+makeScanProcessor(std::shared_ptr<platform::FaceTecIDScanProcessorDelegate> idScanProcessor);
+
+} // namespace kivo::simulator

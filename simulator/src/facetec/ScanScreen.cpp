@@ -1,0 +1,247 @@
+#include "ScanScreen.hpp"
+
+#include "ScanResultBlob.hpp"
+
+#include <kivo/platform/Services.hpp>
+
+#include <cmath>
+#include <utility>
+
+namespace kivo::simulator {
+
+using namespace std::chrono_literals;
+
+/// Good for one answer. A session that moved on without the answer takes no notice of it any more.
+class ScanScreen::Verdict final : public ScanVerdict {
+public:
+    explicit Verdict(const std::shared_ptr<ScanScreen>& screen)
+        : screen_{screen}
+        , record_{screen->record_}
+        , memory_{screen->memory_} {}
+
+    bool proceed(const std::string& blob) override {
+        const auto screen = takeAnswer("handed over a result blob");
+        return screen && screen->proceed(blob);
+    }
+
+    void cancel() override {
+        if (const auto screen = takeAnswer("cancelled")) {
+            ++record_->cancels;
+            screen->close();
+        }
+    }
+
+    void setProgress(float progress) override {
+        if (!(progress >= 0 && progress <= 1)) {
+            memory_->violations.push_back("The upload progress was " + std::to_string(progress) +
+                                          ", which is not from 0 to 1");
+        }
+        if (const auto screen = waitingScreen("told the upload progress")) {
+            record_->uploadProgress.push_back(progress);
+            screen->page_->setMessage({.text = std::to_string(std::lround(progress * 100)) + " % sent"});
+        }
+    }
+
+    void setMessage(const platform::AttributedText& message) override {
+        if (const auto screen = waitingScreen("replaced the upload message")) {
+            record_->uploadMessages.push_back(message);
+            screen->page_->setMessage(message);
+        }
+    }
+
+private:
+    std::shared_ptr<ScanScreen> waitingScreen(const char* doing) {
+        if (isAnswered_) {
+            memory_->violations.push_back(std::string{"The processor "} + doing + " after its answer");
+            return nullptr;
+        }
+        const auto screen = screen_.lock();
+        return screen && screen->verdict_.get() == this ? screen : nullptr;
+    }
+
+    std::shared_ptr<ScanScreen> takeAnswer(const char* doing) {
+        const auto screen = waitingScreen(doing);
+        isAnswered_ = isAnswered_ || screen;
+        return screen;
+    }
+
+    const std::weak_ptr<ScanScreen> screen_;
+    const std::shared_ptr<ScanRecord> record_;
+    const std::shared_ptr<FaceTecMemory> memory_;
+    bool isAnswered_ = false;
+};
+
+ScanScreen::ScanScreen(std::unique_ptr<ScanProcessor> processor, ScanScript script, bool waitsForPerson,
+                       std::shared_ptr<platform::FaceTecCustomization> look, std::shared_ptr<ScanRecord> record,
+                       std::shared_ptr<FaceTecMemory> memory)
+    : processor_{std::move(processor)}
+    , script_{std::move(script)}
+    , waitsForPerson_{waitsForPerson}
+    , look_{std::move(look)}
+    , record_{std::move(record)}
+    , memory_{std::move(memory)}
+    , retriesLeft_{script_.retries} {}
+
+ScanScreen::~ScanScreen() = default;
+
+void ScanScreen::viewDidAppear(bool /*animated*/) {
+    if (stage_ != Stage::made) {
+        return;
+    }
+    record_->isShown = true;
+    // 1 stands for "unsuccessful" in both of the vendor's tables.
+    if (const int status = memory_->initializationStatus.value_or(1); status != 0) {
+        handOver(status);
+        return;
+    }
+    scan();
+}
+
+void ScanScreen::viewDidDisappear(bool /*animated*/) {
+    if (presentingViewController()) {
+        return;
+    }
+    if (stage_ == Stage::scanning || stage_ == Stage::waiting) {
+        handOver(processor_->numbers().contextSwitch);
+    } else if (stage_ == Stage::judged) {
+        close();
+    }
+}
+
+void ScanScreen::scan() {
+    enter(Stage::scanning);
+    const auto numbers = processor_->numbers();
+    show({scanTitle(), "There is no camera here: choose how the scan goes."},
+         {ending("finishScanButton", "Finish the scan", 0), ending("cancelScanButton", "Cancel", numbers.cancelled),
+          ending("timeOutButton", "Let it time out", numbers.timeout),
+          ending("refuseCameraButton", "Refuse the camera", numbers.cameraRefused),
+          ending("switchAppButton", "Switch to another app", numbers.contextSwitch)});
+    if (!waitsForPerson_) {
+        later(script_.scanTime, [this] { endScan(retriesLeft_ > 0 ? 0 : script_.status); });
+    }
+}
+
+void ScanScreen::endScan(int status) {
+    if (script_.givesResult) {
+        handOver(status);
+    } else {
+        close();
+    }
+}
+
+void ScanScreen::handOver(int status) {
+    enter(Stage::waiting);
+    show({scanTitle(), status == 0 ? "Sending the scan" : "Stopping"},
+         {ending("switchAppButton", "Switch to another app", processor_->numbers().contextSwitch)});
+    verdict_ = std::make_shared<Verdict>(std::static_pointer_cast<ScanScreen>(shared_from_this()));
+    record_->results.push_back(status);
+    if (status == 0 && script_.statusWhileWaiting) {
+        later(0s, [this] { handOver(*script_.statusWhileWaiting); });
+    }
+    const bool isApart = script_.sides == ScanScript::Sides::frontThenBack;
+    processor_->process({.status = status,
+                         .hasFront = !isApart || !isOnBackSide_,
+                         .hasBack = isApart ? isOnBackSide_ : script_.sides == ScanScript::Sides::frontAndBack},
+                        script_, verdict_);
+}
+
+bool ScanScreen::proceed(const std::string& blob) {
+    enter(Stage::judged);
+    record_->resultBlobs.push_back(blob);
+    const bool isCompleted = record_->results.back() == 0;
+    if (!isCompleted) {
+        memory_->violations.emplace_back("The processor handed over a result blob for a scan that was not completed");
+    }
+    const bool serverWantsAnother = blob == scanAgainBlob;
+    bool isTaken = false;
+    if (!isCompleted || !script_.takesResultBlob) {
+        later(0s, [this] { close(); });
+    } else if (serverWantsAnother || retriesLeft_ > 0) {
+        retriesLeft_ -= serverWantsAnother ? 0 : 1;
+        later(0s, [this] { askAgain(); });
+    } else if (record_->kind == ScanRecord::Kind::idDocument && script_.sides == ScanScript::Sides::frontThenBack &&
+               !isOnBackSide_) {
+        isOnBackSide_ = true;
+        later(0s, [this] { scan(); });
+    } else {
+        isTaken = true;
+        // The success message may still be set right after this call.
+        later(0s, [this] { showSuccess(); });
+    }
+    record_->blobsTaken.push_back(isTaken);
+    return isTaken;
+}
+
+void ScanScreen::askAgain() {
+    enter(Stage::scanning);
+    const bool hasPicture = look_ && !look_->guidanceCustomization.retryScreenSlideshowImages.empty();
+    show({scanTitle(), "Please scan once more",
+          hasPicture ? look_->guidanceCustomization.retryScreenSlideshowImages.front() : nullptr},
+         {{"scanAgainButton", "Scan again", ifStillHere([this] { scan(); })},
+          ending("cancelScanButton", "Cancel", processor_->numbers().cancelled)});
+    if (!waitsForPerson_) {
+        later(0s, [this] { scan(); });
+    }
+}
+
+void ScanScreen::showSuccess() {
+    enter(Stage::judged);
+    const auto& own = memory_->successMessage;
+    show({scanTitle(), own.empty() ? "The scan is done" : own},
+         {{"continueButton", "Continue", ifStillHere([this] { close(); })}});
+    if (!waitsForPerson_) {
+        later(0s, [this] { close(); });
+    }
+}
+
+void ScanScreen::close() {
+    enter(Stage::over);
+    const auto finish = [processor = std::move(processor_), record = record_] {
+        record->isDone = true;
+        processor->done();
+    };
+    if (const auto presenter = presentingViewController()) {
+        presenter->dismiss(true, finish);
+    } else {
+        platform::services().mainQueue->async(finish);
+    }
+}
+
+void ScanScreen::enter(Stage stage) {
+    stage_ = stage;
+    ++turn_;
+    verdict_ = nullptr;
+}
+
+void ScanScreen::show(ScanPage page, std::vector<Choice> choices) {
+    if (waitsForPerson_) {
+        page.offer(std::move(choices));
+    }
+    page_ = std::move(page);
+    page_->showIn(*view());
+}
+
+Choice ScanScreen::ending(const char* name, const char* title, int status) {
+    return {.name = name, .title = title, .action = ifStillHere([this, status] { endScan(status); })};
+}
+
+void ScanScreen::later(std::chrono::nanoseconds delay, std::function<void()> step) {
+    platform::services().mainQueue->asyncAfter(delay, ifStillHere(std::move(step)));
+}
+
+std::function<void()> ScanScreen::ifStillHere(std::function<void()> step) {
+    return [weak = weak_from_this(), turn = turn_, step = std::move(step), this] {
+        if (const auto self = weak.lock(); self && turn_ == turn) {
+            step();
+        }
+    };
+}
+
+std::string ScanScreen::scanTitle() const {
+    if (record_->kind == ScanRecord::Kind::face) {
+        return "Simulated face scan";
+    }
+    return isOnBackSide_ ? "Simulated ID scan: the back side" : "Simulated ID scan";
+}
+
+} // namespace kivo::simulator

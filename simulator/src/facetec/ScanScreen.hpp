@@ -1,0 +1,67 @@
+#pragma once
+
+#include "FaceTecMemory.hpp"
+#include "ScanPage.hpp"
+#include "ScanProcessor.hpp"
+
+#include <kivo/platform/FaceTec.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kivo::simulator {
+
+/// The vendor's screen for one session, from its appearing to the call that says it is gone.
+class ScanScreen final : public platform::ViewController {
+public:
+    /// `look` is what the retry page shows; may be null.
+    ScanScreen(std::unique_ptr<ScanProcessor> processor, ScanScript script, bool waitsForPerson,
+               std::shared_ptr<platform::FaceTecCustomization> look, std::shared_ptr<ScanRecord> record,
+               std::shared_ptr<FaceTecMemory> memory);
+    ~ScanScreen() override;
+
+    void viewDidAppear(bool animated) override;
+    void viewDidDisappear(bool animated) override;
+
+private:
+    class Verdict;
+
+    enum class Stage { made, scanning, waiting, judged, over };
+
+    void scan();
+    void endScan(int status);
+    void handOver(int status);
+    bool proceed(const std::string& blob);
+    void askAgain();
+    void showSuccess();
+    void close();
+
+    void enter(Stage stage);
+    void show(ScanPage page, std::vector<Choice> choices);
+    Choice ending(const char* name, const char* title, int status);
+    void later(std::chrono::nanoseconds delay, std::function<void()> step);
+    /// What runs `step` unless the session has moved on by then.
+    std::function<void()> ifStillHere(std::function<void()> step);
+    std::string scanTitle() const;
+
+    std::shared_ptr<ScanProcessor> processor_;
+    const ScanScript script_;
+    const bool waitsForPerson_;
+    const std::shared_ptr<platform::FaceTecCustomization> look_;
+    const std::shared_ptr<ScanRecord> record_;
+    const std::shared_ptr<FaceTecMemory> memory_;
+    Stage stage_ = Stage::made;
+    /// Grows with every stage; tells a late timer or tap from a timely one.
+    int turn_ = 0;
+    int retriesLeft_;
+    bool isOnBackSide_ = false;
+    std::shared_ptr<Verdict> verdict_;
+    std::optional<ScanPage> page_;
+};
+
+} // namespace kivo::simulator

@@ -1,0 +1,137 @@
+#include "support/HostFixture.hpp"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <future>
+
+namespace kivo::simulator {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Counts how often, and how evenly, an upload went on.
+class Follower final : public platform::UrlSessionDelegate {
+public:
+    void didReceiveChallenge(const platform::ServerTrust* /*serverTrust*/,
+                             std::function<void(platform::AuthChallengeDisposition)> completionHandler) override {
+        completionHandler(platform::AuthChallengeDisposition::useCredential);
+    }
+
+    void didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& /*task*/, std::uint64_t sent,
+                         std::uint64_t expected) override {
+        fractions.push_back(static_cast<double>(sent) / static_cast<double>(expected));
+    }
+
+    std::vector<double> fractions;
+};
+
+class ScanEndpoints : public test::HostFixture {
+protected:
+    ScanEndpoints() { join(*KivoSDK::load("KEY", "18")); }
+
+    platform::UrlRequest request(const std::string& pathInSession, std::string body) const {
+        auto page = service.joinPage();
+        return {.url = page.substr(0, page.find('/', 8)) + "/session/" + pathInSession,
+                .method = "POST",
+                .headers = {{"Content-Type", "application/json"},
+                            {"X-Device-Key", "simulated-device-key"},
+                            {"User-Agent", "vendor"},
+                            {"X-User-Agent", "vendor"}},
+                .body = std::move(body)};
+    }
+
+    platform::UrlRequest faceScan(const std::string& scan = "c2Nhbg==") const {
+        return request("s1/facemap/enrollment-3d",
+                       R"({"faceScan":")" + scan +
+                           R"(","auditTrailImage":"YWFh","lowQualityAuditTrailImage":"YWFh",)"
+                           R"("externalDatabaseRefID":""})");
+    }
+
+    platform::UrlRequest idScan() const {
+        return request("s1/idScan/idscan-only", R"({"idScan":"c2Nhbg==","idScanFrontImage":"YWFh"})");
+    }
+
+    std::string send(platform::UrlRequest request) {
+        std::promise<std::string> answer;
+        session_->dataTask(std::move(request), [&](const platform::UrlOutcome& outcome) {
+            answer.set_value(outcome ? outcome->body.value_or("") : outcome.error().text);
+        });
+        return answer.get_future().get();
+    }
+
+    std::shared_ptr<Follower> follower_ = std::make_shared<Follower>();
+    std::shared_ptr<platform::UrlSession> session_ = services.urlSessions->make({}, follower_);
+};
+
+TEST_F(ScanEndpoints, TakeScansOfAnOpenSession) {
+    EXPECT_THAT(send(faceScan()), HasSubstr(R"("scanResultBlob":"simulated-blob:accepted")"));
+    EXPECT_THAT(send(idScan()), HasSubstr(R"("response-type":"pass")"));
+    auto stranger = faceScan();
+    stranger.url.replace(stranger.url.find("/s1/"), 4, "/s9/");
+    EXPECT_THAT(send(stranger), HasSubstr("STATUS_INVALID_SESSION"));
+    EXPECT_THAT(service.violations(), IsEmpty());
+    service.inject(Endpoint::facemap, Fault::anotherScan(), Calls::only(1));
+    EXPECT_THAT(send(faceScan()), HasSubstr("scan-again"));
+    EXPECT_THAT(send(faceScan()), HasSubstr("accepted"));
+}
+
+TEST_F(ScanEndpoints, RefuseWhatBreaksTheProtocol) {
+    const auto header = [](std::size_t index, const char* value) {
+        return [=](platform::UrlRequest& request) { request.headers[index].second = value; };
+    };
+    const auto body = [](const char* from, const char* to) {
+        return [=](platform::UrlRequest& request) {
+            request.body.replace(request.body.find(from), std::string_view{from}.size(), to);
+        };
+    };
+    const std::vector<std::pair<const char*, std::function<void(platform::UrlRequest&)>>> both{
+        {"the method", [](auto& request) { request.method = "PUT"; }},
+        {"the path", [](auto& request) { request.url += "x"; }},
+        {"the Content-Type", header(0, "application/json; charset=UTF-8")},
+        {"the X-Device-Key", header(1, "another")},
+        {"not JSON", body("{", "")},
+        {"not Base64", body("c2Nhbg==", "c2Nhb")},
+        {"not Base64", body("\"c2Nhbg==\"", "7")},
+        {"unknown member \"x\"", body("{", R"({"x":"",)")},
+    };
+    const std::vector<std::pair<const char*, std::function<void(platform::UrlRequest&)>>> faceOnly{
+        {"no User-Agent", header(2, "")},
+        {"lacks \"auditTrailImage\"", body(R"("auditTrailImage":"YWFh",)", "")},
+        {"lacks \"externalDatabaseRefID\"", body(R"(,"externalDatabaseRefID":"")", "")},
+    };
+    const std::vector<std::pair<const char*, std::function<void(platform::UrlRequest&)>>> idOnly{
+        {"the X-User-Agent", header(3, "another")},
+    };
+    const auto check = [&](const auto& cases, const auto& make) {
+        for (const auto& [violation, spoil] : cases) {
+            auto request = make();
+            spoil(request);
+            EXPECT_THAT(send(request), HasSubstr("STATUS_BAD_PROTOCOL")) << violation;
+            EXPECT_THAT(service.violations().back(), HasSubstr(violation));
+        }
+    };
+    check(both, [this] { return faceScan(); });
+    check(both, [this] { return idScan(); });
+    check(faceOnly, [this] { return faceScan(); });
+    check(idOnly, [this] { return idScan(); });
+}
+
+TEST_F(ScanEndpoints, ReadASlowUploadBitByBit) {
+    constexpr auto size = std::size_t{8} * 1024 * 1024;
+    service.inject(Endpoint::facemap, Fault::slowReader(size * 4));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(send(faceScan(std::string(size, 'A'))), HasSubstr("accepted"));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 240ms);
+    EXPECT_EQ(service.requests().back().body.size(), size + 102);
+    const auto halfway =
+        std::ranges::count_if(follower_->fractions, [](double each) { return each > 0.5 && each < 1; });
+    EXPECT_GE(halfway, 3);
+    EXPECT_EQ(follower_->fractions.back(), 1);
+}
+
+} // namespace
+} // namespace kivo::simulator

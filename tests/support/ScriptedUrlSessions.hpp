@@ -1,0 +1,87 @@
+#pragma once
+
+#include <kivo/platform/UrlSession.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kivo::test {
+
+/// Sessions whose requests wait for the test to answer them.
+class ScriptedUrlSessions final : public platform::UrlSessions {
+public:
+    class Request {
+    public:
+        platform::UrlRequest request;
+
+        /// Whether its session still exists; the last one to go cancels.
+        bool isWanted() const { return !session_.expired(); }
+
+        bool isPinned() const { return delegate_ && delegate_->judgesServerTrust(); }
+
+        void answer(platform::UrlOutcome outcome) const {
+            if (!queue_) {
+                completion_(std::move(outcome));
+                return;
+            }
+            queue_->async([completion = completion_, outcome = std::move(outcome)] { completion(outcome); });
+        }
+
+        void answer(std::string body, int status = 200) const {
+            answer(platform::UrlResponse{.status = status, .headers = {}, .body = std::move(body)});
+        }
+
+        void sent(std::uint64_t bytes, std::uint64_t of) const {
+            queue_->async([delegate = delegate_, bytes, of] { delegate->didSendBodyData(nullptr, bytes, of); });
+        }
+
+    private:
+        friend class ScriptedUrlSessions;
+
+        platform::UrlCompletion completion_;
+        std::shared_ptr<platform::UrlSessionDelegate> delegate_;
+        std::shared_ptr<platform::DispatchQueue> queue_;
+        std::weak_ptr<platform::UrlSession> session_;
+    };
+
+    std::vector<Request> requests;
+
+    std::shared_ptr<platform::UrlSession> make(platform::UrlSessionConfiguration /*configuration*/,
+                                               std::shared_ptr<platform::UrlSessionDelegate> delegate,
+                                               std::shared_ptr<platform::DispatchQueue> queue) override {
+        return std::make_shared<Session>(*this, std::move(delegate), std::move(queue));
+    }
+
+private:
+    class Session final : public platform::UrlSession, public std::enable_shared_from_this<Session> {
+    public:
+        Session(ScriptedUrlSessions& owner, std::shared_ptr<platform::UrlSessionDelegate> delegate,
+                std::shared_ptr<platform::DispatchQueue> queue)
+            : owner_{owner}
+            , delegate_{std::move(delegate)}
+            , queue_{std::move(queue)} {}
+
+        std::shared_ptr<platform::UrlSessionTask> dataTask(platform::UrlRequest request,
+                                                           platform::UrlCompletion completion) override {
+            auto& kept = owner_.requests.emplace_back();
+            kept.request = std::move(request);
+            kept.completion_ = std::move(completion);
+            kept.delegate_ = delegate_;
+            kept.queue_ = queue_;
+            kept.session_ = weak_from_this();
+            return nullptr;
+        }
+
+    private:
+        ScriptedUrlSessions& owner_;
+        std::shared_ptr<platform::UrlSessionDelegate> delegate_;
+        std::shared_ptr<platform::DispatchQueue> queue_;
+    };
+};
+
+} // namespace kivo::test
