@@ -97,6 +97,11 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
             if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
                 return std::unexpected{"--pin takes leaf, intermediate, other or empty, not \"" + options.pin + "\""};
             }
+        } else if (*argument == "--screens") {
+            options.screens = value();
+            if (options.screens.empty()) {
+                return std::unexpected{"--screens takes a folder"};
+            }
         } else if (*argument == "--scan") {
             options.scan = true;
         } else if (*argument == "--scan-file") {
@@ -130,6 +135,7 @@ std::string usage() {
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
+        "  --screens DIR          put a picture of every screen into that folder\n"
         "  --scan                 scan the right code from a QR code instead of typing it\n"
         "  --scan-file PICTURE    the same from a picture file (PNG or JPEG); the service knows the code 123456\n"
         "  --json                 one JSON object a step\n"
