@@ -1,5 +1,7 @@
 #include "Display.hpp"
 
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 
 #include <algorithm>
@@ -52,6 +54,27 @@ bool Display::boxesAreEmpty() const {
 
 void Display::returnToStart() {
     navigation_->popToViewController(start_, /*animated=*/true);
+}
+
+std::string Display::showFinalStatus() {
+    const auto storyboard =
+        kivo::platform::Storyboard::open("ZORFramework", kivo::platform::services().bundles->main());
+    if (!storyboard) {
+        return storyboard.error();
+    }
+    const auto screen = (*storyboard)->instantiate("FinalStatusVC");
+    if (!screen) {
+        return screen.error();
+    }
+    bool isShown = false;
+    navigation_->present(*screen, /*animated=*/true, [&] { isShown = true; });
+    const auto shown = person_.waitFor([&] { return isShown; });
+    return shown ? "" : shown.error();
+}
+
+std::string Display::leaveFinalStatus() {
+    const auto tapped = person_.tap("backToHomeButton");
+    return tapped ? "" : tapped.error();
 }
 
 } // namespace demo

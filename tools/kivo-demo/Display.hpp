@@ -18,6 +18,8 @@ public:
     /// What the host gives to `setContext`.
     std::shared_ptr<kivo::platform::ViewController> context() const { return start_; }
 
+    std::shared_ptr<kivo::platform::Window> window() const { return window_; }
+
     /// Types an activation code into the boxes, which must be, or be made, empty first.
     std::string typeCode(std::string_view code);
 
@@ -25,6 +27,10 @@ public:
 
     /// Takes the SDK's screen away again, as a host does once it has what it wanted.
     void returnToStart();
+
+    /// Presents the closing screen, as a host does at the end of the road.
+    std::string showFinalStatus();
+    std::string leaveFinalStatus();
 
 private:
     bool boxesAreEmpty() const;

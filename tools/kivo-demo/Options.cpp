@@ -46,17 +46,14 @@ const std::array namedFaults{
                [] { return Fault::certificate(CertificateFlaw::selfSigned); }},
 };
 
-constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status,  Endpoint::commit,
-                               Endpoint::upload, Endpoint::biodata, Endpoint::facemap, Endpoint::idScan};
-
 std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto equals = text.find('=');
     const auto endpointName = text.substr(0, equals);
     const auto faultName = equals == std::string::npos ? std::string{} : text.substr(equals + 1);
-    const auto endpoint =
-        std::ranges::find(endpoints, endpointName, [](Endpoint each) { return kivo::simulator::name(each); });
+    const auto endpoint = std::ranges::find(kivo::simulator::allEndpoints, endpointName,
+                                            [](Endpoint each) { return kivo::simulator::name(each); });
     const auto fault = std::ranges::find(namedFaults, faultName, &NamedFault::name);
-    if (endpoint == endpoints.end() || fault == namedFaults.end()) {
+    if (endpoint == kivo::simulator::allEndpoints.end() || fault == namedFaults.end()) {
         return std::unexpected{"--fault takes ENDPOINT=FAULT, not \"" + text + "\""};
     }
     return InjectedFault{.endpoint = *endpoint, .name = faultName, .fault = fault->make()};
@@ -97,6 +94,11 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
             if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
                 return std::unexpected{"--pin takes leaf, intermediate, other or empty, not \"" + options.pin + "\""};
             }
+        } else if (*argument == "--screens") {
+            options.screens = value();
+            if (options.screens.empty()) {
+                return std::unexpected{"--screens takes a folder"};
+            }
         } else if (*argument == "--scan") {
             options.scan = true;
         } else if (*argument == "--scan-file") {
@@ -130,6 +132,7 @@ std::string usage() {
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
+        "  --screens DIR          put a picture of every screen into that folder\n"
         "  --scan                 scan the right code from a QR code instead of typing it\n"
         "  --scan-file PICTURE    the same from a picture file (PNG or JPEG); the service knows the code 123456\n"
         "  --json                 one JSON object a step\n"

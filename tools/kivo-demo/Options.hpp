@@ -25,6 +25,8 @@ struct Options {
     std::vector<ScreenOutcome> outcomes;
     /// What the host's bundle lists as pins; empty for a bundle without a list.
     std::string pin;
+    /// Where to put pictures of the screens; empty for none.
+    std::string screens;
     /// Whether the right code is scanned, not typed.
     bool scan = false;
     /// The picture that it is scanned from; empty for one of the simulator's.

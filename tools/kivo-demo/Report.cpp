@@ -80,4 +80,10 @@ void Report::end(bool allAsExpected) const {
     }
 }
 
+void Report::pictures(int count, const std::string& folder) const {
+    if (!json_) {
+        std::fprintf(out_, "%d pictures in %s\n", count, folder.c_str());
+    }
+}
+
 } // namespace demo

@@ -20,6 +20,9 @@ public:
     void step(const Step& step);
     void end(bool allAsExpected) const;
 
+    /// Tells where the pictures are.
+    void pictures(int count, const std::string& folder) const;
+
 private:
     std::FILE* const out_;
     const bool json_;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace demo {
@@ -77,8 +78,10 @@ struct Planned {
 
 class Walker {
 public:
-    Walker(simulator::IdentityService& service, const std::function<void(const Step&)>& report, bool faulty)
+    Walker(simulator::IdentityService& service, std::shared_ptr<Album> album,
+           const std::function<void(const Step&)>& report, bool faulty)
         : service_{service}
+        , album_{std::move(album)}
         , report_{report}
         , faulty_{faulty} {
         // The main loop looks again at what it waits for.
@@ -116,6 +119,9 @@ public:
         }
         step.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
         step.detail = problem;
+        if (album_) {
+            album_->take(planned.name);
+        }
         answers->describe(step);
         // What a step sends after its answer is still its own.
         service_.waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
@@ -147,6 +153,7 @@ private:
     }
 
     simulator::IdentityService& service_;
+    std::shared_ptr<Album> album_;
     const std::function<void(const Step&)>& report_;
     const bool faulty_;
     bool allAsExpected_ = true;
@@ -156,7 +163,8 @@ private:
 
 } // namespace
 
-bool walk(const Options& options, simulator::IdentityService& service, const std::function<void(const Step&)>& report) {
+bool walk(const Options& options, simulator::IdentityService& service, const std::shared_ptr<Album>& album,
+          const std::function<void(const Step&)>& report) {
     const auto session = KivoSDK::load("DEMO", options.version);
     if (!session) {
         return false;
@@ -166,6 +174,9 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     const auto image = std::string(std::size_t{48} * 1024, 'A');
     Display display{/*boxesAreReset=*/options.version >= "17"};
     session->setContext(display.context());
+    if (album) {
+        album->follow(display.window());
+    }
 
     // The code screen stays until the join has succeeded, and may deliver more than one code.
     IdvCompletion heard;
@@ -232,7 +243,7 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     const Planned statusAfterReset{"status after reset", "INVALID_STATUS_SESSION", 0,
                                    calling([&](auto response) { session->status(response); })};
 
-    Walker walker{service, report, !options.isSmooth()};
+    Walker walker{service, album, report, !options.isSmooth()};
     bool isJoined = false;
     for (const auto& planned : enter) {
         isJoined = walker.step(planned);
@@ -247,6 +258,10 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     display.returnToStart();
     for (const auto& planned : deliver) {
         walker.step(planned);
+    }
+    if (album) {
+        display.showFinalStatus();
+        display.leaveFinalStatus();
     }
     session->reset();
     walker.step(statusAfterReset);

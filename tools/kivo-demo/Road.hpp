@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Album.hpp"
 #include "Options.hpp"
 
 #include <kivo/kivo.hpp>
@@ -7,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace demo {
@@ -30,8 +32,9 @@ struct Step {
     }
 };
 
-/// Walks a host's road through one session and hands every step over as it ends. Returns whether all ended well.
-bool walk(const Options& options, kivo::simulator::IdentityService& service,
+/// Walks a host's road through one session and hands every step over as it ends. `album` takes pictures of it unless it
+/// is null. Returns whether all ended well.
+bool walk(const Options& options, kivo::simulator::IdentityService& service, const std::shared_ptr<Album>& album,
           const std::function<void(const Step&)>& report);
 
 } // namespace demo

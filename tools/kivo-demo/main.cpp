@@ -1,3 +1,4 @@
+#include "Album.hpp"
 #include "Options.hpp"
 #include "PinnedBundle.hpp"
 #include "Report.hpp"
@@ -95,7 +96,8 @@ std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options
     return camera;
 }
 
-int run(const demo::Options& options) {
+/// `album` is null when no pictures are wanted; it must outlive all that is laid out with its fonts.
+int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
         std::fprintf(stderr, "kivo-demo: cannot make a folder below %s\n",
@@ -112,6 +114,9 @@ int run(const demo::Options& options) {
          .dataFolder = folder.path(),
          .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
+    if (album) {
+        services.fonts = album->fonts();
+    }
     services.faceTec = makeFaceTec(options);
     services.readID = makeReadID(options);
     services.camera = makeCamera(options);
@@ -123,8 +128,15 @@ int run(const demo::Options& options) {
 
     demo::Report report{openReportStream(options), options.json};
     report.begin(options, service);
-    const bool well = demo::walk(options, service, [&](const demo::Step& step) { report.step(step); });
+    const bool well = demo::walk(options, service, album, [&](const demo::Step& step) { report.step(step); });
     report.end(well);
+    if (album) {
+        report.pictures(album->count(), options.screens);
+        if (!album->problem().empty()) {
+            std::fprintf(stderr, "kivo-demo: %s\n", album->problem().c_str());
+            return EXIT_FAILURE;
+        }
+    }
     return well ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -140,5 +152,13 @@ int main(int argc, char** argv) {
         std::printf("%s", demo::usage().c_str());
         return EXIT_SUCCESS;
     }
-    return run(*options);
+    if (options->screens.empty()) {
+        return run(*options, nullptr);
+    }
+    const auto album = demo::Album::open(options->screens);
+    if (!album) {
+        std::fprintf(stderr, "kivo-demo: %s\n", album.error().c_str());
+        return EXIT_FAILURE;
+    }
+    return run(*options, *album);
 }

@@ -1,0 +1,124 @@
+#include "HostLook.hpp"
+
+#include <kivo/platform/ui/NavigationController.hpp>
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace kivo::device::app {
+namespace {
+
+using platform::Color;
+
+const Color darkBackground{.red = 0.08, .green = 0.09, .blue = 0.11};
+
+const std::map<std::string, Color, std::less<>> darkColors{
+    {"Kivo.black", Color::white(0.93)},
+    {"Kivo.HeaderTextColor", {.red = 0.62, .green = 0.79, .blue = 1}},
+    {"Kivo.PrimaryColor", {.red = 0.62, .green = 0.79, .blue = 1}},
+    {"Kivo.Button.BackgroundColor", {.red = 0.09, .green = 0.42, .blue = 0.75}},
+    {"Kivo.TextFieled.BorderColor", Color::white(0.55)},
+    {"Kivo.TextFieled.active.BorderColor", {.red = 0.62, .green = 0.79, .blue = 1}},
+};
+
+} // namespace
+
+const std::vector<ThemePreset>& themePresets() {
+    static const std::vector<ThemePreset> presets{
+        {"As it comes", [] { return std::make_shared<ThemeCustomization>(); }},
+        {"One field for the code",
+         [] {
+             auto theme = std::make_shared<ThemeCustomization>();
+             theme->codeTextFieldStyle = CodeTextFieldStyle::single;
+             return theme;
+         }},
+        {"Square and green",
+         [] {
+             auto theme = std::make_shared<ThemeCustomization>();
+             const Color green{.red = 0.05, .green = 0.42, .blue = 0.25};
+             theme->primaryButtonCornerRadius = 4;
+             theme->screenTitleColor = green;
+             theme->codeScreenScanQRButtonBackgroundColor = green;
+             theme->qrScanScreenEnterManuallyButtonBackgroundColor = green;
+             theme->faceScanIntroNextButtonBackgroundColor = green;
+             theme->codeScreenGetStartedTitle = "Welcome";
+             return theme;
+         }},
+        {"Any reading size",
+         [] {
+             auto theme = std::make_shared<ThemeCustomization>();
+             theme->minimumContentSizeCategoryLimit = platform::ContentSizeCategory::extraSmall;
+             theme->maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge;
+             return theme;
+         }},
+    };
+    return presets;
+}
+
+class HostLook::MainBundle final : public platform::Bundle {
+public:
+    explicit MainBundle(std::shared_ptr<platform::Bundle> bundle)
+        : bundle_{std::move(bundle)} {}
+
+    std::optional<std::string> bundleIdentifier() const override { return bundle_->bundleIdentifier(); }
+
+    std::optional<std::string> infoText(std::string_view key) const override { return bundle_->infoText(key); }
+
+    std::optional<std::filesystem::path> pathForResource(std::string_view name, std::string_view type) const override {
+        return bundle_->pathForResource(name, type);
+    }
+
+    std::optional<platform::PropertyValue> propertyList(std::string_view name) const override {
+        return bundle_->propertyList(name);
+    }
+
+    std::string localizedString(std::string_view key, std::string_view table) const override {
+        return bundle_->localizedString(key, table);
+    }
+
+    std::optional<Color> color(std::string_view name) const override {
+        const auto dark = isDark ? darkColors.find(name) : darkColors.end();
+        return dark == darkColors.end() ? bundle_->color(name) : dark->second;
+    }
+
+    std::shared_ptr<const platform::Image> image(std::string_view name) const override { return bundle_->image(name); }
+
+    bool isDark = false;
+
+private:
+    std::shared_ptr<platform::Bundle> bundle_;
+};
+
+HostLook::HostLook(const std::shared_ptr<platform::Bundles>& bundles)
+    : bundles_{bundles}
+    , main_{std::make_shared<MainBundle>(bundles->main())} {}
+
+void HostLook::setDark(bool dark) {
+    main_->isDark = dark;
+}
+
+bool HostLook::isDark() const {
+    return main_->isDark;
+}
+
+void HostLook::dress(platform::Window& window) const {
+    const auto screen = window.visibleViewController();
+    const auto navigation = screen ? screen->navigationController() : nullptr;
+    if (!isDark() || !screen || (navigation && navigation->viewControllers().front() == screen)) {
+        return;
+    }
+    if (screen->view()->backgroundColor() == Color::white()) {
+        screen->view()->setBackgroundColor(darkBackground);
+    }
+}
+
+std::shared_ptr<platform::Bundle> HostLook::main() {
+    return main_;
+}
+
+std::shared_ptr<platform::Bundle> HostLook::withIdentifier(std::string_view identifier) {
+    return bundles_->withIdentifier(identifier);
+}
+
+} // namespace kivo::device::app

@@ -1,0 +1,213 @@
+#include "SteeringPanel.hpp"
+
+#include "Widgets.hpp"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSlider>
+#include <array>
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+namespace kivo::device::app {
+namespace {
+
+using namespace std::chrono_literals;
+using simulator::Endpoint;
+using simulator::Fault;
+
+struct NamedFault {
+    const char* name;
+    Fault (*make)();
+};
+
+constexpr std::array faults{
+    NamedFault{"Answer two seconds late", [] { return Fault::delay(2s); }},
+    NamedFault{"Never answer", [] { return Fault::drop(); }},
+    NamedFault{"Break the connection", [] { return Fault::reset(); }},
+    NamedFault{"Answer with no HTTP", [] { return Fault::garbage(); }},
+    NamedFault{"Answer with status 500", [] { return Fault::status(500); }},
+    NamedFault{"Answer with nothing", [] { return Fault::emptyBody(); }},
+    NamedFault{"Refuse: not authorised", [] { return Fault::refuse("STATUS_AUTH_FAILED"); }},
+    NamedFault{"Refuse: bad document", [] { return Fault::refuse("STATUS_BAD_BIODATA"); }},
+    NamedFault{"Present an expired certificate",
+               [] { return Fault::certificate(simulator::CertificateFlaw::expired); }},
+};
+
+struct NamedReading {
+    const char* name;
+    simulator::Reading (*make)();
+};
+
+using platform::readid::FailureReason;
+using simulator::Reading;
+
+const std::array readings{
+    NamedReading{"A person decides on the screen", [] { return Reading::byPerson(); }},
+    NamedReading{"Page and chip are read", [] { return Reading::pageAndChip(); }},
+    NamedReading{"The page alone is read", [] { return Reading::page(); }},
+    NamedReading{"The chip cannot be read", [] { return Reading::failure(FailureReason::nfcError, true); }},
+    NamedReading{"There is no chip", [] { return Reading::failure(FailureReason::noChip); }},
+    NamedReading{"The person gives up", [] { return Reading::failure(FailureReason::userCancelled); }},
+};
+
+struct NamedScan {
+    const char* name;
+    bool waitsForPerson;
+    int status;
+    int retries;
+};
+
+constexpr std::array scans{
+    NamedScan{"A person decides on the screen", true, simulator::faceScanStatus::completed, 0},
+    NamedScan{"The scan is good", false, simulator::faceScanStatus::completed, 0},
+    NamedScan{"The second scan is good", false, simulator::faceScanStatus::completed, 1},
+    NamedScan{"The person gives up", false, simulator::faceScanStatus::cancelled, 0},
+    NamedScan{"The camera is refused", false, simulator::faceScanStatus::cameraRefused, 0},
+    NamedScan{"It takes too long", false, simulator::faceScanStatus::timeout, 0},
+};
+
+constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status, Endpoint::commit,
+                               Endpoint::upload, Endpoint::facemap, Endpoint::idScan};
+
+} // namespace
+
+SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
+    : QWidget{parent}
+    , steered_{std::move(steered)} {
+    auto layout = std::make_unique<QVBoxLayout>();
+    addService(add<QGroupBox>(*layout, "What the service does next"));
+    addCamera(add<QGroupBox>(*layout, "What the camera sees"));
+    addVendors(add<QGroupBox>(*layout, "What the vendors' scans come to"));
+    addLook(add<QGroupBox>(*layout, "How the phone and the host look"));
+    layout->addStretch();
+    setLayout(layout.release());
+}
+
+void SteeringPanel::addService(QGroupBox& box) {
+    auto form = std::make_unique<QFormLayout>();
+    auto& endpoint = addRow<QComboBox>(*form, "Endpoint");
+    for (const auto each : endpoints) {
+        const auto name = simulator::name(each);
+        endpoint.addItem(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+    }
+    auto& fault = addRow<QComboBox>(*form, "Fault");
+    for (const auto& each : faults) {
+        fault.addItem(each.name);
+    }
+    auto& once = addRow<QCheckBox>(*form, "", "The next call only");
+    once.setAccessibleName(once.text());
+    once.setChecked(true);
+    auto& inject = addRow<QPushButton>(*form, "", "Misbehave");
+    inject.setAccessibleName(inject.text());
+    auto& clear = addRow<QPushButton>(*form, "", "Behave again");
+    clear.setAccessibleName(clear.text());
+    auto& state = addRow<QLabel>(*form, "Now", "behaves");
+    connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
+        steered_.service->inject(endpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
+                                 faults.at(static_cast<std::size_t>(fault.currentIndex())).make(),
+                                 once.isChecked() ? simulator::Calls::only(1) : simulator::Calls::all());
+        state.setText(endpoint.currentText() + ": " + fault.currentText() + (once.isChecked() ? ", once" : ""));
+    });
+    connect(&clear, &QPushButton::clicked, this, [this, &state] {
+        steered_.service->clearFaults();
+        state.setText("behaves");
+    });
+    box.setLayout(form.release());
+}
+
+void SteeringPanel::addCamera(QGroupBox& box) {
+    auto form = std::make_unique<QFormLayout>();
+    auto& text = addRow<QLineEdit>(*form, "QR code's text", R"({"code":"123456"})");
+    auto& show = addRow<QPushButton>(*form, "", "Hold the QR code up");
+    show.setAccessibleName(show.text());
+    auto& picture = addRow<QPushButton>(*form, "", "Hold a picture file up\u2026");
+    picture.setAccessibleName(picture.text());
+    auto& hide = addRow<QPushButton>(*form, "", "Take it away");
+    hide.setAccessibleName(hide.text());
+    auto& state = addRow<QLabel>(*form, "Now", "nothing");
+    connect(&show, &QPushButton::clicked, this, [this, &text, &state] {
+        try {
+            steered_.camera->showCode(text.text().toStdString());
+            state.setText("a QR code");
+        } catch (const std::runtime_error& error) {
+            state.setText(error.what());
+        }
+    });
+    connect(&picture, &QPushButton::clicked, this, [this, &state] {
+        const auto file =
+            QFileDialog::getOpenFileName(this, "A picture with a code", {}, "Pictures (*.png *.jpg *.jpeg)");
+        if (!file.isEmpty()) {
+            steered_.camera->showPicture(file.toStdString());
+            state.setText(file);
+        }
+    });
+    connect(&hide, &QPushButton::clicked, this, [this, &state] {
+        steered_.camera->showNothing();
+        state.setText("nothing");
+    });
+    box.setLayout(form.release());
+}
+
+void SteeringPanel::addVendors(QGroupBox& box) {
+    auto form = std::make_unique<QFormLayout>();
+    auto& reading = addRow<QComboBox>(*form, "Next document");
+    for (const auto& each : readings) {
+        reading.addItem(each.name);
+    }
+    connect(&reading, &QComboBox::activated, this,
+            [this](int index) { steered_.readID->next(readings.at(static_cast<std::size_t>(index)).make()); });
+    auto& scan = addRow<QComboBox>(*form, "Face");
+    for (const auto& each : scans) {
+        scan.addItem(each.name);
+    }
+    const auto plan = [this](int index) {
+        const auto& chosen = scans.at(static_cast<std::size_t>(index));
+        steered_.faceTec->waitsForPerson = chosen.waitsForPerson;
+        steered_.faceTec->faceScan.status = chosen.status;
+        steered_.faceTec->faceScan.retries = chosen.retries;
+        steered_.faceTec->faceScan.scanTime = 1s;
+        steered_.faceTec->idScan.scanTime = 1s;
+    };
+    plan(0);
+    connect(&scan, &QComboBox::currentIndexChanged, this, plan);
+    box.setLayout(form.release());
+}
+
+void SteeringPanel::addLook(QGroupBox& box) {
+    auto form = std::make_unique<QFormLayout>();
+    auto& size = addRow<QSlider>(*form, "Reading size", Qt::Horizontal);
+    using Sizes = RawValues<platform::ContentSizeCategory>;
+    size.setRange(Sizes::first, Sizes::last);
+    size.setValue(static_cast<int>(steered_.window->preferredContentSizeCategory()));
+    connect(&size, &QSlider::valueChanged, this, [this](int value) {
+        steered_.window->setPreferredContentSizeCategory(static_cast<platform::ContentSizeCategory>(value));
+    });
+    auto& display = addRow<QComboBox>(*form, "Display");
+    display.addItems({"390 x 844 points", "320 x 568 points", "430 x 932 points"});
+    connect(&display, &QComboBox::currentIndexChanged, this, [this](int index) {
+        constexpr std::array sizes{platform::Size{390, 844}, platform::Size{320, 568}, platform::Size{430, 932}};
+        steered_.window->setSize(sizes.at(static_cast<std::size_t>(index)));
+    });
+    auto& theme = addRow<QComboBox>(*form, "Theme");
+    for (const auto& each : themePresets()) {
+        theme.addItem(each.name);
+    }
+    auto& dark = addRow<QCheckBox>(*form, "", "Dark colours of the host");
+    dark.setAccessibleName(dark.text());
+    const auto apply = [this, &theme, &dark] {
+        steered_.look->setDark(dark.isChecked());
+        steered_.setTheme(themePresets().at(static_cast<std::size_t>(theme.currentIndex())).make());
+    };
+    connect(&theme, &QComboBox::currentIndexChanged, this, apply);
+    connect(&dark, &QCheckBox::toggled, this, apply);
+    addRow<QLabel>(*form, "", "Theme and colours count from the next screen on.");
+    box.setLayout(form.release());
+}
+
+} // namespace kivo::device::app

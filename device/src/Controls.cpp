@@ -1,0 +1,256 @@
+#include "Controls.hpp"
+
+#include "Content.hpp"
+#include "Drawing.hpp"
+#include "Text.hpp"
+
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Keyboard.hpp>
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace kivo::device {
+namespace {
+
+using platform::AccessibilityRole;
+using platform::View;
+using Views = std::vector<std::shared_ptr<View>>;
+
+/// The margins that a line edit keeps to itself.
+constexpr double editMargin = 2;
+
+bool isControl(AccessibilityRole role) {
+    return role == AccessibilityRole::button || role == AccessibilityRole::textField;
+}
+
+void collect(const std::shared_ptr<View>& view, Views& found) {
+    if (view->isHidden() || view->alpha() == 0) {
+        return;
+    }
+    const auto role = view->accessibilityRole();
+    if (isControl(role) || role == AccessibilityRole::progress || role == AccessibilityRole::alert ||
+        (role != AccessibilityRole::none && !view->accessibilityLabel().empty())) {
+        found.push_back(view);
+    }
+    for (const auto& subview : view->subviews()) {
+        collect(subview, found);
+    }
+}
+
+std::string nameOf(const View& view) {
+    if (auto label = view.accessibilityLabel(); !label.empty()) {
+        return label;
+    }
+    switch (view.accessibilityRole()) {
+    case AccessibilityRole::progress:
+        return "Please wait";
+    case AccessibilityRole::alert: {
+        std::string texts;
+        for (const auto& subview : view.subviews()) {
+            if (subview->accessibilityRole() == AccessibilityRole::text && !subview->shownText().empty()) {
+                texts += (texts.empty() ? "" : ". ") + subview->shownText();
+            }
+        }
+        return texts;
+    }
+    default:
+        return view.identifier();
+    }
+}
+
+/// The part of a view that the views around it let show.
+QRectF shownPart(const View& view) {
+    auto part = toQt(view.frameOnScreen());
+    for (auto around = view.superview(); around; around = around->superview()) {
+        if (clips(*around) || !around->superview()) {
+            part = part.intersected(toQt(around->frameOnScreen()));
+        }
+    }
+    return part;
+}
+
+bool isCovered(platform::Window& window, View& view, const QRectF& part) {
+    const auto hit = window.hitTest({part.center().x(), part.center().y()});
+    return hit && !hit->isDescendantOf(view) && !view.isDescendantOf(*hit);
+}
+
+} // namespace
+
+ButtonControl::ButtonControl(std::shared_ptr<View> view, std::function<void()> changed, QWidget* parent)
+    : QPushButton{parent}
+    , view_{std::move(view)} {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    // A tap does not take the keyboard from a field.
+    setFocusPolicy(Qt::TabFocus);
+    connect(this, &QPushButton::clicked, this, [this, changed = std::move(changed)] {
+        const auto touched = view_;
+        touched->touch();
+        changed();
+    });
+}
+
+void ButtonControl::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter{this};
+    painter.setRenderHint(QPainter::Antialiasing);
+    const auto radius = view_->layer().cornerRadius;
+    if (isDown()) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor{0, 0, 0, 50});
+        painter.drawRoundedRect(rect(), radius, radius);
+    }
+    if (hasFocus()) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen{QColor{255, 149, 0}, 3});
+        painter.drawRoundedRect(QRectF{rect()}.adjusted(2, 2, -2, -2), radius, radius);
+    }
+}
+
+void ButtonControl::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    QPushButton::keyPressEvent(event);
+}
+
+ReadableElement::ReadableElement(AccessibilityRole role, QWidget* parent)
+    : QWidget{parent}
+    , role_{role} {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+Controls::Controls(QWidget& phone, std::function<void()> changed)
+    : phone_{phone}
+    , changed_{std::move(changed)} {
+    makeElementsAccessible();
+}
+
+Controls::~Controls() {
+    // Else Qt would hand the focus from one dying field to the next, which would begin editing.
+    for (const auto& [view, control] : controls_) {
+        control.widget->setFocusPolicy(Qt::NoFocus);
+    }
+}
+
+std::unique_ptr<QWidget> Controls::make(const std::shared_ptr<View>& view) {
+    if (auto field = std::dynamic_pointer_cast<platform::TextField>(view)) {
+        return std::make_unique<FieldEdit>(std::move(field), changed_, &phone_);
+    }
+    if (view->accessibilityRole() == AccessibilityRole::button) {
+        return std::make_unique<ButtonControl>(view, changed_, &phone_);
+    }
+    return std::make_unique<ReadableElement>(view->accessibilityRole(), &phone_);
+}
+
+void Controls::remove(Control& control) {
+    if (control.widget->hasFocus()) {
+        phone_.setFocus();
+    }
+    control.widget->hide();
+    // Its own event may be what took the view away.
+    control.widget.release()->deleteLater();
+}
+
+void Controls::place(View& view, QWidget& widget) {
+    auto area = shownPart(view);
+    if (const auto* edit = dynamic_cast<FieldEdit*>(&widget)) {
+        const auto text = textArea(*edit->field()).translated(toQt(view.frameOnScreen()).topLeft());
+        area = text.adjusted(-editMargin, 0, editMargin, 0);
+    }
+    if (const auto wanted = area.toRect(); wanted != widget.geometry()) {
+        widget.setGeometry(wanted);
+    }
+    const auto name = toQt(nameOf(view));
+    if (name != widget.accessibleName()) {
+        widget.setAccessibleName(name);
+    }
+    widget.setObjectName(toQt(view.identifier()));
+}
+
+void Controls::synchronize(platform::Window& window, bool fieldsPaint) {
+    Views wanted;
+    if (!window.subviews().empty()) {
+        collect(window.subviews().back(), wanted);
+    }
+    for (auto entry = controls_.begin(); entry != controls_.end();) {
+        const auto view = entry->second.view.lock();
+        if (!view || std::ranges::find(wanted, view) == wanted.end()) {
+            remove(entry->second);
+            entry = controls_.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+    QWidget* former = nullptr;
+    for (const auto& view : wanted) {
+        auto& control = controls_[view.get()];
+        const bool isNew = control.widget == nullptr;
+        if (isNew) {
+            control = {.view = view, .widget = make(view)};
+        }
+        auto& widget = *control.widget;
+        const auto part = shownPart(*view);
+        place(*view, widget);
+        const auto covered = isControl(view->accessibilityRole()) && isCovered(window, *view, part);
+        widget.setEnabled(!isControl(view->accessibilityRole()) || view->isReachable());
+        if (auto* edit = dynamic_cast<FieldEdit*>(&widget)) {
+            edit->pull();
+            edit->setPaintsItself(fieldsPaint && !covered);
+            widget.setVisible(!part.isEmpty());
+        } else {
+            widget.setVisible(!part.isEmpty() && !covered);
+        }
+        if (isNew && former != nullptr) {
+            QWidget::setTabOrder(former, &widget);
+        }
+        former = &widget;
+    }
+    moveFocus();
+}
+
+void Controls::moveFocus() {
+    const auto responder = std::dynamic_pointer_cast<platform::TextField>(platform::Keyboard::firstResponder());
+    if (auto* const edit = responder ? editOf(*responder) : nullptr) {
+        if (!edit->hasFocus()) {
+            edit->setFocus(Qt::OtherFocusReason);
+        }
+        return;
+    }
+    for (const auto& [view, control] : controls_) {
+        if (control.widget->hasFocus() && dynamic_cast<FieldEdit*>(control.widget.get()) != nullptr) {
+            phone_.setFocus();
+        }
+    }
+}
+
+FieldEdit* Controls::editOf(const platform::TextField& field) const {
+    const auto found = controls_.find(&field);
+    return found == controls_.end() ? nullptr : dynamic_cast<FieldEdit*>(found->second.widget.get());
+}
+
+void Controls::setDown(View& view, bool down) const {
+    for (auto around = view.shared_from_this(); around; around = around->superview()) {
+        const auto found = controls_.find(around.get());
+        auto* const button =
+            found == controls_.end() ? nullptr : dynamic_cast<ButtonControl*>(found->second.widget.get());
+        if (button != nullptr) {
+            button->setDown(down && button->isEnabled());
+            return;
+        }
+    }
+}
+
+void Controls::drawFields(QPainter& painter) const {
+    for (const auto& [view, control] : controls_) {
+        auto* const edit = dynamic_cast<FieldEdit*>(control.widget.get());
+        if (edit != nullptr && edit->isVisible() && edit->paintsItself()) {
+            edit->render(&painter, edit->pos(), {}, QWidget::DrawChildren);
+        }
+    }
+}
+
+} // namespace kivo::device

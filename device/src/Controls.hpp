@@ -1,0 +1,81 @@
+#pragma once
+
+#include "FieldEdit.hpp"
+
+#include <kivo/platform/ui/Window.hpp>
+
+#include <QPushButton>
+#include <QWidget>
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace kivo::device {
+
+/// A button of the tree for the keyboard and for assistive technology. It draws only that it is pressed or focused.
+class ButtonControl final : public QPushButton {
+public:
+    ButtonControl(std::shared_ptr<platform::View> view, std::function<void()> changed, QWidget* parent);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    std::shared_ptr<platform::View> view_;
+};
+
+/// A view of the tree that can be read but not operated.
+class ReadableElement final : public QWidget {
+public:
+    ReadableElement(platform::AccessibilityRole role, QWidget* parent);
+
+    platform::AccessibilityRole role() const { return role_; }
+
+private:
+    platform::AccessibilityRole role_;
+};
+
+/// Has Qt know the roles of the elements; once a process.
+void makeElementsAccessible();
+
+/// The widgets over the phone's picture, one for each view of the topmost screen that has a role. They are what the
+/// keyboard, input methods and assistive technology meet; the mouse goes through them.
+class Controls {
+public:
+    /// `changed` is called after a person did something to a control.
+    Controls(QWidget& phone, std::function<void()> changed);
+    Controls(const Controls&) = delete;
+    Controls& operator=(const Controls&) = delete;
+    ~Controls();
+
+    /// Brings the widgets and the focus in line with the tree. Covered fields stop painting themselves, and with
+    /// `fieldsPaint` false all fields do.
+    void synchronize(platform::Window& window, bool fieldsPaint);
+
+    FieldEdit* editOf(const platform::TextField& field) const;
+
+    /// Shows whether the control of a view, or of one around it, is held down.
+    void setDown(platform::View& view, bool down) const;
+
+    /// Draws the fields that paint themselves.
+    void drawFields(QPainter& painter) const;
+
+private:
+    struct Control {
+        std::weak_ptr<platform::View> view;
+        std::unique_ptr<QWidget> widget;
+    };
+
+    std::unique_ptr<QWidget> make(const std::shared_ptr<platform::View>& view);
+    void remove(Control& control);
+    void place(platform::View& view, QWidget& widget);
+    void moveFocus();
+
+    QWidget& phone_;
+    std::function<void()> changed_;
+    std::map<const platform::View*, Control> controls_;
+};
+
+} // namespace kivo::device

@@ -1,0 +1,129 @@
+#include "Drawing.hpp"
+
+#include "Text.hpp"
+
+#include <kivo/platform/ui/ScrollView.hpp>
+
+#include <QImage>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+
+namespace kivo::device {
+namespace {
+
+constexpr int shadowSteps = 8;
+
+QPainterPath box(const QRectF& rect, double cornerRadius) {
+    QPainterPath path;
+    const auto radius = std::clamp(cornerRadius, 0.0, std::min(rect.width(), rect.height()) / 2);
+    path.addRoundedRect(rect, radius, radius);
+    return path;
+}
+
+bool hasShadow(const platform::Layer& layer) {
+    return layer.shadowOpacity > 0 && layer.shadowColor && !layer.masksToBounds;
+}
+
+/// A blur of boxes over one another, each larger and fainter.
+void drawShadow(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
+    auto color = *layer.shadowColor;
+    color.alpha *= layer.shadowOpacity / shadowSteps;
+    const auto place = bounds.translated(layer.shadowOffset.width, layer.shadowOffset.height);
+    for (int i = 0; i < shadowSteps; ++i) {
+        const auto reach = layer.shadowRadius * (1 - 2.0 * i / (shadowSteps - 1));
+        painter.fillPath(box(place.adjusted(-reach, -reach, reach, reach), layer.cornerRadius + reach), toQt(color));
+    }
+}
+
+void drawBorder(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
+    if (layer.borderWidth <= 0) {
+        return;
+    }
+    const auto half = layer.borderWidth / 2;
+    painter.strokePath(box(bounds.adjusted(half, half, -half, -half), layer.cornerRadius - half),
+                       QPen{toQt(layer.borderColor.value_or(platform::Color::black())), layer.borderWidth});
+}
+
+/// The view and its subviews, in its own coordinates and without its alpha.
+void drawOpaque(QPainter& painter, platform::View& view, const Moment& moment) {
+    const auto bounds = toQt(view.bounds());
+    const auto& layer = view.layer();
+    if (hasShadow(layer)) {
+        drawShadow(painter, bounds, layer);
+    }
+    if (const auto& color = view.backgroundColor()) {
+        painter.fillPath(box(bounds, layer.cornerRadius), toQt(*color));
+    }
+    painter.save();
+    if (clips(view)) {
+        if (layer.cornerRadius > 0) {
+            painter.setClipPath(box(bounds, layer.cornerRadius), Qt::IntersectClip);
+        } else {
+            painter.setClipRect(bounds, Qt::IntersectClip);
+        }
+    }
+    painter.save();
+    drawContent(painter, view, moment);
+    painter.restore();
+    for (const auto& subview : view.subviews()) {
+        drawTree(painter, *subview, moment);
+    }
+    painter.restore();
+    drawBorder(painter, bounds, layer);
+}
+
+/// Views that overlap inside a translucent one do not shine through each other.
+void drawTranslucent(QPainter& painter, platform::View& view, const Moment& moment) {
+    const auto area = (painter.hasClipping() ? painter.clipBoundingRect() : drawnArea(view)).toAlignedRect();
+    const auto density = painter.device()->devicePixelRatioF();
+    QImage sheet{(QSizeF{area.size()} * density).toSize(), QImage::Format_ARGB32_Premultiplied};
+    sheet.setDevicePixelRatio(density);
+    sheet.fill(Qt::transparent);
+    QPainter onSheet{&sheet};
+    onSheet.setRenderHints(painter.renderHints());
+    onSheet.translate(-area.topLeft());
+    onSheet.setClipRect(area);
+    drawOpaque(onSheet, view, moment);
+    onSheet.end();
+    painter.setOpacity(painter.opacity() * view.alpha());
+    painter.drawImage(area.topLeft(), sheet);
+}
+
+} // namespace
+
+bool clips(const platform::View& view) {
+    return view.layer().masksToBounds || dynamic_cast<const platform::ScrollView*>(&view) != nullptr;
+}
+
+QRectF drawnArea(const platform::View& view) {
+    const auto bounds = toQt(view.bounds());
+    const auto& layer = view.layer();
+    if (!hasShadow(layer)) {
+        return bounds;
+    }
+    const auto reach = layer.shadowRadius;
+    return bounds.united(
+        bounds.translated(layer.shadowOffset.width, layer.shadowOffset.height).adjusted(-reach, -reach, reach, reach));
+}
+
+void drawTree(QPainter& painter, platform::View& view, const Moment& moment) {
+    if (view.isHidden() || view.alpha() <= 0) {
+        return;
+    }
+    const auto frame = toQt(view.frame());
+    if (clips(view) && painter.hasClipping() &&
+        !painter.clipBoundingRect().intersects(drawnArea(view).translated(frame.topLeft()))) {
+        return;
+    }
+    painter.save();
+    painter.translate(frame.topLeft());
+    if (view.alpha() < 1) {
+        drawTranslucent(painter, view, moment);
+    } else {
+        drawOpaque(painter, view, moment);
+    }
+    painter.restore();
+}
+
+} // namespace kivo::device

@@ -1,0 +1,152 @@
+#include "FieldEdit.hpp"
+
+#include "Content.hpp"
+#include "Text.hpp"
+
+#include <kivo/platform/Text.hpp>
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPaintEvent>
+#include <QPalette>
+#include <algorithm>
+#include <utility>
+
+namespace kivo::device {
+namespace {
+
+/// The first `count` user-perceived characters, in Qt's units.
+qsizetype length(const std::string& text, std::size_t count) {
+    return toQt(text::firstCharacters(text, count).value_or(text)).size();
+}
+
+} // namespace
+
+FieldEdit::FieldEdit(std::shared_ptr<platform::TextField> field, std::function<void()> changed, QWidget* parent)
+    : QLineEdit{parent}
+    , field_{std::move(field)}
+    , changed_{std::move(changed)} {
+    setFrame(false);
+    setAttribute(Qt::WA_TransparentForMouseEvents); // the phone finds out what is touched
+    connect(this, &QLineEdit::textEdited, this, &FieldEdit::apply);
+    connect(this, &QLineEdit::cursorPositionChanged, this, &FieldEdit::pushSelection);
+    connect(this, &QLineEdit::selectionChanged, this, &FieldEdit::pushSelection);
+    pull();
+}
+
+void FieldEdit::pull() {
+    isPulling_ = true;
+    auto colors = palette();
+    const auto plain = field_->textColor();
+    const auto& attributes = field_->attributedText();
+    colors.setColor(QPalette::Text, toQt(attributes ? attributes->foregroundColor.value_or(plain) : plain));
+    colors.setColor(QPalette::PlaceholderText, placeholderColor(*field_));
+    colors.setColor(QPalette::Base, Qt::transparent);
+    if (colors != palette()) {
+        setPalette(colors);
+    }
+    if (const auto wanted = shownFont(*field_); wanted != font()) {
+        setFont(wanted);
+    }
+    setAlignment(toQt(field_->textAlignment()) | Qt::AlignVCenter);
+    setPlaceholderText(toQt(field_->placeholder()));
+    setReadOnly(!field_->canBecomeFirstResponder());
+    setFocusPolicy(field_->canBecomeFirstResponder() ? Qt::StrongFocus : Qt::NoFocus);
+    const auto& hints = field_->keyboardType() == platform::KeyboardType::numberPad ? Qt::ImhDigitsOnly : Qt::ImhNone;
+    setInputMethodHints(hints | (field_->isAutocorrected() ? Qt::ImhNone : Qt::ImhNoPredictiveText));
+    if (const auto wanted = toQt(field_->text()); wanted != text()) {
+        setText(wanted);
+    }
+    const auto [location, count] = field_->selection();
+    const auto begin = static_cast<int>(length(field_->text(), location));
+    const auto end = static_cast<int>(length(field_->text(), location + count));
+    if (count > 0 && (selectionStart() != begin || selectionEnd() != end)) {
+        setSelection(begin, end - begin);
+    } else if (count == 0 && (hasSelectedText() || cursorPosition() != begin)) {
+        setCursorPosition(begin);
+    }
+    editBegins_ = begin;
+    isPulling_ = false;
+}
+
+void FieldEdit::setPaintsItself(bool paints) {
+    if (std::exchange(paintsItself_, paints) != paints) {
+        update();
+    }
+}
+
+bool FieldEdit::event(QEvent* event) {
+    const auto taken = QLineEdit::event(event);
+    editBegins_ = hasSelectedText() ? selectionStart() : cursorPosition();
+    return taken;
+}
+
+void FieldEdit::keyPressEvent(QKeyEvent* event) {
+    const bool isAtStart = cursorPosition() == 0 && !hasSelectedText();
+    if (event->key() == Qt::Key_Backspace && isAtStart) {
+        // Nothing to delete here, but the field may go back to the one before.
+        field_->deleteBackward();
+        changed_();
+        return;
+    }
+    QLineEdit::keyPressEvent(event);
+}
+
+platform::TextRange FieldEdit::range(qsizetype begin, qsizetype end, const QString& text) const {
+    const auto count = [&](qsizetype units) { return text::characterCount(text.left(units).toStdString()); };
+    return {.location = count(begin), .length = count(end) - count(begin)};
+}
+
+void FieldEdit::apply(const QString& edited) {
+    const auto former = toQt(field_->text());
+    const auto behind = std::min(edited.size() - cursorPosition(), former.size());
+    const auto furthest = std::min({former.size() - behind, edited.size() - behind, editBegins_});
+    qsizetype begin = 0;
+    while (begin < furthest && former[begin] == edited[begin]) {
+        ++begin;
+    }
+    const auto inserted = edited.mid(begin, edited.size() - behind - begin).toStdString();
+    field_->setSelection(range(begin, former.size() - behind, former));
+    if (inserted.empty()) {
+        field_->deleteBackward();
+    } else {
+        field_->insertText(inserted);
+    }
+    pull();
+    changed_();
+}
+
+void FieldEdit::pushSelection() {
+    // While an edit is in progress the field still has the text before it.
+    if (isPulling_ || text() != toQt(field_->text())) {
+        return;
+    }
+    const auto begin = hasSelectedText() ? selectionStart() : cursorPosition();
+    const auto end = hasSelectedText() ? selectionEnd() : cursorPosition();
+    field_->setSelection(range(begin, end, text()));
+}
+
+void FieldEdit::focusInEvent(QFocusEvent* event) {
+    QLineEdit::focusInEvent(event);
+    if (!field_->isFirstResponder()) {
+        field_->becomeFirstResponder();
+        changed_();
+    }
+}
+
+void FieldEdit::focusOutEvent(QFocusEvent* event) {
+    QLineEdit::focusOutEvent(event);
+    const bool isLeft = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (isLeft && field_->isFirstResponder()) {
+        field_->resignFirstResponder();
+        changed_();
+    }
+}
+
+void FieldEdit::paintEvent(QPaintEvent* event) {
+    if (paintsItself_) {
+        QLineEdit::paintEvent(event);
+    }
+}
+
+} // namespace kivo::device

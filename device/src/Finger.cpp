@@ -1,0 +1,92 @@
+#include "Finger.hpp"
+
+#include <QCoreApplication>
+#include <cmath>
+#include <utility>
+
+namespace kivo::device {
+namespace {
+
+/// How far a finger may slip before it drags.
+constexpr double slip = 8;
+
+std::shared_ptr<platform::ScrollView> scrollAround(std::shared_ptr<platform::View> view) {
+    for (; view; view = view->superview()) {
+        if (auto scroll = std::dynamic_pointer_cast<platform::ScrollView>(view)) {
+            return scroll;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void Finger::press(platform::Window& window, QMouseEvent& event, const std::function<void()>& synchronize) {
+    start_ = event.position();
+    isScrolling_ = false;
+    edit_ = nullptr;
+    const auto hit = window.hitTest({start_.x(), start_.y()});
+    pressed_ = hit;
+    const auto scroll = scrollAround(hit);
+    scrolled_ = scroll;
+    startOffset_ = scroll ? scroll->contentOffset() : 0;
+    if (const auto field = std::dynamic_pointer_cast<platform::TextField>(hit)) {
+        pressed_.reset();
+        field->touch();
+        synchronize();
+        if (field->isFirstResponder()) {
+            edit_ = controls_.editOf(*field);
+            pass(event);
+        }
+    } else if (hit) {
+        controls_.setDown(*hit, true);
+    }
+}
+
+void Finger::move(QMouseEvent& event) {
+    if (edit_) {
+        pass(event);
+        return;
+    }
+    const auto distance = event.position().y() - start_.y();
+    const auto scroll = scrolled_.lock();
+    isScrolling_ = isScrolling_ || (scroll && std::abs(distance) > slip);
+    if (isScrolling_ && scroll) {
+        if (const auto view = std::exchange(pressed_, {}).lock()) {
+            controls_.setDown(*view, false);
+        }
+        scroll->setContentOffset(startOffset_ - distance);
+    }
+}
+
+void Finger::release(platform::Window& window, QMouseEvent& event) {
+    if (edit_) {
+        pass(event);
+        edit_ = nullptr;
+        return;
+    }
+    const auto view = std::exchange(pressed_, {}).lock();
+    if (!view) {
+        return;
+    }
+    controls_.setDown(*view, false);
+    if (window.hitTest({event.position().x(), event.position().y()}) == view) {
+        view->touch();
+    }
+}
+
+void Finger::wheel(platform::Window& window, QPointF position, double distance) {
+    if (const auto scroll = scrollAround(window.hitTest({position.x(), position.y()}))) {
+        scroll->setContentOffset(scroll->contentOffset() - distance);
+    }
+}
+
+void Finger::pass(QMouseEvent& event) {
+    QMouseEvent passed{event.type(),          edit_->mapFromParent(event.position().toPoint()),
+                       event.scenePosition(), event.globalPosition(),
+                       event.button(),        event.buttons(),
+                       event.modifiers()};
+    QCoreApplication::sendEvent(edit_, &passed);
+}
+
+} // namespace kivo::device

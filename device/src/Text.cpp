@@ -1,0 +1,114 @@
+#include "Text.hpp"
+
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QTextLayout>
+#include <QTextOption>
+#include <algorithm>
+#include <cmath>
+
+namespace kivo::device {
+namespace {
+
+/// Qt counts lengths in 1/64 of a point, in 32 bits.
+constexpr double widestLine = 1e6;
+
+/// A text broken into lines.
+class Lines {
+public:
+    Lines(QString text, const QFont& font, double width, Qt::Alignment alignment)
+        : layout_{text.replace('\n', QChar::LineSeparator), font}
+        , lineHeight_{QFontMetricsF{font}.height()} {
+        QTextOption option{alignment};
+        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        layout_.setTextOption(option);
+        layout_.beginLayout();
+        for (auto line = layout_.createLine(); line.isValid(); line = layout_.createLine()) {
+            line.setLineWidth(std::clamp(width, 0.0, widestLine));
+            line.setPosition({0, height_});
+            widest_ = std::max(widest_, line.naturalTextWidth());
+            height_ += lineHeight_;
+        }
+        layout_.endLayout();
+    }
+
+    double widest() const { return widest_; }
+
+    double height() const { return std::max(height_, lineHeight_); }
+
+    void draw(QPainter& painter, QPointF position) const { layout_.draw(&painter, position); }
+
+private:
+    QTextLayout layout_;
+    double lineHeight_;
+    double widest_ = 0;
+    double height_ = 0;
+};
+
+} // namespace
+
+std::optional<QFont> installedTypeface(const QString& name) {
+    if (QFontDatabase::families().contains(name)) {
+        return QFont{name};
+    }
+    const auto dash = name.lastIndexOf('-');
+    const auto family = name.left(dash);
+    const auto style = name.mid(dash + 1);
+    if (dash > 0 && QFontDatabase::styles(family).contains(style)) {
+        return QFontDatabase::font(family, style, 1);
+    }
+    return std::nullopt;
+}
+
+QString toQt(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QColor toQt(const platform::Color& color) {
+    const auto channel = [](double level) { return static_cast<float>(std::clamp(level, 0.0, 1.0)); };
+    return QColor::fromRgbF(channel(color.red), channel(color.green), channel(color.blue), channel(color.alpha));
+}
+
+QRectF toQt(const platform::Rect& rect) {
+    return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
+}
+
+platform::Rect fromQt(const QRectF& rect) {
+    return {.origin = {rect.x(), rect.y()}, .size = {rect.width(), rect.height()}};
+}
+
+QFont toQt(const platform::Font& font) {
+    auto made = (font.name.empty() ? std::nullopt : installedTypeface(toQt(font.name)))
+                    .value_or(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
+    made.setPixelSize(std::max(static_cast<int>(std::lround(font.pointSize)), 1));
+    // Without hinting a text is as wide on a fine display as it was measured on a coarse one.
+    made.setHintingPreference(QFont::PreferNoHinting);
+    return made;
+}
+
+Qt::Alignment toQt(platform::TextAlignment alignment) {
+    switch (alignment) {
+    case platform::TextAlignment::left:
+        return Qt::AlignLeft | Qt::AlignAbsolute;
+    case platform::TextAlignment::center:
+        return Qt::AlignHCenter;
+    case platform::TextAlignment::right:
+        return Qt::AlignRight | Qt::AlignAbsolute;
+    case platform::TextAlignment::natural:
+        break;
+    }
+    return Qt::AlignLeft;
+}
+
+platform::Size measureText(const QString& text, const QFont& font, double widthLimit) {
+    const Lines lines{text, font, widthLimit, Qt::AlignLeft};
+    return {std::min(std::ceil(lines.widest()), widthLimit), std::ceil(lines.height())};
+}
+
+void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment) {
+    const Lines lines{text, font, area.width(), alignment & Qt::AlignHorizontal_Mask};
+    const auto spare = alignment.testFlag(Qt::AlignVCenter) ? (area.height() - lines.height()) / 2 : 0;
+    lines.draw(painter, {area.x(), area.y() + std::max(spare, 0.0)});
+}
+
+} // namespace kivo::device

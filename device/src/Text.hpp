@@ -1,0 +1,37 @@
+#pragma once
+
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Font.hpp>
+#include <kivo/platform/ui/Geometry.hpp>
+#include <kivo/platform/ui/TextStyled.hpp>
+
+#include <QColor>
+#include <QFont>
+#include <QPainter>
+#include <QRectF>
+#include <QString>
+#include <optional>
+#include <string_view>
+
+namespace kivo::device {
+
+QString toQt(std::string_view text);
+QColor toQt(const platform::Color& color);
+QRectF toQt(const platform::Rect& rect);
+platform::Rect fromQt(const QRectF& rect);
+
+/// The typeface that a name such as "DejaVu Sans" or "Karbon-Medium" stands for: a family, or a family and a style.
+std::optional<QFont> installedTypeface(const QString& name);
+
+/// The font as it is drawn and measured; the system's own where the typeface is not installed.
+QFont toQt(const platform::Font& font);
+
+Qt::Alignment toQt(platform::TextAlignment alignment);
+
+/// The text's size, its lines broken at `widthLimit`.
+platform::Size measureText(const QString& text, const QFont& font, double widthLimit);
+
+/// Draws the text into `area`, its lines broken at the area's width: at the top, or in the middle with `AlignVCenter`.
+void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment);
+
+} // namespace kivo::device

@@ -1,0 +1,105 @@
+#include "DeviceFixture.hpp"
+
+#include <kivo/device/LayoutFaults.hpp>
+#include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Label.hpp>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+
+namespace kivo::test {
+namespace {
+
+using namespace platform;
+using testing::Contains;
+using testing::IsEmpty;
+
+class ScreenLayout : public DeviceFixture {
+protected:
+    /// At every reading size, on a large and on a small display.
+    void expectNoFaults(const std::string& what) const {
+        for (const auto size : {Size{390, 844}, Size{320, 568}}) {
+            window->setSize(size);
+            for (int raw = 0; raw <= RawValues<ContentSizeCategory>::last; ++raw) {
+                window->setPreferredContentSizeCategory(static_cast<ContentSizeCategory>(raw));
+                EXPECT_THAT(device::layoutFaults(*window), IsEmpty())
+                    << what << " at reading size " << raw << ", " << size.width << " points wide";
+            }
+        }
+    }
+};
+
+TEST_F(ScreenLayout, OfTheCodeScreenShowsEverythingAtEveryReadingSize) {
+    for (const auto style : {CodeTextFieldStyle::boxed, CodeTextFieldStyle::single}) {
+        const auto theme = std::make_shared<ThemeCustomization>();
+        theme->codeTextFieldStyle = style;
+        theme->maximumContentSizeCategoryLimit = ContentSizeCategory::accessibilityExtraExtraExtraLarge;
+        showCodeScreen(theme);
+        expectNoFaults(style == CodeTextFieldStyle::boxed ? "boxes" : "one field");
+        navigation->popToViewController(host, /*animated=*/false);
+    }
+}
+
+TEST_F(ScreenLayout, OfEverySceneShowsEverythingAtEveryReadingSize) {
+    showCodeScreen(); // makes the screens' classes known
+    navigation->popToViewController(host, /*animated=*/false);
+    const auto file = services().bundles->main()->pathForResource("ZORFramework", "storyboard");
+    ASSERT_TRUE(file);
+    const auto storyboard = nlohmann::json::parse(std::ifstream{*file}, nullptr, true, /*ignore_comments=*/true);
+    for (const auto& [identifier, scene] : storyboard.at("scenes").items()) {
+        showScene(identifier);
+        expectNoFaults(identifier);
+        navigation->popToViewController(host, /*animated=*/false);
+    }
+}
+
+TEST_F(ScreenLayout, OfAnAlertShowsItsTextsAndAnswers) {
+    const auto alert = std::make_shared<AlertController>("", "Are you sure, you want to terminate the process?");
+    alert->addAction({.title = "OK"});
+    alert->addAction({.title = "Cancel"});
+    navigation->present(alert, /*animated=*/false);
+    mainLoop->drain();
+    ASSERT_EQ(window->visibleViewController(), alert);
+    expectNoFaults("alert");
+}
+
+TEST_F(ScreenLayout, FaultsAreNamed) {
+    struct Case {
+        std::string fault;
+        Placement first;
+        Placement second;
+    };
+
+    const Placement above{.top = 0, .left = 0, .width = 200, .height = 40};
+    const Placement below{.top = 60, .left = 0, .width = 200, .height = 40};
+    for (const auto& [fault, first, second] : {
+             Case{R"("first" and "second" overlap)", above, {.top = 30, .left = 0, .width = 200, .height = 40}},
+             Case{R"("first" is too small for its text)", {.top = 0, .left = 0, .width = 40, .height = 20}, below},
+             Case{R"("second" is too small for its text)", above, {.top = 60, .left = 0, .width = 20, .height = 20}},
+             Case{R"("second" is partly or wholly out of sight)", above, {.left = 0, .bottom = -60, .height = 40}},
+             Case{R"("second" has no room)", above, {.top = 60, .left = 0, .width = 0, .height = 0}},
+         }) {
+        const auto label = std::make_shared<Label>();
+        label->setIdentifier("first");
+        label->setText("A text of some length");
+        label->setPlacement(first);
+        const auto button = std::make_shared<Button>();
+        button->setIdentifier("second");
+        button->setTitle("Go");
+        button->setPlacement(second);
+        const auto screen = std::make_shared<ViewController>();
+        screen->view()->addSubview(label);
+        screen->view()->addSubview(button);
+        window->setRootViewController(screen);
+        EXPECT_THAT(device::layoutFaults(*window), Contains(fault));
+        label->setPlacement(above);
+        button->setPlacement(below);
+        EXPECT_THAT(device::layoutFaults(*window), IsEmpty()) << "after mending " << fault;
+    }
+}
+
+} // namespace
+} // namespace kivo::test
