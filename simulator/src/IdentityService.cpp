@@ -149,8 +149,7 @@ private:
         if (!hostPerEndpoint_) {
             return std::nullopt;
         }
-        for (const auto endpoint : {Endpoint::join, Endpoint::update, Endpoint::status, Endpoint::commit,
-                                    Endpoint::upload, Endpoint::facemap, Endpoint::idScan, Endpoint::biodata}) {
+        for (const auto endpoint : allEndpoints) {
             if (host.substr(0, host.find('.')) == name(endpoint)) {
                 return endpoint;
             }

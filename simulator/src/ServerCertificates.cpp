@@ -1,5 +1,7 @@
 #include "ServerCertificates.hpp"
 
+#include <kivo/simulator/IdentityService.hpp>
+
 #include <openssl/err.h>
 #include <openssl/pem.h>
 
@@ -88,8 +90,8 @@ const IssuedCertificate& ServerCertificates::withFlaw(CertificateFlaw flaw) {
         CertificateRequest request;
         request.keyType = keyType_;
         request.flaw = flaw;
-        for (const auto* endpoint : {"join", "update", "status", "commit", "upload", "facemap", "idScan"}) {
-            request.names.push_back(std::string{endpoint} + ".localhost");
+        for (const auto endpoint : allEndpoints) {
+            request.names.push_back(std::string{name(endpoint)} + ".localhost");
         }
         entry->second = authority_.issue(request);
     }

@@ -14,8 +14,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::array<std::string_view, 8> endpointNames{"join",   "update",  "status", "commit",
-                                                        "upload", "facemap", "idScan", "biodata"};
+constexpr std::array<std::string_view, allEndpoints.size()> endpointNames{"join",   "update",  "status", "commit",
+                                                                          "upload", "facemap", "idScan", "biodata"};
 
 void requireUpdate(const Json& body) {
     if (body.is_object() && body.contains("code")) {

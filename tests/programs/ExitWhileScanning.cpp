@@ -40,15 +40,15 @@ int main(int count, char** arguments) {
     const std::string pipeline = count > 1 ? arguments[1] : "";
     const auto camera = makeFrameCamera(pipeline.empty() ? std::make_shared<Endless>() : makePipelineSource(pipeline));
     // Never let go, like a host's globals.
-    auto* const session = new std::shared_ptr{camera->makeSession()};
+    static const auto& session = *new std::shared_ptr{camera->makeSession()};
     const auto counter = std::make_shared<Counter>();
     const auto output = camera->makeMetadataOutput();
     output->setDelegate(counter, RunLoop::main());
     output->setObjectTypes({MetadataObjectType::qr, MetadataObjectType::pdf417});
-    (*session)->addInput(camera->makeInput(camera->defaultVideoDevice()));
-    (*session)->addOutput(output);
-    (*session)->startRunning();
-    const auto isBusy = [&] { return counter->number > 1 || (!pipeline.empty() && (*session)->preview().number > 1); };
+    session->addInput(camera->makeInput(camera->defaultVideoDevice()));
+    session->addOutput(output);
+    session->startRunning();
+    const auto isBusy = [&] { return counter->number > 1 || (!pipeline.empty() && session->preview().number > 1); };
     for (int i = 0; i < 10000 && !RunLoop::main()->runUntil(isBusy, std::chrono::milliseconds{1}); ++i) {
     }
     return isBusy() ? 0 : 1;

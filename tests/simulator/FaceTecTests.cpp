@@ -176,6 +176,8 @@ TEST_F(SimulatedFaceTec, LetsAPersonDecide) {
         {{"switchAppButton"}, {5, done}, {4, done}},
     };
     vendor_.waitsForPerson = true;
+    window_->setSize({320, 400});
+    person_.setReadingSize(platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge);
     for (const auto& each : cases) {
         for (const bool isFace : {true, false}) {
             processor_->heard.clear();

@@ -23,13 +23,19 @@ using testing::IsEmpty;
 /// A host that acquires documents with the simulated library, over real TLS.
 class ReadIDTest : public test::HostFixture {
 protected:
-    explicit ReadIDTest(IdentityServiceConfiguration configuration = {})
-        : HostFixture{std::move(configuration)} {
+    ReadIDTest()
+        : HostFixture{hostPerEndpoint()} {
         services.readID = vendor;
         platform::install(services);
         const auto layout = sdkBundle()->pathForResource("ZORFramework", "storyboard");
         std::filesystem::copy(*layout, folder.path() / "Host.bundle");
         window->setRootViewController(navigation);
+    }
+
+    static IdentityServiceConfiguration hostPerEndpoint() {
+        IdentityServiceConfiguration configuration;
+        configuration.hostPerEndpoint = true;
+        return configuration;
     }
 
     /// Joins and shows the document screen to a person.

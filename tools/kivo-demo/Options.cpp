@@ -46,17 +46,14 @@ const std::array namedFaults{
                [] { return Fault::certificate(CertificateFlaw::selfSigned); }},
 };
 
-constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status,  Endpoint::commit,
-                               Endpoint::upload, Endpoint::biodata, Endpoint::facemap, Endpoint::idScan};
-
 std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto equals = text.find('=');
     const auto endpointName = text.substr(0, equals);
     const auto faultName = equals == std::string::npos ? std::string{} : text.substr(equals + 1);
-    const auto endpoint =
-        std::ranges::find(endpoints, endpointName, [](Endpoint each) { return kivo::simulator::name(each); });
+    const auto endpoint = std::ranges::find(kivo::simulator::allEndpoints, endpointName,
+                                            [](Endpoint each) { return kivo::simulator::name(each); });
     const auto fault = std::ranges::find(namedFaults, faultName, &NamedFault::name);
-    if (endpoint == endpoints.end() || fault == namedFaults.end()) {
+    if (endpoint == kivo::simulator::allEndpoints.end() || fault == namedFaults.end()) {
         return std::unexpected{"--fault takes ENDPOINT=FAULT, not \"" + text + "\""};
     }
     return InjectedFault{.endpoint = *endpoint, .name = faultName, .fault = fault->make()};

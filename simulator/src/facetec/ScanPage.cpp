@@ -2,6 +2,7 @@
 
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/StackView.hpp>
 
 #include <utility>
@@ -68,7 +69,10 @@ void ScanPage::showIn(platform::View& screen) const {
     for (const auto& view : former) {
         view->removeFromSuperview();
     }
-    screen.addSubview(content_);
+    const auto scroll = std::make_shared<platform::ScrollView>();
+    scroll->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
+    scroll->addSubview(content_);
+    screen.addSubview(scroll);
 }
 
 } // namespace kivo::simulator

@@ -32,9 +32,11 @@ public:
     }
 
     void setProgress(float progress) override {
-        if (!(progress >= 0 && progress <= 1)) {
+        const bool isFraction = progress >= 0 && progress <= 1;
+        if (!isFraction) {
             memory_->violations.push_back("The upload progress was " + std::to_string(progress) +
                                           ", which is not from 0 to 1");
+            return;
         }
         if (const auto screen = waitingScreen("told the upload progress")) {
             record_->uploadProgress.push_back(progress);

@@ -219,6 +219,8 @@ TEST_F(FaceScanScreen, DealsWithTheServersAnswer) {
         EXPECT_FALSE(sessions->requests.back().isWanted());
         finish();
         EXPECT_EQ(reports->heard, row.reported);
+        const bool isObject = row.answer && row.answer->body.value_or("").starts_with('{');
+        EXPECT_EQ(screen->latestServerResult(), isObject ? *row.answer->body : "");
         const bool isSuccess = !row.reported.empty() && row.reported[0].starts_with("FACE_SCAN");
         EXPECT_EQ(offersScan(*screen), !isSuccess);
         EXPECT_FALSE(hasOverlay());
@@ -332,6 +334,15 @@ TEST_F(FaceScanScreen, DropsTheUploadWhenTheLibraryCancelsOrScansAgain) {
     reports->restart();
     finish();
     EXPECT_THAT(reports->heard, ElementsAre("CANCELLED 200 ms"));
+}
+
+TEST_F(FaceScanScreen, AnswersTheHostWhenTheLibraryDoesNotWaitForTheUpload) {
+    pressNext(*shown());
+    handOver();
+    finish();
+    EXPECT_FALSE(sessions->requests.back().isWanted());
+    EXPECT_THAT(waiting->heard, IsEmpty());
+    EXPECT_THAT(reports->heard, ElementsAre("UNKNOWN_ERROR 0 ms"));
 }
 
 TEST_F(FaceScanScreen, GoesInTheMiddleOfAScan) {

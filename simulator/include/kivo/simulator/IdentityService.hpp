@@ -3,6 +3,7 @@
 #include <kivo/simulator/CertificateAuthority.hpp>
 #include <kivo/simulator/Fault.hpp>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -20,6 +21,9 @@ namespace kivo::simulator {
 /// The addresses of the identity service, each with its own kind of request. `upload` also takes the notice of a
 /// document reading; `biodata` is the document proxy, to which a vendor sends what it has read.
 enum class Endpoint { join, update, status, commit, upload, facemap, idScan, biodata };
+
+inline constexpr std::array allEndpoints{Endpoint::join,   Endpoint::update,  Endpoint::status, Endpoint::commit,
+                                         Endpoint::upload, Endpoint::facemap, Endpoint::idScan, Endpoint::biodata};
 
 /// The endpoint's name as written above.
 std::string_view name(Endpoint endpoint);

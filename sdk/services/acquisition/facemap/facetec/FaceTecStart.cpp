@@ -2,6 +2,7 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
+#include "NetworkManager/StoredSession.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
@@ -12,7 +13,7 @@
 
 namespace kivo {
 
-void startFaceTec(const ActivationResponse* session, std::function<void(bool isReady)> completion) {
+void startFaceTec(std::function<void(bool isReady)> completion) {
     constexpr std::string_view function = "initializeFaceTec()";
     const auto& vendor = platform::services().faceTec;
     if (!vendor) {
@@ -21,8 +22,9 @@ void startFaceTec(const ActivationResponse* session, std::function<void(bool isR
         completion(false);
         return;
     }
-    const auto setting = [session](std::string_view key) {
-        return session != nullptr ? settingIn(session->idpFaceMap, key) : std::string{};
+    const auto session = storedSession();
+    const auto setting = [&](std::string_view key) {
+        return session ? settingIn(session->idpFaceMap, key) : std::string{};
     };
     const auto deviceKey = setting(KivoResponseKeys::faceMapDeviceKey);
     const auto encryptionKey = setting(KivoResponseKeys::faceMapPublicKey);
@@ -41,6 +43,14 @@ void startFaceTec(const ActivationResponse* session, std::function<void(bool isR
         vendor->initializeInDevelopmentMode(deviceKey, encryptionKey, std::move(tell));
     }
     vendor->setLanguage("Zoom");
+}
+
+std::optional<std::string> storedScanToken() {
+    const auto session = storedSession();
+    if (!session || !session->idpFaceMap.contains(KivoResponseKeys::faceMapToken)) {
+        return std::nullopt;
+    }
+    return settingIn(session->idpFaceMap, KivoResponseKeys::faceMapToken);
 }
 
 } // namespace kivo

@@ -1,15 +1,18 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
-
 #include <functional>
+#include <optional>
+#include <string>
 
 namespace kivo {
 
-/// Starts the vendor's library with the session's keys, in the mode that the deployment names, and chooses its
-/// language. The session may be null.
+/// Starts the vendor's library with the stored session's keys, in the mode that the deployment names, and chooses its
+/// language. Without a session the keys are empty.
 ///
 /// `completion` is called once, on any thread; without a library at once, with false.
-void startFaceTec(const ActivationResponse* session, std::function<void(bool isReady)> completion);
+void startFaceTec(std::function<void(bool isReady)> completion);
+
+/// What lets the library begin a scan; absent where the stored session allows none.
+std::optional<std::string> storedScanToken();
 
 } // namespace kivo

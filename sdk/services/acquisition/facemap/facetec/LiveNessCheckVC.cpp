@@ -3,17 +3,14 @@
 #include "Configuration/logging/Log.hpp"
 #include "Configuration/theme/ThemeHelpers.hpp"
 #include "Models/ErrorManager.hpp"
-#include "Models/SessionKeys.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
 #include "services/acquisition/facemap/facetec/ScanFailures.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "ui/ActivityOverlay.hpp"
 #include "ui/DynamicType.hpp"
+#include "ui/Later.hpp"
 #include "ui/Leaving.hpp"
-
-#include <kivo/platform/Services.hpp>
 
 #include <chrono>
 #include <utility>
@@ -35,16 +32,12 @@ void LiveNessCheckVC::connect(platform::Interface& interface) {
 }
 
 void LiveNessCheckVC::viewDidLoad() {
-    sessionObject_ = storedSession();
-    startFaceTec(sessionObject_ ? &*sessionObject_ : nullptr, [weak = std::weak_ptr{self()}](bool isReady) {
-        if (isReady) {
-            return;
+    startFaceTec([weak = self()](bool isReady) {
+        if (!isReady) {
+            ui::later(200ms, weak, [](LiveNessCheckVC& screen) {
+                screen.report(std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
+            });
         }
-        platform::services().mainQueue->asyncAfter(200ms, [weak] {
-            if (const auto screen = weak.lock()) {
-                screen->report(std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
-            }
-        });
     });
     if (themeObj) {
         ThemeHelpers::applyTheme(*themeObj);
@@ -122,15 +115,14 @@ void LiveNessCheckVC::onLivenessButtonClick() {
         report(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
         return;
     }
-    sessionObject_ = storedSession();
-    const auto* const settings = sessionObject_ ? &sessionObject_->idpFaceMap : nullptr;
-    if (settings == nullptr || !settings->contains(KivoResponseKeys::faceMapToken)) {
+    const auto token = storedScanToken();
+    if (!token) {
         log::error(function, "enrollment Failed ----");
         report(std::unexpected{ResponseCode::INVALID_FACEMAP_TOKEN});
         return;
     }
     latestProcessor_ = std::make_shared<EnrollmentProcessor>(self());
-    if (latestProcessor_->begin(settingIn(*settings, KivoResponseKeys::faceMapToken))) {
+    if (latestProcessor_->begin(*token)) {
         log::info(function, "enrollment Success ----");
         return;
     }
@@ -165,7 +157,13 @@ void LiveNessCheckVC::handleServerFailure(std::string_view data) {
 void LiveNessCheckVC::onComplete() {
     const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
     log::info("onComplete()", isSuccess ? "FaceScan success" : "FaceScan fail");
-    afterAMoment(isSuccess ? &LiveNessCheckVC::scanDidSucceed : &LiveNessCheckVC::scanDidNotSucceed);
+    ui::later(100ms, self(), [isSuccess](LiveNessCheckVC& screen) {
+        if (isSuccess) {
+            screen.scanDidSucceed();
+        } else {
+            screen.scanDidNotSucceed();
+        }
+    });
 }
 
 void LiveNessCheckVC::scanDidSucceed() {
@@ -180,11 +178,8 @@ void LiveNessCheckVC::scanDidNotSucceed() {
     ui::hideActivityOverlay(*this);
     if (const auto result = std::exchange(latestSessionResult_, nullptr)) {
         log::info(function, [&] { return "FaceScan fail with " + result->description(); });
-        platform::services().mainQueue->asyncAfter(100ms, [weak = std::weak_ptr{self()}, status = result->status()] {
-            if (const auto screen = weak.lock()) {
-                screen->faceScanFailedWith(status);
-            }
-        });
+        ui::later(100ms, self(),
+                  [status = result->status()](LiveNessCheckVC& screen) { screen.faceScanFailedWith(status); });
     } else {
         log::info(function, "FaceScan fail no latestSessionResult");
         report(std::unexpected{ResponseCode::FACESCAN_NO_SESSION_RESULT});
@@ -205,14 +200,6 @@ void LiveNessCheckVC::closeButtonTap() {
     ui::popOrDismiss(*this, [listener = delegate] {
         if (const auto self = listener.lock()) {
             self->livenessCheckDidComplete(std::unexpected{ResponseCode::CANCELLED_BY_USER});
-        }
-    });
-}
-
-void LiveNessCheckVC::afterAMoment(void (LiveNessCheckVC::*step)()) {
-    platform::services().mainQueue->asyncAfter(100ms, [weak = std::weak_ptr{self()}, step] {
-        if (const auto screen = weak.lock()) {
-            (*screen.*step)();
         }
     });
 }

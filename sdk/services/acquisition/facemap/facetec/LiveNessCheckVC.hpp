@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "ui/ThemeApplication.hpp"
@@ -10,7 +9,6 @@
 #include <kivo/platform/ui/ViewController.hpp>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -39,6 +37,9 @@ public:
     void setLatestSessionResult(std::shared_ptr<platform::FaceTecSessionResult> result) override;
     void setLatestServerResult(std::string answer) override;
 
+    /// The text of the JSON object that the vendor's server answered last; empty before.
+    const std::string& latestServerResult() const { return latestServerResult_; }
+
     /// Nothing names the person in the vendor's database, so this stays empty.
     std::string latestExternalDatabaseRefID() const override { return {}; }
 
@@ -50,7 +51,7 @@ protected:
     void connect(platform::Interface& interface) override;
 
 private:
-    std::shared_ptr<LiveNessCheckVC> self() { return std::static_pointer_cast<LiveNessCheckVC>(shared_from_this()); }
+    std::weak_ptr<LiveNessCheckVC> self() { return std::static_pointer_cast<LiveNessCheckVC>(shared_from_this()); }
 
     void applyTheme();
     void applyDynamicType();
@@ -61,8 +62,6 @@ private:
     void scanDidNotSucceed();
     void faceScanFailedWith(int status);
     void closeButtonTap();
-    /// Runs `step` on the main queue a little later, unless the screen has gone by then.
-    void afterAMoment(void (LiveNessCheckVC::*step)());
     void report(IdvOutcome outcome);
 
     std::shared_ptr<platform::Label> titleInfoLabel_;
@@ -70,7 +69,6 @@ private:
     std::shared_ptr<platform::Button> nextButton_;
     ui::CloseButton closeButton_;
 
-    std::optional<ActivationResponse> sessionObject_;
     /// Until its scan has been reported: it may be many megabytes.
     std::shared_ptr<platform::FaceTecSessionResult> latestSessionResult_;
     std::shared_ptr<EnrollmentProcessor> latestProcessor_;

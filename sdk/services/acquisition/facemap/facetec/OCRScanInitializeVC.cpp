@@ -2,12 +2,11 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Configuration/theme/ThemeHelpers.hpp"
-#include "Models/SessionKeys.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
 #include "services/acquisition/facemap/facetec/ScanFailures.hpp"
 #include "ui/ActivityOverlay.hpp"
+#include "ui/Later.hpp"
 #include "ui/Leaving.hpp"
 
 #include <kivo/platform/Services.hpp>
@@ -21,10 +20,9 @@ namespace kivo {
 using namespace std::chrono_literals;
 
 void OCRScanInitializeVC::viewDidLoad() {
-    sessionObject_ = storedSession();
-    startFaceTec(sessionObject_ ? &*sessionObject_ : nullptr, [](bool /*isReady*/) {});
+    startFaceTec([](bool /*isReady*/) {});
     // The library is not waited for: it refuses a session that comes too early, and says why.
-    afterAMoment(&OCRScanInitializeVC::initializeFacetecOcr);
+    ui::later(100ms, self(), [](OCRScanInitializeVC& screen) { screen.initializeFacetecOcr(); });
     if (themeObj) {
         ThemeHelpers::applyTheme(*themeObj);
     }
@@ -36,14 +34,13 @@ void OCRScanInitializeVC::initializeFacetecOcr() {
         report(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
         return;
     }
-    sessionObject_ = storedSession();
-    const auto* const settings = sessionObject_ ? &sessionObject_->idpFaceMap : nullptr;
-    if (settings == nullptr || !settings->contains(KivoResponseKeys::faceMapToken)) {
+    const auto token = storedScanToken();
+    if (!token) {
         log::error(function, "enrollment Failed ----");
         return;
     }
     latestProcessor_ = std::make_shared<PhotoIDScanProcessor>(self());
-    if (!latestProcessor_->begin(settingIn(*settings, KivoResponseKeys::faceMapToken))) {
+    if (!latestProcessor_->begin(*token)) {
         log::error(function, "The face scan library gave no screen for an ID scan.");
         report(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
         close();
@@ -65,7 +62,13 @@ void OCRScanInitializeVC::setLatestServerResult(std::string answer) {
 void OCRScanInitializeVC::onComplete() {
     const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
     log::info("onComplete()", isSuccess ? "OCR Scan success" : "OCR Scan fail");
-    afterAMoment(isSuccess ? &OCRScanInitializeVC::scanDidSucceed : &OCRScanInitializeVC::scanDidNotSucceed);
+    ui::later(100ms, self(), [isSuccess](OCRScanInitializeVC& screen) {
+        if (isSuccess) {
+            screen.scanDidSucceed();
+        } else {
+            screen.scanDidNotSucceed();
+        }
+    });
 }
 
 void OCRScanInitializeVC::scanDidSucceed() {
@@ -97,14 +100,6 @@ void OCRScanInitializeVC::scanDidNotSucceed() {
 
 void OCRScanInitializeVC::close() {
     ui::popOrDismiss(*this);
-}
-
-void OCRScanInitializeVC::afterAMoment(void (OCRScanInitializeVC::*step)()) {
-    platform::services().mainQueue->asyncAfter(100ms, [weak = std::weak_ptr{self()}, step] {
-        if (const auto screen = weak.lock()) {
-            (*screen.*step)();
-        }
-    });
 }
 
 void OCRScanInitializeVC::report(IdvOutcome outcome) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
 #include "services/acquisition/facemap/facetec/PhotoIDScanProcessor.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 
@@ -8,7 +7,6 @@
 #include <kivo/platform/ui/ViewController.hpp>
 
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace kivo {
@@ -30,10 +28,14 @@ public:
 
     void setLatestIDScanResult(std::shared_ptr<platform::FaceTecIDScanResult> result) override;
     void setLatestServerResult(std::string answer) override;
+
+    /// The text of the JSON object that the vendor's server answered last; empty before.
+    const std::string& latestServerResult() const { return latestServerResult_; }
+
     void onComplete() override;
 
 private:
-    std::shared_ptr<OCRScanInitializeVC> self() {
+    std::weak_ptr<OCRScanInitializeVC> self() {
         return std::static_pointer_cast<OCRScanInitializeVC>(shared_from_this());
     }
 
@@ -41,11 +43,8 @@ private:
     void scanDidSucceed();
     void scanDidNotSucceed();
     void close();
-    /// Runs `step` on the main queue a little later, unless the screen has gone by then.
-    void afterAMoment(void (OCRScanInitializeVC::*step)());
     void report(IdvOutcome outcome);
 
-    std::optional<ActivationResponse> sessionObject_;
     std::shared_ptr<platform::FaceTecIDScanResult> latestIDScanResult_;
     std::shared_ptr<PhotoIDScanProcessor> latestProcessor_;
     std::string latestServerResult_;

@@ -21,7 +21,10 @@ bool ScanProcessor::begin(const std::string& sessionToken) {
     return true;
 }
 
-void ScanProcessor::libraryIsDone() const {
+void ScanProcessor::libraryIsDone() {
+    if (std::exchange(upload_, nullptr)) {
+        uploadDidFail(ResponseCode::UNKNOWN_ERROR);
+    }
     if (const auto from = screen()) {
         from->onComplete();
     }

@@ -62,7 +62,8 @@ protected:
     explicit ScanProcessor(Wording wording)
         : wording_{wording} {}
 
-    void libraryIsDone() const;
+    /// The library's screens are gone. A scan still under way is dropped, and counts as failed.
+    void libraryIsDone();
 
     /// Sends a scan. One that is still under way is dropped, and its library not called again.
     void upload(platform::UrlRequest request, WaitingLibrary library);
