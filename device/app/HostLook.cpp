@@ -56,10 +56,11 @@ const std::vector<ThemePreset>& themePresets() {
     return presets;
 }
 
-class HostLook::MainBundle final : public platform::Bundle {
+class HostLook::ColoredBundle final : public platform::Bundle {
 public:
-    explicit MainBundle(std::shared_ptr<platform::Bundle> bundle)
-        : bundle_{std::move(bundle)} {}
+    ColoredBundle(std::shared_ptr<platform::Bundle> bundle, std::shared_ptr<const std::atomic<bool>> isDark)
+        : bundle_{std::move(bundle)}
+        , isDark_{std::move(isDark)} {}
 
     std::optional<std::string> bundleIdentifier() const override { return bundle_->bundleIdentifier(); }
 
@@ -78,34 +79,33 @@ public:
     }
 
     std::optional<Color> color(std::string_view name) const override {
-        const auto dark = isDark ? darkColors.find(name) : darkColors.end();
+        const auto dark = *isDark_ ? darkColors.find(name) : darkColors.end();
         return dark == darkColors.end() ? bundle_->color(name) : dark->second;
     }
 
     std::shared_ptr<const platform::Image> image(std::string_view name) const override { return bundle_->image(name); }
 
-    bool isDark = false;
-
 private:
     std::shared_ptr<platform::Bundle> bundle_;
+    std::shared_ptr<const std::atomic<bool>> isDark_;
 };
 
-HostLook::HostLook(const std::shared_ptr<platform::Bundles>& bundles)
-    : bundles_{bundles}
-    , main_{std::make_shared<MainBundle>(bundles->main())} {}
-
-void HostLook::setDark(bool dark) {
-    main_->isDark = dark;
-}
-
-bool HostLook::isDark() const {
-    return main_->isDark;
+std::shared_ptr<platform::Bundle> HostLook::colored(const std::shared_ptr<platform::Bundle>& bundle) {
+    if (!bundle) {
+        return nullptr;
+    }
+    const std::scoped_lock lock{mutex_};
+    auto& known = colored_[bundle];
+    if (!known) {
+        known = std::make_shared<ColoredBundle>(bundle, isDark_);
+    }
+    return known;
 }
 
 void HostLook::dress(platform::Window& window) const {
     const auto screen = window.visibleViewController();
     const auto navigation = screen ? screen->navigationController() : nullptr;
-    if (!isDark() || !screen || (navigation && navigation->viewControllers().front() == screen)) {
+    if (!*isDark_ || !screen || (navigation && navigation->viewControllers().front() == screen)) {
         return;
     }
     if (screen->view()->backgroundColor() == Color::white()) {
@@ -114,11 +114,11 @@ void HostLook::dress(platform::Window& window) const {
 }
 
 std::shared_ptr<platform::Bundle> HostLook::main() {
-    return main_;
+    return colored(bundles_->main());
 }
 
 std::shared_ptr<platform::Bundle> HostLook::withIdentifier(std::string_view identifier) {
-    return bundles_->withIdentifier(identifier);
+    return colored(bundles_->withIdentifier(identifier));
 }
 
 } // namespace kivo::device::app

@@ -4,7 +4,11 @@
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
+#include <atomic>
+#include <map>
 #include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 namespace kivo::device::app {
@@ -20,10 +24,10 @@ const std::vector<ThemePreset>& themePresets();
 /// The bundles of a host with light and dark colours: the named colours of its catalogue, or dark ones instead.
 class HostLook final : public platform::Bundles {
 public:
-    explicit HostLook(const std::shared_ptr<platform::Bundles>& bundles);
+    explicit HostLook(std::shared_ptr<platform::Bundles> bundles)
+        : bundles_{std::move(bundles)} {}
 
-    void setDark(bool dark);
-    bool isDark() const;
+    void setDark(bool dark) { *isDark_ = dark; }
 
     /// Gives the screen on top the dark background, which no named colour decides on.
     void dress(platform::Window& window) const;
@@ -32,10 +36,16 @@ public:
     std::shared_ptr<platform::Bundle> withIdentifier(std::string_view identifier) override;
 
 private:
-    class MainBundle;
+    class ColoredBundle;
+
+    std::shared_ptr<platform::Bundle> colored(const std::shared_ptr<platform::Bundle>& bundle);
 
     std::shared_ptr<platform::Bundles> bundles_;
-    std::shared_ptr<MainBundle> main_;
+    std::shared_ptr<std::atomic<bool>> isDark_ = std::make_shared<std::atomic<bool>>(false);
+    /// Bundles are asked for on every thread.
+    std::mutex mutex_;
+    /// By what they wrap: the SDK's bundle has colours too, for the screens laid out there.
+    std::map<std::shared_ptr<platform::Bundle>, std::shared_ptr<ColoredBundle>> colored_;
 };
 
 } // namespace kivo::device::app

@@ -18,6 +18,7 @@
 #include <QCommandLineParser>
 #include <QPointer>
 #include <QScrollArea>
+#include <QShortcut>
 #include <QSplitter>
 #include <QTemporaryDir>
 #include <cstdio>
@@ -106,6 +107,7 @@ int run(const QString& version) {
     host->setTheme(themePresets().front().make());
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &top,
                      [&] { look->dress(*window); });
+    const QShortcut quit{QKeySequence{QKeySequence::Quit}, &top, [&top] { top.close(); }};
     top.resize(1000, 900);
     top.show();
     const int result = QApplication::exec();

@@ -10,7 +10,6 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace kivo::device {

@@ -7,7 +7,6 @@
 #include <QImage>
 #include <QPainterPath>
 #include <algorithm>
-#include <cmath>
 
 namespace kivo::device {
 namespace {

@@ -7,6 +7,7 @@
 
 #include <QMouseEvent>
 #include <QPointer>
+#include <functional>
 #include <memory>
 
 namespace kivo::device {

@@ -44,8 +44,8 @@ class PhoneView::State final : public platform::WindowObserver {
 public:
     State(PhoneView& phone, std::shared_ptr<platform::Window> shown)
         : window{std::move(shown)}
-        , phone_{phone}
-        , controls{phone, [this] { synchronize(); }} {
+        , controls{phone, [this] { synchronize(); }}
+        , phone_{phone} {
         animation_.setDuration(transitionTime);
         animation_.setStartValue(0.0);
         animation_.setEndValue(1.0);
@@ -107,15 +107,9 @@ public:
     }
 
     std::shared_ptr<platform::Window> window;
-
-private:
-    PhoneView& phone_;
-
-public:
     Controls controls;
     Finger finger{controls};
     bool isAnimated = QGuiApplication::platformName() != "offscreen";
-    int timer = 0;
 
 private:
     void schedule() {
@@ -181,13 +175,15 @@ private:
     void turn() {
         bool isMoving = false;
         eachMoving(*window, [&](platform::View&) { isMoving = true; });
-        if (isMoving && timer == 0) {
-            timer = phone_.startTimer(turnInterval);
-        } else if (!isMoving && timer != 0) {
-            phone_.killTimer(std::exchange(timer, 0));
+        if (isMoving && timer_ == 0) {
+            timer_ = phone_.startTimer(turnInterval);
+        } else if (!isMoving && timer_ != 0) {
+            phone_.killTimer(std::exchange(timer_, 0));
         }
     }
 
+    PhoneView& phone_;
+    int timer_ = 0;
     Repaints repaints_;
     QPixmap frame_;
     Transition transition_;

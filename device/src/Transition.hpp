@@ -6,6 +6,7 @@
 #include <QPixmap>
 #include <QRectF>
 #include <cstddef>
+#include <utility>
 
 namespace kivo::device {
 

@@ -111,6 +111,8 @@ const std::shared_ptr<View>& NavigationController::navigationBar() {
     if (!navigationBar_) {
         navigationBar_ = std::make_shared<View>();
         navigationBar_->setIdentifier("navigationBar");
+        // Its texts are dark, and what lies under it may be too.
+        navigationBar_->setBackgroundColor(Color::white(1, 0.92));
     }
     return navigationBar_;
 }

@@ -97,5 +97,18 @@ TEST_F(Desktop, TheScannerIsOpenedAndLeftWithTheMouse) {
     }));
 }
 
+TEST_F(Desktop, TheDeviceIsClosedInTheMiddleOfASessionAndEndsCleanly) {
+    phone.hide();
+    QProcess program;
+    program.start(KIVO_TEST_PROGRAMS "/kivo-device", {});
+    xdotool({"search", "--sync", "--name", "Kivo device", "windowfocus", "--sync"});
+    xdotool({"mousemove", "210", "190", "click", "1"}); // to the code screen
+    xdotool({"type", "--delay", "20", "12"});
+    xdotool({"key", "ctrl+q"});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
+}
+
 } // namespace
 } // namespace kivo::test

@@ -171,7 +171,7 @@ TEST_F(Phone, ShowsChangesAsTheyHappenAndRepaintsNothingElse) {
     EXPECT_EQ(colorAt(210, 110), Qt::white);
 }
 
-TEST_F(Phone, ACoveredButtonCannotBeTappedAndACoveredFieldIsDimmed) {
+TEST_F(Phone, ACoveredButtonCannotBeTapped) {
     showCodeScreen();
     const auto alert = std::make_shared<AlertController>("", "Sure?");
     bool isChosen = false;

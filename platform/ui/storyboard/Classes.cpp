@@ -30,16 +30,23 @@ Screens& screens() {
     return all;
 }
 
-Views& views() {
-    static auto& all = *new Views{{"View", make<View>},
-                                  {"Label", make<Label>},
-                                  {"TextView", make<TextView>},
-                                  {"Button", make<Button>},
-                                  {"TextField", make<TextField>},
-                                  {"StackView", make<StackView>},
-                                  {"ScrollView", make<ScrollView>},
-                                  {"ImageView", make<ImageView>},
-                                  {"ActivityIndicatorView", [] { return std::make_shared<ActivityIndicatorView>(); }}};
+/// The view classes that somebody registered, which come before the platform's own.
+Views& registeredViews() {
+    static auto& all = *new Views;
+    return all;
+}
+
+const Views& ownViews() {
+    static const auto& all =
+        *new Views{{"View", make<View>},
+                   {"Label", make<Label>},
+                   {"TextView", make<TextView>},
+                   {"Button", make<Button>},
+                   {"TextField", make<TextField>},
+                   {"StackView", make<StackView>},
+                   {"ScrollView", make<ScrollView>},
+                   {"ImageView", make<ImageView>},
+                   {"ActivityIndicatorView", [] { return std::make_shared<ActivityIndicatorView>(); }}};
     return all;
 }
 
@@ -69,7 +76,12 @@ std::shared_ptr<ViewController> makeScreen(const std::string& name) {
 }
 
 std::shared_ptr<View> makeView(const std::string& name) {
-    return makeOf<View>(views(), name);
+    const auto view = makeOf<View>(registeredViews(), name);
+    return view || isRegisteredView(name) ? view : makeOf<View>(ownViews(), name);
+}
+
+bool isRegisteredView(const std::string& name) {
+    return registeredViews().contains(name);
 }
 
 std::string knownScreens() {
@@ -77,7 +89,7 @@ std::string knownScreens() {
 }
 
 std::string knownViews() {
-    return names(views());
+    return names(ownViews()) + (registeredViews().empty() ? "" : ", " + names(registeredViews()));
 }
 
 } // namespace storyboard
@@ -87,7 +99,7 @@ void Storyboard::registerScreen(std::string className, Factory factory) {
 }
 
 void Storyboard::registerView(std::string className, ViewFactory factory) {
-    storyboard::views().insert_or_assign(std::move(className), std::move(factory));
+    storyboard::registeredViews().insert_or_assign(std::move(className), std::move(factory));
 }
 
 } // namespace kivo::platform

@@ -17,6 +17,9 @@ std::shared_ptr<ViewController> makeScreen(const std::string& name);
 /// A new view; null when there is no such class or its factory makes none.
 std::shared_ptr<View> makeView(const std::string& name);
 
+/// Whether somebody registered the view class, be it in the place of the view model's own.
+bool isRegisteredView(const std::string& name);
+
 /// The known classes, for a message.
 std::string knownScreens();
 std::string knownViews();

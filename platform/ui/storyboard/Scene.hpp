@@ -28,6 +28,9 @@ struct ButtonSegue {
 
 /// What the view tree of one scene gives: the views, and the connections that its screen has yet to make.
 struct Scene {
+    /// Read only to be checked. Registered classes make no view then: theirs may do something from the start, such as
+    /// use the camera. What is said about their members is checked when the scene is made in earnest.
+    bool isTrial = false;
     std::shared_ptr<View> view{};
     std::map<std::string, std::shared_ptr<View>, std::less<>> outlets{};
     std::vector<Wish> wishes{};

@@ -77,8 +77,11 @@ void readConstraints(const Value& value, ReadScene& scene) {
     });
 }
 
-ReadScene readScene(const Value& value) {
+enum class Purpose { check, use };
+
+ReadScene readScene(const Value& value, Purpose purpose) {
     ReadScene scene;
+    scene.views.isTrial = purpose == Purpose::check;
     scene.className = value.member("class").name();
     if (!storyboard::isScreenClass(scene.className)) {
         value.where.fail("there is no screen class " + inQuotes(scene.className) + "; use one of " +
@@ -163,7 +166,7 @@ std::expected<std::shared_ptr<Storyboard>, std::string> Storyboard::open(std::st
         const auto root = contents->rootValue();
         const auto scenes = scenesOf(root);
         scenes.eachMember([&](const std::string& identifier, const Value&) {
-            checkSegues(readScene(sceneValue(root, identifier)).views, scenes);
+            checkSegues(readScene(sceneValue(root, identifier), Purpose::check).views, scenes);
         });
         return std::shared_ptr<Storyboard>{new Storyboard{std::move(contents)}};
     } catch (const LayoutError& error) {
@@ -174,7 +177,7 @@ std::expected<std::shared_ptr<Storyboard>, std::string> Storyboard::open(std::st
 std::expected<std::shared_ptr<ViewController>, std::string> Storyboard::instantiate(std::string_view identifier) {
     try {
         const auto value = sceneValue(contents_->rootValue(), std::string{identifier});
-        const auto scene = readScene(value);
+        const auto scene = readScene(value, Purpose::use);
         auto screen = storyboard::makeScreen(scene.className);
         if (!screen) {
             value.where.fail("the class " + inQuotes(scene.className) + " made no screen; correct its factory.");

@@ -164,6 +164,25 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
     EXPECT_THAT(Storyboard::open("Missing", bundle_).error(), testing::HasSubstr("no such resource"));
 }
 
+TEST_F(StoryboardFile, MakesRegisteredViewsForScenesInUseOnly) {
+    int made = 0;
+    Storyboard::registerView("Lens", [&made] {
+        ++made;
+        return std::make_shared<TextField>();
+    });
+    const auto scene = [](const char* member) {
+        return std::string{R"({"scenes":{"s":{"class":"ViewController","view":{"subviews":[{"type":"Lens",)"} + member +
+               "}]}}}}";
+    };
+    const auto storyboard = open(scene(R"("keyboard":"numberPad")"));
+    ASSERT_TRUE(storyboard) << storyboard.error();
+    EXPECT_EQ(made, 0) << "a view may use the camera from its start";
+    EXPECT_TRUE((*storyboard)->instantiate("s"));
+    EXPECT_EQ(made, 1);
+    EXPECT_THAT((*open(scene(R"("keybord":"numberPad")")))->instantiate("s").error(), testing::HasSubstr("keybord"));
+    Storyboard::registerView("Lens", nullptr);
+}
+
 TEST_F(StoryboardFile, RefusesATreeTooDeepToBuild) {
     std::string view = "{}";
     for (int i = 0; i < 5000; ++i) {

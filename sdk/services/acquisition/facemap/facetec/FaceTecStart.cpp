@@ -29,7 +29,7 @@ void startFaceTec(std::function<void(bool isReady)> completion) {
     const auto deviceKey = setting(KivoResponseKeys::faceMapDeviceKey);
     const auto encryptionKey = setting(KivoResponseKeys::faceMapPublicKey);
     const bool isProduction = Deployment::current().faceTecProduction;
-    auto tell = [isProduction, completion = std::move(completion)](bool isReady) {
+    auto tell = [function, isProduction, completion = std::move(completion)](bool isReady) {
         log::info(function, [&] {
             return std::string{isProduction ? "faceTec initilization 001 ----- "
                                             : "faceTec in Development Mode 001 ----- "} +
