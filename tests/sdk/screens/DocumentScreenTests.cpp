@@ -385,6 +385,19 @@ TEST_F(DocumentScreen, NeedsAnAddressForTheNotice) {
     EXPECT_TRUE(isOnTop(screen));
 }
 
+TEST_F(DocumentScreen, TakesItsOverlayAlongWhenTheHostTakesItAway) {
+    reading("true");
+    chipWasRead();
+    settle();
+    EXPECT_TRUE(hasOverlay());
+    pop();
+    advance(200ms);
+    EXPECT_FALSE(hasOverlay());
+    network->requests[0].answer("{}");
+    settle();
+    expectHeardAfter(300ms, {"DOCUMENT_SCAN"});
+}
+
 TEST_F(DocumentScreen, CoversTheScreenUnlessTheThemeForbidsIt) {
     joinWith("true");
     const auto theme = std::make_shared<ThemeCustomization>();

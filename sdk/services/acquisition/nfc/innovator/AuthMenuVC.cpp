@@ -6,6 +6,7 @@
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/ReadingFlow.hpp"
+#include "ui/ActivityOverlay.hpp"
 #include "ui/DynamicType.hpp"
 #include "ui/Leaving.hpp"
 
@@ -107,6 +108,13 @@ void AuthMenuVC::viewWillAppear(bool /*animated*/) {
     ThemeCustomization::setDocumentListConfigurationStatus(isDocListAvailable_ ? available : notAvailable);
     setOptionsHidden(!isDocListAvailable_ || UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess);
     applyDynamicType();
+}
+
+void AuthMenuVC::viewWillDisappear(bool /*animated*/) {
+    // The overlay lies over the navigation controller, which stays.
+    if (ui::isLeavingStack(*this)) {
+        ui::hideActivityOverlay(*this);
+    }
 }
 
 void AuthMenuVC::traitCollectionDidChange() {

@@ -33,6 +33,7 @@ public:
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
     void traitCollectionDidChange() override;
 
     void ocrScanDidComplete(IdvOutcome result) override;

@@ -1,6 +1,6 @@
 #include "DocumentUpload.hpp"
+#include "ReadingScreen.hpp"
 #include "SpecimenDocument.hpp"
-#include "VendorScreen.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/simulator/ReadID.hpp>
@@ -64,7 +64,7 @@ std::string localized(const readid::UIResources& resources, std::string_view key
     return resources.customBundle->localizedString(key, *resources.customStringTableName);
 }
 
-VendorLook lookOf(const readid::UIResources& resources) {
+ReadingLook lookOf(const readid::UIResources& resources) {
     const auto font = [&](const std::optional<platform::Font>& own, double size) {
         auto chosen = own.value_or(platform::Font::system(size));
         chosen.isScaled = resources.isDynamicTypeEnabled;
@@ -120,7 +120,7 @@ public:
 
     void begin(const Reading& reading, platform::ViewController& from, platform::ModalPresentationStyle style) {
         const auto resources = flow_.uiResources ? *flow_.uiResources : readid::UIResources{};
-        const auto screen = std::make_shared<VendorScreen>(
+        const auto screen = std::make_shared<ReadingScreen>(
             localized(resources, "Document reader (simulated)"), lookOf(resources),
             [self = shared_from_this()](std::size_t index) { self->play(endings().at(index).reading); });
         screen_ = screen;
@@ -130,7 +130,7 @@ public:
             from.present(screen, /*animated=*/true, [self = shared_from_this(), reading] { self->play(reading); });
             return;
         }
-        std::vector<VendorScreen::Choice> choices;
+        std::vector<ReadingScreen::Choice> choices;
         for (const auto& ending : endings()) {
             choices.push_back({.name = std::string{ending.name}, .label = localized(resources, ending.label)});
         }
@@ -212,7 +212,7 @@ private:
     const readid::NFCWithAccessControlFlow flow_;
     std::function<void(readid::ReadIDResult)> handler_;
     const std::shared_ptr<Sessions> sessions_;
-    std::weak_ptr<VendorScreen> screen_;
+    std::weak_ptr<ReadingScreen> screen_;
 };
 
 ReadID::ReadID(Reading usual)

@@ -15,8 +15,8 @@ class Label;
 
 namespace kivo::simulator {
 
-/// What a vendor's screen looks like.
-struct VendorLook {
+/// What the reading screen looks like.
+struct ReadingLook {
     std::optional<platform::Font> titleFont;
     std::optional<platform::Font> textFont;
     std::optional<platform::Font> buttonFont;
@@ -24,9 +24,9 @@ struct VendorLook {
     double buttonCornerRadius = 0;
 };
 
-/// A simulated vendor's screen: a title, a line that says what goes on, and a button for everything that a person may
+/// The simulated vendor's screen: a title, a line that says what goes on, and a button for everything that a person may
 /// choose.
-class VendorScreen final : public platform::ViewController {
+class ReadingScreen final : public platform::ViewController {
 public:
     struct Choice {
         /// The button's identifier.
@@ -34,7 +34,7 @@ public:
         std::string label;
     };
 
-    VendorScreen(std::string title, VendorLook look, std::function<void(std::size_t)> chosen);
+    ReadingScreen(std::string title, ReadingLook look, std::function<void(std::size_t)> chosen);
 
     /// Says what the person can do, with a button for each choice. The first one chosen counts.
     void ask(const std::string& text, const std::vector<Choice>& choices);
@@ -49,7 +49,7 @@ private:
     void addLabel(const std::shared_ptr<platform::Label>& label, const char* name,
                   const std::optional<platform::Font>& font);
 
-    const VendorLook look_;
+    const ReadingLook look_;
     const std::function<void(std::size_t)> chosen_;
     std::shared_ptr<platform::Label> title_;
     std::shared_ptr<platform::Label> text_;

@@ -1,4 +1,4 @@
-#include "VendorScreen.hpp"
+#include "ReadingScreen.hpp"
 
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Label.hpp>
@@ -12,9 +12,16 @@ namespace {
 constexpr double margin = 24;
 constexpr double spacing = 12;
 
+void applyFont(platform::TextStyled& text, const std::optional<platform::Font>& font) {
+    if (font) {
+        text.setFont(*font);
+        text.setAdjustsFontForContentSizeCategory(font->isScaled);
+    }
+}
+
 } // namespace
 
-VendorScreen::VendorScreen(std::string title, VendorLook look, std::function<void(std::size_t)> chosen)
+ReadingScreen::ReadingScreen(std::string title, ReadingLook look, std::function<void(std::size_t)> chosen)
     : look_{std::move(look)}
     , chosen_{std::move(chosen)}
     , title_{std::make_shared<platform::Label>()}
@@ -22,8 +29,8 @@ VendorScreen::VendorScreen(std::string title, VendorLook look, std::function<voi
     , column_{std::make_shared<platform::StackView>()}
     , buttons_{std::make_shared<platform::StackView>()} {
     title_->setText(std::move(title));
-    addLabel(title_, "vendorTitle", look_.titleFont);
-    addLabel(text_, "vendorText", look_.textFont);
+    addLabel(title_, "readingTitle", look_.titleFont);
+    addLabel(text_, "readingText", look_.textFont);
     buttons_->setSpacing(spacing);
     column_->addSubview(buttons_);
     column_->setSpacing(spacing);
@@ -31,17 +38,15 @@ VendorScreen::VendorScreen(std::string title, VendorLook look, std::function<voi
     column_->setPlacement({.top = 0, .left = margin, .right = margin});
 }
 
-void VendorScreen::addLabel(const std::shared_ptr<platform::Label>& label, const char* name,
-                            const std::optional<platform::Font>& font) {
+void ReadingScreen::addLabel(const std::shared_ptr<platform::Label>& label, const char* name,
+                             const std::optional<platform::Font>& font) {
     label->setIdentifier(name);
     label->setTextAlignment(platform::TextAlignment::center);
-    if (font) {
-        label->setFont(*font);
-    }
+    applyFont(*label, font);
     column_->addSubview(label);
 }
 
-std::shared_ptr<platform::View> VendorScreen::loadView() {
+std::shared_ptr<platform::View> ReadingScreen::loadView() {
     const auto scroll = std::make_shared<platform::ScrollView>();
     scroll->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
     scroll->addSubview(column_);
@@ -51,7 +56,7 @@ std::shared_ptr<platform::View> VendorScreen::loadView() {
     return all;
 }
 
-void VendorScreen::ask(const std::string& text, const std::vector<Choice>& choices) {
+void ReadingScreen::ask(const std::string& text, const std::vector<Choice>& choices) {
     text_->setText(text);
     for (std::size_t index = 0; index < choices.size(); ++index) {
         const auto button = std::make_shared<platform::Button>();
@@ -61,11 +66,9 @@ void VendorScreen::ask(const std::string& text, const std::vector<Choice>& choic
         button->setTextColor(platform::Color::white());
         button->setBackgroundColor(platform::Color::systemBlue());
         button->changeLayer([this](platform::Layer& layer) { layer.cornerRadius = look_.buttonCornerRadius; });
-        if (look_.buttonFont) {
-            button->setFont(*look_.buttonFont);
-        }
+        applyFont(*button, look_.buttonFont);
         button->addAction(platform::ControlEvent::touchUpInside, [weak = weak_from_this(), index](const auto&) {
-            if (const auto self = std::static_pointer_cast<VendorScreen>(weak.lock())) {
+            if (const auto self = std::static_pointer_cast<ReadingScreen>(weak.lock())) {
                 // The buttons go with the first choice.
                 self->buttons_->setHidden(true);
                 self->chosen_(index);
@@ -75,7 +78,7 @@ void VendorScreen::ask(const std::string& text, const std::vector<Choice>& choic
     }
 }
 
-void VendorScreen::tell(const std::string& text) {
+void ReadingScreen::tell(const std::string& text) {
     text_->setText(text);
     buttons_->setHidden(true);
 }
