@@ -78,6 +78,12 @@ ReadingLook lookOf(const readid::UIResources& resources) {
             .buttonCornerRadius = resources.buttonCornerRadius};
 }
 
+/// Made in place: GCC 12 takes a moved variant for uninitialised under the sanitizers.
+template <class Value>
+readid::ReadIDResult success(const Value& value) {
+    return readid::ReadIDResult{std::in_place, std::in_place_type<Value>, value};
+}
+
 readid::VIZResult pageOf(const readid::NFCWithAccessControlFlow& flow) {
     const auto type =
         flow.allowedDocumentTypes.empty() ? readid::DocumentType::passport : flow.allowedDocumentTypes.front();
@@ -159,7 +165,7 @@ private:
         case unknownSuccess:
         case refusal:
         case byPerson:
-            finish(readid::SuccessValue{readid::UnknownSuccess{}});
+            finish(success(readid::UnknownSuccess{}));
             break;
         }
     }
@@ -184,13 +190,13 @@ private:
         const readid::NFCResult nfc{.readIDSession = session};
         switch (parts) {
         case ReadParts::page:
-            finish(readid::SuccessValue{readid::VIZOnly{.viz = pageOf(flow_)}});
+            finish(success(readid::VIZOnly{.viz = pageOf(flow_)}));
             break;
         case ReadParts::chip:
-            finish(readid::SuccessValue{readid::NFCOnly{.nfc = nfc}});
+            finish(success(readid::NFCOnly{.nfc = nfc}));
             break;
         case ReadParts::pageAndChip:
-            finish(readid::SuccessValue{readid::VIZNFC{.viz = pageOf(flow_), .nfc = nfc}});
+            finish(success(readid::VIZNFC{.viz = pageOf(flow_), .nfc = nfc}));
             break;
         }
     }
@@ -200,8 +206,8 @@ private:
                                                .viz = pageWasRead ? std::optional{pageOf(flow_)} : std::nullopt}});
     }
 
-    void finish(readid::ReadIDResult result) {
-        auto report = [handler = std::exchange(handler_, nullptr), result = std::move(result)] { handler(result); };
+    void finish(const readid::ReadIDResult& result) {
+        auto report = [handler = std::exchange(handler_, nullptr), result] { handler(result); };
         if (const auto screen = screen_.lock()) {
             screen->dismiss(/*animated=*/true, std::move(report));
         } else {
