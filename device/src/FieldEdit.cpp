@@ -76,6 +76,9 @@ void FieldEdit::setPaintsItself(bool paints) {
 }
 
 bool FieldEdit::event(QEvent* event) {
+    if (event->type() == QEvent::DeferredDelete) {
+        return QLineEdit::event(event); // there is no field afterwards
+    }
     const auto taken = QLineEdit::event(event);
     editBegins_ = hasSelectedText() ? selectionStart() : cursorPosition();
     return taken;
