@@ -128,7 +128,7 @@ std::string usage() {
         "Walks a verification session through libkivo against a simulated identity service on this\n"
         "machine, over real TLS, and prints every step.\n"
         "\n"
-        "  --version NN           interface version to load, 14 to 18 (default 18)\n"
+        "  --version NN           interface version to load, 14 to 18 (default 18), or \"all\" for one after another\n"
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
         "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"

@@ -36,15 +36,16 @@ std::string verdict(const Step& step) {
 
 } // namespace
 
-void Report::begin(const Options& options, const kivo::simulator::IdentityService& service) const {
+void Report::begin(const Options& options, const kivo::simulator::IdentityService& service) {
+    sessions_.push_back({.version = options.version});
     if (json_) {
         return;
     }
     std::fprintf(out_,
-                 "Kivo demo: one verification session, interface version %s\n"
+                 "%sKivo demo: one verification session, interface version %s\n"
                  "The identity service is simulated at %s, over real TLS with its own\n"
                  "certificate authority. The network state is simulated; keychain and transport are the real ones.\n\n",
-                 options.version.c_str(), service.joinPage().c_str());
+                 sessions_.size() > 1 ? "\n" : "", options.version.c_str(), service.joinPage().c_str());
     for (const auto& each : options.faults) {
         std::fprintf(out_, "Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(),
                      each.name.c_str());
@@ -59,8 +60,11 @@ void Report::begin(const Options& options, const kivo::simulator::IdentityServic
 }
 
 void Report::step(const Step& step) {
-    ++steps_;
-    withheld_ += step.isWithheld ? 1 : 0;
+    auto& session = sessions_.back();
+    ++session.steps;
+    session.withheld += step.isWithheld ? 1 : 0;
+    session.bytesSent += step.bytesSent;
+    session.took += step.took;
     if (json_) {
         std::fprintf(out_, "{\"step\":%s,\"outcome\":%s,\"detail\":%s,\"bytes\":%zu,\"microseconds\":%lld,\"ok\":%s}\n",
                      quoted(step.name).c_str(), quoted(step.outcome).c_str(), quoted(step.detail).c_str(),
@@ -72,11 +76,24 @@ void Report::step(const Step& step) {
     std::fflush(out_);
 }
 
-void Report::end(bool allAsExpected) const {
+void Report::end(bool allAsExpected) {
+    auto& session = sessions_.back();
+    session.isAsExpected = allAsExpected;
     if (!json_) {
-        std::fprintf(out_, "\n%d steps, %s%s\n", steps_,
+        std::fprintf(out_, "\n%d steps, %s%s\n", session.steps,
                      allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected",
-                     withheld_ > 0 ? ", but for what the session withholds" : "");
+                     session.withheld > 0 ? ", but for what the session withholds" : "");
+    }
+}
+
+void Report::summary() const {
+    if (json_ || sessions_.size() < 2) {
+        return;
+    }
+    std::fprintf(out_, "\n  %-8s %6s %9s %12s %10s\n", "version", "steps", "withheld", "sent", "time");
+    for (const auto& each : sessions_) {
+        std::fprintf(out_, "  %-8s %6d %9d %10zu B %10s  %s\n", each.version.c_str(), each.steps, each.withheld,
+                     each.bytesSent, milliseconds(each.took).c_str(), each.isAsExpected ? "ok" : "NOT as expected");
     }
 }
 

@@ -5,7 +5,11 @@
 
 #include <kivo/simulator/IdentityService.hpp>
 
+#include <chrono>
+#include <cstddef>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace demo {
 
@@ -16,18 +20,29 @@ public:
         : out_{out}
         , json_{json} {}
 
-    void begin(const Options& options, const kivo::simulator::IdentityService& service) const;
+    void begin(const Options& options, const kivo::simulator::IdentityService& service);
     void step(const Step& step);
-    void end(bool allAsExpected) const;
+    void end(bool allAsExpected);
+
+    /// Sums the sessions up, a line each, where there was more than one.
+    void summary() const;
 
     /// Tells where the pictures are.
     void pictures(int count, const std::string& folder) const;
 
 private:
+    struct Session {
+        std::string version;
+        int steps = 0;
+        int withheld = 0;
+        std::size_t bytesSent = 0;
+        std::chrono::microseconds took{};
+        bool isAsExpected = false;
+    };
+
     std::FILE* const out_;
     const bool json_;
-    int steps_ = 0;
-    int withheld_ = 0;
+    std::vector<Session> sessions_;
 };
 
 } // namespace demo

@@ -23,6 +23,8 @@
 
 namespace {
 
+const std::vector<std::string> everyVersion{"14", "15", "16", "17", "18"};
+
 /// A folder for the demo's keychain, gone with the demo.
 class TemporaryFolder {
 public:
@@ -127,9 +129,16 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     injectFaults(service, options);
 
     demo::Report report{openReportStream(options), options.json};
-    report.begin(options, service);
-    const bool well = demo::walk(options, service, album, [&](const demo::Step& step) { report.step(step); });
-    report.end(well);
+    bool well = true;
+    for (const auto& version : options.version == "all" ? everyVersion : std::vector{options.version}) {
+        auto session = options;
+        session.version = version;
+        report.begin(session, service);
+        const bool walkedWell = demo::walk(session, service, album, [&](const demo::Step& step) { report.step(step); });
+        report.end(walkedWell);
+        well = walkedWell && well;
+    }
+    report.summary();
     if (album) {
         report.pictures(album->count(), options.screens);
         if (!album->problem().empty()) {
