@@ -150,7 +150,8 @@ void drawPreview(QPainter& painter, const platform::PreviewView& view) {
     if (pixels.empty()) {
         return;
     }
-    const QImage picture{pixels.data(), preview->width, preview->height, 3 * preview->width, QImage::Format_RGB888};
+    const QImage picture{pixels.data(), preview->width, preview->height, qsizetype{3} * preview->width,
+                         QImage::Format_RGB888};
     const auto seen = fitted(area.size(), picture.rect());
     painter.drawImage(area, picture, seen);
 }
