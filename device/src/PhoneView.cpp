@@ -11,6 +11,7 @@
 #include <QAbstractEventDispatcher>
 #include <QGuiApplication>
 #include <QPaintEvent>
+#include <QTimer>
 #include <QVariantAnimation>
 #include <cmath>
 #include <utility>
@@ -46,6 +47,8 @@ public:
         : window{std::move(shown)}
         , controls{phone, [this] { synchronize(); }}
         , phone_{phone} {
+        synchronizing_.setSingleShot(true);
+        QObject::connect(&synchronizing_, &QTimer::timeout, &phone, [this] { synchronize(); });
         animation_.setDuration(transitionTime);
         animation_.setStartValue(0.0);
         animation_.setEndValue(1.0);
@@ -114,7 +117,7 @@ public:
 private:
     void schedule() {
         if (!std::exchange(isScheduled_, true)) {
-            QMetaObject::invokeMethod(&phone_, [this] { synchronize(); }, Qt::QueuedConnection);
+            synchronizing_.start();
         }
     }
 
@@ -187,6 +190,8 @@ private:
     Repaints repaints_;
     QPixmap frame_;
     Transition transition_;
+    /// Fires when the events at hand are done.
+    QTimer synchronizing_;
     QVariantAnimation animation_;
     Depth depth_;
     double turn_ = 0;
