@@ -13,6 +13,9 @@ namespace kivo::test {
 namespace {
 
 /// A real window with real key and mouse events; `desktop` beside this file gives it a display.
+/// For a program to start or to end, in milliseconds; a sanitizer on a busy machine takes its time.
+constexpr int patience = 60'000;
+
 class Desktop : public DeviceFixture {
 protected:
     void SetUp() override {
@@ -29,7 +32,8 @@ protected:
     static void xdotool(const QStringList& arguments) {
         QProcess process;
         process.start("xdotool", arguments);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; })) << "xdotool hangs";
+        ASSERT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, patience))
+            << "xdotool hangs";
         ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
     }
 
@@ -105,7 +109,7 @@ TEST_F(Desktop, TheDeviceIsClosedInTheMiddleOfASessionAndEndsCleanly) {
     xdotool({"mousemove", "210", "190", "click", "1"}); // to the code screen
     xdotool({"type", "--delay", "20", "12"});
     xdotool({"key", "ctrl+q"});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }, patience));
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
 }
