@@ -1,6 +1,7 @@
 #include "linux/DeviceIdentifier.hpp"
 
 #include "linux/FileDescriptor.hpp"
+#include "linux/QuotedPath.hpp"
 #include "linux/WholeFile.hpp"
 
 #include <fcntl.h>
@@ -21,10 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t uuidLength = 36;
-
-std::string quoted(const fs::path& path) {
-    return std::string{"\""}.append(path.string()).append("\"");
-}
 
 std::string reason(int error) {
     return " (" + std::generic_category().message(error) + ")";

@@ -1,6 +1,7 @@
 #include "linux/KeychainFile.hpp"
 
 #include "linux/FileDescriptor.hpp"
+#include "linux/QuotedPath.hpp"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -34,10 +35,6 @@ CREATE TABLE IF NOT EXISTS items(
     UNIQUE(class, service, account, access_group));
 PRAGMA user_version = 1;
 COMMIT;)";
-
-std::string quoted(const fs::path& path) {
-    return std::string{"\""}.append(path.string()).append("\"");
-}
 
 bool isDamage(int sqliteError) {
     const int kind = sqliteError & 0xFF;

@@ -20,7 +20,7 @@ struct FreeContext {
     void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
 };
 
-using Context = std::unique_ptr<EVP_CIPHER_CTX, FreeContext>;
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, FreeContext>;
 
 unsigned char* bytes(char* text) {
     return reinterpret_cast<unsigned char*>(text);
@@ -49,7 +49,7 @@ std::optional<std::string> seal(const SealingKey& key, std::string_view identity
     auto* text = nonce + nonceLength;
     auto* tag = text + value.size();
     int written = 0;
-    const Context context{EVP_CIPHER_CTX_new()};
+    const CipherContext context{EVP_CIPHER_CTX_new()};
     const bool done = RAND_bytes(nonce, nonceLength) == 1 &&
                       EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
                       EVP_EncryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
@@ -68,7 +68,7 @@ std::optional<std::string> unseal(const SealingKey& key, std::string_view identi
     const auto* nonce = bytes(sealed.substr(1));
     const auto* text = nonce + nonceLength;
     int written = 0;
-    const Context context{EVP_CIPHER_CTX_new()};
+    const CipherContext context{EVP_CIPHER_CTX_new()};
     const bool done = EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
                       EVP_DecryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
                       EVP_DecryptUpdate(context.get(), bytes(value.data()), &written, text, length(value)) == 1 &&

@@ -44,7 +44,8 @@ platform::VideoFrame qrCodeFrame(std::string_view text) {
     for (int y = 0; y < code->width * module; ++y) {
         for (int x = 0; x < code->width * module; ++x) {
             const bool isBlack = (code->data[y / module * code->width + x / module] & 1) != 0;
-            frame.bytes[static_cast<std::size_t>((top + y) * width + left + x)] = isBlack ? 0 : 255;
+            frame.bytes[static_cast<std::size_t>(top + y) * width + static_cast<std::size_t>(left + x)] =
+                isBlack ? 0 : 255;
         }
     }
     return frame;
