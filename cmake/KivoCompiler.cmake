@@ -5,10 +5,6 @@ target_compile_options(kivo_compiler INTERFACE
 if(KIVO_WERROR)
   target_compile_options(kivo_compiler INTERFACE -Werror)
 endif()
-if(CMAKE_UNITY_BUILD)
-  # In a group of files, GCC takes each of them for a header whose types others may see.
-  target_compile_options(kivo_compiler INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
-endif()
 if(KIVO_SANITIZE)
   # The linked sanitizer is GCC's; what clang compiles is watched through the allocator alone.
   target_compile_options(kivo_compiler INTERFACE
