@@ -2,6 +2,8 @@
 
 #include "PropertyListReader.hpp"
 
+#include <kivo/platform/Text.hpp>
+
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -48,21 +50,6 @@ private:
     char16_t high_ = 0;
 };
 
-bool isUtf8(std::string_view text) {
-    const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-    auto left = static_cast<utf8proc_ssize_t>(text.size());
-    while (left > 0) {
-        utf8proc_int32_t character = 0;
-        const auto size = utf8proc_iterate(bytes, left, &character);
-        if (size <= 0) {
-            return false;
-        }
-        bytes += size;
-        left -= size;
-    }
-    return true;
-}
-
 std::string fromUtf16(std::string_view bytes, bool bigEndian) {
     std::string text;
     Utf16Joiner joiner;
@@ -82,7 +69,7 @@ std::expected<std::string, std::string> toUtf8(std::string_view bytes) {
     if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
     }
-    if (!isUtf8(bytes)) {
+    if (!text::isUtf8(bytes)) {
         return std::unexpected{"is neither UTF-8 nor UTF-16 with a byte order mark"};
     }
     return std::string{bytes};

@@ -1,9 +1,10 @@
 #include "linux/camera/Modules.hpp"
 
+#include <kivo/platform/Text.hpp>
+
 #include <ZXing/BitMatrix.h>
 #include <ZXing/MultiFormatWriter.h>
 #include <ZXing/ReadBarcode.h>
-#include <utf8proc.h>
 
 #include <algorithm>
 #include <array>
@@ -37,27 +38,12 @@ ZXing::ImageView viewOf(const VideoFrame& frame) {
     return {frame.bytes.data(), frame.width, frame.height, format};
 }
 
-bool isUtf8(const std::string& text) {
-    auto left = static_cast<utf8proc_ssize_t>(text.size());
-    const auto* next = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-    while (left > 0) {
-        utf8proc_int32_t character = 0;
-        const auto size = utf8proc_iterate(next, left, &character);
-        if (size < 1) {
-            return false;
-        }
-        next += size;
-        left -= size;
-    }
-    return true;
-}
-
 std::string textOf(const ZXing::Result& result) {
     const auto& bytes = result.bytes();
     std::string plain{bytes.begin(), bytes.end()};
     // The library guesses at what it does not know, and ends a text where it stops making sense: both would turn a
     // broken payload into a sound one.
-    return result.hasECI() && !isUtf8(plain) ? result.text() : plain;
+    return result.hasECI() && !text::isUtf8(plain) ? result.text() : plain;
 }
 
 double distance(const ZXing::Result& result, const VideoFrame& frame) {

@@ -45,7 +45,7 @@ protected:
     }
 
     std::shared_ptr<CodeScan> started() {
-        auto scan = std::make_shared<CodeScan>([reader = reader] { return reader; }, output, PreviewFrame{});
+        auto scan = std::make_shared<CodeScan>(reader, output, PreviewFrame{});
         EXPECT_FALSE(scan->start());
         return scan;
     }
@@ -170,11 +170,11 @@ TEST_F(CameraConcurrency, SessionsStartStopAndGoWhilePicturesCome) {
 }
 
 TEST(CameraExit, NeitherHangsNorCrashesWhilePicturesAreRead) {
-    for (const auto* const source : {"", "videotestsrc is-live=true"}) {
+    for (const auto* const source : {"", "videotestsrc is-live=true", "at once"}) {
         for (int i = 0; i < 10; ++i) {
             std::string program = KIVO_TEST_PROGRAMS "/ExitWhileScanning";
-            std::string pipeline = source;
-            char* const arguments[] = {program.data(), pipeline.data(), nullptr};
+            std::string argument = source;
+            char* const arguments[] = {program.data(), argument.data(), nullptr};
             pid_t child = 0;
             int status = -1;
             ASSERT_EQ(::posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ), 0);

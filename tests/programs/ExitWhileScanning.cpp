@@ -1,5 +1,5 @@
 // Exits while codes are read in pictures that come without end. Argument: the pipeline, or nothing for pictures from a
-// thread of the program.
+// thread of the program; "at once" exits as soon as the session runs.
 
 #include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
@@ -37,7 +37,9 @@ struct Counter final : CaptureMetadataOutputDelegate {
 } // namespace
 
 int main(int count, char** arguments) {
-    const std::string pipeline = count > 1 ? arguments[1] : "";
+    const std::string argument = count > 1 ? arguments[1] : "";
+    const bool atOnce = argument == "at once";
+    const auto pipeline = atOnce ? "" : argument;
     const auto camera = makeFrameCamera(pipeline.empty() ? std::make_shared<Endless>() : makePipelineSource(pipeline));
     // Never let go, like a host's globals.
     static const auto& session = *new std::shared_ptr{camera->makeSession()};
@@ -48,6 +50,9 @@ int main(int count, char** arguments) {
     session->addInput(camera->makeInput(camera->defaultVideoDevice()));
     session->addOutput(output);
     session->startRunning();
+    if (atOnce) {
+        return 0;
+    }
     const auto isBusy = [&] { return counter->number > 1 || (!pipeline.empty() && session->preview().number > 1); };
     for (int i = 0; i < 10000 && !RunLoop::main()->runUntil(isBusy, std::chrono::milliseconds{1}); ++i) {
     }

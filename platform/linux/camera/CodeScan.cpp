@@ -8,12 +8,14 @@
 
 namespace kivo::platform {
 
-CodeScan::CodeScan(MakeReader makeReader, std::shared_ptr<MetadataOutput> output, PreviewFrame before)
-    : makeReader_{std::move(makeReader)}
+CodeScan::CodeScan(std::shared_ptr<CodeReader> reader, std::shared_ptr<MetadataOutput> output, PreviewFrame before)
+    : reader_{std::move(reader)}
     , output_{std::move(output)}
     , preview_{std::move(before)} {}
 
 std::error_code CodeScan::start() {
+    // The reader's library has tables that are gone when its exit handlers have run.
+    ExitGuard::shared().runAheadOfHandlersSoFar();
     if (!ExitGuard::shared().add(shared_from_this())) {
         return std::make_error_code(std::errc::operation_canceled);
     }
@@ -74,15 +76,12 @@ void CodeScan::work() {
 }
 
 void CodeScan::readPictures() {
-    const auto reader = makeReader_();
-    // The reader's library has tables that are gone when its exit handlers have run.
-    ExitGuard::shared().runAheadOfHandlersSoFar();
     while (const auto picture = nextPicture()) {
         const auto wishes = output_->wishes();
         if (wishes.types.empty() || !wishes.queue) {
             continue;
         }
-        auto objects = reader->read(*picture, wishes.types);
+        auto objects = reader_->read(*picture, wishes.types);
         if (!objects.empty()) {
             handOver(std::move(objects), wishes);
         }

@@ -7,7 +7,6 @@
 #include <kivo/platform/FrameSource.hpp>
 
 #include <condition_variable>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -21,10 +20,8 @@ namespace kivo::platform {
 /// While a picture is read, or what it said waits to be taken, one newer picture waits and replaces the one before.
 class CodeScan final : public FrameSink, public Stoppable, public std::enable_shared_from_this<CodeScan> {
 public:
-    using MakeReader = std::function<std::shared_ptr<CodeReader>()>;
-
-    /// `before` is the preview so far, which the run goes on with. `makeReader` is called on the run's thread.
-    CodeScan(MakeReader makeReader, std::shared_ptr<MetadataOutput> output, PreviewFrame before);
+    /// `before` is the preview so far, which the run goes on with.
+    CodeScan(std::shared_ptr<CodeReader> reader, std::shared_ptr<MetadataOutput> output, PreviewFrame before);
 
     /// Starts the thread; an error when there can be none.
     std::error_code start();
@@ -50,7 +47,7 @@ private:
     /// Lets the thread read again.
     void goOn();
 
-    const MakeReader makeReader_;
+    const std::shared_ptr<CodeReader> reader_;
     const std::shared_ptr<MetadataOutput> output_;
 
     mutable std::mutex mutex_;

@@ -39,7 +39,7 @@ void FrameSession::startRunning() {
     if (!input_ || !output_) {
         return;
     }
-    const auto scan = std::make_shared<CodeScan>(makeReader_, output_, preview());
+    const auto scan = std::make_shared<CodeScan>(makeReader_(), output_, preview());
     if (const auto error = scan->start()) {
         services().diagnostics->report("camera", "pictures cannot be read: " + error.message());
         isRunning_ = false;

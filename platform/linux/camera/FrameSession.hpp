@@ -5,6 +5,7 @@
 
 #include <kivo/platform/CaptureSession.hpp>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -14,7 +15,11 @@ namespace kivo::platform {
 /// Reads codes in the pictures of a source.
 class FrameSession final : public CaptureSession {
 public:
-    explicit FrameSession(CodeScan::MakeReader makeReader)
+    using MakeReader = std::function<std::shared_ptr<CodeReader>()>;
+
+    /// `makeReader` is called for each run, on the thread that starts it: an exit in the middle of what the reader's
+    /// library makes at first would tear it down under another thread.
+    explicit FrameSession(MakeReader makeReader)
         : makeReader_{std::move(makeReader)} {}
 
     FrameSession(const FrameSession&) = delete;
@@ -35,7 +40,7 @@ public:
 private:
     void endScan();
 
-    const CodeScan::MakeReader makeReader_;
+    const MakeReader makeReader_;
     std::shared_ptr<FrameInput> input_;
     std::shared_ptr<MetadataOutput> output_;
     bool isRunning_ = false;
