@@ -113,7 +113,8 @@ void ScanScreen::viewDidDisappear(bool /*animated*/) {
 void ScanScreen::scan() {
     enter(Stage::scanning);
     const auto numbers = processor_->numbers();
-    show({scanTitle(), "There is no camera here: choose how the scan goes."},
+    show({scanTitle(), waitsForPerson_ ? "There is no camera here: choose how the scan goes."
+                                       : "There is no camera here: the scan goes as it was planned."},
          {ending("finishScanButton", "Finish the scan", 0), ending("cancelScanButton", "Cancel", numbers.cancelled),
           ending("timeOutButton", "Let it time out", numbers.timeout),
           ending("refuseCameraButton", "Refuse the camera", numbers.cameraRefused),
