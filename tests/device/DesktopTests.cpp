@@ -1,76 +1,23 @@
-#include "DeviceFixture.hpp"
+#include "Desktop.hpp"
 
-#include <kivo/device/PhoneView.hpp>
-#include <kivo/platform/ui/TextField.hpp>
+#include <kivo/simulator/FaceTec.hpp>
+#include <kivo/simulator/IdentityService.hpp>
+#include <kivo/simulator/ReadID.hpp>
 
 #include <QClipboard>
-#include <QGuiApplication>
-#include <QProcess>
-#include <QTest>
-#include <typeinfo>
 
 namespace kivo::test {
 namespace {
-
-/// A real window with real key and mouse events; `desktop` beside this file gives it a display.
-/// For a program to start or to end, in milliseconds; a sanitizer on a busy machine takes its time.
-constexpr int patience = 60'000;
-
-class Desktop : public DeviceFixture {
-protected:
-    void SetUp() override {
-        if (QGuiApplication::platformName() != "xcb") {
-            GTEST_SKIP() << "there is no X display";
-        }
-        phone.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&phone));
-        xdotool({"windowfocus", "--sync", QString::number(phone.winId())});
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&phone));
-    }
-
-    /// While the tool works, so does the window.
-    static void xdotool(const QStringList& arguments) {
-        QProcess process;
-        process.start("xdotool", arguments);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, patience))
-            << "xdotool hangs";
-        ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    }
-
-    void click(const std::string& name) {
-        window->layoutIfNeeded();
-        const auto view = window->find(name);
-        ASSERT_NE(view, nullptr) << name;
-        const auto frame = view->frameOnScreen();
-        const QPointF middle{frame.left() + frame.size.width / 2, frame.top() + frame.size.height / 2};
-        const auto onScreen = phone.mapToGlobal(middle).toPoint();
-        xdotool({"mousemove", QString::number(onScreen.x()), QString::number(onScreen.y()), "click", "1"});
-    }
-
-    bool waitForText(const std::string& name, const std::string& text) const {
-        return QTest::qWaitFor([&] { return window->find<platform::TextField>(name)->text() == text; });
-    }
-
-    std::string screen() const {
-        const auto visible = window->visibleViewController();
-        return typeid(*visible).name();
-    }
-
-    device::PhoneView phone{window};
-};
 
 TEST_F(Desktop, ACodeIsTypedCorrectedAndSent) {
     showCodeScreen();
     click("textFieldDigitOne");
     xdotool({"type", "12z"});
-    EXPECT_TRUE(waitForText("textFieldDigitThree", "z"));
+    EXPECT_TRUE(await([&] { return textOf("textFieldDigitThree") == "z"; }));
     xdotool({"key", "BackSpace"});
-    EXPECT_TRUE(waitForText("textFieldDigitThree", ""));
+    EXPECT_TRUE(await([&] { return textOf("textFieldDigitThree").empty(); }));
     xdotool({"type", "3456"});
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        mainLoop->drain();
-        return code == "123456";
-    })) << code;
+    EXPECT_TRUE(await([&] { return code == "123456"; })) << code;
 }
 
 TEST_F(Desktop, ACodeIsPastedIntoTheSingleField) {
@@ -80,25 +27,83 @@ TEST_F(Desktop, ACodeIsPastedIntoTheSingleField) {
     QGuiApplication::clipboard()->setText("A1B2C3");
     click("activationCodeTextField");
     xdotool({"key", "ctrl+v"});
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        mainLoop->drain();
-        return code == "A1B2C3";
-    })) << code;
+    EXPECT_TRUE(await([&] { return code == "A1B2C3"; })) << code;
 }
 
 TEST_F(Desktop, TheScannerIsOpenedAndLeftWithTheMouse) {
     showCodeScreen();
     const auto codeScreen = screen();
     click("scanQRCodeButton");
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        mainLoop->drain();
-        return screen() != codeScreen && window->find("scanManuallyButton") != nullptr;
-    }));
+    EXPECT_TRUE(await([&] { return screen() != codeScreen && window->find("scanManuallyButton") != nullptr; }));
     click("scanManuallyButton");
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        mainLoop->drain();
-        return screen() == codeScreen;
-    }));
+    EXPECT_TRUE(await([&] { return screen() == codeScreen; }));
+}
+
+/// The same on the road behind the code: a joined session, and vendors whose screens wait for the mouse.
+class DesktopRoad : public Desktop {
+protected:
+    void SetUp() override {
+        Desktop::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
+        auto services = platform::linuxServices(
+            {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service.trustedCertificates()});
+        services.fonts = device::fonts();
+        services.mainQueue = mainLoop;
+        services.faceTec = faceTec;
+        services.readID = std::make_shared<simulator::ReadID>(simulator::Reading::byPerson());
+        platform::install(services);
+        const auto page = service.joinPage();
+        Deployment::install({.joinPages = {page, page, page, page}});
+        faceTec->waitsForPerson = true;
+        session->join("123456", config, answer());
+        ASSERT_TRUE(await([&] { return heard == "JOIN_SESSION"; })) << heard;
+    }
+
+    /// Answers come on the transport's thread or on the main queue, and are noted on the latter.
+    IdvCompletion answer() {
+        return [this, loop = mainLoop](const IdvOutcome& outcome) {
+            loop->async([this, outcome] {
+                heard = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
+            });
+        };
+    }
+
+    void acquire(AcquisitionObject object) {
+        heard.clear();
+        session->acquire(object, config, answer());
+    }
+
+    /// As soon as it is there.
+    void clickWhenThere(const std::string& control) {
+        ASSERT_TRUE(await([&] { return isThere(control); })) << control;
+        click(control);
+    }
+
+    simulator::IdentityService service;
+    std::shared_ptr<simulator::FaceTec> faceTec = std::make_shared<simulator::FaceTec>();
+    std::shared_ptr<AcquisitionConfig> config =
+        std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face");
+    std::string heard;
+};
+
+TEST_F(DesktopRoad, ADocumentAndAFaceAreScannedWithTheMouse) {
+    acquire(AcquisitionObject::nfcScan);
+    clickWhenThere("passportOptionContainerView");
+    clickWhenThere("readPageAndChip");
+    EXPECT_TRUE(await([&] { return heard == "DOCUMENT_SCAN"; })) << heard;
+
+    navigation->popToViewController(host, /*animated=*/false);
+    acquire(AcquisitionObject::facemapScan);
+    clickWhenThere("nextButton");
+    clickWhenThere("refuseCameraButton");
+    EXPECT_TRUE(await([&] { return heard == "CAMERA_PERMISSION_ERROR"; })) << heard;
+    clickWhenThere("nextButton");
+    clickWhenThere("finishScanButton");
+    clickWhenThere("continueButton");
+    EXPECT_TRUE(await([&] { return heard == "FACE_SCAN"; })) << heard;
+    EXPECT_TRUE(service.violations().empty());
 }
 
 TEST_F(Desktop, TheDeviceIsClosedInTheMiddleOfASessionAndEndsCleanly) {
