@@ -95,8 +95,7 @@ private:
     const std::shared_ptr<MetadataOutput> output_ = std::make_shared<MetadataOutput>();
 
 public:
-    const std::shared_ptr<CodeScan> scan =
-        std::make_shared<CodeScan>([this] { return reader; }, output_, PreviewFrame{});
+    const std::shared_ptr<CodeScan> scan = std::make_shared<CodeScan>(reader, output_, PreviewFrame{});
 };
 
 int readBare(const Frames& frames) {
