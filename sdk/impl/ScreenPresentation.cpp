@@ -102,6 +102,7 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     if (scene == nullptr || (object == AcquisitionObject::ocrScan && !rules_.presentsIdScan)) {
         return;
     }
+    resetAcquisitionStateIfDue();
     response = callable(std::move(response));
     const auto context = withState([&](State& state) {
         std::swap(state.completionHandlerIdv, response);

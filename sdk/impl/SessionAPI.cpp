@@ -89,9 +89,9 @@ void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion&
     if (outcome) {
         const auto& tid = (*outcome)->data();
         withState([&](State& state) { state.tid = tid; });
+        isAcquisitionResetDue_ = true;
         response(std::make_shared<IdvResult>(tid, IdvEvents::JOIN_SESSION));
-        UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
-        UIStateManager::shared().faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
+        resetAcquisitionStateIfDue();
         return;
     }
     response(outcome);
@@ -107,6 +107,15 @@ void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion&
                 screen->resetActivationCodeFields();
             }
         });
+    }
+}
+
+/// Comes after the host has heard of its session. By then the host may have shown the next screen on its main thread,
+/// and that one belongs to the new session already.
+void SessionAPI::resetAcquisitionStateIfDue() {
+    if (isAcquisitionResetDue_.exchange(false)) {
+        UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
+        UIStateManager::shared().faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
     }
 }
 

@@ -10,6 +10,7 @@
 
 #include <kivo/KivoAPI.hpp>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -86,6 +87,7 @@ private:
     }
 
     void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response);
+    void resetAcquisitionStateIfDue();
     IdvCompletion reportingFailures(IdvCompletion response);
     void screenDidComplete(const IdvOutcome& result, Filter filter);
     void completeOnMainQueue(IdvOutcome outcome);
@@ -98,6 +100,8 @@ private:
     MireloProxy& backendClient_;
     mutable std::mutex mutex_;
     mutable State state_;
+    /// A new session has been joined, and the screens still know of the former one's steps.
+    std::atomic<bool> isAcquisitionResetDue_ = false;
 };
 
 } // namespace kivo

@@ -201,6 +201,15 @@ TEST_F(SessionVersions, ScreenOutcomesMoveTheAcquisitionState) {
     EXPECT_EQ(session.api->tid(), "data");
     EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthFailedOrInitialized);
     EXPECT_EQ(state.faceAuthState, FaceAuthStatus::faceAuthFailedOrInitialized);
+
+    state.docAuthState = DocAuthStatus::docAuthSuccess;
+    session.api->join("123456", config(), [&](const IdvOutcome&) {
+        session.api->acquire(AcquisitionObject::nfcScan, nullptr, {});
+        EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthFailedOrInitialized)
+            << "a screen shown so soon starts anew";
+        session.api->documentFlowDidComplete(success(IdvEvents::DOCUMENT_SCAN));
+    });
+    EXPECT_EQ(state.docAuthState, DocAuthStatus::docAuthSuccess) << "and what came of it stays";
 }
 
 TEST_F(SessionVersions, LeavingIsReportedAsBackNavigation) {
