@@ -28,6 +28,11 @@ std::vector<ScanRecord> FaceTec::sessions() const {
     return all;
 }
 
+void FaceTec::forgetSessions() {
+    std::erase_if(memory_->sessions, [](const auto& each) { return each->isDone; });
+    initializations_.clear();
+}
+
 const std::vector<std::string>& FaceTec::violations() const {
     return memory_->violations;
 }

@@ -231,6 +231,11 @@ void ReadID::next(Reading reading) {
     planned_.push_back(std::move(reading));
 }
 
+void ReadID::forgetSessions() {
+    std::erase_if(*sessions_, [](const auto& session) { return session->isFinished(); });
+    flows_.clear();
+}
+
 std::vector<ReadID::Session> ReadID::sessions() const {
     std::vector<Session> all;
     for (const auto& session : *sessions_) {

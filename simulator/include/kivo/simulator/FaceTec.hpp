@@ -66,6 +66,9 @@ public:
     /// What a careful vendor forbids and was done nevertheless, each in a sentence. Assert that there is none.
     const std::vector<std::string>& violations() const;
 
+    /// Drops the sessions that are over and the initialisations, for a test that runs for long. Violations stay.
+    void forgetSessions();
+
     // The vendor's operations.
 
     void initializeInProductionMode(const std::string& deviceKeyIdentifier, const std::string& faceScanEncryptionKey,
