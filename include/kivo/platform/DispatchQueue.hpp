@@ -20,7 +20,8 @@ public:
     virtual void async(std::function<void()> block) = 0;
 };
 
-/// A queue with a thread of its own. Blocks still waiting when the last reference goes are run first.
+/// A queue that runs one block at a time, in order: on a thread of its own, which begins with the first `async`. Blocks
+/// still waiting when the last reference goes are run first.
 class KIVO_EXPORT SerialQueue final : public DispatchQueue {
 public:
     /// `label` names the thread for debuggers.
@@ -31,7 +32,8 @@ public:
 
     void async(std::function<void()> block) override;
 
-    /// Runs `block` and returns when it has run; at once when called on this queue.
+    /// Runs `block` and returns when it has run; on the calling thread when the queue has nothing else to do, or when
+    /// called from one of its blocks.
     void sync(const std::function<void()>& block);
 
     const std::string& label() const;
