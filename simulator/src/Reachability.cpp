@@ -24,19 +24,19 @@ Reachability::Reachability(bool reachable)
     : flags_{flagsFor(reachable)} {}
 
 void Reachability::setReachable(bool reachable) {
-    std::vector<std::shared_ptr<Target>> told;
+    std::vector<std::pair<std::shared_ptr<platform::DispatchQueue>, std::weak_ptr<Target>>> told;
     const auto flags = flagsFor(reachable);
     {
         const std::scoped_lock lock{mutex_};
         flags_ = flags;
         for (const auto& weak : targets_) {
-            if (auto target = weak.lock(); target && target->queue && target->callback) {
-                told.push_back(std::move(target));
+            if (const auto target = weak.lock(); target && target->queue && target->callback) {
+                told.emplace_back(target->queue, weak);
             }
         }
     }
-    for (const auto& target : told) {
-        target->queue->async([this, weak = std::weak_ptr{target}, flags] {
+    for (const auto& [queue, target] : told) {
+        queue->async([this, weak = target, flags] {
             const auto alive = weak.lock();
             if (!alive) {
                 return;
