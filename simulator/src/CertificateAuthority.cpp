@@ -1,9 +1,8 @@
+#include "OpenSslObjects.hpp"
 #include "PublicKeyPin.hpp"
 
 #include <kivo/simulator/CertificateAuthority.hpp>
 
-#include <openssl/bio.h>
-#include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/rsa.h>
@@ -14,18 +13,7 @@
 namespace kivo::simulator {
 namespace {
 
-template <auto free>
-struct Free {
-    template <class T>
-    void operator()(T* object) const {
-        free(object);
-    }
-};
-
-using Key = std::unique_ptr<EVP_PKEY, Free<EVP_PKEY_free>>;
-using Certificate = std::unique_ptr<X509, Free<X509_free>>;
 using Extension = std::unique_ptr<X509_EXTENSION, Free<X509_EXTENSION_free>>;
-using Memory = std::unique_ptr<BIO, Free<BIO_free>>;
 
 constexpr long day = 24L * 60 * 60;
 

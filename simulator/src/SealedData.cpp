@@ -1,12 +1,12 @@
 #include "SealedData.hpp"
 
-#include <openssl/evp.h>
+#include "OpenSslObjects.hpp"
+
 #include <openssl/rand.h>
 #include <openssl/sha.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <stdexcept>
 
 namespace kivo::simulator {
@@ -15,8 +15,7 @@ namespace {
 constexpr std::size_t nonceSize = 12;
 constexpr std::size_t tagSize = 16;
 
-using Context = std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)>;
-using Key = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
+using KeyBytes = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
 
 unsigned char* bytes(std::string& text) {
     return reinterpret_cast<unsigned char*>(text.data());
@@ -26,14 +25,10 @@ const unsigned char* bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-Key keyFrom(std::string_view keyText) {
-    Key key{};
+KeyBytes keyFrom(std::string_view keyText) {
+    KeyBytes key{};
     SHA256(bytes(keyText), keyText.size(), key.data());
     return key;
-}
-
-Context makeContext() {
-    return {EVP_CIPHER_CTX_new(), &EVP_CIPHER_CTX_free};
 }
 
 } // namespace
@@ -43,7 +38,7 @@ std::string seal(std::string_view keyText, std::string_view plain) {
     std::string nonce(nonceSize, '\0');
     std::string tag(tagSize, '\0');
     std::string cipher(plain.size(), '\0');
-    const auto context = makeContext();
+    const CipherContext context{EVP_CIPHER_CTX_new()};
     int length = 0;
     if (RAND_bytes(bytes(nonce), nonceSize) != 1 ||
         EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), bytes(nonce)) != 1 ||
@@ -63,7 +58,7 @@ std::optional<std::string> unseal(std::string_view keyText, std::string_view sea
     const auto key = keyFrom(keyText);
     const std::string_view cipher = std::string_view{*all}.substr(nonceSize + tagSize);
     std::string plain(cipher.size(), '\0');
-    const auto context = makeContext();
+    const CipherContext context{EVP_CIPHER_CTX_new()};
     int length = 0;
     const bool opened =
         EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), bytes(*all)) == 1 &&

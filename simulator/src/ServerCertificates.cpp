@@ -1,5 +1,7 @@
 #include "ServerCertificates.hpp"
 
+#include "OpenSslObjects.hpp"
+
 #include <kivo/simulator/IdentityService.hpp>
 
 #include <openssl/err.h>
@@ -13,16 +15,6 @@
 
 namespace kivo::simulator {
 namespace {
-
-template <auto free>
-struct Free {
-    template <class T>
-    void operator()(T* object) const {
-        free(object);
-    }
-};
-
-using Memory = std::unique_ptr<BIO, Free<BIO_free>>;
 
 std::filesystem::path privateFolder() {
     auto pattern = (std::filesystem::temp_directory_path() / "kivo-service-XXXXXX").string();
@@ -38,10 +30,8 @@ Memory reading(const std::string& text) {
 
 void present(SSL* ssl, const IssuedCertificate& certificate) {
     const auto keyText = reading(certificate.privateKey);
-    const std::unique_ptr<EVP_PKEY, Free<EVP_PKEY_free>> key{
-        PEM_read_bio_PrivateKey(keyText.get(), nullptr, nullptr, nullptr)};
+    const Key key{PEM_read_bio_PrivateKey(keyText.get(), nullptr, nullptr, nullptr)};
     const auto chainText = reading(certificate.chain);
-    using Certificate = std::unique_ptr<X509, Free<X509_free>>;
     const auto next = [&] { return Certificate{PEM_read_bio_X509(chainText.get(), nullptr, nullptr, nullptr)}; };
     SSL_use_certificate(ssl, next().get());
     SSL_use_PrivateKey(ssl, key.get());
