@@ -1,9 +1,9 @@
 // The road join, update, status, commit through the SDK, beside the same four POSTs from a bare libcurl loop that
 // reuses its connection. Both talk to the same simulated identity service, in turns, in one process: first with
-// answers that come at once, which shows what the SDK costs (a join syncs three keychain writes to the disk), then
-// with answers as late as over a good mobile network, which shows what of that a person would notice.
+// answers that come at once, which shows what the SDK costs (a join waits twice for the disk), then with answers as
+// late as over a good mobile network, which shows what of that a person would notice.
 //
-// usage: kivo-bench-road [ROUNDS]
+// usage: kivo-bench-road [ROUNDS]. The figures go to standard error: standard output is the SDK's, and here nobody's.
 #include "Allocations.hpp"
 
 #include <kivo/kivo.hpp>
@@ -148,17 +148,20 @@ void compare(int rounds, std::chrono::milliseconds delay, KivoAPI& session,
     }
     const double sdk = median(sdkTimes);
     const double loop = median(bareTimes);
-    std::printf("road of 4 requests, %d rounds, answers %lld ms late, medians\n", rounds,
-                static_cast<long long>(delay.count()));
-    std::printf("  SDK        %8.1f us\n  bare loop  %8.1f us\n  ratio      %8.3f\n", sdk, loop, sdk / loop);
-    std::printf("  more       %8.1f us a request\n", (sdk - loop) / 4.0);
-    std::printf("  allocations with new: %.0f a request, the simulated service's share included\n",
-                static_cast<double>(allocated) / (4.0 * rounds));
+    std::fprintf(stderr, "road of 4 requests, %d rounds, answers %lld ms late, medians\n", rounds,
+                 static_cast<long long>(delay.count()));
+    std::fprintf(stderr, "  SDK        %8.1f us\n  bare loop  %8.1f us\n  ratio      %8.3f\n", sdk, loop, sdk / loop);
+    std::fprintf(stderr, "  more       %8.1f us a request\n", (sdk - loop) / 4.0);
+    std::fprintf(stderr, "  allocations with new: %.0f a request, the simulated service's share included\n",
+                 static_cast<double>(allocated) / (4.0 * rounds));
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) {
+        giveUp("cannot put the SDK's own lines aside");
+    }
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 200;
     auto pattern = (std::filesystem::temp_directory_path() / "kivo-bench-XXXXXX").string();
     const std::filesystem::path folder{mkdtemp(pattern.data())};
