@@ -47,6 +47,8 @@ public:
         http_.set_tcp_nodelay(true);
         http_.set_keep_alive_max_count(std::numeric_limits<std::size_t>::max());
         http_.set_keep_alive_timeout(3600);
+        // A client on a busy machine or in a debugger is slow in the middle of a handshake or a body.
+        http_.set_read_timeout(std::chrono::minutes{1});
         http_.set_payload_max_length(largestRequest);
         const auto handle = [this](const httplib::Request& request, httplib::Response& response,
                                    const httplib::ContentReader& reader) { serve(request, response, reader); };
