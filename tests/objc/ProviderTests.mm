@@ -1,5 +1,6 @@
 #import "Host.h"
 #include "support/HostFixture.hpp"
+#include "support/RecordedDiagnostics.hpp"
 
 #import <kivo/objc/KivoNative.h>
 
@@ -15,24 +16,6 @@ std::string text(NSString* value) {
 id missing() {
     return [[NSDictionary dictionary] objectForKey:@"nothing"];
 }
-
-/// Notes what is reported to the person who runs the host.
-class RecordingDiagnostics final : public kivo::platform::Diagnostics {
-public:
-    void report(std::string_view component, std::string_view text) override {
-        const std::scoped_lock lock{mutex_};
-        reported_.push_back(std::string{component} + ": " + std::string{text});
-    }
-
-    std::vector<std::string> reported() {
-        const std::scoped_lock lock{mutex_};
-        return reported_;
-    }
-
-private:
-    std::mutex mutex_;
-    std::vector<std::string> reported_;
-};
 
 class ObjCProvider : public kivo::test::HostFixture {
 protected:
@@ -53,7 +36,7 @@ protected:
         }];
     }
 
-    std::shared_ptr<RecordingDiagnostics> diagnostics = std::make_shared<RecordingDiagnostics>();
+    std::shared_ptr<kivo::test::RecordedDiagnostics> diagnostics = std::make_shared<kivo::test::RecordedDiagnostics>();
     NSAutoreleasePool* pool = [NSAutoreleasePool new];
     Host* host = [Host new];
     KivoAPIProvider* provider = [[KivoSDK loadForProviderWithKey:@"K" version:@"183"] retain];
@@ -186,7 +169,7 @@ TEST_F(ObjCProvider, LetsNoExceptionOutOfACompletion) {
                      throw std::runtime_error{"thrown in C++"};
                  }];
     EXPECT_EQ(joined().status, ObjCResultStatusSuccess);
-    const auto reported = diagnostics->reported();
+    const auto reported = diagnostics->texts();
     ASSERT_EQ(reported.size(), 2U);
     EXPECT_TRUE(reported[0].contains("thrown by the host")) << reported[0];
     EXPECT_TRUE(reported[1].contains("thrown in C++")) << reported[1];

@@ -1,41 +1,28 @@
 #include "linux/DesktopWorkspace.hpp"
 
+#include "support/Eventually.hpp"
+#include "support/TemporaryFolder.hpp"
+
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <thread>
 
 namespace kivo::platform {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-
-template <typename Condition>
-bool comesTrue(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + 20s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(2ms);
-    }
-    return true;
-}
+using test::eventually;
 
 /// A `PATH` that begins with a browser which writes down how it was called.
 class DesktopWorkspaceTest : public testing::Test {
 protected:
     DesktopWorkspaceTest() {
-        auto pattern = (fs::temp_directory_path() / "kivo-desktop-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
         const auto program = folder / "xdg-open";
         std::ofstream{program} << "#!/bin/sh\n"
                                   "{ printf '%s|' \"$#\" \"$1\"; readlink /proc/$$/fd/0 /proc/$$/fd/1; } >"
@@ -46,10 +33,7 @@ protected:
         setenv("PATH", (folder.string() + ":" + path).c_str(), 1);
     }
 
-    ~DesktopWorkspaceTest() override {
-        setenv("PATH", path.c_str(), 1);
-        fs::remove_all(folder);
-    }
+    ~DesktopWorkspaceTest() override { setenv("PATH", path.c_str(), 1); }
 
     std::optional<std::string> call() const {
         std::ifstream file{folder / "called"};
@@ -61,7 +45,8 @@ protected:
         return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) < 0 && errno == ECHILD;
     }
 
-    fs::path folder;
+    const test::TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
     std::string path;
     std::shared_ptr<Workspace> workspace = makeDesktopWorkspace();
 };
@@ -69,9 +54,9 @@ protected:
 TEST_F(DesktopWorkspaceTest, HandsTheAddressOverAsOneArgumentAndLeavesNoChild) {
     for (const std::string url : {"https://a.example/?q=$(touch x)&r=`id`;'\" *", "HTTP://a.example"}) {
         workspace->open(url);
-        ASSERT_TRUE(comesTrue([&] { return call().has_value(); })) << url;
+        ASSERT_TRUE(eventually([&] { return call().has_value(); })) << url;
         EXPECT_EQ(call(), "1|" + url + "|/dev/null\n" + (folder / "partial").string() + "\n");
-        EXPECT_TRUE(comesTrue(hasNoChild));
+        EXPECT_TRUE(eventually(hasNoChild));
         fs::remove(folder / "called");
     }
     EXPECT_FALSE(fs::exists("x"));
@@ -93,7 +78,7 @@ TEST_F(DesktopWorkspaceTest, IsSilentWithoutABrowser) {
     setenv("PATH", (folder / "empty").c_str(), 1);
     workspace->open("https://a.example");
     workspace->vibrate();
-    EXPECT_TRUE(comesTrue(hasNoChild));
+    EXPECT_TRUE(eventually(hasNoChild));
     EXPECT_EQ(call(), std::nullopt);
 }
 

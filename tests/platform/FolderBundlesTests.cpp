@@ -3,6 +3,8 @@
 #include "PropertyListReader.hpp"
 #include "StringsFile.hpp"
 #include "support/PropertyLists.hpp"
+#include "support/RecordedDiagnostics.hpp"
+#include "support/TemporaryFolder.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,16 +23,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-struct SeenDiagnostics final : Diagnostics {
-    void report(std::string_view component, std::string_view text) override {
-        const std::scoped_lock lock{mutex};
-        texts.push_back(std::string{component} + ": " + std::string{text});
-    }
-
-    std::mutex mutex;
-    std::vector<std::string> texts;
-};
-
 std::string repeated(const std::string& text, int times) {
     std::string result;
     for (int i = 0; i < times; ++i) {
@@ -42,19 +34,12 @@ std::string repeated(const std::string& text, int times) {
 class FolderBundlesTest : public testing::Test {
 protected:
     FolderBundlesTest() {
-        auto pattern = (fs::temp_directory_path() / "kivo-bundles-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
         unsetenv("LC_ALL");
         unsetenv("LC_MESSAGES");
         setenv("LANG", "C.UTF-8", 1);
     }
 
-    ~FolderBundlesTest() override { fs::remove_all(folder); }
-
-    void write(const fs::path& name, const std::string& bytes) const {
-        fs::create_directories((folder / name).parent_path());
-        std::ofstream{folder / name, std::ios::binary} << bytes;
-    }
+    void write(const fs::path& name, const std::string& bytes) const { temporary.write(name, bytes); }
 
     std::shared_ptr<Bundles> bundles() const {
         return makeFolderBundles(folder / "app.bundle", folder / "sdk.bundle", diagnostics);
@@ -62,8 +47,9 @@ protected:
 
     std::shared_ptr<Bundle> main() const { return bundles()->main(); }
 
-    fs::path folder;
-    std::shared_ptr<SeenDiagnostics> diagnostics = std::make_shared<SeenDiagnostics>();
+    const test::TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
+    std::shared_ptr<test::RecordedDiagnostics> diagnostics = std::make_shared<test::RecordedDiagnostics>();
 };
 
 TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
@@ -77,7 +63,7 @@ TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
         EXPECT_EQ(bundle->infoText("Count"), std::nullopt);
         EXPECT_EQ(bundle->infoText("Other"), std::nullopt);
     }
-    EXPECT_THAT(diagnostics->texts, IsEmpty());
+    EXPECT_THAT(diagnostics->texts(), IsEmpty());
 }
 
 TEST_F(FolderBundlesTest, FindsMainAndSdkBundleByIdentifier) {
@@ -99,7 +85,7 @@ TEST_F(FolderBundlesTest, FindsTheSdksOwnBundleBesideTheLibrary) {
     const auto sdk = all->withIdentifier("com.test.ZORFramework");
     ASSERT_NE(sdk, nullptr);
     EXPECT_TRUE(sdk->propertyList("Deployment"));
-    EXPECT_THAT(diagnostics->texts, IsEmpty());
+    EXPECT_THAT(diagnostics->texts(), IsEmpty());
 }
 
 TEST_F(FolderBundlesTest, TakesAMissingMainBundleAsEmptyAndTellsOfAMissingSdkBundle) {
@@ -107,10 +93,10 @@ TEST_F(FolderBundlesTest, TakesAMissingMainBundleAsEmptyAndTellsOfAMissingSdkBun
     EXPECT_EQ(all->main()->pathForResource("a", "txt"), std::nullopt);
     EXPECT_EQ(all->main()->propertyList("a"), std::nullopt);
     EXPECT_EQ(all->main()->localizedString("key"), "key");
-    EXPECT_THAT(diagnostics->texts, IsEmpty());
+    EXPECT_THAT(diagnostics->texts(), IsEmpty());
     EXPECT_EQ(all->withIdentifier("a"), nullptr);
     EXPECT_EQ(all->withIdentifier("a"), nullptr);
-    EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("sdk.bundle\" does not exist; install")));
+    EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("sdk.bundle\" does not exist; install")));
 }
 
 TEST_F(FolderBundlesTest, FindsResourcesWithoutLeavingTheFolder) {
@@ -156,7 +142,7 @@ TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
         write("app.bundle/all.plist", bytes);
         EXPECT_EQ(main()->propertyList("all"), PropertyValue{expected});
     }
-    EXPECT_THAT(diagnostics->texts, IsEmpty());
+    EXPECT_THAT(diagnostics->texts(), IsEmpty());
 }
 
 TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
@@ -178,28 +164,28 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
              Case{test::propertyList("<string>alone</string>"), "holds a single value"},
              Case{std::string((16 << 20) + 1, ' '), "larger than 16 MiB"},
          }) {
-        diagnostics->texts.clear();
+        diagnostics->clear();
         write("app.bundle/broken.plist", bytes);
         const auto bundle = main();
         EXPECT_EQ(bundle->propertyList("broken"), std::nullopt);
         EXPECT_EQ(bundle->propertyList("broken"), std::nullopt);
-        EXPECT_THAT(diagnostics->texts,
+        EXPECT_THAT(diagnostics->texts(),
                     ElementsAre(AllOf(HasSubstr("app.bundle/broken.plist\""), HasSubstr(problem), HasSubstr("; put"))));
     }
-    diagnostics->texts.clear();
+    diagnostics->clear();
     fs::create_directories(folder / "app.bundle/folder.plist");
     EXPECT_EQ(main()->propertyList("folder"), std::nullopt);
     EXPECT_EQ(main()->propertyList("missing"), std::nullopt);
-    EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("folder.plist\" is not a file")));
+    EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("folder.plist\" is not a file")));
 }
 
 TEST_F(FolderBundlesTest, TellsOnceOfAnInformationDictionaryThatCannotBeRead) {
     const auto problemOf = [&] {
-        diagnostics->texts.clear();
+        diagnostics->clear();
         const auto bundle = main();
         EXPECT_EQ(bundle->bundleIdentifier(), std::nullopt);
         EXPECT_EQ(bundle->localizedString("key"), "key");
-        return diagnostics->texts;
+        return diagnostics->texts();
     };
     write("app.bundle/Info.plist", "broken");
     EXPECT_THAT(problemOf(), ElementsAre(HasSubstr("Info.plist\" is not a well-formed")));
@@ -326,7 +312,7 @@ TEST_F(FolderBundlesTest, LeavesOutABrokenTableAndTellsOnce) {
     const auto bundle = main();
     EXPECT_EQ(bundle->localizedString("a"), "A");
     EXPECT_EQ(bundle->localizedString("a"), "A");
-    EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("de.lproj/Localizable.strings\" is damaged in line 1")));
+    EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("de.lproj/Localizable.strings\" is damaged in line 1")));
 }
 
 TEST_F(FolderBundlesTest, ServesManyThreadsAndTellsOnceAllTheSame) {
@@ -342,7 +328,7 @@ TEST_F(FolderBundlesTest, ServesManyThreadsAndTellsOnceAllTheSame) {
         }
     }
     EXPECT_EQ(right, 4);
-    EXPECT_EQ(diagnostics->texts.size(), 1U);
+    EXPECT_EQ(diagnostics->texts().size(), 1U);
 }
 
 } // namespace

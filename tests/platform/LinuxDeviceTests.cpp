@@ -1,6 +1,8 @@
 #include "linux/LinuxDevice.hpp"
 
 #include "linux/InterfaceNames.hpp"
+#include "support/RecordedDiagnostics.hpp"
+#include "support/TemporaryFolder.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,25 +29,8 @@ using testing::MatchesRegex;
 
 constexpr auto uuidPattern = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
 
-struct SeenDiagnostics final : Diagnostics {
-    void report(std::string_view component, std::string_view text) override {
-        const std::scoped_lock lock{mutex};
-        texts.push_back(std::string{component} + ": " + std::string{text});
-    }
-
-    std::mutex mutex;
-    std::vector<std::string> texts;
-};
-
 class LinuxDeviceTest : public testing::Test {
 protected:
-    LinuxDeviceTest() {
-        auto pattern = (fs::temp_directory_path() / "kivo-device-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-    }
-
-    ~LinuxDeviceTest() override { fs::remove_all(folder); }
-
     static void write(const fs::path& path, const std::string& text) {
         fs::create_directories(path.parent_path());
         std::ofstream{path} << text;
@@ -62,8 +47,9 @@ protected:
         return makeLinuxDevice(data, diagnostics)->identifierForVendor();
     }
 
-    fs::path folder;
-    std::shared_ptr<SeenDiagnostics> diagnostics = std::make_shared<SeenDiagnostics>();
+    const test::TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
+    std::shared_ptr<test::RecordedDiagnostics> diagnostics = std::make_shared<test::RecordedDiagnostics>();
 };
 
 TEST_F(LinuxDeviceTest, KeepsOneRandomIdentifierPerDataFolder) {
@@ -76,7 +62,7 @@ TEST_F(LinuxDeviceTest, KeepsOneRandomIdentifierPerDataFolder) {
     ASSERT_EQ(stat((folder / "a/b/device-id").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0600U);
     EXPECT_EQ(std::distance(fs::directory_iterator{folder / "a/b"}, {}), 1) << "no draft stays behind";
-    EXPECT_THAT(diagnostics->texts, IsEmpty());
+    EXPECT_THAT(diagnostics->texts(), IsEmpty());
 }
 
 TEST_F(LinuxDeviceTest, AcceptsAnIdentifierInLowerCase) {
@@ -87,14 +73,14 @@ TEST_F(LinuxDeviceTest, AcceptsAnIdentifierInLowerCase) {
 TEST_F(LinuxDeviceTest, PutsADamagedIdentifierAside) {
     for (const std::string damaged : {"", "01234567-89ab", "01234567-89ab-cdef-0123-456789abcdeg\n",
                                       "01234567-89ab-cdef-0123-456789abcdef and more"}) {
-        diagnostics->texts.clear();
+        diagnostics->clear();
         write(folder / "data/device-id", damaged);
         const auto fresh = identifier();
         ASSERT_TRUE(fresh) << damaged;
         EXPECT_THAT(*fresh, MatchesRegex(uuidPattern));
         EXPECT_EQ(identifier(), fresh);
         EXPECT_EQ(read(folder / "data/device-id.damaged"), damaged);
-        EXPECT_THAT(diagnostics->texts, ElementsAre(HasSubstr("was damaged; it is kept as")));
+        EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("was damaged; it is kept as")));
     }
 }
 
@@ -134,12 +120,12 @@ TEST_F(LinuxDeviceTest, HasNoIdentifierInAFolderThatCannotBeWritten) {
     }
     const std::vector<fs::path> places{folder / "file", folder / "file/below", folder / "locked", {}};
     for (const auto& place : places) {
-        diagnostics->texts.clear();
+        diagnostics->clear();
         const auto device = makeLinuxDevice(place, diagnostics);
         EXPECT_EQ(device->identifierForVendor(), std::nullopt) << place;
         EXPECT_EQ(device->identifierForVendor(), std::nullopt) << place;
-        EXPECT_EQ(diagnostics->texts.size(), 1U) << place;
-        EXPECT_THAT(diagnostics->texts.front(), HasSubstr("device: The")) << place;
+        EXPECT_EQ(diagnostics->texts().size(), 1U) << place;
+        EXPECT_THAT(diagnostics->texts().front(), HasSubstr("device: The")) << place;
     }
     ASSERT_EQ(seteuid(user), 0);
 }

@@ -1,5 +1,7 @@
 #include "linux/NetlinkReachability.hpp"
 
+#include "support/Eventually.hpp"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -21,6 +23,7 @@ namespace kivo::platform {
 namespace {
 
 using namespace std::chrono_literals;
+using test::eventually;
 
 constexpr auto reachable = kSCNetworkReachabilityFlagsReachable;
 
@@ -66,18 +69,6 @@ struct Seen {
     std::condition_variable changed;
     std::vector<std::uint32_t> all;
 };
-
-template <typename Condition>
-bool comesTrue(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + 20s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(2ms);
-    }
-    return true;
-}
 
 /// How many threads watch the routes.
 std::ptrdiff_t watchers() {
@@ -192,7 +183,7 @@ TEST_F(NetlinkReachabilityTest, HandsTargetAndInfoToTheCallback) {
     ip("route add default dev lo");
     EXPECT_TRUE(seen.becomes({reachable}));
     service->SCNetworkReachabilitySetCallback(target, nullptr, {});
-    EXPECT_TRUE(comesTrue([&] { return info.use_count() == 1; }));
+    EXPECT_TRUE(eventually([&] { return info.use_count() == 1; }));
 }
 
 TEST_F(NetlinkReachabilityTest, CallsNobodyBackAfterTheEnd) {
@@ -216,7 +207,7 @@ TEST_F(NetlinkReachabilityTest, CallsNobodyBackAfterTheEnd) {
         end(target);
         block();
         EXPECT_TRUE(seen.all.empty()) << name;
-        EXPECT_TRUE(comesTrue([&] { return watchers() == 0; })) << name;
+        EXPECT_TRUE(eventually([&] { return watchers() == 0; })) << name;
         ip("route del default");
     }
 }
@@ -233,7 +224,7 @@ TEST_F(NetlinkReachabilityTest, LetsACallbackEndItsOwnTarget) {
     service->SCNetworkReachabilitySetDispatchQueue(target, std::make_shared<ImmediateQueue>());
     ip("route add default dev lo");
     EXPECT_TRUE(seen.becomes({reachable}));
-    EXPECT_TRUE(comesTrue([&] { return weak.expired(); }));
+    EXPECT_TRUE(eventually([&] { return weak.expired(); }));
 }
 
 TEST_F(NetlinkReachabilityTest, OutlivesItsServiceAsLongAsATargetIsHeld) {

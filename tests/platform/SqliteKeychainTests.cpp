@@ -1,5 +1,6 @@
 #include "linux/SqliteKeychain.hpp"
 
+#include "support/RecordedDiagnostics.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <fcntl.h>
@@ -28,23 +29,6 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-class CollectedDiagnostics final : public Diagnostics {
-public:
-    void report(std::string_view component, std::string_view text) override {
-        const std::scoped_lock lock{mutex_};
-        texts_.push_back(std::string{component} + ": " + std::string{text});
-    }
-
-    std::vector<std::string> texts() const {
-        const std::scoped_lock lock{mutex_};
-        return texts_;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> texts_;
-};
 
 KeychainAttributes item(std::string account, std::optional<std::string> value = {},
                         std::optional<std::string> group = {}) {
@@ -103,7 +87,7 @@ protected:
 
     const test::TemporaryFolder parent;
     const fs::path folder = parent.path() / "kivo" / "com.example.host";
-    const std::shared_ptr<CollectedDiagnostics> diagnostics = std::make_shared<CollectedDiagnostics>();
+    const std::shared_ptr<test::RecordedDiagnostics> diagnostics = std::make_shared<test::RecordedDiagnostics>();
 };
 
 TEST_F(SqliteKeychainTest, KeepsItemsApartByIdentityAndForTheNextProcess) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/RecordedDiagnostics.hpp"
+
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Window.hpp>
@@ -7,18 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace kivo::test {
-
-/// Keeps what the platform layer had to tell.
-class RecordedDiagnostics final : public platform::Diagnostics {
-public:
-    void report(std::string_view /*component*/, std::string_view text) override { texts.emplace_back(text); }
-
-    std::vector<std::string> texts{};
-};
 
 /// A window on a main loop that runs only when told to, on a clock that stands still.
 class ScreenFixture : public testing::Test {

@@ -1,10 +1,10 @@
 #include "support/TestTlsServer.hpp"
 
+#include <kivo/simulator/CertificateAuthority.hpp>
+
 #include <arpa/inet.h>
-#include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
-#include <openssl/x509v3.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -38,15 +38,6 @@ struct Free {
 
 std::unique_ptr<BIO, Free> memoryOf(const std::string& text) {
     return std::unique_ptr<BIO, Free>{BIO_new_mem_buf(text.data(), static_cast<int>(text.size()))};
-}
-
-void addExtension(X509* certificate, int kind, const char* value) {
-    X509V3_CTX context;
-    X509V3_set_ctx_nodb(&context);
-    X509V3_set_ctx(&context, certificate, certificate, nullptr, nullptr, 0);
-    auto* const extension = X509V3_EXT_conf_nid(nullptr, &context, kind, value);
-    X509_add_ext(certificate, extension, -1);
-    X509_EXTENSION_free(extension);
 }
 
 std::size_t bodyLength(const std::string& head) {
@@ -160,7 +151,10 @@ TestTlsServer::TestTlsServer(Handler handler, Protocol protocol)
     : handler_{std::move(handler)}
     , protocol_{protocol}
     , context_{std::make_unique<Context>()} {
-    makeCertificate();
+    const auto issued = simulator::CertificateAuthority{}.issue(
+        {.names = {"localhost"}, .keyType = simulator::KeyType::ec256, .flaw = simulator::CertificateFlaw::selfSigned});
+    certificateFile_ = folder_.write("certificate.pem", issued.chain);
+    present(issued.chain, issued.privateKey);
     start();
 }
 
@@ -168,17 +162,7 @@ TestTlsServer::TestTlsServer(Handler handler, const std::string& chain, const st
     : handler_{std::move(handler)}
     , protocol_{Protocol::tls}
     , context_{std::make_unique<Context>()} {
-    const auto certificates = memoryOf(chain);
-    const auto next = [&] {
-        return std::unique_ptr<X509, Free>{PEM_read_bio_X509(certificates.get(), nullptr, nullptr, nullptr)};
-    };
-    SSL_CTX_use_certificate(context_->tls.get(), next().get());
-    for (auto above = next(); above; above = next()) {
-        SSL_CTX_add1_chain_cert(context_->tls.get(), above.get());
-    }
-    const std::unique_ptr<EVP_PKEY, Free> key{
-        PEM_read_bio_PrivateKey(memoryOf(privateKey).get(), nullptr, nullptr, nullptr)};
-    SSL_CTX_use_PrivateKey(context_->tls.get(), key.get());
+    present(chain, privateKey);
     start();
 }
 
@@ -189,8 +173,6 @@ TestTlsServer::~TestTlsServer() {
         thread.join();
     }
     ::close(listener_);
-    std::error_code ignored;
-    std::filesystem::remove(certificateFile_, ignored);
 }
 
 std::string TestTlsServer::url(const std::string& path) const {
@@ -202,34 +184,22 @@ std::vector<std::string> TestTlsServer::requests() const {
     return requests_;
 }
 
-void TestTlsServer::makeCertificate() {
-    const std::unique_ptr<EVP_PKEY, Free> key{EVP_EC_gen("P-256")};
-    const std::unique_ptr<X509, Free> certificate{X509_new()};
-    X509_set_version(certificate.get(), X509_VERSION_3);
-    ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
-    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -3600);
-    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 86'400);
-    X509_set_pubkey(certificate.get(), key.get());
-    auto* const name = X509_get_subject_name(certificate.get());
-    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1,
-                               0);
-    X509_set_issuer_name(certificate.get(), name);
-    addExtension(certificate.get(), NID_basic_constraints, "critical,CA:TRUE");
-    addExtension(certificate.get(), NID_subject_alt_name, "DNS:localhost");
-    X509_sign(certificate.get(), key.get(), EVP_sha256());
-
-    SSL_CTX_use_certificate(context_->tls.get(), certificate.get());
-    SSL_CTX_use_PrivateKey(context_->tls.get(), key.get());
-    certificate_.resize(static_cast<std::size_t>(i2d_X509(certificate.get(), nullptr)));
+void TestTlsServer::present(const std::string& chain, const std::string& privateKey) {
+    const auto certificates = memoryOf(chain);
+    const auto next = [&] {
+        return std::unique_ptr<X509, Free>{PEM_read_bio_X509(certificates.get(), nullptr, nullptr, nullptr)};
+    };
+    const auto leaf = next();
+    SSL_CTX_use_certificate(context_->tls.get(), leaf.get());
+    certificate_.resize(static_cast<std::size_t>(i2d_X509(leaf.get(), nullptr)));
     auto* end = reinterpret_cast<unsigned char*>(certificate_.data());
-    i2d_X509(certificate.get(), &end);
-
-    auto pattern = (std::filesystem::temp_directory_path() / "kivo-test-XXXXXX").string();
-    const int descriptor = ::mkstemp(pattern.data());
-    FILE* const file = ::fdopen(descriptor, "w");
-    PEM_write_X509(file, certificate.get());
-    std::fclose(file);
-    certificateFile_ = pattern;
+    i2d_X509(leaf.get(), &end);
+    for (auto above = next(); above; above = next()) {
+        SSL_CTX_add1_chain_cert(context_->tls.get(), above.get());
+    }
+    const std::unique_ptr<EVP_PKEY, Free> key{
+        PEM_read_bio_PrivateKey(memoryOf(privateKey).get(), nullptr, nullptr, nullptr)};
+    SSL_CTX_use_PrivateKey(context_->tls.get(), key.get());
 }
 
 void TestTlsServer::start() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/TemporaryFolder.hpp"
+
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
@@ -63,7 +65,7 @@ private:
     struct Context;
     struct Stream;
 
-    void makeCertificate();
+    void present(const std::string& chain, const std::string& privateKey);
     void start();
     void listen();
     void accept();
@@ -73,6 +75,7 @@ private:
     const Handler handler_;
     const Protocol protocol_;
     std::unique_ptr<Context> context_;
+    const TemporaryFolder folder_;
     std::filesystem::path certificateFile_;
     std::string certificate_;
     int listener_ = -1;

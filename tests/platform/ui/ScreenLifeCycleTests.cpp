@@ -191,13 +191,13 @@ TEST_F(ScreenLifeCycle, CompletionsRunAlsoWhenNothingCouldBeDone) {
     EXPECT_EQ(journal(), "Bx ");
     settle();
     EXPECT_EQ(journal(), "done done ");
-    EXPECT_EQ(diagnostics_->texts.size(), 1U);
+    EXPECT_EQ(diagnostics_->texts().size(), 1U);
 
     window_->setRootViewController(a);
     a->present(a, true, done());
     settle();
     EXPECT_EQ(journal(), "Aload Awill+ Adid+ done ");
-    EXPECT_EQ(diagnostics_->texts.size(), 2U);
+    EXPECT_EQ(diagnostics_->texts().size(), 2U);
 }
 
 TEST_F(ScreenLifeCycle, AContainerPassesItsAppearanceOnToTheChildThatShows) {

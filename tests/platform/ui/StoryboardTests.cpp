@@ -105,7 +105,7 @@ TEST_F(StoryboardFile, ItsButtonsCallActionsAndShowScreensWhileTheScreenLives) {
     EXPECT_EQ(screen->prepared, "onward");
     EXPECT_EQ(navigation->viewControllers().size(), 2U);
     EXPECT_FALSE(screen->performSegue("nowhere"));
-    EXPECT_EQ(diagnostics_->texts.size(), 1U);
+    EXPECT_EQ(diagnostics_->texts().size(), 1U);
 
     const std::weak_ptr weak{screen};
     screen.reset();
