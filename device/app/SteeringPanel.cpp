@@ -18,7 +18,6 @@ namespace kivo::device::app {
 namespace {
 
 using namespace std::chrono_literals;
-using simulator::Endpoint;
 using simulator::Fault;
 
 struct NamedFault {
@@ -59,21 +58,22 @@ const std::array readings{
 struct NamedScan {
     const char* name;
     bool waitsForPerson;
-    int status;
+    int faceStatus;
+    int cardStatus;
     int retries;
 };
 
-constexpr std::array scans{
-    NamedScan{"A person decides on the screen", true, simulator::faceScanStatus::completed, 0},
-    NamedScan{"The scan is good", false, simulator::faceScanStatus::completed, 0},
-    NamedScan{"The second scan is good", false, simulator::faceScanStatus::completed, 1},
-    NamedScan{"The person gives up", false, simulator::faceScanStatus::cancelled, 0},
-    NamedScan{"The camera is refused", false, simulator::faceScanStatus::cameraRefused, 0},
-    NamedScan{"It takes too long", false, simulator::faceScanStatus::timeout, 0},
-};
+namespace face = simulator::faceScanStatus;
+namespace card = simulator::idScanStatus;
 
-constexpr std::array endpoints{Endpoint::join,   Endpoint::update,  Endpoint::status, Endpoint::commit,
-                               Endpoint::upload, Endpoint::facemap, Endpoint::idScan};
+constexpr std::array scans{
+    NamedScan{"A person decides on the screen", true, face::completed, card::completed, 0},
+    NamedScan{"The scan is good", false, face::completed, card::completed, 0},
+    NamedScan{"The second scan is good", false, face::completed, card::completed, 1},
+    NamedScan{"The person gives up", false, face::cancelled, card::cancelled, 0},
+    NamedScan{"The camera is refused", false, face::cameraRefused, card::cameraRefused, 0},
+    NamedScan{"It takes too long", false, face::timeout, card::timeout, 0},
+};
 
 } // namespace
 
@@ -92,7 +92,7 @@ SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
 void SteeringPanel::addService(QGroupBox& box) {
     auto form = std::make_unique<QFormLayout>();
     auto& endpoint = addRow<QComboBox>(*form, "Endpoint");
-    for (const auto each : endpoints) {
+    for (const auto each : simulator::allEndpoints) {
         const auto name = simulator::name(each);
         endpoint.addItem(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
     }
@@ -109,7 +109,7 @@ void SteeringPanel::addService(QGroupBox& box) {
     clear.setAccessibleName(clear.text());
     auto& state = addRow<QLabel>(*form, "Now", "behaves");
     connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
-        steered_.service->inject(endpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
+        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
                                  faults.at(static_cast<std::size_t>(fault.currentIndex())).make(),
                                  once.isChecked() ? simulator::Calls::only(1) : simulator::Calls::all());
         state.setText(endpoint.currentText() + ": " + fault.currentText() + (once.isChecked() ? ", once" : ""));
@@ -162,17 +162,19 @@ void SteeringPanel::addVendors(QGroupBox& box) {
     }
     connect(&reading, &QComboBox::activated, this,
             [this](int index) { steered_.readID->next(readings.at(static_cast<std::size_t>(index)).make()); });
-    auto& scan = addRow<QComboBox>(*form, "Face");
+    auto& scan = addRow<QComboBox>(*form, "Face and card");
     for (const auto& each : scans) {
         scan.addItem(each.name);
     }
     const auto plan = [this](int index) {
         const auto& chosen = scans.at(static_cast<std::size_t>(index));
         steered_.faceTec->waitsForPerson = chosen.waitsForPerson;
-        steered_.faceTec->faceScan.status = chosen.status;
-        steered_.faceTec->faceScan.retries = chosen.retries;
-        steered_.faceTec->faceScan.scanTime = 1s;
-        steered_.faceTec->idScan.scanTime = 1s;
+        steered_.faceTec->faceScan.status = chosen.faceStatus;
+        steered_.faceTec->idScan.status = chosen.cardStatus;
+        for (auto* script : {&steered_.faceTec->faceScan, &steered_.faceTec->idScan}) {
+            script->retries = chosen.retries;
+            script->scanTime = 1s;
+        }
     };
     plan(0);
     connect(&scan, &QComboBox::currentIndexChanged, this, plan);

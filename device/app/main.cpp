@@ -30,11 +30,14 @@ namespace {
 using namespace kivo;
 using namespace kivo::device::app;
 
-/// The phone on its own, in a scroll area for displays that are too low for it.
+/// The phone on its own, on a darker ground that shows its edges, in a scroll area for displays that are too low for
+/// it.
 std::unique_ptr<QWidget> makePhone(const std::shared_ptr<platform::Window>& window) {
     auto area = std::make_unique<QScrollArea>();
     area->setAlignment(Qt::AlignCenter);
     area->setFrameShape(QFrame::NoFrame);
+    area->viewport()->setBackgroundRole(QPalette::Mid);
+    area->viewport()->setAutoFillBackground(true);
     area->setWidget(std::make_unique<device::PhoneView>(window).release());
     area->setMinimumWidth(static_cast<int>(window->frame().size.width) + 20);
     return area;
