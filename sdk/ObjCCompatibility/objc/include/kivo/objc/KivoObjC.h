@@ -4,10 +4,17 @@
 
 #import <kivo/objc/AcquisitionConfig.h>
 #import <kivo/objc/AcquisitionObject.h>
+#import <kivo/objc/CodeTextFieldStyle.h>
+#import <kivo/objc/DocumentListConfigurationStatus.h>
 #import <kivo/objc/IdvEvents.h>
 #import <kivo/objc/IdvResult.h>
 #import <kivo/objc/KivoAPIProvider.h>
+#import <kivo/objc/KivoBundle.h>
+#import <kivo/objc/KivoColor.h>
+#import <kivo/objc/KivoContentSizeCategory.h>
 #import <kivo/objc/KivoDeployment.h>
+#import <kivo/objc/KivoFont.h>
+#import <kivo/objc/KivoImage.h>
 #import <kivo/objc/KivoMainQueue.h>
 #import <kivo/objc/KivoObject.h>
 #import <kivo/objc/KivoSDK.h>
@@ -17,4 +24,5 @@
 #import <kivo/objc/SDKEnv.h>
 #import <kivo/objc/SdkVersions.h>
 #import <kivo/objc/ThemeCustomization.h>
+#import <kivo/objc/ZorCloseButtonAppearance.h>
 #import <kivo/objc/ZorFrameworkWrapper.h>

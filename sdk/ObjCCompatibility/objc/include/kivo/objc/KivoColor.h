@@ -1,0 +1,29 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+/// A colour in sRGB; each channel from 0 to 1. A value: two equal ones are as good as one.
+__attribute__((visibility("default")))
+@interface KivoColor : NSObject<NSCopying> {
+@private
+    double _red;
+    double _green;
+    double _blue;
+    double _alpha;
+}
+
++ (instancetype)colorWithRed:(double)red green:(double)green blue:(double)blue alpha:(double)alpha;
+
+/// The colour of that name in the host's asset catalogue; nil when it has none.
++ (nullable instancetype)colorNamed:(NSString*)name;
+
+@property (nonatomic, readonly) double red;
+@property (nonatomic, readonly) double green;
+@property (nonatomic, readonly) double blue;
+@property (nonatomic, readonly) double alpha;
+
+@end
+
+NS_ASSUME_NONNULL_END

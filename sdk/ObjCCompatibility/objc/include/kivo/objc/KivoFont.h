@@ -1,0 +1,25 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+/// A typeface at a size in points. A value: two equal ones are as good as one.
+__attribute__((visibility("default")))
+@interface KivoFont : NSObject<NSCopying> {
+@private
+    NSString* _fontName;
+    double _pointSize;
+}
+
+/// The font of that name, such as "Karbon-Medium"; nil when it is not installed on this machine.
++ (nullable instancetype)fontWithName:(NSString*)fontName size:(double)pointSize;
++ (instancetype)systemFontOfSize:(double)pointSize;
+
+/// Empty for the system's own.
+@property (nonatomic, readonly) NSString* fontName;
+@property (nonatomic, readonly) double pointSize;
+
+@end
+
+NS_ASSUME_NONNULL_END

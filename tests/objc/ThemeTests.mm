@@ -1,0 +1,139 @@
+#import <kivo/objc/KivoNative.h>
+#import <kivo/objc/KivoObjC.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace platform = kivo::platform;
+
+class ObjCTheme : public testing::Test {
+protected:
+    ~ObjCTheme() override { [pool drain]; }
+
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
+    ThemeCustomization* theme = [[ThemeCustomization new] autorelease];
+    std::shared_ptr<kivo::ThemeCustomization> native = [theme nativeTheme];
+};
+
+TEST_F(ObjCTheme, KeepsEveryValueApart) {
+    NSArray* const texts = @[
+        @"codeScreenGetStartedTitle", @"codeScreenTextfieldPlaceholder", @"codeScreenOrText",
+        @"codeScreenScanQRCodeButtonTitle", @"codeScreenEnterCodeManuallyButtonTitle", @"selectIDTitleText",
+        @"selectIDDescriptionText", @"selectIDPassportOptionText", @"selectIDResidentCardOptionText",
+        @"selectIDOtherCardOptionText", @"selectIDNextButtonTitle", @"faceScanIntroTitle", @"faceScanIntroDescription",
+        @"faceScanIntroNextButtonTitle", @"faceScanUploadMessage", @"faceScanSuccessMessageText"
+    ];
+    NSArray* const colors = @[
+        @"screenTitleColor", @"screenDescriptionInfoTextColor", @"primaryButtonBorderColor",
+        @"codeScreenScanQRButtonTitleColor", @"codeScreenScanQRButtonBackgroundColor",
+        @"qrScanScreenEnterManuallyButtonTitleColor", @"qrScanScreenEnterManuallyButtonBackgroundColor",
+        @"selectIDNextButtonBackgroundColor", @"faceScanIntroNextButtonTitleColor",
+        @"faceScanIntroNextButtonBackgroundColor"
+    ];
+    NSArray* const fonts = @[
+        @"screenTitleFont", @"descriptionInfoFont", @"primaryButtonFont", @"codeTextFieldFont",
+        @"documentOptionsTitleFont"
+    ];
+    NSArray* const numbers = @[
+        @"minimumContentSizeCategoryLimit", @"maximumContentSizeCategoryLimit", @"primaryButtonCornerRadius",
+        @"primaryButtonBorderWidth", @"boxedActivationCodeTextFieldCornerRadius",
+        @"boxedActivationCodeTextFieldBorderWidth", @"allowNFCSkipReadingAfterAttempts"
+    ];
+    NSMutableDictionary* const values = [NSMutableDictionary dictionary];
+    const auto count = [&] { return static_cast<int>([values count]); };
+    for (NSString* key in texts) {
+        [values setObject:[key uppercaseString] forKey:key];
+    }
+    for (NSString* key in colors) {
+        [values setObject:[KivoColor colorWithRed:0.01 * count() green:0 blue:0.5 alpha:1] forKey:key];
+    }
+    for (NSString* key in fonts) {
+        [values setObject:[KivoFont systemFontOfSize:count()] forKey:key];
+    }
+    for (NSString* key in numbers) {
+        [values setObject:[NSNumber numberWithInt:count() % 11] forKey:key];
+    }
+    [values enumerateKeysAndObjectsUsingBlock:^(id key, id value, BOOL*) {
+        [theme setValue:value forKey:key];
+    }];
+    [values enumerateKeysAndObjectsUsingBlock:^(id key, id value, BOOL*) {
+        EXPECT_TRUE([[theme valueForKey:key] isEqual:value]) << [key UTF8String];
+    }];
+}
+
+TEST_F(ObjCTheme, IsTheOneThatTheScreensRead) {
+    EXPECT_EQ(theme.codeTextFieldStyle, CodeTextFieldStyleBoxed);
+    EXPECT_EQ(theme.maximumContentSizeCategoryLimit, KivoContentSizeCategoryAccessibilityMedium);
+    EXPECT_TRUE(theme.enableDynamicTextSizes && theme.enableActivityIndicator);
+    theme.codeScreenGetStartedTitle = @"d\u00e9but";
+    theme.codeTextFieldStyle = CodeTextFieldStyleSingle;
+    theme.enableDynamicTextSizes = NO;
+    theme.screenTitleColor = [KivoColor colorWithRed:0.1 green:0.2 blue:0.3 alpha:0.4];
+    theme.screenTitleFont = [KivoFont systemFontOfSize:21];
+    theme.allowNFCSkipReadingAfterAttempts = 5;
+    EXPECT_EQ(native->codeScreenGetStartedTitle, "d\u00e9but");
+    EXPECT_EQ(native->codeTextFieldStyle, kivo::CodeTextFieldStyle::single);
+    EXPECT_FALSE(native->enableDynamicTextSizes);
+    EXPECT_EQ(native->screenTitleColor, (platform::Color{0.1, 0.2, 0.3, 0.4}));
+    EXPECT_EQ(native->screenTitleFont, platform::Font::system(21));
+    EXPECT_EQ(native->allowNFCSkipReadingAfterAttempts, 5);
+    EXPECT_EQ(ThemeCustomization.documentListConfigurationStatus, DocumentListConfigurationStatusNotConfigured);
+}
+
+TEST_F(ObjCTheme, TakesNilForNothing) {
+    theme.codeScreenOrText = @"or";
+    theme.codeScreenOrText = static_cast<NSString* _Nonnull>(nil);
+    theme.screenTitleColor = static_cast<KivoColor* _Nonnull>(nil);
+    theme.screenTitleFont = nil;
+    theme.zorCloseButtonAppearance = nil;
+    EXPECT_EQ(native->codeScreenOrText, "");
+    EXPECT_EQ(native->screenTitleColor, platform::Color::clear());
+    EXPECT_FALSE(native->screenTitleFont);
+    EXPECT_EQ(native->zorCloseButtonAppearance, nullptr);
+    EXPECT_EQ(theme.screenTitleFont, nil);
+}
+
+TEST_F(ObjCTheme, HoldsTheCloseButtonsLook) {
+    ZorCloseButtonAppearance* const look = theme.zorCloseButtonAppearance;
+    EXPECT_EQ(look, theme.zorCloseButtonAppearance) << "one object";
+    EXPECT_TRUE(look.closeButtonIsHidden && look.closeButtonCornerRadius == nil);
+    look.closeButtonIsHidden = NO;
+    look.closeButtonTitle = @"Leave";
+    look.closeButtonCornerRadius = @3.5;
+    look.closeButtonTitleColor = [KivoColor colorWithRed:1 green:0 blue:0 alpha:1];
+    look.closeButtonFont = [KivoFont systemFontOfSize:11];
+    look.closeButtonWidth = 80;
+    look.closeButtonHeight = 40;
+    look.closeButtonImage = [KivoImage imageWithContentsOfFile:@"/pictures/cross.png"];
+    const auto& native = *this->native->zorCloseButtonAppearance;
+    EXPECT_FALSE(native.closeButtonIsHidden);
+    EXPECT_EQ(native.closeButtonTitle, "Leave");
+    EXPECT_EQ(native.closeButtonCornerRadius, 3.5);
+    EXPECT_EQ(native.closeButtonTitleColor, (platform::Color{1, 0, 0, 1}));
+    EXPECT_FALSE(native.closeButtonBackgroundColor);
+    EXPECT_EQ(native.closeButtonFont.pointSize, 11);
+    EXPECT_EQ(native.closeButtonWidth, 80);
+    EXPECT_EQ(native.closeButtonHeight, 40);
+    EXPECT_EQ(native.closeButtonImage->file, "/pictures/cross.png");
+    EXPECT_EQ(native.closeButtonBackGroundImage, nullptr);
+    look.closeButtonCornerRadius = nil;
+    EXPECT_FALSE(native.closeButtonCornerRadius);
+    ZorCloseButtonAppearance* const other = [[ZorCloseButtonAppearance new] autorelease];
+    theme.zorCloseButtonAppearance = other;
+    EXPECT_EQ(theme.zorCloseButtonAppearance, other);
+}
+
+TEST_F(ObjCTheme, FindsWhatIsThereByName) {
+    EXPECT_EQ([KivoFont fontWithName:@"No such font" size:12], nil);
+    EXPECT_EQ([KivoColor colorNamed:@"No.such.colour"], nil);
+    EXPECT_EQ([KivoImage imageNamed:@"no-such-image"], nil);
+    EXPECT_EQ([KivoBundle bundleWithIdentifier:@"no.such.bundle"], nil);
+    EXPECT_EQ(theme.appBundle, [KivoBundle mainBundle]);
+    theme.appBundle = [KivoBundle bundleWithIdentifier:@"com.test.ZORFramework"];
+    EXPECT_STREQ([theme.appBundle.bundleIdentifier UTF8String], "com.test.ZORFramework");
+    EXPECT_EQ(native->appBundle->bundleIdentifier(), "com.test.ZORFramework");
+}
+
+} // namespace
