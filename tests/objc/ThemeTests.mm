@@ -1,7 +1,6 @@
 #import <kivo/objc/KivoNative.h>
 #import <kivo/objc/KivoObjC.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
