@@ -2,56 +2,14 @@
 #include "support/HostScreenFixture.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/simulator/FaceTec.hpp>
 
 namespace kivo {
 namespace {
 
-using platform::FaceTecCustomization;
-
-/// Keeps the looks it is given; it has no screens.
-class Looks final : public platform::FaceTec {
-public:
-    void initializeInProductionMode(const std::string& /*key*/, const std::string& /*encryptionKey*/,
-                                    std::function<void(bool)> /*completion*/) override {}
-
-    void initializeInDevelopmentMode(const std::string& /*key*/, const std::string& /*encryptionKey*/,
-                                     std::function<void(bool)> /*completion*/) override {}
-
-    void setLanguage(std::string_view /*language*/) override {}
-
-    std::shared_ptr<FaceTecCustomization> makeCustomization() override {
-        return std::make_shared<FaceTecCustomization>();
-    }
-
-    void setCustomization(std::shared_ptr<FaceTecCustomization> customization) override { normal = customization; }
-
-    void setLowLightCustomization(std::shared_ptr<FaceTecCustomization> customization) override {
-        lowLight = customization;
-    }
-
-    void setOverrideResultScreenSuccessMessage(const std::string& /*message*/) override {}
-
-    std::string createFaceTecAPIUserAgentString(const std::string& /*sessionId*/) override { return {}; }
-
-    std::shared_ptr<platform::ViewController>
-    createSessionVC(std::shared_ptr<platform::FaceTecFaceScanProcessorDelegate> /*faceScanProcessor*/,
-                    const std::string& /*sessionToken*/) override {
-        return nullptr;
-    }
-
-    std::shared_ptr<platform::ViewController>
-    createSessionVC(std::shared_ptr<platform::FaceTecIDScanProcessorDelegate> /*idScanProcessor*/,
-                    const std::string& /*sessionToken*/) override {
-        return nullptr;
-    }
-
-    std::shared_ptr<FaceTecCustomization> normal;
-    std::shared_ptr<FaceTecCustomization> lowLight;
-};
-
 class VendorTheme : public test::HostScreenFixture {
 protected:
-    std::shared_ptr<Looks> vendor = std::make_shared<Looks>();
+    std::shared_ptr<simulator::FaceTec> vendor = std::make_shared<simulator::FaceTec>();
 
     void installVendor() const {
         platform::Services services;
@@ -65,9 +23,9 @@ TEST_F(VendorTheme, HandsTheVendorTheThemesOwnObjectForBothLights) {
     const ThemeCustomization theme;
     ASSERT_NE(theme.faceVerificationUICustomization, nullptr);
     ThemeHelpers::applyTheme(theme);
-    EXPECT_EQ(vendor->normal, theme.faceVerificationUICustomization);
-    EXPECT_EQ(vendor->lowLight, theme.faceVerificationUICustomization);
-    EXPECT_TRUE(vendor->normal->guidanceCustomization.retryScreenSlideshowImages.empty())
+    EXPECT_EQ(vendor->customization(), theme.faceVerificationUICustomization);
+    EXPECT_EQ(vendor->lowLightCustomization(), theme.faceVerificationUICustomization);
+    EXPECT_TRUE(vendor->customization()->guidanceCustomization.retryScreenSlideshowImages.empty())
         << "the host has no picture of its own";
 }
 
@@ -77,8 +35,8 @@ TEST_F(VendorTheme, ShowsTheHostsPictureOnTheRetryScreen) {
     folder.write("Host.bundle/Host.xcassets/FaceTec_ideal_5.imageset/face.png", "picture");
     installVendor();
     ThemeHelpers::applyTheme(ThemeCustomization{});
-    ASSERT_NE(vendor->normal, nullptr);
-    const auto& pictures = vendor->normal->guidanceCustomization.retryScreenSlideshowImages;
+    ASSERT_NE(vendor->customization(), nullptr);
+    const auto& pictures = vendor->customization()->guidanceCustomization.retryScreenSlideshowImages;
     ASSERT_EQ(pictures.size(), 1U);
     EXPECT_EQ(pictures.front()->name, "FaceTec_ideal_5");
 }
@@ -89,7 +47,7 @@ TEST_F(VendorTheme, IsLeftOutWithoutAVendorOrACustomization) {
     ThemeHelpers::applyTheme(early);
     installVendor();
     ThemeHelpers::applyTheme(early);
-    EXPECT_EQ(vendor->normal, nullptr) << "a theme made before the vendor came has nothing to hand over";
+    EXPECT_EQ(vendor->customization(), nullptr) << "a theme made before the vendor came has nothing to hand over";
 }
 
 } // namespace
