@@ -24,32 +24,6 @@ protected:
     NSAutoreleasePool* pool = [NSAutoreleasePool new];
 };
 
-TEST_F(ObjCObjects, HaveTheirValues) {
-    ::IdvResult* const result = [[[::IdvResult alloc] initWithData:@"d\u00e9"
-                                                      responseType:IdvEventsFACE_SCAN] autorelease];
-    EXPECT_EQ(text(result.data), "d\u00e9");
-    result.data = @"";
-    result.responseType = IdvEventsOCR_SCAN;
-    EXPECT_EQ(text(result.data), "");
-    EXPECT_EQ(result.responseType, IdvEventsOCR_SCAN);
-
-    ::ObjCResult* const success = [[[::ObjCResult alloc] initWithSuccess:result] autorelease];
-    EXPECT_EQ(success.status, ObjCResultStatusSuccess);
-    EXPECT_EQ(success.success, result);
-    EXPECT_EQ(success.error, nil);
-
-    ::ObjCError* const error = [[[::ObjCError alloc] initWithErrorName:@"n" message:@"m" code:7
-                                                        genericMessage:@"g"] autorelease];
-    error.code = 1010;
-    error.message = @"changed";
-    ::ObjCResult* const failure = [[[::ObjCResult alloc] initWithError:error] autorelease];
-    EXPECT_EQ(failure.status, ObjCResultStatusFailure);
-    EXPECT_EQ(failure.success, nil);
-    EXPECT_EQ(failure.error, error);
-    EXPECT_EQ(text(error.errorName) + text(error.message) + text(error.genericMessage), "nchangedg");
-    EXPECT_EQ(error.code, 1010);
-}
-
 TEST_F(ObjCObjects, CannotBeMadeWithoutValues) {
     for (Class each in @[
              [::IdvResult class], [::ObjCResult class], [::ObjCError class], [::AcquisitionConfig class],

@@ -140,28 +140,6 @@ TEST(CurlUrlSession, CompletesOneAtATimeInOrderOnOneThread) {
     }
 }
 
-TEST(CurlUrlSession, GoesOnWhileACompletionBlocks) {
-    TestTlsServer server{holdAllButQuick};
-    const auto session = sessionFor(server);
-    Answers answers;
-    std::latch begun{1};
-    std::latch blocked{1};
-    session->dataTask({.url = server.url("/quick")}, [&](const auto&) {
-        begun.count_down();
-        blocked.wait();
-    });
-    begun.wait();
-    for (const auto* const path : {"/quick?1", "/quick?2", "/quick?3"}) {
-        const auto before = server.requests().size();
-        session->dataTask({.url = server.url(path)}, answers.completion(path));
-        EXPECT_TRUE(eventually([&] { return server.requests().size() > before; })) << path;
-    }
-    EXPECT_TRUE(answers.seen().empty());
-    blocked.count_down();
-    const auto entries = answers.wait(3);
-    ASSERT_EQ(entries.size(), 3U);
-}
-
 TEST(CurlUrlSession, ReportsOnTheGivenQueueOnly) {
     struct HeldQueue final : DispatchQueue {
         void async(std::function<void()> block) override {

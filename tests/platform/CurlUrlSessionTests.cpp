@@ -319,13 +319,5 @@ TEST(CurlUrlSession, BoundsTheAnswer) {
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 40'000) << "kilobytes of memory at its peak";
 }
 
-TEST(CurlUrlSession, NamesEveryKindOfError) {
-    for (auto kind = UrlErrorKind::badUrl; kind <= UrlErrorKind::unknown;
-         kind = static_cast<UrlErrorKind>(static_cast<int>(kind) + 1)) {
-        EXPECT_FALSE(name(kind).empty());
-    }
-    EXPECT_EQ(name(UrlErrorKind::pinMismatch), "pinMismatch");
-}
-
 } // namespace
 } // namespace kivo::platform

@@ -66,28 +66,6 @@ TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
     EXPECT_THAT(diagnostics->texts(), IsEmpty());
 }
 
-TEST_F(FolderBundlesTest, FindsMainAndSdkBundleByIdentifier) {
-    const auto info = [](const std::string& name) {
-        return test::propertyList("<dict><key>CFBundleIdentifier</key><string>" + name + "</string></dict>");
-    };
-    write("app.bundle/Info.plist", info("com.example.app"));
-    write("sdk.bundle/Info.plist", info("com.example.sdk"));
-    const auto all = bundles();
-    EXPECT_EQ(all->withIdentifier("com.example.app"), all->main());
-    ASSERT_NE(all->withIdentifier("com.example.sdk"), nullptr);
-    EXPECT_EQ(all->withIdentifier("com.example.sdk")->bundleIdentifier(), "com.example.sdk");
-    EXPECT_EQ(all->withIdentifier("com.example.other"), nullptr);
-}
-
-TEST_F(FolderBundlesTest, FindsTheSdksOwnBundleBesideTheLibrary) {
-    const auto all = makeFolderBundles({}, {}, diagnostics);
-    EXPECT_EQ(all->main()->bundleIdentifier(), std::nullopt);
-    const auto sdk = all->withIdentifier("com.test.ZORFramework");
-    ASSERT_NE(sdk, nullptr);
-    EXPECT_TRUE(sdk->propertyList("Deployment"));
-    EXPECT_THAT(diagnostics->texts(), IsEmpty());
-}
-
 TEST_F(FolderBundlesTest, TakesAMissingMainBundleAsEmptyAndTellsOfAMissingSdkBundle) {
     const auto all = bundles();
     EXPECT_EQ(all->main()->pathForResource("a", "txt"), std::nullopt);

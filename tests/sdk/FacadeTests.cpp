@@ -51,23 +51,6 @@ TEST_F(Facade, ReducesAVersionToTwoCharactersAsAPersonCountsThem) {
     }
 }
 
-TEST_F(Facade, ProvidersShareTheSessionApiAndItsTheme) {
-    ZorFrameworkWrapper wrapper;
-    const auto first = wrapper.load("K", "14x");
-    const auto second = wrapper.load("K", "14x");
-    EXPECT_NE(first, second);
-    EXPECT_EQ(wrapper.apiProvider(), second);
-    EXPECT_EQ(first->provider(), second->provider());
-    EXPECT_EQ(first->sdkTheme(), second->sdkTheme());
-    const auto before = first->sdkTheme();
-    const auto theme = std::make_shared<ThemeCustomization>();
-    first->setTheme(theme);
-    EXPECT_EQ(second->provider()->sdkTheme(), theme);
-    EXPECT_EQ(first->sdkTheme(), before);
-    EXPECT_EQ(wrapper.load("K", "99"), nullptr);
-    EXPECT_EQ(wrapper.apiProvider(), nullptr);
-}
-
 TEST_F(Facade, ProvidersConvertOutcomes) {
     const auto provider = KivoSDK::loadForProvider("K", "18");
     const auto outcome = [&](const std::function<void(ObjCCompletion)>& call) {
@@ -93,13 +76,6 @@ TEST_F(Facade, ProvidersConvertOutcomes) {
     EXPECT_EQ(joined->success()->responseType(), IdvEvents::JOIN_SESSION);
 }
 
-TEST_F(Facade, StartsWithItsDefaults) {
-    EXPECT_EQ(KivoSDK::VERSION(), "183");
-    EXPECT_EQ(KivoSDK::requestedSDKVersion(), "");
-    EXPECT_EQ(KivoSDK::logLevel(), LogLevel::info);
-    EXPECT_FALSE(KivoSDK::shouldApplyRetryLimit());
-}
-
 TEST_F(Facade, OnlyKnownIntegersMakeValues) {
     EXPECT_EQ(fromRawValue<SDKEnv>(1), SDKEnv::PREPROD);
     EXPECT_EQ(fromRawValue<SDKEnv>(4), std::nullopt);
@@ -115,19 +91,6 @@ TEST_F(Facade, OnlyKnownIntegersMakeValues) {
     EXPECT_EQ(IdvEventsHelper::eventName(static_cast<IdvEvents>(-1)), "");
     EXPECT_EQ(AcquisitionObjectHelper::acquisitionObjectName(AcquisitionObject::documentBackImage),
               "DOCUMENT_BACK_IMAGE");
-}
-
-TEST_F(Facade, ReadsSessionSettingsAfresh) {
-    EXPECT_EQ(Config::facemapBaseURL(), "");
-    EXPECT_EQ(Config::DeviceKeyIdentifier(), std::nullopt);
-    storeJoinAnswer("\xff");
-    EXPECT_EQ(Config::DeviceKeyIdentifier(), std::nullopt);
-    storeJoinAnswer("no JSON");
-    EXPECT_EQ(Config::DeviceKeyIdentifier(), "");
-    storeJoinAnswer(R"({"idp-facemap":{"facemap-endpoint":"https://f","ocridscan-endpoint":"https://o"}})");
-    EXPECT_EQ(Config::facemapBaseURL(), "https://f");
-    EXPECT_EQ(Config::ocrIDScanBaseURL(), "https://o");
-    EXPECT_EQ(Config::DeviceKeyIdentifier(), "");
 }
 
 TEST_F(Facade, CollectsTheApplicationInformationOnce) {

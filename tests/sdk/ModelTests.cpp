@@ -28,45 +28,6 @@ TEST(ActivationResponse, KeepsWhatItCanReadAndNamesWhatItCannot) {
     EXPECT_FALSE(log.contains("idpFaceMap"));
 }
 
-TEST(ActivationResponse, NeedsAnObject) {
-    for (const auto* text : {"", "[]", "7", "null", "{", "{}x", "\"text\""}) {
-        EXPECT_FALSE(ActivationResponse::decode(text)) << text;
-    }
-    EXPECT_TRUE(ActivationResponse::decode("{}"));
-}
-
-TEST(ActivationResponse, SurvivesEncoding) {
-    ActivationResponse session;
-    session.responseType = "data";
-    session.tId = "T \"1\"";
-    session.idpFaceMap = {{"facemap-token", "\u00fc"}};
-    const auto decoded = ActivationResponse::decode(session.encode());
-    ASSERT_TRUE(decoded);
-    EXPECT_EQ(decoded->tId, session.tId);
-    EXPECT_EQ(decoded->idpFaceMap, session.idpFaceMap);
-}
-
-TEST(ActivationResponse, OffersTheDocumentListOnlyForExactlyTrue) {
-    EXPECT_FALSE(ActivationResponse::isDocumentListAvailable(nullptr));
-    for (const auto* value : {"", "TRUE", "true ", "1"}) {
-        ActivationResponse session;
-        session.appConfig["app-doclist"] = value;
-        EXPECT_FALSE(ActivationResponse::isDocumentListAvailable(&session)) << value;
-    }
-}
-
-TEST(AcquisitionConfig, TravelsUnderItsKeysInOrder) {
-    const AcquisitionConfig config{SDKEnv::TEST, "", "a", "b", "c", ""};
-    EXPECT_EQ(config.getAsDictionary(), (AcquisitionConfig::Dictionary{{"target-env", "TEST"},
-                                                                       {"kivo-app-doclist", ""},
-                                                                       {"kivo-expiry-grace", "a"},
-                                                                       {"kivo-facematch-min", "b"},
-                                                                       {"kivo-doc-issuers", "c"},
-                                                                       {"kivo-images", ""}}));
-    const AcquisitionConfig nowhere{static_cast<SDKEnv>(7), "", "", "", "", ""};
-    EXPECT_TRUE(nowhere.getAsDictionary().empty());
-}
-
 TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
     const AcquisitionConfig config{SDKEnv::DEV, "1", "2", "3", "4", "5"};
     const auto encoded = config.encode();

@@ -110,15 +110,6 @@ TEST_F(ReachabilityMonitor, IsNotKeptAliveByTheServiceOrThePendingNews) {
     EXPECT_FALSE(told);
 }
 
-TEST_F(ReachabilityMonitor, DescribesItself) {
-    using enum Reachability::Connection;
-    EXPECT_EQ(Reachability::describe(none), "unavailable");
-    EXPECT_EQ(Reachability::describe(unavailable), "No Connection");
-    EXPECT_EQ(Reachability::describe(cellular), "Cellular");
-    EXPECT_EQ(Reachability::describe(Reachability::NetworkStatus::reachableViaWWAN), "Cellular");
-    EXPECT_EQ(Reachability::description(), "unavailable flags");
-}
-
 TEST_F(ReachabilityMonitor, ConcurrencyOfChangesQuestionsAndRestarts) {
     const auto monitor = make(nullptr);
     std::atomic<int> changes = 0;

@@ -227,16 +227,5 @@ TEST_F(SessionVersions, LeavingIsReportedAsBackNavigation) {
     }
 }
 
-TEST_F(SessionVersions, AnAcquisitionWithAContextIsAnsweredWhileThereAreNoScreens) {
-    Session session{InterfaceVersion::v180};
-    session.api->setContext(std::make_shared<platform::ViewController>());
-    std::vector<IdvOutcome> answers;
-    session.api->acquire(AcquisitionObject::nfcScan, nullptr, [&](const auto& outcome) { answers.push_back(outcome); });
-    EXPECT_TRUE(answers.empty());
-    mainLoop->drain();
-    ASSERT_EQ(answers.size(), 1U);
-    EXPECT_EQ(answers[0], failure(UNKNOWN_ERROR));
-}
-
 } // namespace
 } // namespace kivo

@@ -104,14 +104,19 @@ TEST_F(SessionWire, CountsUploadsAndTellsTheSession) {
 }
 
 TEST_F(SessionWire, ReportsAFailureUnderTheSessionsIdentifier) {
-    const auto tid = (*join(*session).outcome)->data();
-    answerTo([&](auto response) { session->update("inform", "phase two", response); });
     service.inject(Endpoint::status, simulator::Fault::refuse("STATUS_AUTH_FAILED"));
-    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::STATUS_AUTH_FAILED);
-    ASSERT_TRUE(service.waitForRequests(4, std::chrono::seconds{10}));
-    EXPECT_EQ(requestsTo(Endpoint::update).at(1).body,
-              R"({"kivo-action":"inform","tid":")" + tid +
-                  R"(","os":"I","status":"phase two","code":"1011","message":"STATUS_AUTH_FAILED"})");
+    std::size_t requests = 0;
+    for (const auto* version : {"17", "18"}) {
+        const auto versioned = KivoSDK::load("KEY", version);
+        const auto tid = (*join(*versioned).outcome)->data();
+        answerTo([&](auto response) { versioned->update("inform", "phase two", response); });
+        EXPECT_EQ(answerTo([&](auto response) { versioned->status(response); }).code(),
+                  ResponseCode::STATUS_AUTH_FAILED);
+        ASSERT_TRUE(service.waitForRequests(requests += 4, std::chrono::seconds{10}));
+        EXPECT_EQ(requestsTo(Endpoint::update).back().body,
+                  R"({"kivo-action":"inform","tid":")" + tid +
+                      R"(","os":"I","status":"phase two","code":"1011","message":"STATUS_AUTH_FAILED"})");
+    }
 }
 
 TEST_F(SessionWire, OpensTheResumePageOfAJoinedSessionOnly) {

@@ -203,34 +203,6 @@ TEST_F(SimulatedFaceTec, LetsAPersonDecide) {
     EXPECT_THAT(vendor_.violations(), IsEmpty());
 }
 
-TEST_F(SimulatedFaceTec, KeepsWhatItIsToldOfTheUploadAndShowsIt) {
-    processor_->blob.clear();
-    vendor_.waitsForPerson = true;
-    scanFace();
-    ASSERT_TRUE(person_.tap("finishScanButton"));
-    processor_->faceCallbacks.back()->onFaceScanUploadProgress(0.25F);
-    EXPECT_TRUE(person_.sees("25 %"));
-    processor_->faceCallbacks.back()->onFaceScanUploadMessageOverride({.text = "Still sending"});
-    EXPECT_TRUE(person_.sees("Still sending"));
-    EXPECT_TRUE(processor_->faceCallbacks.back()->onFaceScanResultProceedToNextStep("blob"));
-    const auto session = vendor_.sessions().back();
-    EXPECT_EQ(session.sessionToken, "token");
-    EXPECT_THAT(session.uploadProgress, ElementsAre(0.25F));
-    EXPECT_EQ(session.uploadMessages.size(), 1U);
-    EXPECT_THAT(session.resultBlobs, ElementsAre("blob"));
-    EXPECT_THAT(vendor_.violations(), IsEmpty());
-}
-
-TEST_F(SimulatedFaceTec, BreaksOffWhileTheServerIsAwaitedAndIgnoresTheLateAnswer) {
-    processor_->blob.clear();
-    vendor_.faceScan.statusWhileWaiting = faceScanStatus::contextSwitch;
-    scanFace();
-    EXPECT_THAT(processor_->heard, ElementsAre(0, faceScanStatus::contextSwitch, done));
-    EXPECT_FALSE(processor_->faceCallbacks.front()->onFaceScanResultProceedToNextStep("late"));
-    EXPECT_THAT(vendor_.sessions().back().resultBlobs, IsEmpty());
-    EXPECT_THAT(vendor_.violations(), IsEmpty());
-}
-
 TEST_F(SimulatedFaceTec, EndsWhenItsScreenIsTakenAway) {
     processor_->blob.clear();
     vendor_.waitsForPerson = true;

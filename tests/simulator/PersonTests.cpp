@@ -101,24 +101,5 @@ TEST_F(PersonTest, AnswersAlertsAndPressesBarButtons) {
     EXPECT_TRUE(person_.sees("Enter your"));
 }
 
-TEST_F(PersonTest, ScrollsToWhatLiesBelow) {
-    const auto scroll = std::make_shared<ScrollView>();
-    add(scroll, "scroll", {.top = 200, .left = 0, .right = 0, .height = 100});
-    const auto far = std::make_shared<Button>();
-    far->setIdentifier("far");
-    far->setPlacement({.top = 400, .left = 0, .width = 50, .height = 50});
-    scroll->addSubview(far);
-    EXPECT_TRUE(person_.tap("far"));
-    EXPECT_GT(scroll->contentOffset(), 0);
-}
-
-TEST_F(PersonTest, WaitsOnAClockThatStandsStillOtherwise) {
-    bool happened = false;
-    loop_->asyncAfter(3s, [&] { happened = true; });
-    EXPECT_FALSE(person_.waitFor([&] { return happened; }, 1s));
-    EXPECT_TRUE(person_.waitFor([&] { return happened; }, 5s));
-    EXPECT_LE(clock_->now(), 3100ms);
-}
-
 } // namespace
 } // namespace kivo::simulator

@@ -159,37 +159,6 @@ TEST_F(ReadIDTest, LetsAPersonChooseHowItEnds) {
     }
 }
 
-TEST_F(ReadIDTest, TheVersionsDecideWhatOfAFailureReachesTheHost) {
-    std::size_t reports = 0;
-    for (const auto* version : {"14", "15", "16", "17", "18"}) {
-        SCOPED_TRACE(version);
-        acquire(version);
-        vendor->next(Reading::failure(FailureReason::userCancelled, true));
-        tap(person, "passportOptionContainerView");
-        ASSERT_TRUE(becomes([&] { return choiceIsBack(); }));
-        vendor->next(Reading::failure(FailureReason::noChip));
-        tap(person, "passportOptionContainerView");
-        ASSERT_TRUE(becomes([&] { return !heard.empty() && heard.back() == "NO_CHIP"; }));
-        service.inject(Endpoint::upload, Fault::refuse("STATUS_BAD_BIODATA_EXPIRY"));
-        tap(person, "passportOptionContainerView");
-        // Every version reports every failure to the service, whatever it tells the host.
-        reports += 3;
-        ASSERT_TRUE(becomes([&] { return requestsTo(Endpoint::update).size() == reports; }));
-        mainLoop->drain();
-        std::vector<std::string> expected{"NO_CHIP"};
-        if (std::string_view{version} < "18") {
-            expected.insert(expected.begin(), "USER_CANCELLED");
-        }
-        if (std::string_view{version} < "17") {
-            expected.emplace_back("STATUS_BAD_BIODATA_EXPIRY");
-        }
-        EXPECT_EQ(heard, expected);
-        EXPECT_FALSE(vendor->sessions().back().isFinished);
-        service.clearFaults();
-        leave();
-    }
-}
-
 TEST_F(ReadIDTest, BeginsOneReadingAtATimeAndOnlyWithAnHttpsProxy) {
     const auto flow = std::make_shared<platform::readid::NFCWithAccessControlFlow>();
     const auto identify = [&] {

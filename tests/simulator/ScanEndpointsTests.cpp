@@ -13,22 +13,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// Counts how often, and how evenly, an upload went on.
-class Follower final : public platform::UrlSessionDelegate {
-public:
-    void didReceiveChallenge(const platform::ServerTrust* /*serverTrust*/,
-                             std::function<void(platform::AuthChallengeDisposition)> completionHandler) override {
-        completionHandler(platform::AuthChallengeDisposition::useCredential);
-    }
-
-    void didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& /*task*/, std::uint64_t sent,
-                         std::uint64_t expected) override {
-        fractions.push_back(static_cast<double>(sent) / static_cast<double>(expected));
-    }
-
-    std::vector<double> fractions;
-};
-
 class ScanEndpoints : public test::HostFixture {
 protected:
     ScanEndpoints() { join(*KivoSDK::load("KEY", "18")); }
@@ -63,8 +47,7 @@ protected:
         return answer.get_future().get();
     }
 
-    std::shared_ptr<Follower> follower_ = std::make_shared<Follower>();
-    std::shared_ptr<platform::UrlSession> session_ = services.urlSessions->make({}, follower_);
+    std::shared_ptr<platform::UrlSession> session_ = services.urlSessions->make({});
 };
 
 TEST_F(ScanEndpoints, TakeScansOfAnOpenSession) {
@@ -118,19 +101,6 @@ TEST_F(ScanEndpoints, RefuseWhatBreaksTheProtocol) {
     check(both, [this] { return idScan(); });
     check(faceOnly, [this] { return faceScan(); });
     check(idOnly, [this] { return idScan(); });
-}
-
-TEST_F(ScanEndpoints, ReadASlowUploadBitByBit) {
-    constexpr auto size = std::size_t{8} * 1024 * 1024;
-    service.inject(Endpoint::facemap, Fault::slowReader(size * 4));
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_THAT(send(faceScan(std::string(size, 'A'))), HasSubstr("accepted"));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 240ms);
-    EXPECT_EQ(service.requests().back().body.size(), size + 102);
-    const auto halfway =
-        std::ranges::count_if(follower_->fractions, [](double each) { return each > 0.5 && each < 1; });
-    EXPECT_GE(halfway, 3);
-    EXPECT_EQ(follower_->fractions.back(), 1);
 }
 
 } // namespace

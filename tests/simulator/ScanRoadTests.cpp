@@ -83,23 +83,6 @@ TEST_F(ScanRoad, GoesThroughTheVendorAndTheService) {
     EXPECT_THAT(vendor_->violations(), IsEmpty());
 }
 
-TEST_F(ScanRoad, TellsTheHostWhyAFaceScanFailed) {
-    const std::vector<std::pair<std::string, std::function<void()>>> reasons{
-        {"TIMEOUT", [&] { vendor_->faceScan.status = faceScanStatus::timeout; }},
-        {"FACESCAN_NO_SESSION_RESULT", [&] { vendor_->faceScan.givesResult = false; }},
-        {"LOCKED_OUT", [&] { service.inject(Endpoint::facemap, Fault::refuse("LOCKED_OUT"), Calls::only(1)); }},
-        {"UNKNOWN_ERROR", [&] { service.inject(Endpoint::facemap, Fault::reset(), Calls::only(1)); }},
-    };
-    for (const auto& [reason, prepare] : reasons) {
-        vendor_->faceScan = {};
-        prepare();
-        beginFaceScan();
-        EXPECT_EQ(report(), reason);
-    }
-    EXPECT_THAT(service.violations(), IsEmpty());
-    EXPECT_THAT(vendor_->violations(), IsEmpty());
-}
-
 TEST_F(ScanRoad, LetsAPersonRefuseTheCameraAndThenScanTwice) {
     vendor_->waitsForPerson = true;
     vendor_->faceScan.retries = 1;

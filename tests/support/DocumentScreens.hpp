@@ -6,7 +6,6 @@
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 #include "support/HostScreenFixture.hpp"
-#include "support/MemoryKeychain.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
 #include <kivo/simulator/Reachability.hpp>
@@ -86,7 +85,6 @@ protected:
     DocumentScreenAlone() {
         platform::Services services;
         services.urlSessions = network;
-        services.keychain = std::make_shared<MemoryKeychain>();
         services.reachability = std::make_shared<simulator::Reachability>();
         platform::install(services);
     }

@@ -4,7 +4,6 @@
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "support/HostScreenFixture.hpp"
-#include "support/MemoryKeychain.hpp"
 #include "support/ScanVendor.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
@@ -59,7 +58,6 @@ protected:
         platform::Services services;
         services.faceTec = vendor;
         services.urlSessions = sessions;
-        services.keychain = std::make_shared<MemoryKeychain>();
         platform::install(services);
         joinWith(R"("facemap-token":"token")");
     }

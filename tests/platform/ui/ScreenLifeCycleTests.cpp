@@ -262,47 +262,5 @@ TEST_F(ScreenLifeCycle, AnAlertCallsTheChosenAnswersHandlerOnceItHasGone) {
     EXPECT_TRUE(behind->tap());
 }
 
-TEST_F(ScreenLifeCycle, ALeavingScreenGivesUpTheKeyboard) {
-    const auto navigation = navigationWith(screen("A"));
-    const auto b = screen("B");
-    const auto field = std::make_shared<TextField>();
-    b->view()->addSubview(field);
-    EXPECT_TRUE(field->becomeFirstResponder());
-    EXPECT_FALSE(Keyboard::isShown());
-    navigation->pushViewController(b, true);
-    EXPECT_TRUE(field->isFirstResponder());
-    EXPECT_TRUE(Keyboard::isShown());
-    navigation->popViewController(true);
-    EXPECT_FALSE(field->isFirstResponder());
-    EXPECT_FALSE(Keyboard::isShown());
-}
-
-TEST_F(ScreenLifeCycle, ReadingSizeReachesEveryLoadedScreenOnce) {
-    class Reader final : public ViewController {
-    public:
-        void traitCollectionDidChange() override {
-            ++changes;
-            for (const auto& child : children()) {
-                child->overrideContentSizeCategory(view()->window()->preferredContentSizeCategory());
-            }
-        }
-
-        int changes = 0;
-    };
-
-    const auto parent = std::make_shared<Reader>();
-    const auto child = std::make_shared<Reader>();
-    parent->addChild(child);
-    parent->view()->addSubview(child->view());
-    window_->setRootViewController(parent);
-    window_->setPreferredContentSizeCategory(ContentSizeCategory::accessibilityLarge);
-    EXPECT_EQ(parent->changes, 1);
-    EXPECT_EQ(child->view()->contentSizeCategory(), ContentSizeCategory::accessibilityLarge);
-    window_->setPreferredContentSizeCategory(ContentSizeCategory::accessibilityLarge);
-    EXPECT_EQ(parent->changes, 1);
-    parent->view()->setMaximumContentSizeCategory(ContentSizeCategory::small);
-    EXPECT_EQ(parent->view()->contentSizeCategory(), ContentSizeCategory::small);
-}
-
 } // namespace
 } // namespace kivo::platform

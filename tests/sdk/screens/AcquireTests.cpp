@@ -109,29 +109,6 @@ TEST_F(Acquire, FailsWhereTheHostsBundleHasNoLayout) {
     EXPECT_TRUE(outcomes.empty()) << "the first versions do not know the ID scan";
 }
 
-TEST_F(Acquire, TakesTheScreensForScansFromTheHostsOwnBundle) {
-    const auto layout = sdkBundle()->pathForResource("ZORFramework", "storyboard");
-    std::filesystem::create_directory(folder.path() / "Host.bundle");
-    std::filesystem::copy(*layout, folder.path() / "Host.bundle");
-    const auto api = make();
-    api->setContext(host);
-    api->acquire(AcquisitionObject::facemapScan, nullptr, keep());
-    const auto face = std::dynamic_pointer_cast<LiveNessCheckVC>(navigation->topViewController());
-    ASSERT_NE(face, nullptr);
-    EXPECT_EQ(face->themeObj, api->sdkTheme());
-    face->scanDidFail(ResponseCode::TIMEOUT);
-    pop();
-    api->acquire(AcquisitionObject::ocrScan, nullptr, keep());
-    const auto card = std::dynamic_pointer_cast<OCRScanInitializeVC>(navigation->topViewController());
-    ASSERT_NE(card, nullptr);
-    EXPECT_EQ(card->themeObj, api->sdkTheme());
-    card->onComplete();
-    advance(100ms);
-    settle();
-    EXPECT_EQ(outcomes,
-              (Outcomes{std::unexpected{ResponseCode::TIMEOUT}, std::unexpected{ResponseCode::OCR_SCAN_FAILED}}));
-}
-
 class AcquireFromAnotherLayout : public Acquire {
 protected:
     AcquireFromAnotherLayout()
@@ -178,20 +155,6 @@ TEST_F(Acquire, AFailedJoinEmptiesTheBoxesFromTheFourthVersionOn) {
         settle();
         EXPECT_EQ(box->text(), version >= InterfaceVersion::v170 ? "" : "1") << static_cast<int>(version);
         pop();
-    }
-}
-
-TEST_F(Acquire, ClosingTellsTheHostAtOnceInTheFirstVersionsAndOnTheMainQueueLater) {
-    for (const auto version : allInterfaceVersions) {
-        const auto api = make(version);
-        api->sdkTheme()->zorCloseButtonAppearance->closeButtonIsHidden = false;
-        outcomes.clear();
-        acquireCode(*api, host);
-        outlet<Button>(*codeScreen(), "closeButton")->tap();
-        EXPECT_EQ(outcomes.size(), version >= InterfaceVersion::v170 ? 0U : 1U);
-        settle();
-        EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::CANCELLED_BY_USER}});
-        EXPECT_EQ(navigation->topViewController(), host);
     }
 }
 

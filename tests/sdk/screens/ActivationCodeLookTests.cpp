@@ -66,12 +66,6 @@ TEST_F(ActivationCodeLook, HighlightsTheBoxThatHasTheFocus) {
     EXPECT_EQ(boxes(*screen), Texts(6));
 }
 
-TEST_F(ActivationCodeLook, LeavesBordersWithoutColourWhereTheHostNamesNone) {
-    const auto screen = shown(themed(CodeTextFieldStyle::boxed));
-    EXPECT_EQ(box(*screen, 1)->layer().borderColor, std::nullopt);
-    EXPECT_EQ(box(*screen, 1)->layer().borderWidth, 2);
-}
-
 TEST_F(ActivationCodeLook, TakesTextsAndLooksFromTheTheme) {
     const auto plain = shown(themed(CodeTextFieldStyle::boxed));
     const auto orText = outlet<Label>(*plain, "orTitleLabel")->text();

@@ -85,27 +85,6 @@ TEST_F(OneTimeCodeView, CentresItsFields) {
     }
 }
 
-TEST_F(OneTimeCodeView, MakesItsFieldsAsConfigured) {
-    const auto field = shown([](LuOTPView& otp) {
-                           otp.otpTextFieldInputType = KeyboardType::alphaNumeric;
-                           otp.otpTextFieldFontColor = Color::white(0.5);
-                           otp.shouldRequireCursor = false;
-                       })->field(2);
-    EXPECT_EQ(field->tag(), 2);
-    EXPECT_EQ(field->keyboardType(), platform::KeyboardType::namePhonePad);
-    EXPECT_EQ(field->font(), platform::Font::system(20));
-    EXPECT_EQ(field->textColor(), Color::white(0.5));
-    EXPECT_EQ(field->tintColor(), Color::clear());
-    EXPECT_EQ(field->layer().cornerRadius, 12);
-    EXPECT_EQ(field->layer().borderWidth, 3);
-    EXPECT_EQ(field->layer().borderColor, darkBlue);
-    EXPECT_EQ(field->textAlignment(), platform::TextAlignment::center);
-    EXPECT_FALSE(field->isAutocorrected());
-    EXPECT_EQ(view->field(5), nullptr);
-    EXPECT_EQ(shown()->field(1)->keyboardType(), platform::KeyboardType::numberPad);
-    EXPECT_EQ(view->field(1)->tintColor(), Color::systemBlue());
-}
-
 TEST_F(OneTimeCodeView, FollowsThePersonAlongTheFields) {
     struct Row {
         const char* what;

@@ -110,25 +110,6 @@ TEST_F(ScanUploads, EndsInTheMiddleOfAnUpload) {
     EXPECT_THAT(vendor->violations(), IsEmpty());
 }
 
-TEST_F(ScanUploads, TellsTheHostOfTheServersRefusalByVersion) {
-    struct Row {
-        const char* version;
-        const char* answer;
-    };
-
-    service.inject(Endpoint::facemap, Fault::refuse("STATUS_BAD_FACEMAP"));
-    for (const auto& row : {Row{"14", "STATUS_BAD_FACEMAP"}, Row{"16", "STATUS_BAD_FACEMAP"}, Row{"18", "0 answers"}}) {
-        SCOPED_TRACE(row.version);
-        start(row.version);
-        scanFace();
-        ASSERT_TRUE(passes([this] { return vendor->sessions().back().isDone; }));
-        const auto done = clock->now();
-        ASSERT_TRUE(passes([&] { return clock->now() > done + 1s; }));
-        EXPECT_EQ(answers.empty() ? "0 answers" : answer(), row.answer) << "nothing comes of the library's own status";
-        host->navigationController()->popToViewController(host, false);
-    }
-}
-
 class PinnedScanUploads : public ScanUploads {
 protected:
     PinnedScanUploads()

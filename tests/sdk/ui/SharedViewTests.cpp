@@ -43,16 +43,6 @@ TEST_F(SharedViews, RoundCornersClipExactlyWhenThereIsARadius) {
     EXPECT_EQ(ui::borderColorExt(view), std::nullopt);
 }
 
-TEST_F(SharedViews, AShadowComesWithItsColourOffsetAndOpacity) {
-    View view;
-    EXPECT_EQ(ui::shadowRadiusExt(view), 0);
-    ui::setShadowRadiusExt(view, 6);
-    EXPECT_EQ(ui::shadowRadiusExt(view), 6);
-    EXPECT_EQ(view.layer().shadowColor, Color::black());
-    EXPECT_EQ(view.layer().shadowOffset, (platform::Size{.width = 0, .height = 2}));
-    EXPECT_EQ(view.layer().shadowOpacity, 0.6);
-}
-
 TEST_F(SharedViews, PaddingIsAsHighAsTheFieldIsNow) {
     const auto field = std::make_shared<TextField>();
     EXPECT_EQ(ui::paddingLeftCustom(*field), 0);
@@ -89,22 +79,6 @@ TEST_F(SharedViews, LetterSpaceTurnsThePlainTextIntoAnAttributedOne) {
     field.setText("");
     ui::setLetterSpace(field, 2);
     EXPECT_EQ(ui::letterSpace(field), 0) << "there is no character to be spaced";
-}
-
-TEST_F(SharedViews, AnAlertTellsTheIndexOfItsAnswerOnce) {
-    std::vector<std::size_t> chosen;
-    ui::showAlert(*host, "Title", "Message", {"A", "B", "C"}, [&](std::size_t index) { chosen.push_back(index); });
-    settle();
-    const auto alert = std::dynamic_pointer_cast<AlertController>(window->visibleViewController());
-    ASSERT_NE(alert, nullptr);
-    EXPECT_EQ(alert->title(), "Title");
-    EXPECT_EQ(alert->message(), "Message");
-    ASSERT_EQ(alert->actions().size(), 3U);
-    alert->choose(1);
-    settle();
-    alert->choose(2);
-    settle();
-    EXPECT_EQ(chosen, std::vector<std::size_t>{1});
 }
 
 TEST_F(SharedViews, TheCloseBarButtonAsksBeforeItCloses) {
@@ -191,17 +165,6 @@ TEST_F(SharedViews, OneOverlayCoversTheNavigationControllerUntilItHasFaded) {
     EXPECT_EQ(overlays(), 1);
     advance(200ms);
     EXPECT_EQ(overlays(), 0);
-}
-
-TEST_F(SharedViews, AnOverlayGoesAlsoWhenItsScreenIsPoppedRightAfter) {
-    const auto screen = std::make_shared<ViewController>();
-    push(screen);
-    ui::showActivityOverlay(*screen);
-    settle();
-    ui::hideActivityOverlay(*screen);
-    pop();
-    advance(200ms);
-    EXPECT_EQ(navigation->view()->viewWithTag(ui::activityOverlayTag), nullptr);
 }
 
 } // namespace

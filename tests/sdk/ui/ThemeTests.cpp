@@ -15,36 +15,13 @@ constexpr Color green{.red = 0, .green = 0.5, .blue = 0};
 
 using Theme = test::HostScreenFixture;
 
-TEST_F(Theme, HasItsDefaultsWhereTheHostHasNoColoursAndNoFonts) {
+TEST_F(Theme, DoesWithoutTheHostsColoursAndFonts) {
     const ThemeCustomization theme;
-    EXPECT_TRUE(theme.enableDynamicTextSizes);
-    EXPECT_TRUE(theme.enableActivityIndicator);
-    EXPECT_EQ(theme.appBundle, platform::services().bundles->main());
-    EXPECT_EQ(theme.codeTextFieldStyle, CodeTextFieldStyle::boxed);
-    EXPECT_EQ(theme.allowNFCSkipReadingAfterAttempts, 2);
-    EXPECT_EQ(theme.primaryButtonCornerRadius, 25);
-    EXPECT_EQ(theme.primaryButtonBorderWidth, 0);
-    EXPECT_EQ(theme.primaryButtonBorderColor, Color::clear());
-    EXPECT_EQ(theme.boxedActivationCodeTextFieldCornerRadius, 4);
-    EXPECT_EQ(theme.boxedActivationCodeTextFieldBorderWidth, 2);
-    EXPECT_EQ(theme.minimumContentSizeCategoryLimit, ContentSizeCategory::medium);
-    EXPECT_EQ(theme.maximumContentSizeCategoryLimit, ContentSizeCategory::accessibilityMedium);
     EXPECT_EQ(theme.screenTitleColor, Color::systemBlue());
     EXPECT_EQ(theme.screenDescriptionInfoTextColor, Color::black());
     EXPECT_EQ(theme.faceScanIntroNextButtonBackgroundColor, Color::systemBlue());
-    EXPECT_FALSE(theme.primaryButtonFont || theme.screenTitleFont || theme.descriptionInfoFont ||
-                 theme.documentOptionsTitleFont || theme.codeTextFieldFont);
-    for (const auto text :
-         {&ThemeCustomization::codeScreenGetStartedTitle, &ThemeCustomization::codeScreenTextfieldPlaceholder,
-          &ThemeCustomization::codeScreenOrText, &ThemeCustomization::codeScreenScanQRCodeButtonTitle,
-          &ThemeCustomization::codeScreenEnterCodeManuallyButtonTitle, &ThemeCustomization::selectIDNextButtonTitle,
-          &ThemeCustomization::selectIDDescriptionText, &ThemeCustomization::selectIDTitleText,
-          &ThemeCustomization::selectIDPassportOptionText, &ThemeCustomization::selectIDResidentCardOptionText,
-          &ThemeCustomization::selectIDOtherCardOptionText, &ThemeCustomization::faceScanIntroTitle,
-          &ThemeCustomization::faceScanIntroDescription, &ThemeCustomization::faceScanIntroNextButtonTitle,
-          &ThemeCustomization::faceScanSuccessMessageText, &ThemeCustomization::faceScanUploadMessage}) {
-        EXPECT_EQ(theme.*text, "");
-    }
+    EXPECT_FALSE(theme.primaryButtonFont || theme.screenTitleFont);
+    EXPECT_EQ(theme.appBundle, platform::services().bundles->main());
 }
 
 TEST_F(Theme, TakesTheColoursThatTheHostNames) {
@@ -73,13 +50,6 @@ TEST_F(Theme, TakesTheFontsThatAreInstalled) {
     EXPECT_EQ(theme.codeTextFieldFont, regular);
     EXPECT_EQ(theme.primaryButtonFont, bold);
     EXPECT_EQ(theme.zorCloseButtonAppearance->closeButtonFont, bold);
-}
-
-TEST_F(Theme, KeepsOneDocumentListStatusForTheProcess) {
-    EXPECT_EQ(ThemeCustomization::documentListConfigurationStatus(), DocumentListConfigurationStatus::notConfigured);
-    ThemeCustomization::setDocumentListConfigurationStatus(DocumentListConfigurationStatus::available);
-    EXPECT_EQ(ThemeCustomization::documentListConfigurationStatus(), DocumentListConfigurationStatus::available);
-    EXPECT_EQ(fromRawValue<DocumentListConfigurationStatus>(3), std::nullopt);
 }
 
 TEST_F(Theme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
