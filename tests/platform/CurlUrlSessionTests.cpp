@@ -13,7 +13,6 @@ namespace kivo::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using test::Answers;
 using test::exchange;
 using test::reply;
 using test::summary;

@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <fstream>
 #include <thread>
 
 namespace kivo::platform {

@@ -1,6 +1,4 @@
 #include "Configuration/environment/ApplicationInformation.hpp"
-#include "Configuration/environment/Config.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "impl/SessionAPI.hpp"
 #include "support/HostFixture.hpp"
 

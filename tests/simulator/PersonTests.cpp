@@ -5,7 +5,6 @@
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
-#include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/simulator/Person.hpp>
 

@@ -15,7 +15,6 @@ namespace kivo::simulator {
 namespace {
 
 using namespace std::chrono_literals;
-using platform::readid::FailureReason;
 using platform::readid::ReadIDError;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -2,14 +2,12 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <future>
 
 namespace kivo::simulator {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 

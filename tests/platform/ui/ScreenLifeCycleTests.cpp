@@ -2,9 +2,7 @@
 
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
-#include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
-#include <kivo/platform/ui/TextField.hpp>
 
 #include <functional>
 

@@ -1,7 +1,4 @@
-#include "Configuration/environment/SdkBundle.hpp"
 #include "impl/SessionAPI.hpp"
-#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
-#include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "support/HostScreenFixture.hpp"
 #include "support/ScriptedBackend.hpp"
 
@@ -14,7 +11,6 @@ namespace kivo {
 namespace {
 
 using namespace std::chrono_literals;
-using platform::Button;
 using platform::TextField;
 using platform::ViewController;
 using test::Keys;

@@ -1,6 +1,5 @@
 #include "support/HostScreenFixture.hpp"
 #include "ui/ActivityOverlay.hpp"
-#include "ui/Alerts.hpp"
 #include "ui/CloseConfirmation.hpp"
 #include "ui/ContentSizeOverride.hpp"
 #include "ui/Keyboard.hpp"

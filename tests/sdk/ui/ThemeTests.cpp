@@ -7,7 +7,6 @@ namespace {
 
 using platform::Button;
 using platform::Color;
-using platform::ContentSizeCategory;
 using platform::Font;
 using platform::LayoutConstraint;
 
