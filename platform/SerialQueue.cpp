@@ -41,8 +41,9 @@ public:
     void push(std::function<void()> block) {
         {
             const std::scoped_lock lock{mutex_};
-            blocks_.push_back(std::move(block));
+            // First: without a thread the block must not stay behind.
             startThread();
+            blocks_.push_back(std::move(block));
         }
         changed_.notify_one();
     }

@@ -49,7 +49,8 @@ public:
     using Queue = std::shared_ptr<platform::DispatchQueue>;
     using Change = std::function<void(Reachability&)>;
 
-    /// Watches a target of the service. `notificationQueue` may be null: changes are then told on the serial queue.
+    /// Watches a target of the service. `notificationQueue` may be null: changes are then told in the block of the
+    /// serial queue that finds them, which is the caller's own thread when a call reads the flags.
     static std::shared_ptr<Reachability> forReference(Service service, platform::ReachabilityService::Ref reference,
                                                       platform::QualityOfService queueQoS, Queue targetQueue,
                                                       Queue notificationQueue);

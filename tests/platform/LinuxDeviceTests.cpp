@@ -31,10 +31,7 @@ constexpr auto uuidPattern = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F
 
 class LinuxDeviceTest : public testing::Test {
 protected:
-    static void write(const fs::path& path, const std::string& text) {
-        fs::create_directories(path.parent_path());
-        std::ofstream{path} << text;
-    }
+    void write(const fs::path& path, const std::string& text) const { temporary.write(path, text); }
 
     static std::string read(const fs::path& path) {
         std::ifstream file{path};

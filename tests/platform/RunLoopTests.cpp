@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
@@ -152,20 +153,47 @@ TEST(SerialQueueConcurrency, MayGoInsideItsOwnBlock) {
     gone.wait(false);
 }
 
-TEST(SerialQueueConcurrency, SyncFromManyThreadsNeverOverlaps) {
-    SerialQueue queue{"dev.kivo.test"};
+TEST(SerialQueueConcurrency, BlocksOfManyThreadsNeverOverlap) {
     int unguarded = 0;
     {
+        SerialQueue queue{"dev.kivo.test"};
         std::vector<std::jthread> threads;
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&] {
                 for (int i = 0; i < 500; ++i) {
-                    queue.sync([&] { ++unguarded; });
+                    const auto before = [&] {
+                        int now = 0;
+                        queue.sync([&] { now = ++unguarded; });
+                        return now;
+                    }();
+                    queue.async([&, before] {
+                        EXPECT_GE(unguarded, before);
+                        ++unguarded;
+                    });
                 }
             });
         }
+        threads.clear();
     }
-    EXPECT_EQ(unguarded, 2000);
+    EXPECT_EQ(unguarded, 4000);
+}
+
+TEST(SerialQueue, SyncComesAfterWhatWasPushedAndBeforeWhatItPushes) {
+    std::string order;
+    {
+        SerialQueue queue{"dev.kivo.test"};
+        std::latch begun{1};
+        queue.async([&] {
+            begun.wait();
+            order += 'a';
+        });
+        std::jthread release{[&] { begun.count_down(); }};
+        queue.sync([&] {
+            queue.async([&] { order += 'c'; });
+            order += 'b';
+        });
+    }
+    EXPECT_EQ(order, "abc");
 }
 
 } // namespace

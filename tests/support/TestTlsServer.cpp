@@ -1,5 +1,7 @@
 #include "support/TestTlsServer.hpp"
 
+#include "linux/OpenSslObjects.hpp"
+
 #include <kivo/simulator/CertificateAuthority.hpp>
 
 #include <arpa/inet.h>
@@ -24,20 +26,14 @@ namespace {
 
 constexpr int pollMs = 10;
 
-struct Free {
-    void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+using platform::derOf;
+using platform::KeyPointer;
+using platform::OpenSslFree;
+using platform::X509Pointer;
+using Memory = std::unique_ptr<BIO, OpenSslFree<BIO_free>>;
 
-    void operator()(SSL* ssl) const { SSL_free(ssl); }
-
-    void operator()(X509* certificate) const { X509_free(certificate); }
-
-    void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-
-    void operator()(BIO* bio) const { BIO_free(bio); }
-};
-
-std::unique_ptr<BIO, Free> memoryOf(const std::string& text) {
-    return std::unique_ptr<BIO, Free>{BIO_new_mem_buf(text.data(), static_cast<int>(text.size()))};
+Memory memoryOf(const std::string& text) {
+    return Memory{BIO_new_mem_buf(text.data(), static_cast<int>(text.size()))};
 }
 
 std::size_t bodyLength(const std::string& head) {
@@ -50,7 +46,7 @@ std::size_t bodyLength(const std::string& head) {
 } // namespace
 
 struct TestTlsServer::Context {
-    std::unique_ptr<SSL_CTX, Free> tls{SSL_CTX_new(TLS_server_method())};
+    std::unique_ptr<SSL_CTX, OpenSslFree<SSL_CTX_free>> tls{SSL_CTX_new(TLS_server_method())};
 };
 
 // One connection, with or without TLS; its descriptor does not block, so that stopping is noticed.
@@ -139,7 +135,7 @@ private:
 
     const std::atomic<bool>& stopping_;
     const int descriptor_;
-    std::unique_ptr<SSL, Free> ssl_;
+    std::unique_ptr<SSL, OpenSslFree<SSL_free>> ssl_;
 };
 
 TestReply reply(int status, const std::string& body, const std::string& headerLines) {
@@ -186,19 +182,14 @@ std::vector<std::string> TestTlsServer::requests() const {
 
 void TestTlsServer::present(const std::string& chain, const std::string& privateKey) {
     const auto certificates = memoryOf(chain);
-    const auto next = [&] {
-        return std::unique_ptr<X509, Free>{PEM_read_bio_X509(certificates.get(), nullptr, nullptr, nullptr)};
-    };
+    const auto next = [&] { return X509Pointer{PEM_read_bio_X509(certificates.get(), nullptr, nullptr, nullptr)}; };
     const auto leaf = next();
     SSL_CTX_use_certificate(context_->tls.get(), leaf.get());
-    certificate_.resize(static_cast<std::size_t>(i2d_X509(leaf.get(), nullptr)));
-    auto* end = reinterpret_cast<unsigned char*>(certificate_.data());
-    i2d_X509(leaf.get(), &end);
+    certificate_ = derOf(leaf.get(), i2d_X509);
     for (auto above = next(); above; above = next()) {
         SSL_CTX_add1_chain_cert(context_->tls.get(), above.get());
     }
-    const std::unique_ptr<EVP_PKEY, Free> key{
-        PEM_read_bio_PrivateKey(memoryOf(privateKey).get(), nullptr, nullptr, nullptr)};
+    const KeyPointer key{PEM_read_bio_PrivateKey(memoryOf(privateKey).get(), nullptr, nullptr, nullptr)};
     SSL_CTX_use_PrivateKey(context_->tls.get(), key.get());
 }
 

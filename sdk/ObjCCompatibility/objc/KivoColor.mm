@@ -1,5 +1,8 @@
 #import "Properties.h"
 
+#include <cstddef>
+#include <functional>
+
 @implementation KivoColor
 
 @synthesize red = _red;
@@ -8,17 +11,12 @@
 @synthesize alpha = _alpha;
 
 + (instancetype)colorWithRed:(double)red green:(double)green blue:(double)blue alpha:(double)alpha {
-    KivoColor* const color = [[[self alloc] init] autorelease];
-    color->_red = red;
-    color->_green = green;
-    color->_blue = blue;
-    color->_alpha = alpha;
-    return color;
+    return [[[self alloc] initWithNativeColor:{.red = red, .green = green, .blue = blue, .alpha = alpha}] autorelease];
 }
 
 + (nullable instancetype)colorNamed:(NSString*)name {
     const auto color = kivo::platform::Color::named(kivo::objc::fromText(name));
-    return color ? [self colorWithNative:*color] : nil;
+    return color ? [[[self alloc] initWithNativeColor:*color] autorelease] : nil;
 }
 
 - (id)copyWithZone:(NSZone*)zone {
@@ -30,7 +28,11 @@
 }
 
 - (NSUInteger)hash {
-    return [[self description] hash];
+    std::size_t hash = 0;
+    for (const double channel : {_red, _green, _blue, _alpha}) {
+        hash = hash * 31 + std::hash<double>{}(channel);
+    }
+    return hash;
 }
 
 - (NSString*)description {
@@ -41,8 +43,15 @@
 
 @implementation KivoColor (Native)
 
-+ (KivoColor*)colorWithNative:(const kivo::platform::Color&)color {
-    return [self colorWithRed:color.red green:color.green blue:color.blue alpha:color.alpha];
+- (instancetype)initWithNativeColor:(const kivo::platform::Color&)color {
+    self = [super init];
+    if (self) {
+        _red = color.red;
+        _green = color.green;
+        _blue = color.blue;
+        _alpha = color.alpha;
+    }
+    return self;
 }
 
 - (kivo::platform::Color)nativeColor {

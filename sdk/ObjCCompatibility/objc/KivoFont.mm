@@ -7,11 +7,11 @@
 
 + (nullable instancetype)fontWithName:(NSString*)fontName size:(double)pointSize {
     const auto font = kivo::platform::Font::named(kivo::objc::fromText(fontName), pointSize);
-    return font ? [self fontWithNative:*font] : nil;
+    return font ? [[[self alloc] initWithNativeFont:*font] autorelease] : nil;
 }
 
 + (instancetype)systemFontOfSize:(double)pointSize {
-    return [self fontWithNative:kivo::platform::Font::system(pointSize)];
+    return [[[self alloc] initWithNativeFont:kivo::platform::Font::system(pointSize)] autorelease];
 }
 
 - (void)dealloc {
@@ -39,11 +39,13 @@
 
 @implementation KivoFont (Native)
 
-+ (KivoFont*)fontWithNative:(const kivo::platform::Font&)native {
-    KivoFont* const font = [[[self alloc] init] autorelease];
-    font->_fontName = [kivo::objc::toText(native.name) copy];
-    font->_pointSize = native.pointSize;
-    return font;
+- (instancetype)initWithNativeFont:(const kivo::platform::Font&)font {
+    self = [super init];
+    if (self) {
+        _fontName = [kivo::objc::toText(font.name) copy];
+        _pointSize = font.pointSize;
+    }
+    return self;
 }
 
 - (kivo::platform::Font)nativeFont {

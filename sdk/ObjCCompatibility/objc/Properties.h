@@ -18,20 +18,22 @@
 #include <type_traits>
 
 @interface KivoColor (Native)
-+ (KivoColor*)colorWithNative:(const kivo::platform::Color&)color;
+- (instancetype)initWithNativeColor:(const kivo::platform::Color&)color;
 - (kivo::platform::Color)nativeColor;
 @end
 
 @interface KivoFont (Native)
-+ (KivoFont*)fontWithNative:(const kivo::platform::Font&)font;
+- (instancetype)initWithNativeFont:(const kivo::platform::Font&)font;
 - (kivo::platform::Font)nativeFont;
 @end
 
-/// How members of the library's objects look as properties: `shown` makes what a host reads, and `take` puts what it
-/// writes into the member. Nil stands for an absent value, or for the empty or clear one where none can be absent.
+/// How members of the library's objects look as properties: `shown` makes what a host reads, of type `To`, and `take`
+/// puts what it writes into the member. Nil stands for an absent value; where none can be absent it is the empty text,
+/// the clear colour or the system's font.
 namespace kivo::objc {
 
-inline NSString* shown(const std::string& text) {
+template <class To>
+To shown(const std::string& text) {
     return toText(text);
 }
 
@@ -39,33 +41,71 @@ inline void take(NSString* text, std::string& member) {
     member = fromText(text);
 }
 
-inline KivoColor* shown(const platform::Color& color) {
-    return [KivoColor colorWithNative:color];
+template <class To>
+To shown(const platform::Color& color) {
+    return [[[KivoColor alloc] initWithNativeColor:color] autorelease];
 }
 
 inline void take(KivoColor* color, platform::Color& member) {
     member = color ? [color nativeColor] : platform::Color::clear();
 }
 
-inline KivoFont* shown(const platform::Font& font) {
-    return [KivoFont fontWithNative:font];
+template <class To>
+To shown(const platform::Font& font) {
+    return [[[KivoFont alloc] initWithNativeFont:font] autorelease];
 }
 
 inline void take(KivoFont* font, platform::Font& member) {
     member = font ? [font nativeFont] : platform::Font{};
 }
 
-inline NSNumber* shown(double number) {
-    return [NSNumber numberWithDouble:number];
+/// Numbers, flags and enumerations.
+template <class To, class T>
+    requires(std::is_arithmetic_v<T> || std::is_enum_v<T>)
+To shown(const T& value) {
+    if constexpr (std::is_same_v<To, NSNumber*>) {
+        return [NSNumber numberWithDouble:value];
+    } else {
+        return static_cast<To>(value);
+    }
 }
 
 inline void take(NSNumber* number, double& member) {
     member = [number doubleValue];
 }
 
+inline void take(double number, double& member) {
+    member = number;
+}
+
+inline void take(BOOL flag, bool& member) {
+    member = flag;
+}
+
+inline void take(NSInteger number, int& member) {
+    member = toInt(number);
+}
+
+template <class E>
+    requires std::is_enum_v<E>
+void take(NSInteger value, E& member) {
+    member = enumeration<E>(value);
+}
+
+/// An object of the library, in a wrapper of the class that `To` points to.
+template <class To, class T>
+To shown(const std::shared_ptr<T>& object) {
+    return wrapped<std::remove_pointer_t<To>>(std::const_pointer_cast<std::remove_const_t<T>>(object));
+}
+
 template <class T>
-auto shown(const std::optional<T>& value) -> decltype(shown(*value)) {
-    return value ? shown(*value) : nil;
+void take(KivoObject* wrapper, std::shared_ptr<T>& member) {
+    member = heldNative<std::remove_const_t<T>>(wrapper);
+}
+
+template <class To, class T>
+To shown(const std::optional<T>& value) {
+    return value ? shown<To>(*value) : nil;
 }
 
 template <class Object, class T>
@@ -79,31 +119,11 @@ void take(Object* object, std::optional<T>& member) {
 
 } // namespace kivo::objc
 
-/// A property that is a member of `native(self)`, a number or an enumeration.
-#define KIVO_NUMBER(type, getter, setter)                                                                              \
+/// The property that is the member `getter` of `native(self)`.
+#define KIVO_PROPERTY(type, getter, setter)                                                                            \
     -(type)getter {                                                                                                    \
-        return static_cast<type>(native(self).getter);                                                                 \
+        return kivo::objc::shown<type>(native(self).getter);                                                           \
     }                                                                                                                  \
     -(void)setter : (type)value {                                                                                      \
-        native(self).getter = static_cast<std::remove_reference_t<decltype(native(self).getter)>>(value);              \
-    }
-
-/// One that is a text, a colour, a font or an optional value.
-#define KIVO_VALUE(type, getter, setter)                                                                               \
-    -(type*)getter {                                                                                                   \
-        return kivo::objc::shown(native(self).getter);                                                                 \
-    }                                                                                                                  \
-    -(void)setter : (type*)value {                                                                                     \
         kivo::objc::take(value, native(self).getter);                                                                  \
-    }
-
-/// One that is a shared object of the library, in a wrapper of class `type`.
-#define KIVO_OBJECT(type, getter, setter)                                                                              \
-    -(type*)getter {                                                                                                   \
-        using Object = std::remove_const_t<decltype(native(self).getter)::element_type>;                               \
-        return kivo::objc::wrapped<type>(std::const_pointer_cast<Object>(native(self).getter));                        \
-    }                                                                                                                  \
-    -(void)setter : (type*)value {                                                                                     \
-        using Object = std::remove_const_t<decltype(native(self).getter)::element_type>;                               \
-        native(self).getter = kivo::objc::heldNative<Object>(value);                                                   \
     }

@@ -21,15 +21,15 @@ kivo::ZorCloseButtonAppearance& native(ZorCloseButtonAppearance* appearance) {
     return [[self alloc] init];
 }
 
-KIVO_NUMBER(BOOL, closeButtonIsHidden, setCloseButtonIsHidden)
-KIVO_OBJECT(KivoImage, closeButtonImage, setCloseButtonImage)
-KIVO_OBJECT(KivoImage, closeButtonBackGroundImage, setCloseButtonBackGroundImage)
-KIVO_VALUE(NSString, closeButtonTitle, setCloseButtonTitle)
-KIVO_VALUE(KivoColor, closeButtonBackgroundColor, setCloseButtonBackgroundColor)
-KIVO_VALUE(KivoColor, closeButtonTitleColor, setCloseButtonTitleColor)
-KIVO_NUMBER(double, closeButtonWidth, setCloseButtonWidth)
-KIVO_NUMBER(double, closeButtonHeight, setCloseButtonHeight)
-KIVO_VALUE(NSNumber, closeButtonCornerRadius, setCloseButtonCornerRadius)
-KIVO_VALUE(KivoFont, closeButtonFont, setCloseButtonFont)
+KIVO_PROPERTY(BOOL, closeButtonIsHidden, setCloseButtonIsHidden)
+KIVO_PROPERTY(KivoImage*, closeButtonImage, setCloseButtonImage)
+KIVO_PROPERTY(KivoImage*, closeButtonBackGroundImage, setCloseButtonBackGroundImage)
+KIVO_PROPERTY(NSString*, closeButtonTitle, setCloseButtonTitle)
+KIVO_PROPERTY(KivoColor*, closeButtonBackgroundColor, setCloseButtonBackgroundColor)
+KIVO_PROPERTY(KivoColor*, closeButtonTitleColor, setCloseButtonTitleColor)
+KIVO_PROPERTY(double, closeButtonWidth, setCloseButtonWidth)
+KIVO_PROPERTY(double, closeButtonHeight, setCloseButtonHeight)
+KIVO_PROPERTY(NSNumber*, closeButtonCornerRadius, setCloseButtonCornerRadius)
+KIVO_PROPERTY(KivoFont*, closeButtonFont, setCloseButtonFont)
 
 @end

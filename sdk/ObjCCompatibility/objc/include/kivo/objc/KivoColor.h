@@ -14,6 +14,9 @@ __attribute__((visibility("default")))
     double _alpha;
 }
 
+- (instancetype)init __attribute__((unavailable("use a method that takes values")));
++ (instancetype)new __attribute__((unavailable("use a method that takes values")));
+
 + (instancetype)colorWithRed:(double)red green:(double)green blue:(double)blue alpha:(double)alpha;
 
 /// The colour of that name in the host's asset catalogue; nil when it has none.

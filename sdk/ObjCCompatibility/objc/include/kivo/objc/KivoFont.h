@@ -12,6 +12,9 @@ __attribute__((visibility("default")))
     double _pointSize;
 }
 
+- (instancetype)init __attribute__((unavailable("use a method that takes values")));
++ (instancetype)new __attribute__((unavailable("use a method that takes values")));
+
 /// The font of that name, such as "Karbon-Medium"; nil when it is not installed on this machine.
 + (nullable instancetype)fontWithName:(NSString*)fontName size:(double)pointSize;
 + (instancetype)systemFontOfSize:(double)pointSize;

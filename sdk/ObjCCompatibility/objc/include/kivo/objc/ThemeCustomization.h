@@ -19,6 +19,7 @@ NS_ASSUME_NONNULL_BEGIN
 /// the
 ///   other colour where the catalogue has no such name.
 /// - A font is nil where it is not installed; the screens then use the system font of the same size.
+/// - Nil, written to a colour, makes it clear.
 /// - What the vendors' own screens look like is set in C++: see `KivoNative.h`.
 __attribute__((visibility("default")))
 @interface ThemeCustomization : KivoObject

@@ -30,7 +30,7 @@ __attribute__((visibility("default")))
 @property (nonatomic) double closeButtonHeight;
 /// Nil means 17.5, half of the default height.
 @property (nonatomic, copy, nullable) NSNumber* closeButtonCornerRadius;
-/// "Karbon-Bold" at 17 points, or the system font where that is not installed.
+/// "Karbon-Bold" at 17 points, or the system font where that is not installed; nil makes it the latter.
 @property (nonatomic, copy) KivoFont* closeButtonFont;
 
 @end
