@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -15,8 +16,9 @@ namespace kivo::platform {
 namespace {
 
 constexpr std::size_t spareHandles = 8;
-// Further requests wait for one of these, as servers expect of a polite client.
-constexpr long connectionsPerHost = 6;
+// Further requests to the same server wait, as servers expect of a polite client. They wait here, not in libcurl: some
+// of its versions forget them when connections end together, and let none of them run out of time.
+constexpr std::ptrdiff_t requestsPerServer = 6;
 constexpr int longPollMs = 3'600'000;
 constexpr int blindPollMs = 20;
 
@@ -43,7 +45,6 @@ public:
         : engine_{engine}
         , multi_{curl_multi_init()}
         , share_{curl_share_init()} {
-        curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, connectionsPerHost);
         curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
         curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
     }
@@ -63,10 +64,14 @@ public:
                 int running = 0;
                 curl_multi_perform(multi_, &running);
                 collect();
+                startWaiting();
             } while (!waitForWork());
         }
         while (!active_.empty()) {
             finishCancelled(active_.back().transfer);
+        }
+        while (!waiting_.empty()) {
+            finishCancelled(waiting_.front());
         }
     }
 
@@ -85,7 +90,7 @@ private:
             commands_.stopping = engine_.commands_.stopping;
         }
         for (auto& transfer : commands_.added) {
-            begin(std::move(transfer));
+            take(std::move(transfer));
         }
         for (const auto& transfer : commands_.cancelled) {
             finishCancelled(transfer);
@@ -95,12 +100,43 @@ private:
         return !commands_.stopping;
     }
 
-    void begin(std::shared_ptr<CurlTransfer> transfer) {
+    void take(std::shared_ptr<CurlTransfer> transfer) {
         if (transfer->isCancelled() || commands_.stopping) {
             transfer->concludeCancelled();
             hand(std::move(transfer));
+        } else if (mayStart(*transfer)) {
+            begin(std::move(transfer));
+        } else {
+            waiting_.push_back(std::move(transfer));
+        }
+    }
+
+    bool mayStart(const CurlTransfer& transfer) const {
+        const auto goesToTheSame = [&](const Active& entry) { return entry.transfer->server() == transfer.server(); };
+        return std::ranges::count_if(active_, goesToTheSame) < requestsPerServer;
+    }
+
+    // Lets those go on that waited for others to end, in the order they came, and ends those that waited too long.
+    void startWaiting() {
+        if (waiting_.empty()) {
             return;
         }
+        const auto now = std::chrono::steady_clock::now();
+        std::erase_if(waiting_, [&](const std::shared_ptr<CurlTransfer>& transfer) {
+            if (transfer->deadline() <= now) {
+                transfer->conclude(CURLE_OPERATION_TIMEDOUT);
+                hand(transfer);
+                return true;
+            }
+            if (mayStart(*transfer)) {
+                begin(transfer);
+                return true;
+            }
+            return false;
+        });
+    }
+
+    void begin(std::shared_ptr<CurlTransfer> transfer) {
         auto easy = takeHandle();
         if (!transfer->prepare(easy.get())) {
             giveBack(std::move(easy));
@@ -123,7 +159,8 @@ private:
                 continue;
             }
             const auto code = message->data.result;
-            auto ended = take([easy = message->easy_handle](const Active& entry) { return entry.easy.get() == easy; });
+            auto ended =
+                takeOut([easy = message->easy_handle](const Active& entry) { return entry.easy.get() == easy; });
             ended.transfer->conclude(code);
             curl_multi_remove_handle(multi_, ended.easy.get());
             hand(std::move(ended.transfer));
@@ -131,8 +168,14 @@ private:
         }
     }
 
-    void finishCancelled(const std::shared_ptr<CurlTransfer>& transfer) {
-        auto ended = take([&](const Active& entry) { return entry.transfer == transfer; });
+    // Does nothing with a transfer that has ended by itself.
+    void finishCancelled(std::shared_ptr<CurlTransfer> transfer) {
+        if (std::erase(waiting_, transfer) > 0) {
+            transfer->concludeCancelled();
+            hand(std::move(transfer));
+            return;
+        }
+        auto ended = takeOut([&](const Active& entry) { return entry.transfer == transfer; });
         if (ended.transfer) {
             curl_multi_remove_handle(multi_, ended.easy.get());
             ended.transfer->concludeCancelled();
@@ -141,18 +184,30 @@ private:
         }
     }
 
-    // Waits until a connection or another thread has something; true when it may be another thread.
+    // Waits until a connection or another thread has something, or a waiting transfer's time is up; true when it may be
+    // another thread.
     bool waitForWork() {
         curl_waitfd wake{engine_.wakeDescriptor_, CURL_WAIT_POLLIN, 0};
         const bool isBlind = engine_.wakeDescriptor_ < 0;
-        curl_multi_poll(multi_, &wake, isBlind ? 0 : 1, isBlind ? blindPollMs : longPollMs, nullptr);
+        const auto longest = isBlind ? blindPollMs : longPollMs;
+        curl_multi_poll(multi_, &wake, isBlind ? 0 : 1, std::min(longest, patienceMs()), nullptr);
         std::uint64_t count = 0;
         return isBlind || (wake.revents != 0 && ::read(engine_.wakeDescriptor_, &count, sizeof count) > 0);
     }
 
+    // How long it takes until the first of the waiting transfers has waited too long.
+    int patienceMs() const {
+        auto patience = std::chrono::milliseconds{longPollMs};
+        const auto now = std::chrono::steady_clock::now();
+        for (const auto& transfer : waiting_) {
+            patience = std::min(patience, std::chrono::ceil<std::chrono::milliseconds>(transfer->deadline() - now));
+        }
+        return static_cast<int>(std::max<std::int64_t>(patience.count(), 0));
+    }
+
     // Takes an entry out of those under way; an empty one when there is none such.
     template <typename Predicate>
-    Active take(const Predicate& isWanted) {
+    Active takeOut(const Predicate& isWanted) {
         const auto found = std::ranges::find_if(active_, isWanted);
         if (found == active_.end()) {
             return {};
@@ -192,6 +247,7 @@ private:
     CURLM* const multi_;
     CURLSH* const share_;
     std::vector<Active> active_;
+    std::vector<std::shared_ptr<CurlTransfer>> waiting_;
     std::vector<EasyHandle> spare_;
     Commands commands_;
 };

@@ -15,8 +15,18 @@ constexpr std::size_t usualHeaderCount = 8;
 
 std::chrono::milliseconds shortestTimeout(const UrlRequest& request, const UrlSessionConfiguration& configuration) {
     const auto shortest = std::min({request.timeout, configuration.requestTimeout, configuration.resourceTimeout});
-    // To libcurl zero means no limit at all.
     return std::clamp<std::chrono::milliseconds>(shortest, std::chrono::milliseconds{1}, std::chrono::hours{24 * 14});
+}
+
+// To libcurl zero means no limit at all.
+long millisecondsUntil(std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    return std::max(static_cast<long>(left.count()), 1L);
+}
+
+std::string serverOf(const std::string& address) {
+    const ParsedUrl url{address};
+    return url.scheme() + "://" + url.host() + ":" + url.port();
 }
 
 bool allowsBody(long status) {
@@ -33,7 +43,9 @@ CurlTransfer::CurlTransfer(UrlRequest request, UrlCompletion completion, std::sh
     , engine_{std::move(engine)}
     , carriesBody_{platform::carriesBody(request_)}
     , timeout_{shortestTimeout(request_, settings_->configuration)}
+    , deadline_{std::chrono::steady_clock::now() + timeout_}
     , fault_{faultIn(request_, settings_->configuration.headers)}
+    , server_{fault_ ? "" : serverOf(request_.url)}
     , headerLines_{settings_->configuration.headers, request_.headers, carriesBody_}
     , expected_{request_.body.size()} {}
 
@@ -53,7 +65,6 @@ bool CurlTransfer::prepare(CURL* easy) {
         return false;
     }
     easy_ = easy;
-    deadline_ = std::chrono::steady_clock::now() + timeout_;
     if (const auto code = setOptions(); code != CURLE_OK) {
         conclude(code);
         return false;
@@ -67,7 +78,7 @@ CURLcode CurlTransfer::setOptions() {
     options.set(CURLOPT_PRIVATE, this);
     options.set(CURLOPT_ERRORBUFFER, detail_.data());
     options.set(CURLOPT_URL, request_.url.c_str());
-    options.set(CURLOPT_TIMEOUT_MS, static_cast<long>(timeout_.count()));
+    options.set(CURLOPT_TIMEOUT_MS, millisecondsUntil(deadline_));
     if (const auto idle = settings_->configuration.idleTimeout; idle.count() > 0) {
         options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
         options.set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(idle.count()));
@@ -198,8 +209,7 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
 bool CurlTransfer::takeBody(std::string_view bytes) {
     const auto limit = settings_->configuration.responseLimit;
     if (!std::exchange(bodyBegun_, true)) {
-        curl_off_t announced = -1;
-        curl_easy_getinfo(easy_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
+        const auto announced = info<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
         tooLarge_ = announced > 0 && static_cast<std::uint64_t>(announced) > limit;
         if (!tooLarge_ && announced > 0) {
             body_.reserve(static_cast<std::size_t>(announced));
@@ -237,9 +247,7 @@ void CurlTransfer::announceSent() {
 
 void CurlTransfer::conclude(CURLcode code) {
     if (settings_->delegate && expected_ > 0) {
-        curl_off_t sent = 0;
-        curl_easy_getinfo(easy_, CURLINFO_SIZE_UPLOAD_T, &sent);
-        noteSent(static_cast<std::uint64_t>(sent));
+        noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
     }
     outcome_ = outcomeOf(code);
     easy_ = nullptr;
@@ -264,17 +272,14 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
         code = CURLE_OPERATION_TIMEDOUT;
     }
     if (code != CURLE_OK) {
-        long systemError = 0;
-        curl_easy_getinfo(easy_, CURLINFO_OS_ERRNO, &systemError);
         return std::unexpected{urlError({.code = code,
-                                         .systemError = static_cast<int>(systemError),
+                                         .systemError = static_cast<int>(info<long>(CURLINFO_OS_ERRNO)),
                                          .detail = detail_.data(),
                                          .url = currentUrl(),
                                          .timeout = timeout_,
                                          .trustFile = settings_->trustFile})};
     }
-    long status = 0;
-    curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
+    const auto status = info<long>(CURLINFO_RESPONSE_CODE);
     UrlResponse response{static_cast<int>(status), std::move(headers_), std::nullopt};
     if (allowsBody(status)) {
         response.body = std::move(body_);
@@ -282,9 +287,17 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
     return response;
 }
 
+template <typename T>
+T CurlTransfer::info(CURLINFO which) const {
+    T value{};
+    if (easy_) {
+        curl_easy_getinfo(easy_, which, &value);
+    }
+    return value;
+}
+
 std::string CurlTransfer::currentUrl() const {
-    const char* url = nullptr;
-    curl_easy_getinfo(easy_, CURLINFO_EFFECTIVE_URL, &url);
+    const auto* const url = info<const char*>(CURLINFO_EFFECTIVE_URL);
     return url ? url : request_.url;
 }
 

@@ -42,12 +42,19 @@ public:
 
     bool isCancelled() const { return state_ == State::cancelled; }
 
+    /// Scheme, host and port of the address: transfers with the same share connections. Empty when there is no point in
+    /// sending it.
+    const std::string& server() const { return server_; }
+
+    /// When the time for the whole exchange is up, counted from the handing over.
+    std::chrono::steady_clock::time_point deadline() const { return deadline_; }
+
     /// Engine's thread: the rest of the public functions but `deliver()`.
     ///
     /// Prepares `easy` for the request; false when there is no point in sending it.
     bool prepare(CURL* easy);
 
-    /// Takes the result of the exchange that ran on the prepared handle.
+    /// Takes the result of the exchange that ran on the prepared handle, or why there was none.
     void conclude(CURLcode code);
     void concludeCancelled();
 
@@ -65,6 +72,9 @@ private:
     void setTrust(class CurlOptions& options);
     UrlOutcome outcomeOf(CURLcode code);
     std::string currentUrl() const;
+    /// What the handle tells of the exchange; nothing before it has begun.
+    template <typename T>
+    T info(CURLINFO which) const;
 
     bool takeHeaderLine(std::string_view line);
     bool takeBody(std::string_view bytes);
@@ -80,11 +90,13 @@ private:
     const std::weak_ptr<CurlEngine> engine_;
     const bool carriesBody_;
     const std::chrono::milliseconds timeout_;
-    std::chrono::steady_clock::time_point deadline_;
+    const std::chrono::steady_clock::time_point deadline_;
     const std::optional<UrlError> fault_;
+    const std::string server_;
     CurlHeaderList headerLines_;
     std::atomic<State> state_{State::underWay};
 
+    /// Null until `prepare()`: while the transfer waits for others to end.
     CURL* easy_ = nullptr;
     std::array<char, CURL_ERROR_SIZE> detail_{};
     std::vector<HttpHeader> headers_;

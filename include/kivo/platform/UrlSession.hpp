@@ -28,7 +28,8 @@ struct UrlRequest {
     std::string method = "GET";
     std::vector<HttpHeader> headers{};
     Data body{};
-    /// Longest time for the whole exchange; the session's own limits hold as well, the shortest governs.
+    /// Longest time for the whole exchange, waiting included; the session's own limits hold as well, the shortest
+    /// governs.
     std::chrono::milliseconds timeout{60'000};
 };
 
@@ -128,7 +129,9 @@ class KIVO_EXPORT UrlSession {
 public:
     virtual ~UrlSession() = default;
 
-    /// Starts a request at once. An address that cannot be parsed, or is not https, is reported like any failure.
+    /// Starts a request at once, or when six others to the same server are under way, as soon as one of them ends; the
+    /// wait counts towards its timeouts. An address that cannot be parsed, or is not https, is reported like any
+    /// failure.
     virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
 };
 
