@@ -106,7 +106,8 @@ GstBusSyncReply onMessage(GstBus* /*bus*/, GstMessage* message, gpointer outlet)
         const Owned<gchar> ownedDebug{debug};
         (*static_cast<SharedOutlet*>(outlet))->end(describe(*error, debug != nullptr ? debug : ""));
     }
-    // Nobody reads the bus.
+    // Nobody reads the bus; who drops a message lets go of it.
+    gst_message_unref(message);
     return GST_BUS_DROP;
 }
 

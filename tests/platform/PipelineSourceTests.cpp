@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <map>
 
 namespace kivo::platform {
@@ -42,6 +43,25 @@ TEST_F(PipelineCamera, ReadsCodesInPictureAndVideoFilesAsOftenAsItIsStarted) {
             rig->session->stopRunning();
         }
     }
+}
+
+TEST_F(PipelineCamera, LetsGoOfThePipelineAndItsSink) {
+    struct Sink final : FrameSink {
+        void take(std::shared_ptr<const VideoFrame> /*frame*/) override {}
+
+        void end(std::string /*reason*/) override { hasEnded = true; }
+
+        std::atomic<bool> hasEnded = false;
+    };
+
+    auto source = makePipelineSource("videotestsrc num-buffers=1");
+    auto sink = std::make_shared<Sink>();
+    const std::weak_ptr weak = sink;
+    source->start(sink);
+    ASSERT_TRUE(await([&] { return sink->hasEnded.load(); }));
+    source.reset();
+    sink.reset();
+    EXPECT_TRUE(weak.expired());
 }
 
 TEST_F(PipelineCamera, ShowsThePicture) {
