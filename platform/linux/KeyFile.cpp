@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <openssl/rand.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,6 +39,11 @@ std::expected<SealingKey, KeyFileError> readKeyFile(const std::filesystem::path&
     const FileDescriptor descriptor{open(file.c_str(), O_RDONLY | O_CLOEXEC)};
     if (!descriptor) {
         return std::unexpected{errno == ENOENT ? KeyFileError::missing : KeyFileError::unreadable};
+    }
+    struct stat status{};
+    if (fstat(descriptor.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        // A backup may have brought it back so that others can read it.
+        fchmod(descriptor.get(), S_IRUSR | S_IWUSR);
     }
     // One byte more than a key has shows a file that is too long.
     std::array<unsigned char, SealingKey{}.size() + 1> content{};

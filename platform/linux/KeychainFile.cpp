@@ -55,11 +55,18 @@ fs::path withSuffix(fs::path path, std::string_view suffix) {
     return path;
 }
 
+/// A backup may have brought a file back that others can read.
+void keepPrivate(const fs::path& file) {
+    struct stat status{};
+    if (stat(file.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        chmod(file.c_str(), S_IRUSR | S_IWUSR);
+    }
+}
+
 /// Held while the files are made, put aside or first looked at, so that two processes do not mend at once.
 FileDescriptor lockFolder(const fs::path& folder) {
     FileDescriptor descriptor{::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    if (descriptor) {
-        flock(descriptor.get(), LOCK_EX);
+    while (descriptor && flock(descriptor.get(), LOCK_EX) != 0 && errno == EINTR) {
     }
     return descriptor;
 }
@@ -73,7 +80,8 @@ KeychainFile::KeychainFile(fs::path folder, std::shared_ptr<Diagnostics> diagnos
     , diagnostics_{std::move(diagnostics)} {}
 
 OSStatus KeychainFile::open(Purpose purpose) {
-    if (database_ && !isStillInPlace()) {
+    // What could not be written when it was opened may be by now, and may have been by somebody else.
+    if (database_ && (isReadOnly_ || !isStillInPlace())) {
         close();
     }
     if (!database_ || (purpose == Purpose::store && !key_)) {
@@ -125,6 +133,10 @@ OSStatus KeychainFile::openDatabase(Purpose purpose) {
 
 OSStatus KeychainFile::connect() {
     isReadOnly_ = false;
+    // Ahead of the first look, which makes the journal with the mode of the database.
+    for (const auto* suffix : {"", "-wal", "-shm"}) {
+        keepPrivate(withSuffix(databasePath_, suffix));
+    }
     auto opened = SqliteDatabase::open(databasePath_, SqliteDatabase::Mode::readWrite);
     if (!opened) {
         return connectReadOnly(opened.error());
@@ -139,7 +151,8 @@ OSStatus KeychainFile::connect() {
 
 OSStatus KeychainFile::connectReadOnly(int error) {
     // Without a journal beside it, the file is complete by itself.
-    const bool hasJournal = fs::exists(withSuffix(databasePath_, "-wal"));
+    std::error_code unknown;
+    const bool hasJournal = fs::exists(withSuffix(databasePath_, "-wal"), unknown);
     auto opened = SqliteDatabase::open(databasePath_,
                                        hasJournal ? SqliteDatabase::Mode::readOnly : SqliteDatabase::Mode::immutable);
     if (!opened) {
@@ -162,14 +175,17 @@ OSStatus KeychainFile::setUp() {
                " was made by a newer release of this library; it is left as it is. Install the newer release again.");
         return errSecNotAvailable;
     }
-    if (!version || !database_->number("SELECT quick_check = 'ok' FROM pragma_quick_check").value_or(0)) {
-        return version || isDamage(database_->lastError()) ? errSecDecode : failure();
+    const auto isSound =
+        version ? database_->number("SELECT quick_check = 'ok' FROM pragma_quick_check") : std::nullopt;
+    if (!isSound) {
+        // Only damage counts as damage: a check that could not be made says nothing about the file.
+        return isDamage(database_->lastError()) ? errSecDecode : failure();
+    }
+    if (*isSound == 0) {
+        return errSecDecode;
     }
     if (isReadOnly_) {
         return errSecSuccess;
-    }
-    if ((file.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        chmod(databasePath_.c_str(), S_IRUSR | S_IWUSR);
     }
     // The journal is synced at every commit: what was answered with success survives a power cut.
     const bool isDone =
@@ -211,7 +227,8 @@ OSStatus KeychainFile::createKey() {
         const auto status = putAside(databasePath_, "without-key", "has no usable key file");
         return status == errSecSuccess ? openDatabase(Purpose::store) : status;
     }
-    if (fs::exists(keyPath_)) {
+    std::error_code unknown;
+    if (fs::exists(keyPath_, unknown)) {
         if (const auto status = putAside(keyPath_, "damaged", "is damaged"); status != errSecSuccess) {
             return status;
         }
@@ -237,7 +254,8 @@ OSStatus KeychainFile::putAside(const fs::path& file, std::string_view state, st
     }
     const auto mark = std::string{"."}.append(state).append("-").append(timestamp());
     auto aside = withSuffix(file, mark);
-    for (int number = 2; fs::exists(aside); ++number) {
+    std::error_code unknown;
+    for (int number = 2; fs::exists(aside, unknown); ++number) {
         aside = withSuffix(file, mark + "-" + std::to_string(number));
     }
     // The journal goes first: a new database must never meet the old one's.

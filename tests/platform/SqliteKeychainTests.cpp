@@ -131,9 +131,14 @@ TEST_F(SqliteKeychainTest, MatchesAndChangesTheAccessibility) {
 
 TEST_F(SqliteKeychainTest, OnlyTheOwnerCanReadItsFiles) {
     umask(0);
-    const auto keychain = open();
-    ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
+    ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
     EXPECT_EQ(modeOf(folder), 0700U);
+    for (const auto& entry : fs::directory_iterator{folder}) {
+        EXPECT_EQ(modeOf(entry.path()), 0600U) << entry.path();
+        chmod(entry.path().c_str(), 0644); // as a backup may bring it back
+    }
+    const auto keychain = open();
+    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess);
     for (const auto& entry : fs::directory_iterator{folder}) {
         EXPECT_EQ(modeOf(entry.path()), 0600U) << entry.path();
     }
@@ -256,12 +261,13 @@ TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) 
     chmod(folder.c_str(), 0500);
     EXPECT_EQ(read("one"), "value");
     EXPECT_THAT(diagnostics->texts(), IsEmpty());
-    EXPECT_EQ(open()->SecItemUpdate(item("one"), value("new")), errSecReadOnly);
+    const auto keychain = open();
+    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecReadOnly);
     EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("give this user write permission")));
     EXPECT_EQ(makeSqliteKeychain(folder / "below", diagnostics)->SecItemAdd(item("one", "value")), errSecReadOnly);
     EXPECT_EQ(read("one"), "value");
     chmod(folder.c_str(), 0700);
-    EXPECT_EQ(open()->SecItemUpdate(item("one"), value("new")), errSecSuccess);
+    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess) << "without a restart";
     if (getuid() == 0) {
         ASSERT_EQ(seteuid(0), 0);
     }
