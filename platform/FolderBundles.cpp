@@ -65,6 +65,10 @@ std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBund
                                            std::shared_ptr<Diagnostics> diagnostics) {
     if (mainBundle.empty()) {
         mainBundle = executable() += ".bundle";
+        if (mainBundle == ".bundle") {
+            diagnostics->report("bundles", "The system does not say where the program lies, so its bundle cannot be "
+                                           "found; mount /proc, or name the bundle in LinuxOptions::mainBundle.");
+        }
     }
     if (sdkBundle.empty()) {
         sdkBundle = installedSdkBundle();

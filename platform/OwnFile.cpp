@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <string>
+#include <string_view>
 #include <system_error>
 
 namespace kivo::platform {
@@ -10,7 +12,13 @@ namespace fs = std::filesystem;
 
 fs::path executable() {
     std::error_code error;
-    return fs::read_symlink("/proc/self/exe", error);
+    auto file = fs::read_symlink("/proc/self/exe", error).string();
+    // So Linux marks one that was replaced while it runs; what lies beside it is where it was.
+    constexpr std::string_view replaced = " (deleted)";
+    if (file.ends_with(replaced) && !fs::exists(file, error)) {
+        file.resize(file.size() - replaced.size());
+    }
+    return file;
 }
 
 fs::path ownFile() {

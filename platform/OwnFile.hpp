@@ -4,7 +4,7 @@
 
 namespace kivo::platform {
 
-/// The program that runs.
+/// The program that runs; empty where the system does not say, as without /proc.
 std::filesystem::path executable();
 
 /// The file this code was loaded from: the library, or the program that contains its objects.

@@ -1,5 +1,7 @@
 #include "linux/DataFolder.hpp"
 
+#include "OwnFile.hpp"
+
 #include <pwd.h>
 #include <unistd.h>
 
@@ -8,7 +10,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string>
-#include <system_error>
 
 namespace kivo::platform {
 namespace {
@@ -37,8 +38,7 @@ fs::path homeFolder() {
 std::string applicationName(const Bundle& mainBundle) {
     auto name = mainBundle.bundleIdentifier().value_or("");
     if (name.empty()) {
-        std::error_code error;
-        name = "executable." + fs::read_symlink("/proc/self/exe", error).filename().string();
+        name = "executable." + executable().filename().string();
     }
     // An identifier is a name, never a path.
     std::ranges::replace(name, '/', '_');

@@ -9,8 +9,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <thread>
 
 namespace kivo::platform {
@@ -50,6 +53,16 @@ protected:
     const fs::path& folder = temporary.path();
     std::shared_ptr<test::RecordedDiagnostics> diagnostics = std::make_shared<test::RecordedDiagnostics>();
 };
+
+TEST_F(FolderBundlesTest, FindsTheBundleOfAProgramThatWasReplacedWhileItRuns) {
+    const auto program = folder / "host";
+    fs::copy_file(KIVO_TEST_PROGRAMS "/ReplacedHost", program);
+    write("host.bundle/Info.plist",
+          test::propertyList("<dict><key>CFBundleIdentifier</key><string>com.example.app</string></dict>"));
+    const std::unique_ptr<FILE, int (*)(FILE*)> output{popen(program.c_str(), "r"), pclose};
+    std::array<char, 64> text{};
+    EXPECT_STREQ(std::fgets(text.data(), text.size(), output.get()), "com.example.app");
+}
 
 TEST_F(FolderBundlesTest, AnswersFromTheInformationDictionary) {
     const auto info = test::propertyList("<dict><key>CFBundleIdentifier</key><string>com.example.app</string>"
