@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <iterator>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -20,6 +21,11 @@ namespace kivo::platform {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// The longest time that can pass from `now` on, as far as a clock can tell.
+std::chrono::nanoseconds longestFrom(std::chrono::nanoseconds now) {
+    return std::chrono::nanoseconds::max() - now;
+}
 
 class Descriptor {
 public:
@@ -83,7 +89,8 @@ public:
 
     void pushAfter(std::chrono::nanoseconds delay, std::function<void()> block) {
         const std::scoped_lock lock{mutex_};
-        delayed_.push_back({clock_->now() + std::max(delay, 0ns), order_++, std::move(block)});
+        const auto now = clock_->now();
+        delayed_.push_back({now + std::clamp(delay, 0ns, longestFrom(now)), order_++, std::move(block)});
         std::ranges::push_heap(delayed_, laterThan);
         arm();
     }
@@ -95,23 +102,23 @@ public:
     }
 
     std::size_t drain() {
-        std::deque<std::function<void()>> due;
         {
             const std::scoped_lock lock{mutex_};
             clearSignal();
-            due.swap(ready_);
+            std::ranges::move(ready_, std::back_inserter(due_));
+            ready_.clear();
             const auto now = clock_->now();
             while (!delayed_.empty() && delayed_.front().deadline <= now) {
                 std::ranges::pop_heap(delayed_, laterThan);
-                due.push_back(std::move(delayed_.back().block));
+                due_.push_back(std::move(delayed_.back().block));
                 delayed_.pop_back();
             }
             arm();
         }
-        const auto count = due.size();
-        while (!due.empty()) {
-            const auto block = std::move(due.front());
-            due.pop_front();
+        std::size_t count = 0;
+        for (; !due_.empty(); ++count) {
+            const auto block = std::move(due_.front());
+            due_.pop_front();
             block();
         }
         return count;
@@ -163,6 +170,8 @@ private:
     std::deque<std::function<void()>> ready_;
     std::vector<Delayed> delayed_;
     std::uint64_t order_ = 0;
+    /// Belongs to the loop's thread: a block may run the loop again, which then goes on with those after it.
+    std::deque<std::function<void()>> due_;
 };
 
 const std::shared_ptr<RunLoop>& RunLoop::main() {
@@ -206,7 +215,8 @@ void RunLoop::run() {
 bool RunLoop::runUntil(const std::function<bool()>& done, std::chrono::nanoseconds limit) {
     const auto state = state_;
     state->takeOwnership();
-    const auto end = std::chrono::steady_clock::now() + limit;
+    const auto now = std::chrono::steady_clock::now();
+    const auto end = now + std::min(limit, longestFrom(now.time_since_epoch()));
     while (!done()) {
         const auto left = end - std::chrono::steady_clock::now();
         if (left <= 0ns) {

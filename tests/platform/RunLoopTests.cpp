@@ -28,9 +28,11 @@ TEST(RunLoop, RunsDelayedBlocksExactlyWhenTheyAreDue) {
     loop.asyncAfter(1s, [&] { order += 'a'; });
     loop.asyncAfter(1s, [&] { order += 'b'; });
     loop.asyncAfter(-1s, [&] { order += '0'; });
+    clock->advance(1ns);
+    loop.asyncAfter(std::chrono::nanoseconds::max(), [&] { order += '!'; });
     loop.drain();
     EXPECT_EQ(order, "0");
-    clock->advance(1s - 1ns);
+    clock->advance(1s - 2ns);
     EXPECT_EQ(loop.drain(), 0U);
     clock->advance(1ns);
     EXPECT_EQ(loop.drain(), 2U);
@@ -51,6 +53,20 @@ TEST(RunLoop, ADrainEndsThoughBlocksQueueOthers) {
     EXPECT_EQ(loop.drain(), 1U);
     EXPECT_EQ(loop.drain(), 1U);
     EXPECT_EQ(runs, 2);
+}
+
+TEST(RunLoop, KeepsTheOrderInsideABlockThatRunsTheLoop) {
+    RunLoop loop{std::make_shared<ManualClock>()};
+    std::string order;
+    loop.async([&] {
+        order += 'a';
+        loop.async([&] { order += 'c'; });
+        EXPECT_TRUE(loop.runUntil([&] { return order.ends_with('c'); }, std::chrono::nanoseconds::max()));
+        order += 'd';
+    });
+    loop.async([&] { order += 'b'; });
+    loop.drain();
+    EXPECT_EQ(order, "abcd");
 }
 
 TEST(RunLoop, TellsAForeignLoopWhenThereIsWork) {

@@ -32,7 +32,8 @@ public:
     /// Runs until `done` holds or `limit` of real time has passed; returns whether `done` holds.
     bool runUntil(const std::function<bool()>& done, std::chrono::nanoseconds limit);
 
-    /// Ends `run()` after the block in progress. Callable from any thread.
+    /// Ends `run()` once the blocks that were due together with the one in progress have run. Without a run, the next
+    /// one ends at once. Callable from any thread.
     void stop();
 
     /// Runs the blocks that are due now, in order, and returns how many. Never waits.
