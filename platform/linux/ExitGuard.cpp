@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 #include <openssl/ssl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -24,7 +25,8 @@ ExitGuard& ExitGuard::shared() {
     return guard;
 }
 
-ExitGuard::ExitGuard() {
+ExitGuard::ExitGuard()
+    : process_{::getpid()} {
     // Exit handlers run in reverse order: both libraries register theirs first, so that ours runs before them.
     OPENSSL_init_ssl(0, nullptr);
     curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -60,6 +62,9 @@ void ExitGuard::keep(std::shared_ptr<void> object) {
 }
 
 void ExitGuard::stopAll() {
+    if (::getpid() != process_) {
+        return;
+    }
     std::vector<std::shared_ptr<Stoppable>> members;
     {
         const std::scoped_lock lock{mutex_};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <memory>
@@ -48,6 +50,8 @@ private:
     ExitGuard();
     void stopAll();
 
+    /// The process whose threads these are: a child that was forked has none of them.
+    const pid_t process_;
     std::once_flag ahead_;
     std::mutex mutex_;
     std::condition_variable changed_;

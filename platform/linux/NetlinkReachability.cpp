@@ -11,6 +11,7 @@
 #include <expected>
 #include <map>
 #include <mutex>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -154,11 +155,23 @@ private:
             }
         }
         for (const auto& [queue, delivery] : deliveries) {
-            queue->async([weak = weak_from_this(), delivery] {
-                if (const auto alive = weak.lock()) {
-                    alive->deliver(delivery);
-                }
-            });
+            try {
+                queue->async([weak = weak_from_this(), delivery] {
+                    if (const auto alive = weak.lock()) {
+                        alive->deliver(delivery);
+                    }
+                });
+            } catch (const std::system_error&) {
+                // The machine has no thread left for the queue; the next look at the routes may find one.
+                forgetTold(delivery.target);
+            }
+        }
+    }
+
+    void forgetTold(const std::weak_ptr<NetworkReachabilityRef>& target) {
+        const std::scoped_lock lock{mutex_};
+        if (const auto found = watches_.find(target.lock().get()); found != watches_.end()) {
+            found->second.told.reset();
         }
     }
 

@@ -136,8 +136,12 @@ void CommunicationSecurityManager::checkForReachability(const platform::Notifica
 }
 
 bool CommunicationSecurityManager::isNetworkAvailable() const {
+    const auto isConnected = [](const auto& monitor) {
+        return !monitor || monitor->connection() != Reachability::Connection::unavailable;
+    };
     const auto monitor = reachability();
-    return !monitor || monitor->connection() != Reachability::Connection::unavailable;
+    // A monitor that does not run keeps what it read once; the network may have come since.
+    return isConnected(monitor) || (!monitor->notifierRunning() && isConnected(makeMonitor()));
 }
 
 std::string CommunicationSecurityManager::networkType() const {

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include <expected>
+#include <system_error>
 #include <utility>
 
 namespace kivo {
@@ -70,16 +71,23 @@ void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::o
     request.method = "POST";
     request.timeout = 60s;
     request.body = serialized(params);
-    sessionInUse()->dataTask(
-        std::move(request), [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
-            auto body = bodyOf(std::move(outcome));
-            if (body) {
-                success(std::move(*body));
-                return;
-            }
-            log::debug(sendFunction, [&] { return body.error().description(); });
-            failure(body.error());
-        });
+    std::shared_ptr<platform::UrlSession> session;
+    try {
+        session = sessionInUse();
+    } catch (const std::system_error& error) {
+        failure({.cause = platform::UrlErrorKind::unknown, .text = error.what()});
+        return;
+    }
+    session->dataTask(std::move(request),
+                      [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
+                          auto body = bodyOf(std::move(outcome));
+                          if (body) {
+                              success(std::move(*body));
+                              return;
+                          }
+                          log::debug(sendFunction, [&] { return body.error().description(); });
+                          failure(body.error());
+                      });
 }
 
 std::shared_ptr<platform::UrlSession> NetworkManager::defaultSession() {

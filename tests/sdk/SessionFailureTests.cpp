@@ -1,6 +1,7 @@
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
+#include "support/ScriptedUrlSessions.hpp"
 
 #include <atomic>
 
@@ -256,6 +257,25 @@ TEST_F(SessionFailures, WithoutSessionOrNetworkTheAnswerComesAtOnce) {
     EXPECT_EQ(answerTo([&](auto response) { session->update("a", "m", response); }).code(),
               ResponseCode::INVALID_UPDATE_SESSION)
         << "the failed join must have emptied the earlier session";
+}
+
+TEST_F(SessionFailures, ANetworkThatComesLaterIsNoticedWithoutAJoin) {
+    storeJoinAnswer(R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":"http://nowhere"}})");
+    const auto status = [&] { return answerTo([&](auto response) { session->status(response); }).code(); };
+    network->setReachable(false);
+    EXPECT_EQ(status(), ResponseCode::NETWORK_ERROR);
+    network->setReachable(true);
+    EXPECT_EQ(status(), ResponseCode::INVALID_STATUS_SESSION) << "asked, and not answered";
+}
+
+TEST_F(SessionFailures, AMachineWithoutThreadsAnswers) {
+    const auto exhausted = std::make_shared<test::ScriptedUrlSessions>();
+    exhausted->isExhausted = true;
+    services.urlSessions = exhausted;
+    platform::install(services);
+    const auto answered = join(*session);
+    EXPECT_EQ(answered.times, 1);
+    EXPECT_EQ(answered.code(), ResponseCode::INVALID_JOIN_SESSION);
 }
 
 TEST_F(SessionFailures, AJoinWithoutAnEnvironmentIsRefused) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -50,10 +51,15 @@ public:
     };
 
     std::vector<Request> requests;
+    /// Whether the machine has no thread left for a session.
+    bool isExhausted = false;
 
     std::shared_ptr<platform::UrlSession> make(platform::UrlSessionConfiguration /*configuration*/,
                                                std::shared_ptr<platform::UrlSessionDelegate> delegate,
                                                std::shared_ptr<platform::DispatchQueue> queue) override {
+        if (isExhausted) {
+            throw std::system_error{std::make_error_code(std::errc::resource_unavailable_try_again)};
+        }
         return std::make_shared<Session>(*this, std::move(delegate), std::move(queue));
     }
 

@@ -141,6 +141,7 @@ public:
     virtual ~UrlSessions() = default;
 
     /// Makes a session. `delegate` may be null; without `delegateQueue` the session brings a serial queue of its own.
+    /// Throws `std::system_error` when the machine has no thread left for it.
     virtual std::shared_ptr<UrlSession> make(UrlSessionConfiguration configuration,
                                              std::shared_ptr<UrlSessionDelegate> delegate = nullptr,
                                              std::shared_ptr<DispatchQueue> delegateQueue = nullptr) = 0;

@@ -6,6 +6,7 @@
 
 #include <kivo/platform/Services.hpp>
 
+#include <system_error>
 #include <utility>
 
 namespace kivo {
@@ -33,14 +34,18 @@ void ScanProcessor::libraryIsDone() {
 void ScanProcessor::upload(platform::UrlRequest request, WaitingLibrary library) {
     success_ = false;
     const auto shared = std::make_shared<const WaitingLibrary>(std::move(library));
-    upload_ = std::make_shared<const ScanUpload>(
-        std::move(request), ScanUpload::Listener{.progress = [shared](float sent) { shared->uploadProgress(sent); },
-                                                 .completion =
-                                                     [weak = weak_from_this(), shared](platform::UrlOutcome outcome) {
-                                                         if (const auto self = weak.lock()) {
-                                                             self->uploadDidEnd(std::move(outcome), *shared);
-                                                         }
-                                                     }});
+    ScanUpload::Listener listener{.progress = [shared](float sent) { shared->uploadProgress(sent); },
+                                  .completion =
+                                      [weak = weak_from_this(), shared](platform::UrlOutcome outcome) {
+                                          if (const auto self = weak.lock()) {
+                                              self->uploadDidEnd(std::move(outcome), *shared);
+                                          }
+                                      }};
+    try {
+        upload_ = std::make_shared<const ScanUpload>(std::move(request), std::move(listener));
+    } catch (const std::system_error& error) {
+        uploadDidEnd(std::unexpected{platform::UrlError{platform::UrlErrorKind::unknown, error.what()}}, *shared);
+    }
 }
 
 void ScanProcessor::uploadDidEnd(platform::UrlOutcome outcome, const WaitingLibrary& library) {
