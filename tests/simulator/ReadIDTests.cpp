@@ -158,6 +158,17 @@ TEST_F(ReadIDTest, LetsAPersonChooseHowItEnds) {
     }
 }
 
+TEST_F(ReadIDTest, EndsWhenItsScreenIsTakenAway) {
+    acquire("14");
+    vendor->next(Reading::byPerson());
+    tap(person, "passportOptionContainerView");
+    ASSERT_TRUE(person.sees("Choose how the reading goes"));
+    window->visibleViewController()->dismiss(false);
+    ASSERT_TRUE(becomes([&] { return !heard.empty(); }));
+    EXPECT_THAT(heard, ElementsAre("USER_CANCELLED"));
+    EXPECT_TRUE(choiceIsBack());
+}
+
 TEST_F(ReadIDTest, BeginsOneReadingAtATimeAndOnlyWithAnHttpsProxy) {
     const auto flow = std::make_shared<platform::readid::NFCWithAccessControlFlow>();
     const auto identify = [&] {

@@ -103,7 +103,7 @@ void ScanScreen::viewDidDisappear(bool /*animated*/) {
     if (presentingViewController()) {
         return;
     }
-    if (stage_ == Stage::scanning || stage_ == Stage::waiting) {
+    if (stage_ == Stage::made || stage_ == Stage::scanning || stage_ == Stage::waiting) {
         handOver(processor_->numbers().contextSwitch);
     } else if (stage_ == Stage::judged) {
         close();

@@ -130,6 +130,7 @@ public:
             localized(resources, "Document reader (simulated)"), lookOf(resources),
             [self = shared_from_this()](std::size_t index) { self->play(endings().at(index).reading); });
         screen_ = screen;
+        screen->gone = [self = shared_from_this()] { self->fail(FailureReason::userCancelled, false); };
         screen->setModalPresentationStyle(style);
         if (reading.kind() != Reading::Kind::byPerson) {
             screen->tell(localized(resources, "Reading the document"));
@@ -206,10 +207,16 @@ private:
                                                .viz = pageWasRead ? std::optional{pageOf(flow_)} : std::nullopt}});
     }
 
+    // The first result counts: nothing comes after the screen is gone.
     void finish(const readid::ReadIDResult& result) {
+        if (!handler_) {
+            return;
+        }
         auto report = [handler = std::exchange(handler_, nullptr), result] { handler(result); };
-        if (const auto screen = screen_.lock()) {
-            screen->dismiss(/*animated=*/true, std::move(report));
+        const auto screen = screen_.lock();
+        // What the host may have put over the screen goes with it.
+        if (const auto below = screen ? screen->presentingViewController() : nullptr) {
+            below->dismiss(/*animated=*/true, std::move(report));
         } else {
             report();
         }

@@ -78,6 +78,12 @@ void ReadingScreen::ask(const std::string& text, const std::vector<Choice>& choi
     }
 }
 
+void ReadingScreen::viewDidDisappear(bool /*animated*/) {
+    if (!presentingViewController() && gone) {
+        std::exchange(gone, nullptr)();
+    }
+}
+
 void ReadingScreen::tell(const std::string& text) {
     text_->setText(text);
     buttons_->setHidden(true);

@@ -42,6 +42,11 @@ public:
     /// Says what goes on, without buttons.
     void tell(const std::string& text);
 
+    /// Runs once the screen has been taken away, by whomever.
+    std::function<void()> gone;
+
+    void viewDidDisappear(bool animated) override;
+
 protected:
     std::shared_ptr<platform::View> loadView() override;
 
