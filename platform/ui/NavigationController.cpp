@@ -83,6 +83,12 @@ std::shared_ptr<ViewController> NavigationController::popViewController(bool ani
     return leaving;
 }
 
+void NavigationController::goBack() {
+    if (const auto left = popViewController(/*animated=*/true)) {
+        left->didGoBack();
+    }
+}
+
 void NavigationController::popToViewController(const std::shared_ptr<ViewController>& viewController, bool animated) {
     auto& stack = state_->children;
     const auto found = std::ranges::find(stack, viewController);
@@ -188,7 +194,7 @@ void NavigationController::fillNavigationBar() {
                                      .action =
                                          [weak] {
                                              if (const auto self = weak.lock()) {
-                                                 self->popViewController(true);
+                                                 self->goBack();
                                              }
                                          }}),
             {.left = barMargin});

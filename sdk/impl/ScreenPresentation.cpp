@@ -71,7 +71,7 @@ std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene
 /// The screen, or a sentence that says what to do about its absence.
 std::expected<std::shared_ptr<ViewController>, std::string>
 makeScreen(const Scene& scene, const std::shared_ptr<SessionAPI>& owner, ViewController& context) {
-    if (!context.view()->window()) {
+    if (!context.windowOfScreen()) {
         return std::unexpected{"The context view controller is in no window; show it in one before you acquire."};
     }
     const auto storyboard = storyboardOf(scene);

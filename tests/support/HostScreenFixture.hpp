@@ -3,6 +3,7 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
@@ -51,6 +52,12 @@ protected:
 
     void push(const std::shared_ptr<platform::ViewController>& screen);
     void pop();
+
+    /// Taps the navigation bar's "Back".
+    void goBack() {
+        EXPECT_TRUE(navigation->navigationBar()->find<platform::Button>("backButton")->tap());
+        settle();
+    }
 
     /// Runs what waits on the main queue.
     void settle() { mainLoop->drain(); }

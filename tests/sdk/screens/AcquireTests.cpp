@@ -81,6 +81,34 @@ TEST_F(Acquire, ShowsNothingWithoutAContextOrWithoutAScreen) {
     EXPECT_TRUE(outcomes.empty());
 }
 
+TEST_F(Acquire, GoesOnFromAContextThatOtherScreensCover) {
+    const auto api = make();
+    acquireCode(*api, host);
+    acquireCode(*api, host);
+    EXPECT_EQ(navigation->viewControllers().size(), 3U);
+
+    const auto cover = std::make_shared<ViewController>();
+    cover->setModalPresentationStyle(platform::ModalPresentationStyle::fullScreen);
+    const auto bare = std::make_shared<ViewController>();
+    window->setRootViewController(bare);
+    bare->present(cover, false);
+    settle();
+    acquireCode(*api, bare);
+    EXPECT_EQ(cover->presentedViewController(), codeScreen());
+    EXPECT_TRUE(outcomes.empty());
+}
+
+TEST_F(Acquire, AnswersAPersonWhoGoesBack) {
+    const auto api = make();
+    acquireCode(*api, host);
+    pop();
+    EXPECT_TRUE(outcomes.empty()) << "the host knows what it does itself";
+    acquireCode(*api, host);
+    goBack();
+    EXPECT_EQ(navigation->topViewController(), host);
+    EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::CANCELLED_BY_USER}});
+}
+
 TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {
     acquireCode(*make(), std::make_shared<ViewController>());
     EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::UNKNOWN_ERROR}});

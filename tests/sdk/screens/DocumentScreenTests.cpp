@@ -80,6 +80,9 @@ TEST_F(DocumentScreen, ClosesAtOnceAndReportsATenthOfASecondLater) {
     outlet<platform::Button>(*shown(theme), "closeButton")->tap();
     EXPECT_EQ(navigation->topViewController(), host);
     expectHeardAfter(100ms, {"CANCELLED_BY_USER"});
+    shown(theme);
+    goBack();
+    expectHeardAfter(100ms, {"CANCELLED_BY_USER"});
 
     reports->heard.clear();
     const auto bare = std::make_shared<platform::ViewController>();
@@ -95,6 +98,18 @@ TEST_F(DocumentScreen, ClosesAtOnceAndReportsATenthOfASecondLater) {
     expectHeardAfter(100ms, {"CANCELLED_BY_USER"});
 }
 
+TEST_F(DocumentScreen, SaysNoMoreOnceADocumentWasRead) {
+    reading("true");
+    chipWasRead();
+    settle();
+    network->requests[0].answer("{}");
+    settle();
+    advance(300ms);
+    goBack();
+    advance(100ms);
+    EXPECT_THAT(reports->heard, ElementsAre("DOCUMENT_SCAN"));
+}
+
 TEST_F(DocumentScreen, TakesItselfAwayFromWhereverItIs) {
     const auto bare = std::make_shared<platform::ViewController>();
     window->setRootViewController(bare);
@@ -104,6 +119,11 @@ TEST_F(DocumentScreen, TakesItselfAwayFromWhereverItIs) {
     settle();
     advance(100ms);
     vendor->handler(std::unexpected{Failure{.failureReason = FailureReason::noChip}});
+    const auto hosts = std::make_shared<platform::ViewController>();
+    bare->present(hosts, false);
+    advance(1s);
+    EXPECT_EQ(window->visibleViewController(), hosts) << "what the host shows about the failure stays";
+    hosts->dismiss(false);
     advance(100ms);
     EXPECT_EQ(bare->presentedViewController(), nullptr);
 

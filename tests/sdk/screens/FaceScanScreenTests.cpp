@@ -264,8 +264,11 @@ TEST_F(FaceScanScreen, GivesUpOnAScanThatCannotBeSent) {
     handOver(scan);
     joinWith(R"("facemap-token":"token","facemap-endpoint":"")");
     handOver();
-    EXPECT_THAT(waiting->heard, ElementsAre("cancel", "cancel"));
-    EXPECT_THAT(reports->heard, ElementsAre("UNKNOWN_ERROR 0 ms", "UNKNOWN_ERROR 0 ms"));
+    joinWith(R"("facemap-token":"token","facemap-endpoint":"https://scan")");
+    sessions->isExhausted = true;
+    handOver();
+    EXPECT_THAT(waiting->heard, ElementsAre("cancel", "cancel", "cancel"));
+    EXPECT_THAT(reports->heard, ElementsAre("UNKNOWN_ERROR 0 ms", "UNKNOWN_ERROR 0 ms", "UNKNOWN_ERROR 0 ms"));
     EXPECT_THAT(sessions->requests, IsEmpty());
 }
 
@@ -387,6 +390,11 @@ TEST_F(FaceScanScreen, ClosesOnRequest) {
     outlet<Button>(*screen, "closeButton")->tap();
     EXPECT_THAT(reports->heard, ElementsAre("CANCELLED_BY_USER 0 ms"));
     EXPECT_EQ(navigation->topViewController(), host);
+
+    screen = shown();
+    reports->restart();
+    goBack();
+    EXPECT_THAT(reports->heard, ElementsAre("CANCELLED_BY_USER 0 ms"));
 
     screen = makeScreen<LiveNessCheckVC>("LivenessCheckVCID");
     screen->delegate = reports;

@@ -93,6 +93,27 @@ TEST_F(QRScanningScreen, LooksAgainThreeSecondsAfterABadCode) {
     EXPECT_EQ(scanned(R"({"code":"A"})"), "A");
 }
 
+TEST_F(QRScanningScreen, RestsUnderAnotherScreenAndAfterAGoodCode) {
+    shown();
+    EXPECT_TRUE(camera->isOn());
+    push(std::make_shared<platform::ViewController>());
+    EXPECT_FALSE(camera->isOn());
+    pop();
+    EXPECT_EQ(scanned("no JSON"), "invalid");
+    push(std::make_shared<platform::ViewController>());
+    advance(3s);
+    EXPECT_FALSE(camera->isOn()) << "not under the other screen";
+    camera->showNothing();
+    pop();
+    EXPECT_EQ(scanned("no JSON"), "invalid");
+    push(std::make_shared<platform::ViewController>());
+    camera->showNothing();
+    pop();
+    EXPECT_EQ(scanned(R"({"code":"A"})"), "A");
+    advance(3s);
+    EXPECT_FALSE(camera->isOn()) << "the bad code before it is forgotten";
+}
+
 TEST_F(QRScanningScreen, StaysBlackWithoutACamera) {
     using enum simulator::Camera::Refusal;
     for (const auto refusal : {none, opening, input, output}) {

@@ -38,6 +38,7 @@ protected:
 private:
     std::vector<std::shared_ptr<ViewController>> shownChildren() const override;
     void arrangeViews() override;
+    void goBack();
     void showTop(bool animated);
     void fillNavigationBar();
 

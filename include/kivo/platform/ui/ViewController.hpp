@@ -59,6 +59,9 @@ public:
 
     virtual void viewDidDisappear(bool /*animated*/) {}
 
+    /// The person has taken this screen off its stack with the navigation bar's "Back".
+    virtual void didGoBack() {}
+
     /// The reading size changed while the view was loaded.
     virtual void traitCollectionDidChange() {}
 
@@ -74,6 +77,10 @@ public:
     std::shared_ptr<NavigationController> navigationController();
     std::shared_ptr<ViewController> parent() const;
     const std::vector<std::shared_ptr<ViewController>>& children() const;
+
+    /// The window that this screen belongs to, also while others cover it and its view is in no window; null when it is
+    /// in no hierarchy on display.
+    std::shared_ptr<Window> windowOfScreen() const;
 
     /// Makes `child` part of this screen; its view is yours to add.
     void addChild(const std::shared_ptr<ViewController>& child);
@@ -134,7 +141,6 @@ private:
     /// Puts the children's views in place.
     virtual void arrangeViews() {}
 
-    std::shared_ptr<Window> windowOfScreen() const;
     void tellTraitChange();
     /// Cuts this screen and those over it from the screens they were presented on.
     void forgetPresentation();

@@ -204,7 +204,14 @@ void LiveNessCheckVC::closeButtonTap() {
     });
 }
 
+void LiveNessCheckVC::didGoBack() {
+    if (!hasSucceeded_) {
+        report(std::unexpected{ResponseCode::CANCELLED_BY_USER});
+    }
+}
+
 void LiveNessCheckVC::report(IdvOutcome outcome) {
+    hasSucceeded_ = hasSucceeded_ || outcome;
     if (const auto listener = delegate.lock()) {
         listener->livenessCheckDidComplete(std::move(outcome));
     }

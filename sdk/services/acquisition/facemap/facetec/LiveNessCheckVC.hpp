@@ -28,6 +28,7 @@ public:
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
     void viewWillDisappear(bool animated) override;
+    void didGoBack() override;
     void traitCollectionDidChange() override;
 
     void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
@@ -73,6 +74,7 @@ private:
     std::shared_ptr<platform::FaceTecSessionResult> latestSessionResult_;
     std::shared_ptr<EnrollmentProcessor> latestProcessor_;
     std::string latestServerResult_;
+    bool hasSucceeded_ = false;
 };
 
 } // namespace kivo

@@ -207,6 +207,7 @@ std::shared_ptr<platform::ViewController> AuthMenuVC::makeIDScanScreen() {
 
 void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
     using enum DocAuthStatus;
+    hasSucceeded_ = hasSucceeded_ || result;
     UIStateManager::shared().docAuthState = result ? docAuthSuccess : docAuthFailedOrInitialized;
     if (const auto listener = delegate.lock()) {
         listener->ocrFlowDidComplete(std::move(result));
@@ -217,14 +218,27 @@ void AuthMenuVC::closeDocumentSelectionButtonTap() {
     ui::popOrDismiss(*this, [self = self()] { self->failLater(ResponseCode::CANCELLED_BY_USER); });
 }
 
+void AuthMenuVC::didGoBack() {
+    if (!hasSucceeded_) {
+        failLater(ResponseCode::CANCELLED_BY_USER);
+    }
+}
+
 void AuthMenuVC::closeUnlessDocumentsAreListed() {
     if (isDocListAvailable_) {
         return;
     }
     log::info("closeDocumentScreen()", "do popDocMenuVC");
+    closeDocumentScreen();
+}
+
+void AuthMenuVC::closeDocumentScreen() {
     platform::services().mainQueue->asyncAfter(100ms, [self = self()] {
         const auto navigation = self->navigationController();
-        if (!navigation) {
+        if (!navigation && self->presentedViewController()) {
+            // The host has answered the failure with an alert or another screen by now, which has its turn first.
+            self->closeDocumentScreen();
+        } else if (!navigation) {
             self->dismiss(/*animated=*/false);
         } else if (navigation->topViewController() == self) {
             navigation->popViewController(/*animated=*/false);
@@ -236,6 +250,7 @@ void AuthMenuVC::closeUnlessDocumentsAreListed() {
 }
 
 void AuthMenuVC::complete(IdvOutcome outcome) {
+    hasSucceeded_ = hasSucceeded_ || outcome;
     if (const auto listener = delegate.lock()) {
         listener->documentFlowDidComplete(std::move(outcome));
     }

@@ -34,6 +34,7 @@ public:
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
     void viewWillDisappear(bool animated) override;
+    void didGoBack() override;
     void traitCollectionDidChange() override;
 
     void ocrScanDidComplete(IdvOutcome result) override;
@@ -61,6 +62,7 @@ private:
     std::shared_ptr<platform::ViewController> makeIDScanScreen();
     void closeDocumentSelectionButtonTap();
     void closeUnlessDocumentsAreListed();
+    void closeDocumentScreen();
     void complete(IdvOutcome outcome);
     void failLater(ResponseCode code);
 
@@ -83,6 +85,7 @@ private:
     /// Null where no vendor's library is installed.
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;
     std::optional<platform::readid::NFCResult> nfcResult_;
+    bool hasSucceeded_ = false;
 };
 
 } // namespace kivo

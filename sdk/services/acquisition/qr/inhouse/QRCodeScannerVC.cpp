@@ -36,13 +36,12 @@ void QRCodeScannerVC::viewWillAppear(bool /*animated*/) {
 }
 
 void QRCodeScannerVC::viewDidAppear(bool /*animated*/) {
-    if (!qrCodeScannerView_->isScanning() && scannedCodeValue_.empty()) {
-        qrCodeScannerView_->resumeScanning();
-    }
+    resumeScanning();
 }
 
 void QRCodeScannerVC::viewWillDisappear(bool /*animated*/) {
     scannedCodeValue_.clear();
+    qrCodeScannerView_->pauseScanning();
 }
 
 void QRCodeScannerVC::traitCollectionDidChange() {
@@ -82,11 +81,19 @@ void QRCodeScannerVC::scanningSucceeded(std::string code) {
     resumeScanningLater();
 }
 
+void QRCodeScannerVC::resumeScanning() {
+    if (!qrCodeScannerView_->isScanning() && scannedCodeValue_.empty()) {
+        qrCodeScannerView_->resumeScanning();
+    }
+}
+
 void QRCodeScannerVC::resumeScanningLater() {
     // Time enough to take the wrong code away from the camera.
-    platform::services().mainQueue->asyncAfter(3s, [weak = std::weak_ptr{qrCodeScannerView_}] {
-        if (const auto scanner = weak.lock()) {
-            scanner->resumeScanning();
+    platform::services().mainQueue->asyncAfter(3s, [weak = weak_from_this()] {
+        const auto self = std::static_pointer_cast<QRCodeScannerVC>(weak.lock());
+        // Under another screen the camera rests; it starts when this one is back.
+        if (self && self->view()->window()) {
+            self->resumeScanning();
         }
     });
 }

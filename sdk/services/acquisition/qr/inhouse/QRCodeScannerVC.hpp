@@ -41,6 +41,8 @@ protected:
 private:
     void applyTheme();
     void applyDynamicType();
+    /// Unless the camera runs, or has shown a good code already.
+    void resumeScanning();
     void resumeScanningLater();
 
     std::shared_ptr<QRScannerView> qrCodeScannerView_;

@@ -164,6 +164,12 @@ void QRCodeVC::closeButtonTap() {
     });
 }
 
+void QRCodeVC::didGoBack() {
+    if (const auto listener = delegate.lock()) {
+        listener->closeButtonPressed();
+    }
+}
+
 void QRCodeVC::activationCodeEntered(std::string code) {
     if (const auto listener = delegate.lock()) {
         listener->activationCodeEntered(std::move(code));

@@ -33,6 +33,7 @@ public:
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
     void viewDidDisappear(bool animated) override;
+    void didGoBack() override;
     void traitCollectionDidChange() override;
     void prepareForSegue(const platform::Segue& segue) override;
 

@@ -30,9 +30,7 @@ QRScannerView::QRScannerView() {
 }
 
 QRScannerView::~QRScannerView() {
-    if (isScanning()) {
-        captureSession->stopRunning();
-    }
+    pauseScanning();
 }
 
 void QRScannerView::setUpCapture() {
@@ -93,6 +91,12 @@ void QRScannerView::detected(const std::vector<MetadataObject>& objects) {
 void QRScannerView::resumeScanning() {
     if (captureSession) {
         captureSession->startRunning();
+    }
+}
+
+void QRScannerView::pauseScanning() {
+    if (isScanning()) {
+        captureSession->stopRunning();
     }
 }
 

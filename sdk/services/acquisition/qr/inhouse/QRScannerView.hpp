@@ -38,6 +38,7 @@ public:
 
     /// Has the camera look for a code again.
     void resumeScanning();
+    void pauseScanning();
 
 private:
     class Detections;
