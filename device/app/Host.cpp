@@ -75,7 +75,9 @@ void Host::acquire(AcquisitionObject object) {
 
 void Host::codeEntered(const IdvOutcome& outcome) {
     if (!outcome) {
-        tell("That was no code", std::string{message(outcome.error())});
+        if (outcome.error() != ResponseCode::CANCELLED_BY_USER) {
+            tell("That was no code", std::string{message(outcome.error())});
+        }
         return;
     }
     session_->join((*outcome)->data(), config_, onMain([](Host& host, const IdvOutcome& joined) {
@@ -89,6 +91,9 @@ void Host::codeEntered(const IdvOutcome& outcome) {
 }
 
 void Host::tell(const std::string& title, const std::string& message) const {
+    if (std::dynamic_pointer_cast<platform::AlertController>(navigation_->presentedViewController())) {
+        return;
+    }
     const auto alert = std::make_shared<platform::AlertController>(title, message);
     alert->addAction({.title = "OK"});
     navigation_->present(alert, /*animated=*/true);
