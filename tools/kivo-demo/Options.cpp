@@ -77,6 +77,9 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
         const auto value = [&]() -> std::string { return argument + 1 == arguments.end() ? "" : *++argument; };
         if (*argument == "--version") {
             options.version = value();
+            if (options.version != "all" && std::ranges::find(everyVersion, options.version) == everyVersion.end()) {
+                return std::unexpected{"--version takes 14 to 18 or all, not \"" + options.version + "\""};
+            }
         } else if (*argument == "--fault") {
             auto fault = parseFault(value());
             if (!fault) {

@@ -18,6 +18,9 @@ struct InjectedFault {
     kivo::simulator::Fault fault;
 };
 
+/// The interface versions of the library.
+inline const std::vector<std::string> everyVersion{"14", "15", "16", "17", "18"};
+
 struct Options {
     std::string version = "18";
     std::vector<InjectedFault> faults;

@@ -23,8 +23,6 @@
 
 namespace {
 
-const std::vector<std::string> everyVersion{"14", "15", "16", "17", "18"};
-
 /// A folder for the demo's keychain, gone with the demo.
 class TemporaryFolder {
 public:
@@ -130,7 +128,7 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
 
     demo::Report report{openReportStream(options), options.json};
     bool well = true;
-    for (const auto& version : options.version == "all" ? everyVersion : std::vector{options.version}) {
+    for (const auto& version : options.version == "all" ? demo::everyVersion : std::vector{options.version}) {
         auto session = options;
         session.version = version;
         report.begin(session, service);
