@@ -1,6 +1,6 @@
 # kivo_add_resources(target): puts the SDK's storyboard and its sample colours, images and texts into the main bundle of an
-# executable, the folder `<executable>.bundle` beside it. Screens other than the activation code screen are laid out
-# there, and every screen takes its colours from there. A host with a storyboard of its own does without. Texts of the
+# executable, the folder `<executable>.bundle` beside it. Screens other than the activation code screen and the
+# scanning screen are laid out there, and the theme takes its colours from there. A host with a storyboard of its own does without. Texts of the
 # host's own, in a folder such as en.lproj, go before the sample's.
 #
 # The global property KIVO_RESOURCES is the folder to copy from.

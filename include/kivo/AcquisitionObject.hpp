@@ -11,7 +11,7 @@ namespace kivo {
 enum class AcquisitionObject {
     activationCode = 0,    ///< The activation code, typed or scanned.
     nfcScan = 1,           ///< A document's chip and printed page.
-    mrzScan = 2,           ///< A document, entered through its machine-readable zone.
+    mrzScan = 2,           ///< The same screen as for `nfcScan`.
     facemapScan = 3,       ///< A face liveness scan.
     selfieImage = 4,       ///< Upload only.
     documentMainImage = 5, ///< Upload only.

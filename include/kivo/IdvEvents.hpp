@@ -15,7 +15,7 @@ enum class IdvEvents {
     SESSION_STATUS = 3,  ///< A status request was accepted.
     COMMIT_SESSION = 4,  ///< A commit was accepted.
     UPLOAD_DOCUMENT = 5, ///< An upload was accepted.
-    DOCUMENT_SCAN = 6,   ///< A document was read, chip and printed page.
+    DOCUMENT_SCAN = 6,   ///< A document was read, at least its chip.
     FACE_SCAN = 7,       ///< A face liveness scan succeeded.
     OCR_SCAN = 8,        ///< An ID card was scanned.
 };

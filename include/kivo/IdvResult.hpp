@@ -20,7 +20,8 @@ public:
         : data_{std::move(data)}
         , responseType_{responseType} {}
 
-    /// The activation code for `SCAN_QR_CODE`, else the session's transaction identifier or what the step supplies.
+    /// The activation code for `SCAN_QR_CODE` and `UPLOAD_DOCUMENT`, empty for scans, else the session's transaction
+    /// identifier.
     const std::string& data() const { return data_; }
 
     void setData(std::string data) { data_ = std::move(data); }
@@ -34,10 +35,11 @@ private:
     IdvEvents responseType_;
 };
 
-/// How every call ends: with a result that is never null, or with the code of what went wrong.
+/// How a call ends: with a result that is never null, or with the code of what went wrong.
 using IdvOutcome = std::expected<std::shared_ptr<IdvResult>, ResponseCode>;
 
-/// Receives the one outcome of a call. It must not throw; an empty one is allowed and drops the outcome.
+/// Receives the outcome of a request, or each outcome of a screen. It must not throw; an empty one is allowed and drops
+/// the outcome.
 using IdvCompletion = std::function<void(IdvOutcome)>;
 
 } // namespace kivo

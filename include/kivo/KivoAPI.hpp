@@ -25,7 +25,8 @@ public:
     virtual void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
     /// The view controller on which screens are presented. Without one, `acquire` shows nothing and does not answer; on
-    /// one that is in no window it answers `UNKNOWN_ERROR`, on the main queue.
+    /// one that is in no window it answers `UNKNOWN_ERROR`, on the main queue. It is held until another takes its
+    /// place; null lets it go.
     virtual void setContext(std::shared_ptr<platform::ViewController> viewController) = 0;
 
     /// Same as `setSdkTheme`. Screens already shown keep their theme.
@@ -33,20 +34,23 @@ public:
 
     /// Shows the screen that acquires `object`: pushed where the context is in a navigation stack, presented elsewhere.
     /// `response` may be called more than once: a person can deliver a code and then close the screen. A later
-    /// `acquire` replaces it. A screen that cannot be made ends in `UNKNOWN_ERROR`; the log says why. Objects that are
-    /// for uploads only are ignored.
+    /// `acquire` replaces it; it is held until then. A screen that cannot be made ends in `UNKNOWN_ERROR`; the log says
+    /// why. Objects that are for uploads only, and `ocrScan` before interface version 16, are ignored without an
+    /// answer.
     virtual void acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> config,
                          IdvCompletion response) = 0;
 
     /// Joins the session of an activation code. Succeeds with `JOIN_SESSION` and the transaction identifier; the
-    /// session is kept in the keychain and survives the process. Without a config it fails with
-    /// `INVALID_JOIN_SESSION`.
+    /// session is kept in the keychain, one for all interface versions, and takes the place of an earlier one even when
+    /// the service refuses it. `status`, `commit`, `resumeInBrowser` and screens go on with it in another process;
+    /// `update` and `upload` need a join in this one. Without a config it fails with `INVALID_JOIN_SESSION`.
     virtual void join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) = 0;
 
-    /// Reports an action and a message to the session. Succeeds with `UPDATE_SESSION`.
+    /// Reports an action and a message, UTF-8 texts, to the session. Succeeds with `UPDATE_SESSION`.
     virtual void update(std::string action, std::string message, IdvCompletion response) = 0;
 
-    /// Asks for the session's status. Succeeds with `SESSION_STATUS`.
+    /// Asks for the session's status. Succeeds with `SESSION_STATUS` when the service does not refuse; what else its
+    /// answer holds is not handed on.
     virtual void status(IdvCompletion response) = 0;
 
     /// Commits the session. Succeeds with `COMMIT_SESSION`.
@@ -55,7 +59,9 @@ public:
     /// Opens the session's resume page in the person's browser. Does nothing without a session.
     virtual void resumeInBrowser() = 0;
 
-    /// Uploads `data` as evidence of the given kind and counts one attempt. Succeeds with `UPLOAD_DOCUMENT`.
+    /// Uploads `data` as evidence of the given kind and counts one attempt. Succeeds with `UPLOAD_DOCUMENT`. `data` is
+    /// UTF-8 text, such as Base64; bytes that are none go out as an empty request. Fails with `RETRY_LIMIT_REACHED`
+    /// when no attempt is left, and before a join of this process has brought a limit.
     virtual void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) = 0;
 
     /// Forgets the joined session. The session API object stays usable for another join.

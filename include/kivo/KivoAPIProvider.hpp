@@ -11,7 +11,7 @@
 
 namespace kivo {
 
-/// Receives the one outcome of a provider's call.
+/// Receives the outcome of a provider's request, or each outcome of a screen.
 using ObjCCompletion = std::function<void(std::shared_ptr<ObjCResult>)>;
 
 /// The operations of a session API with outcomes as plain objects. Made by `KivoSDK::loadForProvider`.

@@ -20,14 +20,16 @@ public:
     /// The session API for the interface version that the first two characters of `version` name ("14" to "18").
     ///
     /// One object per interface version exists in the process, and every load of that version returns it. `key`
-    /// becomes part of the device code that a join sends. Null, and a line on standard output, for any other version.
+    /// becomes part of the device code that a join sends; a later load's key takes its place. Null, and a line on
+    /// standard output, for any other version.
     static std::shared_ptr<KivoAPI> load(std::string_view key, std::string_view version);
 
     /// The same session API in a new provider, for hosts that want plain result objects. Null as with `load`.
     static std::shared_ptr<KivoAPIProvider> loadForProvider(std::string_view key, std::string_view version);
 
     /// The threshold of the SDK's log lines; `info` by default. It is taken once, with the first line that is
-    /// logged: set it before the first load. An integer above `error` silences the log.
+    /// logged: set it before the first load. An integer above `error` silences it; a few bare
+    /// lines, such as that the network has changed, are printed all the same.
     static LogLevel logLevel();
     static void setLogLevel(LogLevel level);
 

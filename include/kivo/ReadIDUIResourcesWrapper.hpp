@@ -17,7 +17,8 @@ public:
     double textSize() const;
     void setTextSize(double size);
 
-    /// A font of the system where none was set; likewise for the other fonts.
+    /// A font of the system where none was set; likewise for the other fonts. The document screen sets this one to its
+    /// theme's `primaryButtonFont`.
     platform::Font buttonFont() const;
     void setButtonFont(platform::Font font);
 

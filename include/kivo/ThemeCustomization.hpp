@@ -23,8 +23,7 @@ namespace kivo {
 /// it when it appears, so a later change reaches a screen the next time. Lengths are in points.
 ///
 /// - An empty text leaves the storyboard's own text in place.
-/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made, and is
-/// the
+/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made; it is the
 ///   other colour where the catalogue has no such name.
 /// - A font is absent where it is not installed; the screens then use the system font of the same size.
 class KIVO_EXPORT ThemeCustomization {
@@ -43,7 +42,7 @@ public:
     std::shared_ptr<platform::Bundle> appBundle;
     /// Never null at first; without one, close buttons stay as the storyboard has them.
     std::shared_ptr<ZorCloseButtonAppearance> zorCloseButtonAppearance;
-    /// Whether a waiting screen shows the activity overlay.
+    /// Whether the document screen shows the activity overlay while the service is told of a reading.
     bool enableActivityIndicator = true;
 
     /// "Karbon-Medium" at 32 points.
@@ -109,7 +108,9 @@ public:
     platform::Color faceScanIntroNextButtonTitleColor = platform::Color::white();
     /// "Kivo.Button.BackgroundColor", else system blue.
     platform::Color faceScanIntroNextButtonBackgroundColor;
+    /// Shown by the vendor's screen when an upload takes longer than six seconds.
     std::string faceScanUploadMessage;
+    /// Shown by the vendor's screen after a good scan.
     std::string faceScanSuccessMessageText;
     /// The look of the vendor's face and ID scan screens. The vendor's defaults at first; null without a vendor.
     std::shared_ptr<platform::FaceTecCustomization> faceVerificationUICustomization;

@@ -39,7 +39,7 @@ struct Services {
     std::shared_ptr<ReadID> readID;
 };
 
-/// Puts services in place of the default ones; a null pointer keeps the default. Call it on the main thread,
+/// Puts services in place of the default ones; a null pointer keeps the one in force. Call it on the main thread,
 /// before the first call to the SDK: what has been handed out by then stays in use.
 KIVO_EXPORT void install(Services services);
 
@@ -58,7 +58,7 @@ struct LinuxOptions {
     std::string cameraPipeline{};
 };
 
-/// A fresh set of the Linux services, complete but for what `install` adds.
+/// A fresh set of the Linux services, complete but for the vendors' libraries.
 KIVO_EXPORT Services linuxServices(const LinuxOptions& options = {});
 
 } // namespace kivo::platform

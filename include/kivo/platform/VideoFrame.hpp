@@ -13,9 +13,8 @@ struct KIVO_EXPORT VideoFrame {
     enum class Format {
         /// One byte of brightness a pixel.
         gray,
-        /// A plane of brightness as for `gray`, then two planes of colour (BT.601, full range), each half as wide and
-        /// as
-        /// high, rounded up.
+        /// A plane of brightness as for `gray`, then two planes of colour (BT.601, full range), each half as wide
+        /// and as high, rounded up.
         i420,
         /// Red, green and blue, one byte each.
         rgb,

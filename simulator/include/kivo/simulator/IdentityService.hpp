@@ -34,7 +34,8 @@ struct IdentityServiceConfiguration {
     std::vector<std::string> activationCodes{"123456"};
     /// The host's key, which must follow the version prefix of a device code. Absent: any key will do.
     std::optional<std::string> deviceKey;
-    /// The attempts that a session allows. Absent: the join answer has no retry limit.
+    /// The attempts that a session allows. Absent: the join answer has no retry limit; screens then know
+    /// none, but the SDK refuses every upload.
     std::optional<int> retryLimit;
     /// Whether sessions offer the list of documents.
     bool documentList = true;

@@ -8,7 +8,7 @@ NS_ASSUME_NONNULL_BEGIN
 typedef NS_ENUM(NSInteger, AcquisitionObject) {
     AcquisitionObjectActivationCode = 0,    ///< The activation code, typed or scanned.
     AcquisitionObjectNfcScan = 1,           ///< A document's chip and printed page.
-    AcquisitionObjectMrzScan = 2,           ///< A document, entered through its machine-readable zone.
+    AcquisitionObjectMrzScan = 2,           ///< The same screen as for AcquisitionObjectNfcScan.
     AcquisitionObjectFacemapScan = 3,       ///< A face liveness scan.
     AcquisitionObjectSelfieImage = 4,       ///< Upload only.
     AcquisitionObjectDocumentMainImage = 5, ///< Upload only.

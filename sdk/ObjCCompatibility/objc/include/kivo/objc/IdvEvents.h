@@ -12,7 +12,7 @@ typedef NS_ENUM(NSInteger, IdvEvents) {
     IdvEventsSESSION_STATUS = 3,  ///< A status request was accepted.
     IdvEventsCOMMIT_SESSION = 4,  ///< A commit was accepted.
     IdvEventsUPLOAD_DOCUMENT = 5, ///< An upload was accepted.
-    IdvEventsDOCUMENT_SCAN = 6,   ///< A document was read, chip and printed page.
+    IdvEventsDOCUMENT_SCAN = 6,   ///< A document was read, at least its chip.
     IdvEventsFACE_SCAN = 7,       ///< A face liveness scan succeeded.
     IdvEventsOCR_SCAN = 8,        ///< An ID card was scanned.
 };

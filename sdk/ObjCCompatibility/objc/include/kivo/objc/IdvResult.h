@@ -13,8 +13,8 @@ __attribute__((visibility("default")))
 
 - (instancetype)initWithData:(NSString*)data responseType:(IdvEvents)responseType;
 
-/// The activation code for `IdvEventsSCAN_QR_CODE`, else the session's transaction identifier or what the step
-/// supplies.
+/// The activation code for `IdvEventsSCAN_QR_CODE` and `IdvEventsUPLOAD_DOCUMENT`, empty for scans, else the session's
+/// transaction identifier.
 @property (nonatomic, copy) NSString* data;
 
 @property (nonatomic) IdvEvents responseType;

@@ -11,7 +11,8 @@ NS_ASSUME_NONNULL_BEGIN
 
 /// Receives the outcome of a call.
 ///
-/// It is copied when it is handed over and released after the call. It runs inside an autorelease pool of its own;
+/// It is copied when it is handed over, and released after its call; that of an acquire when another acquire replaces
+/// it. It runs inside an autorelease pool of its own;
 /// an exception that leaves it is reported as a diagnostic and goes no further.
 typedef void (^KivoCompletion)(ObjCResult* result);
 
@@ -33,17 +34,21 @@ __attribute__((visibility("default")))
 /// Gives the session another theme; nil for none. Screens already shown keep theirs.
 - (void)setThemeWithTheme:(nullable ThemeCustomization*)theme;
 
-/// The view controller on which screens are presented. Without one, acquire shows nothing.
+/// The view controller on which screens are presented. Without one, acquire shows nothing and does not answer;
+/// on one that is in no window it answers "UNKNOWN_ERROR", on the main queue. It is held until another takes its place.
 - (void)setContextWithViewController:(nullable KivoViewController*)viewController;
 
 /// Shows the screen that acquires `object`. `response` may be called more than once: a person can deliver a code and
-/// then close the screen. A later acquire replaces it, and it is released then.
+/// then close the screen. A later acquire replaces it, and it is released then. Objects that
+/// are for uploads only, and the ID scan before interface version 16, are ignored without an answer.
 - (void)acquireWithAcquisitionObject:(AcquisitionObject)object
                               config:(nullable AcquisitionConfig*)config
                             response:(nullable KivoCompletion)response;
 
 /// Joins the session of an activation code. Succeeds with `IdvEventsJOIN_SESSION` and the transaction identifier; the
-/// session is kept in the keychain and survives the process. Without a config it fails with "INVALID_JOIN_SESSION".
+/// session is kept in the keychain, one for all interface versions, and takes the place of an earlier one even when the
+/// service refuses it. Status, commit, resuming and screens go on with it in another process; update and upload need a
+/// join in this one. Without a config it fails with "INVALID_JOIN_SESSION".
 - (void)joinForCode:(NSString*)code
              config:(nullable AcquisitionConfig*)config
            response:(nullable KivoCompletion)response;
@@ -51,7 +56,8 @@ __attribute__((visibility("default")))
 /// Reports an action and a message to the session. Succeeds with `IdvEventsUPDATE_SESSION`.
 - (void)updateWithAction:(NSString*)action message:(NSString*)message response:(nullable KivoCompletion)response;
 
-/// Asks for the session's status. Succeeds with `IdvEventsSESSION_STATUS`.
+/// Asks for the session's status. Succeeds with `IdvEventsSESSION_STATUS` when the service does not refuse; what else
+/// its answer holds is not handed on.
 - (void)statusWithResponse:(nullable KivoCompletion)response;
 
 /// Commits the session. Succeeds with `IdvEventsCOMMIT_SESSION`.
@@ -61,6 +67,7 @@ __attribute__((visibility("default")))
 - (void)resumeInBrowser;
 
 /// Uploads `data` as evidence of the given kind and counts one attempt. Succeeds with `IdvEventsUPLOAD_DOCUMENT`.
+/// Fails with "RETRY_LIMIT_REACHED" when no attempt is left, and before a join of this process has brought a limit.
 - (void)uploadWithAcquisitionObject:(AcquisitionObject)acquisitionObject
                                data:(NSString*)data
                            response:(nullable KivoCompletion)response;

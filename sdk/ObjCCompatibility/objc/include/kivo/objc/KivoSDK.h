@@ -18,7 +18,8 @@ __attribute__((visibility("default")))
 + (nullable KivoAPIProvider*)loadForProviderWithKey:(NSString*)key version:(NSString*)version;
 
 /// The threshold of the library's log lines; `LogLevelInfo` by default. It is taken once, with the first line that is
-/// logged: set it before the first load. An integer above `LogLevelError` silences the log.
+/// logged: set it before the first load. An integer above `LogLevelError` silences it; a few
+/// bare lines, such as that the network has changed, are printed all the same.
 @property (class, nonatomic) LogLevel logLevel;
 
 /// The SDK version text, "183" at first. The library itself does not use it.

@@ -15,8 +15,7 @@ NS_ASSUME_NONNULL_BEGIN
 /// it when it appears, so a later change reaches a screen the next time. Lengths are in points.
 ///
 /// - An empty text leaves the storyboard's own text in place. Texts are empty at first.
-/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made, and is
-/// the
+/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made; it is the
 ///   other colour where the catalogue has no such name.
 /// - A font is nil where it is not installed; the screens then use the system font of the same size.
 /// - Nil, written to a colour, makes it clear.
@@ -41,7 +40,7 @@ __attribute__((visibility("default")))
 @property (nonatomic, retain, nullable) KivoBundle* appBundle;
 /// Not nil at first; without one, close buttons stay as the storyboard has them.
 @property (nonatomic, retain, nullable) ZorCloseButtonAppearance* zorCloseButtonAppearance;
-/// Whether a waiting screen shows the activity overlay. YES at first.
+/// Whether the document screen shows the activity overlay while the service is told of a reading. YES at first.
 @property (nonatomic) BOOL enableActivityIndicator;
 
 /// "Karbon-Medium" at 32 points.
