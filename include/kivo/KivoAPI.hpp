@@ -32,7 +32,8 @@ public:
     /// Same as `setSdkTheme`. Screens already shown keep their theme.
     virtual void setTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
-    /// Shows the screen that acquires `object`: pushed where the context is in a navigation stack, presented elsewhere.
+    /// Shows the screen that acquires `object`: pushed where the context is in a navigation stack (under what
+    /// covers the stack, if anything), presented elsewhere.
     /// `response` may be called more than once: a person can deliver a code and then close the screen. A later
     /// `acquire` replaces it; it is held until then. A screen that cannot be made ends in `UNKNOWN_ERROR`; the log says
     /// why. Objects that are for uploads only, and `ocrScan` before interface version 16, are ignored without an

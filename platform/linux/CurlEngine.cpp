@@ -104,7 +104,7 @@ private:
         if (transfer->isCancelled() || commands_.stopping) {
             transfer->concludeCancelled();
             hand(std::move(transfer));
-        } else if (mayStart(*transfer)) {
+        } else if (mayStart(*transfer) && transfer->deadline() > std::chrono::steady_clock::now()) {
             begin(std::move(transfer));
         } else {
             waiting_.push_back(std::move(transfer));

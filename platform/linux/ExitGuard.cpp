@@ -25,8 +25,7 @@ ExitGuard& ExitGuard::shared() {
     return guard;
 }
 
-ExitGuard::ExitGuard()
-    : process_{::getpid()} {
+ExitGuard::ExitGuard() {
     // Exit handlers run in reverse order: both libraries register theirs first, so that ours runs before them.
     OPENSSL_init_ssl(0, nullptr);
     curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -37,6 +36,9 @@ bool ExitGuard::add(const std::shared_ptr<Stoppable>& member) {
     const std::scoped_lock lock{mutex_};
     if (exiting_) {
         return false;
+    }
+    if (process_.exchange(::getpid()) != ::getpid()) {
+        members_.clear();
     }
     members_.emplace_back(member.get(), member);
     return true;

@@ -50,8 +50,8 @@ private:
     ExitGuard();
     void stopAll();
 
-    /// The process whose threads these are: a child that was forked has none of them.
-    const pid_t process_;
+    /// The process whose threads the members have: a child that was forked has none of them.
+    std::atomic<pid_t> process_{0};
     std::once_flag ahead_;
     std::mutex mutex_;
     std::condition_variable changed_;

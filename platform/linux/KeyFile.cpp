@@ -43,7 +43,7 @@ std::expected<SealingKey, KeyFileError> readKeyFile(const std::filesystem::path&
     struct stat status{};
     if (fstat(descriptor.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
         // A backup may have brought it back so that others can read it.
-        fchmod(descriptor.get(), S_IRUSR | S_IWUSR);
+        fchmod(descriptor.get(), status.st_mode & S_IRWXU);
     }
     // One byte more than a key has shows a file that is too long.
     std::array<unsigned char, SealingKey{}.size() + 1> content{};

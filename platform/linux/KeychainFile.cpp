@@ -59,7 +59,7 @@ fs::path withSuffix(fs::path path, std::string_view suffix) {
 void keepPrivate(const fs::path& file) {
     struct stat status{};
     if (stat(file.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        chmod(file.c_str(), S_IRUSR | S_IWUSR);
+        chmod(file.c_str(), status.st_mode & S_IRWXU);
     }
 }
 

@@ -169,8 +169,10 @@ private:
     }
 
     void forgetTold(const std::weak_ptr<NetworkReachabilityRef>& target) {
+        // Declared before the lock: when it goes, its watch does.
+        const auto alive = target.lock();
         const std::scoped_lock lock{mutex_};
-        if (const auto found = watches_.find(target.lock().get()); found != watches_.end()) {
+        if (const auto found = watches_.find(alive.get()); found != watches_.end()) {
             found->second.told.reset();
         }
     }

@@ -74,8 +74,10 @@ void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::o
     std::shared_ptr<platform::UrlSession> session;
     try {
         session = sessionInUse();
-    } catch (const std::system_error& error) {
-        failure({.cause = platform::UrlErrorKind::unknown, .text = error.what()});
+    } catch (const std::system_error& noThread) {
+        const TransportError error{.cause = platform::UrlErrorKind::unknown, .text = noThread.what()};
+        log::debug(sendFunction, [&] { return error.description(); });
+        failure(error);
         return;
     }
     session->dataTask(std::move(request),

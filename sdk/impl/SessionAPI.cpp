@@ -92,6 +92,7 @@ void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion&
         isAcquisitionResetDue_ = true;
         response(std::make_shared<IdvResult>(tid, IdvEvents::JOIN_SESSION));
         resetAcquisitionStateIfDue();
+        withCodeScreen([](QRCodeVC& screen) { screen.hasJoined = true; });
         return;
     }
     response(outcome);
@@ -99,15 +100,18 @@ void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion&
         validateSendInformCallOnFailure(outcome.error());
     }
     if (rules_.resetsCodeBoxes) {
-        platform::services().mainQueue->async([weak = weak_from_this()] {
-            const auto self = weak.lock();
-            const auto screen =
-                self ? self->withState([](const State& state) { return state.qrCodeVC.lock(); }) : nullptr;
-            if (screen) {
-                screen->resetActivationCodeFields();
-            }
-        });
+        withCodeScreen([](QRCodeVC& screen) { screen.resetActivationCodeFields(); });
     }
+}
+
+void SessionAPI::withCodeScreen(const std::function<void(QRCodeVC&)>& work) {
+    platform::services().mainQueue->async([weak = weak_from_this(), work] {
+        const auto self = weak.lock();
+        const auto screen = self ? self->withState([](const State& state) { return state.qrCodeVC.lock(); }) : nullptr;
+        if (screen) {
+            work(*screen);
+        }
+    });
 }
 
 /// Comes after the host has heard of its session. By then the host may have shown the next screen on its main thread,

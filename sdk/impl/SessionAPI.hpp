@@ -88,6 +88,8 @@ private:
 
     void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response);
     void resetAcquisitionStateIfDue();
+    /// Works on the activation code screen shown last, on the main queue, where it still exists.
+    void withCodeScreen(const std::function<void(QRCodeVC&)>& work);
     IdvCompletion reportingFailures(IdvCompletion response);
     void screenDidComplete(const IdvOutcome& result, Filter filter);
     void completeOnMainQueue(IdvOutcome outcome);

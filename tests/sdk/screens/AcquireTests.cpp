@@ -107,6 +107,13 @@ TEST_F(Acquire, AnswersAPersonWhoGoesBack) {
     goBack();
     EXPECT_EQ(navigation->topViewController(), host);
     EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::CANCELLED_BY_USER}});
+
+    backend.outcome = std::make_shared<IdvResult>("T", IdvEvents::JOIN_SESSION);
+    acquireCode(*api, host);
+    api->join("123456", nullptr, {});
+    settle();
+    goBack();
+    EXPECT_EQ(outcomes.size(), 1U) << "nothing to cancel once the session is joined";
 }
 
 TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {

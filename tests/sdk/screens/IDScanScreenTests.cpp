@@ -85,6 +85,13 @@ TEST_F(IDScanScreen, ReportsWhatKeepsItFromScanning) {
     }
 }
 
+TEST_F(IDScanScreen, AnswersAPersonWhoGoesBackFromNoScan) {
+    joinWith("");
+    begun();
+    goBack();
+    EXPECT_THAT(reports->heard, ElementsAre(testing::StartsWith("CANCELLED_BY_USER")));
+}
+
 TEST_F(IDScanScreen, ClosesAndThenReportsWhyTheLibraryGaveUp) {
     const std::map<int, const char*> rows{{2, "CANCELLED"},
                                           {3, "TIMEOUT"},

@@ -109,6 +109,7 @@ void LiveNessCheckVC::setContentHidden(bool hidden) {
 
 void LiveNessCheckVC::onLivenessButtonClick() {
     constexpr std::string_view function = "onLivenessButtonClick(_:)";
+    hasSucceeded_ = false;
     setContentHidden(true);
     ui::showActivityOverlay(*this);
     if (refusesFurtherAttempt(*this)) {
@@ -157,16 +158,18 @@ void LiveNessCheckVC::handleServerFailure(std::string_view data) {
 void LiveNessCheckVC::onComplete() {
     const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
     log::info("onComplete()", isSuccess ? "FaceScan success" : "FaceScan fail");
+    isSuccessDue_ = isSuccess;
     ui::later(100ms, self(), [isSuccess](LiveNessCheckVC& screen) {
-        if (isSuccess) {
-            screen.scanDidSucceed();
-        } else {
+        if (!isSuccess) {
             screen.scanDidNotSucceed();
+        } else if (screen.isSuccessDue_) {
+            screen.scanDidSucceed();
         }
     });
 }
 
 void LiveNessCheckVC::scanDidSucceed() {
+    isSuccessDue_ = false;
     latestSessionResult_.reset();
     report(std::make_shared<IdvResult>("", IdvEvents::FACE_SCAN));
     ui::hideActivityOverlay(*this);
@@ -205,7 +208,9 @@ void LiveNessCheckVC::closeButtonTap() {
 }
 
 void LiveNessCheckVC::didGoBack() {
-    if (!hasSucceeded_) {
+    if (isSuccessDue_) {
+        scanDidSucceed();
+    } else if (!hasSucceeded_) {
         report(std::unexpected{ResponseCode::CANCELLED_BY_USER});
     }
 }

@@ -75,6 +75,8 @@ private:
     std::shared_ptr<EnrollmentProcessor> latestProcessor_;
     std::string latestServerResult_;
     bool hasSucceeded_ = false;
+    /// A scan was good, and the host will hear of it.
+    bool isSuccessDue_ = false;
 };
 
 } // namespace kivo

@@ -102,7 +102,14 @@ void OCRScanInitializeVC::close() {
     ui::popOrDismiss(*this);
 }
 
+void OCRScanInitializeVC::didGoBack() {
+    if (!hasReported_) {
+        report(std::unexpected{ResponseCode::CANCELLED_BY_USER});
+    }
+}
+
 void OCRScanInitializeVC::report(IdvOutcome outcome) {
+    hasReported_ = true;
     if (const auto listener = delegate.lock()) {
         listener->ocrScanDidComplete(std::move(outcome));
     }

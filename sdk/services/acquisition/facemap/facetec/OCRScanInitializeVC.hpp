@@ -21,6 +21,7 @@ public:
     std::shared_ptr<ThemeCustomization> themeObj;
 
     void viewDidLoad() override;
+    void didGoBack() override;
 
     void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
 
@@ -48,6 +49,7 @@ private:
     std::shared_ptr<platform::FaceTecIDScanResult> latestIDScanResult_;
     std::shared_ptr<PhotoIDScanProcessor> latestProcessor_;
     std::string latestServerResult_;
+    bool hasReported_ = false;
 };
 
 } // namespace kivo

@@ -69,6 +69,7 @@ bool AuthMenuVC::mayRead() {
 }
 
 void AuthMenuVC::showReadIDUIViewController() {
+    hasSucceeded_ = false;
     const auto begun =
         platform::services().readID->identify(self(), platform::ModalPresentationStyle::fullScreen, readIdUiFlow_,
                                               [weak = std::weak_ptr{self()}](const readid::ReadIDResult& result) {
@@ -138,6 +139,7 @@ void AuthMenuVC::readingDidFail(const readid::Failure& failure) {
 }
 
 void AuthMenuVC::sendDocumentReadNotification() {
+    isAnswerDue_ = true;
     UIStateManager::shared().docAuthState = DocAuthStatus::docAuthSuccess;
     if (!themeObj || themeObj->enableActivityIndicator) {
         ui::showActivityOverlay(*this);

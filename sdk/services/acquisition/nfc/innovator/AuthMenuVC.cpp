@@ -219,7 +219,7 @@ void AuthMenuVC::closeDocumentSelectionButtonTap() {
 }
 
 void AuthMenuVC::didGoBack() {
-    if (!hasSucceeded_) {
+    if (!hasSucceeded_ && !isAnswerDue_) {
         failLater(ResponseCode::CANCELLED_BY_USER);
     }
 }
@@ -237,7 +237,9 @@ void AuthMenuVC::closeDocumentScreen() {
         const auto navigation = self->navigationController();
         if (!navigation && self->presentedViewController()) {
             // The host has answered the failure with an alert or another screen by now, which has its turn first.
-            self->closeDocumentScreen();
+            if (self->windowOfScreen()) {
+                self->closeDocumentScreen();
+            }
         } else if (!navigation) {
             self->dismiss(/*animated=*/false);
         } else if (navigation->topViewController() == self) {
@@ -251,12 +253,14 @@ void AuthMenuVC::closeDocumentScreen() {
 
 void AuthMenuVC::complete(IdvOutcome outcome) {
     hasSucceeded_ = hasSucceeded_ || outcome;
+    isAnswerDue_ = false;
     if (const auto listener = delegate.lock()) {
         listener->documentFlowDidComplete(std::move(outcome));
     }
 }
 
 void AuthMenuVC::failLater(ResponseCode code) {
+    isAnswerDue_ = true;
     platform::services().mainQueue->asyncAfter(100ms, [self = self(), code] { self->complete(std::unexpected{code}); });
 }
 

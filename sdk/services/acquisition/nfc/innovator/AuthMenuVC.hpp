@@ -86,6 +86,8 @@ private:
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;
     std::optional<platform::readid::NFCResult> nfcResult_;
     bool hasSucceeded_ = false;
+    /// A reading is over, and the host will hear of it.
+    bool isAnswerDue_ = false;
 };
 
 } // namespace kivo

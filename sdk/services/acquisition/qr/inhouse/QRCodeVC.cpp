@@ -165,7 +165,7 @@ void QRCodeVC::closeButtonTap() {
 }
 
 void QRCodeVC::didGoBack() {
-    if (const auto listener = delegate.lock()) {
+    if (const auto listener = delegate.lock(); listener && !hasJoined) {
         listener->closeButtonPressed();
     }
 }

@@ -27,6 +27,9 @@ public:
     /// Null leaves the storyboard's looks and texts.
     std::shared_ptr<ThemeCustomization> themeObj;
 
+    /// Whether its code has joined a session: then going back cancels nothing.
+    bool hasJoined = false;
+
     /// Empties the boxes so that another code can be typed; the single field keeps its text.
     void resetActivationCodeFields();
 
