@@ -57,7 +57,8 @@ std::shared_ptr<View> AlertController::loadView() {
 }
 
 void AlertController::choose(std::size_t index) {
-    if (index >= actions_.size() || std::exchange(isAnswered_, true)) {
+    // Under another screen it waits for its turn.
+    if (index >= actions_.size() || presentedViewController() || std::exchange(isAnswered_, true)) {
         return;
     }
     dismiss(true, std::move(actions_[index].handler));

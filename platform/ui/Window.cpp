@@ -183,9 +183,18 @@ void Window::updateScreens(bool animated, std::function<void()> completion) {
 }
 
 void Window::arrangeViews() {
+    // A view that is taken away may end an edit, and whoever hears of that may change the screens again.
+    isArrangementDue_ = true;
     if (std::exchange(isArranging_, true)) {
         return;
     }
+    while (std::exchange(isArrangementDue_, false)) {
+        arrangeViewsOnce();
+    }
+    isArranging_ = false;
+}
+
+void Window::arrangeViewsOnce() {
     const auto stack = stackedScreens();
     const auto isWanted = [&](const auto& view) {
         return std::ranges::any_of(stack, [&](const auto& screen) { return screen->view_ == view; });
@@ -204,10 +213,10 @@ void Window::arrangeViews() {
             }
         }
     }
-    for (const auto& screen : shown_) {
+    const auto shown = shown_;
+    for (const auto& screen : shown) {
         screen->arrangeViews();
     }
-    isArranging_ = false;
 }
 
 } // namespace kivo::platform

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace kivo::platform {
 
@@ -40,11 +41,12 @@ struct ReadScene {
 };
 
 std::string readWhole(const std::filesystem::path& path) {
+    std::ostringstream bytes;
     std::ifstream file{path, std::ios::binary};
-    if (!file) {
-        Where{path.string()}.fail("the file cannot be read; check its permissions.");
+    if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(bytes << file.rdbuf())) || file.bad()) {
+        Where{path.string()}.fail("the file cannot be read; check that it is one, and its permissions.");
     }
-    return {std::istreambuf_iterator<char>{file}, {}};
+    return std::move(bytes).str();
 }
 
 nlohmann::json parse(const std::string& bytes, const std::string& file) {

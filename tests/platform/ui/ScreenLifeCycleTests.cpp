@@ -3,6 +3,7 @@
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/TextField.hpp>
 
 #include <functional>
 
@@ -236,6 +237,29 @@ TEST_F(ScreenLifeCycle, AScreenMayEndItselfInItsOwnButtonsAction) {
     EXPECT_FALSE(button->tap());
 }
 
+TEST_F(ScreenLifeCycle, AnEditThatEndsWithItsScreenMayBringAnother) {
+    struct Complaint final : TextFieldDelegate {
+        void textFieldDidEndEditing(TextField& /*field*/) override { below->present(alert, false); }
+
+        std::shared_ptr<ViewController> below;
+        std::shared_ptr<AlertController> alert = std::make_shared<AlertController>("", "Not saved");
+    };
+
+    const auto navigation = navigationWith(screen("A"));
+    const auto complaint = std::make_shared<Complaint>();
+    complaint->below = navigation;
+    const auto form = screen("B");
+    navigation->pushViewController(form, false);
+    settle();
+    const auto field = std::make_shared<TextField>();
+    field->setDelegate(complaint);
+    form->view()->addSubview(field);
+    ASSERT_TRUE(field->becomeFirstResponder());
+    navigation->popViewController(false);
+    settle();
+    EXPECT_EQ(complaint->alert->view()->window(), window_);
+}
+
 TEST_F(ScreenLifeCycle, AnAlertCallsTheChosenAnswersHandlerOnceItHasGone) {
     const auto a = screen("A");
     window_->setRootViewController(a);
@@ -249,6 +273,11 @@ TEST_F(ScreenLifeCycle, AnAlertCallsTheChosenAnswersHandlerOnceItHasGone) {
     a->present(alert, true);
     settle();
     EXPECT_FALSE(behind->tap());
+    alert->present(screen("B"), true);
+    alert->choose(1);
+    EXPECT_TRUE(alert->presentedViewController()) << "under another screen it is not to be answered";
+    alert->dismiss(true);
+    settle();
     const auto cancel = alert->view()->find<Button>("Cancel");
     alert.reset();
     EXPECT_TRUE(cancel->tap());

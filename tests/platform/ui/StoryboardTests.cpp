@@ -162,6 +162,8 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
         }
     }
     EXPECT_THAT(Storyboard::open("Missing", bundle_).error(), testing::HasSubstr("no such resource"));
+    folder_.write("Folder.storyboard/Info.plist", "");
+    EXPECT_THAT(Storyboard::open("Folder", bundle_).error(), testing::HasSubstr("cannot be read"));
 }
 
 TEST_F(StoryboardFile, MakesRegisteredViewsForScenesInUseOnly) {

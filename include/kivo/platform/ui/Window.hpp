@@ -72,10 +72,12 @@ private:
     /// These and their children.
     Screens screensToShow() const;
     void arrangeViews();
+    void arrangeViewsOnce();
 
     std::shared_ptr<ViewController> root_;
     Screens shown_;
     bool isArranging_ = false;
+    bool isArrangementDue_ = false;
     EdgeInsets safeArea_{.top = 47, .left = 0, .bottom = 34, .right = 0};
     std::weak_ptr<WindowObserver> observer_;
 };
