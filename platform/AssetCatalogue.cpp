@@ -90,7 +90,9 @@ Color readColor(const fs::path& set) {
             continue;
         }
         const auto& color = entry["color"];
-        const auto components = color.is_object() ? color.value("components", Json{}) : Json{};
+        const Json none;
+        const auto found = color.find("components");
+        const auto& components = found == color.end() ? none : *found;
         return {.red = component(components, "red"),
                 .green = component(components, "green"),
                 .blue = component(components, "blue"),

@@ -3,6 +3,7 @@
 #include <plist/plist.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -143,17 +144,40 @@ private:
     std::vector<Extent> extents_;
 };
 
+/// Where the markup that begins at `at` ends, just behind it; npos when it does not.
+std::size_t endOfMarkup(std::string_view xml, std::size_t at) {
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kinds{
+        {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}, {"<", ">"}}};
+    const auto rest = xml.substr(at);
+    const auto kind = std::ranges::find_if(kinds, [&](const auto& each) { return rest.starts_with(each.first); });
+    const auto end = xml.find(kind->second, at + kind->first.size());
+    return end == xml.npos ? end : end + kind->second.size();
+}
+
+/// Whether the tag leaves no doubt about where it ends: a value in quotes could hold the end of a tag. A property list
+/// has such values in its head alone.
+bool isPlainTag(std::string_view tag) {
+    return tag.starts_with("<!--") || tag.starts_with("<![CDATA[") || tag.starts_with("<?") ||
+           ((tag.starts_with("<plist") || tag.starts_with("<!DOCTYPE")) && !tag.contains('[') &&
+            std::ranges::count(tag, '"') % 2 == 0 && !tag.contains('\'')) ||
+           tag.find_first_of("\"'") == tag.npos;
+}
+
 bool isModestXml(std::string_view xml) {
     int depth = 0;
-    for (auto at = xml.find('<'); at != std::string_view::npos; at = xml.find('<', at + 1)) {
-        const auto end = xml.find('>', at);
-        if (end == std::string_view::npos) {
+    std::size_t end = 0;
+    for (auto at = xml.find('<'); at != xml.npos; at = xml.find('<', end)) {
+        end = endOfMarkup(xml, at);
+        if (end == xml.npos) {
             break;
         }
-        const auto tag = xml.substr(at + 1, end - at - 1);
-        if (tag.starts_with("/array") || tag.starts_with("/dict")) {
+        const auto tag = xml.substr(at, end - at);
+        if (!isPlainTag(tag)) {
+            return false;
+        }
+        if (tag.starts_with("</array") || tag.starts_with("</dict")) {
             --depth;
-        } else if ((tag.starts_with("array") || tag.starts_with("dict")) && !tag.ends_with('/')) {
+        } else if ((tag.starts_with("<array") || tag.starts_with("<dict")) && !tag.ends_with("/>")) {
             ++depth;
         }
         if (depth > deepestNesting) {
@@ -254,7 +278,7 @@ std::expected<PropertyValue, std::string> readPropertyList(std::string_view byte
     if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
     }
-    const bool binary = bytes.starts_with("bplist");
+    const bool binary = bytes.starts_with("bplist00");
     if (binary ? !BinaryOutline{bytes}.isModest() : !isModestXml(bytes)) {
         return std::unexpected{"is damaged, or nested too deeply for a property list"};
     }

@@ -1,7 +1,8 @@
 #include "linux/InterfaceNames.hpp"
 
+#include <array>
+#include <cstddef>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -17,8 +18,11 @@ constexpr int wiredNames = 3;
 enum class Kind { wireless, cellular, wired, other };
 
 std::string contentsOf(const fs::path& path) {
+    // One short line, or none where the interface has gone meanwhile.
+    std::array<char, 4096> bytes{};
     std::ifstream file{path};
-    return {std::istreambuf_iterator{file}, {}};
+    file.read(bytes.data(), bytes.size());
+    return {bytes.data(), static_cast<std::size_t>(file.gcount())};
 }
 
 Kind kindOf(const fs::path& folder) {

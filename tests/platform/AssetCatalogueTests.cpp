@@ -32,10 +32,12 @@ TEST_F(AssetCatalogueTest, ReadsComponentsInEveryNotation) {
 }
 
 TEST_F(AssetCatalogueTest, TellsAMalformedColourFromAMissingOne) {
-    for (const auto* components :
-         {R"({"red": "256", "green": "0", "blue": "0", "alpha": "1.0"})",
-          R"({"green": "0", "blue": "0", "alpha": "1"})", R"({"red": "0xZZ", "green": "0", "blue": "0", "alpha": "1"})",
-          R"({"red": 1, "green": 1, "blue": 1})", "[]"}) {
+    const auto deep = std::string(100'000, '[') + std::string(100'000, ']');
+    for (const auto& components :
+         std::vector<std::string>{R"({"red": "256", "green": "0", "blue": "0", "alpha": "1.0"})",
+                                  R"({"green": "0", "blue": "0", "alpha": "1"})",
+                                  R"({"red": "0xZZ", "green": "0", "blue": "0", "alpha": "1"})",
+                                  R"({"red": 1, "green": 1, "blue": 1})", "[]", deep}) {
         writeColor(components);
         ASSERT_FALSE(catalogue_.color("Kivo.Button.Color")) << components;
         EXPECT_THAT(catalogue_.color("Kivo.Button.Color").error(), testing::HasSubstr("\"red\""));

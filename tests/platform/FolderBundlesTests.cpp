@@ -151,6 +151,8 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
              Case{whole.substr(0, 40), "damaged"},
              Case{"bplist00", "damaged"},
              Case{deep, "nested too deeply"},
+             Case{test::propertyList(repeated("<array><!--</array>-->", 200'000)), "nested too deeply"},
+             Case{test::propertyList(repeated("<array a=\"/>\">", 200'000)), "nested too deeply"},
              Case{test::propertyList("<string>alone</string>"), "holds a single value"},
              Case{std::string((16 << 20) + 1, ' '), "larger than 16 MiB"},
          }) {
