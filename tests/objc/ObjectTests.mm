@@ -182,7 +182,9 @@ TEST_F(ObjCObjects, BlocksAreObjects) {
 
 TEST_F(ObjCObjects, AHostsLoopRunsTheMainQueue) {
     NSRunLoop* const runLoop = [NSRunLoop currentRunLoop];
+    NSAutoreleasePool* const pool = [NSAutoreleasePool new];
     [KivoMainQueue attachToRunLoop:runLoop];
+    [pool drain];
     int ran = 0;
     std::thread{[&ran] { kivo::platform::RunLoop::main()->async([&ran] { ++ran; }); }}.join();
     kivo::platform::RunLoop::main()->asyncAfter(std::chrono::milliseconds{1}, [&ran] { ++ran; });
