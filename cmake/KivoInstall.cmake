@@ -26,6 +26,10 @@ if(TARGET kivo-device-app)
   install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kivo-device.bundle DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
+# A package's folder finds its prefix, wherever the library folder is below it.
+file(RELATIVE_PATH kivo_prefix_from_pc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" kivo_prefix_from_pc ${kivo_prefix_from_pc})
+
 if(kivo_has_objc)
   install(TARGETS kivo_objc EXPORT KivoObjCTargets)
   install(DIRECTORY sdk/ObjCCompatibility/objc/include/kivo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
