@@ -62,7 +62,8 @@ ExitStatus collect(const pins::Options& options, std::vector<std::string>& found
 
 ExitStatus write(const std::string& file, const std::vector<std::string>& found) {
     std::vector<std::string> all;
-    if (std::filesystem::exists(file)) {
+    std::error_code unknown;
+    if (std::filesystem::exists(file, unknown) || unknown) {
         auto list = pins::readList(file);
         if (!list) {
             return complain(list.error() + "; move it away and I make a new one");
