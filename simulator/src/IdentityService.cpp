@@ -112,7 +112,7 @@ public:
 
     std::vector<std::string> violations() const {
         const std::scoped_lock lock{mutex_};
-        std::vector<std::string> all;
+        auto all = strays_;
         for (const auto& request : requests_) {
             if (request->violation) {
                 all.push_back(*request->violation);
@@ -168,6 +168,8 @@ private:
             return;
         }
         if (!address) {
+            const std::scoped_lock lock{mutex_};
+            strays_.push_back("a request went to the unknown path \"" + request.path + "\"");
             response.status = 404;
             return;
         }
@@ -309,6 +311,7 @@ private:
     mutable std::mutex mutex_;
     mutable std::condition_variable recorded_;
     std::vector<std::shared_ptr<const RecordedRequest>> requests_;
+    std::vector<std::string> strays_;
     std::function<void(const RecordedRequest&)> listener_;
     std::thread thread_;
 };

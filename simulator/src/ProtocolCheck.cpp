@@ -1,6 +1,7 @@
 #include "ProtocolCheck.hpp"
 
 #include <algorithm>
+#include <string>
 
 namespace kivo::simulator {
 
@@ -27,7 +28,15 @@ void requireTexts(const Json& object, const std::string& where, std::initializer
 }
 
 Json parsed(std::string_view body) {
-    auto json = Json::parse(body, nullptr, /*allow_exceptions=*/false);
+    // Deeper than any request is, and not too deep to copy.
+    constexpr int deepest = 32;
+    const auto boundDepth = [](int depth, Json::parse_event_t, Json&) {
+        if (depth > deepest) {
+            throw Violation{"the body is nested more than " + std::to_string(deepest) + " deep"};
+        }
+        return true;
+    };
+    auto json = Json::parse(body, boundDepth, /*allow_exceptions=*/false);
     if (json.is_discarded()) {
         throw Violation{"the body is not JSON"};
     }

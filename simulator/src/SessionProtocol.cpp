@@ -57,6 +57,14 @@ void requireJoin(const Json& body) {
                   "kivo-images"});
 }
 
+void requireOperation(const Address& address) {
+    const std::string_view expected = address.endpoint == Endpoint::biodata ? "/readings" : "";
+    if (address.operation != expected) {
+        throw Violation{"the path behind the endpoint " + std::string{name(address.endpoint)} + " is \"" +
+                        address.operation + "\", not \"" + std::string{expected} + "\""};
+    }
+}
+
 bool hasVersionPrefix(std::string_view deviceCode) {
     static constexpr std::array<std::string_view, 5> prefixes{"1401", "1501", "1601", "1701", "1801"};
     return std::ranges::find(prefixes, deviceCode.substr(0, 4)) != prefixes.end();
@@ -86,7 +94,7 @@ std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
     const auto rest = path.substr(slash + 1);
     const auto endpoint = rest.substr(0, rest.find('/'));
     const auto found = std::ranges::find(endpointNames, endpoint);
-    if (found == endpointNames.end()) {
+    if (found == endpointNames.end() || endpoint == name(Endpoint::join)) {
         return std::nullopt;
     }
     return Address{.endpoint = static_cast<Endpoint>(found - endpointNames.begin()),
@@ -104,6 +112,7 @@ Reply SessionProtocol::answer(const Address& address, std::string_view method, s
             throw Violation{"the Content-Type is \"" + std::string{contentType} +
                             "\", not \"application/json; charset=UTF-8\""};
         }
+        requireOperation(address);
         if (address.endpoint == Endpoint::join) {
             return join(body);
         }

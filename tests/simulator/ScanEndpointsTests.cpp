@@ -60,6 +60,26 @@ TEST_F(ScanEndpoints, TakeScansOfAnOpenSession) {
     EXPECT_THAT(send(faceScan()), HasSubstr("accepted"));
 }
 
+TEST_F(ScanEndpoints, AndTheOthersNoteWhatGoesAstray) {
+    std::size_t noted = 0;
+    for (const auto* path : {"s1/update/more", "s1/biodata/nonsense", "s1/join", "s1//update"}) {
+        auto astray = request(path, R"({"kivo-action":"a","message":"m","tid":"T"})");
+        astray.headers[0].second = "application/json; charset=UTF-8";
+        send(astray);
+        EXPECT_EQ(service.violations().size(), ++noted) << path;
+    }
+}
+
+TEST_F(ScanEndpoints, AFaultMeetsAsManyCallsAsItIsToldTo) {
+    service.inject(Endpoint::facemap, Fault::anotherScan(), Calls::first(0));
+    EXPECT_THAT(send(faceScan()), HasSubstr("accepted"));
+    service.inject(Endpoint::facemap, Fault::anotherScan(), Calls::first(1));
+    EXPECT_THAT(send(faceScan()), HasSubstr("scan-again"));
+    EXPECT_THAT(send(faceScan()), HasSubstr("accepted"));
+    service.inject(Endpoint::facemap, Fault::anotherScan());
+    EXPECT_THAT(send(faceScan()), HasSubstr("scan-again"));
+}
+
 TEST_F(ScanEndpoints, RefuseWhatBreaksTheProtocol) {
     const auto header = [](std::size_t index, const char* value) {
         return [=](platform::UrlRequest& request) { request.headers[index].second = value; };

@@ -49,7 +49,7 @@ public:
     /// Meets the sessions set up from now on.
     void setRefusal(Refusal refusal) { refusal_ = refusal; }
 
-    /// Whether a session is taking pictures.
+    /// Whether a session has the camera on. It stays on when a picture file ends or cannot be read.
     bool isOn() const;
 
     std::shared_ptr<platform::CaptureSession> makeSession() override;

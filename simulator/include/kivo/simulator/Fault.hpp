@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -138,14 +139,15 @@ private:
 /// The calls of an endpoint that a fault meets, counted from the moment it is injected.
 class Calls {
 public:
-    static Calls all() { return Calls{1, 0}; }
+    static Calls all() { return first(std::numeric_limits<int>::max()); }
 
     /// The n-th call only; the next one is 1.
     static Calls only(int n) { return Calls{n, n}; }
 
+    /// None when `n` is 0.
     static Calls first(int n) { return Calls{1, n}; }
 
-    bool contains(int call) const { return call >= from_ && (to_ == 0 || call <= to_); }
+    bool contains(int call) const { return call >= from_ && call <= to_; }
 
 private:
     Calls(int from, int to)

@@ -96,13 +96,13 @@ public:
     void inject(Endpoint endpoint, Fault fault, Calls calls = Calls::all());
     void clearFaults();
 
-    /// Every request so far, in order. One is recorded before its answer is sent.
+    /// Every request to an endpoint so far, in order. One is recorded before its answer is sent.
     std::vector<RecordedRequest> requests() const;
 
     /// Waits until that many requests have come in all; false when `limit` passes first.
     bool waitForRequests(std::size_t count, std::chrono::milliseconds limit) const;
 
-    /// What was wrong with requests that broke the protocol.
+    /// What was wrong with requests that broke the protocol, or went to no endpoint and were answered with 404.
     std::vector<std::string> violations() const;
 
     /// Has `listener` called with every request, on the connection's thread.
