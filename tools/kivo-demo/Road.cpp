@@ -124,7 +124,8 @@ public:
         }
         answers->describe(step);
         // What a step sends after its answer is still its own.
-        service_.waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
+        const bool isSent = service_.waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
+        step.isWhole = problem.empty() && isSent;
         const auto requests = service_.requests();
         for (auto i = before; i < requests.size(); ++i) {
             step.bytesSent += requests[i].body.size();

@@ -26,9 +26,11 @@ struct Step {
     int answers = 0;
     /// Whether the session is to keep the outcome from the host.
     bool isWithheld = false;
+    /// Whether the call was made, and all that belongs to it reached the service.
+    bool isWhole = true;
 
     bool asExpected() const {
-        return answers == (isWithheld ? 0 : 1) && (isWithheld || expected.empty() || outcome == expected);
+        return isWhole && answers == (isWithheld ? 0 : 1) && (isWithheld || expected.empty() || outcome == expected);
     }
 };
 

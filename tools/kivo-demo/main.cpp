@@ -137,6 +137,10 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
         well = walkedWell && well;
     }
     report.summary();
+    for (const auto& violation : service.violations()) {
+        std::fprintf(stderr, "kivo-demo: the service was sent what it does not take: %s\n", violation.c_str());
+        well = false;
+    }
     if (album) {
         report.pictures(album->count(), options.screens);
         if (!album->problem().empty()) {
