@@ -109,10 +109,14 @@ void SteeringPanel::addService(QGroupBox& box) {
     clear.setAccessibleName(clear.text());
     auto& state = addRow<QLabel>(*form, "Now", "behaves");
     connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
-        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
-                                 faults.at(static_cast<std::size_t>(fault.currentIndex())).make(),
-                                 once.isChecked() ? simulator::Calls::only(1) : simulator::Calls::all());
-        state.setText(endpoint.currentText() + ": " + fault.currentText() + (once.isChecked() ? ", once" : ""));
+        const auto chosen = faults.at(static_cast<std::size_t>(fault.currentIndex())).make();
+        // A certificate is presented to every connection, whatever is called over it.
+        const bool meetsAll = chosen.kind() == simulator::Fault::Kind::certificate;
+        const bool isOnce = once.isChecked() && !meetsAll;
+        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())), chosen,
+                                 isOnce ? simulator::Calls::only(1) : simulator::Calls::all());
+        state.setText((meetsAll ? QString{"everywhere"} : endpoint.currentText()) + ": " + fault.currentText() +
+                      (isOnce ? ", once" : ""));
     });
     connect(&clear, &QPushButton::clicked, this, [this, &state] {
         steered_.service->clearFaults();

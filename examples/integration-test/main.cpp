@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <memory>
 #include <string>
 
 namespace {
@@ -17,15 +18,17 @@ using namespace kivo;
 
 /// Waits for the answer to one call: the event's name, or the code's.
 std::string answerTo(const std::function<void(IdvCompletion)>& call) {
-    std::string answer;
+    // Shared: an answer may still come when nobody waits any more.
+    const auto answer = std::make_shared<std::string>();
     const auto loop = platform::RunLoop::main();
-    call([&](IdvOutcome outcome) {
-        loop->async([&, outcome] {
-            answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
+    call([answer, loop](IdvOutcome outcome) {
+        loop->async([answer, outcome] {
+            *answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
         });
     });
-    loop->runUntil([&] { return !answer.empty(); }, std::chrono::seconds{30});
-    return answer;
+    // Longer than the SDK waits for a service that never answers.
+    loop->runUntil([&] { return !answer->empty(); }, std::chrono::seconds{75});
+    return *answer;
 }
 
 bool expect(const std::string& what, const std::string& expected, const std::string& answer) {
