@@ -3,6 +3,7 @@
 #include <kivo/IdvResult.hpp>
 #include <kivo/RawValue.hpp>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -21,7 +22,7 @@ struct RawValues<ObjCResultStatus> {
 /// A failure spelled out in plain values.
 class ObjCError {
 public:
-    ObjCError(std::string errorName, std::string message, int code, std::string genericMessage)
+    ObjCError(std::string errorName, std::string message, std::int64_t code, std::string genericMessage)
         : errorName_{std::move(errorName)}
         , message_{std::move(message)}
         , code_{code}
@@ -36,10 +37,10 @@ public:
 
     void setMessage(std::string message) { message_ = std::move(message); }
 
-    /// The response code's number, 1001 to 3020.
-    int code() const { return code_; }
+    /// The response code's number, 1001 to 3020 in what the SDK reports.
+    std::int64_t code() const { return code_; }
 
-    void setCode(int code) { code_ = code; }
+    void setCode(std::int64_t code) { code_ = code; }
 
     const std::string& genericMessage() const { return genericMessage_; }
 
@@ -48,7 +49,7 @@ public:
 private:
     std::string errorName_;
     std::string message_;
-    int code_;
+    std::int64_t code_;
     std::string genericMessage_;
 };
 

@@ -4,6 +4,7 @@
 
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>
+#include <kivo/ActivationResponse.hpp>
 #include <kivo/Deployment.hpp>
 #include <kivo/IdvEvents.hpp>
 #include <kivo/IdvResult.hpp>

@@ -21,8 +21,8 @@ kivo::ObjCError& native(ObjCError* error) {
                           message:(NSString*)message
                              code:(NSInteger)code
                    genericMessage:(NSString*)genericMessage {
-    return [super initWithNative:std::make_shared<kivo::ObjCError>(fromText(errorName), fromText(message),
-                                                                   kivo::objc::toInt(code), fromText(genericMessage))];
+    return [super initWithNative:std::make_shared<kivo::ObjCError>(fromText(errorName), fromText(message), code,
+                                                                   fromText(genericMessage))];
 }
 
 - (NSString*)errorName {
@@ -46,7 +46,7 @@ kivo::ObjCError& native(ObjCError* error) {
 }
 
 - (void)setCode:(NSInteger)code {
-    native(self).setCode(kivo::objc::toInt(code));
+    native(self).setCode(code);
 }
 
 - (NSString*)genericMessage {
