@@ -4,6 +4,12 @@
 #include <iostream>
 
 int main(int argc, char** argv) {
+    // Where your identity service is, for each environment. Nobody answers at these addresses.
+    kivo::Deployment::install({.joinPages = {"https://identity.example/join.html",                // PROD
+                                             "https://preproduction.identity.example/join.html",  // PREPROD
+                                             "https://test.identity.example/join.html",           // TEST
+                                             "https://development.identity.example/join.html"}}); // DEV
+
     const auto session = kivo::KivoSDK::load("EXAMPLE-KEY", "18");
     const auto loop = kivo::platform::RunLoop::main();
     const auto config =

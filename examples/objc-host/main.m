@@ -16,8 +16,14 @@ int main(int argc, char** argv) {
         NSRunLoop* const loop = [NSRunLoop mainRunLoop];
         [KivoMainQueue attachToRunLoop:loop];
 
-        // The join pages that the library ships are placeholders; a real host installs its own here:
-        // [KivoDeployment installJoinPages:@[ production, preProduction, test, development ] faceTecProduction:NO];
+        // Where your identity service is, in the order of SDKEnv. Nobody answers at these addresses.
+        KivoDeployment* const deployment = [[KivoDeployment new] autorelease];
+        deployment.joinPages = @[
+            @"https://identity.example/join.html", @"https://preproduction.identity.example/join.html",
+            @"https://test.identity.example/join.html", @"https://development.identity.example/join.html"
+        ];
+        [deployment install];
+
         KivoAPIProvider* const session = [KivoSDK loadForProviderWithKey:@"EXAMPLE-KEY" version:@"18"];
         AcquisitionConfig* const config = [[[AcquisitionConfig alloc] initWithEnviroment:SDKEnvTEST
                                                                         kivo_app_doclist:@"PASSPORT"

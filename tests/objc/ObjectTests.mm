@@ -67,10 +67,14 @@ TEST_F(ObjCObjects, NamesAndSettingsAreTheLibrarys) {
     EXPECT_EQ(wrapper.apiProvider, nil);
     EXPECT_EQ(text(KivoSDK.requestedSDKVersion), "99");
 
-    [KivoDeployment installJoinPages:@[ @"https://a.example", @"https://b.example" ] faceTecProduction:YES];
+    KivoDeployment* const deployment = [[KivoDeployment new] autorelease];
+    deployment.joinPages = @[ @"https://a.example", @"https://b.example" ];
+    deployment.faceTecProduction = YES;
+    [deployment install];
     EXPECT_EQ(kivo::Deployment::current().joinPage(kivo::SDKEnv::PREPROD), "https://b.example");
     EXPECT_EQ(kivo::Deployment::current().joinPage(kivo::SDKEnv::DEV), "");
     EXPECT_TRUE(kivo::Deployment::current().faceTecProduction);
+    EXPECT_TRUE([[KivoDeployment current].joinPages isEqual:deployment.joinPages]);
 }
 
 TEST_F(ObjCObjects, AConfigurationSurvivesItsArchive) {
@@ -89,6 +93,37 @@ TEST_F(ObjCObjects, AConfigurationSurvivesItsArchive) {
                                           })]);
     config.ENVIRONMENT = static_cast<SDKEnv>(4);
     EXPECT_EQ([[config getAsDictionary] count], 0U);
+}
+
+TEST_F(ObjCObjects, AnErrorHoldsACodeOfAnySize) {
+    const NSInteger large = NSIntegerMin + 1120;
+    ::ObjCError* const error = [[[::ObjCError alloc] initWithErrorName:@"NAME"
+                                                               message:@"m"
+                                                                  code:large
+                                                        genericMessage:@"g"] autorelease];
+    EXPECT_EQ(error.code, large);
+    error.code = NSIntegerMax;
+    EXPECT_EQ(error.code, NSIntegerMax);
+}
+
+TEST_F(ObjCObjects, ASessionTellsWhetherItListsDocuments) {
+    const struct {
+        NSString* answer;
+        BOOL lists;
+    } cases[] = {
+        {@"{\"app-config\":{\"app-doclist\":\"true\"}}", YES},
+        {@"{\"app-config\":{\"app-doclist\":\"TRUE\"}}", NO},
+        {@"{\"app-config\":{\"app-doclist\":true}}", NO},
+        {@"{}", NO},
+        {@"[]", NO},
+    };
+
+    for (const auto& each : cases) {
+        ::ActivationResponse* const session = [::ActivationResponse responseWithText:each.answer];
+        EXPECT_EQ([::ActivationResponse isDocumentListAvailableWithSessionObj:session], each.lists)
+            << text(each.answer);
+    }
+    EXPECT_EQ([::ActivationResponse responseWithText:@"[]"], nil);
 }
 
 TEST_F(ObjCObjects, AnArchiveMustHoldEveryFieldWithItsType) {

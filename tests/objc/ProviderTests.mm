@@ -168,6 +168,11 @@ TEST_F(ObjCProvider, LetsNoExceptionOutOfACompletion) {
                  response:^(::ObjCResult*) {
                      throw std::runtime_error{"thrown in C++"};
                  }];
+    // Two joins under way may be answered in either order.
+    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    while (diagnostics->texts().size() < 2 && [limit timeIntervalSinceNow] > 0) {
+        [NSThread sleepForTimeInterval:0.001];
+    }
     EXPECT_EQ(joined().status, ObjCResultStatusSuccess);
     const auto reported = diagnostics->texts();
     ASSERT_EQ(reported.size(), 2U);

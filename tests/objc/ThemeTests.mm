@@ -16,52 +16,6 @@ protected:
     std::shared_ptr<kivo::ThemeCustomization> native = [theme nativeTheme];
 };
 
-TEST_F(ObjCTheme, KeepsEveryValueApart) {
-    NSArray* const texts = @[
-        @"codeScreenGetStartedTitle", @"codeScreenTextfieldPlaceholder", @"codeScreenOrText",
-        @"codeScreenScanQRCodeButtonTitle", @"codeScreenEnterCodeManuallyButtonTitle", @"selectIDTitleText",
-        @"selectIDDescriptionText", @"selectIDPassportOptionText", @"selectIDResidentCardOptionText",
-        @"selectIDOtherCardOptionText", @"selectIDNextButtonTitle", @"faceScanIntroTitle", @"faceScanIntroDescription",
-        @"faceScanIntroNextButtonTitle", @"faceScanUploadMessage", @"faceScanSuccessMessageText"
-    ];
-    NSArray* const colors = @[
-        @"screenTitleColor", @"screenDescriptionInfoTextColor", @"primaryButtonBorderColor",
-        @"codeScreenScanQRButtonTitleColor", @"codeScreenScanQRButtonBackgroundColor",
-        @"qrScanScreenEnterManuallyButtonTitleColor", @"qrScanScreenEnterManuallyButtonBackgroundColor",
-        @"selectIDNextButtonBackgroundColor", @"faceScanIntroNextButtonTitleColor",
-        @"faceScanIntroNextButtonBackgroundColor"
-    ];
-    NSArray* const fonts = @[
-        @"screenTitleFont", @"descriptionInfoFont", @"primaryButtonFont", @"codeTextFieldFont",
-        @"documentOptionsTitleFont"
-    ];
-    NSArray* const numbers = @[
-        @"minimumContentSizeCategoryLimit", @"maximumContentSizeCategoryLimit", @"primaryButtonCornerRadius",
-        @"primaryButtonBorderWidth", @"boxedActivationCodeTextFieldCornerRadius",
-        @"boxedActivationCodeTextFieldBorderWidth", @"allowNFCSkipReadingAfterAttempts"
-    ];
-    NSMutableDictionary* const values = [NSMutableDictionary dictionary];
-    const auto count = [&] { return static_cast<int>([values count]); };
-    for (NSString* key in texts) {
-        [values setObject:[key uppercaseString] forKey:key];
-    }
-    for (NSString* key in colors) {
-        [values setObject:[KivoColor colorWithRed:0.01 * count() green:0 blue:0.5 alpha:1] forKey:key];
-    }
-    for (NSString* key in fonts) {
-        [values setObject:[KivoFont systemFontOfSize:count()] forKey:key];
-    }
-    for (NSString* key in numbers) {
-        [values setObject:[NSNumber numberWithInt:count() % 11] forKey:key];
-    }
-    [values enumerateKeysAndObjectsUsingBlock:^(id key, id value, BOOL*) {
-        [theme setValue:value forKey:key];
-    }];
-    [values enumerateKeysAndObjectsUsingBlock:^(id key, id value, BOOL*) {
-        EXPECT_TRUE([[theme valueForKey:key] isEqual:value]) << [key UTF8String];
-    }];
-}
-
 TEST_F(ObjCTheme, IsTheOneThatTheScreensRead) {
     EXPECT_EQ(theme.codeTextFieldStyle, CodeTextFieldStyleBoxed);
     EXPECT_EQ(theme.maximumContentSizeCategoryLimit, KivoContentSizeCategoryAccessibilityMedium);
@@ -79,6 +33,25 @@ TEST_F(ObjCTheme, IsTheOneThatTheScreensRead) {
     EXPECT_EQ(native->screenTitleFont, platform::Font::system(21));
     EXPECT_EQ(native->allowNFCSkipReadingAfterAttempts, 5);
     EXPECT_EQ(ThemeCustomization.documentListConfigurationStatus, DocumentListConfigurationStatusNotConfigured);
+}
+
+TEST_F(ObjCTheme, ReachesTheLooksOfTheVendorsScreens) {
+    EXPECT_EQ(theme.faceVerificationUICustomization, nil) << "no vendor is installed";
+    const auto vendors = std::make_shared<platform::FaceTecCustomization>();
+    KivoFaceTecCustomization* const look = [KivoFaceTecCustomization customizationWithNative:vendors];
+    look.retryScreenSlideshowImages = @[ [KivoImage imageWithContentsOfFile:@"/pictures/ideal.png"] ];
+    theme.faceVerificationUICustomization = look;
+    EXPECT_EQ(native->faceVerificationUICustomization.get(), vendors.get());
+    EXPECT_EQ(vendors->guidanceCustomization.retryScreenSlideshowImages.at(0)->file, "/pictures/ideal.png");
+    EXPECT_EQ([look.retryScreenSlideshowImages count], 1U);
+
+    ReadIDUIResourcesWrapper* const wrapper = [[ReadIDUIResourcesWrapper new] autorelease];
+    EXPECT_TRUE([wrapper.customStringTableName isEqual:@""]);
+    wrapper.customStringTableName = @"Reading";
+    wrapper.titleFont = [KivoFont systemFontOfSize:23];
+    KivoReadIDUIResources* const resources = ThemeCustomization.passportScanViewCustomization;
+    EXPECT_TRUE([resources.customStringTableName isEqual:@"Reading"]);
+    EXPECT_TRUE([resources.titleFont isEqual:wrapper.titleFont]);
 }
 
 TEST_F(ObjCTheme, TakesNilForNothing) {

@@ -1,19 +1,35 @@
-#import "Values.h"
+#import "Properties.h"
 
 #include <kivo/Deployment.hpp>
 #import <kivo/objc/KivoDeployment.h>
 
-#include <utility>
+namespace {
+
+kivo::Deployment& native(KivoDeployment* deployment) {
+    return *kivo::objc::native<kivo::Deployment>(deployment);
+}
+
+} // namespace
 
 @implementation KivoDeployment
 
-+ (void)installJoinPages:(NSArray<NSString*>*)joinPages faceTecProduction:(BOOL)faceTecProduction {
-    kivo::Deployment deployment;
-    for (NSUInteger i = 0; i < std::min<NSUInteger>([joinPages count], deployment.joinPages.size()); ++i) {
-        deployment.joinPages[i] = kivo::objc::fromText([joinPages objectAtIndex:i]);
-    }
-    deployment.faceTecProduction = faceTecProduction;
-    kivo::Deployment::install(std::move(deployment));
+- (instancetype)init {
+    return [super initWithNative:std::make_shared<kivo::Deployment>()];
+}
+
++ (instancetype)new {
+    return [[self alloc] init];
+}
+
++ (instancetype)current {
+    return kivo::objc::wrapped<KivoDeployment>(std::make_shared<kivo::Deployment>(kivo::Deployment::current()));
+}
+
+KIVO_PROPERTY(NSArray*, joinPages, setJoinPages)
+KIVO_PROPERTY(BOOL, faceTecProduction, setFaceTecProduction)
+
+- (void)install {
+    kivo::Deployment::install(native(self));
 }
 
 @end

@@ -12,6 +12,10 @@
     return [[self alloc] init];
 }
 
+- (KivoView*)view {
+    return [KivoView viewWithNative:kivo::objc::native<kivo::platform::ViewController>(self)->view()];
+}
+
 @end
 
 @implementation KivoViewController (Native)

@@ -12,6 +12,10 @@
 #include <kivo/platform/ui/Font.hpp>
 #include <kivo/platform/ui/Image.hpp>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -90,6 +94,47 @@ template <class E>
     requires std::is_enum_v<E>
 void take(NSInteger value, E& member) {
     member = enumeration<E>(value);
+}
+
+/// Texts by name.
+template <class To, class Compare>
+To shown(const std::map<std::string, std::string, Compare>& texts) {
+    NSMutableDictionary* const dictionary = [NSMutableDictionary dictionary];
+    for (const auto& [name, value] : texts) {
+        [dictionary setObject:toText(value) forKey:toText(name)];
+    }
+    return dictionary;
+}
+
+/// What is no text is left out.
+template <class Compare>
+void take(NSDictionary* dictionary, std::map<std::string, std::string, Compare>& texts) {
+    const auto isText = [](id object) { return [object isKindOfClass:[NSString class]]; };
+    texts.clear();
+    for (id name in dictionary) {
+        const id value = [dictionary objectForKey:name];
+        if (isText(name) && isText(value)) {
+            texts[fromText(name)] = fromText(value);
+        }
+    }
+}
+
+/// So many texts, no more and no less: missing ones are empty.
+template <class To, std::size_t count>
+To shown(const std::array<std::string, count>& texts) {
+    NSMutableArray* const array = [NSMutableArray array];
+    for (const auto& text : texts) {
+        [array addObject:toText(text)];
+    }
+    return array;
+}
+
+template <std::size_t count>
+void take(NSArray* array, std::array<std::string, count>& texts) {
+    texts = {};
+    for (std::size_t i = 0; i < std::min<std::size_t>([array count], count); ++i) {
+        texts[i] = fromText([array objectAtIndex:i]);
+    }
 }
 
 /// An object of the library, in a wrapper of the class that `To` points to.

@@ -64,6 +64,11 @@ KIVO_PROPERTY(KivoColor*, faceScanIntroNextButtonTitleColor, setFaceScanIntroNex
 KIVO_PROPERTY(KivoColor*, faceScanIntroNextButtonBackgroundColor, setFaceScanIntroNextButtonBackgroundColor)
 KIVO_PROPERTY(NSString*, faceScanUploadMessage, setFaceScanUploadMessage)
 KIVO_PROPERTY(NSString*, faceScanSuccessMessageText, setFaceScanSuccessMessageText)
+KIVO_PROPERTY(KivoFaceTecCustomization*, faceVerificationUICustomization, setFaceVerificationUICustomization)
+
++ (KivoReadIDUIResources*)passportScanViewCustomization {
+    return kivo::objc::shown<KivoReadIDUIResources*>(kivo::ThemeCustomization::passportScanViewCustomization());
+}
 
 + (DocumentListConfigurationStatus)documentListConfigurationStatus {
     return static_cast<DocumentListConfigurationStatus>(kivo::ThemeCustomization::documentListConfigurationStatus());

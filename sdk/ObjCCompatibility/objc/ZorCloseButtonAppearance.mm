@@ -1,6 +1,7 @@
 #import "Properties.h"
 
 #include <kivo/ZorCloseButtonAppearance.hpp>
+#import <kivo/objc/KivoNative.h>
 #import <kivo/objc/ZorCloseButtonAppearance.h>
 
 namespace {
@@ -31,5 +32,15 @@ KIVO_PROPERTY(double, closeButtonWidth, setCloseButtonWidth)
 KIVO_PROPERTY(double, closeButtonHeight, setCloseButtonHeight)
 KIVO_PROPERTY(NSNumber*, closeButtonCornerRadius, setCloseButtonCornerRadius)
 KIVO_PROPERTY(KivoFont*, closeButtonFont, setCloseButtonFont)
+
+- (void)applyAppearanceCloseButtonWithCloseButton:(KivoButton*)closeButton
+                                  widthConstraint:(KivoLayoutConstraint*)widthConstraint
+                                 heightConstraint:(KivoLayoutConstraint*)heightConstraint {
+    if (closeButton && widthConstraint && heightConstraint) {
+        native(self).applyAppearanceCloseButton(static_cast<kivo::platform::Button&>(*[closeButton nativeView]),
+                                                *[widthConstraint nativeConstraint],
+                                                *[heightConstraint nativeConstraint]);
+    }
+}
 
 @end

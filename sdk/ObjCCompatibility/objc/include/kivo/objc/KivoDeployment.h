@@ -1,18 +1,28 @@
 #pragma once
 
-#import <Foundation/Foundation.h>
+#import <kivo/objc/KivoObject.h>
 
 NS_ASSUME_NONNULL_BEGIN
 
 /// Where the identity service of each environment is found.
 __attribute__((visibility("default")))
-@interface KivoDeployment : NSObject
+@interface KivoDeployment : KivoObject
 
-/// Puts join pages in place of the placeholders that the library ships. Call it before the first join.
-///
-/// `joinPages` are the https addresses in the order of `SDKEnv`; a missing one is empty, and joins there fail.
-/// `faceTecProduction` says whether the face scan library runs in production mode.
-+ (void)installJoinPages:(NSArray<NSString*>*)joinPages faceTecProduction:(BOOL)faceTecProduction;
+/// A deployment without join pages.
+- (instancetype)init;
++ (instancetype)new;
+
+/// A copy of the deployment in force: the installed one, else the one that the library ships.
++ (instancetype)current;
+
+/// Four https addresses in the order of `SDKEnv`. A missing one is empty, and joins there fail.
+@property (nonatomic, copy) NSArray<NSString*>* joinPages;
+
+/// Whether the face scan library runs in production mode. NO at first.
+@property (nonatomic) BOOL faceTecProduction;
+
+/// Puts this deployment in force, as it is now. Call it before the first join.
+- (void)install;
 
 @end
 

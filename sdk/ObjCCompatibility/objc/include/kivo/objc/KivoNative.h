@@ -3,6 +3,8 @@
 /// For Objective-C++ hosts: the C++ objects behind their Objective-C ones.
 
 #include <kivo/kivo.hpp>
+#import <kivo/objc/ActivationResponse.h>
+#import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
 #import <kivo/objc/ThemeCustomization.h>
 
@@ -15,6 +17,44 @@
 
 /// Holds the Objective-C object, too.
 - (std::shared_ptr<kivo::ThemeCustomization>)nativeTheme;
+
+@end
+
+@interface KivoFaceTecCustomization (Native)
+
+/// The Objective-C object of `customization`; nil for null.
++ (nullable KivoFaceTecCustomization*)customizationWithNative:
+    (const std::shared_ptr<kivo::platform::FaceTecCustomization>&)customization;
+
+- (std::shared_ptr<kivo::platform::FaceTecCustomization>)nativeCustomization;
+
+@end
+
+@interface ActivationResponse (Native)
+
+/// The Objective-C object of `response`; nil for null.
++ (nullable ActivationResponse*)responseWithNative:(const std::shared_ptr<kivo::ActivationResponse>&)response;
+
+- (std::shared_ptr<kivo::ActivationResponse>)nativeResponse;
+
+@end
+
+@interface KivoView (Native)
+
+/// The Objective-C object of `view`, of the class that stands for the view's own; nil for null.
++ (nullable KivoView*)viewWithNative:(const std::shared_ptr<kivo::platform::View>&)view;
+
+- (std::shared_ptr<kivo::platform::View>)nativeView;
+
+@end
+
+@interface KivoLayoutConstraint (Native)
+
+/// The Objective-C object of `constraint`; nil for null.
++ (nullable KivoLayoutConstraint*)constraintWithNative:
+    (const std::shared_ptr<kivo::platform::LayoutConstraint>&)constraint;
+
+- (std::shared_ptr<kivo::platform::LayoutConstraint>)nativeConstraint;
 
 @end
 

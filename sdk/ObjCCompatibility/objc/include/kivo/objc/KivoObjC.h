@@ -4,6 +4,7 @@
 
 #import <kivo/objc/AcquisitionConfig.h>
 #import <kivo/objc/AcquisitionObject.h>
+#import <kivo/objc/ActivationResponse.h>
 #import <kivo/objc/CodeTextFieldStyle.h>
 #import <kivo/objc/DocumentListConfigurationStatus.h>
 #import <kivo/objc/IdvEvents.h>
@@ -18,11 +19,13 @@
 #import <kivo/objc/KivoMainQueue.h>
 #import <kivo/objc/KivoObject.h>
 #import <kivo/objc/KivoSDK.h>
+#import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
 #import <kivo/objc/LogLevel.h>
 #import <kivo/objc/ObjCResult.h>
 #import <kivo/objc/SDKEnv.h>
 #import <kivo/objc/SdkVersions.h>
 #import <kivo/objc/ThemeCustomization.h>
+#import <kivo/objc/VendorLooks.h>
 #import <kivo/objc/ZorCloseButtonAppearance.h>
 #import <kivo/objc/ZorFrameworkWrapper.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#import <kivo/objc/KivoObject.h>
+#import <kivo/objc/KivoView.h>
 
 NS_ASSUME_NONNULL_BEGIN
 
@@ -13,6 +13,9 @@ __attribute__((visibility("default")))
 /// A view controller without content of its own.
 - (instancetype)init;
 + (instancetype)new;
+
+/// The screen's own view; made on first use.
+@property (nonatomic, readonly) KivoView* view;
 
 @end
 

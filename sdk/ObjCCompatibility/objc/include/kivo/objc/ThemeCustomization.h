@@ -4,6 +4,7 @@
 #import <kivo/objc/DocumentListConfigurationStatus.h>
 #import <kivo/objc/KivoBundle.h>
 #import <kivo/objc/KivoContentSizeCategory.h>
+#import <kivo/objc/VendorLooks.h>
 #import <kivo/objc/ZorCloseButtonAppearance.h>
 
 NS_ASSUME_NONNULL_BEGIN
@@ -19,7 +20,6 @@ NS_ASSUME_NONNULL_BEGIN
 ///   other colour where the catalogue has no such name.
 /// - A font is nil where it is not installed; the screens then use the system font of the same size.
 /// - Nil, written to a colour, makes it clear.
-/// - What the vendors' own screens look like is set in C++: see `KivoNative.h`.
 __attribute__((visibility("default")))
 @interface ThemeCustomization : KivoObject
 
@@ -119,8 +119,13 @@ __attribute__((visibility("default")))
 @property (nonatomic, copy) NSString* faceScanUploadMessage;
 /// Shown by the vendor's screen after a good scan.
 @property (nonatomic, copy) NSString* faceScanSuccessMessageText;
+/// The look of the vendor's face and ID scan screens. The vendor's defaults at first; nil without a vendor.
+@property (nonatomic, retain, nullable) KivoFaceTecCustomization* faceVerificationUICustomization;
 
 // One value for the whole SDK.
+
+/// The looks and texts of the vendor's document reading screens, shared by all sessions.
+@property (class, nonatomic, readonly) KivoReadIDUIResources* passportScanViewCustomization;
 
 /// What the document screen found when it was last shown.
 @property (class, nonatomic, readonly) DocumentListConfigurationStatus documentListConfigurationStatus;

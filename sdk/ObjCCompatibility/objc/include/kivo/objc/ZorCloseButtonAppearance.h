@@ -3,6 +3,7 @@
 #import <kivo/objc/KivoColor.h>
 #import <kivo/objc/KivoFont.h>
 #import <kivo/objc/KivoImage.h>
+#import <kivo/objc/KivoView.h>
 
 NS_ASSUME_NONNULL_BEGIN
 
@@ -32,6 +33,12 @@ __attribute__((visibility("default")))
 @property (nonatomic, copy, nullable) NSNumber* closeButtonCornerRadius;
 /// "Karbon-Bold" at 17 points, or the system font where that is not installed; nil makes it the latter.
 @property (nonatomic, copy) KivoFont* closeButtonFont;
+
+/// Gives a screen's close button this look; the constraints are the ones that size it. Does nothing if one of the three
+/// is nil.
+- (void)applyAppearanceCloseButtonWithCloseButton:(KivoButton*)closeButton
+                                  widthConstraint:(KivoLayoutConstraint*)widthConstraint
+                                 heightConstraint:(KivoLayoutConstraint*)heightConstraint;
 
 @end
 

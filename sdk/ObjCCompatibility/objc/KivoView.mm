@@ -1,0 +1,217 @@
+#include "Properties.h"
+
+#import <kivo/objc/KivoNative.h>
+#include <kivo/ui/LayerStyle.hpp>
+
+using kivo::objc::shown;
+using kivo::platform::Button;
+using kivo::platform::LayoutConstraint;
+using kivo::platform::View;
+
+namespace {
+
+View& native(KivoView* view) {
+    return *kivo::objc::native<View>(view);
+}
+
+std::optional<kivo::platform::Color> nativeColor(KivoColor* color) {
+    return color ? std::optional{[color nativeColor]} : std::nullopt;
+}
+
+} // namespace
+
+@implementation KivoView
+
+- (instancetype)init {
+    return [super initWithNative:std::make_shared<View>()];
+}
+
++ (instancetype)new {
+    return [[self alloc] init];
+}
+
+- (NSString*)identifier {
+    return shown<NSString*>(native(self).identifier());
+}
+
+- (void)setIdentifier:(NSString*)identifier {
+    native(self).setIdentifier(kivo::objc::fromText(identifier));
+}
+
+- (NSRect)frame {
+    const auto& frame = native(self).frame();
+    return NSMakeRect(frame.left(), frame.top(), frame.size.width, frame.size.height);
+}
+
+- (void)setFrame:(NSRect)frame {
+    native(self).setPlacement({.top = NSMinY(frame),
+                               .left = NSMinX(frame),
+                               .width = NSWidth(frame),
+                               .height = NSHeight(frame),
+                               .ignoresSafeArea = true});
+    native(self).setFrame(
+        {.origin = {NSMinX(frame), NSMinY(frame)}, .size = {.width = NSWidth(frame), .height = NSHeight(frame)}});
+}
+
+- (BOOL)isHidden {
+    return native(self).isHidden();
+}
+
+- (void)setHidden:(BOOL)hidden {
+    native(self).setHidden(hidden);
+}
+
+- (NSArray<KivoView*>*)subviews {
+    NSMutableArray* const subviews = [NSMutableArray array];
+    for (const auto& subview : native(self).subviews()) {
+        [subviews addObject:[KivoView viewWithNative:subview]];
+    }
+    return subviews;
+}
+
+- (void)addSubview:(KivoView*)view {
+    if (view) {
+        native(self).addSubview([view nativeView]);
+    }
+}
+
+- (void)removeFromSuperview {
+    native(self).removeFromSuperview();
+}
+
+- (nullable KivoView*)find:(NSString*)identifier {
+    return [KivoView viewWithNative:native(self).find(kivo::objc::fromText(identifier))];
+}
+
+- (double)cornerRadiusExt {
+    return kivo::ui::cornerRadiusExt(native(self));
+}
+
+- (void)setCornerRadiusExt:(double)radius {
+    kivo::ui::setCornerRadiusExt(native(self), radius);
+}
+
+- (double)borderWidthExt {
+    return kivo::ui::borderWidthExt(native(self));
+}
+
+- (void)setBorderWidthExt:(double)width {
+    kivo::ui::setBorderWidthExt(native(self), width);
+}
+
+- (nullable KivoColor*)borderColorExt {
+    return shown<KivoColor*>(kivo::ui::borderColorExt(native(self)));
+}
+
+- (void)setBorderColorExt:(nullable KivoColor*)color {
+    kivo::ui::setBorderColorExt(native(self), nativeColor(color));
+}
+
+- (double)shadowRadiusExt {
+    return kivo::ui::shadowRadiusExt(native(self));
+}
+
+- (void)setShadowRadiusExt:(double)radius {
+    kivo::ui::setShadowRadiusExt(native(self), radius);
+}
+
+- (void)applyPrimaryButtonStyleWithBorderColor:(nullable KivoColor*)borderColor
+                                  cornerRadius:(double)cornerRadius
+                                   borderWidth:(double)borderWidth {
+    kivo::ui::applyPrimaryButtonStyle(native(self), nativeColor(borderColor).value_or(kivo::platform::Color::clear()),
+                                      cornerRadius, borderWidth);
+}
+
+@end
+
+@implementation KivoView (Native)
+
++ (nullable KivoView*)viewWithNative:(const std::shared_ptr<View>&)view {
+    const Class kind = std::dynamic_pointer_cast<Button>(view) ? [KivoButton class] : [KivoView class];
+    return [[[kind alloc] initWithNative:view] autorelease];
+}
+
+- (std::shared_ptr<View>)nativeView {
+    return kivo::objc::native<View>(self);
+}
+
+@end
+
+namespace {
+
+Button& native(KivoButton* button) {
+    return static_cast<Button&>(native(static_cast<KivoView*>(button)));
+}
+
+} // namespace
+
+@implementation KivoButton
+
+- (instancetype)init {
+    return [super initWithNative:std::shared_ptr<View>{std::make_shared<Button>()}];
+}
+
+- (NSString*)title {
+    return shown<NSString*>(native(self).title());
+}
+
+- (void)setTitle:(NSString*)title {
+    native(self).setTitle(kivo::objc::fromText(title));
+}
+
+- (KivoFont*)font {
+    return shown<KivoFont*>(native(self).font());
+}
+
+- (void)setFont:(KivoFont*)font {
+    kivo::platform::Font taken;
+    kivo::objc::take(font, taken);
+    native(self).setFont(taken);
+}
+
+- (BOOL)isEnabled {
+    return native(self).isEnabled();
+}
+
+- (void)setEnabled:(BOOL)enabled {
+    native(self).setEnabled(enabled);
+}
+
+@end
+
+@implementation KivoLayoutConstraint
+
++ (instancetype)widthOfView:(KivoView*)view {
+    return [self of:view attribute:LayoutConstraint::Attribute::width];
+}
+
++ (instancetype)heightOfView:(KivoView*)view {
+    return [self of:view attribute:LayoutConstraint::Attribute::height];
+}
+
++ (instancetype)of:(KivoView*)view attribute:(LayoutConstraint::Attribute)attribute {
+    return kivo::objc::wrapped<KivoLayoutConstraint>(
+        std::make_shared<LayoutConstraint>(kivo::objc::native<View>(view), attribute));
+}
+
+- (double)constant {
+    return kivo::objc::native<LayoutConstraint>(self)->constant();
+}
+
+- (void)setConstant:(double)constant {
+    kivo::objc::native<LayoutConstraint>(self)->setConstant(constant);
+}
+
+@end
+
+@implementation KivoLayoutConstraint (Native)
+
++ (nullable KivoLayoutConstraint*)constraintWithNative:(const std::shared_ptr<LayoutConstraint>&)constraint {
+    return kivo::objc::wrapped<KivoLayoutConstraint>(constraint);
+}
+
+- (std::shared_ptr<LayoutConstraint>)nativeConstraint {
+    return kivo::objc::native<LayoutConstraint>(self);
+}
+
+@end

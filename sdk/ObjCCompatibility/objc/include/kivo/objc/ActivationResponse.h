@@ -1,0 +1,44 @@
+#pragma once
+
+#import <kivo/objc/KivoObject.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+/// A session as the identity service describes it in its answer to a join.
+///
+/// A host needs it only to present the closing screen or to ask whether documents are listed. The settings hold the
+/// session's keys: do not log or store them.
+__attribute__((visibility("default")))
+@interface ActivationResponse : KivoObject
+
+/// Empty texts and settings.
+- (instancetype)init;
++ (instancetype)new;
+
+/// What a join answer says. A member of the wrong type stays empty. Nil when the text is no JSON object.
++ (nullable instancetype)responseWithText:(NSString*)text;
+
+/// "data" for an accepted join, "fail" for a refused one.
+@property (nonatomic, copy) NSString* responseType;
+/// The name of an error, of a refused join.
+@property (nonatomic, copy) NSString* responseCode;
+/// The transaction identifier.
+@property (nonatomic, copy) NSString* tId;
+
+// Settings by the service's names; numbers and flags are texts, too. What is no text is left out when written.
+
+/// The addresses of the session, and its number of attempts.
+@property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpConfig;
+/// Settings of the application.
+@property (nonatomic, copy) NSDictionary<NSString*, NSString*>* appConfig;
+/// Where documents are sent, and the keys for it.
+@property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpBiodata;
+/// Where face and ID scans are sent, and the keys for it.
+@property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpFaceMap;
+
+/// Whether the session lists documents to choose from: its "app-doclist" is exactly "true". NO for nil.
++ (BOOL)isDocumentListAvailableWithSessionObj:(nullable ActivationResponse*)sessionObj;
+
+@end
+
+NS_ASSUME_NONNULL_END
