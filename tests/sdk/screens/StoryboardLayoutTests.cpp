@@ -5,6 +5,9 @@
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/ScrollView.hpp>
 
+#include <fstream>
+#include <iterator>
+#include <string>
 #include <vector>
 
 namespace kivo {
@@ -111,6 +114,22 @@ TEST_F(StoryboardLayout, NamesEveryControlForAPersonWhoCannotSeeIt) {
                 EXPECT_NE(view->accessibilityLabel(), "") << scene << ": " << view->identifier();
             }
         }
+    }
+}
+
+TEST_F(StoryboardLayout, OpensTheDocumentedExample) {
+    std::ifstream file{KIVO_TEST_DATA "/../../docs/storyboards.md"};
+    const std::string page{std::istreambuf_iterator{file}, {}};
+    const std::string fence = "```json\n";
+    const auto start = page.find(fence) + fence.size();
+    folder.write("Host.bundle/ZORFramework.storyboard", page.substr(start, page.find("```", start) - start));
+    const auto storyboard = platform::Storyboard::open("ZORFramework", platform::services().bundles->main());
+    ASSERT_TRUE(storyboard) << storyboard.error();
+    for (const auto* scene : {"LivenessCheckVCID", "Help"}) {
+        const auto screen = (*storyboard)->instantiate(scene);
+        ASSERT_TRUE(screen) << screen.error();
+        push(*screen);
+        EXPECT_EQ(navigation->topViewController(), *screen);
     }
 }
 
