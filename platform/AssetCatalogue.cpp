@@ -1,5 +1,7 @@
 #include "AssetCatalogue.hpp"
 
+#include "ReadFile.hpp"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -17,7 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-constexpr std::uintmax_t largestContents = std::uintmax_t{1} << 20;
 constexpr auto contentsFile = "Contents.json";
 
 /// What is wrong with a set; never leaves this file.
@@ -27,14 +28,11 @@ public:
 };
 
 Json readContents(const fs::path& set) {
-    const auto path = set / contentsFile;
-    std::error_code error;
-    const auto size = fs::file_size(path, error);
-    std::ifstream file{path, std::ios::binary};
-    if (error || size > largestContents || !file) {
-        throw Malformed{"cannot be read"};
+    const auto bytes = readFile(set / contentsFile);
+    if (!bytes || !*bytes) {
+        throw Malformed{bytes ? "does not exist" : bytes.error()};
     }
-    auto contents = Json::parse(file, nullptr, false);
+    auto contents = Json::parse(**bytes, nullptr, false);
     if (!contents.is_object()) {
         throw Malformed{"is not JSON with an object in it"};
     }

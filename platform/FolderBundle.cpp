@@ -1,13 +1,10 @@
 #include "FolderBundle.hpp"
 
 #include "PropertyListReader.hpp"
+#include "ReadFile.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
 #include <expected>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -16,38 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
-
 std::string quoted(const fs::path& path) {
     return std::string{"\""}.append(path.string()).append("\"");
-}
-
-/// The file's bytes, nothing when there is no such file, or the reason why it cannot be read.
-std::expected<std::optional<std::string>, std::string> readFile(const fs::path& path) {
-    std::error_code error;
-    const auto status = fs::status(path, error);
-    if (status.type() == fs::file_type::not_found) {
-        return std::nullopt;
-    }
-    if (error) {
-        return std::unexpected{"cannot be read (" + error.message() + ")"};
-    }
-    if (!fs::is_regular_file(status)) {
-        return std::unexpected{"is not a file"};
-    }
-    errno = 0;
-    std::ifstream file{path, std::ios::binary};
-    if (!file) {
-        return std::unexpected{"cannot be read (" + std::generic_category().message(errno) + ")"};
-    }
-    const auto size = fs::file_size(path, error);
-    if (error || size > largestFile) {
-        return std::unexpected{"is larger than 16 MiB"};
-    }
-    std::string bytes(size, '\0');
-    file.read(bytes.data(), static_cast<std::streamsize>(size));
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
-    return bytes;
 }
 
 // Names come from outside: one that leads out of the folder finds nothing.

@@ -154,7 +154,7 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
              Case{test::propertyList(repeated("<array><!--</array>-->", 200'000)), "nested too deeply"},
              Case{test::propertyList(repeated("<array a=\"/>\">", 200'000)), "nested too deeply"},
              Case{test::propertyList("<string>alone</string>"), "holds a single value"},
-             Case{std::string((16 << 20) + 1, ' '), "larger than 16 MiB"},
+             Case{std::string((4 << 20) + 1, ' '), "larger than 4 MiB"},
          }) {
         diagnostics->clear();
         write("app.bundle/broken.plist", bytes);

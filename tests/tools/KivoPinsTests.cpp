@@ -104,7 +104,7 @@ TEST_F(KivoPins, SaysWhatIsWrong) {
         {"junk", 2, "junk holds neither a certificate nor a key"},
         {"none/leaf.pem", 2, "there is no file \"none/leaf.pem\""},
         {"localhost:1", 2, "Could not connect to localhost port 1"},
-        {"--check none.plist", 2, "none.plist cannot be read"},
+        {"--check none.plist", 2, "none.plist does not exist"},
         {"--check junk", 2, "junk is not a well-formed"},
         {"--check empty.plist", 1, "it is empty"},
         {"--check dict.plist", 1, "its root is not an array"},

@@ -1,12 +1,12 @@
 #include "PinsFile.hpp"
 
 #include "PropertyListReader.hpp"
+#include "ReadFile.hpp"
 
 #include <plist/plist.h>
 
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 namespace pins {
@@ -29,11 +29,11 @@ std::string asPropertyList(const std::vector<std::string>& pins) {
 } // namespace
 
 std::expected<kivo::PinList, std::string> readList(const std::filesystem::path& file) {
-    std::ifstream stream{file, std::ios::binary};
-    if (!stream || !std::filesystem::is_regular_file(file)) {
-        return std::unexpected{file.string() + " cannot be read"};
+    const auto bytes = kivo::platform::readFile(file);
+    if (!bytes || !*bytes) {
+        return std::unexpected{file.string() + " " + (bytes ? "does not exist" : bytes.error())};
     }
-    const auto root = kivo::platform::readPropertyList(std::string{std::istreambuf_iterator{stream}, {}});
+    const auto root = kivo::platform::readPropertyList(**bytes);
     if (!root) {
         return std::unexpected{file.string() + " " + root.error()};
     }

@@ -1,5 +1,6 @@
 #include "Sources.hpp"
 
+#include "ReadFile.hpp"
 #include "linux/OpenSslObjects.hpp"
 
 #include <kivo/platform/Services.hpp>
@@ -9,9 +10,7 @@
 #include <openssl/ui.h>
 
 #include <filesystem>
-#include <fstream>
 #include <future>
-#include <iterator>
 #include <memory>
 
 namespace pins {
@@ -55,19 +54,15 @@ std::vector<PublicKey> keysIn(const std::string& bytes) {
 }
 
 Keys keysOfFile(const std::string& path) {
-    if (!fs::is_regular_file(path)) {
-        return std::unexpected{path + " is not a file"};
+    const auto bytes = platform::readFile(path);
+    if (!bytes || !*bytes) {
+        return std::unexpected{path + " " + (bytes ? "does not exist" : bytes.error())};
     }
-    std::ifstream file{path, std::ios::binary};
-    if (!file) {
-        return std::unexpected{path + " cannot be read"};
-    }
-    const std::string bytes{std::istreambuf_iterator{file}, {}};
-    auto keys = keysIn(bytes);
+    auto keys = keysIn(**bytes);
     if (!keys.empty()) {
         return keys;
     }
-    if (bytes.contains("ENCRYPTED")) {
+    if ((*bytes)->contains("ENCRYPTED")) {
         return std::unexpected{path + " is encrypted; give the certificate or the public key, which has the same pin"};
     }
     return std::unexpected{path + " holds neither a certificate nor a key, in PEM or DER form"};

@@ -1,3 +1,4 @@
+#include "ReadFile.hpp"
 #include "ui/ViewControllerState.hpp"
 #include "ui/storyboard/Classes.hpp"
 #include "ui/storyboard/Connections.hpp"
@@ -7,9 +8,8 @@
 #include <kivo/platform/ui/Storyboard.hpp>
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
-#include <sstream>
+#include <utility>
 
 namespace kivo::platform {
 
@@ -41,12 +41,12 @@ struct ReadScene {
 };
 
 std::string readWhole(const std::filesystem::path& path) {
-    std::ostringstream bytes;
-    std::ifstream file{path, std::ios::binary};
-    if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(bytes << file.rdbuf())) || file.bad()) {
-        Where{path.string()}.fail("the file cannot be read; check that it is one, and its permissions.");
+    auto bytes = readFile(path);
+    if (!bytes || !*bytes) {
+        Where{path.string()}.fail("the file " + (bytes ? "does not exist" : bytes.error()) +
+                                  "; put one there that can be read.");
     }
-    return std::move(bytes).str();
+    return std::move(**bytes);
 }
 
 nlohmann::json parse(const std::string& bytes, const std::string& file) {

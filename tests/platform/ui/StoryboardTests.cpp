@@ -10,6 +10,7 @@
 #include <kivo/platform/ui/TextField.hpp>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 namespace kivo::platform {
 namespace {
@@ -162,8 +163,8 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
         }
     }
     EXPECT_THAT(Storyboard::open("Missing", bundle_).error(), testing::HasSubstr("no such resource"));
-    folder_.write("Folder.storyboard/Info.plist", "");
-    EXPECT_THAT(Storyboard::open("Folder", bundle_).error(), testing::HasSubstr("cannot be read"));
+    ASSERT_EQ(mkfifo((folder_.path() / "Pipe.storyboard").c_str(), 0600), 0);
+    EXPECT_THAT(Storyboard::open("Pipe", bundle_).error(), testing::HasSubstr("is not a file"));
 }
 
 TEST_F(StoryboardFile, MakesRegisteredViewsForScenesInUseOnly) {
