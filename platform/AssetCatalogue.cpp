@@ -99,19 +99,30 @@ Color readColor(const fs::path& set) {
     throw Malformed{"has no universal colour"};
 }
 
-/// In points, of a PNG file of so many pixels a point; zero for other files.
-Size pictureSize(const fs::path& path, double scale) {
+/// In points, of a PNG file of so many pixels a point; zero for other files, absent for a PNG file with an impossible
+/// size.
+std::optional<Size> pictureSize(const fs::path& path, double scale) {
     std::array<unsigned char, 24> header{};
     std::ifstream file{path, std::ios::binary};
     file.read(reinterpret_cast<char*>(header.data()), header.size());
     constexpr std::array<unsigned char, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
     if (!file || !std::ranges::equal(signature, std::span{header}.first<8>())) {
-        return {};
+        return Size{};
     }
     const auto pixels = [&](std::size_t at) {
-        return static_cast<double>(header[at] << 24U | header[at + 1] << 16U | header[at + 2] << 8U | header[at + 3]);
+        std::uint32_t number = 0;
+        for (const auto byte : std::span{header}.subspan(at, 4)) {
+            number = number << 8U | byte;
+        }
+        return number;
     };
-    return {pixels(16) / scale, pixels(20) / scale};
+    const auto width = pixels(16);
+    const auto height = pixels(20);
+    constexpr std::uint32_t longestSide = (std::uint32_t{1} << 31U) - 1; // in the PNG format itself
+    if (width == 0 || height == 0 || width > longestSide || height > longestSide) {
+        return std::nullopt;
+    }
+    return Size{width / scale, height / scale};
 }
 
 double scaleOf(const Json& entry) {
@@ -135,7 +146,11 @@ std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view nam
     if (file.has_parent_path() || !fs::is_regular_file(set / file, error)) {
         throw Malformed{"names the file \"" + file.string() + "\", which is not in its folder"};
     }
-    return std::make_shared<const Image>(std::string{name}, set / file, pictureSize(set / file, scaleOf(*best)));
+    const auto size = pictureSize(set / file, scaleOf(*best));
+    if (!size) {
+        throw Malformed{"names the file \"" + file.string() + "\", whose picture has an impossible width or height"};
+    }
+    return std::make_shared<const Image>(std::string{name}, set / file, *size);
 }
 
 /// What `read` gives, or how the set at `set` is malformed.

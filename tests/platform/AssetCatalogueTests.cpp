@@ -47,10 +47,9 @@ TEST_F(AssetCatalogueTest, TellsAMalformedColourFromAMissingOne) {
 }
 
 TEST_F(AssetCatalogueTest, PicksTheFinestPictureAndItsSizeInPoints) {
-    constexpr unsigned char header[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n', 0, 0, 0, 13,
-                                        'I',  'H', 'D', 'R', 0,    0,    0,    48,   0, 0, 0, 24};
+    std::string header{"\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\0\x30\0\0\0\x18", 24};
     const auto set = std::filesystem::path{"Icons.xcassets/close-icon.imageset"};
-    folder_.write(set / "close@2x.png", {reinterpret_cast<const char*>(header), sizeof header});
+    folder_.write(set / "close@2x.png", header);
     folder_.write(set / "close.png", "no picture");
     folder_.write(set / "Contents.json", R"({"images": [{"idiom": "universal", "filename": "close.png", "scale": "1x"},
         {"idiom": "universal", "filename": "close@2x.png", "scale": "2x"}, {"idiom": "universal", "scale": "3x"}]})");
@@ -59,6 +58,10 @@ TEST_F(AssetCatalogueTest, PicksTheFinestPictureAndItsSizeInPoints) {
     EXPECT_EQ((*image)->file, folder_.path() / set / "close@2x.png");
     EXPECT_EQ((*image)->size, (Size{24, 12}));
 
+    header[20] = '\x80';
+    folder_.write(set / "close@2x.png", header);
+    ASSERT_FALSE(catalogue_.image("close-icon"));
+    EXPECT_THAT(catalogue_.image("close-icon").error(), testing::HasSubstr("impossible width or height"));
     folder_.write(set / "Contents.json", R"({"images": [{"idiom": "universal", "filename": "../../secret"}]})");
     EXPECT_FALSE(catalogue_.image("close-icon"));
 }
