@@ -1,66 +1,16 @@
 #include "StringsFile.hpp"
 
 #include "PropertyListReader.hpp"
+#include "Utf16.hpp"
 
 #include <kivo/platform/Text.hpp>
 
-#include <utf8proc.h>
-
 #include <algorithm>
-#include <cstdint>
 #include <optional>
 #include <utility>
 
 namespace kivo::platform {
 namespace {
-
-constexpr char32_t replacementCharacter = 0xFFFD;
-
-/// Puts UTF-16 code units together to UTF-8; halves of pairs that stand alone become U+FFFD.
-class Utf16Joiner {
-public:
-    void append(char16_t unit, std::string& text) {
-        const bool isLow = unit >= 0xDC00 && unit <= 0xDFFF;
-        if (high_ && isLow) {
-            const auto high = static_cast<char32_t>(std::exchange(high_, 0));
-            encode(0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00U), text);
-            return;
-        }
-        finish(text);
-        if (unit >= 0xD800 && unit <= 0xDBFF) {
-            high_ = unit;
-        } else {
-            encode(isLow ? replacementCharacter : unit, text);
-        }
-    }
-
-    void finish(std::string& text) {
-        if (std::exchange(high_, 0)) {
-            encode(replacementCharacter, text);
-        }
-    }
-
-private:
-    static void encode(char32_t character, std::string& text) {
-        utf8proc_uint8_t bytes[4];
-        const auto size = utf8proc_encode_char(static_cast<utf8proc_int32_t>(character), bytes);
-        text.append(bytes, bytes + size);
-    }
-
-    char16_t high_ = 0;
-};
-
-std::string fromUtf16(std::string_view bytes, bool bigEndian) {
-    std::string text;
-    Utf16Joiner joiner;
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        const auto first = static_cast<unsigned char>(bytes[i]);
-        const auto second = static_cast<unsigned char>(bytes[i + 1]);
-        joiner.append(static_cast<char16_t>(bigEndian ? first << 8 | second : second << 8 | first), text);
-    }
-    joiner.finish(text);
-    return text;
-}
 
 std::expected<std::string, std::string> toUtf8(std::string_view bytes) {
     if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {

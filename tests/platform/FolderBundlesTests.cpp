@@ -114,17 +114,17 @@ TEST_F(FolderBundlesTest, FindsResourcesWithoutLeavingTheFolder) {
 }
 
 TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
-    const auto text =
-        test::propertyList("<dict><key>text</key><string>a &lt; \xE2\x82\xAC</string><key>number</key>"
-                           "<integer>-5</integer><key>real</key><real>1.5</real><key>flag</key><true/>"
-                           "<key>bytes</key><data>AAEC</data><key>list</key><array><string>x</string><dict/></array>"
-                           "<key>date</key><date>2026-01-31T08:15:00Z</date></dict>");
+    const auto text = test::propertyList(
+        "<dict><key>text</key><string>a &lt; \xE2\x82\xAC</string><key>number</key>"
+        "<integer>-5</integer><key>real</key><real>1.5</real><key>flag</key><true/>"
+        "<key>bytes</key><data>AA EC\nAw==</data><key>list</key><array><string>x</string><dict/></array>"
+        "<key>date</key><date>2026-01-31T08:15:00Z</date></dict>");
     const PropertyValue::Dictionary expected{
         {"text", {std::string{"a < \xE2\x82\xAC"}}},
         {"number", {std::int64_t{-5}}},
         {"real", {1.5}},
         {"flag", {true}},
-        {"bytes", {PropertyValue::Bytes{{"\0\1\2", 3}}}},
+        {"bytes", {PropertyValue::Bytes{{"\0\1\2\3", 4}}}},
         {"list", {PropertyValue::List{{std::string{"x"}}, {PropertyValue::Dictionary{}}}}},
         {"date", {std::string{"2026-01-31T08:15:00Z"}}},
     };
@@ -137,6 +137,8 @@ TEST_F(FolderBundlesTest, ReadsEveryTypeOfXmlAndBinaryPropertyLists) {
 
 TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
     const auto whole = test::binaryPropertyList(test::propertyList("<dict><key>a</key><string>b</string></dict>"));
+    auto keyWithZero = whole;
+    keyWithZero[keyWithZero.find("Qa") + 1] = '\0';
     const auto deep = test::propertyList(repeated("<array>", 200'000) + repeated("</array>", 200'000));
 
     struct Case {
@@ -151,8 +153,13 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
              Case{whole.substr(0, 40), "damaged"},
              Case{"bplist00", "damaged"},
              Case{deep, "nested too deeply"},
-             Case{test::propertyList(repeated("<array><!--</array>-->", 200'000)), "nested too deeply"},
-             Case{test::propertyList(repeated("<array a=\"/>\">", 200'000)), "nested too deeply"},
+             Case{test::propertyList("<array>" + repeated("<true/>", 100'000) + "</array>"), "holds too much"},
+             Case{test::propertyList("<dict><key>a</key></dict>"), "not a well-formed"},
+             Case{test::propertyList("<array><integer>5 apples</integer></array>"), "not a well-formed"},
+             Case{test::propertyList(std::string{"<array><string>a\0b</string></array>", 36}), "not a well-formed"},
+             Case{"<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><array/></plist>", "not a well-formed"},
+             Case{"<!DOCTYPE plist SYSTEM \"x\"><plist><string>&a;</string></plist>", "not a well-formed"},
+             Case{keyWithZero, "damaged"},
              Case{test::propertyList("<string>alone</string>"), "holds a single value"},
              Case{std::string((4 << 20) + 1, ' '), "larger than 4 MiB"},
          }) {
@@ -205,7 +212,7 @@ TEST(PropertyListReader, RefusesBinaryListsThatLoopOrUnfoldWithoutEnd) {
     };
     EXPECT_TRUE(readPropertyList(chain(5, [](int i) { return i + 1; })));
     EXPECT_FALSE(readPropertyList(chain(5, [](int i) { return (i + 1) % 5; }))) << "a loop";
-    EXPECT_FALSE(readPropertyList(chain(40, [](int i) { return i + 1; }))) << "two to the power of forty values";
+    EXPECT_FALSE(readPropertyList(chain(21, [](int i) { return i + 1; }))) << "two to the power of twenty values";
     EXPECT_FALSE(readPropertyList(chain(1, [](int) { return 9; }))) << "a reference to nowhere";
 }
 
