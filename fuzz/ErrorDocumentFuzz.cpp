@@ -4,6 +4,7 @@
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto input = kivo::fuzz::textOf(data, size);
     const auto document = kivo::ErrorManager::verifyResponseForServerError(input);
-    kivo::fuzz::require(kivo::ErrorManager::refusalIn(input).has_value() == (document.responseType == "fail"));
+    const bool isRefusal = !document || document->responseType == "fail";
+    kivo::fuzz::require(kivo::ErrorManager::refusalIn(input).has_value() == isRefusal);
     return 0;
 }

@@ -35,10 +35,11 @@ public:
     Settings idpFaceMap;
 
     /// Reads a join answer, UTF-8 JSON. A member of the wrong type keeps its default and costs a debug line of the log;
-    /// the rest is read. Absent when the text is no JSON object.
+    /// the rest is read. Absent when the text is no JSON object, or has more than 1 MiB, 32 levels of nesting or 4096
+    /// members of objects and elements of arrays altogether.
     static std::optional<ActivationResponse> decode(std::string_view text);
 
-    /// The session as JSON text under the service's names.
+    /// The session as JSON text under the service's names, with U+FFFD for what is no UTF-8.
     std::string encode() const;
 
     /// Whether the session lists documents to choose from: its "app-doclist" is exactly "true". False for null.

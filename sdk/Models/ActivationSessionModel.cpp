@@ -2,62 +2,94 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
+#include "json/Json.hpp"
 
-#include <nlohmann/json.hpp>
-
+#include <expected>
 #include <string>
+#include <utility>
 
 namespace kivo {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Keys = KivoResponseKeys;
 
 constexpr std::string_view decodeFunction = "init(from:)";
 
-template <class Value>
-void decodeMember(const Json& object, std::string_view key, std::string_view property, Value& value) {
-    const auto member = object.find(key);
-    if (member == object.end()) {
+template <class T>
+using Decoded = std::expected<T, std::string>;
+
+Decoded<std::string> textIn(const json::Value& value) {
+    if (const auto* const text = value.text()) {
+        return *text;
+    }
+    return std::unexpected{"expected a text, found " + std::string{name(value.kind())}};
+}
+
+Decoded<ActivationResponse::Settings> settingsIn(const json::Value& value) {
+    if (value.kind() != json::Kind::object) {
+        return std::unexpected{"expected an object of texts, found " + std::string{name(value.kind())}};
+    }
+    ActivationResponse::Settings settings;
+    for (const auto& [key, setting] : value.members()) {
+        auto text = textIn(setting);
+        if (!text) {
+            return std::unexpected{"at \"" + key + "\": " + text.error()};
+        }
+        settings.emplace(key, std::move(*text));
+    }
+    return settings;
+}
+
+template <class T>
+void decodeMember(const json::Value& object, std::string_view key, Decoded<T> (&decode)(const json::Value&),
+                  std::string_view property, T& value) {
+    const auto* const member = object.find(key);
+    if (member == nullptr) {
         return;
     }
-    try {
-        value = member->template get<Value>();
-    } catch (const Json::exception& error) {
-        log::debug(decodeFunction,
-                   [&] { return "Error mapping " + std::string{property} + " " + std::string{error.what()}; });
+    if (auto decoded = decode(*member)) {
+        value = std::move(*decoded);
+    } else {
+        log::debug(decodeFunction, [&] { return "Error mapping " + std::string{property} + " " + decoded.error(); });
     }
+}
+
+json::Object objectOf(const ActivationResponse::Settings& settings) {
+    json::Object object;
+    for (const auto& [key, setting] : settings) {
+        object.set(key, setting);
+    }
+    return object;
 }
 
 } // namespace
 
 std::optional<ActivationResponse> ActivationResponse::decode(std::string_view text) {
-    const auto object = Json::parse(text, nullptr, /*allow_exceptions=*/false);
-    if (!object.is_object()) {
+    const auto object = json::read(text);
+    if (!object || object->kind() != json::Kind::object) {
         return std::nullopt;
     }
-    using Keys = KivoResponseKeys;
     ActivationResponse session;
-    decodeMember(object, Keys::responseType, "responseType", session.responseType);
-    decodeMember(object, Keys::responseCode, "responseCode", session.responseCode);
-    decodeMember(object, Keys::tid, "tId", session.tId);
-    decodeMember(object, Keys::idpConfig, "idpConfig", session.idpConfig);
-    decodeMember(object, Keys::appConfig, "appConfig", session.appConfig);
-    decodeMember(object, Keys::idpBiodata, "idpBiodata", session.idpBiodata);
-    decodeMember(object, Keys::idpFaceMap, "idpFaceMap", session.idpFaceMap);
+    decodeMember(*object, Keys::responseType, textIn, "responseType", session.responseType);
+    decodeMember(*object, Keys::responseCode, textIn, "responseCode", session.responseCode);
+    decodeMember(*object, Keys::tid, textIn, "tId", session.tId);
+    decodeMember(*object, Keys::idpConfig, settingsIn, "idpConfig", session.idpConfig);
+    decodeMember(*object, Keys::appConfig, settingsIn, "appConfig", session.appConfig);
+    decodeMember(*object, Keys::idpBiodata, settingsIn, "idpBiodata", session.idpBiodata);
+    decodeMember(*object, Keys::idpFaceMap, settingsIn, "idpFaceMap", session.idpFaceMap);
     return session;
 }
 
 std::string ActivationResponse::encode() const {
-    using Keys = KivoResponseKeys;
-    Json object = Json::object();
-    object[std::string{Keys::responseType}] = responseType;
-    object[std::string{Keys::responseCode}] = responseCode;
-    object[std::string{Keys::tid}] = tId;
-    object[std::string{Keys::idpConfig}] = idpConfig;
-    object[std::string{Keys::appConfig}] = appConfig;
-    object[std::string{Keys::idpBiodata}] = idpBiodata;
-    object[std::string{Keys::idpFaceMap}] = idpFaceMap;
-    return object.dump();
+    json::Object object;
+    object.set(std::string{Keys::responseType}, responseType);
+    object.set(std::string{Keys::responseCode}, responseCode);
+    object.set(std::string{Keys::tid}, tId);
+    object.set(std::string{Keys::idpConfig}, objectOf(idpConfig));
+    object.set(std::string{Keys::appConfig}, objectOf(appConfig));
+    object.set(std::string{Keys::idpBiodata}, objectOf(idpBiodata));
+    object.set(std::string{Keys::idpFaceMap}, objectOf(idpFaceMap));
+    return json::writeRepaired(object);
 }
 
 bool ActivationResponse::isDocumentListAvailable(const ActivationResponse* sessionObj) {

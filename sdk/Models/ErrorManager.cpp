@@ -2,20 +2,24 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
-
-#include <nlohmann/json.hpp>
+#include "json/Json.hpp"
 
 #include <algorithm>
 
 namespace kivo {
 namespace {
 
-std::optional<std::string> optionalText(const nlohmann::json& object, std::string_view key) {
-    const auto member = object.find(key);
-    if (member == object.end() || member->is_null()) {
-        return std::nullopt;
+/// Takes over the member's text, if there is one. False when the member is something else.
+bool takeText(const json::Value& object, std::string_view key, std::optional<std::string>& text) {
+    const auto* const member = object.find(key);
+    if (member == nullptr || member->kind() == json::Kind::null) {
+        return true;
     }
-    return member->get<std::string>();
+    if (const auto* const written = member->text()) {
+        text = *written;
+        return true;
+    }
+    return false;
 }
 
 std::string described(const ServerErrorModel& document) {
@@ -26,32 +30,33 @@ std::string described(const ServerErrorModel& document) {
 
 } // namespace
 
-ServerErrorModel ErrorManager::verifyResponseForServerError(std::string_view data) {
-    const auto object = nlohmann::json::parse(data, nullptr, /*allow_exceptions=*/false);
-    if (!object.is_object()) {
-        return {};
+std::optional<ServerErrorModel> ErrorManager::verifyResponseForServerError(std::string_view data,
+                                                                           const json::Limits& limits) {
+    const auto answer = json::read(data, limits);
+    if (!answer && answer.error().isBeyondLimits()) {
+        return std::nullopt;
     }
     ServerErrorModel document;
-    try {
-        document.responseType = optionalText(object, KivoResponseKeys::responseType);
-        document.responseCode = optionalText(object, KivoResponseKeys::responseCode);
-        document.responseMessage = optionalText(object, KivoResponseKeys::responseMessage);
-    } catch (const nlohmann::json::exception&) {
-        return {};
+    const bool isDocument = answer && answer->kind() == json::Kind::object &&
+                            takeText(*answer, KivoResponseKeys::responseType, document.responseType) &&
+                            takeText(*answer, KivoResponseKeys::responseCode, document.responseCode) &&
+                            takeText(*answer, KivoResponseKeys::responseMessage, document.responseMessage);
+    if (!isDocument) {
+        return ServerErrorModel{};
     }
     log::debug("verifyResponseForServerError(data:)", [&] { return described(document); });
     return document;
 }
 
-std::optional<ResponseCode> ErrorManager::refusalIn(std::string_view data) {
-    return refusalIn(verifyResponseForServerError(data));
-}
-
-std::optional<ResponseCode> ErrorManager::refusalIn(const ServerErrorModel& document) {
-    if (document.responseType != KivoResponseKeys::fail) {
+std::optional<ResponseCode> ErrorManager::refusalIn(std::string_view data, const json::Limits& limits) {
+    const auto document = verifyResponseForServerError(data, limits);
+    if (!document) {
+        return ResponseCode::UNKNOWN_ERROR;
+    }
+    if (document->responseType != KivoResponseKeys::fail) {
         return std::nullopt;
     }
-    return responseCodeNamed(document.responseCode.value_or(""));
+    return responseCodeNamed(document->responseCode.value_or(""));
 }
 
 ResponseCode responseCodeNamed(std::string_view caseName) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "json/Json.hpp"
+
 #include <kivo/ResponseCode.hpp>
 
 #include <optional>
@@ -17,14 +19,14 @@ struct ServerErrorModel {
 
 /// Reads refusals out of the identity service's answers.
 struct ErrorManager {
-    /// The answer read as an error document. All fields are absent when it is none, or a member is not text.
-    static ServerErrorModel verifyResponseForServerError(std::string_view data);
+    /// The answer read as an error document. All fields are absent when it is none, or a member is not text. No
+    /// document at all where the answer is beyond the limits.
+    static std::optional<ServerErrorModel> verifyResponseForServerError(std::string_view data,
+                                                                        const json::Limits& limits = {});
 
-    /// The code with which the service refused; absent when it accepted. Only "response-type" "fail" refuses.
-    static std::optional<ResponseCode> refusalIn(std::string_view data);
-
-    /// The same judgement on a document that has been read already.
-    static std::optional<ResponseCode> refusalIn(const ServerErrorModel& document);
+    /// The code with which the service refused; absent when it accepted. Only "response-type" "fail" refuses, and
+    /// an answer beyond the limits (`UNKNOWN_ERROR`), which could say so where the reader does not look.
+    static std::optional<ResponseCode> refusalIn(std::string_view data, const json::Limits& limits = {});
 };
 
 /// The case of that name, else `UNKNOWN_ERROR`.

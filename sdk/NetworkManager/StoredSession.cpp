@@ -3,6 +3,7 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/KeychainWrapper.hpp"
+#include "json/Json.hpp"
 
 #include <kivo/platform/Text.hpp>
 
@@ -32,6 +33,10 @@ std::optional<ActivationResponse> storedSession() {
 }
 
 bool storeJoinAnswer(std::string_view answer) {
+    if (const auto read = json::read(answer); !read && read.error().isBeyondLimits()) {
+        log::error("getJoin(codeValue:completion:)", "The join answer is too large or too deep to be read.");
+        return false;
+    }
     return store(answer, StoredItems::joinAnswer);
 }
 

@@ -15,7 +15,8 @@ std::optional<std::string> storedJoinAnswer();
 /// The stored join answer, decoded; absent also when it is no session.
 std::optional<ActivationResponse> storedSession();
 
-/// Replaces the stored join answer. False, with an error line, when it could not be stored.
+/// Replaces the stored join answer. False, with an error line, when it could not be stored or is beyond the limits of
+/// what is read: what every later operation reads again must not cost more than that.
 bool storeJoinAnswer(std::string_view answer);
 
 /// Keeps the activation code of the session just joined; same result.

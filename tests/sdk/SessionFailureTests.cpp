@@ -97,6 +97,15 @@ protected:
         NetworkManager::shared().retryLimit = 3;
     }
 
+    /// An object of 80,000 members, which is more than is read.
+    static std::string withManyMembers(std::string_view first) {
+        auto text = std::string{"{"}.append(first);
+        for (int i = 0; i < 80'000; ++i) {
+            text += ",\"" + std::to_string(i) + "\":1";
+        }
+        return text + '}';
+    }
+
     std::shared_ptr<ImpatientUrlSessions> urlSessions;
     std::shared_ptr<KivoAPI> session;
 };
@@ -141,6 +150,11 @@ TEST_F(SessionFailures, OnlyAnExplicitFailRefuses) {
         {R"({"response-type":"fail","response-code":"1010"})", ResponseCode::UNKNOWN_ERROR},
         {R"({"response-type":"fail"})", ResponseCode::UNKNOWN_ERROR},
         {R"({"response-type":"fail","response-code":null})", ResponseCode::UNKNOWN_ERROR},
+        {R"({"n":1e400,"response-type":"fail","response-code":"STATUS_INVALID_SESSION","m":)" + std::string(400, '9') +
+             '}',
+         ResponseCode::STATUS_INVALID_SESSION},
+        {std::string(33, '[') + std::string(33, ']'), ResponseCode::UNKNOWN_ERROR},
+        {withManyMembers(R"("response-type":"data")"), ResponseCode::UNKNOWN_ERROR},
         {R"({"response-type":"fail","response-code":1010})", std::nullopt},
         {R"({"response-type":"FAIL","response-code":"STATUS_INVALID_SESSION"})", std::nullopt},
         {R"({"response-type":7})", std::nullopt},
@@ -168,7 +182,13 @@ TEST_F(SessionFailures, OnlyAnExplicitFailRefuses) {
 }
 
 TEST_F(SessionFailures, AJoinNeedsAnAnswerThatSaysData) {
-    const std::pair<std::string, ResponseCode> rows[] = {
+    struct Row {
+        std::string answer;
+        ResponseCode code;
+        bool isStored = true;
+    };
+
+    const Row rows[] = {
         {R"({"response-type":"fail","response-code":"STATUS_INVALID_ACTIVATION_CODE"})",
          ResponseCode::STATUS_INVALID_ACTIVATION_CODE},
         {R"({"response-type":"fail","response-code":"NO_SUCH_CODE"})", ResponseCode::UNKNOWN_ERROR},
@@ -178,14 +198,20 @@ TEST_F(SessionFailures, AJoinNeedsAnAnswerThatSaysData) {
         {"[]", ResponseCode::INVALID_JOIN_SESSION},
         {"<html>", ResponseCode::INVALID_JOIN_SESSION},
         {"", ResponseCode::INVALID_JOIN_SESSION},
-        {"{\"response-type\":\"data\xff\"}", ResponseCode::INVALID_JOIN_SESSION},
-        {std::string(200'000, '['), ResponseCode::INVALID_JOIN_SESSION},
+        {"{\"response-type\":\"data\xff\"}", ResponseCode::INVALID_JOIN_SESSION, false},
+        {std::string(200'000, '['), ResponseCode::INVALID_JOIN_SESSION, false},
+        {withManyMembers(R"("response-type":"data","tid":"T")"), ResponseCode::INVALID_JOIN_SESSION, false},
+        {R"({"response-type":"data","tid":")" + std::string(1 << 20, 'T') + "\"}", ResponseCode::INVALID_JOIN_SESSION,
+         false},
+        {R"({"response-type":"fail","response-code":"STATUS_AUTH_FAILED","n":[-1e400]})",
+         ResponseCode::STATUS_AUTH_FAILED},
     };
-    for (const auto& [answer, code] : rows) {
+    for (const auto& [answer, code, isStored] : rows) {
         SCOPED_TRACE(answer.substr(0, 60));
         prepare(Endpoint::join);
         service.inject(Endpoint::join, Fault::answer(answer));
         EXPECT_EQ(join(*session).code(), code);
+        EXPECT_EQ(storedJoinAnswer(), isStored ? answer : "");
     }
 }
 
