@@ -8,15 +8,12 @@
 
 #include <kivo/platform/Services.hpp>
 
-#include <nlohmann/json.hpp>
-
 #include <any>
 #include <utility>
 
 namespace kivo {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using RequestKeys = KivoRequestKeys;
 
 constexpr int warnBelowDays = 30;
@@ -181,9 +178,10 @@ void CommunicationSecurityManager::updateRetryCountLimitOnServer(const Activatio
         log::debug(function, "**UPDATE RetryL: Network unavailable**");
         return;
     }
-    const Json notice{{RequestKeys::action, "inform"},
-                      {RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining)},
-                      {RequestKeys::tid, activationSession->tId}};
+    const auto notice =
+        json::Value::object({{RequestKeys::action, "inform"},
+                             {RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining)},
+                             {RequestKeys::tid, activationSession->tId}});
     NetworkManager::shared().sendRequest(
         settingIn(activationSession->idpConfig, KivoResponseKeys::updateEndpoint), notice,
         [function, remaining](const platform::Data&) {
@@ -200,9 +198,9 @@ void CommunicationSecurityManager::informSessionStateOnThirdPartySdkFailures(
         return;
     }
     sendNotice("informSessionStateOnThirdPartySdkFailures(reportModel:activationSession:)",
-               Json{{RequestKeys::action, reportModel.action},
-                    {RequestKeys::tid, activationSession->tId},
-                    {RequestKeys::message, reportModel.message}},
+               json::Value::object({{RequestKeys::action, reportModel.action},
+                                    {RequestKeys::tid, activationSession->tId},
+                                    {RequestKeys::message, reportModel.message}}),
                *activationSession);
 }
 
@@ -212,16 +210,16 @@ void CommunicationSecurityManager::updateFailureOnServer(const ServerReportModel
         return;
     }
     sendNotice("updateFailureOnServer(reportModel:activationSession:)",
-               Json{{RequestKeys::action, reportModel.action},
-                    {RequestKeys::tid, activationSession->tId},
-                    {RequestKeys::os, reportModel.os},
-                    {RequestKeys::status, reportModel.status},
-                    {RequestKeys::code, std::to_string(reportModel.code)},
-                    {RequestKeys::message, reportModel.message}},
+               json::Value::object({{RequestKeys::action, reportModel.action},
+                                    {RequestKeys::tid, activationSession->tId},
+                                    {RequestKeys::os, reportModel.os},
+                                    {RequestKeys::status, reportModel.status},
+                                    {RequestKeys::code, std::to_string(reportModel.code)},
+                                    {RequestKeys::message, reportModel.message}}),
                *activationSession);
 }
 
-void CommunicationSecurityManager::sendNotice(std::string_view function, const Json& notice,
+void CommunicationSecurityManager::sendNotice(std::string_view function, const json::Value& notice,
                                               const ActivationResponse& activationSession) {
     if (!isNetworkAvailable()) {
         log::debug(function, "**Inform Server: Network unavailable**");

@@ -3,12 +3,11 @@
 #include "Models/ActivationSessionModel.hpp"
 #include "Models/ServerReportModel.hpp"
 #include "NetworkManager/Reachability.hpp"
+#include "json/Json.hpp"
 
 #include <kivo/SDKEnv.hpp>
 #include <kivo/platform/NotificationCenter.hpp>
 #include <kivo/platform/UrlSession.hpp>
-
-#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <functional>
@@ -80,8 +79,7 @@ private:
 
     std::shared_ptr<Reachability> reachability() const;
     void checkForReachability(const platform::Notification& notification);
-    void sendNotice(std::string_view function, const nlohmann::ordered_json& notice,
-                    const ActivationResponse& activationSession);
+    void sendNotice(std::string_view function, const json::Value& notice, const ActivationResponse& activationSession);
 
     mutable std::mutex mutex_;
     std::optional<SDKEnv> sdkEnvironment_;

@@ -6,8 +6,6 @@
 
 #include <kivo/platform/Services.hpp>
 
-#include <nlohmann/json.hpp>
-
 #include <expected>
 #include <system_error>
 #include <utility>
@@ -18,14 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::string_view sendFunction = "sendRequest(urlString:params:success:failure:)";
-
-platform::Data serialized(const nlohmann::ordered_json& params) {
-    try {
-        return params.dump();
-    } catch (const nlohmann::ordered_json::exception&) {
-        return {};
-    }
-}
 
 std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
     if (!outcome) {
@@ -64,13 +54,13 @@ NetworkManager& NetworkManager::shared() {
     return manager;
 }
 
-void NetworkManager::sendRequest(const std::string& urlString, const nlohmann::ordered_json& params, Success success,
+void NetworkManager::sendRequest(const std::string& urlString, const json::Value& params, Success success,
                                  Failure failure) {
     platform::UrlRequest request;
     request.url = urlString;
     request.method = "POST";
     request.timeout = 60s;
-    request.body = serialized(params);
+    request.body = json::write(params).value_or("");
     std::shared_ptr<platform::UrlSession> session;
     try {
         session = sessionInUse();

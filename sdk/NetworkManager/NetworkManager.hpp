@@ -1,8 +1,8 @@
 #pragma once
 
-#include <kivo/platform/UrlSession.hpp>
+#include "json/Json.hpp"
 
-#include <nlohmann/json_fwd.hpp>
+#include <kivo/platform/UrlSession.hpp>
 
 #include <atomic>
 #include <cstdint>
@@ -43,8 +43,7 @@ public:
     /// callbacks, on the session's callback queue.
     ///
     /// Parameters that are no valid JSON (a text that is not UTF-8) go out as an empty body.
-    void sendRequest(const std::string& urlString, const nlohmann::ordered_json& params, Success success,
-                     Failure failure);
+    void sendRequest(const std::string& urlString, const json::Value& params, Success success, Failure failure);
 
 private:
     std::shared_ptr<platform::UrlSession> defaultSession();

@@ -13,15 +13,12 @@
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/Text.hpp>
 
-#include <nlohmann/json.hpp>
-
 #include <charconv>
 #include <cstdint>
 #include <utility>
 
 namespace kivo {
 
-using Json = nlohmann::ordered_json;
 using RequestKeys = KivoRequestKeys;
 using ResponseKeys = KivoResponseKeys;
 
@@ -31,7 +28,7 @@ struct KivoBE::SessionRequest {
     std::string_view endpoint;
     ResponseCode invalidSession;
     IdvEvents event;
-    Json body = Json::object();
+    json::Value body = json::Object{};
 };
 
 namespace {
@@ -44,10 +41,10 @@ IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
 }
 
-Json objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
-    Json object = Json::object();
+json::Object objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
+    json::Object object;
     for (const auto& [key, value] : texts) {
-        object[key] = value;
+        object.set(key, value);
     }
     return object;
 }
@@ -152,11 +149,11 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinAnswer
     }
     const auto joined = fields();
     log::debug(function, [&] { return "Sending join request for code " + joined.joinCode; });
-    const Json body{{RequestKeys::action, "init"},
-                    {RequestKeys::activationCode, joined.joinCode},
-                    {RequestKeys::deviceCode, joined.deviceCode},
-                    {RequestKeys::appInfo, objectOf(Environment::applicationInformation())},
-                    {RequestKeys::appConfig, objectOf(joined.appConfigDictionary)}};
+    const auto body = json::Value::object({{RequestKeys::action, "init"},
+                                           {RequestKeys::activationCode, joined.joinCode},
+                                           {RequestKeys::deviceCode, joined.deviceCode},
+                                           {RequestKeys::appInfo, objectOf(Environment::applicationInformation())},
+                                           {RequestKeys::appConfig, objectOf(joined.appConfigDictionary)}});
     // Both callbacks hold the one completion; the transport calls exactly one of them.
     const auto shared = std::make_shared<decltype(completion)>(std::move(completion));
     NetworkManager::shared().sendRequest(
@@ -185,9 +182,9 @@ void KivoBE::update(std::string tid, std::string action, std::string message, Id
           .endpoint = ResponseKeys::updateEndpoint,
           .invalidSession = ResponseCode::INVALID_UPDATE_SESSION,
           .event = IdvEvents::UPDATE_SESSION,
-          .body = {{RequestKeys::action, std::move(action)},
-                   {RequestKeys::message, std::move(message)},
-                   {RequestKeys::tid, std::move(tid)}}},
+          .body = json::Value::object({{RequestKeys::action, std::move(action)},
+                                       {RequestKeys::message, std::move(message)},
+                                       {RequestKeys::tid, std::move(tid)}})},
          completion);
 }
 
@@ -245,9 +242,10 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
         completion(failed(ResponseCode::BIODATA_UPLOAD_FAILED));
         return;
     }
-    const Json body{{RequestKeys::source, "remote"},
-                    {RequestKeys::acquisitionObject, rawValue(acquisitionObject)},
-                    {RequestKeys::data, std::move(data)}};
+    json::Object body;
+    body.set(RequestKeys::source, "remote");
+    body.set(RequestKeys::acquisitionObject, rawValue(acquisitionObject));
+    body.set(RequestKeys::data, std::move(data));
     const auto finish = [this, function, completion](std::optional<ResponseCode> refusal) {
         log::debug(function, refusal ? "upload biodata failed" : "upload biodata success");
         completion(refusal ? failed(*refusal) : succeeded(fields().joinCode, IdvEvents::UPLOAD_DOCUMENT));

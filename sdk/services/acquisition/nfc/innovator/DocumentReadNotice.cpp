@@ -6,8 +6,6 @@
 
 #include <kivo/platform/Services.hpp>
 
-#include <nlohmann/json.hpp>
-
 #include <memory>
 #include <utility>
 
@@ -16,7 +14,8 @@ namespace kivo {
 void sendDocumentReadNotice(const std::string& endpoint, const std::string& sessionId,
                             std::function<void(const NoticeOutcome& outcome)> completion) {
     const auto session = storedSession();
-    const nlohmann::ordered_json body{{"opaqueId", session ? session->tId : ""}, {"sessionId", sessionId}};
+    const auto body =
+        json::Value::object({{"opaqueId", session ? session->tId : std::string{}}, {"sessionId", sessionId}});
     // The one callback that runs moves the completion away, so that nothing is left to die on the transport's thread.
     const auto held = std::make_shared<decltype(completion)>(std::move(completion));
     const auto finish = [held](NoticeOutcome outcome) {
