@@ -1,6 +1,5 @@
 // One frame of the activation code screen: what a keystroke, a change of the reading size and a new screen cost.
 #include "Configuration/environment/SdkBundle.hpp"
-#include "services/acquisition/Screens.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 
 #include <kivo/KivoSDK.hpp>
@@ -27,7 +26,6 @@ using namespace kivo::platform;
 }
 
 std::shared_ptr<QRCodeVC> makeScreen(const std::shared_ptr<ThemeCustomization>& theme) {
-    registerScreens();
     const auto storyboard = Storyboard::open("ZORFramework", sdkBundle());
     const auto made = storyboard ? (*storyboard)->instantiate("QRCodeVC") : std::unexpected{storyboard.error()};
     if (!made) {

@@ -1,8 +1,10 @@
 #include "FolderBundles.hpp"
 
+#include <kivo/LuOTPView.hpp>
 #include <kivo/platform/MainQueue.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
 
 namespace kivo::platform {
 namespace {
@@ -32,6 +34,12 @@ Services linuxServices(const LinuxOptions& /*options*/) {
     services.mainQueue = RunLoop::main();
     services.fonts = std::make_shared<NoFonts>();
     return services;
+}
+
+/// The view that has members of its own; the SDK's screens would take the whole library along.
+StoryboardClasses libraryClasses() {
+    return {.views = {{"LuOTPView", [] { return std::make_shared<LuOTPView>(); }},
+                      {"LuOTPTextField", [] { return std::make_shared<LuOTPTextField>(); }}}};
 }
 
 } // namespace kivo::platform

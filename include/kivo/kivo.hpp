@@ -6,12 +6,14 @@
 #include <kivo/AcquisitionObject.hpp>
 #include <kivo/ActivationResponse.hpp>
 #include <kivo/Deployment.hpp>
+#include <kivo/FinalStatusVC.hpp>
 #include <kivo/IdvEvents.hpp>
 #include <kivo/IdvResult.hpp>
 #include <kivo/KivoAPI.hpp>
 #include <kivo/KivoAPIProvider.hpp>
 #include <kivo/KivoSDK.hpp>
 #include <kivo/LogLevel.hpp>
+#include <kivo/LuOTPView.hpp>
 #include <kivo/ObjCResult.hpp>
 #include <kivo/ReadIDUIResourcesWrapper.hpp>
 #include <kivo/ResponseCode.hpp>

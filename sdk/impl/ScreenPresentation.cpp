@@ -2,7 +2,6 @@
 #include "Configuration/logging/Log.hpp"
 #include "impl/Callable.hpp"
 #include "impl/SessionAPI.hpp"
-#include "services/acquisition/Screens.hpp"
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
@@ -59,7 +58,6 @@ const Scene* sceneOf(AcquisitionObject object) {
 }
 
 std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene& scene) {
-    registerScreens();
     const bool own = scene.home == Home::sdkBundle;
     const auto bundle = own ? sdkBundle() : platform::services().bundles->main();
     if (!bundle) {

@@ -8,6 +8,7 @@
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "services/mirelo/MireloProxy.hpp"
 
+#include <kivo/FinalStatusVC.hpp>
 #include <kivo/KivoAPI.hpp>
 
 #include <atomic>

@@ -2,7 +2,6 @@
 
 #include "Configuration/environment/SdkBundle.hpp"
 #include "FolderBundles.hpp"
-#include "services/acquisition/Screens.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +27,6 @@ HostScreenFixture::HostScreenFixture(SdkBundle sdkBundle) {
                                                        services.diagnostics);
     }
     platform::install(services);
-    registerScreens();
     navigation = std::make_shared<platform::NavigationController>(host);
     window = std::make_shared<platform::Window>();
     window->setRootViewController(navigation);

@@ -17,7 +17,6 @@ namespace kivo::platform {
 namespace storyboard {
 namespace {
 
-using Screens = std::map<std::string, Storyboard::Factory>;
 using Views = std::map<std::string, Storyboard::ViewFactory>;
 
 template <class T>
@@ -25,15 +24,25 @@ std::shared_ptr<T> make() {
     return std::make_shared<T>();
 }
 
-Screens& screens() {
-    static auto& all = *new Screens{{"ViewController", make<ViewController>}};
+StoryboardClasses knownFromTheStart() {
+    auto all = libraryClasses();
+    all.screens.emplace("ViewController", make<ViewController>);
     return all;
+}
+
+/// Made when first asked for: a host's static initialisers may ask as well.
+StoryboardClasses& registered() {
+    static auto& all = *new StoryboardClasses{knownFromTheStart()};
+    return all;
+}
+
+auto& screens() {
+    return registered().screens;
 }
 
 /// The view classes that somebody registered, which come before the platform's own.
 Views& registeredViews() {
-    static auto& all = *new Views;
-    return all;
+    return registered().views;
 }
 
 const Views& ownViews() {

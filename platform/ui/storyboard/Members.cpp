@@ -5,9 +5,11 @@
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/LayoutMembers.hpp>
 #include <kivo/platform/ui/StackView.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 
+#include <algorithm>
 #include <limits>
 #include <map>
 
@@ -137,6 +139,93 @@ bool anyClass(View& view, const Visit& visit) {
            as(fieldMembers) || as(stackMembers) || as(imageMembers) || as(activityMembers);
 }
 
+/// Sets the one of a view's own members that has a name, and notes the names of all.
+class OwnMembers final : public LayoutMembers {
+public:
+    OwnMembers() = default;
+
+    OwnMembers(std::string_view name, const Value& value)
+        : name_{name}
+        , value_{&value} {}
+
+    void flag(std::string_view name, const std::function<void(bool)>& set) override {
+        if (isMeant(name)) {
+            set(value_->flag());
+        }
+    }
+
+    void integer(std::string_view name, int least, int most, const std::function<void(int)>& set) override {
+        if (isMeant(name)) {
+            set(value_->integer(least, most));
+        }
+    }
+
+    void number(std::string_view name, double least, double most, const std::function<void(double)>& set) override {
+        if (isMeant(name)) {
+            set(value_->number(least, most));
+        }
+    }
+
+    void text(std::string_view name, const std::function<void(std::string)>& set) override {
+        if (isMeant(name)) {
+            set(value_->text());
+        }
+    }
+
+    void color(std::string_view name, const std::function<void(Color)>& set) override {
+        if (const auto color = isMeant(name) ? value_->color() : std::nullopt) {
+            set(*color);
+        }
+    }
+
+    void font(std::string_view name, const std::function<void(Font)>& set) override {
+        if (isMeant(name)) {
+            set(value_->font());
+        }
+    }
+
+    void choice(std::string_view name, const std::vector<std::string_view>& words,
+                const std::function<void(std::size_t)>& set) override {
+        if (!isMeant(name)) {
+            return;
+        }
+        const auto word = std::ranges::find(words, value_->name());
+        if (word == words.end()) {
+            std::string known;
+            for (const auto each : words) {
+                known += (known.empty() ? "" : ", ") + inQuotes(each);
+            }
+            value_->where.fail("there is no " + inQuotes(value_->name()) + "; use one of " + known + ".");
+        }
+        set(static_cast<std::size_t>(word - words.begin()));
+    }
+
+    bool hasSet() const { return hasSet_; }
+
+    const std::string& names() const { return names_; }
+
+private:
+    bool isMeant(std::string_view name) {
+        names_.append(", ").append(name);
+        const bool isMeant = value_ && name == name_;
+        hasSet_ = hasSet_ || isMeant;
+        return isMeant;
+    }
+
+    std::string_view name_;
+    const Value* value_ = nullptr;
+    bool hasSet_ = false;
+    std::string names_;
+};
+
+bool setOwnMember(View& view, const std::string& name, const Value& value) {
+    OwnMembers members{name, value};
+    if (auto* const described = dynamic_cast<DescribedInLayouts*>(&view)) {
+        described->describe(members);
+    }
+    return members.hasSet();
+}
+
 void addActions(const std::shared_ptr<Control>& control, const Value& value, Scene& scene) {
     static const std::map<std::string, ControlEvent, std::less<>> events{
         {"touchUpInside", ControlEvent::touchUpInside},
@@ -178,24 +267,29 @@ bool setMember(const std::shared_ptr<View>& view, const std::string& name, const
         addSegue(button, value, scene);
         return true;
     }
-    return anyClass(*view, [&](auto& object, const auto& setters) {
-        const auto setter = setters.find(name);
-        if (setter == setters.end()) {
-            return false;
-        }
-        setter->second(object, value);
-        return true;
-    });
+    return setOwnMember(*view, name, value) || anyClass(*view, [&](auto& object, const auto& setters) {
+               const auto setter = setters.find(name);
+               if (setter == setters.end()) {
+                   return false;
+               }
+               setter->second(object, value);
+               return true;
+           });
 }
 
-std::string knownMembers(const View& view) {
+std::string knownMembers(View& view) {
     std::string known = "type, outlet, subviews";
-    anyClass(const_cast<View&>(view), [&](const auto&, const auto& setters) {
+    anyClass(view, [&](const auto&, const auto& setters) {
         for (const auto& [name, setter] : setters) {
             known += ", " + name;
         }
         return false;
     });
+    if (auto* const described = dynamic_cast<DescribedInLayouts*>(&view)) {
+        OwnMembers own;
+        described->describe(own);
+        known += own.names();
+    }
     if (dynamic_cast<const Control*>(&view)) {
         known += ", actions";
     }

@@ -11,6 +11,6 @@ namespace kivo::platform::storyboard {
 bool setMember(const std::shared_ptr<View>& view, const std::string& name, const Value& value, Scene& scene);
 
 /// The members that the view's class has, for a message.
-std::string knownMembers(const View& view);
+std::string knownMembers(View& view);
 
 } // namespace kivo::platform::storyboard

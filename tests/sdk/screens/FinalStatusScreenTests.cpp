@@ -1,5 +1,6 @@
-#include "services/acquisition/facemap/facetec/FinalStatusVC.hpp"
 #include "support/HostScreenFixture.hpp"
+
+#include <kivo/platform/ui/Label.hpp>
 
 namespace kivo {
 namespace {
@@ -48,6 +49,12 @@ TEST_F(FinalStatusScreen, TellsATenthOfASecondAfterItBeganToGo) {
     host->dismiss(true);
     advance(100ms);
     EXPECT_EQ(farewells->count, 2) << "whoever takes it away";
+}
+
+TEST_F(FinalStatusScreen, NeedsNoStoryboard) {
+    host->present(std::make_shared<FinalStatusVC>(), /*animated=*/true);
+    settle();
+    EXPECT_TRUE(host->presentedViewController()->view()->window());
 }
 
 TEST_F(FinalStatusScreen, SizesItsTexts) {

@@ -1,5 +1,6 @@
-#include "services/acquisition/qr/inhouse/LuOTPView.hpp"
 #include "support/HostScreenFixture.hpp"
+
+#include <gmock/gmock.h>
 
 #include <vector>
 
@@ -126,10 +127,46 @@ TEST_F(OneTimeCodeView, FollowsThePersonAlongTheFields) {
         shown(row.configure)->getResponder();
         press(row.keys);
         EXPECT_EQ(texts(), row.texts);
-        EXPECT_EQ(view->secureEntryData, row.entries);
+        EXPECT_EQ(view->secureEntryData(), row.entries);
         EXPECT_EQ(Keys::focus(), row.focus);
         EXPECT_EQ(codes, row.codes);
-        EXPECT_EQ(view->hasEnteredAllOTP, !row.codes.empty());
+        EXPECT_EQ(view->hasEnteredAllOTP(), !row.codes.empty());
+    }
+}
+
+TEST_F(OneTimeCodeView, IsLaidOutByAHostsOwnStoryboard) {
+    const auto made = [this](const std::string& members) {
+        folder.write("Host.bundle/Bank.storyboard", R"({"scenes":{"code":{"class":"ViewController","view":{"subviews":[
+            {"type":"LuOTPView","outlet":"code","placement":{"top":20,"left":0},)" +
+                                                        members + "}]}}}}");
+        const auto storyboard = platform::Storyboard::open("Bank", platform::services().bundles->main());
+        return storyboard ? (*storyboard)->instantiate("code") : std::unexpected{storyboard.error()};
+    };
+    const auto screen = *made(R"("otpTextFieldsCount":3,"otpTextFieldInputType":"alphabet","otpTextFieldSize":40,
+        "otpTextFieldSeparatorSpace":10,"otpTextFieldBorderWidth":1,"otpTextFieldDefaultBorderColor":"#FF0000",
+        "otpTextFieldFontColor":"white","otpTextFieldFont":{"size":30},"otpTextFieldEntrySecureType":true,
+        "subviews":[{"type":"LuOTPTextField","tag":2,"placeholderString":"?"}])");
+    push(screen);
+    const auto own = outlet<LuOTPView>(*screen, "code");
+    EXPECT_EQ(own->frame().size, (platform::Size{.width = 140, .height = 40}));
+    ASSERT_EQ(own->subviews().size(), 3U);
+    own->getResponder();
+    press({"a", "b", "c"});
+    EXPECT_EQ(own->secureEntryData(), (Texts{"a", "b", "c"}));
+    const auto second = own->field(2);
+    EXPECT_EQ(second->placeholder(), "?");
+    EXPECT_EQ(second->text(), "*");
+    EXPECT_EQ(second->frame().origin.x, 50);
+    EXPECT_EQ(second->keyboardType(), platform::KeyboardType::asciiCapable);
+    EXPECT_EQ(second->font().pointSize, 30);
+    EXPECT_EQ(second->textColor(), Color::white());
+    EXPECT_EQ(second->layer().borderColor, (Color{.red = 1, .green = 0, .blue = 0}));
+    EXPECT_EQ(second->layer().borderWidth, 1);
+
+    for (const auto& [member, complaint] : {std::pair{R"("otpTextFieldsCount":2.5)", "whole number"},
+                                            {R"("otpTextFieldInputType":"digits")", "\"alphaNumeric\""},
+                                            {R"("otpTextFieldCount":4)", "otpTextFieldsCount"}}) {
+        EXPECT_THAT(made(member).error(), testing::HasSubstr(complaint));
     }
 }
 
@@ -151,8 +188,8 @@ TEST_F(OneTimeCodeView, GivesTheFocusToWhereTypingGoesOn) {
     view->getResponder();
     EXPECT_EQ(Keys::focus(), 4) << "a full row is taken up at its end";
     press({"<"});
-    EXPECT_FALSE(view->hasEnteredAllOTP);
-    EXPECT_EQ(view->aciveTextField, view->field(3));
+    EXPECT_FALSE(view->hasEnteredAllOTP());
+    EXPECT_EQ(view->aciveTextField(), view->field(3));
     EXPECT_EQ(view->field(3)->backgroundColor(), darkBlue);
     EXPECT_EQ(view->field(4)->backgroundColor(), Color::clear());
 }

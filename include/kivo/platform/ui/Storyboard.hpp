@@ -5,6 +5,7 @@
 
 #include <expected>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -33,7 +34,8 @@ public:
     /// to come. The error names file, scene and outlet.
     std::expected<std::shared_ptr<ViewController>, std::string> instantiate(std::string_view identifier);
 
-    /// Makes a class of screens, or of views, known to storyboards by its name. The last registration counts.
+    /// Makes a class of screens, or of views, known to storyboards by its name; also in the place of one that is known
+    /// already, such as one of the SDK's. The last registration counts.
     static void registerScreen(std::string className, Factory factory);
     static void registerView(std::string className, ViewFactory factory);
 
@@ -44,5 +46,15 @@ private:
 
     std::unique_ptr<Contents> contents_;
 };
+
+/// Classes of screens and of views by their names.
+struct StoryboardClasses {
+    std::map<std::string, Storyboard::Factory> screens{};
+    std::map<std::string, Storyboard::ViewFactory> views{};
+};
+
+/// The classes that storyboards know from the start beside the view model's own. The library that stands on the view
+/// model defines this function, so the classes are known without a call that registers them.
+StoryboardClasses libraryClasses();
 
 } // namespace kivo::platform

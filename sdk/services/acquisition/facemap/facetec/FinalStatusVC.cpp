@@ -1,8 +1,10 @@
-#include "services/acquisition/facemap/facetec/FinalStatusVC.hpp"
-
 #include "ui/DynamicType.hpp"
 
+#include <kivo/FinalStatusVC.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Interface.hpp>
+#include <kivo/platform/ui/Label.hpp>
 
 #include <chrono>
 
@@ -10,10 +12,22 @@ namespace kivo {
 
 using namespace std::chrono_literals;
 
+/// Stand-ins at first: a host may make the screen without a storyboard.
+struct FinalStatusVC::Outlets {
+    std::shared_ptr<platform::Label> completeTitleLabel = std::make_shared<platform::Label>();
+    std::shared_ptr<platform::Label> closeAppInfoLabel = std::make_shared<platform::Label>();
+    std::shared_ptr<platform::Button> backToHomeButton = std::make_shared<platform::Button>();
+};
+
+FinalStatusVC::FinalStatusVC()
+    : outlets_{std::make_unique<Outlets>()} {}
+
+FinalStatusVC::~FinalStatusVC() = default;
+
 void FinalStatusVC::connect(platform::Interface& interface) {
-    interface.outlet("completeTitleLabel", completeTitleLabel_);
-    interface.outlet("closeAppInfoLabel", closeAppInfoLabel_);
-    interface.outlet("backToHomeButton", backToHomeButton_);
+    interface.outlet("completeTitleLabel", outlets_->completeTitleLabel);
+    interface.outlet("closeAppInfoLabel", outlets_->closeAppInfoLabel);
+    interface.outlet("backToHomeButton", outlets_->backToHomeButton);
     interface.action("newDocSigningTap", [this](const auto&) { dismiss(/*animated=*/true); });
 }
 
@@ -37,10 +51,10 @@ void FinalStatusVC::applyFonts() {
     if (!ui::followsReadingSize(themeObj)) {
         return;
     }
-    ui::followReadingSize(*completeTitleLabel_, themeObj ? themeObj->screenTitleFont : std::nullopt,
+    ui::followReadingSize(*outlets_->completeTitleLabel, themeObj ? themeObj->screenTitleFont : std::nullopt,
                           ui::finalTitleFallback);
-    ui::followReadingSize(*closeAppInfoLabel_, std::nullopt);
-    ui::followReadingSize(*backToHomeButton_, std::nullopt);
+    ui::followReadingSize(*outlets_->closeAppInfoLabel, std::nullopt);
+    ui::followReadingSize(*outlets_->backToHomeButton, std::nullopt);
     ui::limitReadingSize(*view(), themeObj);
 }
 

@@ -20,12 +20,4 @@ public:
     virtual void ocrScanDidComplete(IdvOutcome result) = 0;
 };
 
-/// Hears that the final status screen has gone. Main thread.
-class FinalStatusVCDelegate {
-public:
-    virtual ~FinalStatusVCDelegate() = default;
-
-    virtual void finalStatusDidDisappear() = 0;
-};
-
 } // namespace kivo

@@ -1,8 +1,20 @@
-#include "services/acquisition/qr/inhouse/LuOTPTextField.hpp"
+#include <kivo/LuOTPTextField.hpp>
+
+#include <utility>
 
 namespace kivo {
 
+LuOTPTextField::LuOTPTextField() = default;
+
+LuOTPTextField::~LuOTPTextField() = default;
+
+void LuOTPTextField::setPlaceholderString(std::string placeholder) {
+    placeholderString_ = std::move(placeholder);
+    setPlaceholder(placeholderString_);
+}
+
 bool LuOTPTextField::deleteBackward() {
+    const auto self = shared_from_this();
     // A field with text has its delegate asked by the deletion itself.
     const bool wasEmpty = text().empty();
     const bool changed = TextField::deleteBackward();
@@ -10,6 +22,12 @@ bool LuOTPTextField::deleteBackward() {
         listener->shouldChangeCharacters(*this, {.location = 0, .length = 0}, "");
     }
     return changed;
+}
+
+void LuOTPTextField::describe(platform::LayoutMembers& members) {
+    members.text("placeholderString", [this](std::string text) { setPlaceholderString(std::move(text)); });
+    members.color("borderColorOfTextField", members.into(borderColorOfTextField));
+    members.number("borderWidthOfTextField", 0, 1000, members.into(borderWidthOfTextField));
 }
 
 } // namespace kivo

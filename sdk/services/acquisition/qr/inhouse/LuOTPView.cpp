@@ -1,10 +1,10 @@
-#include "services/acquisition/qr/inhouse/LuOTPView.hpp"
-
 #include "Models/Characters.hpp"
 
+#include <kivo/LuOTPView.hpp>
 #include <kivo/platform/Text.hpp>
 #include <kivo/ui/LayerStyle.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -40,37 +40,65 @@ std::size_t position(const LuOTPTextField& field) {
 
 } // namespace
 
+/// What a person has entered so far.
+struct LuOTPView::Entry {
+    std::shared_ptr<LuOTPTextField> activeField;
+    std::vector<std::string> characters;
+    bool isComplete = false;
+};
+
+LuOTPView::LuOTPView()
+    : entry_{std::make_unique<Entry>()} {}
+
+LuOTPView::~LuOTPView() = default;
+
+const std::shared_ptr<LuOTPTextField>& LuOTPView::aciveTextField() const {
+    return entry_->activeField;
+}
+
+const std::vector<std::string>& LuOTPView::secureEntryData() const {
+    return entry_->characters;
+}
+
+bool LuOTPView::hasEnteredAllOTP() const {
+    return entry_->isComplete;
+}
+
 std::shared_ptr<LuOTPTextField> LuOTPView::field(int tag) {
     if (tag < 1 || tag > otpTextFieldsCount) {
         return nullptr;
     }
+    entry_->characters.resize(static_cast<std::size_t>(otpTextFieldsCount));
     for (const auto& subview : subviews()) {
         if (auto field = std::dynamic_pointer_cast<LuOTPTextField>(subview); field && field->tag() == tag) {
+            takeIn(*field);
             return field;
         }
     }
-    return makeField(tag);
+    auto made = std::make_shared<LuOTPTextField>();
+    made->setTag(tag);
+    takeIn(*made);
+    addSubview(made);
+    return made;
 }
 
-std::shared_ptr<LuOTPTextField> LuOTPView::makeField(int tag) {
-    secureEntryData.resize(static_cast<std::size_t>(otpTextFieldsCount));
-    auto field = std::make_shared<LuOTPTextField>();
-    field->setDelegate(std::static_pointer_cast<LuOTPView>(shared_from_this()));
-    field->setTag(tag);
-    field->setFrame(frameOf(tag));
-    field->setFont(otpTextFieldFont);
-    if (otpTextFieldFontColor) {
-        field->setTextColor(*otpTextFieldFontColor);
+/// Makes the field one of the row, unless it is already.
+void LuOTPView::takeIn(LuOTPTextField& field) {
+    if (field.delegate().get() == this) {
+        return;
     }
-    field->setKeyboardType(platformKeyboard(otpTextFieldInputType));
-    applyBorder(*field);
-    field->setTintColor(shouldRequireCursor ? cursorColor : Color::clear());
-    field->setBackgroundColor(otpTextFieldDefaultBackgroundColor);
-    field->setPlaceholder(field->placeholderString);
-    field->setAutocorrected(false);
-    field->setTextAlignment(platform::TextAlignment::center);
-    addSubview(field);
-    return field;
+    field.setDelegate(std::static_pointer_cast<LuOTPView>(shared_from_this()));
+    field.setFrame(frameOf(field.tag()));
+    field.setFont(otpTextFieldFont);
+    if (otpTextFieldFontColor) {
+        field.setTextColor(*otpTextFieldFontColor);
+    }
+    field.setKeyboardType(platformKeyboard(otpTextFieldInputType));
+    applyBorder(field);
+    field.setTintColor(shouldRequireCursor ? cursorColor : Color::clear());
+    field.setBackgroundColor(otpTextFieldDefaultBackgroundColor);
+    field.setAutocorrected(false);
+    field.setTextAlignment(platform::TextAlignment::center);
 }
 
 /// The row is centred in the view.
@@ -91,9 +119,38 @@ void LuOTPView::layoutSubviews() {
     }
 }
 
+platform::Size LuOTPView::sizeThatFits(double widthLimit) {
+    const double count = std::max(otpTextFieldsCount, 0);
+    const double width = count * otpTextFieldSize + std::max(count - 1, 0.0) * otpTextFieldSeparatorSpace;
+    return {.width = std::min(width, widthLimit), .height = otpTextFieldSize};
+}
+
+void LuOTPView::describe(platform::LayoutMembers& members) {
+    constexpr int mostFields = 32;
+    constexpr double mostPoints = 1000;
+    members.integer("otpTextFieldsCount", 0, mostFields, members.into(otpTextFieldsCount));
+    members.choice("otpTextFieldInputType", {"numeric", "alphabet", "alphaNumeric"},
+                   [this](std::size_t index) { otpTextFieldInputType = static_cast<KeyboardType>(index); });
+    members.font("otpTextFieldFont", members.into(otpTextFieldFont));
+    members.flag("otpTextFieldEntrySecureType", members.into(otpTextFieldEntrySecureType));
+    members.flag("otpFilledEntryDisplay", members.into(otpFilledEntryDisplay));
+    members.flag("shouldRequireCursor", members.into(shouldRequireCursor));
+    members.color("cursorColor", members.into(cursorColor));
+    members.number("otpTextFieldSize", 0, mostPoints, members.into(otpTextFieldSize));
+    members.number("otpTextFieldSeparatorSpace", 0, mostPoints, members.into(otpTextFieldSeparatorSpace));
+    members.number("otpTextFieldBorderWidth", 0, mostPoints, members.into(otpTextFieldBorderWidth));
+    members.number("otpTextFieldActiveBorderWidth", 0, mostPoints, members.into(otpTextFieldActiveBorderWidth));
+    members.color("otpTextFieldDefaultBackgroundColor", members.into(otpTextFieldDefaultBackgroundColor));
+    members.color("otpTextFieldEnteredBackgroundColor", members.into(otpTextFieldEnteredBackgroundColor));
+    members.color("otpTextFieldDefaultBorderColor", members.into(otpTextFieldDefaultBorderColor));
+    members.color("otpTextFieldActiveBorderColor", members.into(otpTextFieldActiveBorderColor));
+    members.color("otpTextFieldErrorBorderColor", members.into(otpTextFieldErrorBorderColor));
+    members.color("otpTextFieldFontColor", members.into(otpTextFieldFontColor));
+}
+
 void LuOTPView::getResponder() {
-    auto target = aciveTextField;
-    if (hasEnteredAllOTP) {
+    auto target = entry_->activeField;
+    if (entry_->isComplete) {
         target = field(otpTextFieldsCount);
     } else if (!target) {
         target = field(1);
@@ -104,7 +161,7 @@ void LuOTPView::getResponder() {
 }
 
 bool LuOTPView::textFieldShouldBeginEditing(TextField& editing) {
-    aciveTextField = field(editing.tag());
+    entry_->activeField = field(editing.tag());
     ui::setBorderColorExt(editing, otpTextFieldDefaultBorderColor);
     return true;
 }
@@ -123,7 +180,7 @@ void LuOTPView::textFieldDidEndEditing(TextField& /*field*/) {
 
 bool LuOTPView::shouldChangeCharacters(TextField& changing, TextRange range, const std::string& replacement) {
     const auto own = field(changing.tag());
-    if (!own) {
+    if (own.get() != &changing) {
         return false;
     }
     const auto result = replaced(changing.text(), range, replacement);
@@ -131,20 +188,20 @@ bool LuOTPView::shouldChangeCharacters(TextField& changing, TextRange range, con
         deletion(*own);
     } else if (otpTextFieldInputType != KeyboardType::alphabet || text::containsLetter(result)) {
         characterTyped(*own, replacement);
-    } else if (aciveTextField) {
-        ui::setBorderColorExt(*aciveTextField, otpTextFieldDefaultBorderColor);
+    } else if (entry_->activeField) {
+        ui::setBorderColorExt(*entry_->activeField, otpTextFieldDefaultBorderColor);
     }
     return false;
 }
 
 void LuOTPView::characterTyped(LuOTPTextField& typed, const std::string& character) {
-    secureEntryData[position(typed)] = character;
+    entry_->characters[position(typed)] = character;
     typed.setBackgroundColor(otpTextFieldEnteredBackgroundColor);
     typed.setText(shown(character));
     applyBorder(typed);
     if (const auto next = field(typed.tag() + 1)) {
         next->becomeFirstResponder();
-        aciveTextField = next;
+        entry_->activeField = next;
         ui::setBorderColorExt(*next, otpTextFieldDefaultBorderColor);
     } else {
         typed.resignFirstResponder();
@@ -161,13 +218,13 @@ std::string LuOTPView::shown(const std::string& character) const {
 
 void LuOTPView::completionCheck() {
     std::string code;
-    for (const auto& entry : secureEntryData) {
+    for (const auto& entry : entry_->characters) {
         code += entry;
     }
     if (text::characterCount(code) != static_cast<std::size_t>(otpTextFieldsCount)) {
         return;
     }
-    hasEnteredAllOTP = true;
+    entry_->isComplete = true;
     for (int tag = 1; tag <= otpTextFieldsCount; ++tag) {
         ui::setBorderColorExt(*field(tag), otpTextFieldDefaultBorderColor);
     }
@@ -186,18 +243,18 @@ void LuOTPView::deletion(LuOTPTextField& deleted) {
     }
     clear(deleted);
     if (previous) {
-        aciveTextField = previous;
+        entry_->activeField = previous;
         previous->setBackgroundColor(darkBlue);
     }
 }
 
 void LuOTPView::clear(LuOTPTextField& cleared) {
-    secureEntryData[position(cleared)].clear();
+    entry_->characters[position(cleared)].clear();
     cleared.setText("");
     cleared.becomeFirstResponder();
-    hasEnteredAllOTP = false;
-    if (aciveTextField) {
-        applyBorder(*aciveTextField);
+    entry_->isComplete = false;
+    if (entry_->activeField) {
+        applyBorder(*entry_->activeField);
     }
 }
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+#include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Font.hpp>
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kivo::platform {
+
+/// A view's side of its description in a storyboard: the view names the members that it has there beyond those of its
+/// base, each with what to do with a value. A value of the wrong type or out of bounds is an error of the storyboard.
+class KIVO_EXPORT LayoutMembers {
+public:
+    virtual ~LayoutMembers() = default;
+
+    virtual void flag(std::string_view name, const std::function<void(bool)>& set) = 0;
+    virtual void integer(std::string_view name, int least, int most, const std::function<void(int)>& set) = 0;
+    virtual void number(std::string_view name, double least, double most, const std::function<void(double)>& set) = 0;
+    /// A text, perhaps of the bundle's string table.
+    virtual void text(std::string_view name, const std::function<void(std::string)>& set) = 0;
+    /// A colour that the asset catalogue lacks sets nothing.
+    virtual void color(std::string_view name, const std::function<void(Color)>& set) = 0;
+    virtual void font(std::string_view name, const std::function<void(Font)>& set) = 0;
+    /// One of `words`; `set` hears its index.
+    virtual void choice(std::string_view name, const std::vector<std::string_view>& words,
+                        const std::function<void(std::size_t)>& set) = 0;
+
+    /// Has a member's value put into `slot`, which must live as long as the view.
+    template <class T>
+    static auto into(T& slot) {
+        return [&slot](auto value) { slot = std::move(value); };
+    }
+};
+
+/// A base, beside `View`, of view classes with members of their own in storyboards. Register the class with
+/// `Storyboard::registerView`.
+class KIVO_EXPORT DescribedInLayouts {
+public:
+    virtual ~DescribedInLayouts() = default;
+
+    /// Names the view's own members. Called while the view is made from a storyboard, more than once.
+    virtual void describe(LayoutMembers& members) = 0;
+};
+
+} // namespace kivo::platform
