@@ -69,7 +69,7 @@ public:
     /// Of the characters; absent leaves the field's own.
     std::optional<platform::Color> otpTextFieldFontColor;
 
-    /// Called with the code whenever a typed character has made it complete.
+    /// Called with the code whenever a typed character has made it complete. The fields' borders are set afterwards.
     std::function<void(std::string)> otpEnteredString;
     /// Called with true when editing begins and with false when it ends, also in passing from one field to the next.
     std::function<void(bool)> isEditing;

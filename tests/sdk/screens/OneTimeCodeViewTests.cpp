@@ -170,11 +170,29 @@ TEST_F(OneTimeCodeView, IsLaidOutByAHostsOwnStoryboard) {
     }
 }
 
-TEST_F(OneTimeCodeView, TellsWhenEditingBeginsAndEnds) {
+TEST_F(OneTimeCodeView, TellsTheCodeBeforeItSetsTheBorders) {
     shown([](LuOTPView& otp) { otp.otpTextFieldsCount = 1; })->getResponder();
     EXPECT_EQ(editing, std::vector<bool>{true});
+    view->otpEnteredString = [this](const std::string& code) {
+        codes.push_back(code);
+        view->otpEnteredString = nullptr;
+        view->otpTextFieldDefaultBorderColor = Color::white();
+    };
     press({"7"});
+    EXPECT_EQ(codes, Texts{"7"});
+    EXPECT_EQ(view->field(1)->layer().borderColor, Color::white());
     EXPECT_EQ(editing, (std::vector<bool>{true, false}));
+}
+
+TEST_F(OneTimeCodeView, HearsNoKeyThatAPersonCouldNotPress) {
+    shown()->getResponder();
+    press({"1"});
+    for (const bool isCovered : {false, true}) {
+        view->setHidden(!isCovered);
+        view->field(2)->setEnabled(!isCovered);
+        EXPECT_FALSE(view->field(2)->deleteBackward());
+        EXPECT_EQ(view->secureEntryData().front(), "1");
+    }
 }
 
 TEST_F(OneTimeCodeView, GivesTheFocusToWhereTypingGoesOn) {

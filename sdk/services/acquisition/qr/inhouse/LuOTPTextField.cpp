@@ -18,7 +18,9 @@ bool LuOTPTextField::deleteBackward() {
     // A field with text has its delegate asked by the deletion itself.
     const bool wasEmpty = text().empty();
     const bool changed = TextField::deleteBackward();
-    if (const auto listener = delegate(); wasEmpty && listener) {
+    // A field that nobody can reach has not heard the key.
+    const bool hasHeard = isReachable() && isFirstResponder();
+    if (const auto listener = delegate(); wasEmpty && hasHeard && listener) {
         listener->shouldChangeCharacters(*this, {.location = 0, .length = 0}, "");
     }
     return changed;

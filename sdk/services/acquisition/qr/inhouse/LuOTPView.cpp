@@ -225,11 +225,13 @@ void LuOTPView::completionCheck() {
         return;
     }
     entry_->isComplete = true;
+    const auto self = shared_from_this();
+    // Called by a copy: the host may replace or drop the callback in its answer.
+    if (const auto entered = otpEnteredString) {
+        entered(std::move(code));
+    }
     for (int tag = 1; tag <= otpTextFieldsCount; ++tag) {
         ui::setBorderColorExt(*field(tag), otpTextFieldDefaultBorderColor);
-    }
-    if (otpEnteredString) {
-        otpEnteredString(std::move(code));
     }
 }
 
