@@ -15,7 +15,11 @@ namespace kivo {
 ///
 /// Every request ends in exactly one call of its `response`. Requests that go to the identity service answer on the
 /// SDK's transport thread, one at a time; requests that fail before anything is sent (no session, no network, no
-/// attempts left) answer on the calling thread before the call returns. Screens answer on the main queue.
+/// attempts left) answer on the calling thread before the call returns. Screens answer on the main thread.
+///
+/// Inside the answer to a request, further requests, `resumeInBrowser` and `reset` may be called; what touches screens
+/// (`acquire`, the context, the theme) may not, unless the answer runs on the main thread. A `response` is copied; what
+/// it captures goes with the last copy, on the calling thread or on the transport's.
 class KIVO_EXPORT KivoAPI {
 public:
     virtual ~KivoAPI() = default;
@@ -33,7 +37,7 @@ public:
     virtual void setTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
     /// Shows the screen that acquires `object`: pushed where the context is in a navigation stack (under what
-    /// covers the stack, if anything), presented elsewhere.
+    /// covers the stack, if anything), presented elsewhere. `config` is not read: the configuration counts with `join`.
     /// `response` may be called more than once: a person can deliver a code and then close the screen. A later
     /// `acquire` replaces it; it is held until then. A screen that cannot be made ends in `UNKNOWN_ERROR`; the log says
     /// why. Objects that are for uploads only, and `ocrScan` before interface version 16, are ignored without an
@@ -44,7 +48,8 @@ public:
     /// Joins the session of an activation code. Succeeds with `JOIN_SESSION` and the transaction identifier; the
     /// session is kept in the keychain, one for all interface versions, and takes the place of an earlier one even when
     /// the service refuses it. `status`, `commit`, `resumeInBrowser` and screens go on with it in another process;
-    /// `update` and `upload` need a join in this one. Without a config it fails with `INVALID_JOIN_SESSION`.
+    /// `update` needs a join through this object, `upload` a join in this process. Without a config it fails with
+    /// `INVALID_JOIN_SESSION`.
     virtual void join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) = 0;
 
     /// Reports an action and a message, UTF-8 texts, to the session. Succeeds with `UPDATE_SESSION`.
@@ -65,7 +70,8 @@ public:
     /// when no attempt is left, and before a join of this process has brought a limit.
     virtual void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) = 0;
 
-    /// Forgets the joined session. The session API object stays usable for another join.
+    /// Deletes the stored session. Requests under way go on; the activation code, the theme, the context and the
+    /// attempts left stay as they are, and the object is ready for another join.
     virtual void reset() = 0;
 };
 

@@ -20,8 +20,11 @@ typedef void (^KivoCompletion)(ObjCResult* result);
 ///
 /// Every request ends in exactly one call of its `response`. Requests that go to the identity service answer on the
 /// library's transport thread, one at a time; requests that fail before anything is sent (no session, no network, no
-/// attempts left) answer on the calling thread before the call returns. Screens answer on the main queue (see
+/// attempts left) answer on the calling thread before the call returns. Screens answer on the main thread (see
 /// `KivoMainQueue`). A nil `response` drops the outcome.
+///
+/// Inside the answer to a request, further requests, `resumeInBrowser` and `reset` may be called; what touches screens
+/// (acquire, the context, the theme) may not, unless the answer runs on the main thread.
 __attribute__((visibility("default")))
 @interface KivoAPIProvider : KivoObject {
 @private
@@ -38,17 +41,19 @@ __attribute__((visibility("default")))
 /// on one that is in no window it answers "UNKNOWN_ERROR", on the main queue. It is held until another takes its place.
 - (void)setContextWithViewController:(nullable KivoViewController*)viewController;
 
-/// Shows the screen that acquires `object`. `response` may be called more than once: a person can deliver a code and
-/// then close the screen. A later acquire replaces it, and it is released then. Objects that
-/// are for uploads only, and the ID scan before interface version 16, are ignored without an answer.
+/// Shows the screen that acquires `object`. `config` is not read: the configuration counts with the join. `response`
+/// may be called more than once: a person can deliver a code and then close the screen. A later acquire replaces it,
+/// and it is released then. Objects that are for uploads only, and the ID scan before interface version 16, are ignored
+/// without an answer.
 - (void)acquireWithAcquisitionObject:(AcquisitionObject)object
                               config:(nullable AcquisitionConfig*)config
                             response:(nullable KivoCompletion)response;
 
 /// Joins the session of an activation code. Succeeds with `IdvEventsJOIN_SESSION` and the transaction identifier; the
 /// session is kept in the keychain, one for all interface versions, and takes the place of an earlier one even when the
-/// service refuses it. Status, commit, resuming and screens go on with it in another process; update and upload need a
-/// join in this one. Without a config it fails with "INVALID_JOIN_SESSION".
+/// service refuses it. Status, commit, resuming and screens go on with it in another process; update needs a join
+/// through a provider of this version in this process, upload a join in this process. Without a config it fails with
+/// "INVALID_JOIN_SESSION".
 - (void)joinForCode:(NSString*)code
              config:(nullable AcquisitionConfig*)config
            response:(nullable KivoCompletion)response;
@@ -72,7 +77,8 @@ __attribute__((visibility("default")))
                                data:(NSString*)data
                            response:(nullable KivoCompletion)response;
 
-/// Forgets the joined session. The provider stays usable for another join.
+/// Deletes the stored session. Requests under way go on; the activation code, the theme, the context and the attempts
+/// left stay as they are, and the provider is ready for another join.
 - (void)reset;
 
 @end
