@@ -46,10 +46,11 @@ TEST_F(ObjCTheme, ReachesTheLooksOfTheVendorsScreens) {
     EXPECT_EQ([look.retryScreenSlideshowImages count], 1U);
 
     ReadIDUIResourcesWrapper* const wrapper = [[ReadIDUIResourcesWrapper new] autorelease];
+    KivoReadIDUIResources* const resources = ThemeCustomization.passportScanViewCustomization;
+    resources.customStringTableName = nil;
     EXPECT_TRUE([wrapper.customStringTableName isEqual:@""]);
     wrapper.customStringTableName = @"Reading";
     wrapper.titleFont = [KivoFont systemFontOfSize:23];
-    KivoReadIDUIResources* const resources = ThemeCustomization.passportScanViewCustomization;
     EXPECT_TRUE([resources.customStringTableName isEqual:@"Reading"]);
     EXPECT_TRUE([resources.titleFont isEqual:wrapper.titleFont]);
 }

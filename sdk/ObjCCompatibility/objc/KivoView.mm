@@ -1,5 +1,6 @@
 #include "Properties.h"
 
+#include <kivo/LuOTPView.hpp>
 #import <kivo/objc/KivoNative.h>
 #include <kivo/ui/LayerStyle.hpp>
 
@@ -16,6 +17,17 @@ View& native(KivoView* view) {
 
 std::optional<kivo::platform::Color> nativeColor(KivoColor* color) {
     return color ? std::optional{[color nativeColor]} : std::nullopt;
+}
+
+/// The class that stands for the view's own.
+Class classOf(View* view) {
+    if (dynamic_cast<kivo::LuOTPView*>(view)) {
+        return [LuOTPView class];
+    }
+    if (dynamic_cast<kivo::LuOTPTextField*>(view)) {
+        return [LuOTPTextField class];
+    }
+    return dynamic_cast<Button*>(view) ? [KivoButton class] : [KivoView class];
 }
 
 } // namespace
@@ -127,8 +139,7 @@ std::optional<kivo::platform::Color> nativeColor(KivoColor* color) {
 @implementation KivoView (Native)
 
 + (nullable KivoView*)viewWithNative:(const std::shared_ptr<View>&)view {
-    const Class kind = std::dynamic_pointer_cast<Button>(view) ? [KivoButton class] : [KivoView class];
-    return [[[kind alloc] initWithNative:view] autorelease];
+    return [[[classOf(view.get()) alloc] initWithNative:view] autorelease];
 }
 
 - (std::shared_ptr<View>)nativeView {

@@ -6,6 +6,7 @@
 #import <kivo/objc/ActivationResponse.h>
 #import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
+#import <kivo/objc/LuOTPView.h>
 #import <kivo/objc/ThemeCustomization.h>
 
 #include <memory>

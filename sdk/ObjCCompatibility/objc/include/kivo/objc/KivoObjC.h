@@ -7,6 +7,7 @@
 #import <kivo/objc/ActivationResponse.h>
 #import <kivo/objc/CodeTextFieldStyle.h>
 #import <kivo/objc/DocumentListConfigurationStatus.h>
+#import <kivo/objc/FinalStatusVC.h>
 #import <kivo/objc/IdvEvents.h>
 #import <kivo/objc/IdvResult.h>
 #import <kivo/objc/KivoAPIProvider.h>
@@ -22,6 +23,7 @@
 #import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
 #import <kivo/objc/LogLevel.h>
+#import <kivo/objc/LuOTPView.h>
 #import <kivo/objc/ObjCResult.h>
 #import <kivo/objc/SDKEnv.h>
 #import <kivo/objc/SdkVersions.h>

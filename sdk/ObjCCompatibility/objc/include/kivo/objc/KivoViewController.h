@@ -1,5 +1,6 @@
 #pragma once
 
+#import <kivo/objc/KivoBundle.h>
 #import <kivo/objc/KivoView.h>
 
 NS_ASSUME_NONNULL_BEGIN
@@ -14,8 +15,20 @@ __attribute__((visibility("default")))
 - (instancetype)init;
 + (instancetype)new;
 
+/// A new screen, laid out by a scene of the bundle's resource `name`.storyboard. Nil where that cannot be made; a line
+/// of `Services::diagnostics`, on standard error by default, says why.
++ (nullable KivoViewController*)viewControllerWithIdentifier:(NSString*)identifier
+                                                inStoryboard:(NSString*)name
+                                                    ofBundle:(KivoBundle*)bundle;
+
 /// The screen's own view; made on first use.
 @property (nonatomic, readonly) KivoView* view;
+
+/// Shows `viewController` over this screen, or over the one that this screen already presents.
+- (void)presentViewController:(KivoViewController*)viewController;
+
+/// Takes away what this screen presents or, when it presents nothing, this screen itself.
+- (void)dismiss;
 
 @end
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#import <kivo/objc/ActivationResponse.h>
+#import <kivo/objc/KivoViewController.h>
+#import <kivo/objc/ThemeCustomization.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+/// Hears that the final status screen has gone. Called on the main thread.
+@protocol FinalStatusVCDelegate <NSObject>
+
+/// The screen began to disappear 0.1 seconds ago, whoever took it away.
+- (void)finalStatusDidDisappear;
+
+@end
+
+/// The screen at the end: all is done, the application can be closed. Main thread only.
+///
+/// The SDK never presents the screen: a host makes it with `viewControllerWithIdentifier:inStoryboard:ofBundle:` from a
+/// scene of the class "FinalStatusVC", sets the properties and presents it.
+__attribute__((visibility("default")))
+@interface FinalStatusVC : KivoViewController {
+@private
+    struct KivoFinalStatusListener* _listener;
+}
+
+- (instancetype)init __attribute__((unavailable("make the screen from a storyboard")));
++ (instancetype)new __attribute__((unavailable("make the screen from a storyboard")));
+
+/// Not retained: set it to nil before it goes, as long as the screen is there. Nil at first.
+@property (nonatomic, assign, nullable) id<FinalStatusVCDelegate> delegate;
+/// Gives the title its font and limits the reading size; nil at first, which leaves the SDK's own font and no limits.
+@property (nonatomic, retain, nullable) ThemeCustomization* themeObj;
+/// The session that ends here, kept for the host: the screen does not read it. Nil at first.
+@property (nonatomic, retain, nullable) ActivationResponse* sessionObject;
+
+@end
+
+NS_ASSUME_NONNULL_END
