@@ -145,8 +145,12 @@ public:
     /// Calls `action` when the view, or one above it that takes no touches itself, is tapped.
     void addTapAction(std::function<void()> action);
 
-    /// A person's tap on this view, wherever in it. Goes up to the first view that wants it; ignored by hidden or
-    /// disabled views. Returns whether one took it.
+    /// A person's tap that has met this view, wherever in it. Which view a finger meets is the question of
+    /// `Window::hitTest`: this function does not look for views of the same screen that cover this one.
+    ///
+    /// A view that refuses input passes the tap on to the view around it, and from there the tap goes up to the first
+    /// view that wants it. Nothing happens where the view is not visible, where another screen covers this one, or
+    /// where a disabled control comes first. Returns whether a view took the tap.
     bool touch();
 
     virtual bool canBecomeFirstResponder() const { return false; }
