@@ -1,8 +1,7 @@
 #include "AssetCatalogue.hpp"
 
 #include "ReadFile.hpp"
-
-#include <nlohmann/json.hpp>
+#include "json/Json.hpp"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +16,6 @@ namespace kivo::platform {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 constexpr auto contentsFile = "Contents.json";
 
@@ -27,39 +25,41 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-Json readContents(const fs::path& set) {
+json::Value readContents(const fs::path& set) {
     const auto bytes = readFile(set / contentsFile);
     if (!bytes || !*bytes) {
         throw Malformed{bytes ? "does not exist" : bytes.error()};
     }
-    auto contents = Json::parse(**bytes, nullptr, false);
-    if (!contents.is_object()) {
-        throw Malformed{"is not JSON with an object in it"};
+    auto contents = json::read(**bytes);
+    if (!contents && contents.error().isBeyondLimits()) {
+        throw Malformed{"is larger or deeper than a file of a set may be"};
     }
-    return contents;
+    if (!contents || contents->kind() != json::Kind::object) {
+        throw Malformed{"is no JSON with an object in it"};
+    }
+    return std::move(*contents);
 }
 
-const Json& entries(const Json& contents, const char* name) {
-    const auto found = contents.find(name);
-    if (found == contents.end() || !found->is_array()) {
+std::span<const json::Value> entries(const json::Value& contents, const char* name) {
+    const auto* const found = contents.find(name);
+    if (found == nullptr || found->kind() != json::Kind::array) {
         throw Malformed{"has no list \"" + std::string{name} + "\""};
     }
-    return *found;
+    return found->elements();
 }
 
-std::string text(const Json& object, const char* name) {
-    const auto found = object.is_object() ? object.find(name) : object.end();
-    return object.is_object() && found != object.end() && found->is_string() ? found->get<std::string>()
-                                                                             : std::string{};
+std::string text(const json::Value& object, const char* name) {
+    const auto* const found = object.textOf(name);
+    return found != nullptr ? *found : std::string{};
 }
 
 /// The entry for every device that is not for a certain appearance, such as a dark one.
-bool isUniversal(const Json& entry) {
-    return entry.is_object() && text(entry, "idiom") == "universal" && !entry.contains("appearances");
+bool isUniversal(const json::Value& entry) {
+    return text(entry, "idiom") == "universal" && entry.find("appearances") == nullptr;
 }
 
 /// "0.5" is a fraction; "128" and "0x80" count in 255ths.
-double component(const Json& components, const char* name) {
+double component(const json::Value& components, const char* name) {
     const auto written = text(components, name);
     const auto end = written.data() + written.size();
     const bool isHex = written.starts_with("0x") || written.starts_with("0X");
@@ -84,13 +84,13 @@ double component(const Json& components, const char* name) {
 Color readColor(const fs::path& set) {
     const auto contents = readContents(set);
     for (const auto& entry : entries(contents, "colors")) {
-        if (!isUniversal(entry) || !entry.contains("color")) {
+        const auto* const color = isUniversal(entry) ? entry.find("color") : nullptr;
+        if (color == nullptr) {
             continue;
         }
-        const auto& color = entry["color"];
-        const Json none;
-        const auto found = color.find("components");
-        const auto& components = found == color.end() ? none : *found;
+        const json::Value none;
+        const auto* const found = color->find("components");
+        const auto& components = found != nullptr ? *found : none;
         return {.red = component(components, "red"),
                 .green = component(components, "green"),
                 .blue = component(components, "blue"),
@@ -125,14 +125,14 @@ std::optional<Size> pictureSize(const fs::path& path, double scale) {
     return Size{width / scale, height / scale};
 }
 
-double scaleOf(const Json& entry) {
+double scaleOf(const json::Value& entry) {
     const auto scale = text(entry, "scale");
     return scale == "3x" ? 3 : scale == "2x" ? 2 : 1;
 }
 
 std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view name) {
     const auto contents = readContents(set);
-    const Json* best = nullptr;
+    const json::Value* best = nullptr;
     for (const auto& entry : entries(contents, "images")) {
         if (isUniversal(entry) && !text(entry, "filename").empty() && (!best || scaleOf(entry) > scaleOf(*best))) {
             best = &entry;

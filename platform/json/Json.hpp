@@ -115,6 +115,8 @@ public:
     std::span<const Member> members() const;
     const Value* find(std::string_view name) const;
     Value* find(std::string_view name);
+    /// The text that is the member of that name.
+    const std::string* textOf(std::string_view name) const;
 
 private:
     friend class Reading;

@@ -178,4 +178,9 @@ Value* Value::find(std::string_view name) {
     return object ? object->find(name) : nullptr;
 }
 
+const std::string* Value::textOf(std::string_view name) const {
+    const auto* const member = find(name);
+    return member ? member->text() : nullptr;
+}
+
 } // namespace kivo::json

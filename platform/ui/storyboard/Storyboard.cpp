@@ -24,12 +24,15 @@ using storyboard::Where;
 struct Storyboard::Contents {
     std::string file;
     std::shared_ptr<Bundle> bundle;
-    nlohmann::json root;
+    json::Value root;
 
     Value rootValue() const { return {root, Where{file}, *bundle}; }
 };
 
 namespace {
+
+/// A tree of views as deep as one may be has two levels a view, and some around it.
+constexpr json::Limits limits{.bytes = largestFile, .depth = 256, .members = 200'000, .comments = true};
 
 /// A scene of the file, read but for its connections to a screen.
 struct ReadScene {
@@ -49,20 +52,26 @@ std::string readWhole(const std::filesystem::path& path) {
     return std::move(**bytes);
 }
 
-nlohmann::json parse(const std::string& bytes, const std::string& file) {
-    try {
-        return nlohmann::json::parse(bytes, nullptr, true, true);
-    } catch (const nlohmann::json::parse_error& error) {
-        const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, bytes.size()));
-        const auto line = std::count(bytes.begin(), end, '\n') + 1;
-        const auto lineStart = std::find(std::make_reverse_iterator(end), bytes.rend(), '\n').base();
-        Where{file}
-            .in("line " + std::to_string(line) + ", column " +
-                std::to_string(std::max<std::ptrdiff_t>(end - lineStart, 1)))
-            .fail("this is no JSON; correct it here or just before.");
-    } catch (const nlohmann::json::exception&) {
-        Where{file}.fail("a number is beyond all bounds; write a smaller one.");
+json::Value parse(const std::string& bytes, const std::string& file) {
+    auto content = json::read(bytes, limits);
+    if (content) {
+        return std::move(*content);
     }
+    const auto& [kind, offset] = content.error();
+    const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(offset + 1, bytes.size()));
+    const auto line = std::count(bytes.begin(), end, '\n') + 1;
+    const auto lineStart = std::find(std::make_reverse_iterator(end), bytes.rend(), '\n').base();
+    const auto where = Where{file}.in("line " + std::to_string(line) + ", column " +
+                                      std::to_string(std::max<std::ptrdiff_t>(end - lineStart, 1)));
+    if (kind == json::Refusal::Kind::notJson) {
+        where.fail("this is no JSON; correct it here or just before.");
+    }
+    if (kind == json::Refusal::Kind::tooDeep) {
+        where.fail("objects and lists are nested more than " + std::to_string(limits.depth) +
+                   " deep; flatten the tree.");
+    }
+    where.fail("the file has more than " + std::to_string(limits.members) +
+               " members and elements of lists; split it into several storyboards.");
 }
 
 void readConstraints(const Value& value, ReadScene& scene) {
@@ -117,16 +126,17 @@ Value scenesOf(const Value& root) {
 
 Value sceneValue(const Value& root, const std::string& identifier) {
     const auto scenes = scenesOf(root);
-    if (!scenes.json.is_object() || !scenes.json.contains(identifier)) {
+    const auto* const scene = scenes.content.find(identifier);
+    if (scene == nullptr) {
         root.where.fail("there is no scene " + inQuotes(identifier) + R"(; add it to "scenes".)");
     }
-    return {scenes.json.at(identifier), root.where.in("scene " + inQuotes(identifier)), root.bundle};
+    return {*scene, root.where.in("scene " + inQuotes(identifier)), root.bundle};
 }
 
 void checkSegues(const Scene& scene, const Value& scenes) {
     for (auto segue = scene.segues.begin(); segue != scene.segues.end(); ++segue) {
         const auto& [identifier, destination, kind] = segue->description;
-        if (!scenes.json.contains(destination)) {
+        if (scenes.content.find(destination) == nullptr) {
             segue->where.fail("the destination " + inQuotes(destination) + " is no scene of this storyboard.");
         }
         const auto same = std::any_of(scene.segues.begin(), segue, [&](const ButtonSegue& other) {

@@ -25,48 +25,60 @@ std::optional<Color> hexColor(std::string_view digits) {
     return Color{.red = channel(24), .green = channel(16), .blue = channel(8), .alpha = channel(0)};
 }
 
+/// The shortest way to write the number.
+std::string words(double number) {
+    std::array<char, 32> digits{};
+    const auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+    return {digits.begin(), end};
+}
+
 } // namespace
 
 void Value::needObject() const {
-    if (!json.is_object()) {
+    if (content.kind() != json::Kind::object) {
         where.fail("this must be an object; write it in braces.");
     }
 }
 
 Value Value::member(std::string_view name) const {
     needObject();
-    const auto found = json.find(name);
-    if (found == json.end()) {
+    const auto* const found = content.find(name);
+    if (found == nullptr) {
         where.fail("the member " + inQuotes(name) + " is missing; add it.");
     }
     return {*found, where.in(inQuotes(name)), bundle};
 }
 
 std::string Value::name() const {
-    if (!json.is_string() || json.get_ref<const std::string&>().empty()) {
+    const auto* const name = content.text();
+    if (name == nullptr || name->empty()) {
         where.fail("this must be a text that is not empty.");
     }
-    return json.get<std::string>();
+    return *name;
 }
 
 bool Value::flag() const {
-    if (!json.is_boolean()) {
+    const auto flag = content.boolean();
+    if (!flag) {
         where.fail("this must be true or false.");
     }
-    return json.get<bool>();
+    return *flag;
 }
 
 double Value::number(double least, double most) const {
-    const auto value = json.is_number() ? json.get<double>() : most + 1;
-    if (value < least || value > most) {
-        where.fail("this must be a number from " + nlohmann::json(least).dump() + " to " + nlohmann::json(most).dump() +
-                   ".");
+    const auto value = content.real();
+    if (!value && content.kind() == json::Kind::number) {
+        where.fail("this number is beyond all bounds; write a smaller one.");
     }
-    return value;
+    if (!value || *value < least || *value > most) {
+        where.fail("this must be a number from " + words(least) + " to " + words(most) + ".");
+    }
+    return *value;
 }
 
 int Value::integer(int least, int most) const {
-    if (!json.is_number_integer()) {
+    const bool isBeyondAll = content.kind() == json::Kind::number && !content.real();
+    if (!content.integer() && !isBeyondAll) {
         where.fail("this must be a whole number.");
     }
     return static_cast<int>(number(least, most));
@@ -77,10 +89,10 @@ double Value::points() const {
 }
 
 std::string Value::text() const {
-    if (json.is_string()) {
-        return json.get<std::string>();
+    if (const auto* const text = content.text()) {
+        return *text;
     }
-    if (!json.is_object() || json.size() != 1 || !json.contains("key")) {
+    if (content.members().size() != 1 || content.find("key") == nullptr) {
         where.fail(R"(this must be a text, or {"key": "..."} for one of the bundle's string table.)");
     }
     return bundle.localizedString(member("key").name());
@@ -157,7 +169,7 @@ Placement Value::placement() const {
 
 EdgeInsets Value::insets() const {
     EdgeInsets insets;
-    if (json.is_number()) {
+    if (content.kind() == json::Kind::number) {
         const auto all = points();
         return {.top = all, .left = all, .bottom = all, .right = all};
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "json/Json.hpp"
 #include "ui/storyboard/LayoutError.hpp"
 
 #include <kivo/platform/Bundle.hpp>
@@ -7,8 +8,6 @@
 #include <kivo/platform/ui/Font.hpp>
 #include <kivo/platform/ui/Geometry.hpp>
 #include <kivo/platform/ui/Placement.hpp>
-
-#include <nlohmann/json.hpp>
 
 #include <optional>
 #include <span>
@@ -21,7 +20,7 @@ namespace kivo::platform::storyboard {
 /// One value of the file, with its place and the bundle in which it looks up names. Every reader fails with a
 /// `LayoutError`.
 struct Value {
-    const nlohmann::json& json;
+    const json::Value& content;
     Where where;
     const Bundle& bundle;
 
@@ -32,8 +31,8 @@ struct Value {
     template <class Take>
     void eachMember(const Take& take) const {
         needObject();
-        for (const auto& [name, content] : json.items()) {
-            take(name, Value{content, where.in(inQuotes(name)), bundle});
+        for (const auto& [name, member] : content.members()) {
+            take(name, Value{member, where.in(inQuotes(name)), bundle});
         }
     }
 

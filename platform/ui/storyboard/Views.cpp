@@ -9,7 +9,7 @@ constexpr int deepestTree = 64;
 
 std::string typeOf(const Value& value) {
     value.needObject();
-    return value.json.contains("type") ? value.member("type").name() : "View";
+    return value.content.find("type") != nullptr ? value.member("type").name() : "View";
 }
 
 bool isStandIn(const Value& value, const Scene& scene) {
@@ -30,9 +30,8 @@ std::shared_ptr<View> makeViewFor(const Value& value, const Scene& scene) {
 }
 
 Where placeOf(const Value& value, std::size_t index, const Where& parent) {
-    const auto outlet = value.json.is_object() ? value.json.find("outlet") : value.json.end();
-    const bool isNamed = value.json.is_object() && outlet != value.json.end() && outlet->is_string();
-    return parent.in(isNamed ? "view " + inQuotes(outlet->get<std::string>()) : "subview " + std::to_string(index + 1));
+    const auto* const outlet = value.content.textOf("outlet");
+    return parent.in(outlet ? "view " + inQuotes(*outlet) : "subview " + std::to_string(index + 1));
 }
 
 void addOutlet(const Value& value, const std::shared_ptr<View>& view, Scene& scene) {
@@ -56,12 +55,12 @@ std::shared_ptr<View> build(const Value& value, Scene& scene, int depth) {
         if (name == "outlet") {
             addOutlet(member, view, scene);
         } else if (name == "subviews") {
-            if (!member.json.is_array()) {
+            if (member.content.kind() != json::Kind::array) {
                 member.where.fail("this must be a list of views.");
             }
-            for (std::size_t i = 0; i < member.json.size(); ++i) {
-                Value subview{member.json[i], member.where, member.bundle};
-                subview.where = placeOf(subview, i, value.where);
+            for (std::size_t i = 0; const auto& element : member.content.elements()) {
+                Value subview{element, member.where, member.bundle};
+                subview.where = placeOf(subview, i++, value.where);
                 view->addSubview(build(subview, scene, depth + 1));
             }
         } else if (!setMember(view, name, member, scene) && !isStandIn(value, scene)) {

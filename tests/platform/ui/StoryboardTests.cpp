@@ -153,6 +153,7 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
         {with(R"({"key": "greeting"})", "7"), {"\"text\"", "must be a text"}},
         {with("\"entry\":", "\"first\":"), {"no scene \"entry\""}},
         {std::string{"{\"scenes\": \"\xFF\"}"}, {"no JSON"}},
+        {std::string(300, '['), {"line 1, column 257", "nested more than 256 deep"}},
     };
     ASSERT_EQ(errorOf(good), "");
     for (const auto& [content, parts] : cases) {
