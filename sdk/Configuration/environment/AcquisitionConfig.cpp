@@ -1,6 +1,6 @@
-#include <kivo/AcquisitionConfig.hpp>
+#include "json/Json.hpp"
 
-#include <nlohmann/json.hpp>
+#include <kivo/AcquisitionConfig.hpp>
 
 #include <array>
 
@@ -23,9 +23,13 @@ constexpr std::array fields{
     Field{AcquisitionConfigKeys::KIVO_IMAGES, "KIVO_IMAGES", &AcquisitionConfig::KIVO_IMAGES},
 };
 
-std::optional<SDKEnv> environmentIn(const nlohmann::json& value) {
+/// The texts are the host's own and as long as the host likes.
+constexpr json::Limits storedLimits{.bytes = std::size_t{16} << 20};
+
+std::optional<SDKEnv> environmentIn(const json::Value* value) {
+    const auto number = value != nullptr ? value->integer() : std::nullopt;
     for (const auto environment : {SDKEnv::PROD, SDKEnv::PREPROD, SDKEnv::TEST, SDKEnv::DEV}) {
-        if (value.is_number_integer() && value == rawValue(environment)) {
+        if (number == rawValue(environment)) {
             return environment;
         }
     }
@@ -59,29 +63,32 @@ AcquisitionConfig::Dictionary AcquisitionConfig::getAsDictionary() const {
 }
 
 std::string AcquisitionConfig::encode() const {
-    nlohmann::ordered_json object;
-    object[storedEnvironment] = rawValue(ENVIRONMENT);
+    json::Object object;
+    object.set(storedEnvironment, rawValue(ENVIRONMENT));
     for (const auto& field : fields) {
-        object[field.storedKey] = this->*field.member;
+        object.set(field.storedKey, this->*field.member);
     }
-    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return json::writeRepaired(object);
 }
 
 std::expected<std::shared_ptr<AcquisitionConfig>, std::string> AcquisitionConfig::decode(std::string_view encoded) {
-    try {
-        const auto object = nlohmann::json::parse(encoded);
-        const auto environment = environmentIn(object.at(storedEnvironment));
-        if (!environment) {
-            return std::unexpected{"ENVIRONMENT is no environment: expected an integer from 0 to 3"};
-        }
-        auto config = std::make_shared<AcquisitionConfig>(*environment, "", "", "", "", "");
-        for (const auto& field : fields) {
-            object.at(field.storedKey).get_to((*config).*field.member);
-        }
-        return config;
-    } catch (const nlohmann::json::exception& error) {
-        return std::unexpected{std::string{error.what()}};
+    const auto object = json::read(encoded, storedLimits);
+    if (!object || object->kind() != json::Kind::object) {
+        return std::unexpected{"the text is no JSON object of less than 16 MiB"};
     }
+    const auto environment = environmentIn(object->find(storedEnvironment));
+    if (!environment) {
+        return std::unexpected{"ENVIRONMENT is no environment: expected an integer from 0 to 3"};
+    }
+    auto config = std::make_shared<AcquisitionConfig>(*environment, "", "", "", "", "");
+    for (const auto& field : fields) {
+        const auto* const text = object->textOf(field.storedKey);
+        if (text == nullptr) {
+            return std::unexpected{std::string{field.storedKey} + " is missing, or is no text"};
+        }
+        (*config).*field.member = *text;
+    }
+    return config;
 }
 
 } // namespace kivo

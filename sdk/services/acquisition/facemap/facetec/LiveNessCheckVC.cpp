@@ -5,6 +5,7 @@
 #include "Models/ErrorManager.hpp"
 #include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
+#include "services/acquisition/facemap/facetec/ScanAnswer.hpp"
 #include "services/acquisition/facemap/facetec/ScanFailures.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "ui/ActivityOverlay.hpp"
@@ -150,7 +151,7 @@ void LiveNessCheckVC::scanDidFail(ResponseCode code) {
 }
 
 void LiveNessCheckVC::handleServerFailure(std::string_view data) {
-    if (const auto refusal = ErrorManager::refusalIn(data)) {
+    if (const auto refusal = ErrorManager::refusalIn(data, ScanAnswer::limits)) {
         report(std::unexpected{*refusal});
     }
 }

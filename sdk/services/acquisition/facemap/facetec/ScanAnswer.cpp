@@ -2,26 +2,22 @@
 
 #include "Models/SessionKeys.hpp"
 
-#include <nlohmann/json.hpp>
-
 #include <utility>
 
 namespace kivo {
 
 std::optional<ScanAnswer> ScanAnswer::decode(std::string_view text) {
-    auto object = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
-    if (!object.is_object()) {
+    auto object = json::read(text, limits);
+    if (!object || object->kind() != json::Kind::object) {
         return std::nullopt;
     }
     ScanAnswer answer;
-    const auto type = object.find(KivoResponseKeys::responseType);
-    answer.isAccepted = type != object.end() && *type == KivoResponseKeys::pass;
-    const auto data = object.find(KivoResponseKeys::responseData);
-    if (data != object.end() && data->is_object()) {
-        const auto blob = data->find(KivoResponseKeys::scanResultBlob);
-        if (blob != data->end() && blob->is_string()) {
-            answer.scanResultBlob = std::move(blob->get_ref<std::string&>());
-        }
+    const auto* const type = object->textOf(KivoResponseKeys::responseType);
+    answer.isAccepted = type != nullptr && *type == KivoResponseKeys::pass;
+    auto* const data = object->find(KivoResponseKeys::responseData);
+    auto* const blob = data != nullptr ? data->find(KivoResponseKeys::scanResultBlob) : nullptr;
+    if (auto* const written = blob != nullptr ? blob->text() : nullptr) {
+        answer.scanResultBlob = std::move(*written);
     }
     return answer;
 }

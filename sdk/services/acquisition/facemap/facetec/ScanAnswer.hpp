@@ -1,5 +1,8 @@
 #pragma once
 
+#include "json/Json.hpp"
+
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,7 +15,10 @@ struct ScanAnswer {
     /// For the vendor's library; empty when the server sent none.
     std::string scanResultBlob;
 
-    /// Absent when the text is no JSON object.
+    /// The text for the vendor's library is as large as the vendor likes; the rest is as small as any answer.
+    static constexpr json::Limits limits{.bytes = std::size_t{16} << 20};
+
+    /// Absent when the text is no JSON object, or is beyond the limits.
     static std::optional<ScanAnswer> decode(std::string_view text);
 };
 

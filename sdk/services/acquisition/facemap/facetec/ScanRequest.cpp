@@ -1,28 +1,14 @@
 #include "services/acquisition/facemap/facetec/ScanRequest.hpp"
 
 #include "Configuration/environment/Config.hpp"
+#include "json/Json.hpp"
 
 #include <kivo/platform/Services.hpp>
 
-#include <nlohmann/json.hpp>
-
-#include <algorithm>
 #include <cstddef>
 #include <utility>
 
 namespace kivo {
-namespace {
-
-void appendText(platform::Data& body, std::string_view text) {
-    const bool isPlain = std::ranges::none_of(text, [](char c) { return c < ' ' || c > '~' || c == '"' || c == '\\'; });
-    if (isPlain) {
-        body.append(1, '"').append(text).append(1, '"');
-    } else {
-        body.append(nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
-    }
-}
-
-} // namespace
 
 platform::Data scanBody(std::initializer_list<ScanMember> members) {
     constexpr std::size_t punctuation = 6;
@@ -35,9 +21,9 @@ platform::Data scanBody(std::initializer_list<ScanMember> members) {
     for (const auto& member : members) {
         if (member.text != nullptr) {
             body.push_back(body.empty() ? '{' : ',');
-            appendText(body, member.name);
+            json::appendRepaired(body, member.name);
             body.push_back(':');
-            appendText(body, *member.text);
+            json::appendRepaired(body, *member.text);
         }
     }
     return body.empty() ? "{}" : std::move(body.append(1, '}'));
