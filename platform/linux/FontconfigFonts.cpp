@@ -4,8 +4,7 @@
 
 #include <fontconfig/fontconfig.h>
 
-#include <algorithm>
-#include <optional>
+#include <mutex>
 #include <set>
 #include <string>
 
@@ -48,10 +47,8 @@ Names installedNames() {
 class FontconfigFonts final : public Fonts {
 public:
     bool isInstalled(std::string_view name) override {
-        if (!names_) {
-            names_ = installedNames();
-        }
-        return names_->contains(name);
+        std::call_once(namesRead_, [this] { names_ = installedNames(); });
+        return names_.contains(name);
     }
 
     Size measure(std::string_view text, std::string_view /*name*/, double pointSize, double widthLimit) override {
@@ -59,7 +56,8 @@ public:
     }
 
 private:
-    std::optional<Names> names_;
+    std::once_flag namesRead_;
+    Names names_;
 };
 
 } // namespace

@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
-#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
 
 namespace kivo::platform {
 namespace {
@@ -34,9 +37,17 @@ TEST(TextEstimate, GivesEachKindOfCharacterItsWidth) {
     EXPECT_GT(width("\xFF\xC3"), 0);
 }
 
-TEST(FontconfigFonts, DoesNotTakeAnotherFontForAMissingOne) {
-    EXPECT_FALSE(makeFontconfigFonts()->isInstalled("No Such Typeface"));
-    EXPECT_FALSE(makeFontconfigFonts()->isInstalled(""));
+TEST(FontconfigFontsConcurrency, TakesNoOtherFontForAMissingOne) {
+    const auto fonts = makeFontconfigFonts();
+    std::atomic<int> right = 0;
+    {
+        std::vector<std::jthread> threads;
+        for (const std::string_view name : {"No Such Typeface", "", "DejaVu Sans", "DejaVuSans"}) {
+            threads.emplace_back(
+                [&, name] { right += fonts->isInstalled(name) == name.starts_with("DejaVu") ? 1 : 0; });
+        }
+    }
+    EXPECT_EQ(right, 4);
 }
 
 } // namespace
