@@ -31,20 +31,6 @@ std::string deviceModel() {
     return text::isUtf8(machine) ? machine : "N/A";
 }
 
-// The last match counts, so that a cellular address, listed after the local ones, is the one reported.
-std::string networkIpAddress() {
-    static constexpr std::array<std::string_view, 8> reported{"en0",     "en2",     "en3",     "en4",
-                                                              "pdp_ip0", "pdp_ip1", "pdp_ip2", "pdp_ip3"};
-    std::string address;
-    for (const auto& entry : platform::services().device->interfaceAddresses()) {
-        if (entry.family != platform::AddressFamily::other &&
-            std::ranges::find(reported, entry.interfaceName) != reported.end()) {
-            address = entry.numericHost;
-        }
-    }
-    return address;
-}
-
 std::string described(const Environment::Information& information) {
     std::string text = "[";
     for (const auto& [key, value] : information) {
@@ -61,7 +47,7 @@ Environment::Information collect() {
         {"appVersion", appVersion()},
         {"os", "iOS " + device->systemVersion()},
         {"networkType", security.networkType()},
-        {"NetworkIpAddress", networkIpAddress()},
+        {"NetworkIpAddress", Environment::networkIpAddress(device->interfaceAddresses())},
         {"networkMacAddress", ""},
         {"deviceModel", deviceModel()},
         {"deviceSerialNo", ""},
@@ -80,6 +66,19 @@ Environment::Information collect() {
 const Environment::Information& Environment::applicationInformation() {
     static const auto& information = *new Information{collect()};
     return information;
+}
+
+std::string Environment::networkIpAddress(std::span<const platform::InterfaceAddress> addresses) {
+    static constexpr std::array<std::string_view, 8> reported{"en0",     "en2",     "en3",     "en4",
+                                                              "pdp_ip0", "pdp_ip1", "pdp_ip2", "pdp_ip3"};
+    std::string address;
+    for (const auto& entry : addresses) {
+        if (entry.family != platform::AddressFamily::other &&
+            std::ranges::find(reported, entry.interfaceName) != reported.end()) {
+            address = entry.numericHost;
+        }
+    }
+    return address;
 }
 
 } // namespace kivo

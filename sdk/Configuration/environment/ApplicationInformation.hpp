@@ -1,5 +1,8 @@
 #pragma once
 
+#include <kivo/platform/Device.hpp>
+
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +15,10 @@ struct Environment {
 
     /// The application information, put together on first use and kept for the life of the process.
     static const Information& applicationInformation();
+
+    /// The address by which the device is known: the last of a reported interface, so that a cellular address, listed
+    /// after the local ones, counts. Empty when there is none.
+    static std::string networkIpAddress(std::span<const platform::InterfaceAddress> addresses);
 };
 
 } // namespace kivo
