@@ -6,6 +6,7 @@
 #include <kivo/platform/Text.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <utility>
 
@@ -24,6 +25,8 @@ std::expected<std::string, std::string> toUtf8(std::string_view bytes) {
     }
     return std::string{bytes};
 }
+
+constexpr std::size_t mostTexts = 100'000;
 
 bool isSpace(char character) {
     return std::string_view{" \t\r\n\f\v"}.contains(character);
@@ -50,7 +53,7 @@ public:
 
     std::expected<StringTable, std::string> parse() {
         StringTable table;
-        while (skipBlanks() && !atEnd()) {
+        while (!problem_ && skipBlanks() && !atEnd()) {
             auto key = word("a key");
             auto value = key && skipBlanks() && take('=') && skipBlanks() ? word("a value") : key;
             if (!value || !skipBlanks()) {
@@ -61,6 +64,9 @@ public:
                 break;
             }
             table.insert_or_assign(std::move(*key), std::move(*value));
+            if (table.size() > mostTexts) {
+                fail("more than 100,000 texts");
+            }
         }
         if (problem_) {
             return std::unexpected{std::move(*problem_)};

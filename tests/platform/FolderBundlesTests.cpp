@@ -247,6 +247,11 @@ TEST(StringsFile, UnderstandsTheTextForm) {
 }
 
 TEST(StringsFile, SaysWhereTheTextFormIsBroken) {
+    std::string manyTexts;
+    for (int i = 0; i <= 100'000; ++i) {
+        manyTexts += std::to_string(i) + ";";
+    }
+
     struct Case {
         std::string bytes;
         std::string problem;
@@ -258,11 +263,12 @@ TEST(StringsFile, SaysWhereTheTextFormIsBroken) {
              Case{"\n= \"b\";", "line 2: expected a key"},
              Case{"\"a\" = \"b\n;\n", "line 1: a text has no closing quote"},
              Case{"\n\n/* open", "line 3: a comment has no end"},
+             Case{manyTexts, "line 1: more than 100,000 texts"},
              Case{"\"a\" = \"\xE9\";", "neither UTF-8 nor UTF-16"},
              Case{test::propertyList("<array/>"), "does not hold a dictionary"},
          }) {
         const auto result = readStringsFile(bytes);
-        ASSERT_FALSE(result) << bytes;
+        ASSERT_FALSE(result) << problem;
         EXPECT_THAT(result.error(), HasSubstr(problem));
     }
 }
