@@ -1,3 +1,5 @@
+#include "DiagnosticsRelay.hpp"
+
 #include <kivo/platform/Services.hpp>
 
 #include <atomic>
@@ -45,6 +47,8 @@ void enforce(Services services) {
 void install(Services services) {
     const std::scoped_lock lock{changing};
     const auto* former = inForce.load();
+    // First, so that the default services are heard already while they are made.
+    relayTo(services.diagnostics);
     auto next = former != nullptr ? *former : linuxServices();
     overlay(next, std::move(services));
     enforce(std::move(next));

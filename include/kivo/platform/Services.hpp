@@ -30,6 +30,7 @@ struct Services {
     std::shared_ptr<Bundles> bundles;
     std::shared_ptr<Device> device;
     std::shared_ptr<Workspace> workspace;
+    /// Hears also what services report that were made before the diagnostics were installed.
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
     std::shared_ptr<Camera> camera;
