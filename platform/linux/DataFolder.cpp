@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace kivo::platform {
 namespace {
@@ -30,9 +31,10 @@ fs::path homeFolder() {
     passwd entry{};
     passwd* found = nullptr;
     if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr) {
-        return found->pw_dir;
+        const fs::path home{found->pw_dir != nullptr ? found->pw_dir : ""};
+        return home.is_absolute() ? home : fs::path{};
     }
-    return fs::temp_directory_path();
+    return {};
 }
 
 std::string applicationName(const Bundle& mainBundle) {
@@ -47,12 +49,17 @@ std::string applicationName(const Bundle& mainBundle) {
 
 } // namespace
 
-fs::path defaultDataFolder(const Bundle& mainBundle) {
+DataFolder defaultDataFolder(const Bundle& mainBundle) {
     auto data = absoluteFromEnvironment("XDG_DATA_HOME");
     if (data.empty()) {
-        data = homeFolder() / ".local" / "share";
+        const auto home = homeFolder();
+        // A folder that all users share, such as /tmp, is no place for secrets.
+        if (home.empty()) {
+            return DataFolder{{}};
+        }
+        data = home / ".local" / "share";
     }
-    return data / "kivo" / applicationName(mainBundle);
+    return {std::move(data), fs::path{"kivo"} / applicationName(mainBundle)};
 }
 
 } // namespace kivo::platform

@@ -1,31 +1,23 @@
 #include "linux/DeviceIdentifier.hpp"
 
-#include "linux/FileDescriptor.hpp"
+#include "linux/PrivateFolder.hpp"
 #include "linux/QuotedPath.hpp"
-#include "linux/WholeFile.hpp"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/random.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <string_view>
-#include <system_error>
 
 namespace kivo::platform {
 namespace {
 
-namespace fs = std::filesystem;
-
+constexpr auto fileName = "device-id";
+constexpr auto damagedFileName = "device-id.damaged";
 constexpr std::size_t uuidLength = 36;
-
-std::string reason(int error) {
-    return " (" + std::generic_category().message(error) + ")";
-}
+constexpr std::chrono::seconds patience{5};
 
 std::optional<std::string> parsedUuid(std::string_view text) {
     if (text.ends_with('\n')) {
@@ -65,102 +57,50 @@ std::optional<std::string> randomUuid() {
     return uuid;
 }
 
-/// The steps towards an identifier; each returns an error number, 0 for success.
-class IdentifierFile {
-public:
-    explicit IdentifierFile(const fs::path& folder)
-        : folder_{folder}
-        , path_{folder / "device-id"}
-        , damagedPath_{folder / "device-id.damaged"} {}
-
-    DeviceIdentifier readOrCreate() {
-        // Another process may create, damage or put aside the file between two steps; each round starts over.
-        for (int round = 0; round < 8; ++round) {
-            int error = read();
-            if (error == ENOENT) {
-                error = create();
-                if (error == EEXIST) {
-                    continue;
-                }
-            }
-            if (error != 0) {
-                return {std::nullopt, "The device identifier " + quoted(path_) + " cannot be read or made" +
-                                          reason(error) + "; give this user write permission for the folder."};
-            }
-            if (identifier_) {
-                return {identifier_, problem_};
-            }
-        }
-        return {std::nullopt, "The device identifier " + quoted(path_) + " keeps changing; look for what writes it."};
+DeviceIdentifier failure(const DataFolder& where, const FileProblem& problem) {
+    const auto file = quoted(where.path() / fileName);
+    if (problem.error == 0) {
+        return {std::nullopt, "The device identifier " + file + " is not used: " + problem.refusal};
     }
-
-private:
-    // Leaves the identifier absent when the file was damaged and has been put aside.
-    int read() {
-        const FileDescriptor file{::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
-        if (!file) {
-            return errno;
-        }
-        std::array<char, 64> text{};
-        const auto size = ::read(file.get(), text.data(), text.size());
-        if (size < 0) {
-            return errno;
-        }
-        identifier_ = parsedUuid({text.data(), static_cast<std::size_t>(size)});
-        return identifier_ ? 0 : putAside(file);
-    }
-
-    // Only who has locked the damaged file itself may move it, so nobody moves its replacement.
-    int putAside(const FileDescriptor& file) {
-        if (::flock(file.get(), LOCK_EX) != 0) {
-            return errno;
-        }
-        struct stat opened{};
-        struct stat named{};
-        if (::fstat(file.get(), &opened) != 0 || ::stat(path_.c_str(), &named) != 0 || opened.st_ino != named.st_ino ||
-            opened.st_dev != named.st_dev) {
-            return 0;
-        }
-        if (::rename(path_.c_str(), damagedPath_.c_str()) != 0) {
-            return errno;
-        }
-        problem_ = "The device identifier " + quoted(path_) + " was damaged; it is kept as " + quoted(damagedPath_) +
-                   " and a new one was made. Restore the file from a backup to keep the former identifier.";
-        return 0;
-    }
-
-    // EEXIST when another process was first.
-    int create() {
-        std::error_code error;
-        fs::create_directories(folder_.parent_path(), error);
-        if (::mkdir(folder_.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-            return errno;
-        }
-        const auto uuid = randomUuid();
-        if (!uuid) {
-            return errno;
-        }
-        const int result = createWholeFile(path_, *uuid + "\n");
-        if (result == 0) {
-            identifier_ = uuid;
-        }
-        return result;
-    }
-
-    fs::path folder_;
-    fs::path path_;
-    fs::path damagedPath_;
-    std::optional<std::string> identifier_;
-    std::string problem_;
-};
+    return {std::nullopt, "The device identifier " + file + " cannot be read or made (" + problem.text() +
+                              "); give this user write permission for the folder."};
+}
 
 } // namespace
 
-DeviceIdentifier readOrCreateDeviceIdentifier(const fs::path& folder) {
-    if (folder.empty()) {
-        return {std::nullopt, "There is no data folder for the device identifier; set HOME or XDG_DATA_HOME."};
+DeviceIdentifier readOrCreateDeviceIdentifier(const DataFolder& where) {
+    const auto folder = PrivateFolder::open(where, PrivateFolder::Missing::isMade);
+    if (!folder) {
+        return failure(where, folder.error());
     }
-    return IdentifierFile{folder}.readOrCreate();
+    const auto lock = folder->lock(std::chrono::steady_clock::now() + patience);
+    if (!lock) {
+        return failure(where, lock.error());
+    }
+    std::array<unsigned char, 64> text{};
+    const auto length = folder->read(fileName, text);
+    if (!length && length.error().error != ENOENT) {
+        return failure(where, length.error());
+    }
+    DeviceIdentifier result;
+    if (length) {
+        result.identifier = parsedUuid({reinterpret_cast<const char*>(text.data()), *length});
+        if (result.identifier) {
+            return result;
+        }
+        if (const int error = folder->rename(fileName, damagedFileName); error != 0) {
+            return failure(where, {.error = error});
+        }
+        result.problem = "The device identifier " + quoted(where.path() / fileName) + " was damaged; it is kept as " +
+                         quoted(where.path() / damagedFileName) +
+                         " and a new one was made. Restore the file from a backup to keep the former identifier.";
+    }
+    const auto uuid = randomUuid();
+    if (const int error = uuid ? folder->create(fileName, *uuid + "\n") : errno; error != 0) {
+        return failure(where, {.error = error});
+    }
+    result.identifier = uuid;
+    return result;
 }
 
 } // namespace kivo::platform

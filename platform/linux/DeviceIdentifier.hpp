@@ -1,6 +1,7 @@
 #pragma once
 
-#include <filesystem>
+#include "linux/DataFolder.hpp"
+
 #include <optional>
 #include <string>
 
@@ -12,7 +13,8 @@ struct DeviceIdentifier {
     std::string problem;
 };
 
-/// The UUID kept in `<folder>/device-id`, made when there is none yet. Safe against other processes doing the same.
-DeviceIdentifier readOrCreateDeviceIdentifier(const std::filesystem::path& folder);
+/// The UUID kept in the file `device-id`, made when there is none yet. Other processes may do the same; waits for them
+/// at most five seconds.
+DeviceIdentifier readOrCreateDeviceIdentifier(const DataFolder& where);
 
 } // namespace kivo::platform

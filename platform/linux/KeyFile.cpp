@@ -1,75 +1,39 @@
 #include "linux/KeyFile.hpp"
 
-#include "linux/FileDescriptor.hpp"
-#include "linux/WholeFile.hpp"
-
-#include <fcntl.h>
 #include <openssl/rand.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstddef>
+#include <span>
 
 namespace kivo::platform {
 namespace {
 
-KeyFileError errorOf(int errorNumber) {
-    switch (errorNumber) {
-    case ENOENT:
-    case ENOTDIR:
-        return KeyFileError::missing;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        return KeyFileError::diskFull;
-    case EROFS:
-    case EACCES:
-    case EPERM:
-        return KeyFileError::notWritable;
-    default:
-        return KeyFileError::unreadable;
-    }
+std::unexpected<FileProblem> problem(int error) {
+    return std::unexpected{FileProblem{.error = error}};
 }
 
 } // namespace
 
-std::expected<SealingKey, KeyFileError> readKeyFile(const std::filesystem::path& file) {
-    const FileDescriptor descriptor{open(file.c_str(), O_RDONLY | O_CLOEXEC)};
-    if (!descriptor) {
-        return std::unexpected{errno == ENOENT ? KeyFileError::missing : KeyFileError::unreadable};
+std::expected<SealingKey, FileProblem> readKeyFile(const PrivateFolder& folder) {
+    SealingKey key;
+    const auto length = folder.read(keyFileName, key.room());
+    if (!length) {
+        return std::unexpected{length.error()};
     }
-    struct stat status{};
-    if (fstat(descriptor.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        // A backup may have brought it back so that others can read it.
-        fchmod(descriptor.get(), status.st_mode & S_IRWXU);
+    if (*length != SealingKey::size) {
+        return problem(EBADMSG);
     }
-    // One byte more than a key has shows a file that is too long.
-    std::array<unsigned char, SealingKey{}.size() + 1> content{};
-    const auto length = read(descriptor.get(), content.data(), content.size());
-    if (length < 0) {
-        return std::unexpected{KeyFileError::unreadable};
-    }
-    SealingKey key{};
-    if (static_cast<std::size_t>(length) != key.size()) {
-        return std::unexpected{KeyFileError::damaged};
-    }
-    std::copy_n(content.begin(), key.size(), key.begin());
     return key;
 }
 
-std::expected<SealingKey, KeyFileError> createKeyFile(const std::filesystem::path& file) {
-    SealingKey key{};
-    if (RAND_bytes(key.data(), static_cast<int>(key.size())) != 1) {
-        return std::unexpected{KeyFileError::unreadable};
+std::expected<SealingKey, FileProblem> createKeyFile(const PrivateFolder& folder) {
+    SealingKey key;
+    if (RAND_bytes(key.room().data(), static_cast<int>(SealingKey::size)) != 1) {
+        return problem(EIO);
     }
-    const int error = createWholeFile(file, {reinterpret_cast<const char*>(key.data()), key.size()});
-    if (error == EEXIST) {
-        return readKeyFile(file);
-    }
-    if (error != 0) {
-        return std::unexpected{errorOf(error)};
+    if (const int error = folder.create(keyFileName, {reinterpret_cast<const char*>(key.data()), SealingKey::size});
+        error != 0) {
+        return problem(error);
     }
     return key;
 }

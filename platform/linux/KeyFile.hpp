@@ -1,26 +1,19 @@
 #pragma once
 
+#include "linux/PrivateFolder.hpp"
 #include "linux/SealedValue.hpp"
 
 #include <expected>
-#include <filesystem>
+#include <optional>
 
 namespace kivo::platform {
 
-/// Why a key file gives no key.
-enum class KeyFileError {
-    missing,
-    damaged,
-    unreadable,
-    notWritable,
-    diskFull,
-};
+inline constexpr auto keyFileName = "keychain.key";
 
-/// Reads the key of a keychain.
-std::expected<SealingKey, KeyFileError> readKeyFile(const std::filesystem::path& file);
+/// Reads the key of a keychain. ENOENT without a key file, EBADMSG when the file holds no key.
+std::expected<SealingKey, FileProblem> readKeyFile(const PrivateFolder& folder);
 
-/// Makes a key file that only its owner can read, whole from the first moment, or reads the one that another process
-/// has made meanwhile.
-std::expected<SealingKey, KeyFileError> createKeyFile(const std::filesystem::path& file);
+/// Makes a new key, which is on the disk when this returns. Needs the folder's lock.
+std::expected<SealingKey, FileProblem> createKeyFile(const PrivateFolder& folder);
 
 } // namespace kivo::platform

@@ -1,45 +1,23 @@
 #include "linux/KeychainFile.hpp"
 
-#include "linux/FileDescriptor.hpp"
+#include "linux/KeychainSchema.hpp"
 #include "linux/QuotedPath.hpp"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <ctime>
-#include <system_error>
 #include <utility>
 
 namespace kivo::platform {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr auto databaseName = "keychain.db";
 
-constexpr std::int64_t formatVersion = 1;
-
-constexpr auto schema = R"(
-BEGIN IMMEDIATE;
-CREATE TABLE IF NOT EXISTS items(
-    id INTEGER PRIMARY KEY,
-    class TEXT NOT NULL,
-    service TEXT NOT NULL,
-    account TEXT NOT NULL,
-    access_group TEXT NOT NULL,
-    generic TEXT,
-    accessible TEXT,
-    value BLOB NOT NULL,
-    UNIQUE(class, service, account, access_group));
-PRAGMA user_version = 1;
-COMMIT;)";
-
-bool isDamage(int sqliteError) {
-    const int kind = sqliteError & 0xFF;
-    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB;
-}
+// The database comes last: a new database must never meet the journal of an old one.
+constexpr std::array suffixes{"-journal", "-wal", "-shm", ""};
 
 std::string timestamp() {
     const auto now = std::time(nullptr);
@@ -50,53 +28,37 @@ std::string timestamp() {
     return text.data();
 }
 
-fs::path withSuffix(fs::path path, std::string_view suffix) {
-    path += suffix;
-    return path;
-}
-
-/// A backup may have brought a file back that others can read.
-void keepPrivate(const fs::path& file) {
-    struct stat status{};
-    if (stat(file.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        chmod(file.c_str(), status.st_mode & S_IRWXU);
+/// The time and a number that no other file of the folder has got.
+std::string freeMark(const PrivateFolder& folder, const std::string& name, std::string_view state) {
+    const auto mark = std::string{"."}.append(state).append("-").append(timestamp());
+    auto candidate = mark;
+    for (int number = 2; folder.has((name + candidate).c_str()) != false && number < 100; ++number) {
+        candidate = mark + "-" + std::to_string(number);
     }
-}
-
-/// Held while the files are made, put aside or first looked at, so that two processes do not mend at once.
-FileDescriptor lockFolder(const fs::path& folder) {
-    FileDescriptor descriptor{::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    while (descriptor && flock(descriptor.get(), LOCK_EX) != 0 && errno == EINTR) {
-    }
-    return descriptor;
+    return candidate;
 }
 
 } // namespace
 
-KeychainFile::KeychainFile(fs::path folder, std::shared_ptr<Diagnostics> diagnostics)
-    : folder_{std::move(folder)}
-    , databasePath_{folder_ / "keychain.db"}
-    , keyPath_{folder_ / "keychain.key"}
-    , diagnostics_{std::move(diagnostics)} {}
+KeychainFile::~KeychainFile() {
+    // A forked child that closed the connection would undo what its parent is about to write.
+    if (database_ && process_ != getpid()) {
+        [[maybe_unused]] auto* const left = database_.release();
+    }
+}
 
-OSStatus KeychainFile::open(Purpose purpose) {
+OSStatus KeychainFile::open(Purpose purpose, Deadline deadline) {
+    deadline_ = deadline;
     // What could not be written when it was opened may be by now, and may have been by somebody else.
     if (database_ && (isReadOnly_ || !isStillInPlace())) {
         close();
     }
-    if (!database_ || (purpose == Purpose::store && !key_)) {
-        if (purpose == Purpose::store) {
-            std::error_code error;
-            fs::create_directories(folder_.parent_path(), error);
-            if (mkdir(folder_.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-                return statusOfSystem(errno);
-            }
-        }
-        const auto lock = lockFolder(folder_);
-        if (const auto status = openDatabase(purpose); status != errSecSuccess) {
+    if (!database_ || (purpose != Purpose::remove && !key_)) {
+        if (const auto status = openFiles(purpose); status != errSecSuccess) {
             return status;
         }
     }
+    database_->setDeadline(deadline);
     if (isReadOnly_ && purpose != Purpose::read) {
         report("The keychain " + quoted(databasePath_) +
                " cannot be written; give this user write permission for the file and its folder.");
@@ -105,168 +67,189 @@ OSStatus KeychainFile::open(Purpose purpose) {
     return errSecSuccess;
 }
 
-OSStatus KeychainFile::openDatabase(Purpose purpose) {
-    if (!database_) {
-        std::error_code error;
-        if (!fs::exists(databasePath_, error)) {
-            if (purpose != Purpose::store) {
-                return errSecItemNotFound;
-            }
-            if (const auto status = createDatabase(); status != errSecSuccess) {
-                return status;
-            }
-        }
-        auto status = connect();
-        if (status == errSecDecode) {
-            status = putAside(databasePath_, "corrupt", "is damaged");
-            if (status == errSecSuccess) {
-                return openDatabase(purpose);
-            }
-        }
-        if (status != errSecSuccess) {
-            close();
-            return status;
+OSStatus KeychainFile::openFiles(Purpose purpose) {
+    using enum PrivateFolder::Missing;
+    auto folder = PrivateFolder::open(where_, purpose == Purpose::store ? isMade : isAnError);
+    if (!folder) {
+        return folder.error().error == ENOENT ? errSecItemNotFound : statusOf(folder.error());
+    }
+    folder_ = std::move(*folder);
+    databasePath_ = folder_->path() / databaseName;
+    // Held while the files are made, put aside or first looked at, so that two processes do not mend at once.
+    const auto lock = folder_->lock(deadline_);
+    if (!lock) {
+        return statusOf(lock.error());
+    }
+    auto status = openDatabase(purpose);
+    if (status == errSecDecode) {
+        status = putDatabaseAside("corrupt", "is damaged");
+        if (status == errSecSuccess) {
+            status = openDatabase(purpose);
         }
     }
-    return openKey(purpose);
+    // What is to be forgotten need not be read.
+    if (status == errSecSuccess && purpose != Purpose::remove) {
+        status = openKey(purpose);
+    }
+    if (status != errSecSuccess) {
+        close();
+    }
+    return status;
+}
+
+OSStatus KeychainFile::openDatabase(Purpose purpose) {
+    if (database_) {
+        return errSecSuccess;
+    }
+    bool isThere = false;
+    for (const auto* suffix : suffixes) {
+        const auto has = folder_->has((std::string{databaseName} + suffix).c_str());
+        if (!has) {
+            return statusOf(has.error());
+        }
+        isThere = *has;
+    }
+    if (!isThere) {
+        if (purpose != Purpose::store) {
+            return errSecItemNotFound;
+        }
+        if (const int error = folder_->create(databaseName, ""); error != 0) {
+            return statusOf(FileProblem{.error = error});
+        }
+    }
+    return connect();
 }
 
 OSStatus KeychainFile::connect() {
-    isReadOnly_ = false;
-    // Ahead of the first look, which makes the journal with the mode of the database.
-    for (const auto* suffix : {"", "-wal", "-shm"}) {
-        keepPrivate(withSuffix(databasePath_, suffix));
-    }
-    auto opened = SqliteDatabase::open(databasePath_, SqliteDatabase::Mode::readWrite);
+    auto opened = SqliteDatabase::open(databasePath_);
     if (!opened) {
-        return connectReadOnly(opened.error());
+        return statusOf(opened.error(), errno);
     }
     database_ = std::move(*opened);
-    const auto version = database_->number("PRAGMA user_version");
-    if (!version || database_->isReadOnly()) {
-        return isDamage(database_->lastError()) ? errSecDecode : connectReadOnly(database_->lastError());
+    database_->setDeadline(deadline_);
+    process_ = getpid();
+    struct stat file{};
+    if (lstat(databasePath_.c_str(), &file) != 0) {
+        return statusOf(FileProblem{.error = errno});
     }
-    return setUp();
-}
-
-OSStatus KeychainFile::connectReadOnly(int error) {
-    // Without a journal beside it, the file is complete by itself.
-    std::error_code unknown;
-    const bool hasJournal = fs::exists(withSuffix(databasePath_, "-wal"), unknown);
-    auto opened = SqliteDatabase::open(databasePath_,
-                                       hasJournal ? SqliteDatabase::Mode::readOnly : SqliteDatabase::Mode::immutable);
-    if (!opened) {
-        return statusOf(error, errno);
-    }
-    database_ = std::move(*opened);
-    isReadOnly_ = true;
+    inode_ = file.st_ino;
     return setUp();
 }
 
 OSStatus KeychainFile::setUp() {
-    struct stat file{};
-    if (stat(databasePath_.c_str(), &file) != 0) {
-        return statusOfSystem(errno);
+    const auto state = examine(*database_);
+    isReadOnly_ = database_->isReadOnly();
+    // A writable file that SQLite only reads has a damaged header.
+    if (state == KeychainState::damaged || (isReadOnly_ && access(databasePath_.c_str(), W_OK) == 0)) {
+        return errSecDecode;
     }
-    inode_ = file.st_ino;
-    const auto version = database_->number("PRAGMA user_version");
-    if (version.value_or(0) > formatVersion) {
+    if (state == KeychainState::unknown) {
+        return failure();
+    }
+    if (state == KeychainState::newer) {
         report("The keychain " + quoted(databasePath_) +
                " was made by a newer release of this library; it is left as it is. Install the newer release again.");
         return errSecNotAvailable;
     }
-    const auto isSound =
-        version ? database_->number("SELECT quick_check = 'ok' FROM pragma_quick_check") : std::nullopt;
-    if (!isSound) {
-        // Only damage counts as damage: a check that could not be made says nothing about the file.
-        return isDamage(database_->lastError()) ? errSecDecode : failure();
-    }
-    if (*isSound == 0) {
-        return errSecDecode;
-    }
     if (isReadOnly_) {
         return errSecSuccess;
     }
-    // The journal is synced at every commit: what was answered with success survives a power cut.
-    const bool isDone =
-        database_->run("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA secure_delete = ON") ==
-            SQLITE_OK &&
-        (*version == formatVersion || database_->run(schema) == SQLITE_OK);
-    return isDone ? errSecSuccess : failure();
-}
-
-OSStatus KeychainFile::createDatabase() {
-    const FileDescriptor file{
-        ::open(databasePath_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR)};
-    return file || errno == EEXIST ? errSecSuccess : statusOfSystem(errno);
+    // Nothing of a former value stays: the journal is emptied at every commit, freed room is overwritten, and nothing
+    // goes to temporary files. What was answered with success is on the disk.
+    const bool isReady = database_->run("PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL; "
+                                        "PRAGMA secure_delete = ON; PRAGMA temp_store = MEMORY") == SQLITE_OK &&
+                         (state != KeychainState::fresh || createSchema(*database_) == SQLITE_OK);
+    return isReady ? errSecSuccess : failure();
 }
 
 OSStatus KeychainFile::openKey(Purpose purpose) {
-    const auto key = readKeyFile(keyPath_);
+    const auto key = readKeyFile(*folder_);
     if (key) {
         key_ = *key;
         return errSecSuccess;
     }
     key_.reset();
-    if (key.error() == KeyFileError::unreadable) {
-        report("The key file " + quoted(keyPath_) + " cannot be read; give this user read permission for it.");
-        return errSecNotAvailable;
+    const int error = key.error().error;
+    if (error != ENOENT && error != EBADMSG) {
+        if (error != 0) {
+            report("The key file " + quoted(folder_->path() / keyFileName) + " cannot be read (" + key.error().text() +
+                   "); give this user read permission for it.");
+            return errSecNotAvailable;
+        }
+        return statusOf(key.error());
     }
     if (purpose == Purpose::store && !isReadOnly_) {
         return createKey();
     }
-    if (database_->number("SELECT EXISTS(SELECT * FROM items)").value_or(0) != 0) {
-        report("The keychain " + quoted(databasePath_) + " has no usable key file " + quoted(keyPath_) +
+    if (holdsItems()) {
+        report("The keychain " + quoted(databasePath_) + " has no usable key file " +
+               quoted(folder_->path() / keyFileName) +
                ", so its values cannot be read; restore the key file from where the database came from.");
     }
     return errSecSuccess;
 }
 
+bool KeychainFile::holdsItems() {
+    return database_->number("SELECT EXISTS(SELECT * FROM items)").value_or(0) != 0;
+}
+
 OSStatus KeychainFile::createKey() {
-    if (database_->number("SELECT EXISTS(SELECT * FROM items)").value_or(0) != 0) {
-        const auto status = putAside(databasePath_, "without-key", "has no usable key file");
-        return status == errSecSuccess ? openDatabase(Purpose::store) : status;
-    }
-    std::error_code unknown;
-    if (fs::exists(keyPath_, unknown)) {
-        if (const auto status = putAside(keyPath_, "damaged", "is damaged"); status != errSecSuccess) {
+    if (holdsItems()) {
+        auto status = putDatabaseAside("without-key", "has no usable key file");
+        if (status == errSecSuccess) {
+            status = openDatabase(Purpose::store);
+        }
+        if (status != errSecSuccess) {
             return status;
         }
     }
-    const auto key = createKeyFile(keyPath_);
-    if (key) {
-        key_ = *key;
-        return errSecSuccess;
+    const auto former = folder_->has(keyFileName);
+    if (!former) {
+        return statusOf(former.error());
     }
-    switch (key.error()) {
-    case KeyFileError::diskFull:
-        return statusOfSystem(ENOSPC);
-    case KeyFileError::notWritable:
-        return statusOfSystem(EACCES);
-    default:
-        return statusOfSystem(EIO);
+    if (*former) {
+        if (const auto status = putAside(keyFileName, freeMark(*folder_, keyFileName, "damaged"));
+            status != errSecSuccess) {
+            return status;
+        }
+        report("The keychain's key file " + quoted(folder_->path() / keyFileName) +
+               " is damaged; it is put aside, and a new one is made.");
     }
+    auto key = createKeyFile(*folder_);
+    if (!key) {
+        return statusOf(key.error());
+    }
+    key_ = *key;
+    return errSecSuccess;
 }
 
-OSStatus KeychainFile::putAside(const fs::path& file, std::string_view state, std::string_view why) {
-    if (file == databasePath_) {
-        close();
-    }
-    const auto mark = std::string{"."}.append(state).append("-").append(timestamp());
-    auto aside = withSuffix(file, mark);
-    std::error_code unknown;
-    for (int number = 2; fs::exists(aside, unknown); ++number) {
-        aside = withSuffix(file, mark + "-" + std::to_string(number));
-    }
-    // The journal goes first: a new database must never meet the old one's.
-    for (const auto* suffix : {"-wal", "-shm", ""}) {
-        const auto from = withSuffix(file, suffix);
-        if (rename(from.c_str(), withSuffix(aside, suffix).c_str()) != 0 && errno != ENOENT) {
-            return statusOfSystem(errno);
+OSStatus KeychainFile::putDatabaseAside(std::string_view state, std::string_view why) {
+    close();
+    // Its values may be ones that were to be forgotten, and nobody deletes them from a damaged database any more. So
+    // the key goes, and goes first.
+    if (state == "corrupt") {
+        if (const int error = folder_->remove(keyFileName); error != 0 && error != ENOENT) {
+            return statusOf(FileProblem{.error = error});
         }
     }
-    report("The keychain's file " + quoted(file) + " " + std::string{why} + "; it is kept as " + quoted(aside) +
-           " and a new one is made. Restore both files of the folder from a backup to get the old values back.");
+    const auto mark = freeMark(*folder_, databaseName, state);
+    if (const auto status = putAside(databaseName, mark); status != errSecSuccess) {
+        return status;
+    }
+    report("The keychain's file " + quoted(databasePath_) + " " + std::string{why} + "; it is kept as \"" +
+           databaseName + mark +
+           "\", where its values cannot be opened, and a new one is made. Restore both files of " +
+           "the folder from a backup to get the old values back.");
+    return errSecSuccess;
+}
+
+OSStatus KeychainFile::putAside(const std::string& name, const std::string& mark) {
+    for (const auto* suffix : suffixes) {
+        const int error = folder_->rename((name + suffix).c_str(), name + mark + suffix);
+        if (error != 0 && error != ENOENT) {
+            return statusOf(FileProblem{.error = error});
+        }
+    }
     return errSecSuccess;
 }
 
@@ -274,13 +257,16 @@ bool KeychainFile::putAsideIfDamaged() {
     if (!isDamage(database_->lastError())) {
         return false;
     }
-    const auto lock = lockFolder(folder_);
+    const auto lock = folder_->lock(deadline_);
+    if (!lock) {
+        return false;
+    }
     // Another process may have put it aside already; then there is nothing left to move.
     if (!isStillInPlace()) {
         close();
         return true;
     }
-    return !isReadOnly_ && putAside(databasePath_, "corrupt", "is damaged") == errSecSuccess;
+    return !isReadOnly_ && putDatabaseAside("corrupt", "is damaged") == errSecSuccess;
 }
 
 OSStatus KeychainFile::failure() {
@@ -288,59 +274,62 @@ OSStatus KeychainFile::failure() {
 }
 
 OSStatus KeychainFile::statusOf(int sqliteError, int systemError) {
-    const auto tell = [&](std::string_view problem) {
-        report("The keychain " + quoted(databasePath_) + " " + std::string{problem});
-    };
+    if (isDamage(sqliteError)) {
+        return errSecDecode;
+    }
     switch (sqliteError & 0xFF) {
     case SQLITE_CONSTRAINT:
         return errSecDuplicateItem;
     case SQLITE_FULL:
-        return statusOfSystem(ENOSPC);
+        return statusOf(FileProblem{.error = ENOSPC});
     case SQLITE_READONLY:
     case SQLITE_PERM:
-        return statusOfSystem(EACCES);
-    case SQLITE_CORRUPT:
-    case SQLITE_NOTADB:
-        return errSecDecode;
+        return statusOf(FileProblem{.error = EACCES});
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        tell("is locked by another process; look for one that does not let go of it.");
-        return errSecNotAvailable;
+        return statusOf(FileProblem{.error = ETIMEDOUT});
     case SQLITE_TOOBIG:
         return errSecParam;
     case SQLITE_CANTOPEN:
     case SQLITE_IOERR:
-        return systemError != 0 ? statusOfSystem(systemError) : statusOfSystem(EIO);
+        return statusOf(FileProblem{.error = systemError != 0 ? systemError : EIO});
     default:
-        tell("gave the error \"" + std::string{sqlite3_errstr(sqliteError)} + "\".");
+        report("The keychain " + quoted(databasePath_) + " gave the error \"" + sqlite3_errstr(sqliteError) + "\".");
         return errSecIO;
     }
 }
 
-OSStatus KeychainFile::statusOfSystem(int systemError) {
-    const auto reason = " (" + std::generic_category().message(systemError) + ")";
-    switch (systemError) {
+OSStatus KeychainFile::statusOf(const FileProblem& problem) {
+    const auto folder = quoted(where_.path());
+    const auto reason = " (" + problem.text() + ")";
+    switch (problem.error) {
+    case 0:
+        report("The keychain is not used: " + problem.refusal);
+        return errSecNotAvailable;
+    case ETIMEDOUT:
+        report("The keychain in " + folder + " is held by another process; look for a process that has hung.");
+        return errSecNotAvailable;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:
-        report("There is no room for the keychain in " + quoted(folder_) + reason +
+        report("There is no room for the keychain in " + folder + reason +
                "; free some space. What was stored before is kept.");
         return errSecDiskFull;
     case EACCES:
     case EPERM:
     case EROFS:
-        report("The keychain's folder " + quoted(folder_) + " cannot be written" + reason +
+        report("The keychain's folder " + folder + " cannot be written" + reason +
                "; give this user write permission for it.");
         return errSecReadOnly;
     default:
-        report("The keychain's folder " + quoted(folder_) + " cannot be used" + reason + "; check the disk.");
+        report("The keychain's folder " + folder + " cannot be used" + reason + "; check the disk.");
         return errSecIO;
     }
 }
 
 bool KeychainFile::isStillInPlace() const {
     struct stat file{};
-    return stat(databasePath_.c_str(), &file) == 0 && file.st_ino == inode_;
+    return lstat(databasePath_.c_str(), &file) == 0 && file.st_ino == inode_;
 }
 
 void KeychainFile::close() {
@@ -350,7 +339,7 @@ void KeychainFile::close() {
 
 void KeychainFile::report(std::string text) {
     if (text != lastReport_) {
-        diagnostics_->report("keychain", text);
+        reports_.push_back(text);
         lastReport_ = std::move(text);
     }
 }

@@ -1,69 +1,84 @@
 #pragma once
 
 #include "linux/KeyFile.hpp"
+#include "linux/PrivateFolder.hpp"
 #include "linux/SqliteDatabase.hpp"
 
-#include <kivo/platform/Diagnostics.hpp>
 #include <kivo/platform/Keychain.hpp>
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kivo::platform {
 
 /// The two files of a keychain, opened when first needed and mended when they are damaged. For one thread at a time.
 class KeychainFile {
 public:
+    using Deadline = std::chrono::steady_clock::time_point;
+
     enum class Purpose { read, remove, store };
 
-    KeychainFile(std::filesystem::path folder, std::shared_ptr<Diagnostics> diagnostics);
+    explicit KeychainFile(DataFolder where)
+        : where_{std::move(where)} {}
 
-    /// Makes `database()` ready. A purpose other than `read` needs a writable one; `store` makes what is missing and
-    /// makes `key()` present.
-    OSStatus open(Purpose purpose);
+    KeychainFile(const KeychainFile&) = delete;
+    KeychainFile& operator=(const KeychainFile&) = delete;
+    ~KeychainFile();
+
+    /// Makes `database()` ready, which waits for other processes until the deadline. A purpose other than `read` needs
+    /// a writable one; `store` makes what is missing and makes `key()` present.
+    OSStatus open(Purpose purpose, Deadline deadline);
 
     SqliteDatabase& database() { return *database_; }
 
     /// Absent when the database was opened without its key.
     const std::optional<SealingKey>& key() const { return key_; }
 
-    /// The keychain's status for the last error of the database, which is told to the diagnostics.
+    /// The keychain's status for the last error of the database, which is reported.
     OSStatus failure();
 
     /// Puts the database aside when its last error was that it is damaged; false otherwise.
     bool putAsideIfDamaged();
 
-    /// Tells `text` unless it was the last thing told.
+    /// Keeps `text` for the diagnostics unless it was the last thing kept.
     void report(std::string text);
 
+    /// What there is to tell since the last time.
+    std::vector<std::string> takeReports() { return std::exchange(reports_, {}); }
+
 private:
+    OSStatus openFiles(Purpose purpose);
     OSStatus openDatabase(Purpose purpose);
     OSStatus connect();
-    OSStatus connectReadOnly(int error);
     OSStatus setUp();
-    OSStatus createDatabase();
     OSStatus openKey(Purpose purpose);
     OSStatus createKey();
-    OSStatus putAside(const std::filesystem::path& file, std::string_view state, std::string_view why);
+    OSStatus putDatabaseAside(std::string_view state, std::string_view why);
+    OSStatus putAside(const std::string& name, const std::string& mark);
     OSStatus statusOf(int sqliteError, int systemError);
-    OSStatus statusOfSystem(int systemError);
+    OSStatus statusOf(const FileProblem& problem);
+    bool holdsItems();
     bool isStillInPlace() const;
     void close();
 
-    const std::filesystem::path folder_;
-    const std::filesystem::path databasePath_;
-    const std::filesystem::path keyPath_;
-    const std::shared_ptr<Diagnostics> diagnostics_;
+    const DataFolder where_;
+    Deadline deadline_;
+    std::optional<PrivateFolder> folder_;
+    std::filesystem::path databasePath_;
     std::unique_ptr<SqliteDatabase> database_;
-    std::optional<SealingKey> key_;
+    pid_t process_ = 0;
     ino_t inode_ = 0;
     bool isReadOnly_ = false;
+    std::optional<SealingKey> key_;
     std::string lastReport_;
+    std::vector<std::string> reports_;
 };
 
 } // namespace kivo::platform

@@ -34,7 +34,7 @@ std::string numericHost(const sockaddr& address) {
 
 class LinuxDevice final : public Device {
 public:
-    LinuxDevice(std::filesystem::path dataFolder, std::shared_ptr<Diagnostics> diagnostics)
+    LinuxDevice(DataFolder dataFolder, std::shared_ptr<Diagnostics> diagnostics)
         : dataFolder_{std::move(dataFolder)}
         , diagnostics_{std::move(diagnostics)} {}
 
@@ -92,7 +92,7 @@ public:
     }
 
 private:
-    const std::filesystem::path dataFolder_;
+    const DataFolder dataFolder_;
     const std::shared_ptr<Diagnostics> diagnostics_;
     std::mutex mutex_;
     std::optional<std::string> identifier_;
@@ -101,7 +101,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<Device> makeLinuxDevice(std::filesystem::path dataFolder, std::shared_ptr<Diagnostics> diagnostics) {
+std::shared_ptr<Device> makeLinuxDevice(DataFolder dataFolder, std::shared_ptr<Diagnostics> diagnostics) {
     return std::make_shared<LinuxDevice>(std::move(dataFolder), std::move(diagnostics));
 }
 

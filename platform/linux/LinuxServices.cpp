@@ -14,13 +14,14 @@
 #include <kivo/platform/Services.hpp>
 
 namespace kivo::platform {
+
 Services linuxServices(const LinuxOptions& options) {
     Services services;
     services.diagnostics = standardErrorDiagnostics();
     const auto diagnostics = relayedDiagnostics();
     services.bundles = makeFolderBundles(options.mainBundle, {}, diagnostics);
     const auto dataFolder =
-        options.dataFolder.empty() ? defaultDataFolder(*services.bundles->main()) : options.dataFolder;
+        options.dataFolder.empty() ? defaultDataFolder(*services.bundles->main()) : DataFolder{options.dataFolder};
     services.mainQueue = RunLoop::main();
     services.urlSessions = makeCurlUrlSessions(options.trustedCertificates);
     services.trust = makeOpenSslTrust();

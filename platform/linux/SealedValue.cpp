@@ -1,11 +1,15 @@
 #include "linux/SealedValue.hpp"
 
+#include <kivo/platform/Keychain.hpp>
+
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
 #include <cstddef>
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace kivo::platform {
 namespace {
@@ -40,6 +44,17 @@ bool fits(std::string_view text) {
 
 } // namespace
 
+SealingKey::~SealingKey() {
+    OPENSSL_cleanse(bytes_.data(), bytes_.size());
+}
+
+void wipe(std::string& secret) {
+    // What a longer text left behind its end goes as well.
+    secret.resize(secret.capacity());
+    OPENSSL_cleanse(secret.data(), secret.size());
+    secret.clear();
+}
+
 std::optional<std::string> seal(const SealingKey& key, std::string_view identity, std::string_view value) {
     if (!fits(identity) || !fits(value)) {
         return std::nullopt;
@@ -63,7 +78,7 @@ std::optional<std::string> unseal(const SealingKey& key, std::string_view identi
     if (!fits(identity) || !fits(sealed) || sealed.size() < overhead || sealed.front() != formatVersion) {
         return std::nullopt;
     }
-    std::string value(sealed.size() - overhead, '\0');
+    std::optional<std::string> value{std::in_place, sealed.size() - overhead, '\0'};
     std::string tag{sealed.substr(sealed.size() - tagLength)};
     const auto* nonce = bytes(sealed.substr(1));
     const auto* text = nonce + nonceLength;
@@ -71,10 +86,14 @@ std::optional<std::string> unseal(const SealingKey& key, std::string_view identi
     const CipherContext context{EVP_CIPHER_CTX_new()};
     const bool done = EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
                       EVP_DecryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
-                      EVP_DecryptUpdate(context.get(), bytes(value.data()), &written, text, length(value)) == 1 &&
+                      EVP_DecryptUpdate(context.get(), bytes(value->data()), &written, text, length(*value)) == 1 &&
                       EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_SET_TAG, tagLength, tag.data()) == 1 &&
                       EVP_DecryptFinal_ex(context.get(), bytes(tag.data()), &written) == 1;
-    return done ? std::optional{std::move(value)} : std::nullopt;
+    if (!done) {
+        wipe(*value);
+        value.reset();
+    }
+    return value;
 }
 
 } // namespace kivo::platform

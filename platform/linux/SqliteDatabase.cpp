@@ -1,24 +1,14 @@
 #include "linux/SqliteDatabase.hpp"
 
+#include <algorithm>
 #include <cerrno>
+#include <thread>
 
 namespace kivo::platform {
 namespace {
 
-constexpr int busyTimeoutMilliseconds = 10'000;
-
-std::string immutableUri(const std::string& path) {
-    std::string uri{"file:"};
-    for (const char character : path) {
-        if (character == '%' || character == '?' || character == '#') {
-            constexpr std::string_view digits = "0123456789ABCDEF";
-            uri += {'%', digits[static_cast<unsigned char>(character) >> 4], digits[character & 0x0F]};
-        } else {
-            uri += character;
-        }
-    }
-    return uri + "?immutable=1";
-}
+constexpr std::chrono::milliseconds firstPause{1};
+constexpr std::chrono::milliseconds longestPause{50};
 
 } // namespace
 
@@ -56,20 +46,31 @@ std::int64_t SqliteStatement::integer(int column) const {
     return sqlite3_column_int64(statement_, column);
 }
 
-std::expected<std::unique_ptr<SqliteDatabase>, int> SqliteDatabase::open(const std::filesystem::path& file, Mode mode) {
-    const int access = mode == Mode::readWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
-    const auto name = mode == Mode::immutable ? immutableUri(file.string()) : file.string();
+std::expected<std::unique_ptr<SqliteDatabase>, int> SqliteDatabase::open(const std::filesystem::path& file) {
     sqlite3* connection = nullptr;
-    const int error =
-        sqlite3_open_v2(name.c_str(), &connection,
-                        access | SQLITE_OPEN_NOMUTEX | (mode == Mode::immutable ? SQLITE_OPEN_URI : 0), nullptr);
+    const int error = sqlite3_open_v2(file.c_str(), &connection,
+                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
     if (error != SQLITE_OK) {
         sqlite3_close(connection);
         return std::unexpected{error};
     }
-    sqlite3_extended_result_codes(connection, 1);
-    sqlite3_busy_timeout(connection, busyTimeoutMilliseconds);
     return std::unique_ptr<SqliteDatabase>{new SqliteDatabase{connection}};
+}
+
+SqliteDatabase::SqliteDatabase(sqlite3* connection)
+    : connection_{connection} {
+    sqlite3_extended_result_codes(connection, 1);
+    sqlite3_busy_handler(connection, &SqliteDatabase::wait, this);
+}
+
+int SqliteDatabase::wait(void* self, int attempt) {
+    const auto left = static_cast<SqliteDatabase*>(self)->deadline_ - std::chrono::steady_clock::now();
+    if (left.count() <= 0) {
+        return 0;
+    }
+    const auto pause = std::min<std::chrono::nanoseconds>(firstPause * (attempt + 1), longestPause);
+    std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, left));
+    return 1;
 }
 
 SqliteDatabase::~SqliteDatabase() {
@@ -89,6 +90,14 @@ std::optional<std::int64_t> SqliteDatabase::number(const std::string& query) {
         return std::nullopt;
     }
     return statement->integer(0);
+}
+
+std::optional<std::string> SqliteDatabase::text(const std::string& query) {
+    auto statement = prepare(query);
+    if (!statement || statement->step() != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return std::string{statement->bytes(0)};
 }
 
 std::optional<SqliteStatement> SqliteDatabase::prepare(const std::string& text) {

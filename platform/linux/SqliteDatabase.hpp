@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <cstdint>
 #include <expected>
 #include <filesystem>
@@ -44,25 +45,22 @@ private:
 /// One open database, for one thread at a time.
 class SqliteDatabase {
 public:
-    enum class Mode {
-        readWrite,
-        readOnly,
-        /// For a file that nobody can change: it is read without the helper files that the journal needs.
-        immutable,
-    };
-
-    /// Opens an existing file, or gives the error.
-    static std::expected<std::unique_ptr<SqliteDatabase>, int> open(const std::filesystem::path& file, Mode mode);
+    /// Opens an existing file, to read only where the file does not allow more, or gives the error.
+    static std::expected<std::unique_ptr<SqliteDatabase>, int> open(const std::filesystem::path& file);
 
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
     ~SqliteDatabase();
 
+    /// Until when statements wait for another process; from then on their error is SQLITE_BUSY.
+    void setDeadline(std::chrono::steady_clock::time_point deadline) { deadline_ = deadline; }
+
     /// Runs statements that give no rows; SQLITE_OK or an error.
     int run(const char* statements);
 
-    /// The first number that a query gives; absent on an error, which `lastError` then names.
+    /// The first value that a query gives; absent on an error, which `lastError` then names.
     std::optional<std::int64_t> number(const std::string& query);
+    std::optional<std::string> text(const std::string& query);
 
     /// A statement is compiled once. Absent on an error, which `lastError` then names.
     std::optional<SqliteStatement> prepare(const std::string& text);
@@ -75,16 +73,17 @@ public:
     /// Rows changed by the last statement.
     std::int64_t changes() const;
 
-    /// Whether a file asked for with `Mode::readWrite` can only be read.
+    /// Whether the file can only be read.
     bool isReadOnly() const;
 
     bool isInTransaction() const;
 
 private:
-    explicit SqliteDatabase(sqlite3* connection)
-        : connection_{connection} {}
+    explicit SqliteDatabase(sqlite3* connection);
+    static int wait(void* self, int attempt);
 
     sqlite3* const connection_;
+    std::chrono::steady_clock::time_point deadline_;
     std::map<std::string, sqlite3_stmt*> statements_;
 };
 

@@ -2,9 +2,14 @@
 
 #include "linux/KeychainFile.hpp"
 #include "linux/SealedValue.hpp"
+#include "linux/Turns.hpp"
 
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -87,8 +92,10 @@ void bindOptional(SqliteStatement& statement, const std::optional<std::string>& 
 
 class SqliteKeychain final : public Keychain {
 public:
-    SqliteKeychain(std::filesystem::path folder, std::shared_ptr<Diagnostics> diagnostics)
-        : file_{std::move(folder), std::move(diagnostics)} {}
+    SqliteKeychain(DataFolder folder, std::shared_ptr<Diagnostics> diagnostics, std::chrono::milliseconds patience)
+        : diagnostics_{std::move(diagnostics)}
+        , patience_{patience}
+        , file_{std::move(folder)} {}
 
     OSStatus SecItemAdd(const KeychainAttributes& attributes) override {
         return perform(Purpose::store, [&] { return add(attributes); });
@@ -109,10 +116,36 @@ public:
 private:
     template <typename Operation>
     OSStatus perform(Purpose purpose, Operation operation) {
-        const std::scoped_lock lock{mutex_};
+        const auto deadline = std::chrono::steady_clock::now() + patience_;
+        // SQLite's locks and what other threads were at stay with the parent of a forked process.
+        if (const auto user = user_.load(); user != 0 && user != getpid()) {
+            if (!isForkTold_.exchange(true)) {
+                diagnostics_->report("keychain", "The process was forked after its keychain was used, so the keychain "
+                                                 "cannot be used here; have the child execute a program first.");
+            }
+            return errSecNotAvailable;
+        }
+        user_ = getpid();
+        std::vector<std::string> reports;
+        OSStatus status = errSecNotAvailable;
+        if (const auto turn = turns_.take(deadline)) {
+            status = performAlone(purpose, operation, deadline);
+            reports = file_.takeReports();
+        } else {
+            reports.emplace_back("A call to the keychain waited too long for another thread's.");
+        }
+        // The host's own code, which may call the keychain again.
+        for (const auto& report : reports) {
+            diagnostics_->report("keychain", report);
+        }
+        return status;
+    }
+
+    template <typename Operation>
+    OSStatus performAlone(Purpose purpose, Operation operation, KeychainFile::Deadline deadline) {
         OSStatus status = errSecSuccess;
         for (int attempt = 0; attempt < 2; ++attempt) {
-            status = file_.open(purpose);
+            status = file_.open(purpose, deadline);
             if (status != errSecSuccess) {
                 return status;
             }
@@ -126,7 +159,8 @@ private:
 
     OSStatus add(const KeychainAttributes& attributes) {
         const auto identity = identityOf(attributes);
-        const auto sealed = seal(*file_.key(), identity.associatedData(), attributes.kSecValueData.value_or(""));
+        const auto value = attributes.kSecValueData ? std::string_view{*attributes.kSecValueData} : "";
+        const auto sealed = seal(*file_.key(), identity.associatedData(), value);
         if (!sealed) {
             return errSecParam;
         }
@@ -170,7 +204,8 @@ private:
                          "exchanged or altered. Store the item anew, or restore both files from a backup.");
             return errSecDecode;
         }
-        *result = std::move(*value);
+        result->swap(*value);
+        wipe(*value);
         return errSecSuccess;
     }
 
@@ -200,8 +235,15 @@ private:
         if (change.kSecAttrAccessible && *change.kSecAttrAccessible != row.bytes(6)) {
             return false;
         }
-        return !change.kSecValueData ||
-               (file_.key() && unseal(*file_.key(), identity.associatedData(), row.bytes(5)) == change.kSecValueData);
+        if (!change.kSecValueData) {
+            return true;
+        }
+        auto value = file_.key() ? unseal(*file_.key(), identity.associatedData(), row.bytes(5)) : std::nullopt;
+        const bool same = value == change.kSecValueData;
+        if (value) {
+            wipe(*value);
+        }
+        return same;
     }
 
     OSStatus updateMatching(const KeychainAttributes& query, const KeychainAttributes& change) {
@@ -271,14 +313,20 @@ private:
         return file_.database().changes() > 0 ? errSecSuccess : errSecItemNotFound;
     }
 
-    std::mutex mutex_;
+    const std::shared_ptr<Diagnostics> diagnostics_;
+    const std::chrono::milliseconds patience_;
+    /// The process that has used the keychain; 0 before the first call.
+    std::atomic<pid_t> user_{0};
+    std::atomic<bool> isForkTold_{false};
+    Turns turns_;
     KeychainFile file_;
 };
 
 } // namespace
 
-std::shared_ptr<Keychain> makeSqliteKeychain(std::filesystem::path folder, std::shared_ptr<Diagnostics> diagnostics) {
-    return std::make_shared<SqliteKeychain>(std::move(folder), std::move(diagnostics));
+std::shared_ptr<Keychain> makeSqliteKeychain(DataFolder folder, std::shared_ptr<Diagnostics> diagnostics,
+                                             std::chrono::milliseconds patience) {
+    return std::make_shared<SqliteKeychain>(std::move(folder), std::move(diagnostics), patience);
 }
 
 } // namespace kivo::platform

@@ -1,25 +1,22 @@
-#include "linux/SqliteKeychain.hpp"
-
-#include "support/RecordedDiagnostics.hpp"
-#include "support/TemporaryFolder.hpp"
+#include "linux/SealedValue.hpp"
+#include "support/KeychainFixture.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <spawn.h>
-#include <sqlite3.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
+#include <sys/file.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <fstream>
-#include <functional>
-#include <mutex>
 #include <random>
-#include <set>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 namespace kivo::platform {
 namespace {
@@ -30,65 +27,10 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-KeychainAttributes item(std::string account, std::optional<std::string> value = {},
-                        std::optional<std::string> group = {}) {
-    KeychainAttributes attributes;
-    attributes.kSecAttrService = "com.example.host";
-    attributes.kSecAttrAccount = std::move(account);
-    attributes.kSecAttrAccessGroup = std::move(group);
-    attributes.kSecValueData = std::move(value);
-    attributes.kSecReturnData = true;
-    return attributes;
-}
+using test::item;
+using test::value;
 
-KeychainAttributes value(std::string text) {
-    KeychainAttributes change;
-    change.kSecValueData = std::move(text);
-    return change;
-}
-
-class SqliteKeychainTest : public testing::Test {
-protected:
-    std::shared_ptr<Keychain> open() const { return makeSqliteKeychain(folder, diagnostics); }
-
-    /// The stored text, or the status.
-    std::string read(const std::string& account, std::optional<std::string> group = {}) const {
-        return read(*open(), account, std::move(group));
-    }
-
-    static std::string read(Keychain& keychain, const std::string& account, std::optional<std::string> group = {}) {
-        std::string result;
-        const auto status = keychain.SecItemCopyMatching(item(account, {}, std::move(group)), &result);
-        return status == errSecSuccess ? result : std::to_string(status);
-    }
-
-    void execute(const char* sql) const {
-        sqlite3* database = nullptr;
-        ASSERT_EQ(sqlite3_open((folder / "keychain.db").c_str(), &database), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-        sqlite3_close(database);
-    }
-
-    std::set<std::string> filesPutAside() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator{folder}) {
-            const auto name = entry.path().filename().string();
-            if (name.find("-20") != std::string::npos) {
-                names.insert(name.substr(0, name.find("-20")));
-            }
-        }
-        return names;
-    }
-
-    static mode_t modeOf(const fs::path& path) {
-        struct stat file{};
-        return stat(path.c_str(), &file) == 0 ? file.st_mode & 0777 : 0;
-    }
-
-    const test::TemporaryFolder parent;
-    const fs::path folder = parent.path() / "kivo" / "com.example.host";
-    const std::shared_ptr<test::RecordedDiagnostics> diagnostics = std::make_shared<test::RecordedDiagnostics>();
-};
+using SqliteKeychainTest = test::KeychainFixture;
 
 TEST_F(SqliteKeychainTest, KeepsItemsApartByIdentityAndForTheNextProcess) {
     EXPECT_EQ(read("one"), "-25300");
@@ -129,29 +71,18 @@ TEST_F(SqliteKeychainTest, MatchesAndChangesTheAccessibility) {
     EXPECT_EQ(found, "value");
 }
 
-TEST_F(SqliteKeychainTest, OnlyTheOwnerCanReadItsFiles) {
-    umask(0);
-    ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
-    EXPECT_EQ(modeOf(folder), 0700U);
-    for (const auto& entry : fs::directory_iterator{folder}) {
-        EXPECT_EQ(modeOf(entry.path()), 0600U) << entry.path();
-        chmod(entry.path().c_str(), 0644); // as a backup may bring it back
-    }
-    const auto keychain = open();
-    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess);
-    for (const auto& entry : fs::directory_iterator{folder}) {
-        EXPECT_EQ(modeOf(entry.path()), 0600U) << entry.path();
-    }
-}
-
-TEST_F(SqliteKeychainTest, ShowsNoValueInItsFiles) {
-    const auto keychain = open();
-    ASSERT_EQ(keychain->SecItemAdd(item("one", "a very recognisable secret")), errSecSuccess);
-    for (const auto& entry : fs::directory_iterator{folder}) {
-        std::ifstream file{entry.path(), std::ios::binary};
-        const std::string content{std::istreambuf_iterator<char>{file}, {}};
-        EXPECT_THAT(content, testing::Not(HasSubstr("recognisable"))) << entry.path();
-    }
+TEST_F(SqliteKeychainTest, SealsEveryValueAnew) {
+    const std::string secret(64, 's');
+    ASSERT_EQ(open()->SecItemAdd(item("one", secret)), errSecSuccess);
+    const auto first = execute("SELECT value FROM items");
+    ASSERT_EQ(open()->SecItemUpdate(item("one"), value("other")), errSecSuccess);
+    ASSERT_EQ(open()->SecItemUpdate(item("one"), value(secret)), errSecSuccess);
+    const auto second = execute("SELECT value FROM items");
+    ASSERT_EQ(first.size(), 1 + 12 + secret.size() + 16) << "a version, a nonce, the text, a tag";
+    ASSERT_EQ(second.size(), first.size());
+    EXPECT_NE(first.substr(1, 12), second.substr(1, 12)) << "equal nonces give the key away";
+    EXPECT_NE(first.substr(13, secret.size()), second.substr(13, secret.size()));
+    EXPECT_EQ(first.find("sss"), std::string::npos);
 }
 
 TEST_F(SqliteKeychainTest, ACopyWithoutItsKeyOpensNothing) {
@@ -194,43 +125,10 @@ TEST_F(SqliteKeychainTest, ASwappedOrAlteredValueDoesNotOpen) {
     EXPECT_EQ(read("one"), "mended");
 }
 
-TEST_F(SqliteKeychainTest, PutsADamagedDatabaseAside) {
-    const struct {
-        const char* how;
-        std::function<void(const fs::path&)> damage;
-    } rows[] = {
-        {"no database", [&](const fs::path& file) { parent.write(file, "this is not a database, whatever it says"); }},
-        {"cut off", [](const fs::path& file) { fs::resize_file(file, 5000); }},
-        {"overwritten in the middle",
-         [](const fs::path& file) {
-             std::fstream stream{file, std::ios::in | std::ios::out | std::ios::binary};
-             stream.seekp(4096);
-             stream << std::string(6000, '\xEE');
-         }},
-    };
-
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.how);
-        fs::remove_all(folder);
-        {
-            const auto keychain = open();
-            ASSERT_EQ(keychain->SecItemAdd(item("one", std::string(9000, 'v'))), errSecSuccess);
-        }
-        row.damage(folder / "keychain.db");
-        EXPECT_EQ(read("one"), "-25300");
-        EXPECT_THAT(filesPutAside(), testing::Contains("keychain.db.corrupt"));
-        EXPECT_THAT(diagnostics->texts().back(), HasSubstr("is damaged; it is kept as"));
-        EXPECT_EQ(open()->SecItemAdd(item("one", "anew")), errSecSuccess);
-        EXPECT_EQ(read("one"), "anew");
-    }
-}
-
 TEST_F(SqliteKeychainTest, ADatabaseThatIsReplacedWhileOpenIsTakenUp) {
     const auto keychain = open();
     ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
-    for (const auto* name : {"keychain.db", "keychain.db-wal", "keychain.db-shm"}) {
-        fs::remove(folder / name);
-    }
+    fs::remove(file);
     EXPECT_EQ(read(*keychain, "one"), "-25300");
     EXPECT_EQ(keychain->SecItemAdd(item("one", "anew")), errSecSuccess);
     EXPECT_EQ(read("one"), "anew");
@@ -239,10 +137,12 @@ TEST_F(SqliteKeychainTest, ADatabaseThatIsReplacedWhileOpenIsTakenUp) {
 TEST_F(SqliteKeychainTest, LeavesTheDatabaseOfANewerReleaseAlone) {
     ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
     execute("PRAGMA user_version = 2");
+    execute("PRAGMA application_id = 0x4B490002");
     EXPECT_EQ(read("one"), std::to_string(errSecNotAvailable));
     EXPECT_EQ(open()->SecItemUpdate(item("one"), value("new")), errSecNotAvailable);
     EXPECT_THAT(diagnostics->texts().back(), HasSubstr("newer release"));
     execute("PRAGMA user_version = 1");
+    execute("PRAGMA application_id = 0x4B490001");
     EXPECT_EQ(read("one"), "value");
 }
 
@@ -251,13 +151,13 @@ TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) 
     if (geteuid() == 0) {
         // Permissions do not bind the superuser.
         chmod(parent.path().c_str(), 0755);
-        chmod((parent.path() / "kivo").c_str(), 0755);
-        for (const auto& entry : fs::directory_iterator{folder}) {
-            ASSERT_EQ(chown(entry.path().c_str(), 65534, 65534), 0);
+        for (auto path = file; path != parent.path(); path = path.parent_path()) {
+            ASSERT_EQ(chown(path.c_str(), 65534, 65534), 0);
         }
-        ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
+        ASSERT_EQ(chown((folder / "keychain.key").c_str(), 65534, 65534), 0);
         ASSERT_EQ(seteuid(65534), 0);
     }
+    fs::remove(folder / "keychain.db-journal");
     chmod(folder.c_str(), 0500);
     EXPECT_EQ(read("one"), "value");
     EXPECT_THAT(diagnostics->texts(), IsEmpty());
@@ -273,37 +173,14 @@ TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) 
     }
 }
 
-TEST_F(SqliteKeychainTest, AFullDiskLosesNothing) {
-    const auto keychain = open();
-    ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit former{};
-    getrlimit(RLIMIT_FSIZE, &former);
-    const rlimit full{.rlim_cur = fs::file_size(folder / "keychain.db-wal"), .rlim_max = former.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
-    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value(std::string(50'000, 'n'))), errSecDiskFull);
-    EXPECT_EQ(keychain->SecItemAdd(item("two", "value")), errSecDiskFull);
-    EXPECT_EQ(read(*keychain, "one"), "value");
-    setrlimit(RLIMIT_FSIZE, &former);
-    EXPECT_THAT(diagnostics->texts(), testing::Each(HasSubstr("free some space")));
-    EXPECT_EQ(keychain->SecItemAdd(item("two", "later")), errSecSuccess);
-    EXPECT_EQ(read("one") + " " + read("two"), "value later");
-}
-
-TEST_F(SqliteKeychainTest, AFileInTheFoldersPlaceIsReported) {
-    parent.write("kivo", "in the way");
-    EXPECT_EQ(read("one"), "-25300");
-    EXPECT_EQ(open()->SecItemAdd(item("one", "value")), errSecIO);
-    EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("Not a directory")));
-}
-
 TEST_F(SqliteKeychainTest, ConcurrencyOfThreadsAndKeychainsOnOneFolder) {
-    const auto shared = open();
+    const auto openPatient = [this] { return makeSqliteKeychain(where, diagnostics, std::chrono::minutes{1}); };
+    const auto shared = openPatient();
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([this, shared, t] {
-            const auto keychain = t % 2 == 0 ? shared : open();
-            for (int i = 0; i < 25; ++i) {
+        threads.emplace_back([&, t] {
+            const auto keychain = t % 2 == 0 ? shared : openPatient();
+            for (int i = 0; i < 10; ++i) {
                 const auto account = "item " + std::to_string(t) + "/" + std::to_string(i);
                 EXPECT_EQ(keychain->SecItemAdd(item(account, account)), errSecSuccess);
                 EXPECT_EQ(keychain->SecItemUpdate(item(account), value("new " + account)), errSecSuccess);
@@ -314,7 +191,7 @@ TEST_F(SqliteKeychainTest, ConcurrencyOfThreadsAndKeychainsOnOneFolder) {
         thread.join();
     }
     for (int t = 0; t < 4; ++t) {
-        for (int i = 0; i < 25; ++i) {
+        for (int i = 0; i < 10; ++i) {
             const auto account = "item " + std::to_string(t) + "/" + std::to_string(i);
             EXPECT_EQ(read(*shared, account), "new " + account);
         }
@@ -322,61 +199,138 @@ TEST_F(SqliteKeychainTest, ConcurrencyOfThreadsAndKeychainsOnOneFolder) {
     EXPECT_THAT(diagnostics->texts(), IsEmpty());
 }
 
-/// A `KeychainWriter` process.
-class Writer {
-public:
-    explicit Writer(const fs::path& folder) {
-        int ends[2];
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-        std::string program = KIVO_TEST_PROGRAMS "/KeychainWriter";
-        std::string argument = folder.string();
-        char* const arguments[] = {program.data(), argument.data(), nullptr};
-        EXPECT_EQ(posix_spawn(&child_, program.c_str(), &actions, nullptr, arguments, environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        close(ends[1]);
-        output_ = fdopen(ends[0], "r");
+TEST_F(SqliteKeychainTest, WaitsForOthersUntilItsPatienceEnds) {
+    using namespace std::chrono_literals;
+    ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
+    const auto expectRefusals = [&](const char* held) {
+        diagnostics->clear();
+        const auto impatient = makeSqliteKeychain(where, diagnostics, 30ms);
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(read(*impatient, "one"), std::to_string(errSecNotAvailable)) << held;
+        EXPECT_EQ(impatient->SecItemDelete(item("one")), errSecNotAvailable) << held;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 4s) << held;
+        EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("held by another process"))) << held;
+    };
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(descriptor, LOCK_EX), 0);
+    expectRefusals("the folder");
+    close(descriptor);
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    expectRefusals("the database");
+    sqlite3_close(other);
+    EXPECT_EQ(read("one"), "value");
+}
+
+TEST_F(SqliteKeychainTest, AForkedChildIsRefusedAndHarmsNothing) {
+    auto keychain = open();
+    ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
+    const auto child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const bool isRefused = read(*keychain, "one") == std::to_string(errSecNotAvailable);
+        keychain.reset();
+        _exit(isRefused ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess);
+    EXPECT_EQ(read("one"), "new");
+}
+
+/// A diagnostics object that uses what reports to it.
+struct Curious final : Diagnostics {
+    void report(std::string_view /*component*/, std::string_view /*text*/) override {
+        std::string ignored;
+        status = keychain->SecItemCopyMatching(item("one"), &ignored);
     }
 
-    ~Writer() { std::fclose(output_); }
-
-    /// Waits for the first number, lets the writer go on for that long, and kills it. Returns the last number it told.
-    int killAfter(std::chrono::microseconds time) {
-        int number = -1;
-        EXPECT_EQ(std::fscanf(output_, "%d", &number), 1);
-        std::this_thread::sleep_for(time);
-        kill(child_, SIGKILL);
-        int status = 0;
-        waitpid(child_, &status, 0);
-        EXPECT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
-        while (std::fscanf(output_, "%d", &number) == 1) {
-        }
-        return number;
-    }
-
-private:
-    pid_t child_ = -1;
-    std::FILE* output_ = nullptr;
+    std::shared_ptr<Keychain> keychain;
+    OSStatus status = errSecSuccess;
 };
 
-TEST_F(SqliteKeychainTest, AKilledWriterLeavesTheOldOrTheNewValue) {
-    constexpr int kills = 200;
-    std::minstd_rand random{20261124};
-    std::uniform_int_distribution<> microseconds{0, 6000};
-    int previous = 0;
-    for (int round = 0; round < kills; ++round) {
-        const int told = Writer{folder}.killAfter(std::chrono::microseconds{microseconds(random)});
-        const auto stored = read("counter");
-        const int number = std::stoi(stored);
-        ASSERT_GE(number, told) << "what was answered with success is gone";
-        ASSERT_LE(number, told + 1);
-        ASSERT_GT(number, previous);
-        ASSERT_EQ(stored, std::to_string(number) + std::string(20'000, static_cast<char>('a' + number % 26)));
-        previous = number;
+TEST_F(SqliteKeychainTest, ReportsWithoutHoldingItsLock) {
+    parent.write("kivo", "in the way");
+    const auto curious = std::make_shared<Curious>();
+    curious->keychain = makeSqliteKeychain(where, curious);
+    EXPECT_EQ(curious->keychain->SecItemAdd(item("one", "value")), errSecNotAvailable);
+    EXPECT_EQ(curious->status, errSecNotAvailable);
+    curious->keychain.reset();
+}
+
+/// How often a text stands in the memory that this process can write. Takes the text in disguise, each byte changed by
+/// `disguise`, so as not to find itself.
+constexpr char disguise = 0x5A;
+
+int countInMemory(std::string_view disguised) {
+    int found = 0;
+    std::ifstream maps{"/proc/self/maps"};
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t start = 0;
+        std::uintptr_t end = 0;
+        std::array<char, 5> rights{};
+        if (std::sscanf(line.c_str(), "%lx-%lx %4s", &start, &end, rights.data()) != 3 ||
+            std::string_view{rights.data()} != "rw-p") {
+            continue;
+        }
+        // A sanitizer's shadow is terabytes that were never touched.
+        if (end - start > std::size_t{1} << 28) {
+            continue;
+        }
+        std::vector<char> bytes(end - start);
+        const iovec local{bytes.data(), bytes.size()};
+        const iovec remote{reinterpret_cast<void*>(start), bytes.size()};
+        if (process_vm_readv(getpid(), &local, 1, &remote, 1, 0) != static_cast<ssize_t>(bytes.size())) {
+            continue;
+        }
+        for (auto& byte : bytes) {
+            byte ^= disguise;
+        }
+        const std::string_view memory{bytes.data(), bytes.size()};
+        for (auto at = memory.find(disguised); at != std::string_view::npos; at = memory.find(disguised, at + 1)) {
+            ++found;
+        }
     }
-    EXPECT_THAT(diagnostics->texts(), IsEmpty());
+    return found;
+}
+
+TEST_F(SqliteKeychainTest, LeavesNeitherKeyNorValueInMemory) {
+    std::string disguised(200, '\0');
+    std::random_device random;
+    for (auto& byte : disguised) {
+        byte = static_cast<char>(random());
+    }
+    const auto secret = [&] {
+        std::string text;
+        text.reserve(disguised.size());
+        for (const char byte : disguised) {
+            text += static_cast<char>(byte ^ disguise);
+        }
+        return text;
+    };
+    {
+        const auto keychain = open();
+        auto stored = item("one", secret());
+        ASSERT_EQ(keychain->SecItemAdd(stored), errSecSuccess);
+        ASSERT_EQ(keychain->SecItemUpdate(item("one"), stored), errSecSuccess) << "compares the two";
+        std::string result;
+        ASSERT_EQ(keychain->SecItemCopyMatching(item("one"), &result), errSecSuccess);
+        EXPECT_EQ(countInMemory(disguised), 2) << "here, and nowhere else";
+        wipe(result);
+        wipe(*stored.kSecValueData);
+    }
+    EXPECT_EQ(countInMemory(disguised), 0);
+
+    std::array<char, 32> key{};
+    const int descriptor = ::open((folder / "keychain.key").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::read(descriptor, key.data(), key.size()), 32);
+    close(descriptor);
+    for (auto& byte : key) {
+        byte ^= disguise;
+    }
+    EXPECT_EQ(countInMemory({key.data(), key.size()}), 0);
 }
 
 } // namespace

@@ -1,44 +1,137 @@
-// Writes numbered values into one item of a keychain until it is killed, and says on standard output which number is
-// safely in. Argument: the keychain's folder.
+// Stores, replaces and deletes an item of a keychain, and tells on standard output each change that is safely in and
+// each step towards it that the system sees. Arguments: the keychain's folder, and the number of the step before which
+// the program kills itself (0: none).
 
 #include "linux/SqliteKeychain.hpp"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace {
 
-class Silent final : public kivo::platform::Diagnostics {
+int lastStep = 0;
+int stepsSoFar = 0;
+
+void tell(const std::string& line) {
+    syscall(SYS_write, STDOUT_FILENO, line.data(), line.size());
+}
+
+void step(const char* what, const std::string& name) {
+    tell(std::string{what} + " " + name + "\n");
+    if (++stepsSoFar == lastStep) {
+        kill(getpid(), SIGKILL);
+    }
+}
+
+void step(const char* what, int descriptor) {
+    std::array<char, 512> path{};
+    const auto link = "/proc/self/fd/" + std::to_string(descriptor);
+    const auto length = readlink(link.c_str(), path.data(), path.size());
+    const std::string target{path.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
+    step(what, target.substr(target.rfind('/') + 1));
+}
+
+std::string nameOf(const char* path) {
+    const std::string whole{path};
+    return whole.substr(whole.rfind('/') + 1);
+}
+
+} // namespace
+
+// In place of the C library's functions, for SQLite and the keychain alike.
+#define SEEN extern "C" __attribute__((visibility("default")))
+#define CALL(number, ...) static_cast<int>(syscall(number, __VA_ARGS__))
+
+SEEN int mkdirat(int folder, const char* name, mode_t mode) noexcept {
+    step("make", name);
+    return CALL(SYS_mkdirat, folder, name, mode);
+}
+
+SEEN int fchmod(int file, mode_t mode) noexcept {
+    step("mode", file);
+    return CALL(SYS_fchmod, file, mode);
+}
+
+SEEN ssize_t write(int file, const void* bytes, std::size_t size) {
+    step("change", file);
+    return syscall(SYS_write, file, bytes, size);
+}
+
+SEEN ssize_t pwrite64(int file, const void* bytes, std::size_t size, off64_t offset) {
+    step("change", file);
+    return syscall(SYS_pwrite64, file, bytes, size, offset);
+}
+
+SEEN int ftruncate64(int file, off64_t size) noexcept {
+    step("change", file);
+    return CALL(SYS_ftruncate, file, size);
+}
+
+SEEN int fsync(int file) {
+    step("sync", file);
+    return CALL(SYS_fsync, file);
+}
+
+SEEN int fdatasync(int file) {
+    step("sync", file);
+    return CALL(SYS_fdatasync, file);
+}
+
+SEEN int renameat(int from, const char* name, int to, const char* newName) noexcept {
+    step("name", newName);
+    return CALL(SYS_renameat, from, name, to, newName);
+}
+
+SEEN int unlink(const char* path) noexcept {
+    step("remove", nameOf(path));
+    return CALL(SYS_unlink, path);
+}
+
+namespace {
+
+using namespace kivo::platform;
+
+class OnStandardError final : public Diagnostics {
 public:
-    void report(std::string_view, std::string_view) override {}
+    void report(std::string_view /*component*/, std::string_view text) override {
+        std::fprintf(stderr, "%.*s\n", static_cast<int>(text.size()), text.data());
+    }
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
+    if (argc != 3) {
         return 2;
     }
-    const auto keychain = kivo::platform::makeSqliteKeychain(argv[1], std::make_shared<Silent>());
-    kivo::platform::KeychainAttributes item;
+    lastStep = std::atoi(argv[2]);
+    const DataFolder folder{std::string{argv[1]}, "kivo/com.example.host"};
+    const auto keychain = makeSqliteKeychain(folder, std::make_shared<OnStandardError>());
+    KeychainAttributes item;
     item.kSecAttrService = "com.example.host";
-    item.kSecAttrAccount = "counter";
-    std::string stored;
-    item.kSecReturnData = true;
-    const bool isThere = keychain->SecItemCopyMatching(item, &stored) == kivo::platform::errSecSuccess;
-    for (int number = isThere ? std::stoi(stored) + 1 : 1;; ++number) {
-        auto change = item;
-        // Long enough for many pages, so that a torn write would show.
-        change.kSecValueData = std::to_string(number) + std::string(20'000, static_cast<char>('a' + number % 26));
-        const auto status = number == 1 ? keychain->SecItemAdd(change) : keychain->SecItemUpdate(item, change);
-        if (status != kivo::platform::errSecSuccess) {
-            return 3;
+    item.kSecAttrAccount = "one";
+    auto change = item;
+    const auto done = [](OSStatus status) {
+        if (status != errSecSuccess) {
+            std::exit(3);
         }
-        const auto line = std::to_string(number) + "\n";
-        if (write(STDOUT_FILENO, line.data(), line.size()) < 0) {
-            return 4;
-        }
-    }
+        tell("told\n");
+    };
+    change.kSecValueData = "first";
+    done(keychain->SecItemAdd(change));
+    // Long enough for many pages, so that a torn write would show.
+    change.kSecValueData = std::string(20'000, 's');
+    done(keychain->SecItemUpdate(item, change));
+    change.kSecValueData = "third";
+    done(keychain->SecItemUpdate(item, change));
+    done(keychain->SecItemDelete(item));
+    return 0;
 }

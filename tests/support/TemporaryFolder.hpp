@@ -12,8 +12,8 @@ namespace kivo::test {
 /// A folder of its own for one test, gone with it.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        auto pattern = (std::filesystem::temp_directory_path() / "kivo-test-XXXXXX").string();
+    explicit TemporaryFolder(const std::filesystem::path& place = std::filesystem::temp_directory_path()) {
+        auto pattern = (place / "kivo-test-XXXXXX").string();
         path_ = mkdtemp(pattern.data());
     }
 

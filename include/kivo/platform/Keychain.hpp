@@ -48,6 +48,10 @@ struct KeychainAttributes {
 
 /// The platform's store for small secrets. Calls may come from any thread; the store puts them in order.
 ///
+/// A call may wait for calls of other threads and processes, for five seconds in all with the Linux keychain; then the
+/// status is `errSecNotAvailable`. That is also the status in a child that was forked from a process which had used the
+/// Linux keychain.
+///
 /// An item is identified by class, service, account and access group (absent counts as empty). Every change is
 /// durable and whole when the call returns: after a crash at any moment an item has its old or its new value.
 class KIVO_EXPORT Keychain {
@@ -64,8 +68,11 @@ public:
     /// Changes value and accessibility, as far as given, of every matching item.
     virtual OSStatus SecItemUpdate(const KeychainAttributes& query, const KeychainAttributes& change) = 0;
 
-    /// Deletes every matching item; `errSecItemNotFound` without a match.
+    /// Deletes every matching item, so that its value cannot be got back; `errSecItemNotFound` without a match.
     virtual OSStatus SecItemDelete(const KeychainAttributes& query) = 0;
 };
+
+/// Overwrites a text that was secret, and empties it.
+KIVO_EXPORT void wipe(std::string& secret);
 
 } // namespace kivo::platform

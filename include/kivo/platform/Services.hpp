@@ -51,7 +51,8 @@ KIVO_EXPORT const Services& services();
 struct LinuxOptions {
     /// The host's bundle folder. Empty: the folder `<executable>.bundle` beside the executable.
     std::filesystem::path mainBundle;
-    /// Where secrets and the device identifier are kept. Empty: `kivo/<bundle identifier>` below `$XDG_DATA_HOME`.
+    /// Where secrets and the device identifier are kept: a folder of this user's, no link, that nobody else can write.
+    /// Empty: `kivo/<bundle identifier>` below `$XDG_DATA_HOME`.
     std::filesystem::path dataFolder;
     /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
     std::filesystem::path trustedCertificates;

@@ -1,0 +1,268 @@
+#include "NetworkManager/KeychainWrapper.hpp"
+#include "linux/SealedValue.hpp"
+#include "support/KeychainFixture.hpp"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <csignal>
+#include <random>
+#include <set>
+#include <sstream>
+#include <vector>
+
+namespace kivo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+using test::contentOf;
+using test::item;
+using test::value;
+using testing::AnyOf;
+using testing::Contains;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class KeychainDurabilityTest : public test::KeychainFixture {
+protected:
+    /// The values of the item that can be opened from any file of the folder, wherever they stand in it.
+    std::set<std::string> whatOpens() const {
+        std::set<std::string> values;
+        SealingKey key;
+        const auto bytes = contentOf(folder / "keychain.key");
+        std::ranges::copy(bytes.substr(0, SealingKey::size), key.room().begin());
+        for (const auto& entry : fs::directory_iterator{folder}) {
+            const auto content = contentOf(entry.path());
+            for (std::size_t at = content.find('\1'); at != std::string::npos; at = content.find('\1', at + 1)) {
+                // A version, a nonce and a tag around a text of five bytes.
+                if (auto opened = unseal(key, "4:genp16:com.example.host3:one0:", content.substr(at, 29 + 5))) {
+                    values.insert(std::move(*opened));
+                }
+            }
+        }
+        return values;
+    }
+};
+
+struct Written {
+    std::vector<std::string> lines;
+    int status = 0;
+
+    long count(const std::string& line) const { return std::ranges::count(lines, line); }
+};
+
+Written runWriter(const fs::path& folder, int lastStep) {
+    const auto command =
+        std::string{KIVO_TEST_PROGRAMS "/KeychainWriter '"} + folder.string() + "' " + std::to_string(lastStep);
+    Written written;
+    std::FILE* const output = popen(("exec " + command).c_str(), "re");
+    std::string text;
+    for (int character = std::fgetc(output); character != EOF; character = std::fgetc(output)) {
+        text += static_cast<char>(character);
+    }
+    written.status = pclose(output);
+    std::istringstream lines{text};
+    for (std::string line; std::getline(lines, line);) {
+        written.lines.push_back(line);
+    }
+    return written;
+}
+
+TEST_F(KeychainDurabilityTest, AWriterKilledAtAnyStepLeavesTheOldOrTheNewValue) {
+    const std::string values[] = {"-25300", "first", std::string(20'000, 's'), "third", "-25300"};
+    const auto whole = runWriter(parent.path(), 0);
+    ASSERT_EQ(whole.status, 0);
+    ASSERT_EQ(whole.count("told"), 4);
+    const auto steps = static_cast<int>(whole.lines.size() - 4);
+    ASSERT_GT(steps, 40);
+    for (int step = 1; step <= steps; ++step) {
+        SCOPED_TRACE("killed before step " + std::to_string(step));
+        fs::remove_all(parent.path() / "kivo");
+        const auto killed = runWriter(parent.path(), step);
+        ASSERT_TRUE(WIFSIGNALED(killed.status));
+        const auto told = static_cast<std::size_t>(killed.count("told"));
+        // A killed deletion is made up for, as a host does that resets again.
+        const auto stored = read("one");
+        ASSERT_THAT(stored, AnyOf(values[told], values[told + 1]));
+        if (!fs::exists(folder / "keychain.key")) {
+            continue;
+        }
+        std::set<std::string> expected{stored};
+        expected.erase("-25300");
+        expected.erase(values[2]);
+        EXPECT_EQ(whatOpens(), expected);
+        for (const auto& entry : fs::directory_iterator{folder}) {
+            EXPECT_THAT(entry.path().filename(), AnyOf("keychain.db", "keychain.db-journal", "keychain.key"));
+        }
+    }
+    EXPECT_THAT(diagnostics->texts(), IsEmpty());
+}
+
+TEST_F(KeychainDurabilityTest, WhatIsToldIsOnTheDisk) {
+    std::multiset<std::string> unsynced;
+    int told = 0;
+    for (const auto& line : runWriter(parent.path(), 0).lines) {
+        std::istringstream words{line};
+        std::string act;
+        std::string name;
+        words >> act >> name;
+        if (act == "change") {
+            EXPECT_THAT(unsynced, testing::Not(Contains("com.example.host"))) << "a file without its name";
+            unsynced.insert(name);
+        } else if (act == "make") {
+            unsynced.insert(name == "kivo" ? parent.path().filename().string() : "kivo");
+        } else if (act == "name") {
+            EXPECT_THAT(unsynced, testing::Not(Contains(".draft"))) << name << " is named before its content is in";
+            unsynced.insert("com.example.host");
+        } else if (act == "sync") {
+            unsynced.erase(name);
+        } else if (act == "told") {
+            ++told;
+            EXPECT_THAT(unsynced, IsEmpty()) << "change " << told;
+        }
+    }
+    EXPECT_EQ(told, 4);
+}
+
+TEST_F(KeychainDurabilityTest, WhatIsReplacedOrDeletedIsInNoFile) {
+    const auto keychain = open();
+    std::minstd_rand random{20261126};
+    std::uniform_int_distribution<std::size_t> accounts{0, 5};
+    std::uniform_int_distribution<std::size_t> sizes{0, 9000};
+    const auto sealedIn = [&](const std::string& account) {
+        return execute(("SELECT value FROM items WHERE account = '" + account + "'").c_str());
+    };
+    std::vector<std::string> gone;
+    for (int round = 0; round < 60; ++round) {
+        const auto account = std::to_string(accounts(random));
+        const bool isThere = keychain->SecItemCopyMatching(item(account), nullptr) == errSecSuccess;
+        if (isThere) {
+            gone.push_back(sealedIn(account));
+        }
+        if (isThere && round % 3 == 0) {
+            ASSERT_EQ(keychain->SecItemDelete(item(account)), errSecSuccess);
+        } else {
+            const auto text = std::string(round % 2 == 0 ? sizes(random) : sizes(random) % 200, 'v');
+            ASSERT_EQ(isThere ? keychain->SecItemUpdate(item(account), value(text + std::to_string(round)))
+                              : keychain->SecItemAdd(item(account, text)),
+                      errSecSuccess);
+        }
+        std::string all;
+        for (const auto& entry : fs::directory_iterator{folder}) {
+            all += contentOf(entry.path());
+        }
+        for (const auto& sealed : gone) {
+            for (std::size_t at = 0; at + 16 <= sealed.size(); at += 16) {
+                ASSERT_EQ(all.find(sealed.substr(at, 16)), std::string::npos) << "round " << round << ", byte " << at;
+            }
+        }
+    }
+}
+
+TEST_F(KeychainDurabilityTest, AFullDiskLosesNothingAndForgetsNothingUnheard) {
+    const auto keychain = open();
+    ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit former{};
+    getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit full{.rlim_cur = 100, .rlim_max = former.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value(std::string(50'000, 'n'))), errSecDiskFull);
+    EXPECT_EQ(keychain->SecItemAdd(item("two", "value")), errSecDiskFull);
+    EXPECT_EQ(keychain->SecItemDelete(item("one")), errSecDiskFull);
+    EXPECT_EQ(read(*keychain, "one"), "value");
+    setrlimit(RLIMIT_FSIZE, &former);
+    EXPECT_THAT(diagnostics->texts(), Each(HasSubstr("free some space")));
+    EXPECT_EQ(keychain->SecItemAdd(item("two", "later")), errSecSuccess);
+    EXPECT_EQ(read("one") + " " + read("two"), "value later");
+}
+
+/// Damage to the database, seen through the store that the SDK uses.
+class KeychainDamageTest : public KeychainDurabilityTest {
+protected:
+    void SetUp() override {
+        KeychainWrapper store{open(), "com.example.host"};
+        ASSERT_TRUE(store.set("value", "one"));
+        ASSERT_TRUE(store.set(std::string(60, 'v'), "two"));
+        sound = contentOf(file);
+        key = contentOf(folder / "keychain.key");
+    }
+
+    /// What the store gives for the first item after `damaged` took the place of the database. Storing must go on.
+    std::optional<std::string> valueFrom(const std::string& damaged) {
+        for (const auto& entry : fs::directory_iterator{folder}) {
+            fs::remove(entry.path());
+        }
+        parent.write(file, damaged);
+        chmod(file.c_str(), 0600);
+        parent.write(folder / "keychain.key", key);
+        chmod((folder / "keychain.key").c_str(), 0600);
+        KeychainWrapper store{open(), "com.example.host"};
+        auto found = store.data("one");
+        isAside = !filesPutAside().empty();
+        isKeyGone = contentOf(folder / "keychain.key") != key;
+        EXPECT_TRUE(store.set("anew", "one"));
+        EXPECT_EQ(store.data("one"), "anew");
+        return found;
+    }
+
+    std::string sound;
+    std::string key;
+    bool isAside = false;
+    bool isKeyGone = false;
+};
+
+TEST_F(KeychainDamageTest, AWreckIsPutAsideWithoutItsKey) {
+    auto overwritten = sound;
+    overwritten.replace(4096, 6000, 6000, '\xEE');
+    auto strange = sound;
+    strange.replace(strange.find("class TEXT"), 5, "glass");
+    auto halfNewer = sound;
+    halfNewer[63] = 2;
+
+    const struct {
+        const char* how;
+        std::string content;
+    } rows[] = {
+        {"no database", "this is not a database, whatever it says"},
+        {"cut off", sound.substr(0, 5000)},
+        {"overwritten in the middle", overwritten},
+        {"another table", strange},
+        {"half of a newer version", halfNewer},
+    };
+
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.how);
+        diagnostics->clear();
+        EXPECT_EQ(valueFrom(row.content), std::nullopt);
+        EXPECT_TRUE(isAside && isKeyGone);
+        EXPECT_THAT(diagnostics->texts(), Contains(HasSubstr("is damaged; it is kept as")));
+    }
+}
+
+TEST_F(KeychainDamageTest, AFlippedBitNeverSticksAndNeverChangesAValue) {
+    ASSERT_EQ(valueFrom(sound), "value");
+    // Every bit of the header; beyond, one bit of every byte that is not empty room.
+    constexpr std::size_t header = 108;
+    for (std::size_t at = 0; at < sound.size(); ++at) {
+        for (int bit = 0; bit < 8; ++bit) {
+            if (at >= header && (sound[at] == 0 || sound[at] == sound[at - 1] || bit != static_cast<int>(at % 8))) {
+                continue;
+            }
+            SCOPED_TRACE("byte " + std::to_string(at) + ", bit " + std::to_string(bit));
+            auto flipped = sound;
+            flipped[at] = static_cast<char>(flipped[at] ^ (1 << bit));
+            const auto found = valueFrom(flipped);
+            ASSERT_TRUE(found == "value" || !found) << *found;
+            ASSERT_FALSE(HasFailure()) << testing::PrintToString(diagnostics->texts());
+            diagnostics->clear();
+        }
+    }
+}
+
+} // namespace
+} // namespace kivo::platform
