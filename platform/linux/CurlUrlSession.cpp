@@ -4,6 +4,8 @@
 #include "linux/CurlTransfer.hpp"
 #include "linux/DeliveryQueue.hpp"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <utility>
 
@@ -23,6 +25,12 @@ public:
 
     std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) override {
         auto transfer = std::make_shared<CurlTransfer>(std::move(request), std::move(completion), settings_, engine_);
+        if (::getpid() != process_) {
+            // The session's threads stayed with the parent of this forked process.
+            transfer->conclude(CURLE_FAILED_INIT);
+            transfer->deliver();
+            return transfer;
+        }
         engine_->add(transfer);
         return transfer;
     }
@@ -30,6 +38,7 @@ public:
 private:
     const std::shared_ptr<const CurlSettings> settings_;
     const std::shared_ptr<CurlEngine> engine_;
+    const pid_t process_ = ::getpid();
 };
 
 class CurlUrlSessions final : public UrlSessions {

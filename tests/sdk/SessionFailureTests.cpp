@@ -1,7 +1,6 @@
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
-#include "support/ScriptedUrlSessions.hpp"
 
 #include <atomic>
 
@@ -294,16 +293,6 @@ TEST_F(SessionFailures, ANetworkThatComesLaterIsNoticedWithoutAJoin) {
     EXPECT_EQ(status(), ResponseCode::INVALID_STATUS_SESSION) << "asked, and not answered";
 }
 
-TEST_F(SessionFailures, AMachineWithoutThreadsAnswers) {
-    const auto exhausted = std::make_shared<test::ScriptedUrlSessions>();
-    exhausted->isExhausted = true;
-    services.urlSessions = exhausted;
-    platform::install(services);
-    const auto answered = join(*session);
-    EXPECT_EQ(answered.times, 1);
-    EXPECT_EQ(answered.code(), ResponseCode::INVALID_JOIN_SESSION);
-}
-
 TEST_F(SessionFailures, AJoinWithoutAnEnvironmentIsRefused) {
     EXPECT_EQ(answerTo([&](auto response) { session->join("123456", nullptr, response); }).code(),
               ResponseCode::INVALID_JOIN_SESSION);
@@ -311,17 +300,6 @@ TEST_F(SessionFailures, AJoinWithoutAnEnvironmentIsRefused) {
         answerTo([&](auto response) { session->join("123456", config(static_cast<SDKEnv>(4)), response); }).code(),
         ResponseCode::INVALID_JOIN_SESSION);
     EXPECT_TRUE(service.requests().empty());
-}
-
-TEST_F(SessionFailures, AnAnswerThatCannotBeStoredFailsTheJoin) {
-    folder.write("flat", "a file where the data folder should be");
-    auto broken = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
-                                           .dataFolder = folder.path() / "flat" / "data",
-                                           .trustedCertificates = service.trustedCertificates()});
-    services.keychain = broken.keychain;
-    platform::install(services);
-    EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
-    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::INVALID_STATUS_SESSION);
 }
 
 TEST_F(SessionFailures, EmptyCompletionsAreAllowed) {

@@ -21,6 +21,11 @@
 namespace kivo::platform {
 
 /// Everything the SDK asks of the operating system and of the vendors, one pointer a service.
+///
+/// The services of Linux have threads and locks, which a forked child does not inherit. In a child that does not
+/// execute a program, URL sessions made by the parent answer every request with a failure before the call returns, and
+/// a keychain that the parent has used gives `errSecNotAvailable`; neither hangs. Other services must not be used
+/// there.
 struct Services {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;

@@ -1,0 +1,58 @@
+#include "support/HostFixture.hpp"
+#include "support/ScriptedUrlSessions.hpp"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kivo {
+namespace {
+
+/// Sessions of a host to which the system denies something.
+class SessionsAndTheSystem : public test::HostFixture {
+protected:
+    const std::shared_ptr<KivoAPI> session = KivoSDK::load("KEY", "18");
+};
+
+TEST_F(SessionsAndTheSystem, AMachineWithoutThreadsAnswers) {
+    const auto exhausted = std::make_shared<test::ScriptedUrlSessions>();
+    exhausted->isExhausted = true;
+    services.urlSessions = exhausted;
+    platform::install(services);
+    const auto answered = join(*session);
+    EXPECT_EQ(answered.times, 1);
+    EXPECT_EQ(answered.code(), ResponseCode::INVALID_JOIN_SESSION);
+}
+
+TEST_F(SessionsAndTheSystem, AnAnswerThatCannotBeStoredFailsTheJoin) {
+    folder.write("flat", "a file where the data folder should be");
+    auto broken = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
+                                           .dataFolder = folder.path() / "flat" / "data",
+                                           .trustedCertificates = service.trustedCertificates()});
+    services.keychain = broken.keychain;
+    platform::install(services);
+    EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::INVALID_STATUS_SESSION);
+}
+
+TEST_F(SessionsAndTheSystem, AForkedChildIsAnsweredWithFailures) {
+    EXPECT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    const auto child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        alarm(30);
+        int failures = 0;
+        const auto count = [&](const IdvOutcome& outcome) { failures += outcome ? 0 : 1; };
+        session->join("123456", config(), count);
+        session->status(count);
+        session->upload(AcquisitionObject::selfieImage, "x", count);
+        _exit(failures == 3 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(answerTo([&](auto response) { session->status(response); }).succeeded(IdvEvents::SESSION_STATUS))
+        << "still";
+}
+
+} // namespace
+} // namespace kivo
