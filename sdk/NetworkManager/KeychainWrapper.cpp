@@ -61,9 +61,9 @@ std::optional<std::string> KeychainWrapper::data(const std::string& forKey, Acce
     auto query = keychainQuery(forKey, withAccessibility);
     query.kSecMatchLimit = kSecMatchLimitOne;
     query.kSecReturnData = true;
-    std::string value;
-    if (keychain_->SecItemCopyMatching(query, &value) != errSecSuccess) {
-        return std::nullopt;
+    std::optional<std::string> value{std::in_place};
+    if (keychain_->SecItemCopyMatching(query, &*value) != errSecSuccess) {
+        value.reset();
     }
     return value;
 }
@@ -72,10 +72,12 @@ bool KeychainWrapper::set(std::string value, const std::string& forKey, Accessib
     auto item = keychainQuery(forKey, withAccessibility);
     item.kSecAttrAccessible = constantOf(withAccessibility.value_or(KeychainItemAccessibility::whenUnlocked));
     item.kSecValueData = std::move(value);
+    wipe(value);
     const auto status = keychain_->SecItemAdd(item);
     if (status == errSecDuplicateItem) {
         return update(std::move(*item.kSecValueData), forKey, withAccessibility);
     }
+    wipe(*item.kSecValueData);
     return status == errSecSuccess;
 }
 
@@ -85,11 +87,20 @@ bool KeychainWrapper::update(std::string value, const std::string& forKey, Acces
     if (withAccessibility) {
         change.kSecAttrAccessible = constantOf(*withAccessibility);
     }
-    return keychain_->SecItemUpdate(keychainQuery(forKey, withAccessibility), change) == errSecSuccess;
+    const auto status = keychain_->SecItemUpdate(keychainQuery(forKey, withAccessibility), change);
+    wipe(*change.kSecValueData);
+    return status == errSecSuccess;
 }
 
-bool KeychainWrapper::remove(const std::string& forKey) {
-    return keychain_->SecItemDelete(keychainQuery(forKey)) == errSecSuccess;
+KeychainWrapper::Removal KeychainWrapper::remove(const std::string& forKey) {
+    switch (keychain_->SecItemDelete(keychainQuery(forKey))) {
+    case errSecSuccess:
+        return Removal::done;
+    case errSecItemNotFound:
+        return Removal::nothingThere;
+    default:
+        return Removal::failed;
+    }
 }
 
 } // namespace kivo

@@ -36,14 +36,16 @@ public:
     /// The value, or absent on any failure.
     std::optional<std::string> data(const std::string& forKey, Accessibility withAccessibility = {}) const;
 
-    /// Stores a value, also over an existing one. False on any failure.
+    /// Stores a value, also over an existing one, and wipes it. False on any failure.
     bool set(std::string value, const std::string& forKey, Accessibility withAccessibility = {});
 
     /// Replaces the value of an existing item. False on any failure.
     bool update(std::string value, const std::string& forKey, Accessibility withAccessibility = {});
 
-    /// Deletes an item; false when there was none.
-    bool remove(const std::string& forKey);
+    enum class Removal { done, nothingThere, failed };
+
+    /// Deletes an item.
+    Removal remove(const std::string& forKey);
 
     /// The attributes that identify an item.
     platform::KeychainAttributes keychainQuery(const std::string& forKey, Accessibility withAccessibility = {}) const;

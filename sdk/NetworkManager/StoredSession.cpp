@@ -5,6 +5,7 @@
 #include "NetworkManager/KeychainWrapper.hpp"
 #include "json/Json.hpp"
 
+#include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/Text.hpp>
 
 namespace kivo {
@@ -28,8 +29,13 @@ std::optional<std::string> storedJoinAnswer() {
 }
 
 std::optional<ActivationResponse> storedSession() {
-    const auto answer = storedJoinAnswer();
-    return answer ? ActivationResponse::decode(*answer) : std::nullopt;
+    auto answer = storedJoinAnswer();
+    if (!answer) {
+        return std::nullopt;
+    }
+    auto session = ActivationResponse::decode(*answer);
+    platform::wipe(*answer);
+    return session;
 }
 
 bool storeJoinAnswer(std::string_view answer) {
@@ -45,7 +51,13 @@ bool storeActivationCode(std::string_view activationCode) {
 }
 
 bool removeStoredJoinAnswer() {
-    return storedJoinAnswer() && KeychainWrapper::standard().remove(std::string{StoredItems::joinAnswer});
+    // Without a look at the answer first: a store that is locked or damaged seems to hold none.
+    using enum KeychainWrapper::Removal;
+    const auto removal = KeychainWrapper::standard().remove(std::string{StoredItems::joinAnswer});
+    if (removal == failed) {
+        log::error("reset()", "The session could not be deleted and is still stored; see the keychain's diagnostics.");
+    }
+    return removal == done;
 }
 
 } // namespace kivo

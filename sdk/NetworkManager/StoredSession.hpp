@@ -22,7 +22,7 @@ bool storeJoinAnswer(std::string_view answer);
 /// Keeps the activation code of the session just joined; same result.
 bool storeActivationCode(std::string_view activationCode);
 
-/// Deletes the stored join answer; false when there was none.
+/// Deletes the stored join answer. False when there was none, and with an error line when it could not be deleted.
 bool removeStoredJoinAnswer();
 
 } // namespace kivo

@@ -1,8 +1,13 @@
+#include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
 
 namespace kivo {
 namespace {
@@ -32,6 +37,23 @@ TEST_F(SessionsAndTheSystem, AnAnswerThatCannotBeStoredFailsTheJoin) {
     platform::install(services);
     EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
     EXPECT_EQ(answerTo([&](auto response) { session->status(response); }).code(), ResponseCode::INVALID_STATUS_SESSION);
+}
+
+TEST_F(SessionsAndTheSystem, AResetOnAFullDiskSaysThatItCouldNot) {
+    EXPECT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit former{};
+    getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit full{.rlim_cur = 1000, .rlim_max = former.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    testing::internal::CaptureStdout();
+    session->reset();
+    std::fflush(stdout);
+    setrlimit(RLIMIT_FSIZE, &former);
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().contains("could not be deleted and is still stored"));
+    EXPECT_TRUE(storedSession());
+    session->reset();
+    EXPECT_FALSE(storedSession());
 }
 
 TEST_F(SessionsAndTheSystem, AForkedChildIsAnsweredWithFailures) {
