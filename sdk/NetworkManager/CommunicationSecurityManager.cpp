@@ -132,13 +132,17 @@ void CommunicationSecurityManager::checkForReachability(const platform::Notifica
     }
 }
 
-bool CommunicationSecurityManager::isNetworkAvailable() const {
-    const auto isConnected = [](const auto& monitor) {
-        return !monitor || monitor->connection() != Reachability::Connection::unavailable;
-    };
-    const auto monitor = reachability();
-    // A monitor that does not run keeps what it read once; the network may have come since.
-    return isConnected(monitor) || (!monitor->notifierRunning() && isConnected(makeMonitor()));
+bool CommunicationSecurityManager::isNetworkAvailable() {
+    auto monitor = reachability();
+    // A monitor that does not run keeps what it read once; the network may have come or gone since.
+    if (monitor && !monitor->notifierRunning()) {
+        if (auto renewed = makeMonitor()) {
+            monitor = renewed;
+            const std::scoped_lock lock{mutex_};
+            std::swap(reachability_, renewed);
+        }
+    }
+    return !monitor || monitor->connection() != Reachability::Connection::unavailable;
 }
 
 std::string CommunicationSecurityManager::networkType() const {

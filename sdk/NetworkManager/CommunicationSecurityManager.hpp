@@ -56,7 +56,7 @@ public:
     void observeReachability();
 
     /// False only while a monitor says that the network cannot be reached.
-    bool isNetworkAvailable() const;
+    bool isNetworkAvailable();
 
     /// The kind of connection in words, such as "WiFi"; empty without a monitor.
     std::string networkType() const;

@@ -284,13 +284,15 @@ TEST_F(SessionFailures, WithoutSessionOrNetworkTheAnswerComesAtOnce) {
         << "the failed join must have emptied the earlier session";
 }
 
-TEST_F(SessionFailures, ANetworkThatComesLaterIsNoticedWithoutAJoin) {
+TEST_F(SessionFailures, ANetworkThatComesOrGoesLaterIsNoticedWithoutAJoin) {
     storeJoinAnswer(R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":"http://nowhere"}})");
     const auto status = [&] { return answerTo([&](auto response) { session->status(response); }).code(); };
-    network->setReachable(false);
-    EXPECT_EQ(status(), ResponseCode::NETWORK_ERROR);
-    network->setReachable(true);
-    EXPECT_EQ(status(), ResponseCode::INVALID_STATUS_SESSION) << "asked, and not answered";
+    for (const bool isReachable : {false, true, false}) {
+        network->setReachable(isReachable);
+        EXPECT_EQ(status(), isReachable ? ResponseCode::INVALID_STATUS_SESSION : ResponseCode::NETWORK_ERROR);
+    }
+    network->failCreation(7);
+    EXPECT_EQ(status(), ResponseCode::NETWORK_ERROR) << "what the last monitor said holds without another";
 }
 
 TEST_F(SessionFailures, AJoinWithoutAnEnvironmentIsRefused) {
