@@ -6,6 +6,26 @@ namespace kivo {
 
 using Kind = ReachabilityError::Kind;
 
+namespace {
+
+/// Runs its blocks through a target queue, and so that they exclude those of a serial queue.
+class TargetedQueue final : public platform::DispatchQueue {
+public:
+    TargetedQueue(std::shared_ptr<platform::DispatchQueue> target, std::shared_ptr<platform::SerialQueue> serial)
+        : target_{std::move(target)}
+        , serial_{std::move(serial)} {}
+
+    void async(std::function<void()> block) override {
+        target_->async([serial = serial_, block = std::move(block)] { serial->sync(block); });
+    }
+
+private:
+    const std::shared_ptr<platform::DispatchQueue> target_;
+    const std::shared_ptr<platform::SerialQueue> serial_;
+};
+
+} // namespace
+
 std::shared_ptr<Reachability> Reachability::forReference(Service service, platform::ReachabilityService::Ref reference,
                                                          platform::QualityOfService queueQoS, Queue targetQueue,
                                                          Queue notificationQueue) {
@@ -41,10 +61,11 @@ Reachability::Reachability(Service service, platform::ReachabilityService::Ref r
                            platform::QualityOfService queueQoS, Queue targetQueue, Queue notificationQueue)
     : service_{std::move(service)}
     , reachabilityRef_{std::move(reference)}
-    , targetQueue_{std::move(targetQueue)}
     , notificationQueue_{std::move(notificationQueue)}
     , notificationCenter_{platform::NotificationCenter::defaultCenter()}
-    , reachabilitySerialQueue_{std::make_shared<platform::SerialQueue>("dev.kivo.reachability", queueQoS)} {}
+    , reachabilitySerialQueue_{std::make_shared<platform::SerialQueue>("dev.kivo.reachability", queueQoS)}
+    , callbackQueue_{targetQueue ? std::make_shared<TargetedQueue>(std::move(targetQueue), reachabilitySerialQueue_)
+                                 : Queue{reachabilitySerialQueue_}} {}
 
 Reachability::~Reachability() {
     stopNotifier();
@@ -75,7 +96,7 @@ Reachability::Done Reachability::startNotifier() {
         stopNotifier();
         return std::unexpected{error};
     }
-    if (!service_->SCNetworkReachabilitySetDispatchQueue(reachabilityRef_, reachabilitySerialQueue_)) {
+    if (!service_->SCNetworkReachabilitySetDispatchQueue(reachabilityRef_, callbackQueue_)) {
         const auto error = failure(Kind::unableToSetDispatchQueue);
         stopNotifier();
         return std::unexpected{error};

@@ -49,8 +49,9 @@ public:
     using Queue = std::shared_ptr<platform::DispatchQueue>;
     using Change = std::function<void(Reachability&)>;
 
-    /// Watches a target of the service. `notificationQueue` may be null: changes are then told in the block of the
-    /// serial queue that finds them, which is the caller's own thread when a call reads the flags.
+    /// Watches a target of the service. The service's news comes through `targetQueue`; null: on a thread of the
+    /// monitor's own. `notificationQueue` may be null: changes are then told in the block of the serial queue that
+    /// finds them, which is the caller's own thread when a call reads the flags.
     static std::shared_ptr<Reachability> forReference(Service service, platform::ReachabilityService::Ref reference,
                                                       platform::QualityOfService queueQoS, Queue targetQueue,
                                                       Queue notificationQueue);
@@ -110,11 +111,12 @@ private:
 
     const Service service_;
     const platform::ReachabilityService::Ref reachabilityRef_;
-    const Queue targetQueue_;
     const Queue notificationQueue_;
     const std::shared_ptr<platform::NotificationCenter> notificationCenter_;
     // Shared, because a callback on it may hold the last reference to this monitor.
     const std::shared_ptr<platform::SerialQueue> reachabilitySerialQueue_;
+    /// Where the service delivers changes: the serial queue, reached through the target queue if there is one.
+    const Queue callbackQueue_;
     std::atomic<bool> notifierRunning_ = false;
     mutable std::mutex mutex_;
     std::optional<std::uint32_t> flags_;

@@ -16,8 +16,8 @@ using Kind = ReachabilityError::Kind;
 
 class ReachabilityMonitor : public ::testing::Test {
 protected:
-    std::shared_ptr<Reachability> make(Reachability::Queue notificationQueue) {
-        return *Reachability::forInternet(service, platform::QualityOfService::standard, nullptr,
+    std::shared_ptr<Reachability> make(Reachability::Queue notificationQueue, Reachability::Queue targetQueue = {}) {
+        return *Reachability::forInternet(service, platform::QualityOfService::standard, std::move(targetQueue),
                                           std::move(notificationQueue));
     }
 
@@ -63,6 +63,18 @@ TEST_F(ReachabilityMonitor, AnnouncesEachChangeOnce) {
     service->setReachable(false);
     loop->drain();
     EXPECT_EQ(seen, "rnunrn");
+}
+
+TEST_F(ReachabilityMonitor, HearsTheNewsThroughItsTargetQueue) {
+    const auto monitor = make(nullptr, loop);
+    std::thread::id heardOn;
+    monitor->setWhenUnreachable([&](Reachability&) { heardOn = std::this_thread::get_id(); });
+    ASSERT_TRUE(monitor->startNotifier());
+    service->setReachable(false);
+    EXPECT_TRUE(monitor->isReachable()) << "the target queue has not run";
+    loop->drain();
+    EXPECT_FALSE(monitor->isReachable());
+    EXPECT_EQ(heardOn, std::this_thread::get_id());
 }
 
 TEST_F(ReachabilityMonitor, StartFailuresLeaveItStopped) {
