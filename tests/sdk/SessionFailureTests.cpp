@@ -242,18 +242,10 @@ TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
                 EXPECT_EQ(answerTo(operation.call).code(), operation.transportFailure) << name(operation.endpoint);
             }
         }
+        EXPECT_EQ(NetworkManager::shared().retryLimit, 2) << "an upload counts wherever it leads";
     }
     Deployment::install({.joinPages = {"", "", "no page", ""}});
     EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
-}
-
-TEST_F(SessionFailures, AnUploadThatCannotBeSentCostsNoAttempt) {
-    service.inject(Endpoint::join,
-                   Fault::answer(R"({"response-type":"data","tid":"T","idp-config":{"retry-limit":"3"}})"));
-    join(*session);
-    const auto upload = operations().back();
-    EXPECT_EQ(answerTo(upload.call).code(), ResponseCode::BIODATA_UPLOAD_FAILED);
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 3);
 }
 
 TEST_F(SessionFailures, WithoutSessionOrNetworkTheAnswerComesAtOnce) {

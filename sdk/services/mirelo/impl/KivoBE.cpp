@@ -237,7 +237,7 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
         completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
         return;
     }
-    if (url.empty()) {
+    if (!session) {
         log::debug(function, "upload biodata failed");
         completion(failed(ResponseCode::BIODATA_UPLOAD_FAILED));
         return;
