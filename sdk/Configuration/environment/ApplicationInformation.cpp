@@ -31,14 +31,6 @@ std::string deviceModel() {
     return text::isUtf8(machine) ? machine : "N/A";
 }
 
-std::string described(const Environment::Information& information) {
-    std::string text = "[";
-    for (const auto& [key, value] : information) {
-        text.append(text.size() > 1 ? ", " : "").append(key).append(": ").append(value);
-    }
-    return text + "]";
-}
-
 Environment::Information collect() {
     auto& security = CommunicationSecurityManager::shared();
     const auto& device = platform::services().device;
@@ -57,7 +49,7 @@ Environment::Information collect() {
         {"deviceId", device->identifierForVendor().value_or("")},
         {"apiLevel", "NA"},
     };
-    log::debug("Environment", [&] { return "appInfoDict " + described(information); });
+    log::debug("Environment", [&] { return "appInfoDict " + log::described(information); });
     return information;
 }
 

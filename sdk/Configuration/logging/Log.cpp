@@ -37,6 +37,14 @@ std::string format(LogLevel level, std::string_view file, unsigned line, std::st
     return text;
 }
 
+std::string described(const std::vector<std::pair<std::string, std::string>>& texts) {
+    std::string text = "[";
+    for (const auto& [key, value] : texts) {
+        text.append(text.size() > 1 ? ", " : "").append(key).append(": ").append(value);
+    }
+    return text + "]";
+}
+
 void print(std::string_view line) {
     std::string whole{line};
     whole += '\n';

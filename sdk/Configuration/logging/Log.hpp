@@ -10,6 +10,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace kivo::log {
 
@@ -22,6 +23,9 @@ inline bool enabled(LogLevel level) {
 /// A log line as it is printed, without the line feed.
 std::string format(LogLevel level, std::string_view file, unsigned line, std::string_view function,
                    std::string_view message);
+
+/// Texts under their keys as they appear in log lines: [key: value, key: value].
+std::string described(const std::vector<std::pair<std::string, std::string>>& texts);
 
 /// Prints a line on standard output in one piece, whatever the threshold.
 void print(std::string_view line);

@@ -89,15 +89,20 @@ KivoBE::KivoBE(InterfaceVersion version)
 void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
                   IdvCompletion sessionResponseCompletion) {
     constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
+    if (rules_.clearsStoredAnswerFirst && !storeJoinAnswer("")) {
+        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
+        return;
+    }
     auto dictionary = config ? config->getAsDictionary() : AcquisitionConfig::Dictionary{};
     if (dictionary.empty()) {
         log::error(function, "A join needs an AcquisitionConfig whose ENVIRONMENT is one of the four environments.");
         sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
         return;
     }
-    if (rules_.clearsStoredAnswerFirst && !storeJoinAnswer("")) {
-        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
-        return;
+    {
+        const std::scoped_lock lock{mutex_};
+        fields_.environment = config->ENVIRONMENT;
+        fields_.appConfigDictionary = std::move(dictionary);
     }
     log::debug(function, [this] { return description(); });
     auto& security = CommunicationSecurityManager::shared();
@@ -110,25 +115,20 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
     }
     {
         const std::scoped_lock lock{mutex_};
-        fields_ = {.joinCode = forCode,
-                   .deviceCode = std::move(deviceCode),
-                   .environment = config->ENVIRONMENT,
-                   .appConfigDictionary = std::move(dictionary)};
+        fields_.joinCode = forCode;
+        fields_.deviceCode = std::move(deviceCode);
     }
     log::info(function, [this] { return description(); });
-    getJoin(forCode, [this, completion = std::move(sessionResponseCompletion)](const JoinAnswer& answer) {
-        completion(judgeJoin(answer));
-    });
+    getJoin(forCode,
+            [this, completion = std::move(sessionResponseCompletion)](JoinDone done) { completion(judgeJoin(done)); });
 }
 
-IdvOutcome KivoBE::judgeJoin(const JoinAnswer& answer) const {
+IdvOutcome KivoBE::judgeJoin(JoinDone done) const {
     constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
-    log::debug(function, [&] {
-        return std::string{"Received join response with result "} + (answer.success ? "true" : "false");
-    });
-    if (!answer.success) {
-        const auto refusal = rules_.readsFailedJoinAsRefusal ? ErrorManager::refusalIn(answer.text) : std::nullopt;
-        return failed(refusal.value_or(answer.failure));
+    log::debug(function,
+               [&] { return std::string{"Received join response with result "} + (done ? "true" : "false"); });
+    if (!done) {
+        return failed(done.error());
     }
     const auto session = storedSession();
     if (!session) {
@@ -142,13 +142,14 @@ IdvOutcome KivoBE::judgeJoin(const JoinAnswer& answer) const {
     return succeeded(session->tId, IdvEvents::JOIN_SESSION);
 }
 
-void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinAnswer answer)> completion) {
+void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinDone done)> completion) {
     constexpr std::string_view function = "getJoin(codeValue:completion:)";
     if (rules_.logsClientBeforeJoin) {
         log::debug(function, [this] { return description(); });
     }
     const auto joined = fields();
     log::debug(function, [&] { return "Sending join request for code " + joined.joinCode; });
+    log::debug(function, [&] { return "appConfigDictionary: " + log::described(joined.appConfigDictionary); });
     const auto body = json::Value::object({{RequestKeys::action, "init"},
                                            {RequestKeys::activationCode, joined.joinCode},
                                            {RequestKeys::deviceCode, joined.deviceCode},
@@ -158,22 +159,16 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinAnswer
     const auto shared = std::make_shared<decltype(completion)>(std::move(completion));
     NetworkManager::shared().sendRequest(
         Deployment::current().joinPage(joined.environment), body,
-        [shared, codeValue](platform::Data answer) {
-            if (!text::isUtf8(answer) || !storeJoinAnswer(answer) || !storeActivationCode(codeValue)) {
+        [shared, codeValue](const platform::Data& answer) {
+            if (text::isUtf8(answer) && storeJoinAnswer(answer) && storeActivationCode(codeValue)) {
                 (*shared)({});
-                return;
+            } else {
+                (*shared)(std::unexpected{ResponseCode::INVALID_JOIN_SESSION});
             }
-            (*shared)({.success = true, .text = std::move(answer)});
         },
         [shared](const TransportError& error) {
-            (*shared)({.failure = codeOf(error.cause, ResponseCode::INVALID_JOIN_SESSION)});
+            (*shared)(std::unexpected{codeOf(error.cause, ResponseCode::INVALID_JOIN_SESSION)});
         });
-}
-
-void KivoBE::setServerRetryLimit() {
-    if (const auto session = storedSession()) {
-        applyRetryLimit(*session);
-    }
 }
 
 void KivoBE::update(std::string tid, std::string action, std::string message, IdvCompletion completion) {
@@ -292,7 +287,7 @@ KivoBE::Fields KivoBE::fields() const {
 std::string KivoBE::description() const {
     const auto current = fields();
     return std::string{namesOf(version_).backendClient} +
-           "(environment: " + std::string{SDKEnvHelper::environmentName(current.environment)} +
+           "(configuration: " + log::described(current.appConfigDictionary) +
            ", activation code: " + (current.joinCode.empty() ? "none" : "set") +
            ", device code: " + (current.deviceCode.empty() ? "none" : "set") + ")";
 }

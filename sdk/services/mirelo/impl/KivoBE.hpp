@@ -7,6 +7,7 @@
 
 #include <kivo/ResponseCode.hpp>
 
+#include <expected>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -32,19 +33,6 @@ public:
     void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) override;
     void reset() override;
 
-    /// How the exchange of a join ended: with a stored answer, or with the code to fail with.
-    struct JoinAnswer {
-        bool success = false;
-        std::string text{};
-        ResponseCode failure = ResponseCode::INVALID_JOIN_SESSION;
-    };
-
-    /// Sends the join of the current fields and stores the answer, unjudged, with `codeValue` beside it.
-    void getJoin(const std::string& codeValue, std::function<void(JoinAnswer answer)> completion);
-
-    /// Takes the stored session's retry limit over into the transport's attempt counter.
-    void setServerRetryLimit();
-
 private:
     /// The last join; overwritten by the next one.
     struct Fields {
@@ -53,12 +41,17 @@ private:
         SDKEnv environment = SDKEnv::PROD;
         AcquisitionConfig::Dictionary appConfigDictionary;
     };
+
+    /// Whether the answer to a join is stored, or the code to fail with.
+    using JoinDone = std::expected<void, ResponseCode>;
     /// One of the requests to a joined session that differ in address, body and codes only.
     struct SessionRequest;
 
     Fields fields() const;
     std::string description() const;
-    IdvOutcome judgeJoin(const JoinAnswer& answer) const;
+    /// Sends the join of the current fields and stores the answer, unjudged, with `codeValue` beside it.
+    void getJoin(const std::string& codeValue, std::function<void(JoinDone done)> completion);
+    IdvOutcome judgeJoin(JoinDone done) const;
     void send(const SessionRequest& request, const IdvCompletion& completion) const;
 
     const InterfaceVersion version_;

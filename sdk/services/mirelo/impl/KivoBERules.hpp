@@ -9,8 +9,6 @@ enum class Reporting { none, silent, logged };
 
 /// All that differs between the backend clients of the interface versions.
 struct KivoBERules {
-    /// A join without an answer is judged by the text that came with the failure, before it fails as invalid.
-    bool readsFailedJoinAsRefusal = false;
     Reporting reporting = Reporting::none;
     /// A join first empties the stored answer, so that nothing can take an earlier session for the new one.
     bool clearsStoredAnswerFirst = false;
@@ -21,9 +19,6 @@ struct KivoBERules {
 /// The rules of a version; each version states its own difference to the one before.
 constexpr KivoBERules backendRulesOf(InterfaceVersion version) {
     KivoBERules rules;
-    if (version >= InterfaceVersion::v160) {
-        rules.readsFailedJoinAsRefusal = true;
-    }
     if (version >= InterfaceVersion::v170) {
         rules.reporting = Reporting::silent;
     }
