@@ -7,28 +7,27 @@
 namespace kivo {
 
 void SessionAPI::validateSendInformCallOnFailure(ResponseCode code) {
+    constexpr std::string_view function = "validateSendInformCallOnFailure(reportModel:)";
     const auto reportModel =
         withState([&](const State& state) { return ServerReportModel::of(code, state.tid, state.currentSdkStatus); });
-    log::debug("validateSendInformCallOnFailure(reportModel:)",
-               [&] { return "Validating responseCode " + std::to_string(reportModel.code); });
-    informServerAboutSessionFailure(reportModel);
-}
-
-void SessionAPI::informServerAboutSessionFailure(const ServerReportModel& reportModel) {
-    constexpr std::string_view function = "informServerAboutSessionFailure(reportModel:)";
+    log::debug(function, [&] { return "Validating responseCode " + std::to_string(reportModel.code); });
     const bool throughClient = rules_.reportRoute == ReportRoute::backendClient;
     const auto session = storedSession();
-    if (!session || (throughClient && settingIn(session->idpConfig, KivoResponseKeys::updateEndpoint).empty())) {
-        if (throughClient) {
-            log::debug(function, "Join Session not found to inform error, logging error locally.");
-        }
-        return;
+    if (session && (!throughClient || !settingIn(session->idpConfig, KivoResponseKeys::updateEndpoint).empty())) {
+        informServerAboutSessionFailure(reportModel, *session);
+    } else if (throughClient) {
+        log::debug(function, "Join Session not found to inform error, logging error locally.");
     }
-    log::debug(function, [&] { return "Something failed: informing server: message " + reportModel.description(); });
-    if (throughClient) {
+}
+
+void SessionAPI::informServerAboutSessionFailure(const ServerReportModel& reportModel,
+                                                 const ActivationResponse& session) {
+    log::debug("informServerAboutSessionFailure(reportModel:)",
+               [&] { return "Something failed: informing server: message " + reportModel.description(); });
+    if (rules_.reportRoute == ReportRoute::backendClient) {
         backendClient_.update(reportModel);
     } else {
-        CommunicationSecurityManager::shared().informSessionStateOnThirdPartySdkFailures(reportModel, &*session);
+        CommunicationSecurityManager::shared().informSessionStateOnThirdPartySdkFailures(reportModel, &session);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Models/ActivationSessionModel.hpp"
 #include "Models/InterfaceVersion.hpp"
 #include "Models/ServerReportModel.hpp"
 #include "impl/SessionRules.hpp"
@@ -96,7 +97,7 @@ private:
     void completeOnMainQueue(IdvOutcome outcome);
     void completeCodeScreen(ResponseCode failure);
     void validateSendInformCallOnFailure(ResponseCode code);
-    void informServerAboutSessionFailure(const ServerReportModel& reportModel);
+    void informServerAboutSessionFailure(const ServerReportModel& reportModel, const ActivationResponse& session);
 
     const InterfaceVersion version_;
     const SessionRules rules_;
