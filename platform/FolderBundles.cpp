@@ -66,6 +66,8 @@ std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBund
     if (mainBundle.empty()) {
         mainBundle = executable() += ".bundle";
         if (mainBundle == ".bundle") {
+            // Below a file there is nothing: a folder of the working directory is nobody's bundle.
+            mainBundle = "/dev/null/main.bundle";
             diagnostics->report("bundles", "The system does not say where the program lies, so its bundle cannot be "
                                            "found; mount /proc, or name the bundle in LinuxOptions::mainBundle.");
         }

@@ -8,13 +8,18 @@
 
 namespace kivo {
 
-/// Where the identity service of each environment is found.
+/// Where the identity service of each environment is found, and how a host wants to reach it.
 struct KIVO_EXPORT Deployment {
     /// The https address of each environment's join page, in the order of `SDKEnv`.
     std::array<std::string, 4> joinPages;
 
     /// Whether the face scan library runs in production mode. Default false.
     bool faceTecProduction = false;
+
+    /// Whether requests go to pinned servers even where no list of pins is found: each then ends in
+    /// `UNSECURE_SERVER_PINNING_FAILED`. Default false: without a list the system's trust decides. A host that ships
+    /// a list sets it, so that a program started by another name or through a loader does not lose its pins.
+    bool requiresPins = false;
 
     /// The join page of `environment`; empty for an integer that is no environment.
     std::string joinPage(SDKEnv environment) const;

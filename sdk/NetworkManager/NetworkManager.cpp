@@ -91,8 +91,8 @@ std::shared_ptr<platform::UrlSession> NetworkManager::defaultSession() {
 }
 
 std::shared_ptr<platform::UrlSession> NetworkManager::sessionInUse() {
-    return listsPins(*platform::services().bundles->main()) ? CommunicationSecurityManager::shared().session()
-                                                            : defaultSession();
+    return pinsAreInForce(*platform::services().bundles->main()) ? CommunicationSecurityManager::shared().session()
+                                                                 : defaultSession();
 }
 
 } // namespace kivo

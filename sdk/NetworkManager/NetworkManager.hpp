@@ -39,7 +39,7 @@ public:
     /// Acquisition attempts that remain to the current session. Any thread.
     std::atomic<std::int64_t> retryLimit = 0;
 
-    /// POSTs `params`, to a pinned server only if the host's main bundle lists pins, and calls exactly one of the two
+    /// POSTs `params`, to a pinned server only where pins are in force, and calls exactly one of the two
     /// callbacks, on the session's callback queue.
     ///
     /// Parameters that are no valid JSON (a text that is not UTF-8) go out as an empty body.

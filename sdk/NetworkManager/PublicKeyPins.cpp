@@ -1,5 +1,7 @@
 #include "NetworkManager/PublicKeyPins.hpp"
 
+#include <kivo/Deployment.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -90,12 +92,18 @@ bool listsPins(const platform::Bundle& bundle) {
     return bundle.pathForResource(pinsResource, "plist").has_value();
 }
 
+bool pinsAreInForce(const platform::Bundle& bundle) {
+    return listsPins(bundle) || Deployment::current().requiresPins;
+}
+
 PinList readPinList(const platform::Bundle& bundle) {
     if (const auto root = bundle.propertyList(pinsResource)) {
         return pinListIn(*root);
     }
     return {.faults = {listsPins(bundle) ? "it cannot be read as a property list"
-                                         : "it is missing from the host's main bundle"}};
+                                         : "it is missing from the host's main bundle, where the deployment requires "
+                                           "it; a host that is not started by its own name says where its bundle lies "
+                                           "in platform::LinuxOptions::mainBundle"}};
 }
 
 bool isPinned(const platform::Trust& trust, const platform::Bundle& bundle, const std::vector<platform::Data>& chain) {

@@ -41,6 +41,9 @@ PinList pinListIn(const platform::PropertyValue& root);
 /// lets nobody through.
 bool listsPins(const platform::Bundle& bundle);
 
+/// Whether requests may go to pinned servers only: the host lists pins, or its deployment requires them.
+bool pinsAreInForce(const platform::Bundle& bundle);
+
 PinList readPinList(const platform::Bundle& bundle);
 
 /// Whether a certificate of the chain is pinned. The list is read again for each.

@@ -57,7 +57,7 @@ protected:
 
     /// Joins at this address and keeps what was logged meanwhile.
     test::Answered joinAt(const std::string& page) {
-        Deployment::install({.joinPages = {page, page, page, page}});
+        Deployment::install({.joinPages = {page, page, page, page}, .requiresPins = requiresPins});
         testing::internal::CaptureStdout();
         auto answered = join(*session);
         logged = testing::internal::GetCapturedStdout();
@@ -65,6 +65,7 @@ protected:
     }
 
     std::shared_ptr<KivoAPI> session;
+    bool requiresPins = false;
     std::string logged;
 };
 
@@ -154,9 +155,15 @@ TEST_F(Pinning, RefusesEveryOtherServerBeforeAByteLeaves) {
     refusal("none (it cannot be read as a property list)");
 }
 
-TEST_F(Pinning, WithoutAListTheSystemDecides) {
+TEST_F(Pinning, WithoutAListTheSystemDecidesUnlessTheDeploymentRequiresPins) {
     EXPECT_TRUE(joinAt(service.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
     EXPECT_THAT(logged, Not(HasSubstr("didReceive")));
+    requiresPins = true;
+    EXPECT_EQ(joinAt(service.joinPage()).code(), pinningFailed);
+    EXPECT_EQ(service.requests().size(), 1U);
+    EXPECT_THAT(logged, HasSubstr("says where its bundle lies in platform::LinuxOptions::mainBundle). If"));
+    writeList(listOf({service.pins().leaf}));
+    EXPECT_TRUE(joinAt(service.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
 }
 
 TEST_F(Pinning, AChainEndsWhereNobodySigned) {

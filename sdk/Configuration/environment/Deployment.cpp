@@ -36,6 +36,10 @@ Deployment readFrom(const platform::PropertyValue::Dictionary& root) {
         production != root.end() && production->second.boolean() != nullptr) {
         deployment.faceTecProduction = *production->second.boolean();
     }
+    if (const auto pins = root.find("RequiresPins"); pins != root.end()) {
+        // Anything but a plain "no" asks for safety.
+        deployment.requiresPins = pins->second.boolean() == nullptr || *pins->second.boolean();
+    }
     return deployment;
 }
 
@@ -47,7 +51,8 @@ Deployment shipped() {
             "deployment", "The SDK's bundle has no readable Deployment.plist, so no join page is "
                           "known. Install ZORFramework.bundle beside the library, or call "
                           "kivo::Deployment::install before the first join.");
-        return {};
+        // Whether pins are required is not known either, so they are.
+        return {.joinPages = {}, .requiresPins = true};
     }
     return readFrom(*plist->dictionary());
 }

@@ -243,7 +243,7 @@ TEST_F(FaceScanScreen, PostsTheScan) {
                             R"("lowQualityAuditTrailImage":"c2Vjb25k","externalDatabaseRefID":""})");
     EXPECT_FALSE(sessions->requests.back().isPinned());
 
-    folder.write("Host.bundle/readid_certificates.plist", "");
+    Deployment::install({.joinPages = {}, .requiresPins = true});
     const auto odd = std::make_shared<Scan>();
     odd->scan.reset();
     odd->session.reset();
@@ -254,7 +254,7 @@ TEST_F(FaceScanScreen, PostsTheScan) {
               "\xEF\xBF\xBD"
               R"(","lowQualityAuditTrailImage":"c2Vjb25k","externalDatabaseRefID":""})");
     EXPECT_EQ(sessions->requests.back().request.headers.back().second, "agent/");
-    EXPECT_TRUE(sessions->requests.back().isPinned()) << "once the host lists pins, even none";
+    EXPECT_TRUE(sessions->requests.back().isPinned()) << "as every other request";
 }
 
 TEST_F(FaceScanScreen, GivesUpOnAScanThatCannotBeSent) {

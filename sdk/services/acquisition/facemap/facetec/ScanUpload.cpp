@@ -24,7 +24,7 @@ constexpr auto standstill = 60s;
 class ScanUpload::Follower final : public platform::UrlSessionDelegate {
 public:
     explicit Follower(Listener listener)
-        : isPinned_{listsPins(*platform::services().bundles->main())}
+        : isPinned_{pinsAreInForce(*platform::services().bundles->main())}
         , listener_{std::move(listener)} {}
 
     bool judgesServerTrust() const override { return isPinned_; }

@@ -9,7 +9,7 @@ namespace kivo {
 
 /// A scan on its way to the vendor's server, over a session of its own.
 ///
-/// The server must be a pinned one if the host's main bundle lists pins, as the identity service must. Letting the
+/// The server must be a pinned one where the identity service must. Letting the
 /// upload go cancels it, and then nobody is told.
 class ScanUpload {
 public:
