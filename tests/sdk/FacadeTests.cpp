@@ -49,7 +49,24 @@ TEST_F(Facade, ReducesAVersionToTwoCharactersAsAPersonCountsThem) {
     }
 }
 
+TEST_F(Facade, TheWrapperHoldsOnToItsLastProvider) {
+    ZorFrameworkWrapper wrapper;
+    const auto parked = config();
+    wrapper.setConfig(parked);
+    const auto provider = wrapper.load("K", "17");
+    ASSERT_NE(provider, nullptr);
+    EXPECT_EQ(wrapper.apiProvider(), provider);
+    EXPECT_EQ(provider->sdkTheme(), SessionAPI::shared(InterfaceVersion::v170)->sdkTheme());
+    EXPECT_EQ(SessionAPI::shared(InterfaceVersion::v170)->deviceCode(), "1701K");
+    EXPECT_EQ(wrapper.load("K", "1.7"), nullptr);
+    EXPECT_EQ(wrapper.apiProvider(), nullptr);
+    wrapper.setApiProvider(provider);
+    EXPECT_EQ(wrapper.apiProvider(), provider);
+    EXPECT_EQ(wrapper.config(), parked);
+}
+
 TEST_F(Facade, ProvidersConvertOutcomes) {
+    KivoSDK::setLogLevel(LogLevel::debug);
     const auto provider = KivoSDK::loadForProvider("K", "18");
     const auto outcome = [&](const std::function<void(ObjCCompletion)>& call) {
         std::shared_ptr<ObjCResult> received;
@@ -68,6 +85,11 @@ TEST_F(Facade, ProvidersConvertOutcomes) {
     EXPECT_EQ(failed->error()->code(), 1119);
     EXPECT_EQ(failed->error()->message(), "Invalid status session response");
     EXPECT_EQ(failed->error()->genericMessage(), "Processing error");
+    testing::internal::CaptureStdout();
+    outcome([&](auto done) { provider->join("no code", config(), done); });
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().contains(
+        "join(forCode:config:response:) \u2013 Join failure: STATUS_INVALID_ACTIVATION_CODE, 1001, "
+        "Activation code is not valid, STATUS_INVALID_ACTIVATION_CODE\n"));
     const auto joined = outcome([&](auto done) { provider->join("123456", config(), done); });
     EXPECT_EQ(joined->status(), ObjCResultStatus::success);
     EXPECT_EQ(joined->error(), nullptr);
@@ -93,9 +115,14 @@ TEST_F(Facade, OnlyKnownIntegersMakeValues) {
 
 TEST_F(Facade, CollectsTheApplicationInformationOnce) {
     device->machineName = "\xff";
+    KivoSDK::setLogLevel(LogLevel::debug);
     testing::internal::CaptureStdout();
     const auto& information = Environment::applicationInformation();
-    EXPECT_TRUE(testing::internal::GetCapturedStdout().contains("Could not find readid_certificates.plist"));
+    const auto printed = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(
+        printed.starts_with("**** Could not find readid_certificates.plist file in bundle. \n Please import this "
+                            "file from SDK using copy resources settings ****\n\u2753 \u2013 "));
+    EXPECT_TRUE(printed.contains(" \u2013 Environment \u2013 appInfoDict [appVersion: 2.1., os: iOS 12.5, "));
     const auto value = [&](std::string_view wanted) {
         for (const auto& [key, text] : information) {
             if (key == wanted) {

@@ -1,10 +1,11 @@
 #include "Models/ActivationSessionModel.hpp"
 #include "NetworkManager/CertificateDates.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
 
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/KivoSDK.hpp>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace kivo {
 namespace {
@@ -64,6 +65,14 @@ TEST(CertificateDates, CountWholeDays) {
     EXPECT_EQ(daysUntil(2026y / May / 1, noon), -31);
     EXPECT_EQ(monthDayYear(certificateDatesOf(SDKEnv::PREPROD)->leaf), "11/09/2025");
     EXPECT_FALSE(certificateDatesOf(SDKEnv::DEV));
+
+    auto& security = CommunicationSecurityManager::shared();
+    security.setSdkEnvironment(SDKEnv::PROD);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(security.certificateExpiryDates(/*warn=*/true).leaf, "09/10/2025");
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                testing::MatchesRegex("[*]{4}-[0-9]+[*]{4} Days left until PROD Server Leaf Certificate Expiration\n"))
+        << "the intermediate has years left";
 }
 
 } // namespace

@@ -48,6 +48,7 @@ TEST_F(SessionConcurrency, ManyRequestsInFlightAreEachAnsweredOnce) {
     for (const auto& each : answers) {
         EXPECT_EQ(*each, 1);
     }
+    EXPECT_TRUE(service.violations().empty());
 }
 
 TEST_F(SessionConcurrency, NoAttemptIsLostOrToldTwice) {

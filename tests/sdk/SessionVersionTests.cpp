@@ -132,36 +132,6 @@ TEST_F(SessionVersions, CodesAreDeliveredAtOnce) {
     }
 }
 
-TEST_F(SessionVersions, RequestFailuresAreReportedFromTheThirdVersionOn) {
-    using Request = std::function<void(SessionAPI&, IdvCompletion)>;
-    const std::pair<const char*, Request> requests[] = {
-        {"join", [](SessionAPI& api, auto response) { api.join("123456", config(), response); }},
-        {"update", [](SessionAPI& api, auto response) { api.update("inform", "phase", response); }},
-        {"status", [](SessionAPI& api, auto response) { api.status(response); }},
-        {"commit", [](SessionAPI& api, auto response) { api.commit(response); }},
-        {"upload", [](SessionAPI& api, auto response) { api.upload(AcquisitionObject::selfieImage, "", response); }},
-    };
-    for (const auto& [what, request] : requests) {
-        for (const auto version : allInterfaceVersions) {
-            SCOPED_TRACE(std::string{what} + ", " + std::string{namesOf(version).sessionApi});
-            Session session{version};
-            session.backend.outcome = failure(STATUS_INVALID_ACTIVATION_CODE);
-            const auto before = service.requests().size();
-            std::vector<IdvOutcome> answers;
-            request(*session.api, [&](const IdvOutcome& outcome) { answers.push_back(outcome); });
-            ASSERT_EQ(answers.size(), 1U) << "no filter holds a request's failure back";
-            EXPECT_EQ(answers[0], failure(STATUS_INVALID_ACTIVATION_CODE));
-            const bool reports = version >= InterfaceVersion::v160;
-            const bool throughClient = version >= InterfaceVersion::v170;
-            EXPECT_EQ(session.backend.reports.size(), reports && throughClient ? 1U : 0U);
-            const std::size_t notices = reports && !throughClient ? 1 : 0;
-            EXPECT_EQ(noticesSince(before, notices), notices);
-            mainLoop->drain();
-            EXPECT_TRUE(session.delivered.empty());
-        }
-    }
-}
-
 TEST_F(SessionVersions, OnlyScreensReplaceThePendingAcquisition) {
     for (const auto version : allInterfaceVersions) {
         Session session{version};

@@ -51,6 +51,8 @@ public:
     };
 
     std::vector<Request> requests;
+    /// Called when a request is sent.
+    std::function<void(const platform::UrlRequest&)> onRequest;
     /// Whether the machine has no thread left for a session.
     bool isExhausted = false;
 
@@ -80,6 +82,9 @@ private:
             kept.delegate_ = delegate_;
             kept.queue_ = queue_;
             kept.session_ = weak_from_this();
+            if (owner_.onRequest) {
+                owner_.onRequest(kept.request);
+            }
             return nullptr;
         }
 
