@@ -1,18 +1,24 @@
 #include "Configuration/environment/SdkBundle.hpp"
+#include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/Person.hpp>
+#include <kivo/simulator/ReadID.hpp>
 
 #include <gmock/gmock.h>
+
+#include <fstream>
 
 namespace kivo::simulator {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 /// A host that scans a face or a card with everything in place but the vendor's library, which is simulated.
 class ScanRoad : public test::HostFixture {
@@ -98,6 +104,53 @@ TEST_F(ScanRoad, LetsAPersonRefuseTheCameraAndThenScanTwice) {
     tapWhenSeen("continueButton");
     EXPECT_EQ(report(), "FACE_SCAN");
     EXPECT_THAT(vendor_->violations(), IsEmpty());
+}
+
+TEST_F(ScanRoad, TellsNoSecretAtTheDefaultLevel) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    KivoSDK::load("recognisable-key", "18");
+    EXPECT_TRUE(join(*session_).succeeded(IdvEvents::JOIN_SESSION));
+    const auto joined = storedSession();
+    ASSERT_TRUE(joined);
+    services.readID = std::make_shared<ReadID>();
+    platform::install(services);
+    acquire(AcquisitionObject::nfcScan);
+    EXPECT_TRUE(person_.tap("idCardOptionContainerView"));
+    EXPECT_EQ(report(), "DOCUMENT_SCAN");
+    beginFaceScan();
+    EXPECT_EQ(report(), "FACE_SCAN");
+    service.inject(Endpoint::idScan, Fault::answer(R"({"recognisable":"answer"})"));
+    acquire(AcquisitionObject::ocrScan);
+    EXPECT_EQ(report(), "OCR_SCAN_FAILED");
+    service.inject(Endpoint::update, Fault::answer(R"({"response-type":"fail","response-message":"recognisable"})"));
+    const Call calls[] = {
+        [&](auto done) { session_->upload(AcquisitionObject::selfieImage, "recognisable-data", done); },
+        [&](auto done) { session_->update("inform", "recognisable-message", done); },
+        [&](auto done) { session_->commit(done); },
+        [&](auto done) { session_->join("recognisable-code", config(), done); },
+    };
+    for (const auto& call : calls) {
+        EXPECT_EQ(answerTo(call).times, 1);
+    }
+    session_->reset();
+    const auto printed = testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
+
+    std::vector<std::string> secrets{"recognisable", "123456", "simulated-", "ERIKSSON", "https://"};
+    for (const auto* settings : {&joined->idpConfig, &joined->idpBiodata, &joined->idpFaceMap}) {
+        for (const auto& [key, value] : *settings) {
+            secrets.push_back(value.size() > 4 ? value : "https://");
+        }
+    }
+    std::ifstream certificate{service.trustedCertificates()};
+    std::getline(certificate, secrets.emplace_back());
+    std::getline(certificate, secrets.emplace_back());
+    EXPECT_THAT(printed, HasSubstr("KivoBE_180(configuration: [target-env: TEST"));
+    EXPECT_THAT(printed, HasSubstr("FaceScan success"));
+    EXPECT_THAT(printed, Not(testing::ContainsRegex("[^A-Za-z0-9]" + joined->tId + "[^A-Za-z0-9]")));
+    for (const auto& secret : secrets) {
+        EXPECT_THAT(printed, Not(HasSubstr(secret)));
+    }
 }
 
 } // namespace
