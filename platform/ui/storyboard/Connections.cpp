@@ -24,6 +24,10 @@ void Connections::action(std::string_view name, Action action) {
     actions_.insert_or_assign(std::string{name}, std::move(action));
 }
 
+bool Connections::hasOutlet(std::string_view name) const {
+    return scene_.outlets.contains(name) || constraints_.contains(name);
+}
+
 void Connections::connectView(std::string_view name, const std::type_info& wanted,
                               const std::function<bool(const std::shared_ptr<View>&)>& take) {
     const auto found = scene_.outlets.find(name);

@@ -27,6 +27,7 @@ public:
     void connectActions(const std::shared_ptr<ViewController>& screen) const;
 
 protected:
+    bool hasOutlet(std::string_view name) const override;
     void connectView(std::string_view name, const std::type_info& wanted,
                      const std::function<bool(const std::shared_ptr<View>&)>& take) override;
     void connectConstraint(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) override;

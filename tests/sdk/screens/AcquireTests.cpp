@@ -158,7 +158,7 @@ TEST_F(AcquireFromAnotherLayout, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
         {R"({"scenes":{}})", "QRCodeVC"},
         {R"({"scenes":{"QRCodeVC":{"class":"Nobody","view":{}}}})", "Nobody"},
         {R"({"scenes":{"QRCodeVC":{"class":"ViewController","view":{}}}})", "another class"},
-        {R"({"scenes":{"QRCodeVC":{"class":"QRCodeVC","view":{}}}})", "activationCodeTextField"},
+        {R"({"scenes":{"QRCodeVC":{"class":"QRCodeVC","view":{}}}})", "textFieldDigitOne"},
     };
     folder.write("Sdk.bundle/Info.plist", R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict></plist>)");

@@ -1,8 +1,11 @@
 #include "support/ActivationCodeScreen.hpp"
 
+#include "Configuration/environment/SdkBundle.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
 
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <vector>
 
 namespace kivo {
@@ -14,6 +17,69 @@ using platform::TextField;
 using test::ActivationCodeScreen;
 using test::Keys;
 using Texts = std::vector<std::string>;
+
+/// The shipped layout with other words in it, as a host's own.
+class ActivationCodeLayout : public ActivationCodeScreen {
+protected:
+    std::shared_ptr<QRCodeVC> shownWith(const std::string& from, const std::string& to, CodeTextFieldStyle style) {
+        std::ifstream file{*sdkBundle()->pathForResource("ZORFramework", "storyboard")};
+        std::string layout{std::istreambuf_iterator{file}, {}};
+        EXPECT_TRUE(layout.contains(from)) << from;
+        for (auto at = layout.find(from); at != std::string::npos; at = layout.find(from, at + to.size())) {
+            layout.replace(at, from.size(), to);
+        }
+        folder.write("Host.bundle/Own.storyboard", layout);
+        const auto storyboard = platform::Storyboard::open("Own", platform::services().bundles->main());
+        const auto made = storyboard ? (*storyboard)->instantiate("QRCodeVC") : std::unexpected{storyboard.error()};
+        if (!made) {
+            ADD_FAILURE() << made.error();
+            return nullptr;
+        }
+        auto screen = std::dynamic_pointer_cast<QRCodeVC>(*made);
+        screen->delegate = delegate;
+        screen->themeObj = themed(style);
+        screen->themeObj->zorCloseButtonAppearance->closeButtonIsHidden = false;
+        push(screen);
+        return screen;
+    }
+};
+
+TEST_F(ActivationCodeLayout, MayLackEveryOptionalOutlet) {
+    for (const std::string outlet : {"activationCodeTextField", "activationCodeTitleLabel", "orTitleLabel",
+                                     "getStartedTitleLabel", "scanQRCodeButton", "closeButton", "closeButtonWidth",
+                                     "closeButtonHeight", "stackViewBoxedTextfield", "scanManuallyButton"}) {
+        for (const auto style : {CodeTextFieldStyle::boxed, CodeTextFieldStyle::single}) {
+            SCOPED_TRACE(outlet);
+            const auto screen = shownWith('"' + outlet + '"', R"("noOutlet")", style);
+            ASSERT_NE(screen, nullptr);
+            delegate->heard.clear();
+            const bool canType = style == CodeTextFieldStyle::boxed && outlet != "stackViewBoxedTextfield";
+            EXPECT_EQ(box(*screen, 1)->insertText("123456"), canType);
+            EXPECT_EQ(delegate->heard.size(), canType ? 1U : 0U);
+            EXPECT_TRUE(screen->performSegue("scannerSegueID"));
+            settle();
+            window->setPreferredContentSizeCategory(platform::ContentSizeCategory::small);
+            window->setPreferredContentSizeCategory(platform::ContentSizeCategory::large);
+            EXPECT_NE(navigation->topViewController(), screen);
+            pop();
+            pop();
+        }
+    }
+}
+
+TEST_F(ActivationCodeLayout, MayTakeTheKeyboardAway) {
+    for (const auto* action : {"cancelEditing", "nextPressed"}) {
+        const auto screen =
+            shownWith(R"("closeButtonTap")", '"' + std::string{action} + '"', CodeTextFieldStyle::boxed);
+        ASSERT_NE(screen, nullptr);
+        Keys::press(*screen, "1");
+        EXPECT_EQ(Keys::focus(), 2);
+        EXPECT_TRUE(outlet<Button>(*screen, "closeButton")->tap());
+        EXPECT_EQ(Keys::focus(), 0) << action;
+        EXPECT_EQ(boxes(*screen), (Texts{"1", "", "", "", "", ""})) << action;
+        pop();
+    }
+}
 
 TEST_F(ActivationCodeScreen, FollowsThePersonAlongTheBoxes) {
     struct Row {

@@ -33,11 +33,23 @@ public:
 
     void outlet(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) { connectConstraint(name, slot); }
 
+    /// The same for an outlet that the scene may lack. `slot` then holds a view that is in no tree, or a constraint of
+    /// no view, so that the screen need not ask.
+    template <class T>
+    void optionalOutlet(std::string_view name, std::shared_ptr<T>& slot) {
+        if (hasOutlet(name)) {
+            outlet(name, slot);
+        } else {
+            slot = std::make_shared<T>();
+        }
+    }
+
     /// Names a method that controls of the scene can call. It is not called once the screen is gone; capture `this`,
     /// never the screen's shared pointer.
     virtual void action(std::string_view name, Action action) = 0;
 
 protected:
+    virtual bool hasOutlet(std::string_view name) const = 0;
     virtual void connectView(std::string_view name, const std::type_info& wanted,
                              const std::function<bool(const std::shared_ptr<View>&)>& take) = 0;
     virtual void connectConstraint(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) = 0;

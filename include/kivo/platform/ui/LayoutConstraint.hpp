@@ -12,6 +12,9 @@ class KIVO_EXPORT LayoutConstraint {
 public:
     enum class Attribute { width, height };
 
+    /// A constraint of no view.
+    LayoutConstraint() = default;
+
     LayoutConstraint(std::weak_ptr<View> view, Attribute attribute)
         : view_{std::move(view)}
         , attribute_{attribute} {}
@@ -22,7 +25,7 @@ public:
 
 private:
     std::weak_ptr<View> view_;
-    Attribute attribute_;
+    Attribute attribute_ = Attribute::width;
 };
 
 } // namespace kivo::platform

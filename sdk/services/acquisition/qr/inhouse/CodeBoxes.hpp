@@ -34,6 +34,9 @@ public:
     /// Empties every box and takes the keyboard away.
     void clear();
 
+    /// Takes the keyboard away from every box.
+    void cancelEditing();
+
     /// Gives the focus back to the box that had it last.
     void focusCurrent();
 
@@ -52,7 +55,6 @@ private:
     std::shared_ptr<platform::TextField> boxWithTag(int tag) const;
     void focus(const std::shared_ptr<platform::TextField>& box);
     void highlight(const platform::TextField* active);
-    void cancelEditing();
     std::string code() const;
 
     const std::vector<std::shared_ptr<platform::TextField>> boxes_;

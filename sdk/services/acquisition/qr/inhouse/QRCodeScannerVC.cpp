@@ -16,10 +16,10 @@ using namespace std::chrono_literals;
 
 void QRCodeScannerVC::connect(platform::Interface& interface) {
     interface.outlet("qrCodeScannerView", qrCodeScannerView_);
-    interface.outlet("scanManuallyButton", scanManuallyButton_);
-    interface.outlet("closeButton", closeButton_.button);
-    interface.outlet("closeButtonWidth", closeButton_.width);
-    interface.outlet("closeButtonHeight", closeButton_.height);
+    interface.optionalOutlet("scanManuallyButton", scanManuallyButton_);
+    interface.optionalOutlet("closeButton", closeButton_.button);
+    interface.optionalOutlet("closeButtonWidth", closeButton_.width);
+    interface.optionalOutlet("closeButtonHeight", closeButton_.height);
 
     interface.action("manualCodeBtnTap", [this](const auto&) { ui::popOrDismiss(*this); });
     interface.action("closeButtonTap", [this](const auto&) { ui::popOrDismiss(*this); });

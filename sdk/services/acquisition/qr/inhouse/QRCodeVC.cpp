@@ -17,15 +17,15 @@ using platform::View;
 void QRCodeVC::connect(platform::Interface& interface) {
     constexpr std::array digits{"textFieldDigitOne",  "textFieldDigitTwo",  "textFieldDigitThree",
                                 "textFieldDigitFour", "textFieldDigitFive", "textFieldDigitSix"};
-    interface.outlet("activationCodeTextField", activationCodeTextField_);
-    interface.outlet("activationCodeTitleLabel", activationCodeTitleLabel_);
-    interface.outlet("orTitleLabel", orTitleLabel_);
-    interface.outlet("getStartedTitleLabel", getStartedTitleLabel_);
-    interface.outlet("scanQRCodeButton", scanQRCodeButton_);
-    interface.outlet("closeButton", closeButton_.button);
-    interface.outlet("closeButtonWidth", closeButton_.width);
-    interface.outlet("closeButtonHeight", closeButton_.height);
-    interface.outlet("stackViewBoxedTextfield", stackViewBoxedTextfield_);
+    interface.optionalOutlet("activationCodeTextField", activationCodeTextField_);
+    interface.optionalOutlet("activationCodeTitleLabel", activationCodeTitleLabel_);
+    interface.optionalOutlet("orTitleLabel", orTitleLabel_);
+    interface.optionalOutlet("getStartedTitleLabel", getStartedTitleLabel_);
+    interface.optionalOutlet("scanQRCodeButton", scanQRCodeButton_);
+    interface.optionalOutlet("closeButton", closeButton_.button);
+    interface.optionalOutlet("closeButtonWidth", closeButton_.width);
+    interface.optionalOutlet("closeButtonHeight", closeButton_.height);
+    interface.optionalOutlet("stackViewBoxedTextfield", stackViewBoxedTextfield_);
     for (std::size_t i = 0; i < digits.size(); ++i) {
         interface.outlet(digits[i], textFieldDigits_[i]);
     }
@@ -43,6 +43,13 @@ void QRCodeVC::connect(platform::Interface& interface) {
             boxes_->focusCurrent();
         }
     });
+    for (const auto* name : {"cancelEditing", "nextPressed"}) {
+        interface.action(name, [this](const auto&) {
+            if (boxes_) {
+                boxes_->cancelEditing();
+            }
+        });
+    }
     interface.action("closeButtonTap", [this](const auto&) { closeButtonTap(); });
 }
 
