@@ -33,7 +33,8 @@ public:
 
     // Every screen.
 
-    /// Whether texts follow the reading size that the person has set on the device, within the two limits.
+    /// Whether texts follow the reading size that the person has set on the device, within the two limits. Where false,
+    /// every text has its usual size, those of the layout included.
     bool enableDynamicTextSizes = true;
     platform::ContentSizeCategory minimumContentSizeCategoryLimit = platform::ContentSizeCategory::medium;
     platform::ContentSizeCategory maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityMedium;

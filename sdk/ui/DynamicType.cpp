@@ -4,8 +4,15 @@
 
 namespace kivo::ui {
 
-bool followsReadingSize(const std::shared_ptr<ThemeCustomization>& theme) {
-    return !theme || theme->enableDynamicTextSizes;
+bool followsReadingSize(platform::View& view, const std::shared_ptr<ThemeCustomization>& theme) {
+    if (!theme) {
+        return true;
+    }
+    const bool follows = theme->enableDynamicTextSizes;
+    constexpr auto usual = platform::ContentSizeCategory::large;
+    view.setMinimumContentSizeCategory(follows ? theme->minimumContentSizeCategoryLimit : usual);
+    view.setMaximumContentSizeCategory(follows ? theme->maximumContentSizeCategoryLimit : usual);
+    return follows;
 }
 
 void followReadingSize(platform::TextStyled& text, const std::optional<platform::Font>& themeFont,
@@ -13,13 +20,6 @@ void followReadingSize(platform::TextStyled& text, const std::optional<platform:
     text.setAdjustsFontForContentSizeCategory(true);
     text.setFont(platform::FontMetrics::scaledFont(themeFont ? *themeFont
                                                              : namedOrSystemFont(fallback.name, fallback.pointSize)));
-}
-
-void limitReadingSize(platform::View& view, const std::shared_ptr<ThemeCustomization>& theme) {
-    if (theme) {
-        view.setMinimumContentSizeCategory(theme->minimumContentSizeCategoryLimit);
-        view.setMaximumContentSizeCategory(theme->maximumContentSizeCategoryLimit);
-    }
 }
 
 } // namespace kivo::ui

@@ -20,14 +20,13 @@ inline constexpr FallbackFont screenTitleFallback{.name = "Karbon-Medium", .poin
 inline constexpr FallbackFont finalTitleFallback{.name = "Karbon-Medium", .pointSize = 22};
 inline constexpr FallbackFont textFallback{.name = "Karbon-Regular", .pointSize = 17};
 
-/// Whether a screen with this theme follows the reading size; one without a theme does.
-bool followsReadingSize(const std::shared_ptr<ThemeCustomization>& theme);
+/// Limits the reading size in a screen's view as the theme says: to the theme's limits, or to the usual size where the
+/// theme follows none, so that texts of the layout stay as well. Without a theme there are no limits. Returns whether
+/// the screen follows the reading size.
+bool followsReadingSize(platform::View& view, const std::shared_ptr<ThemeCustomization>& theme);
 
 /// Gives the text its font, growing and shrinking with the reading size after the body text style.
 void followReadingSize(platform::TextStyled& text, const std::optional<platform::Font>& themeFont,
                        FallbackFont fallback = textFallback);
-
-/// Keeps the reading size of a screen's view within the theme's limits; no theme, no limits.
-void limitReadingSize(platform::View& view, const std::shared_ptr<ThemeCustomization>& theme);
 
 } // namespace kivo::ui

@@ -113,7 +113,6 @@ TEST_F(ActivationCodeLook, FollowsTheReadingSizeWithinTheLimits) {
     struct Row {
         const char* what;
         bool hasTheme;
-        bool dynamic;
         bool karbonInstalled;
         ContentSizeCategory size;
         Font title;
@@ -124,17 +123,14 @@ TEST_F(ActivationCodeLook, FollowsTheReadingSizeWithinTheLimits) {
     const auto font = [](const char* name, double size) { return Font{.name = name, .pointSize = size}; };
     using enum ContentSizeCategory;
     const Row rows[] = {
-        {"no theme", false, true, false, large, font("", 32), font("", 17)},
-        {"no theme, smallest", false, true, true, extraSmall, font("Karbon-Medium", 32.0 * 14 / 17),
+        {"no theme", false, false, large, font("", 32), font("", 17)},
+        {"no theme, smallest", false, true, extraSmall, font("Karbon-Medium", 32.0 * 14 / 17),
          font("Karbon-Regular", 14)},
-        {"theme", true, true, true, large, font("Karbon-Medium", 32), font("Karbon-Regular", 17)},
-        {"theme without Karbon", true, true, false, large, font("", 32), font("", 17)},
-        {"theme, smallest", true, true, true, extraSmall, font("Karbon-Medium", 32.0 * 16 / 17),
-         font("Karbon-Regular", 16)},
-        {"theme, largest", true, true, true, accessibilityExtraExtraExtraLarge, font("Karbon-Medium", 32.0 * 28 / 17),
+        {"theme", true, true, large, font("Karbon-Medium", 32), font("Karbon-Regular", 17)},
+        {"theme without Karbon", true, false, large, font("", 32), font("", 17)},
+        {"theme, smallest", true, true, extraSmall, font("Karbon-Medium", 32.0 * 16 / 17), font("Karbon-Regular", 16)},
+        {"theme, largest", true, true, accessibilityExtraExtraExtraLarge, font("Karbon-Medium", 32.0 * 28 / 17),
          font("Karbon-Regular", 28)},
-        {"theme that does not follow", true, false, true, extraSmall, font("Karbon-Medium", 32),
-         font("Karbon-Regular", 17)},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
@@ -145,7 +141,6 @@ TEST_F(ActivationCodeLook, FollowsTheReadingSizeWithinTheLimits) {
         window->setPreferredContentSizeCategory(large);
         const auto theme = row.hasTheme ? themed(CodeTextFieldStyle::single) : nullptr;
         if (theme) {
-            theme->enableDynamicTextSizes = row.dynamic;
             theme->primaryButtonFont = theme->descriptionInfoFont;
         }
         const auto screen = shown(theme);

@@ -61,7 +61,6 @@ TEST_F(FinalStatusScreen, SizesItsTexts) {
     struct Row {
         const char* what;
         bool hasTheme;
-        bool dynamic;
         bool karbonInstalled;
         ContentSizeCategory size;
         Font title;
@@ -71,12 +70,11 @@ TEST_F(FinalStatusScreen, SizesItsTexts) {
     using enum ContentSizeCategory;
     const auto font = [](const char* name, double size) { return Font{.name = name, .pointSize = size}; };
     const Row rows[] = {
-        {"no theme", false, true, false, large, font("", 22), font("", 17)},
-        {"no theme, with Karbon", false, true, true, large, font("Karbon-Medium", 22), font("Karbon-Regular", 17)},
-        {"no theme, small", false, true, true, extraSmall, font("Karbon-Medium", 22.0 * 14 / 17),
-         font("Karbon-Regular", 14)},
-        {"theme", true, true, true, large, font("Karbon-Medium", 32), font("Karbon-Regular", 17)},
-        {"theme, largest", true, true, true, accessibilityExtraExtraExtraLarge, font("Karbon-Medium", 32.0 * 28 / 17),
+        {"no theme", false, false, large, font("", 22), font("", 17)},
+        {"no theme, with Karbon", false, true, large, font("Karbon-Medium", 22), font("Karbon-Regular", 17)},
+        {"no theme, small", false, true, extraSmall, font("Karbon-Medium", 22.0 * 14 / 17), font("Karbon-Regular", 14)},
+        {"theme", true, true, large, font("Karbon-Medium", 32), font("Karbon-Regular", 17)},
+        {"theme, largest", true, true, accessibilityExtraExtraExtraLarge, font("Karbon-Medium", 32.0 * 28 / 17),
          font("Karbon-Regular", 28)},
     };
     for (const auto& row : rows) {
@@ -98,10 +96,6 @@ TEST_F(FinalStatusScreen, SizesItsTexts) {
         host->dismiss(false);
         settle();
     }
-    const auto theme = std::make_shared<ThemeCustomization>();
-    theme->enableDynamicTextSizes = false;
-    const auto screen = presented(theme);
-    EXPECT_FALSE(outlet<Label>(*screen, "closeAppInfoLabel")->font().isScaled) << "the storyboard's font stays";
 }
 
 } // namespace

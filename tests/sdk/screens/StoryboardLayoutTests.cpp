@@ -1,4 +1,8 @@
 #include "NetworkManager/StoredSession.hpp"
+#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
+#include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
+#include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "support/HostScreenFixture.hpp"
 
 #include <kivo/platform/ui/Button.hpp>
@@ -38,6 +42,16 @@ bool isTapArea(const View& view) {
 
 bool overlap(const Rect& a, const Rect& b) {
     return a.left() < b.right() && b.left() < a.right() && a.top() < b.bottom() && b.top() < a.bottom();
+}
+
+template <class... Screens>
+void setTheme(platform::ViewController& screen, const std::shared_ptr<ThemeCustomization>& theme) {
+    const auto setOf = [&](auto* own) {
+        if (own) {
+            own->themeObj = theme;
+        }
+    };
+    (setOf(dynamic_cast<Screens*>(&screen)), ...);
 }
 
 using StoryboardLayout = test::HostScreenFixture;
@@ -99,6 +113,36 @@ TEST_F(StoryboardLayout, ReadsWellOnSmallAndLargeDisplaysAtEveryReadingSize) {
                 pop();
             }
         }
+    }
+}
+
+TEST_F(StoryboardLayout, FollowsNoReadingSizeWhereTheThemeSaysSo) {
+    storeJoinAnswer(R"({"app-config":{"app-doclist":"true"}})");
+    const auto theme = std::make_shared<ThemeCustomization>();
+    for (const auto* scene : {"QRCodeVC", "QRCodeScannerVC", "AuthMenuVCID", "LivenessCheckVCID", "FinalStatusVC"}) {
+        const auto screen = makeScreen<platform::ViewController>(scene);
+        setTheme<QRCodeVC, QRCodeScannerVC, AuthMenuVC, LiveNessCheckVC, FinalStatusVC>(*screen, theme);
+        push(screen);
+        const auto sizes = [&](ContentSizeCategory category) {
+            window->setPreferredContentSizeCategory(category);
+            std::vector<std::shared_ptr<View>> shown;
+            collect(screen->view(), shown);
+            std::vector<double> points;
+            for (const auto& view : shown) {
+                points.push_back(std::dynamic_pointer_cast<platform::TextStyled>(view)->shownFont().pointSize);
+            }
+            return points;
+        };
+        using enum ContentSizeCategory;
+        const auto usual = sizes(large);
+        EXPECT_NE(sizes(accessibilityMedium), usual) << scene;
+        theme->enableDynamicTextSizes = false;
+        push(std::make_shared<platform::ViewController>());
+        pop();
+        EXPECT_EQ(sizes(accessibilityMedium), usual) << scene;
+        EXPECT_EQ(sizes(extraSmall), usual) << scene;
+        theme->enableDynamicTextSizes = true;
+        pop();
     }
 }
 

@@ -48,14 +48,13 @@ void FinalStatusVC::traitCollectionDidChange() {
 }
 
 void FinalStatusVC::applyFonts() {
-    if (!ui::followsReadingSize(themeObj)) {
+    if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
     ui::followReadingSize(*outlets_->completeTitleLabel, themeObj ? themeObj->screenTitleFont : std::nullopt,
                           ui::finalTitleFallback);
     ui::followReadingSize(*outlets_->closeAppInfoLabel, std::nullopt);
     ui::followReadingSize(*outlets_->backToHomeButton, std::nullopt);
-    ui::limitReadingSize(*view(), themeObj);
 }
 
 } // namespace kivo

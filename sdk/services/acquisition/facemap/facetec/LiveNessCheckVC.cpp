@@ -82,14 +82,13 @@ void LiveNessCheckVC::applyTheme() {
 }
 
 void LiveNessCheckVC::applyDynamicType() {
-    if (!ui::followsReadingSize(themeObj)) {
+    if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
     ui::followReadingSize(*titleInfoLabel_, themeObj ? themeObj->screenTitleFont : std::nullopt,
                           ui::screenTitleFallback);
     ui::followReadingSize(*processDescriptionLabel_, themeObj ? themeObj->descriptionInfoFont : std::nullopt);
     ui::followReadingSize(*nextButton_, themeObj ? themeObj->primaryButtonFont : std::nullopt);
-    ui::limitReadingSize(*view(), themeObj);
 }
 
 void LiveNessCheckVC::showStateOfFaceStep() {

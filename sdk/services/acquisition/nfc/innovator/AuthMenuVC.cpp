@@ -138,7 +138,7 @@ void AuthMenuVC::setOptionsHidden(bool hidden) {
 }
 
 void AuthMenuVC::applyDynamicType() {
-    if (!ui::followsReadingSize(themeObj)) {
+    if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
     const auto themeFont = [this](std::optional<platform::Font> ThemeCustomization::* font) {
@@ -149,7 +149,6 @@ void AuthMenuVC::applyDynamicType() {
     for (const auto& label : {scanPassportLabel_, scanResidentCardLabel_, otherCardLabel_}) {
         ui::followReadingSize(*label, themeFont(&ThemeCustomization::documentOptionsTitleFont));
     }
-    ui::limitReadingSize(*view(), themeObj);
 }
 
 void AuthMenuVC::documentSelected(int tag) {

@@ -59,11 +59,10 @@ void QRCodeScannerVC::applyTheme() {
 }
 
 void QRCodeScannerVC::applyDynamicType() {
-    if (!ui::followsReadingSize(themeObj)) {
+    if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
     ui::followReadingSize(*scanManuallyButton_, themeObj ? themeObj->primaryButtonFont : std::nullopt);
-    ui::limitReadingSize(*view(), themeObj);
 }
 
 void QRCodeScannerVC::scanningSucceeded(std::string code) {

@@ -124,7 +124,7 @@ void QRCodeVC::applyTheme() {
 }
 
 void QRCodeVC::applyDynamicType() {
-    if (!ui::followsReadingSize(themeObj)) {
+    if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
     const auto themeFont = [this](std::optional<platform::Font> ThemeCustomization::* font) {
@@ -135,7 +135,6 @@ void QRCodeVC::applyDynamicType() {
     ui::followReadingSize(*orTitleLabel_, themeFont(&ThemeCustomization::descriptionInfoFont));
     ui::followReadingSize(*scanQRCodeButton_, themeFont(&ThemeCustomization::primaryButtonFont));
     ui::followReadingSize(*activationCodeTextField_, themeFont(&ThemeCustomization::codeTextFieldFont));
-    ui::limitReadingSize(*view(), themeObj);
 }
 
 void QRCodeVC::editingchangeInTextField() {
