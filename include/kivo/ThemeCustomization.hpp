@@ -118,8 +118,9 @@ public:
 
     // One value for the whole SDK.
 
-    /// The looks and texts of the vendor's document reading screens; shared by all sessions, never null. The document
-    /// screen sets the bundle, and takes the buttons' font and corners from its theme.
+    /// The looks and texts of the vendor's document reading screens; shared by all sessions, never null. Made by the
+    /// vendor's adapter when they are first read: install the adapter before; without one they have plain values. The
+    /// document screen sets the bundle, and takes the buttons' font and corners from its theme.
     static const std::shared_ptr<platform::readid::UIResources>& passportScanViewCustomization();
 
     /// What the document screen found when it was last shown; the screen writes it, a host reads it.

@@ -26,12 +26,21 @@ using namespace std::chrono_literals;
 
 using Heard = std::vector<std::string>;
 
+/// Looks that only this vendor has.
+struct VendorLooks final : platform::readid::UIResources {
+    VendorLooks() { textSize = 21; }
+};
+
 /// The vendor's library in the test's hands: it keeps what it is given.
 class DocumentVendor final : public platform::ReadID {
 public:
     std::optional<platform::readid::ReadIDError> refusal;
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> flow;
     std::function<void(platform::readid::ReadIDResult)> handler;
+
+    std::shared_ptr<platform::readid::UIResources> makeUIResources() override {
+        return std::make_shared<VendorLooks>();
+    }
 
     std::expected<void, platform::readid::ReadIDError>
     identify(const std::shared_ptr<platform::ViewController>& /*from*/, platform::ModalPresentationStyle style,

@@ -38,8 +38,11 @@ enum class FailureReason {
     other,
 };
 
-/// Fonts, sizes and texts of the vendor's screens; shared by all sessions of the process. Sizes are in points.
-struct UIResources {
+/// Fonts, sizes and texts of the vendor's screens; shared by all sessions of the process. Sizes are in points. An
+/// adapter sets the vendor's defaults, and may derive from this to add what its library offers.
+struct KIVO_EXPORT UIResources {
+    virtual ~UIResources() = default;
+
     /// Where images and the string table are; null for the vendor's own.
     std::shared_ptr<Bundle> customBundle{};
     /// The table of `customBundle` with the texts; absent for the vendor's own.
@@ -157,6 +160,10 @@ namespace kivo::platform {
 class KIVO_EXPORT ReadID {
 public:
     virtual ~ReadID() = default;
+
+    /// New looks with the vendor's defaults; never null. Asked for once, when
+    /// `ThemeCustomization::passportScanViewCustomization` is first read, and given back with every flow.
+    virtual std::shared_ptr<readid::UIResources> makeUIResources() = 0;
 
     /// Presents the reading screens over `from` and calls `handler` once, on the main thread, when they are gone.
     /// With an error nothing is presented and the handler is never called.

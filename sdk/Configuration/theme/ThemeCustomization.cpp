@@ -19,6 +19,12 @@ std::shared_ptr<platform::FaceTecCustomization> vendorDefaults() {
     return vendor ? vendor->makeCustomization() : nullptr;
 }
 
+std::shared_ptr<platform::readid::UIResources> vendorResources() {
+    const auto& vendor = platform::services().readID;
+    auto resources = vendor ? vendor->makeUIResources() : nullptr;
+    return resources ? resources : std::make_shared<platform::readid::UIResources>();
+}
+
 std::atomic<DocumentListConfigurationStatus>& listStatus() {
     static std::atomic status = DocumentListConfigurationStatus::notConfigured;
     return status;
@@ -43,7 +49,7 @@ ThemeCustomization::ThemeCustomization()
     , faceVerificationUICustomization{vendorDefaults()} {}
 
 const std::shared_ptr<platform::readid::UIResources>& ThemeCustomization::passportScanViewCustomization() {
-    static const auto& resources = *new auto(std::make_shared<platform::readid::UIResources>());
+    static const auto& resources = *new auto(vendorResources());
     return resources;
 }
 

@@ -251,6 +251,10 @@ std::vector<ReadID::Session> ReadID::sessions() const {
     return all;
 }
 
+std::shared_ptr<readid::UIResources> ReadID::makeUIResources() {
+    return std::make_shared<readid::UIResources>();
+}
+
 std::expected<void, readid::ReadIDError> ReadID::identify(const std::shared_ptr<platform::ViewController>& from,
                                                           platform::ModalPresentationStyle modalPresentationStyle,
                                                           const std::shared_ptr<readid::NFCWithAccessControlFlow>& flow,

@@ -198,9 +198,14 @@ TEST_F(DocumentScreen, SizesAndWordsItsTextsAfterTheTheme) {
     EXPECT_NEAR(outlet<platform::Label>(*plain, "scanPassportLabel")->shownFont().pointSize, 14, 0.51);
 }
 
-TEST(ReadIDResources, AreOneObjectForAllWrappers) {
+TEST(ReadIDResources, AreTheVendorsOneObjectForAllWrappers) {
+    platform::Services services;
+    services.readID = std::make_shared<test::DocumentVendor>();
+    platform::install(services);
     const auto& shared = ThemeCustomization::passportScanViewCustomization();
     ReadIDUIResourcesWrapper wrapper;
+    EXPECT_NE(std::dynamic_pointer_cast<test::VendorLooks>(shared), nullptr);
+    EXPECT_EQ(wrapper.textSize(), 21);
     EXPECT_EQ(wrapper.customStringTableName(), "");
     EXPECT_EQ(wrapper.titleFont(), platform::Font{});
     wrapper.setCustomStringTableName("Texts");

@@ -92,6 +92,8 @@ public:
     /// Drops the flows and the finished sessions, for a test that runs for long.
     void forgetSessions();
 
+    std::shared_ptr<platform::readid::UIResources> makeUIResources() override;
+
     /// Refuses a document proxy that is no https address, and a second reading while one is under way.
     std::expected<void, platform::readid::ReadIDError>
     identify(const std::shared_ptr<platform::ViewController>& from,
