@@ -16,6 +16,10 @@ struct KIVO_EXPORT Deployment {
     /// Whether the face scan library runs in production mode. Default false.
     bool faceTecProduction = false;
 
+    /// The key that the face scan library's vendor gives out for production mode; handed to the library's adapter as it
+    /// is, and never logged. Default empty.
+    std::string faceTecProductionKey{};
+
     /// Whether requests go to pinned servers even where no list of pins is found: each then ends in
     /// `UNSECURE_SERVER_PINNING_FAILED`. Default false: without a list the system's trust decides. A host that ships
     /// a list sets it, so that a program started by another name or through a loader does not lose its pins.

@@ -150,7 +150,8 @@ TEST_F(SimulatedFaceTec, EndsASessionAtOnceAfterAFailedInitialisation) {
     std::vector<bool> outcomes;
     vendor_.initializationStatus = faceScanStatus::encryptionKeyInvalid;
     vendor_.initializationTime = 1s;
-    vendor_.initializeInProductionMode("device key", "wrong key", [&](bool isGood) { outcomes.push_back(isGood); });
+    vendor_.initializeInProductionMode("production key", "device key", "wrong key",
+                                       [&](bool isGood) { outcomes.push_back(isGood); });
     settle();
     EXPECT_THAT(outcomes, IsEmpty());
     clock_->advance(1s);

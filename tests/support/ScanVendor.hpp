@@ -87,9 +87,9 @@ public:
     std::string successMessage = "none";
     std::shared_ptr<platform::FaceTecCustomization> customization;
 
-    void initializeInProductionMode(const std::string& key, const std::string& encryptionKey,
-                                    std::function<void(bool)> completion) override {
-        calls.push_back("production " + key + ' ' + encryptionKey);
+    void initializeInProductionMode(const std::string& productionKey, const std::string& key,
+                                    const std::string& encryptionKey, std::function<void(bool)> completion) override {
+        calls.push_back("production " + productionKey + ' ' + key + ' ' + encryptionKey);
         initialized = std::move(completion);
     }
 

@@ -106,8 +106,9 @@ class KIVO_EXPORT FaceTec {
 public:
     virtual ~FaceTec() = default;
 
+    /// `productionKey` is `Deployment::faceTecProductionKey`, the other two are the session's; each may be empty.
     /// `completion` may come on any thread, once.
-    virtual void initializeInProductionMode(const std::string& deviceKeyIdentifier,
+    virtual void initializeInProductionMode(const std::string& productionKey, const std::string& deviceKeyIdentifier,
                                             const std::string& faceScanEncryptionKey,
                                             std::function<void(bool)> completion) = 0;
     virtual void initializeInDevelopmentMode(const std::string& deviceKeyIdentifier,

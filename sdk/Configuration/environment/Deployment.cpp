@@ -36,6 +36,9 @@ Deployment readFrom(const platform::PropertyValue::Dictionary& root) {
         production != root.end() && production->second.boolean() != nullptr) {
         deployment.faceTecProduction = *production->second.boolean();
     }
+    if (const auto key = root.find("FaceTecProductionKey"); key != root.end() && key->second.text() != nullptr) {
+        deployment.faceTecProductionKey = *key->second.text();
+    }
     if (const auto pins = root.find("RequiresPins"); pins != root.end()) {
         // Anything but a plain "no" asks for safety.
         deployment.requiresPins = pins->second.boolean() == nullptr || *pins->second.boolean();

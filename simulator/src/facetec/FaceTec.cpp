@@ -37,10 +37,11 @@ const std::vector<std::string>& FaceTec::violations() const {
     return memory_->violations;
 }
 
-void FaceTec::initializeInProductionMode(const std::string& deviceKeyIdentifier,
+void FaceTec::initializeInProductionMode(const std::string& productionKey, const std::string& deviceKeyIdentifier,
                                          const std::string& faceScanEncryptionKey,
                                          std::function<void(bool)> completion) {
     initialize({.isProduction = true,
+                .productionKey = productionKey,
                 .deviceKeyIdentifier = deviceKeyIdentifier,
                 .faceScanEncryptionKey = faceScanEncryptionKey},
                std::move(completion));
@@ -50,6 +51,7 @@ void FaceTec::initializeInDevelopmentMode(const std::string& deviceKeyIdentifier
                                           const std::string& faceScanEncryptionKey,
                                           std::function<void(bool)> completion) {
     initialize({.isProduction = false,
+                .productionKey = {},
                 .deviceKeyIdentifier = deviceKeyIdentifier,
                 .faceScanEncryptionKey = faceScanEncryptionKey},
                std::move(completion));

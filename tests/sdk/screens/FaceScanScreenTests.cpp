@@ -1,6 +1,7 @@
 #include "Configuration/logging/Settings.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
+#include "support/PropertyLists.hpp"
 #include "support/ScanScreens.hpp"
 
 #include <kivo/Deployment.hpp>
@@ -17,7 +18,9 @@ using test::Scan;
 using test::Texts;
 using test::Waiting;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class FaceScanScreen : public test::ScanScreens {
 protected:
@@ -53,19 +56,44 @@ protected:
 };
 
 TEST_F(FaceScanScreen, StartsTheLibraryInTheModeOfTheDeployment) {
+    KivoSDK::setLogLevel(LogLevel::debug);
+    testing::internal::CaptureStdout();
     for (const bool isProduction : {true, false}) {
-        Deployment::install({.joinPages = {}, .faceTecProduction = isProduction});
+        Deployment deployment;
+        deployment.faceTecProduction = isProduction;
+        deployment.faceTecProductionKey = "vendor-key";
+        Deployment::install(deployment);
         vendor->calls.clear();
         shown();
-        EXPECT_THAT(vendor->calls,
-                    ElementsAre((isProduction ? "production" : "development") + std::string{" device-key public-key"},
-                                "language Zoom"));
+        EXPECT_THAT(vendor->calls, ElementsAre((isProduction ? "production vendor-key" : "development") +
+                                                   std::string{" device-key public-key"},
+                                               "language Zoom"));
+        vendor->initialized(true);
         pop();
     }
+    const auto log = testing::internal::GetCapturedStdout();
+    EXPECT_THAT(log, testing::AllOf(HasSubstr("initilization"), Not(HasSubstr("-key"))));
     removeStoredJoinAnswer();
     vendor->calls.clear();
     shown();
     EXPECT_EQ(vendor->calls.front(), "development  ");
+}
+
+class BundledDeployment : public test::HostScreenFixture {
+protected:
+    BundledDeployment()
+        : HostScreenFixture{SdkBundle::ofTheTest} {}
+};
+
+TEST_F(BundledDeployment, NamesTheModeOfTheFaceScanLibraryAndItsKey) {
+    folder.write(
+        "Sdk.bundle/Info.plist",
+        test::propertyList("<dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict>"));
+    folder.write("Sdk.bundle/Deployment.plist",
+                 test::propertyList("<dict><key>FaceTecProduction</key><true/>"
+                                    "<key>FaceTecProductionKey</key><string>vendor-key</string></dict>"));
+    EXPECT_TRUE(Deployment::current().faceTecProduction);
+    EXPECT_EQ(Deployment::current().faceTecProductionKey, "vendor-key");
 }
 
 TEST_F(FaceScanScreen, ReportsAFailedStartAfterAFifthOfASecond) {

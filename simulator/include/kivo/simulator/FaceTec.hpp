@@ -23,6 +23,7 @@ class FaceTec final : public platform::FaceTec {
 public:
     struct Initialization {
         bool isProduction;
+        std::string productionKey;
         std::string deviceKeyIdentifier;
         std::string faceScanEncryptionKey;
     };
@@ -71,7 +72,8 @@ public:
 
     // The vendor's operations.
 
-    void initializeInProductionMode(const std::string& deviceKeyIdentifier, const std::string& faceScanEncryptionKey,
+    void initializeInProductionMode(const std::string& productionKey, const std::string& deviceKeyIdentifier,
+                                    const std::string& faceScanEncryptionKey,
                                     std::function<void(bool)> completion) override;
     void initializeInDevelopmentMode(const std::string& deviceKeyIdentifier, const std::string& faceScanEncryptionKey,
                                      std::function<void(bool)> completion) override;

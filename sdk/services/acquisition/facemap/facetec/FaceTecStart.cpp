@@ -28,7 +28,8 @@ void startFaceTec(std::function<void(bool isReady)> completion) {
     };
     const auto deviceKey = setting(KivoResponseKeys::faceMapDeviceKey);
     const auto encryptionKey = setting(KivoResponseKeys::faceMapPublicKey);
-    const bool isProduction = Deployment::current().faceTecProduction;
+    const auto deployment = Deployment::current();
+    const bool isProduction = deployment.faceTecProduction;
     auto tell = [function, isProduction, completion = std::move(completion)](bool isReady) {
         log::info(function, [&] {
             return std::string{isProduction ? "faceTec initilization 001 ----- "
@@ -38,7 +39,7 @@ void startFaceTec(std::function<void(bool isReady)> completion) {
         completion(isReady);
     };
     if (isProduction) {
-        vendor->initializeInProductionMode(deviceKey, encryptionKey, std::move(tell));
+        vendor->initializeInProductionMode(deployment.faceTecProductionKey, deviceKey, encryptionKey, std::move(tell));
     } else {
         vendor->initializeInDevelopmentMode(deviceKey, encryptionKey, std::move(tell));
     }

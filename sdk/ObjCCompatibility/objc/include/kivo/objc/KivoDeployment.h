@@ -21,6 +21,9 @@ __attribute__((visibility("default")))
 /// Whether the face scan library runs in production mode. NO at first.
 @property (nonatomic) BOOL faceTecProduction;
 
+/// The key that the face scan library's vendor gives out for production mode; never logged. Empty at first.
+@property (nonatomic, copy) NSString* faceTecProductionKey;
+
 /// Puts this deployment in force, as it is now. Call it before the first join.
 - (void)install;
 
