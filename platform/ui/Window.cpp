@@ -33,7 +33,7 @@ std::shared_ptr<View> viewAt(Point point, const std::shared_ptr<View>& view) {
             return found;
         }
     }
-    return view;
+    return view->passesTouches() ? nullptr : view;
 }
 
 } // namespace

@@ -50,6 +50,7 @@ const Setters<View> viewMembers{
     {"tintColor", [](View& view, const Value& value) { view.setTintColor(value.color()); }},
     {"layer", setLayer},
     {"userInteractionEnabled", [](View& view, const Value& value) { view.setUserInteractionEnabled(value.flag()); }},
+    {"passesTouches", [](View& view, const Value& value) { view.setPassesTouches(value.flag()); }},
     {"accessibilityLabel", [](View& view, const Value& value) { view.setAccessibilityLabel(value.text()); }},
 };
 

@@ -189,11 +189,23 @@ TEST_F(ActivationCodeScreen, TakesACodeOfExactlySixCharactersInTheSingleField) {
 
 TEST_F(ActivationCodeScreen, ReturnsToTheBoxLastInUse) {
     const auto screen = shown(themed(CodeTextFieldStyle::boxed));
-    Keys::press(*screen, "@4");
-    outlet<Label>(*screen, "getStartedTitleLabel")->touch();
-    EXPECT_EQ(Keys::focus(), 0) << "a tap beside the fields takes the keyboard away";
-    outlet<Button>(*screen, "codeContainerButton")->tap();
-    EXPECT_EQ(Keys::focus(), 4);
+    const auto touch = [this](double x, double y) { EXPECT_TRUE(window->hitTest({x, y})->touch()); };
+    const auto row = outlet<platform::StackView>(*screen, "stackViewBoxedTextfield");
+    window->layoutIfNeeded();
+    for (int tag = 6; tag >= 1; --tag) {
+        const auto frame = box(*screen, tag)->frameOnScreen();
+        touch(frame.left() + 1, frame.top() + 1);
+        EXPECT_EQ(Keys::focus(), tag) << "each box takes its own touches";
+        for (int gap = 1; gap <= 5; ++gap) {
+            const auto between = box(*screen, gap)->frameOnScreen().right() + row->spacing() / 2;
+            touch(between, frame.bottom() - 1);
+            EXPECT_EQ(Keys::focus(), tag) << "between the boxes the keyboard stays";
+            outlet<Label>(*screen, "getStartedTitleLabel")->touch();
+            EXPECT_EQ(Keys::focus(), 0) << "a tap beside the fields takes the keyboard away";
+            touch(between, frame.top() + 1);
+            EXPECT_EQ(Keys::focus(), tag);
+        }
+    }
 }
 
 TEST_F(ActivationCodeScreen, IsEmptyAgainAfterAPersonHasLeft) {

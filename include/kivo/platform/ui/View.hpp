@@ -142,6 +142,11 @@ public:
 
     void setUserInteractionEnabled(bool enabled);
 
+    /// Whether a touch between the subviews goes to what lies behind this view; false at first.
+    bool passesTouches() const { return passesTouches_; }
+
+    void setPassesTouches(bool passes) { passesTouches_ = passes; }
+
     /// Calls `action` when the view, or one above it that takes no touches itself, is tapped.
     void addTapAction(std::function<void()> action);
 
@@ -240,6 +245,7 @@ private:
     bool layoutIsPending_ = true;
     std::vector<Fit> fits_;
     bool isUserInteractionEnabled_ = true;
+    bool passesTouches_ = false;
     std::vector<std::function<void()>> tapActions_;
     std::optional<ContentSizeCategory> minimumCategory_;
     std::optional<ContentSizeCategory> maximumCategory_;
