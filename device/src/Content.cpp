@@ -48,7 +48,7 @@ bool isTinted(const platform::Button& button) {
 void drawLabel(QPainter& painter, const platform::Label& label) {
     const bool isLong = dynamic_cast<const platform::TextView*>(&label) != nullptr;
     painter.setPen(toQt(label.textColor()));
-    drawText(painter, bounds(label), toQt(label.text()), toQt(label.shownFont()),
+    drawText(painter, bounds(label), toQt(label.text()), toQt(label.fittedFont()),
              toQt(label.textAlignment()) | (isLong ? Qt::AlignTop : Qt::AlignVCenter));
 }
 

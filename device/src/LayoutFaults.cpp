@@ -75,7 +75,7 @@ bool fits(Size size, const QRectF& room) {
 bool textFits(const View& view) {
     const auto bounds = toQt(view.bounds());
     if (const auto* label = dynamic_cast<const platform::Label*>(&view)) {
-        return fits(measureText(toQt(label->text()), toQt(label->shownFont()), bounds.width()), bounds);
+        return fits(measureText(toQt(label->text()), toQt(label->fittedFont()), bounds.width()), bounds);
     }
     if (const auto* button = dynamic_cast<const platform::Button*>(&view); button && !button->title().empty()) {
         const auto room = bounds.adjusted(0, 0, button->image() ? -button->image()->size.width : 0, 0);

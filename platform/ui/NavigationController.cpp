@@ -42,7 +42,8 @@ std::shared_ptr<Button> barButton(std::string identifier, const BarButtonItem& i
     button->setIdentifier(std::move(identifier));
     button->setTitle(item.title);
     button->setImage(item.image);
-    button->setAccessibilityLabel(item.title.empty() && item.image ? item.image->name : item.title);
+    const bool isNameless = item.accessibilityLabel.empty() && item.title.empty() && item.image;
+    button->setAccessibilityLabel(isNameless ? item.image->name : item.accessibilityLabel);
     button->addAction(ControlEvent::touchUpInside, [action = item.action](const auto&) {
         if (action) {
             action();

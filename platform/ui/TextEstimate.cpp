@@ -3,11 +3,29 @@
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <cstddef>
 
 namespace kivo::platform {
 namespace {
 
 constexpr double lineHeight = 1.2;
+
+struct Read {
+    utf8proc_int32_t character = 0xFFFD;
+    std::size_t bytes = 1;
+};
+
+/// The first character of a text that is not empty.
+Read firstOf(std::string_view text) {
+    utf8proc_int32_t character = 0;
+    const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                         static_cast<utf8proc_ssize_t>(text.size()), &character);
+    return length < 1 ? Read{} : Read{.character = character, .bytes = static_cast<std::size_t>(length)};
+}
+
+bool isEastAsian(utf8proc_int32_t character) {
+    return utf8proc_charwidth(character) == 2;
+}
 
 /// In parts of the point size.
 double widthOf(utf8proc_int32_t character) {
@@ -86,20 +104,15 @@ private:
 Size estimateText(std::string_view text, double pointSize, double widthLimit) {
     Lines lines{widthLimit};
     while (!text.empty()) {
-        utf8proc_int32_t character = 0;
-        const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                                             static_cast<utf8proc_ssize_t>(text.size()), &character);
-        if (length < 1) {
-            character = 0xFFFD;
-        }
-        text.remove_prefix(length < 1 ? 1 : static_cast<std::size_t>(length));
+        const auto [character, bytes] = firstOf(text);
+        text.remove_prefix(bytes);
         const auto width = widthOf(character) * pointSize;
         if (character == '\n') {
             lines.endWord();
             lines.breakLine();
         } else if (character == ' ') {
             lines.addSpace(width);
-        } else if (width == pointSize) {
+        } else if (isEastAsian(character)) {
             lines.endWord(); // East Asian text breaks between any two characters
             lines.add(width);
             lines.endWord();
@@ -109,6 +122,31 @@ Size estimateText(std::string_view text, double pointSize, double widthLimit) {
     }
     lines.endWord();
     return {std::min(lines.widest(), widthLimit), lines.count() * lineHeight * pointSize};
+}
+
+std::vector<std::string_view> unbrokenParts(std::string_view text) {
+    std::vector<std::string_view> parts;
+    std::size_t begin = 0;
+    const auto endAt = [&](std::size_t end) {
+        if (end > begin) {
+            parts.push_back(text.substr(begin, end - begin));
+        }
+    };
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [character, bytes] = firstOf(text.substr(at));
+        if (character == ' ' || character == '\n') {
+            endAt(at);
+            begin = at + bytes;
+        } else if (isEastAsian(character)) {
+            endAt(at);
+            begin = at;
+            endAt(at + bytes);
+            begin = at + bytes;
+        }
+        at += bytes;
+    }
+    endAt(text.size());
+    return parts;
 }
 
 } // namespace kivo::platform

@@ -3,11 +3,15 @@
 #include <kivo/platform/ui/Geometry.hpp>
 
 #include <string_view>
+#include <vector>
 
 namespace kivo::platform {
 
 /// A plain estimate of the size of `text`, by the kind of each character and the same on every machine: narrow, common,
 /// broad, East Asian wide, or without a width. Lines break between words, and inside a word wider than `widthLimit`.
 Size estimateText(std::string_view text, double pointSize, double widthLimit);
+
+/// The parts of `text` inside which no line breaks: its words, and each East Asian character.
+std::vector<std::string_view> unbrokenParts(std::string_view text);
 
 } // namespace kivo::platform

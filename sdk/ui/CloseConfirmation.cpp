@@ -9,12 +9,15 @@
 namespace kivo::ui {
 
 void setUpCloseBarButton(platform::ViewController& screen) {
-    screen.navigationItem()->setRightBarButtonItem(platform::BarButtonItem{
-        .image = platform::Image::named("close-icon"), .action = [weak = screen.weak_from_this()] {
-            if (const auto self = weak.lock()) {
-                onCloseButtonAlertClick(*self);
-            }
-        }});
+    screen.navigationItem()->setRightBarButtonItem(
+        platform::BarButtonItem{.image = platform::Image::named("close-icon"),
+                                .action =
+                                    [weak = screen.weak_from_this()] {
+                                        if (const auto self = weak.lock()) {
+                                            onCloseButtonAlertClick(*self);
+                                        }
+                                    },
+                                .accessibilityLabel = "Close"});
     const auto navigation = screen.navigationController();
     const auto tint = platform::Color::named("Kivo.PrimaryColor");
     if (navigation && tint) {

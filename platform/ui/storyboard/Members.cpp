@@ -70,6 +70,7 @@ const Setters<TextStyled> textMembers{
 
 const Setters<Label> labelMembers{
     {"text", [](Label& view, const Value& value) { view.setText(value.text()); }},
+    {"shrinksToWords", [](Label& view, const Value& value) { view.setShrinksToWords(value.flag()); }},
 };
 
 const Setters<Control> controlMembers{

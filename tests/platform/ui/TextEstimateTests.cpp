@@ -2,6 +2,7 @@
 
 #include "linux/FontconfigFonts.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -26,6 +27,12 @@ TEST(TextEstimate, BreaksLinesBetweenWordsAndInsideOverlongOnes) {
     EXPECT_EQ(linesOf("wordwordword", word + 1), 3);
     EXPECT_EQ(linesOf("漢字漢字", 20), 2);
     EXPECT_LE(estimateText("word word word", 10, word + 1).width, word + 1);
+}
+
+TEST(TextEstimate, KnowsWhereNoLineBreaks) {
+    using testing::ElementsAre;
+    EXPECT_THAT(unbrokenParts(" one  two\nthree"), ElementsAre("one", "two", "three"));
+    EXPECT_THAT(unbrokenParts("ab漢字cd\xFF"), ElementsAre("ab", "漢", "字", "cd\xFF"));
 }
 
 TEST(TextEstimate, GivesEachKindOfCharacterItsWidth) {

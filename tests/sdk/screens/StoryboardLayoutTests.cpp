@@ -11,6 +11,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -54,7 +55,17 @@ void setTheme(platform::ViewController& screen, const std::shared_ptr<ThemeCusto
     (setOf(dynamic_cast<Screens*>(&screen)), ...);
 }
 
-using StoryboardLayout = test::HostScreenFixture;
+class StoryboardLayout : public test::HostScreenFixture {
+protected:
+    /// No line breaks inside a word.
+    void expectWholeWords(const platform::Label& label) const {
+        const auto font = label.fittedFont();
+        std::istringstream words{label.text()};
+        for (std::string word; words >> word;) {
+            EXPECT_LE(fonts->measure(word, font.name, font.pointSize, 1e6).width, label.frame().size.width) << word;
+        }
+    }
+};
 
 TEST_F(StoryboardLayout, ReadsWellOnSmallAndLargeDisplaysAtEveryReadingSize) {
     storeJoinAnswer(R"({"app-config":{"app-doclist":"true"}})");
@@ -91,6 +102,9 @@ TEST_F(StoryboardLayout, ReadsWellOnSmallAndLargeDisplaysAtEveryReadingSize) {
                 for (const auto& view : shown) {
                     const auto frame = view->frameOnScreen();
                     const auto what = view->identifier() + " \"" + view->shownText() + '"';
+                    if (view->identifier().ends_with("itleLabel") || view->identifier() == "titleInfoLabel") {
+                        expectWholeWords(dynamic_cast<const platform::Label&>(*view));
+                    }
                     EXPECT_GE(frame.left(), 0) << what;
                     EXPECT_LE(frame.right(), size.width) << what;
                     EXPECT_GE(frame.top(), 0) << what;
@@ -147,8 +161,11 @@ TEST_F(StoryboardLayout, FollowsNoReadingSizeWhereTheThemeSaysSo) {
 }
 
 TEST_F(StoryboardLayout, NamesEveryControlForAPersonWhoCannotSeeIt) {
-    for (const auto* scene : {"QRCodeVC", "QRCodeScannerVC", "AuthMenuVCID", "FinalStatusVC"}) {
+    for (const auto* scene : {"QRCodeVC", "QRCodeScannerVC", "AuthMenuVCID", "LivenessCheckVCID", "FinalStatusVC"}) {
         const auto screen = makeScreen<platform::ViewController>(scene);
+        if (const auto close = screen->view()->find<platform::Button>("closeButton")) {
+            close->setTitle(""); // as a theme has it that brings a picture
+        }
         std::vector<std::shared_ptr<View>> rest{screen->view()};
         while (!rest.empty()) {
             const auto view = rest.back();
@@ -174,6 +191,18 @@ TEST_F(StoryboardLayout, OpensTheDocumentedExample) {
         ASSERT_TRUE(screen) << screen.error();
         push(*screen);
         EXPECT_EQ(navigation->topViewController(), *screen);
+    }
+}
+
+TEST_F(StoryboardLayout, KeepsTextsOverTheCameraReadableOnABrightScene) {
+    const auto screen = makeScreen<platform::ViewController>("QRCodeScannerVC");
+    outlet<View>(*screen, "closeButton")->setHidden(false);
+    push(screen);
+    std::vector<std::shared_ptr<View>> shown;
+    collect(screen->view(), shown);
+    EXPECT_EQ(shown.size(), 3U);
+    for (const auto& view : shown) {
+        EXPECT_TRUE(view->backgroundColor()) << view->identifier() << " " << view->shownText();
     }
 }
 

@@ -89,6 +89,7 @@ TEST_F(SharedViews, TheCloseBarButtonAsksBeforeItCloses) {
     const auto item = screen->navigationItem()->rightBarButtonItem();
     ASSERT_TRUE(item);
     EXPECT_EQ(item->style, platform::BarButtonItem::Style::plain);
+    EXPECT_EQ(navigation->navigationBar()->find("rightBarButton")->accessibilityLabel(), "Close");
 
     for (const auto& [answer, stays] : {std::pair{1, true}, std::pair{0, false}}) {
         item->action();

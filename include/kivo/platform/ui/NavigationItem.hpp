@@ -19,6 +19,8 @@ struct BarButtonItem {
     std::shared_ptr<const Image> image{};
     Style style = Style::plain;
     std::function<void()> action{};
+    /// What a screen reader says; the title where this is empty.
+    std::string accessibilityLabel{};
 };
 
 /// What a screen shows in the navigation bar while it is on top.
