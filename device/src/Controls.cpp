@@ -172,8 +172,8 @@ void Controls::place(View& view, QWidget& widget) {
 
 void Controls::synchronize(platform::Window& window, bool fieldsPaint) {
     Views wanted;
-    if (!window.subviews().empty()) {
-        collect(window.subviews().back(), wanted);
+    for (const auto& view : window.reachableViews()) {
+        collect(view, wanted);
     }
     for (auto entry = controls_.begin(); entry != controls_.end();) {
         const auto view = entry->second.view.lock();

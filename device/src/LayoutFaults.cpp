@@ -94,11 +94,8 @@ bool textFits(const View& view) {
 std::vector<std::string> layoutFaults(platform::Window& window) {
     window.layoutIfNeeded();
     std::vector<std::string> faults;
-    if (window.subviews().empty()) {
-        return faults;
-    }
     std::vector<Seen> seen;
-    eachSeen(window.subviews().back(), [&](const std::shared_ptr<View>& view) {
+    const auto see = [&](const std::shared_ptr<View>& view) {
         bool scrolls = false;
         const auto whole = toQt(view->frameOnScreen());
         const auto part = visiblePart(*view, scrolls);
@@ -116,7 +113,10 @@ std::vector<std::string> layoutFaults(platform::Window& window) {
             faults.push_back(named(*view) + " is too small for its text");
         }
         seen.push_back({view, part});
-    });
+    };
+    for (const auto& view : window.reachableViews()) {
+        eachSeen(view, see);
+    }
     for (std::size_t i = 0; i < seen.size(); ++i) {
         for (std::size_t j = i + 1; j < seen.size(); ++j) {
             const auto shared = seen[i].part.intersected(seen[j].part);

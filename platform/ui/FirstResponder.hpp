@@ -12,6 +12,9 @@ void setFirstResponder(const std::shared_ptr<View>& view);
 /// Whether `view` had the input until now; for a view that is being destroyed.
 bool wasFirstResponder(const View* view);
 
+/// Whether a view that a person can reach has the input now, and `view` is none.
+bool keepsInputFrom(View& view);
+
 /// Shows or hides the keyboard after the first responder, or its being in a window, has changed.
 void updateKeyboard();
 

@@ -41,6 +41,11 @@ bool wasFirstResponder(const View* view) {
     return focus().address == view;
 }
 
+bool keepsInputFrom(View& view) {
+    const auto holder = focus().view.lock();
+    return holder && holder.get() != &view && holder->isReachable() && !view.isReachable();
+}
+
 void updateKeyboard() {
     if (focus().changes > 0) {
         return;

@@ -66,6 +66,33 @@ void ViewController::dismiss(bool animated, std::function<void()> completion) {
     leaving->forgetPresentation();
 }
 
+void ViewController::dismissAlone(bool animated, std::function<void()> completion) {
+    if (const auto container = parent()) {
+        container->dismissAlone(animated, std::move(completion));
+        return;
+    }
+    const auto self = shared_from_this();
+    const auto above = state_->presented;
+    if (!above) {
+        dismiss(animated, std::move(completion));
+        return;
+    }
+    const auto presenter = state_->presenting.lock();
+    if (!presenter || presenter->state_->presented != self) {
+        finish(std::move(completion));
+        return;
+    }
+    presenter->state_->presented = above;
+    above->state_->presenting = presenter;
+    state_->presented.reset();
+    state_->presenting.reset();
+    if (const auto window = presenter->windowOfScreen()) {
+        window->updateScreens(animated, std::move(completion));
+    } else {
+        finish(std::move(completion));
+    }
+}
+
 void ViewController::forgetPresentation() {
     state_->presenting.reset();
     if (const auto above = std::exchange(state_->presented, nullptr)) {

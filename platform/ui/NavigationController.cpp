@@ -16,17 +16,33 @@ namespace {
 constexpr double barHeight = 44;
 constexpr double barMargin = 8;
 
-/// The screen on top fills the whole view; the bar lies over its upper edge.
+/// The screen on top fills the whole view, and the bar lies over its upper edge. Both have a place of their own; any
+/// other subview belongs to somebody else and stays where it is.
 class NavigationView final : public View {
 public:
     explicit NavigationView(std::shared_ptr<View> bar)
         : bar_{std::move(bar)} {}
 
+    /// Puts the screen's view below everything else, in the place of the former screen's.
+    void show(const std::shared_ptr<View>& screenView) {
+        const auto former = std::exchange(screenView_, screenView);
+        if (former && former != screenView && former->superview().get() == this) {
+            former->removeFromSuperview();
+        }
+        // An edit that ended with the former screen may have brought another one.
+        if (screenView && screenView == screenView_ && screenView->superview().get() != this) {
+            insertSubview(screenView, 0);
+        }
+    }
+
 protected:
     void layoutSubviews() override {
-        for (const auto& subview : subviews()) {
+        const auto subviews = this->subviews();
+        for (const auto& subview : subviews) {
             if (subview == bar_) {
                 bar_->setFrame({.origin = {}, .size = {frame().size.width, safeAreaInsets().top + barHeight}});
+            } else if (subview != screenView_) {
+                placeInScreen(*subview);
             } else if (subview->frame().size != frame().size) {
                 subview->setFrame(bounds());
             }
@@ -35,6 +51,7 @@ protected:
 
 private:
     std::shared_ptr<View> bar_;
+    std::shared_ptr<View> screenView_;
 };
 
 std::shared_ptr<Button> barButton(std::string identifier, const BarButtonItem& item) {
@@ -99,9 +116,8 @@ void NavigationController::popToViewController(const std::shared_ptr<ViewControl
     const std::vector leaving(std::next(found), stack.end());
     stack.erase(std::next(found), stack.end());
     showTop(animated);
-    // A screen on its way out may still ask where it was.
     for (const auto& screen : leaving) {
-        screen->state_->parent = nullptr;
+        screen->leaveParent();
     }
 }
 
@@ -145,23 +161,16 @@ void NavigationController::arrangeViews() {
     }
     const auto top = topViewController();
     const auto screenView = top ? top->view_ : nullptr;
-    const auto former = view()->subviews();
-    for (const auto& subview : former) {
-        if (subview != navigationBar_ && subview != screenView) {
-            subview->removeFromSuperview();
-        }
-    }
     navigationBar_->setHidden(isNavigationBarHidden_);
-    if (!screenView) {
-        return;
+    if (screenView) {
+        auto insets = view()->safeAreaInsets();
+        insets.top += isNavigationBarHidden_ ? 0 : barHeight;
+        screenView->setSafeAreaInsets(insets);
     }
-    auto insets = view()->safeAreaInsets();
-    insets.top += isNavigationBarHidden_ ? 0 : barHeight;
-    screenView->setSafeAreaInsets(insets);
-    if (screenView->superview() != view()) {
-        view()->insertSubview(screenView, 0);
+    static_cast<NavigationView&>(*view()).show(screenView);
+    if (screenView && topViewController() == top) {
+        fillNavigationBar();
     }
-    fillNavigationBar();
 }
 
 void NavigationController::fillNavigationBar() {
@@ -174,15 +183,15 @@ void NavigationController::fillNavigationBar() {
             self->fillNavigationBar();
         }
     };
-    const auto former = navigationBar_->subviews();
-    for (const auto& subview : former) {
-        subview->removeFromSuperview();
+    for (const auto& view : std::exchange(barItems_, {})) {
+        view->removeFromSuperview();
     }
     const auto add = [this](const std::shared_ptr<View>& view, Placement placement) {
         placement.bottom = 0;
         placement.height = barHeight;
         view->setPlacement(placement);
-        navigationBar_->addSubview(view);
+        navigationBar_->insertSubview(view, barItems_.size());
+        barItems_.push_back(view);
     };
     const auto title = std::make_shared<Label>();
     title->setIdentifier("navigationTitle");

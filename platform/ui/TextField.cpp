@@ -97,7 +97,7 @@ bool TextField::becomeFirstResponder() {
     }
     const auto self = shared_from_this();
     const FocusChange change;
-    if (!canBecomeFirstResponder()) {
+    if (!canBecomeFirstResponder() || keepsInputFrom(*this)) {
         return false;
     }
     if (const auto delegate = delegate_.lock(); delegate && !delegate->textFieldShouldBeginEditing(*this)) {

@@ -135,7 +135,8 @@ bool View::isReachable() {
             return false;
         }
         if (const auto* window = view->asWindow()) {
-            return window == this || window->subviews().back().get() == screenView;
+            return window == this || std::ranges::any_of(window->reachableViews(),
+                                                         [&](const auto& top) { return top.get() == screenView; });
         }
         screenView = view.get();
     }
@@ -208,7 +209,7 @@ bool View::handleTouch() {
 
 bool View::becomeFirstResponder() {
     const auto self = weak_from_this().lock();
-    if (!self || !canBecomeFirstResponder()) {
+    if (!self || !canBecomeFirstResponder() || keepsInputFrom(*this)) {
         return false;
     }
     const FocusChange change;

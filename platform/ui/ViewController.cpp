@@ -80,7 +80,12 @@ void ViewController::removeFromParent() {
     } else if (container->isViewLoaded()) {
         container->arrangeViews();
     }
-    // A screen on its way out may still ask where it was.
+    leaveParent();
+}
+
+void ViewController::leaveParent() {
+    // Until here a screen on its way out may ask where it was.
+    willMoveFromParent();
     state_->parent = nullptr;
 }
 

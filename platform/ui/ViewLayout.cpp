@@ -121,10 +121,13 @@ void View::layoutTree() {
 }
 
 void View::layoutSubviews() {
-    const auto safe = inset(bounds(), safeAreaInsets_);
     for (const auto& subview : subviews_) {
-        place(*subview, subview->placement_.ignoresSafeArea ? bounds() : safe);
+        placeInScreen(*subview);
     }
+}
+
+void View::placeInScreen(View& subview) const {
+    place(subview, subview.placement_.ignoresSafeArea ? bounds() : inset(bounds(), safeAreaInsets_));
 }
 
 void View::place(View& subview, const Rect& area) {

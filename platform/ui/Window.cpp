@@ -1,6 +1,7 @@
 #include "ViewControllerState.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -96,14 +97,27 @@ void Window::setPreferredContentSizeCategory(ContentSizeCategory category) {
 
 std::shared_ptr<View> Window::hitTest(Point point) {
     layoutIfNeeded();
-    return subviews().empty() ? nullptr : viewAt(point, subviews().back());
+    for (const auto& view : reachableViews() | std::views::reverse) {
+        if (auto found = viewAt(point, view)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<std::shared_ptr<View>> Window::reachableViews() const {
+    const auto top = screenViews_.empty() ? subviews().begin() : std::ranges::find(subviews(), screenViews_.back());
+    return {top, subviews().end()};
 }
 
 void Window::layoutSubviews() {
-    for (const auto& screenView : subviews()) {
-        // A screen may have moved its view aside for the keyboard; it stays there until the display's size changes.
-        if (screenView->frame().size != frame().size) {
-            screenView->setFrame(bounds());
+    const auto subviews = this->subviews();
+    for (const auto& subview : subviews) {
+        if (std::ranges::find(screenViews_, subview) == screenViews_.end()) {
+            placeInScreen(*subview);
+        } else if (subview->frame().size != frame().size) {
+            // A screen may have moved its view aside for the keyboard; it stays there until the display's size changes.
+            subview->setFrame(bounds());
         }
     }
 }
@@ -136,6 +150,12 @@ void Window::updateScreens(bool animated, std::function<void()> completion) {
     // A screen's own doings in these calls may move screens again, so every step looks anew at how they hang together.
     for (;;) {
         auto wanted = screensToShow();
+        const auto left = firstMissing(shown_, wanted);
+        if (const auto edited = Keyboard::firstResponder(); left && edited && edited->isDescendantOf(*left->view())) {
+            // Before the next screen is made: a field of its own may want the keyboard.
+            edited->resignFirstResponder();
+            wanted = screensToShow();
+        }
         const auto unloaded = std::ranges::find_if(wanted, [](const auto& screen) { return !screen->isViewLoaded(); });
         if (unloaded != wanted.end()) {
             (*unloaded)->view();
@@ -199,18 +219,20 @@ void Window::arrangeViewsOnce() {
     const auto isWanted = [&](const auto& view) {
         return std::ranges::any_of(stack, [&](const auto& screen) { return screen->view_ == view; });
     };
-    const auto former = subviews();
+    const auto former = screenViews_;
     for (const auto& view : former) {
-        if (!isWanted(view)) {
+        if (view->superview().get() == this && !isWanted(view)) {
             view->removeFromSuperview();
         }
     }
+    screenViews_.clear();
     for (const auto& screen : stack) {
         if (screen->view_) {
             screen->view_->setSafeAreaInsets(safeArea_);
             if (screen->view_->superview().get() != this) {
-                addSubview(screen->view_);
+                insertSubview(screen->view_, screenViews_.size());
             }
+            screenViews_.push_back(screen->view_);
         }
     }
     const auto shown = shown_;

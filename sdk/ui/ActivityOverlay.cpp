@@ -15,9 +15,10 @@ using namespace std::chrono_literals;
 using platform::View;
 using platform::ViewController;
 
-std::shared_ptr<View> coveredView(ViewController& screen) {
+/// The screen whose view the overlay covers.
+std::shared_ptr<ViewController> coveredScreen(ViewController& screen) {
     const auto navigation = screen.navigationController();
-    return navigation ? navigation->view() : screen.view();
+    return navigation ? navigation : screen.shared_from_this();
 }
 
 std::shared_ptr<View> makeOverlay() {
@@ -37,8 +38,8 @@ std::shared_ptr<View> makeOverlay() {
 }
 
 /// Runs `work` with the covered view, found now: a screen that hides its overlay may be popped before `work` runs.
-void onMainQueue(ViewController& screen, const std::function<void(View&)>& work) {
-    platform::services().mainQueue->async([weak = std::weak_ptr{coveredView(screen)}, work] {
+void onMainQueue(ViewController& under, const std::function<void(View&)>& work) {
+    platform::services().mainQueue->async([weak = std::weak_ptr{under.view()}, work] {
         if (const auto covered = weak.lock()) {
             work(*covered);
         }
@@ -48,15 +49,25 @@ void onMainQueue(ViewController& screen, const std::function<void(View&)>& work)
 } // namespace
 
 void showActivityOverlay(ViewController& screen) {
-    onMainQueue(screen, [](View& covered) {
-        if (!covered.viewWithTag(activityOverlayTag)) {
+    onMainQueue(*coveredScreen(screen), [](View& covered) {
+        auto former = covered.viewWithTag(activityOverlayTag);
+        if (former && former->alpha() == 0) {
+            // Fading out, and not to take the new one along.
+            former->removeFromSuperview();
+            former = nullptr;
+        }
+        if (!former) {
             covered.addSubview(makeOverlay());
         }
     });
 }
 
 void hideActivityOverlay(ViewController& screen) {
-    onMainQueue(screen, [](View& covered) {
+    const auto under = coveredScreen(screen);
+    if (!under->isViewLoaded()) {
+        return;
+    }
+    onMainQueue(*under, [](View& covered) {
         const auto overlay = covered.viewWithTag(activityOverlayTag);
         if (!overlay) {
             return;

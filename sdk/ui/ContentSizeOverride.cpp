@@ -5,7 +5,7 @@
 namespace kivo::ui {
 
 void overrideChildrenContentSizeCategories(platform::ViewController& screen) {
-    const auto window = screen.view()->window();
+    const auto window = screen.windowOfScreen();
     if (!window) {
         return;
     }

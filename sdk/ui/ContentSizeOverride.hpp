@@ -4,8 +4,8 @@
 
 namespace kivo::ui {
 
-/// Gives every child of the screen the reading size that the person has set on the device. Nothing happens while the
-/// screen is in no window.
+/// Gives every child of the screen the reading size that the person has set on the device. Works from `viewWillAppear`
+/// on; nothing happens while the screen belongs to no window.
 void overrideChildrenContentSizeCategories(platform::ViewController& screen);
 
 } // namespace kivo::ui

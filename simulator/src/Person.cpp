@@ -7,6 +7,7 @@
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/simulator/Person.hpp>
 
+#include <ranges>
 #include <utility>
 
 namespace kivo::simulator {
@@ -31,6 +32,12 @@ void eachVisible(const std::shared_ptr<View>& view, const std::function<void(con
     const auto subviews = view->subviews();
     for (const auto& subview : subviews) {
         eachVisible(subview, visit);
+    }
+}
+
+void eachVisible(const platform::Window& window, const std::function<void(const std::shared_ptr<View>&)>& visit) {
+    for (const auto& view : window.reachableViews()) {
+        eachVisible(view, visit);
     }
 }
 
@@ -188,13 +195,13 @@ void Person::setReadingSize(platform::ContentSizeCategory category) {
 bool Person::sees(std::string_view text) {
     settle();
     bool found = false;
-    eachVisible(topmostScreen(), [&](const auto& view) { found = found || view->shownText().contains(text); });
+    eachVisible(*window_, [&](const auto& view) { found = found || view->shownText().contains(text); });
     return found;
 }
 
 std::string Person::screenInWords() {
     std::string words;
-    eachVisible(topmostScreen(), [&](const auto& view) {
+    eachVisible(*window_, [&](const auto& view) {
         if (const auto one = inWords(*view); !one.empty()) {
             words += (words.empty() ? "" : ", ") + one;
         }
@@ -222,13 +229,13 @@ void Person::settle() {
     }
 }
 
-std::shared_ptr<View> Person::topmostScreen() {
-    return window_->subviews().empty() ? nullptr : window_->subviews().back();
-}
-
 std::shared_ptr<View> Person::find(std::string_view name) {
-    const auto screen = topmostScreen();
-    return screen ? screen->find(name) : nullptr;
+    for (const auto& view : window_->reachableViews() | std::views::reverse) {
+        if (auto found = view->find(name)) {
+            return found;
+        }
+    }
+    return nullptr;
 }
 
 std::unexpected<std::string> Person::failure(const std::string& problem) {

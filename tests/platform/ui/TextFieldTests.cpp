@@ -2,6 +2,7 @@
 
 #include <kivo/platform/NotificationCenter.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 
 #include <functional>
@@ -155,6 +156,37 @@ TEST_F(TextFieldEditing, TakesInputOnlyWhereAPersonCouldGiveIt) {
         EXPECT_EQ(a->text(), "");
         screen_->view()->setHidden(false);
     }
+}
+
+TEST_F(TextFieldEditing, LeavesTheKeyboardToAFieldThatAPersonCanReach) {
+    /// Wants the keyboard as soon as it is made.
+    struct Form final : ViewController {
+        void viewDidLoad() override {
+            view()->addSubview(own);
+            own->becomeFirstResponder();
+        }
+
+        std::shared_ptr<TextField> own = std::make_shared<TextField>();
+    };
+
+    const auto a = field("a");
+    const Form unseen;
+    EXPECT_TRUE(unseen.own->becomeFirstResponder()) << "which nobody has";
+    EXPECT_TRUE(a->becomeFirstResponder());
+    EXPECT_FALSE(unseen.own->becomeFirstResponder());
+    const auto over = std::make_shared<Form>();
+    screen_->present(over, false);
+    EXPECT_TRUE(over->own->isFirstResponder());
+    EXPECT_FALSE(a->becomeFirstResponder()) << "covered";
+    EXPECT_TRUE(over->own->isFirstResponder());
+    over->dismiss(false);
+    EXPECT_TRUE(a->becomeFirstResponder());
+
+    const auto navigation = std::make_shared<NavigationController>(std::make_shared<Form>());
+    window_->setRootViewController(navigation);
+    const auto next = std::make_shared<Form>();
+    navigation->pushViewController(next, false);
+    EXPECT_TRUE(next->own->isFirstResponder()) << "the former screen's field goes with its screen";
 }
 
 TEST_F(TextFieldEditing, MayGoAwayInTheMiddleOfItsOwnEvents) {

@@ -12,6 +12,7 @@
 #include <kivo/ui/LayerStyle.hpp>
 
 #include <algorithm>
+#include <functional>
 #include <vector>
 
 namespace kivo {
@@ -128,13 +129,17 @@ TEST_F(SharedViews, TheKeyboardLiftsAScreenOnceAndSetsItBack) {
     EXPECT_EQ(y(), 0);
 }
 
-TEST_F(SharedViews, ChildScreensTakeTheReadingSizeOfTheDevice) {
+TEST_F(SharedViews, ChildScreensTakeTheReadingSizeOfTheDeviceWhenTheirScreenIsAboutToAppear) {
+    struct Parent final : ViewController {
+        void viewWillAppear(bool /*animated*/) override { ui::overrideChildrenContentSizeCategories(*this); }
+    };
+
     const auto child = std::make_shared<ViewController>();
-    host->addChild(child);
-    host->view()->addSubview(child->view());
-    host->view()->setMaximumContentSizeCategory(ContentSizeCategory::medium);
+    const auto parent = std::make_shared<Parent>();
+    parent->addChild(child);
+    parent->view()->addSubview(child->view());
     window->setPreferredContentSizeCategory(ContentSizeCategory::extraSmall);
-    ui::overrideChildrenContentSizeCategories(*host);
+    push(parent);
     window->setPreferredContentSizeCategory(ContentSizeCategory::medium);
     EXPECT_EQ(child->view()->contentSizeCategory(), ContentSizeCategory::extraSmall);
 }
@@ -159,9 +164,40 @@ TEST_F(SharedViews, OneOverlayCoversTheNavigationControllerUntilItHasFaded) {
     EXPECT_TRUE(wheel->isAnimating());
     EXPECT_EQ(wheel->style(), platform::ActivityIndicatorView::Style::large);
 
+    const auto alert = std::make_shared<AlertController>("", "Wait");
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"push", [&] { push(std::make_shared<ViewController>()); }},
+        {"alert", [&] { navigation->present(alert, true); }},
+        {"answer", [&] { alert->dismiss(true); }},
+        {"turned display", [&] { window->setSize({.width = 844, .height = 390}); }},
+        {"pop", [&] { pop(); }},
+    };
+    for (const auto& [what, change] : changes) {
+        change();
+        settle();
+        EXPECT_EQ(navigation->view()->subviews().back(), overlay) << what;
+        EXPECT_EQ(overlay->frame().size, window->frame().size) << what;
+    }
+    EXPECT_EQ(window->hitTest({.x = 100, .y = 100}), wheel->superview());
+    const auto banner = std::make_shared<View>();
+    banner->setPlacement({.top = 0, .left = 0, .width = 50, .height = 50});
+    window->addSubview(banner);
+    push(std::make_shared<ViewController>());
+    EXPECT_EQ(banner->window(), window) << "what the host lays over everything stays, too";
+    EXPECT_EQ(window->hitTest({.x = 10, .y = 10}), banner);
+    EXPECT_EQ(window->hitTest({.x = 100, .y = 100}), overlay);
+    pop();
+
     ui::hideActivityOverlay(*host);
     settle();
-    EXPECT_EQ(overlay->alpha(), 0);
+    ui::showActivityOverlay(*host);
+    settle();
+    advance(200ms);
+    EXPECT_EQ(overlays(), 1) << "shown again while it faded";
+    const auto last = navigation->view()->viewWithTag(ui::activityOverlayTag);
+    ui::hideActivityOverlay(*host);
+    settle();
+    EXPECT_EQ(last->alpha(), 0);
     EXPECT_EQ(overlays(), 1);
     advance(200ms);
     EXPECT_EQ(overlays(), 0);

@@ -8,6 +8,9 @@
 namespace kivo::platform {
 
 /// A stack of screens under a navigation bar; the topmost is shown.
+///
+/// Views that somebody else adds to the controller's own view, or to its bar, stay there above the screens until they
+/// are taken away.
 class KIVO_EXPORT NavigationController final : public ViewController {
 public:
     /// An empty stack shows nothing until something is pushed.
@@ -43,6 +46,7 @@ private:
     void fillNavigationBar();
 
     std::shared_ptr<View> navigationBar_;
+    std::vector<std::shared_ptr<View>> barItems_;
     bool isNavigationBarHidden_ = false;
 };
 

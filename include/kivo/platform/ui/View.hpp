@@ -160,7 +160,8 @@ public:
 
     virtual bool canBecomeFirstResponder() const { return false; }
 
-    /// Takes the keyboard's input. Works also before the view is on screen. Returns whether the view has it now.
+    /// Takes the keyboard's input. Works also before the view is on screen, but then not from a view that a person can
+    /// reach. Returns whether the view has it now.
     virtual bool becomeFirstResponder();
     virtual bool resignFirstResponder();
     bool isFirstResponder() const;
@@ -201,6 +202,9 @@ protected:
 
     /// Gives `subview` its frame inside `area` after its placement.
     static void place(View& subview, const Rect& area);
+
+    /// The same inside this view, as far as no cut-out and no bar reaches.
+    void placeInScreen(View& subview) const;
 
     /// Called when the reading size may have changed, before the layout.
     virtual void contentSizeCategoryDidChange() {}

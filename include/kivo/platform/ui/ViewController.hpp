@@ -59,6 +59,10 @@ public:
 
     virtual void viewDidDisappear(bool /*animated*/) {}
 
+    /// The screen leaves the stack or the screen that it is part of, which it may still ask for. Called also while
+    /// other screens cover it.
+    virtual void willMoveFromParent() {}
+
     /// The person has taken this screen off its stack with the navigation bar's "Back".
     virtual void didGoBack() {}
 
@@ -98,6 +102,10 @@ public:
     /// Takes away what this screen presents or, when it presents nothing, this screen itself. `completion` runs in any
     /// case, also when there was nothing to take away.
     void dismiss(bool animated, std::function<void()> completion = {});
+
+    /// Takes this screen away, and nothing else: what it presents stays, over the screen below. `completion` runs in
+    /// any case.
+    void dismissAlone(bool animated, std::function<void()> completion = {});
 
     std::shared_ptr<ViewController> presentedViewController() const;
     std::shared_ptr<ViewController> presentingViewController() const;
@@ -141,6 +149,7 @@ private:
     /// Puts the children's views in place.
     virtual void arrangeViews() {}
 
+    void leaveParent();
     void tellTraitChange();
     /// Cuts this screen and those over it from the screens they were presented on.
     void forgetPresentation();

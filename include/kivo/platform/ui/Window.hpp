@@ -24,6 +24,8 @@ public:
 };
 
 /// The whole display of a phone: its size, its reading size, and the screens on it.
+///
+/// Views that somebody else adds stay there, above every screen, until they are taken away.
 class KIVO_EXPORT Window final : public View {
 public:
     /// A window of that size in points.
@@ -51,6 +53,10 @@ public:
     /// The topmost view at a point of the display that takes touches; null when there is none.
     std::shared_ptr<View> hitTest(Point point);
 
+    /// The topmost screen's own view and the host's views over it, from the lowest up. No touch reaches what lies
+    /// below.
+    std::vector<std::shared_ptr<View>> reachableViews() const;
+
     void setObserver(std::weak_ptr<WindowObserver> observer) { observer_ = std::move(observer); }
 
 protected:
@@ -76,6 +82,8 @@ private:
 
     std::shared_ptr<ViewController> root_;
     Screens shown_;
+    /// The screens' own views in the window, from the lowest up; they have the lowest places.
+    std::vector<std::shared_ptr<View>> screenViews_;
     bool isArranging_ = false;
     bool isArrangementDue_ = false;
     EdgeInsets safeArea_{.top = 47, .left = 0, .bottom = 34, .right = 0};

@@ -64,7 +64,6 @@ public:
 
 private:
     void settle();
-    std::shared_ptr<platform::View> topmostScreen();
     std::shared_ptr<platform::View> find(std::string_view name);
     Outcome tap(const std::shared_ptr<platform::View>& view, const std::string& name);
     std::unexpected<std::string> failure(const std::string& problem);
