@@ -69,8 +69,10 @@ std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene
 /// The screen, or a sentence that says what to do about its absence.
 std::expected<std::shared_ptr<ViewController>, std::string>
 makeScreen(const Scene& scene, const std::shared_ptr<SessionAPI>& owner, ViewController& context) {
-    if (!context.windowOfScreen()) {
-        return std::unexpected{"The context view controller is in no window; show it in one before you acquire."};
+    if (!context.navigationController() && !context.windowOfScreen()) {
+        return std::unexpected{
+            "The context view controller is in no window and in no navigation controller; show it in "
+            "one of them before you acquire."};
     }
     const auto storyboard = storyboardOf(scene);
     if (!storyboard) {
@@ -100,6 +102,7 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     if (scene == nullptr || (object == AcquisitionObject::ocrScan && !rules_.presentsIdScan)) {
         return;
     }
+    constexpr std::string_view function = "acquire(AcquisitionObject:config:response:)";
     resetAcquisitionStateIfDue();
     response = callable(std::move(response));
     const auto context = withState([&](State& state) {
@@ -107,11 +110,14 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
         return state.contextViewController;
     });
     if (!context) {
+        log::line(LogLevel::warning, function,
+                  "There is no context view controller, so no screen is shown; call "
+                  "setContext(viewController:) before you acquire.");
         return;
     }
     const auto screen = makeScreen(*scene, shared_from_this(), *context);
     if (!screen) {
-        log::error("acquire(AcquisitionObject:config:response:)", screen.error());
+        log::error(function, screen.error());
         completeOnMainQueue(std::unexpected{ResponseCode::UNKNOWN_ERROR});
         return;
     }

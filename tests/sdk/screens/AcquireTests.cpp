@@ -70,7 +70,9 @@ TEST_F(Acquire, PresentsTheCodeScreenElsewhere) {
 
 TEST_F(Acquire, ShowsNothingWithoutAContextOrWithoutAScreen) {
     const auto api = make();
+    testing::internal::CaptureStdout();
     api->acquire(AcquisitionObject::activationCode, nullptr, keep());
+    EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("setContext(viewController:)"));
     api->setContext(host);
     for (const auto object :
          {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage, AcquisitionObject::documentBackImage}) {
@@ -98,27 +100,19 @@ TEST_F(Acquire, GoesOnFromAContextThatOtherScreensCover) {
     EXPECT_TRUE(outcomes.empty());
 }
 
-TEST_F(Acquire, AnswersAPersonWhoGoesBack) {
-    const auto api = make();
-    acquireCode(*api, host);
-    pop();
-    EXPECT_TRUE(outcomes.empty()) << "the host knows what it does itself";
-    acquireCode(*api, host);
-    goBack();
-    EXPECT_EQ(navigation->topViewController(), host);
-    EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::CANCELLED_BY_USER}});
-
-    backend.outcome = std::make_shared<IdvResult>("T", IdvEvents::JOIN_SESSION);
-    acquireCode(*api, host);
-    api->join("123456", nullptr, {});
-    settle();
-    goBack();
-    EXPECT_EQ(outcomes.size(), 1U) << "nothing to cancel once the session is joined";
-}
-
-TEST_F(Acquire, FailsOnAContextOutsideEveryWindow) {
+TEST_F(Acquire, NeedsAWindowOrANavigationStackThatMayComeToOne) {
     acquireCode(*make(), std::make_shared<ViewController>());
     EXPECT_EQ(outcomes, Outcomes{std::unexpected{ResponseCode::UNKNOWN_ERROR}});
+
+    outcomes.clear();
+    window->setRootViewController(nullptr);
+    const auto api = make();
+    acquireCode(*api, host);
+    window->setRootViewController(navigation);
+    settle();
+    ASSERT_NE(codeScreen(), nullptr);
+    Keys::press(*navigation, "123456");
+    EXPECT_EQ(outcomes.size(), 1U);
 }
 
 TEST_F(Acquire, FailsWhereTheHostsBundleHasNoLayout) {
