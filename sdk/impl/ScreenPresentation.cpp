@@ -122,7 +122,10 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
         return;
     }
     if (const auto codeScreen = std::dynamic_pointer_cast<QRCodeVC>(*screen)) {
-        withState([&](State& state) { state.qrCodeVC = codeScreen; });
+        withState([&](State& state) {
+            state.qrCodeVC = codeScreen;
+            state.codeHasJoined = codeScreen->hasJoined;
+        });
     }
     show(*screen, *context);
 }

@@ -75,24 +75,26 @@ void SessionAPI::setContext(std::shared_ptr<platform::ViewController> viewContro
 }
 
 void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) {
-    const auto device = withState([&](State& state) {
+    const auto [device, codeHasJoined] = withState([&](State& state) {
         state.activationCode = forCode;
-        return state.deviceCode;
+        return std::pair{state.deviceCode, state.codeHasJoined};
     });
+    *codeHasJoined = false;
     backendClient_.join(std::move(forCode), device, std::move(config),
-                        [this, response = callable(std::move(response))](const IdvOutcome& outcome) {
-                            joinDidComplete(outcome, response);
+                        [this, codeHasJoined, response = callable(std::move(response))](const IdvOutcome& outcome) {
+                            joinDidComplete(outcome, response, *codeHasJoined);
                         });
 }
 
-void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response) {
+void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response,
+                                 std::atomic<bool>& codeHasJoined) {
     if (outcome) {
         const auto& tid = (*outcome)->data();
         withState([&](State& state) { state.tid = tid; });
+        codeHasJoined = true;
         isAcquisitionResetDue_ = true;
         response(std::make_shared<IdvResult>(tid, IdvEvents::JOIN_SESSION));
         resetAcquisitionStateIfDue();
-        withCodeScreen([](QRCodeVC& screen) { screen.hasJoined = true; });
         return;
     }
     response(outcome);

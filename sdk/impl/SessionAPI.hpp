@@ -78,6 +78,8 @@ private:
         IdvCompletion completionHandlerIdv = [](const IdvOutcome&) {};
         /// The last activation code screen; weak, so that it goes with its last presentation.
         std::weak_ptr<QRCodeVC> qrCodeVC;
+        /// Of that screen; never null.
+        std::shared_ptr<std::atomic<bool>> codeHasJoined = std::make_shared<std::atomic<bool>>(false);
         std::string activationCode;
     };
 
@@ -88,7 +90,7 @@ private:
         return access(state_);
     }
 
-    void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response);
+    void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response, std::atomic<bool>& codeHasJoined);
     void resetAcquisitionStateIfDue();
     /// Works on the activation code screen shown last, on the main queue, where it still exists.
     void withCodeScreen(const std::function<void(QRCodeVC&)>& work);

@@ -2,27 +2,29 @@
 
 #include <kivo/platform/ui/NavigationController.hpp>
 
-#include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace kivo::ui {
 
-void popOrDismiss(platform::ViewController& screen, std::function<void()> left) {
+void popOrDismiss(platform::ViewController& screen, std::function<void()> left, bool animated) {
     const auto navigation = screen.navigationController();
     if (!navigation) {
-        screen.dismiss(/*animated=*/true, std::move(left));
+        screen.dismissAlone(animated, std::move(left));
         return;
     }
-    navigation->popViewController(/*animated=*/true);
+    auto entry = screen.shared_from_this();
+    while (entry->parent() != navigation) {
+        entry = entry->parent();
+    }
+    if (navigation->topViewController() == entry) {
+        navigation->popViewController(animated);
+    } else {
+        entry->removeFromParent();
+    }
     if (left) {
         left();
     }
-}
-
-bool isLeavingStack(platform::ViewController& screen) {
-    const auto navigation = screen.navigationController();
-    return navigation &&
-           std::ranges::none_of(navigation->children(), [&](const auto& child) { return child.get() == &screen; });
 }
 
 } // namespace kivo::ui

@@ -106,6 +106,7 @@ public:
     }
 
     void setCustomization(std::shared_ptr<platform::FaceTecCustomization> look) override {
+        calls.emplace_back("look");
         customization = std::move(look);
     }
 

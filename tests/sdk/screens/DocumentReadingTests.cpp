@@ -130,11 +130,14 @@ TEST_F(DocumentScreenAlone, SaysThatThereIsNoLibraryAndStays) {
     for (const auto* list : {"true", "false"}) {
         joinWith(list);
         const auto screen = shown();
+        testing::internal::CaptureStdout();
         if (list == std::string_view{"true"}) {
             choose(*screen, 2);
         } else {
             advance(100ms);
         }
+        EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                    testing::ContainsRegex("Proceeding with Allowed Documents \n"));
         expectHeardAfter(100ms, {"READID_INITIALIZATION_FAILED"});
         advance(1s);
         EXPECT_TRUE(isOnTop(screen));

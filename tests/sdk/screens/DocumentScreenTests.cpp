@@ -80,9 +80,6 @@ TEST_F(DocumentScreen, ClosesAtOnceAndReportsATenthOfASecondLater) {
     outlet<platform::Button>(*shown(theme), "closeButton")->tap();
     EXPECT_EQ(navigation->topViewController(), host);
     expectHeardAfter(100ms, {"CANCELLED_BY_USER"});
-    shown(theme);
-    goBack();
-    expectHeardAfter(100ms, {"CANCELLED_BY_USER"});
 
     reports->heard.clear();
     const auto bare = std::make_shared<platform::ViewController>();
@@ -96,52 +93,6 @@ TEST_F(DocumentScreen, ClosesAtOnceAndReportsATenthOfASecondLater) {
     settle();
     EXPECT_EQ(bare->presentedViewController(), nullptr);
     expectHeardAfter(100ms, {"CANCELLED_BY_USER"});
-}
-
-TEST_F(DocumentScreen, SaysNothingElseOfADocumentThatWasRead) {
-    for (const bool leavesEarly : {true, false}) {
-        reading("true");
-        chipWasRead();
-        settle();
-        if (leavesEarly) {
-            goBack();
-            advance(100ms);
-        }
-        network->requests[0].answer("{}");
-        settle();
-        advance(300ms);
-        if (!leavesEarly) {
-            goBack();
-            advance(100ms);
-        }
-        EXPECT_THAT(reports->heard, ElementsAre("DOCUMENT_SCAN"));
-    }
-}
-
-TEST_F(DocumentScreen, TakesItselfAwayFromWhereverItIs) {
-    const auto bare = std::make_shared<platform::ViewController>();
-    window->setRootViewController(bare);
-    joinWith("false");
-    const auto presented = makeScreen<AuthMenuVC>("AuthMenuVCID");
-    bare->present(presented, false);
-    settle();
-    advance(100ms);
-    vendor->handler(std::unexpected{Failure{.failureReason = FailureReason::noChip}});
-    const auto hosts = std::make_shared<platform::ViewController>();
-    bare->present(hosts, false);
-    advance(1s);
-    EXPECT_EQ(window->visibleViewController(), hosts) << "what the host shows about the failure stays";
-    hosts->dismiss(false);
-    advance(100ms);
-    EXPECT_EQ(bare->presentedViewController(), nullptr);
-
-    window->setRootViewController(navigation);
-    const auto pushed = reading("false");
-    vendor->handler(std::unexpected{Failure{.failureReason = FailureReason::noChip}});
-    const auto next = std::make_shared<platform::ViewController>();
-    push(next);
-    advance(100ms);
-    EXPECT_THAT(navigation->viewControllers(), ElementsAre(host, next)) << "a screen that came in between stays";
 }
 
 TEST_F(DocumentScreen, PassesOnWhatTheIDScanScreenSays) {

@@ -43,7 +43,12 @@ void startFaceTec(std::function<void(bool isReady)> completion) {
     } else {
         vendor->initializeInDevelopmentMode(deviceKey, encryptionKey, std::move(tell));
     }
-    vendor->setLanguage("Zoom");
+}
+
+void chooseFaceTecLanguage() {
+    if (const auto& vendor = platform::services().faceTec) {
+        vendor->setLanguage("Zoom");
+    }
 }
 
 std::optional<std::string> storedScanToken() {

@@ -10,8 +10,9 @@
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "ui/ActivityOverlay.hpp"
 #include "ui/DynamicType.hpp"
-#include "ui/Later.hpp"
 #include "ui/Leaving.hpp"
+
+#include <kivo/platform/Services.hpp>
 
 #include <chrono>
 #include <utility>
@@ -33,16 +34,17 @@ void LiveNessCheckVC::connect(platform::Interface& interface) {
 }
 
 void LiveNessCheckVC::viewDidLoad() {
-    startFaceTec([weak = self()](bool isReady) {
+    settlement_ = Settlement::with(delegate, &LivenessCheckVCDelegate::livenessCheckDidComplete);
+    startFaceTec([settlement = settlement_](bool isReady) {
         if (!isReady) {
-            ui::later(200ms, weak, [](LiveNessCheckVC& screen) {
-                screen.report(std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
-            });
+            Settlement::settleAfter(200ms, settlement->expect(),
+                                    std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
         }
     });
     if (themeObj) {
         ThemeHelpers::applyTheme(*themeObj);
     }
+    chooseFaceTecLanguage();
 }
 
 void LiveNessCheckVC::viewWillAppear(bool /*animated*/) {
@@ -51,11 +53,10 @@ void LiveNessCheckVC::viewWillAppear(bool /*animated*/) {
     applyDynamicType();
 }
 
-void LiveNessCheckVC::viewWillDisappear(bool /*animated*/) {
+void LiveNessCheckVC::willMoveFromParent() {
+    completeAcceptedScan();
     // The overlay lies over the navigation controller, which stays.
-    if (ui::isLeavingStack(*this)) {
-        ui::hideActivityOverlay(*this);
-    }
+    ui::hideActivityOverlay(*this);
 }
 
 void LiveNessCheckVC::traitCollectionDidChange() {
@@ -109,17 +110,16 @@ void LiveNessCheckVC::setContentHidden(bool hidden) {
 
 void LiveNessCheckVC::onLivenessButtonClick() {
     constexpr std::string_view function = "onLivenessButtonClick(_:)";
-    hasSucceeded_ = false;
     setContentHidden(true);
     ui::showActivityOverlay(*this);
     if (refusesFurtherAttempt(*this)) {
-        report(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
+        settlement_->settle(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
         return;
     }
     const auto token = storedScanToken();
     if (!token) {
         log::error(function, "enrollment Failed ----");
-        report(std::unexpected{ResponseCode::INVALID_FACEMAP_TOKEN});
+        settlement_->settle(std::unexpected{ResponseCode::INVALID_FACEMAP_TOKEN});
         return;
     }
     latestProcessor_ = std::make_shared<EnrollmentProcessor>(self());
@@ -130,7 +130,7 @@ void LiveNessCheckVC::onLivenessButtonClick() {
     log::error(function, "The face scan library gave no screen for a session.");
     ui::hideActivityOverlay(*this);
     showStateOfFaceStep();
-    report(std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
+    settlement_->settle(std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
 }
 
 void LiveNessCheckVC::showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) {
@@ -146,79 +146,74 @@ void LiveNessCheckVC::setLatestServerResult(std::string answer) {
 }
 
 void LiveNessCheckVC::scanDidFail(ResponseCode code) {
-    report(std::unexpected{code});
+    settlement_->settle(std::unexpected{code});
 }
 
 void LiveNessCheckVC::handleServerFailure(std::string_view data) {
     if (const auto refusal = ErrorManager::refusalIn(data, ScanAnswer::limits)) {
-        report(std::unexpected{*refusal});
+        settlement_->settle(std::unexpected{*refusal});
     }
 }
 
 void LiveNessCheckVC::onComplete() {
     const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
     log::info("onComplete()", isSuccess ? "FaceScan success" : "FaceScan fail");
-    isSuccessDue_ = isSuccess;
-    ui::later(100ms, self(), [isSuccess](LiveNessCheckVC& screen) {
-        if (!isSuccess) {
-            screen.scanDidNotSucceed();
-        } else if (screen.isSuccessDue_) {
-            screen.scanDidSucceed();
-        }
-    });
+    const auto result = std::exchange(latestSessionResult_, nullptr);
+    if (isSuccess) {
+        platform::services().mainQueue->asyncAfter(
+            100ms, [self = self(), due = settlement_->expect()] { self->scanDidSucceed(*due); });
+        return;
+    }
+    // Without a code nothing is due: the server's answer has been reported already, if it was to be.
+    const auto code =
+        result ? faceScanFailure(result->status()) : std::optional{ResponseCode::FACESCAN_NO_SESSION_RESULT};
+    platform::services().mainQueue->asyncAfter(
+        100ms, [self = self(), result, code, due = code ? settlement_->expect() : nullptr] {
+            self->scanDidNotSucceed(result.get(), code, due);
+        });
 }
 
-void LiveNessCheckVC::scanDidSucceed() {
-    isSuccessDue_ = false;
-    latestSessionResult_.reset();
-    report(std::make_shared<IdvResult>("", IdvEvents::FACE_SCAN));
+void LiveNessCheckVC::scanDidSucceed(const Settlement::Due& due) {
+    due.settle(std::make_shared<IdvResult>("", IdvEvents::FACE_SCAN));
     ui::hideActivityOverlay(*this);
     showStateOfFaceStep();
 }
 
-void LiveNessCheckVC::scanDidNotSucceed() {
+void LiveNessCheckVC::scanDidNotSucceed(const platform::FaceTecSessionResult* result, std::optional<ResponseCode> code,
+                                        const std::shared_ptr<const Settlement::Due>& due) {
     constexpr std::string_view function = "onComplete()";
     ui::hideActivityOverlay(*this);
-    if (const auto result = std::exchange(latestSessionResult_, nullptr)) {
-        log::info(function, [&] { return "FaceScan fail with " + result->description(); });
-        ui::later(100ms, self(),
-                  [status = result->status()](LiveNessCheckVC& screen) { screen.faceScanFailedWith(status); });
-    } else {
+    if (result == nullptr) {
         log::info(function, "FaceScan fail no latestSessionResult");
-        report(std::unexpected{ResponseCode::FACESCAN_NO_SESSION_RESULT});
+        due->settle(std::unexpected{*code});
+    } else {
+        log::info(function, [&] { return "FaceScan fail with " + result->description(); });
+        if (code) {
+            Settlement::settleAfter(100ms, due, std::unexpected{*code});
+        } else {
+            log::info("faceScanFailedWith(status:)", "Facescan sessionCompletedSuccessfully");
+        }
     }
     showStateOfFaceStep();
-}
-
-void LiveNessCheckVC::faceScanFailedWith(int status) {
-    if (const auto code = faceScanFailure(status)) {
-        report(std::unexpected{*code});
-    } else {
-        log::info("faceScanFailedWith(status:)", "Facescan sessionCompletedSuccessfully");
-    }
 }
 
 void LiveNessCheckVC::closeButtonTap() {
-    // Held apart from the screen, which may be gone when its dismissal is complete.
-    ui::popOrDismiss(*this, [listener = delegate] {
-        if (const auto self = listener.lock()) {
-            self->livenessCheckDidComplete(std::unexpected{ResponseCode::CANCELLED_BY_USER});
-        }
+    completeAcceptedScan();
+    ui::popOrDismiss(*this, [cancellation = settlement_->leave()] {
+        cancellation->settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
     });
 }
 
 void LiveNessCheckVC::didGoBack() {
-    if (isSuccessDue_) {
-        scanDidSucceed();
-    } else if (!hasSucceeded_) {
-        report(std::unexpected{ResponseCode::CANCELLED_BY_USER});
+    const auto cancellation = settlement_->leave();
+    if (UIStateManager::shared().faceAuthState != FaceAuthStatus::faceAuthSuccess) {
+        cancellation->settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
     }
 }
 
-void LiveNessCheckVC::report(IdvOutcome outcome) {
-    hasSucceeded_ = hasSucceeded_ || outcome;
-    if (const auto listener = delegate.lock()) {
-        listener->livenessCheckDidComplete(std::move(outcome));
+void LiveNessCheckVC::completeAcceptedScan() {
+    if (latestProcessor_ && latestProcessor_->isSuccessToBeShown()) {
+        onComplete();
     }
 }
 

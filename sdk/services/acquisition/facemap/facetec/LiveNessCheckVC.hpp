@@ -1,5 +1,6 @@
 #pragma once
 
+#include "services/acquisition/Settlement.hpp"
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "ui/ThemeApplication.hpp"
@@ -9,6 +10,7 @@
 #include <kivo/platform/ui/ViewController.hpp>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,7 +29,7 @@ public:
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
-    void viewWillDisappear(bool animated) override;
+    void willMoveFromParent() override;
     void didGoBack() override;
     void traitCollectionDidChange() override;
 
@@ -52,18 +54,20 @@ protected:
     void connect(platform::Interface& interface) override;
 
 private:
-    std::weak_ptr<LiveNessCheckVC> self() { return std::static_pointer_cast<LiveNessCheckVC>(shared_from_this()); }
+    std::shared_ptr<LiveNessCheckVC> self() { return std::static_pointer_cast<LiveNessCheckVC>(shared_from_this()); }
 
     void applyTheme();
     void applyDynamicType();
     void showStateOfFaceStep();
     void setContentHidden(bool hidden);
     void onLivenessButtonClick();
-    void scanDidSucceed();
-    void scanDidNotSucceed();
-    void faceScanFailedWith(int status);
+    void scanDidSucceed(const Settlement::Due& due);
+    /// `due` is null where there is no code to be told.
+    void scanDidNotSucceed(const platform::FaceTecSessionResult* result, std::optional<ResponseCode> code,
+                           const std::shared_ptr<const Settlement::Due>& due);
     void closeButtonTap();
-    void report(IdvOutcome outcome);
+    /// Does not wait for the library to have shown that the scan is accepted.
+    void completeAcceptedScan();
 
     std::shared_ptr<platform::Label> titleInfoLabel_;
     std::shared_ptr<platform::Label> processDescriptionLabel_;
@@ -74,9 +78,7 @@ private:
     std::shared_ptr<platform::FaceTecSessionResult> latestSessionResult_;
     std::shared_ptr<EnrollmentProcessor> latestProcessor_;
     std::string latestServerResult_;
-    bool hasSucceeded_ = false;
-    /// A scan was good, and the host will hear of it.
-    bool isSuccessDue_ = false;
+    std::shared_ptr<Settlement> settlement_;
 };
 
 } // namespace kivo

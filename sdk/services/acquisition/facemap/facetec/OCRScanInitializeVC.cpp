@@ -5,8 +5,8 @@
 #include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
 #include "services/acquisition/facemap/facetec/ScanFailures.hpp"
+#include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "ui/ActivityOverlay.hpp"
-#include "ui/Later.hpp"
 #include "ui/Leaving.hpp"
 
 #include <kivo/platform/Services.hpp>
@@ -20,9 +20,16 @@ namespace kivo {
 using namespace std::chrono_literals;
 
 void OCRScanInitializeVC::viewDidLoad() {
+    settlement_ = Settlement::with(delegate, &OCRScanVCDelegate::ocrScanDidComplete);
     startFaceTec([](bool /*isReady*/) {});
+    chooseFaceTecLanguage();
     // The library is not waited for: it refuses a session that comes too early, and says why.
-    ui::later(100ms, self(), [](OCRScanInitializeVC& screen) { screen.initializeFacetecOcr(); });
+    platform::services().mainQueue->asyncAfter(100ms, [weak = std::weak_ptr{self()}] {
+        const auto screen = weak.lock();
+        if (screen && !screen->settlement_->isLeft()) {
+            screen->initializeFacetecOcr();
+        }
+    });
     if (themeObj) {
         ThemeHelpers::applyTheme(*themeObj);
     }
@@ -31,7 +38,7 @@ void OCRScanInitializeVC::viewDidLoad() {
 void OCRScanInitializeVC::initializeFacetecOcr() {
     constexpr std::string_view function = "initializeFacetecOcr()";
     if (refusesFurtherAttempt(*this)) {
-        report(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
+        settlement_->settle(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
         return;
     }
     const auto token = storedScanToken();
@@ -42,7 +49,7 @@ void OCRScanInitializeVC::initializeFacetecOcr() {
     latestProcessor_ = std::make_shared<PhotoIDScanProcessor>(self());
     if (!latestProcessor_->begin(*token)) {
         log::error(function, "The face scan library gave no screen for an ID scan.");
-        report(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
+        settlement_->settle(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
         close();
     }
 }
@@ -62,26 +69,26 @@ void OCRScanInitializeVC::setLatestServerResult(std::string answer) {
 void OCRScanInitializeVC::onComplete() {
     const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
     log::info("onComplete()", isSuccess ? "OCR Scan success" : "OCR Scan fail");
-    ui::later(100ms, self(), [isSuccess](OCRScanInitializeVC& screen) {
+    platform::services().mainQueue->asyncAfter(100ms, [self = self(), isSuccess, due = settlement_->expect()] {
         if (isSuccess) {
-            screen.scanDidSucceed();
+            self->scanDidSucceed(*due);
         } else {
-            screen.scanDidNotSucceed();
+            self->scanDidNotSucceed(due);
         }
     });
 }
 
-void OCRScanInitializeVC::scanDidSucceed() {
-    report(std::make_shared<IdvResult>("", IdvEvents::OCR_SCAN));
+void OCRScanInitializeVC::scanDidSucceed(const Settlement::Due& due) {
+    due.settle(std::make_shared<IdvResult>("", IdvEvents::OCR_SCAN));
     close();
 }
 
-void OCRScanInitializeVC::scanDidNotSucceed() {
+void OCRScanInitializeVC::scanDidNotSucceed(const std::shared_ptr<const Settlement::Due>& due) {
     constexpr std::string_view function = "onComplete()";
     ui::hideActivityOverlay(*this);
     if (!latestIDScanResult_) {
         log::info(function, "OCR Scan fail no latestIDScanResult");
-        report(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
+        due->settle(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
         return;
     }
     const int status = latestIDScanResult_->status();
@@ -89,30 +96,29 @@ void OCRScanInitializeVC::scanDidNotSucceed() {
         return "OCR Scan fail with status " + std::to_string(status) + " and description " +
                latestIDScanResult_->description();
     });
+    platform::services().mainQueue->asyncAfter(
+        100ms, [due, status, held = dueUntilTold] { due->settle(std::unexpected{idScanFailure(status)}); });
     close();
-    // Held apart from the screen, which has gone by then.
-    platform::services().mainQueue->asyncAfter(100ms, [listener = delegate, status] {
-        if (const auto self = listener.lock()) {
-            self->ocrScanDidComplete(std::unexpected{idScanFailure(status)});
-        }
-    });
 }
 
 void OCRScanInitializeVC::close() {
+    settlement_->leave();
+    dueUntilTold.reset();
     ui::popOrDismiss(*this);
 }
 
-void OCRScanInitializeVC::didGoBack() {
-    if (!hasReported_) {
-        report(std::unexpected{ResponseCode::CANCELLED_BY_USER});
+void OCRScanInitializeVC::willMoveFromParent() {
+    if (latestProcessor_ && latestProcessor_->isSuccessToBeShown()) {
+        onComplete();
     }
 }
 
-void OCRScanInitializeVC::report(IdvOutcome outcome) {
-    hasReported_ = true;
-    if (const auto listener = delegate.lock()) {
-        listener->ocrScanDidComplete(std::move(outcome));
-    }
+void OCRScanInitializeVC::didGoBack() {
+    // A scan that is given up leaves a document that was read before as it is.
+    auto& state = UIStateManager::shared().docAuthState;
+    const auto former = state.load();
+    settlement_->leave()->settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
+    state = former;
 }
 
 } // namespace kivo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "services/acquisition/Settlement.hpp"
 #include "services/acquisition/facemap/facetec/PhotoIDScanProcessor.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 
@@ -19,8 +20,11 @@ public:
     std::weak_ptr<OCRScanVCDelegate> delegate;
     /// Null leaves the vendor's looks.
     std::shared_ptr<ThemeCustomization> themeObj;
+    /// Whatever the presenter wants held until the outcome has been told, or the screen goes without one.
+    std::shared_ptr<const void> dueUntilTold;
 
     void viewDidLoad() override;
+    void willMoveFromParent() override;
     void didGoBack() override;
 
     void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
@@ -36,20 +40,19 @@ public:
     void onComplete() override;
 
 private:
-    std::weak_ptr<OCRScanInitializeVC> self() {
+    std::shared_ptr<OCRScanInitializeVC> self() {
         return std::static_pointer_cast<OCRScanInitializeVC>(shared_from_this());
     }
 
     void initializeFacetecOcr();
-    void scanDidSucceed();
-    void scanDidNotSucceed();
+    void scanDidSucceed(const Settlement::Due& due);
+    void scanDidNotSucceed(const std::shared_ptr<const Settlement::Due>& due);
     void close();
-    void report(IdvOutcome outcome);
 
     std::shared_ptr<platform::FaceTecIDScanResult> latestIDScanResult_;
     std::shared_ptr<PhotoIDScanProcessor> latestProcessor_;
     std::string latestServerResult_;
-    bool hasReported_ = false;
+    std::shared_ptr<Settlement> settlement_;
 };
 
 } // namespace kivo

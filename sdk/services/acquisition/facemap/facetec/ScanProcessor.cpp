@@ -23,6 +23,7 @@ bool ScanProcessor::begin(const std::string& sessionToken) {
 }
 
 void ScanProcessor::libraryIsDone() {
+    isDone_ = true;
     if (std::exchange(upload_, nullptr)) {
         uploadDidFail(ResponseCode::UNKNOWN_ERROR);
     }

@@ -43,6 +43,9 @@ public:
     /// Whether the server accepted the scan and the library agreed to go on.
     bool isSuccess() const { return success_; }
 
+    /// Whether the outcome is certain, though the library is still showing it.
+    bool isSuccessToBeShown() const { return success_ && !isDone_; }
+
 protected:
     /// How a waiting library hears of its scan, whichever kind of scan it was. One of the first two is called, once.
     struct WaitingLibrary {
@@ -91,6 +94,7 @@ private:
     const Wording wording_;
     std::shared_ptr<const ScanUpload> upload_;
     bool success_ = false;
+    bool isDone_ = false;
 };
 
 /// The success message of the vendor's result screen and its like; empty without a theme.

@@ -42,11 +42,12 @@ void AuthMenuVC::navigateToVelmoraScreen() {
     constexpr std::string_view function = "navigateToVelmoraScreen()";
     log::info(function, [this] {
         return "Proceeding with Allowed Documents " +
-               (readIdUiFlow_ ? description(readIdUiFlow_->allowedDocumentTypes) : std::string{"nil"});
+               (readIdUiFlow_ ? description(readIdUiFlow_->allowedDocumentTypes) : std::string{});
     });
     if (!readIdUiFlow_) {
         log::error(function, "ReadID failed to initiate");
-        failLater(ResponseCode::READID_INITIALIZATION_FAILED);
+        Settlement::settleAfter(100ms, settlement_->expect(),
+                                std::unexpected{ResponseCode::READID_INITIALIZATION_FAILED});
     } else if (mayRead()) {
         showReadIDUIViewController();
     }
@@ -54,22 +55,21 @@ void AuthMenuVC::navigateToVelmoraScreen() {
 
 bool AuthMenuVC::mayRead() {
     if (refusesFurtherAttempt(*this)) {
-        complete(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
+        settlement_->settle(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
         return false;
     }
     if (readIdUiFlow_->accessKey.empty()) {
-        complete(std::unexpected{ResponseCode::EMPTY_ACCESS_KEY});
+        settlement_->settle(std::unexpected{ResponseCode::EMPTY_ACCESS_KEY});
         return false;
     }
     if (readIdUiFlow_->baseUrl.value_or("").empty()) {
-        complete(std::unexpected{ResponseCode::EMPTY_BIODATA_PROXY});
+        settlement_->settle(std::unexpected{ResponseCode::EMPTY_BIODATA_PROXY});
         return false;
     }
     return true;
 }
 
 void AuthMenuVC::showReadIDUIViewController() {
-    hasSucceeded_ = false;
     const auto begun =
         platform::services().readID->identify(self(), platform::ModalPresentationStyle::fullScreen, readIdUiFlow_,
                                               [weak = std::weak_ptr{self()}](const readid::ReadIDResult& result) {
@@ -94,7 +94,7 @@ void AuthMenuVC::readingDidNotBegin(const readid::ReadIDError& error) {
     } else {
         log::print("Error creating ReadIDUI ViewController: " + error.message);
     }
-    complete(std::unexpected{code});
+    settlement_->settle(std::unexpected{code});
     closeUnlessDocumentsAreListed();
 }
 
@@ -123,13 +123,13 @@ void AuthMenuVC::readingDidSucceed(const readid::SuccessValue& value) {
         log::info(resultFunction, "Viz only result");
     } else {
         log::error(resultFunction, "ReadID UI result unknown");
-        complete(std::unexpected{ResponseCode::UNKNOWN_ERROR});
+        settlement_->settle(std::unexpected{ResponseCode::UNKNOWN_ERROR});
         closeUnlessDocumentsAreListed();
     }
 }
 
 void AuthMenuVC::readingDidFail(const readid::Failure& failure) {
-    complete(std::unexpected{readingFailureCode(failure.failureReason, isDocListAvailable_)});
+    settlement_->settle(std::unexpected{readingFailureCode(failure.failureReason, isDocListAvailable_)});
     if (failure.failureReason == readid::FailureReason::userCancelled && failure.viz) {
         log::debug(resultFunction, [&] {
             return "MRZ: " + std::to_string(failure.viz->mrzData.mrz.lines.size()) + " lines, not shown";
@@ -139,7 +139,7 @@ void AuthMenuVC::readingDidFail(const readid::Failure& failure) {
 }
 
 void AuthMenuVC::sendDocumentReadNotification() {
-    isAnswerDue_ = true;
+    const auto due = settlement_->expect();
     UIStateManager::shared().docAuthState = DocAuthStatus::docAuthSuccess;
     if (!themeObj || themeObj->enableActivityIndicator) {
         ui::showActivityOverlay(*this);
@@ -148,31 +148,32 @@ void AuthMenuVC::sendDocumentReadNotification() {
     }
     const auto* const settings = qrCodeResponse_ ? &qrCodeResponse_->idpBiodata : nullptr;
     if (settings == nullptr || !settings->contains(KivoResponseKeys::biodataEndpoint)) {
-        platform::services().mainQueue->asyncAfter(100ms, [self = self()] {
+        platform::services().mainQueue->asyncAfter(100ms, [self = self(), due] {
             ui::hideActivityOverlay(*self);
-            self->complete(std::unexpected{ResponseCode::INVALID_BIODATA_ENDPOINT});
+            due->settle(std::unexpected{ResponseCode::INVALID_BIODATA_ENDPOINT});
         });
         return;
     }
     const auto& session = nfcResult_->readIDSession;
     sendDocumentReadNotice(settingIn(*settings, KivoResponseKeys::biodataEndpoint),
                            session ? session->sessionId() : std::string{},
-                           [self = self()](const NoticeOutcome& outcome) { self->noticeDidEnd(outcome); });
+                           [self = self(), due](const NoticeOutcome& outcome) { self->noticeDidEnd(outcome, due); });
 }
 
-void AuthMenuVC::noticeDidEnd(const NoticeOutcome& outcome) {
+void AuthMenuVC::noticeDidEnd(const NoticeOutcome& outcome, const std::shared_ptr<const Settlement::Due>& due) {
     if (!outcome) {
         ui::hideActivityOverlay(*this);
-        failLater(outcome.error());
+        Settlement::settleAfter(100ms, due, std::unexpected{outcome.error()});
         return;
     }
-    platform::services().mainQueue->asyncAfter(300ms, [self = self(), refusal = ErrorManager::refusalIn(*outcome)] {
+    const auto refusal = ErrorManager::refusalIn(*outcome);
+    platform::services().mainQueue->asyncAfter(300ms, [self = self(), due, refusal] {
         if (refusal) {
             ui::hideActivityOverlay(*self);
-            self->complete(std::unexpected{*refusal});
+            due->settle(std::unexpected{*refusal});
             return;
         }
-        self->complete(std::make_shared<IdvResult>("", IdvEvents::DOCUMENT_SCAN));
+        due->settle(std::make_shared<IdvResult>("", IdvEvents::DOCUMENT_SCAN));
         ui::hideActivityOverlay(*self);
         if (self->nfcResult_ && self->nfcResult_->readIDSession) {
             self->nfcResult_->readIDSession->finish([] {});

@@ -33,6 +33,10 @@ constexpr int passportTag = 1;
 constexpr int identityCardTag = 2;
 constexpr int otherCardTag = 3;
 
+void cancel(std::shared_ptr<const Settlement::Due> cancellation) {
+    Settlement::settleAfter(100ms, std::move(cancellation), std::unexpected{ResponseCode::CANCELLED_BY_USER});
+}
+
 } // namespace
 
 void AuthMenuVC::connect(platform::Interface& interface) {
@@ -59,6 +63,7 @@ void AuthMenuVC::connect(platform::Interface& interface) {
 }
 
 void AuthMenuVC::viewDidLoad() {
+    settlement_ = Settlement::with(delegate, &AuthMenuVCDelegate::documentFlowDidComplete);
     qrCodeResponse_ = storedSession();
     isDocListAvailable_ = ActivationResponse::isDocumentListAvailable(qrCodeResponse_ ? &*qrCodeResponse_ : nullptr);
     applyTheme();
@@ -66,8 +71,16 @@ void AuthMenuVC::viewDidLoad() {
         readIdUiFlow_ = makeReadingFlow(qrCodeResponse_ ? &*qrCodeResponse_ : nullptr, themeObj.get());
     }
     if (!isDocListAvailable_) {
-        platform::services().mainQueue->asyncAfter(100ms, [self = self()] { self->navigateToVelmoraScreen(); });
+        afterATenthOfASecond(&AuthMenuVC::navigateToVelmoraScreen);
     }
+}
+
+void AuthMenuVC::afterATenthOfASecond(void (AuthMenuVC::*step)()) {
+    platform::services().mainQueue->asyncAfter(100ms, [self = self(), step] {
+        if (!self->settlement_->isLeft()) {
+            ((*self).*step)();
+        }
+    });
 }
 
 void AuthMenuVC::applyTheme() {
@@ -110,11 +123,9 @@ void AuthMenuVC::viewWillAppear(bool /*animated*/) {
     applyDynamicType();
 }
 
-void AuthMenuVC::viewWillDisappear(bool /*animated*/) {
+void AuthMenuVC::willMoveFromParent() {
     // The overlay lies over the navigation controller, which stays.
-    if (ui::isLeavingStack(*this)) {
-        ui::hideActivityOverlay(*this);
-    }
+    ui::hideActivityOverlay(*this);
 }
 
 void AuthMenuVC::traitCollectionDidChange() {
@@ -166,7 +177,7 @@ void AuthMenuVC::documentSelected(int tag) {
         log::info(function, "ID Card TD1/TD2 Type");
         read({DocumentType::identityCardTD1, DocumentType::identityCardTD2});
     } else if (tag == otherCardTag) {
-        platform::services().mainQueue->asyncAfter(100ms, [self = self()] { self->presentOcrFlow(); });
+        afterATenthOfASecond(&AuthMenuVC::presentOcrFlow);
     }
 }
 
@@ -201,12 +212,12 @@ std::shared_ptr<platform::ViewController> AuthMenuVC::makeIDScanScreen() {
     }
     scan->themeObj = themeObj;
     scan->delegate = self();
+    scan->dueUntilTold = settlement_->expect();
     return scan;
 }
 
 void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
     using enum DocAuthStatus;
-    hasSucceeded_ = hasSucceeded_ || result;
     UIStateManager::shared().docAuthState = result ? docAuthSuccess : docAuthFailedOrInitialized;
     if (const auto listener = delegate.lock()) {
         listener->ocrFlowDidComplete(std::move(result));
@@ -214,12 +225,13 @@ void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
 }
 
 void AuthMenuVC::closeDocumentSelectionButtonTap() {
-    ui::popOrDismiss(*this, [self = self()] { self->failLater(ResponseCode::CANCELLED_BY_USER); });
+    ui::popOrDismiss(*this, [cancellation = settlement_->leave()] { cancel(cancellation); });
 }
 
 void AuthMenuVC::didGoBack() {
-    if (!hasSucceeded_ && !isAnswerDue_) {
-        failLater(ResponseCode::CANCELLED_BY_USER);
+    const auto cancellation = settlement_->leave();
+    if (UIStateManager::shared().docAuthState != DocAuthStatus::docAuthSuccess) {
+        cancel(cancellation);
     }
 }
 
@@ -227,40 +239,15 @@ void AuthMenuVC::closeUnlessDocumentsAreListed() {
     if (isDocListAvailable_) {
         return;
     }
+    settlement_->leave();
     log::info("closeDocumentScreen()", "do popDocMenuVC");
     closeDocumentScreen();
 }
 
 void AuthMenuVC::closeDocumentScreen() {
-    platform::services().mainQueue->asyncAfter(100ms, [self = self()] {
-        const auto navigation = self->navigationController();
-        if (!navigation && self->presentedViewController()) {
-            // The host has answered the failure with an alert or another screen by now, which has its turn first.
-            if (self->windowOfScreen()) {
-                self->closeDocumentScreen();
-            }
-        } else if (!navigation) {
-            self->dismiss(/*animated=*/false);
-        } else if (navigation->topViewController() == self) {
-            navigation->popViewController(/*animated=*/false);
-        } else {
-            // The host has answered the failure with another screen by now, which stays.
-            self->removeFromParent();
-        }
-    });
-}
-
-void AuthMenuVC::complete(IdvOutcome outcome) {
-    hasSucceeded_ = hasSucceeded_ || outcome;
-    isAnswerDue_ = false;
-    if (const auto listener = delegate.lock()) {
-        listener->documentFlowDidComplete(std::move(outcome));
-    }
-}
-
-void AuthMenuVC::failLater(ResponseCode code) {
-    isAnswerDue_ = true;
-    platform::services().mainQueue->asyncAfter(100ms, [self = self(), code] { self->complete(std::unexpected{code}); });
+    // By then the host may have answered the failure with an alert or another screen, which stays.
+    platform::services().mainQueue->asyncAfter(100ms,
+                                               [self = self()] { ui::popOrDismiss(*self, {}, /*animated=*/false); });
 }
 
 } // namespace kivo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Models/ActivationSessionModel.hpp"
+#include "services/acquisition/Settlement.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
 #include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
@@ -33,7 +34,7 @@ public:
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
-    void viewWillDisappear(bool animated) override;
+    void willMoveFromParent() override;
     void didGoBack() override;
     void traitCollectionDidChange() override;
 
@@ -45,6 +46,8 @@ protected:
 private:
     std::shared_ptr<AuthMenuVC> self() { return std::static_pointer_cast<AuthMenuVC>(shared_from_this()); }
 
+    /// Runs the step then, unless the person has left.
+    void afterATenthOfASecond(void (AuthMenuVC::*step)());
     void applyTheme();
     void applyDynamicType();
     void setOptionsHidden(bool hidden);
@@ -57,14 +60,12 @@ private:
     void readingDidSucceed(const platform::readid::SuccessValue& value);
     void readingDidFail(const platform::readid::Failure& failure);
     void sendDocumentReadNotification();
-    void noticeDidEnd(const NoticeOutcome& outcome);
+    void noticeDidEnd(const NoticeOutcome& outcome, const std::shared_ptr<const Settlement::Due>& due);
     void presentOcrFlow();
     std::shared_ptr<platform::ViewController> makeIDScanScreen();
     void closeDocumentSelectionButtonTap();
     void closeUnlessDocumentsAreListed();
     void closeDocumentScreen();
-    void complete(IdvOutcome outcome);
-    void failLater(ResponseCode code);
 
     std::shared_ptr<platform::StackView> optionsContainerStackView_;
     std::shared_ptr<platform::Label> titleInfoLabel_;
@@ -85,9 +86,7 @@ private:
     /// Null where no vendor's library is installed.
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;
     std::optional<platform::readid::NFCResult> nfcResult_;
-    bool hasSucceeded_ = false;
-    /// A reading is over, and the host will hear of it.
-    bool isAnswerDue_ = false;
+    std::shared_ptr<Settlement> settlement_;
 };
 
 } // namespace kivo

@@ -171,7 +171,7 @@ void QRCodeVC::closeButtonTap() {
 }
 
 void QRCodeVC::didGoBack() {
-    if (const auto listener = delegate.lock(); listener && !hasJoined) {
+    if (const auto listener = delegate.lock(); listener && !*hasJoined) {
         listener->closeButtonPressed();
     }
 }

@@ -12,6 +12,7 @@
 #include <kivo/platform/ui/ViewController.hpp>
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -27,8 +28,8 @@ public:
     /// Null leaves the storyboard's looks and texts.
     std::shared_ptr<ThemeCustomization> themeObj;
 
-    /// Whether its code has joined a session: then going back cancels nothing.
-    bool hasJoined = false;
+    /// Whether its code has joined a session: then going back cancels nothing. Written on any thread.
+    const std::shared_ptr<std::atomic<bool>> hasJoined = std::make_shared<std::atomic<bool>>(false);
 
     /// Empties the boxes so that another code can be typed; the single field keeps its text.
     void resetActivationCodeFields();
