@@ -2,12 +2,13 @@
 
 #include "linux/BackgroundThread.hpp"
 
+#include <kivo/platform/Url.hpp>
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <optional>
@@ -17,19 +18,10 @@
 namespace kivo::platform {
 namespace {
 
-char asciiLower(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-}
-
 // Anything else could start a program or be taken for an option.
-bool isWebAddress(std::string_view url) {
-    const auto hasScheme = [url](std::string_view scheme) {
-        return url.size() > scheme.size() && std::ranges::equal(url.substr(0, scheme.size()), scheme, {}, asciiLower);
-    };
-    const auto isControl = [](char character) {
-        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-    };
-    return (hasScheme("http://") || hasScheme("https://")) && std::ranges::none_of(url, isControl);
+bool isWebAddress(std::string_view text) {
+    const auto url = parseUrl(text);
+    return url && (url->scheme == "https" || url->scheme == "http");
 }
 
 /// How the browser is started: as a session of its own, without the host's files, terminal and signal settings.

