@@ -15,26 +15,11 @@
 namespace kivo::platform {
 namespace {
 
-constexpr std::size_t spareHandles = 8;
 // Further requests to the same server wait, as servers expect of a polite client. They wait here, not in libcurl: some
 // of its versions forget them when connections end together, and let none of them run out of time.
 constexpr std::ptrdiff_t requestsPerServer = 6;
 constexpr int longPollMs = 3'600'000;
 constexpr int blindPollMs = 20;
-
-/// Takes the handle off the cookie jar, and frees what libcurl would otherwise lose at a reset.
-void leaveCookieJar(CURL* easy) {
-    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr);
-}
-
-struct Cleanup {
-    void operator()(CURL* easy) const {
-        leaveCookieJar(easy);
-        curl_easy_cleanup(easy);
-    }
-};
-
-using EasyHandle = std::unique_ptr<CURL, Cleanup>;
 
 } // namespace
 
@@ -43,20 +28,12 @@ class CurlEngine::Loop {
 public:
     explicit Loop(CurlEngine& engine)
         : engine_{engine}
-        , multi_{curl_multi_init()}
-        , share_{curl_share_init()} {
-        curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
-        curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
-    }
+        , multi_{curl_multi_init()} {}
 
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
 
-    ~Loop() {
-        spare_.clear();
-        curl_multi_cleanup(multi_);
-        curl_share_cleanup(share_);
-    }
+    ~Loop() { curl_multi_cleanup(multi_); }
 
     void run() {
         while (obey()) {
@@ -78,6 +55,8 @@ public:
 private:
     struct Active {
         std::shared_ptr<CurlTransfer> transfer;
+        /// The transfer may be gone before its handle has left the jar.
+        std::shared_ptr<const CookieJar> jar;
         EasyHandle easy;
     };
 
@@ -85,18 +64,24 @@ private:
     bool obey() {
         {
             const std::scoped_lock lock{engine_.mutex_};
-            std::swap(commands_.added, engine_.commands_.added);
-            std::swap(commands_.cancelled, engine_.commands_.cancelled);
+            std::swap(commands_.list, engine_.commands_.list);
             commands_.stopping = engine_.commands_.stopping;
         }
-        for (auto& transfer : commands_.added) {
-            take(std::move(transfer));
+        for (auto& [what, transfer] : commands_.list) {
+            switch (what) {
+            case Command::What::add:
+                transfer->useJar(jar_);
+                take(std::move(transfer));
+                break;
+            case Command::What::cancel:
+                finishCancelled(std::move(transfer));
+                break;
+            case Command::What::forgetCookies:
+                jar_ = std::make_shared<const CookieJar>();
+                break;
+            }
         }
-        for (const auto& transfer : commands_.cancelled) {
-            finishCancelled(transfer);
-        }
-        commands_.added.clear();
-        commands_.cancelled.clear();
+        commands_.list.clear();
         return !commands_.stopping;
     }
 
@@ -113,7 +98,7 @@ private:
 
     bool mayStart(const CurlTransfer& transfer) const {
         const auto goesToTheSame = [&](const Active& entry) { return entry.transfer->server() == transfer.server(); };
-        return std::ranges::count_if(active_, goesToTheSame) < requestsPerServer;
+        return !transfer.awaitsVerdict() && std::ranges::count_if(active_, goesToTheSame) < requestsPerServer;
     }
 
     // Lets those go on that waited for others to end, in the order they came, and ends those that waited too long.
@@ -124,7 +109,7 @@ private:
         const auto now = std::chrono::steady_clock::now();
         std::erase_if(waiting_, [&](const std::shared_ptr<CurlTransfer>& transfer) {
             if (transfer->deadline() <= now) {
-                transfer->conclude(CURLE_OPERATION_TIMEDOUT);
+                transfer->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
                 hand(transfer);
                 return true;
             }
@@ -137,18 +122,18 @@ private:
     }
 
     void begin(std::shared_ptr<CurlTransfer> transfer) {
-        auto easy = takeHandle();
-        if (!transfer->prepare(easy.get())) {
-            giveBack(std::move(easy));
-            hand(std::move(transfer));
+        Active entry{.transfer = std::move(transfer), .jar = nullptr, .easy = handles_.take()};
+        entry.jar = entry.transfer->jar();
+        const bool isPrepared = entry.transfer->prepare(entry.easy.get(), sockets_);
+        if (isPrepared && curl_multi_add_handle(multi_, entry.easy.get()) == CURLM_OK) {
+            active_.push_back(std::move(entry));
             return;
         }
-        if (curl_multi_add_handle(multi_, easy.get()) != CURLM_OK) {
-            transfer->conclude(CURLE_FAILED_INIT);
-            hand(std::move(transfer));
-            return;
+        if (isPrepared) {
+            entry.transfer->concludeUnsent(CURLE_FAILED_INIT);
         }
-        active_.push_back({std::move(transfer), std::move(easy)});
+        hand(std::move(entry.transfer));
+        handles_.giveBack(std::move(entry.easy));
     }
 
     // Hands over the exchanges that have ended since the last look.
@@ -161,10 +146,14 @@ private:
             const auto code = message->data.result;
             auto ended =
                 takeOut([easy = message->easy_handle](const Active& entry) { return entry.easy.get() == easy; });
-            ended.transfer->conclude(code);
+            const bool isOver = ended.transfer->conclude(code);
             curl_multi_remove_handle(multi_, ended.easy.get());
-            hand(std::move(ended.transfer));
-            giveBack(std::move(ended.easy));
+            if (isOver) {
+                hand(std::move(ended.transfer));
+            } else {
+                waiting_.insert(waiting_.begin(), std::move(ended.transfer));
+            }
+            handles_.giveBack(std::move(ended.easy));
         }
     }
 
@@ -180,7 +169,7 @@ private:
             curl_multi_remove_handle(multi_, ended.easy.get());
             ended.transfer->concludeCancelled();
             hand(std::move(ended.transfer));
-            giveBack(std::move(ended.easy));
+            handles_.giveBack(std::move(ended.easy));
         }
     }
 
@@ -222,33 +211,13 @@ private:
         engine_.callBack([transfer = std::move(transfer)] { transfer->deliver(); });
     }
 
-    EasyHandle takeHandle() {
-        EasyHandle easy;
-        if (spare_.empty()) {
-            easy.reset(curl_easy_init());
-        } else {
-            easy = std::move(spare_.back());
-            spare_.pop_back();
-        }
-        curl_easy_setopt(easy.get(), CURLOPT_SHARE, share_);
-        return easy;
-    }
-
-    // Comes after handing over: while the callback queue works on the answer, tidying up costs the host nothing.
-    void giveBack(EasyHandle easy) {
-        if (spare_.size() < spareHandles) {
-            leaveCookieJar(easy.get());
-            curl_easy_reset(easy.get());
-            spare_.push_back(std::move(easy));
-        }
-    }
-
     CurlEngine& engine_;
+    CurlSockets sockets_;
     CURLM* const multi_;
-    CURLSH* const share_;
+    CurlHandles handles_;
+    std::shared_ptr<const CookieJar> jar_ = std::make_shared<const CookieJar>();
     std::vector<Active> active_;
     std::vector<std::shared_ptr<CurlTransfer>> waiting_;
-    std::vector<EasyHandle> spare_;
     Commands commands_;
 };
 
@@ -281,17 +250,21 @@ CurlEngine::~CurlEngine() {
 }
 
 void CurlEngine::add(std::shared_ptr<CurlTransfer> transfer) {
-    {
-        const std::scoped_lock lock{mutex_};
-        commands_.added.push_back(std::move(transfer));
-    }
-    wake();
+    order({Command::What::add, std::move(transfer)});
 }
 
 void CurlEngine::cancel(std::shared_ptr<CurlTransfer> transfer) {
+    order({Command::What::cancel, std::move(transfer)});
+}
+
+void CurlEngine::forgetCookies() {
+    order({Command::What::forgetCookies, nullptr});
+}
+
+void CurlEngine::order(Command command) {
     {
         const std::scoped_lock lock{mutex_};
-        commands_.cancelled.push_back(std::move(transfer));
+        commands_.list.push_back(std::move(command));
     }
     wake();
 }

@@ -33,6 +33,9 @@ public:
     /// Ends a transfer that says of itself that it is cancelled.
     void cancel(std::shared_ptr<CurlTransfer> transfer);
 
+    /// Gives the transfers added from now on an empty jar; the others keep theirs.
+    void forgetCookies();
+
     void stop() override;
 
     /// Engine's thread, inside a handshake: waits until `decided` says so. False when the deadline passes or the engine
@@ -50,11 +53,19 @@ private:
 
     bool isStopping();
 
+    struct Command {
+        enum class What { add, cancel, forgetCookies };
+
+        What what;
+        std::shared_ptr<CurlTransfer> transfer;
+    };
+
     struct Commands {
-        std::vector<std::shared_ptr<CurlTransfer>> added;
-        std::vector<std::shared_ptr<CurlTransfer>> cancelled;
+        std::vector<Command> list;
         bool stopping = false;
     };
+
+    void order(Command command);
 
     const std::shared_ptr<DispatchQueue> callbacks_;
     const int wakeDescriptor_;

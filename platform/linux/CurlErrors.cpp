@@ -1,15 +1,13 @@
 #include "linux/CurlErrors.hpp"
 
-#include "linux/CurlRequest.hpp"
-
 #include <string_view>
 #include <system_error>
 
 namespace kivo::platform {
 namespace {
 
-std::string serverName(const ParsedUrl& url) {
-    return url.host() + " port " + url.port();
+std::string serverName(const Url& url) {
+    return url.host + " port " + std::to_string(url.port);
 }
 
 std::string withReason(std::string text, std::string reason) {
@@ -41,11 +39,10 @@ UrlError brokenAnswer(const std::string& server) {
 
 UrlError urlError(const CurlFailure& failure) {
     using enum UrlErrorKind;
-    const ParsedUrl url{failure.url};
-    const auto server = serverName(url);
+    const auto server = serverName(failure.server);
     switch (failure.code) {
     case CURLE_COULDNT_RESOLVE_HOST:
-        return {cannotFindHost, "Could not find the host " + url.host()};
+        return {cannotFindHost, "Could not find the host " + failure.server.host};
     case CURLE_COULDNT_RESOLVE_PROXY:
         return {cannotFindHost, "Could not find the proxy through which to reach " + server};
     case CURLE_COULDNT_CONNECT:
@@ -82,21 +79,17 @@ UrlError urlError(const CurlFailure& failure) {
     case CURLE_PARTIAL_FILE:
     case CURLE_HTTP2_STREAM:
     case CURLE_SSL_SHUTDOWN_FAILED:
-        return {connectionLost, withReason("The connection to " + server + " was lost before the answer was complete",
-                                           systemReason(failure.systemError))};
+        return {connectionLost,
+                withReason(connectionLostError(failure.server).text, systemReason(failure.systemError))};
+    case CURLE_OUT_OF_MEMORY:
+        // So libcurl calls a line of a head that is longer than it reads.
+        return {answerTooLarge, "A line in the head of the answer from " + server + " is too long"};
     case CURLE_UNSUPPORTED_PROTOCOL:
-        if (url.scheme() != "https") {
-            return {unsupportedScheme,
-                    "A redirect leads to " + server + " by " + url.scheme() + ", and only https is followed"};
-        }
-        return brokenAnswer(server);
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
     case CURLE_HTTP2:
     case CURLE_URL_MALFORMAT:
         return brokenAnswer(server);
-    case CURLE_TOO_MANY_REDIRECTS:
-        return {tooManyRedirects, "Too many redirects, the last one to " + server};
     default:
         return {unknown, withReason("The exchange with " + server + " failed", curl_easy_strerror(failure.code))};
     }
@@ -106,13 +99,47 @@ UrlError cancelledError() {
     return {UrlErrorKind::cancelled, "The request was cancelled"};
 }
 
-UrlError answerTooLargeError(std::size_t limit) {
-    return {UrlErrorKind::answerTooLarge, "The answer is longer than the " + std::to_string(limit) + " bytes allowed"};
+UrlError pinMismatchError(const Url& server) {
+    return {UrlErrorKind::pinMismatch,
+            "The certificate of " + serverName(server) + " was refused by the session's delegate"};
 }
 
-UrlError pinMismatchError(const std::string& url) {
-    return {UrlErrorKind::pinMismatch,
-            "The certificate of " + serverName(ParsedUrl{url}) + " was refused by the session's delegate"};
+UrlError connectionLostError(const Url& server) {
+    return {UrlErrorKind::connectionLost,
+            "The connection to " + serverName(server) + " was lost before the answer was complete"};
+}
+
+UrlError answerError(HttpAnswer::Fault fault, const HttpLimits& limits, const Url& server) {
+    switch (fault) {
+    case HttpAnswer::Fault::headTooLarge:
+        return {UrlErrorKind::answerTooLarge,
+                "The head of the answer is longer than the " + std::to_string(limits.head) + " bytes allowed"};
+    case HttpAnswer::Fault::bodyTooLarge:
+        return {UrlErrorKind::answerTooLarge,
+                "The answer is longer than the " + std::to_string(limits.body) + " bytes allowed"};
+    case HttpAnswer::Fault::noLength:
+        return {UrlErrorKind::badAnswer, "The answer from " + serverName(server) +
+                                             " has neither a length nor chunks, so its end cannot be told from a loss"};
+    case HttpAnswer::Fault::malformed:
+    case HttpAnswer::Fault::none:
+        break;
+    }
+    return brokenAnswer(serverName(server));
+}
+
+std::optional<UrlError> redirectError(const std::optional<Url>& address, const Url& from) {
+    if (!address) {
+        return brokenAnswer(serverName(from));
+    }
+    if (address->scheme != "https") {
+        return UrlError{UrlErrorKind::unsupportedScheme, "A redirect leads to " + serverName(*address) + " by " +
+                                                             address->scheme + ", and only https is followed"};
+    }
+    return std::nullopt;
+}
+
+UrlError tooManyRedirectsError(const Url& last) {
+    return {UrlErrorKind::tooManyRedirects, "Too many redirects, the last one to " + serverName(last)};
 }
 
 } // namespace kivo::platform

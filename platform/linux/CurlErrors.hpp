@@ -1,10 +1,14 @@
 #pragma once
 
+#include "linux/HttpAnswer.hpp"
+
+#include <kivo/platform/Url.hpp>
 #include <kivo/platform/UrlSession.hpp>
 
 #include <curl/curl.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace kivo::platform {
@@ -16,8 +20,8 @@ struct CurlFailure {
     int systemError = 0;
     /// libcurl's own words; may be empty.
     std::string detail;
-    /// The address in use at the end, after redirects.
-    std::string url;
+    /// Where the last exchange went, after redirects.
+    Url server;
     std::chrono::milliseconds timeout{};
     std::string trustFile;
 };
@@ -26,7 +30,15 @@ struct CurlFailure {
 UrlError urlError(const CurlFailure& failure);
 
 UrlError cancelledError();
-UrlError answerTooLargeError(std::size_t limit);
-UrlError pinMismatchError(const std::string& url);
+UrlError pinMismatchError(const Url& server);
+/// The connection ended too early for anybody to know what the server has made of the request.
+UrlError connectionLostError(const Url& server);
+
+/// An answer that was refused for what `fault` says.
+UrlError answerError(HttpAnswer::Fault fault, const HttpLimits& limits, const Url& server);
+
+/// Why a redirect to `address` is not followed; absent when it is.
+std::optional<UrlError> redirectError(const std::optional<Url>& address, const Url& from);
+UrlError tooManyRedirectsError(const Url& last);
 
 } // namespace kivo::platform

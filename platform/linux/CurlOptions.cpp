@@ -1,7 +1,5 @@
 #include "linux/CurlOptions.hpp"
 
-#include <sys/socket.h>
-
 namespace kivo::platform {
 
 void setCommonOptions(CurlOptions& options) {
@@ -9,9 +7,6 @@ void setCommonOptions(CurlOptions& options) {
     // Otherwise giving up a request would wait for a name server that does not answer.
     options.set(CURLOPT_QUICK_EXIT, 1L);
     options.set(CURLOPT_PROTOCOLS_STR, "https");
-    options.set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
-    options.set(CURLOPT_FOLLOWLOCATION, 1L);
-    options.set(CURLOPT_MAXREDIRS, 20L);
     options.set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
     options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     options.set(CURLOPT_SSL_VERIFYPEER, 1L);
@@ -21,11 +16,6 @@ void setCommonOptions(CurlOptions& options) {
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     // No file: this turns the session's shared cookie jar on.
     options.set(CURLOPT_COOKIEFILE, "");
-    // The host may start programs; our connections are not for them.
-    options.set(
-        CURLOPT_OPENSOCKETFUNCTION, +[](void*, curlsocktype, curl_sockaddr* address) -> curl_socket_t {
-            return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-        });
 }
 
 } // namespace kivo::platform

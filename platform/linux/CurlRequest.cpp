@@ -1,40 +1,29 @@
 #include "linux/CurlRequest.hpp"
 
+#include "linux/HttpText.hpp"
+
 #include <algorithm>
-#include <cctype>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 namespace kivo::platform {
 namespace {
 
 using std::string_view_literals::operator""sv;
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameName(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, {}, lower, lower);
-}
-
 bool contains(const std::vector<HttpHeader>& headers, std::string_view name) {
     return std::ranges::any_of(headers, [name](const auto& header) { return sameName(header.first, name); });
 }
 
-// How a message is delimited follows from the body alone; a header that says otherwise would garble the connection.
+// How a message is delimited follows from the body alone; a header that says otherwise would garble the connection. A
+// server that refuses an expectation would have the request sent twice.
 bool framesMessage(std::string_view name) {
-    return sameName(name, "Content-Length") || sameName(name, "Transfer-Encoding");
+    return sameName(name, "Content-Length") || sameName(name, "Transfer-Encoding") || sameName(name, "Expect");
 }
 
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
-bool isToken(std::string_view text) {
-    return !text.empty() && std::ranges::all_of(text, [](char c) {
-        return (c >= '0' && c <= '9') || (lower(c) >= 'a' && lower(c) <= 'z') || "!#$%&'*+-.^_`|~"sv.contains(c);
-    });
+bool isCredential(std::string_view name) {
+    return sameName(name, "Authorization") || sameName(name, "Cookie") || sameName(name, "Proxy-Authorization");
 }
 
 std::optional<UrlError> faultIn(const std::vector<HttpHeader>& headers) {
@@ -53,41 +42,8 @@ std::optional<UrlError> faultIn(const std::vector<HttpHeader>& headers) {
 
 } // namespace
 
-ParsedUrl::ParsedUrl(const std::string& url) {
-    const auto isOdd = [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '\x7f'; };
-    if (std::ranges::any_of(url, isOdd)) {
-        return;
-    }
-    handle_.reset(curl_url());
-    if (handle_ && curl_url_set(handle_.get(), CURLUPART_URL, url.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) {
-        handle_.reset();
-    }
-}
-
-std::string ParsedUrl::scheme() const {
-    return part(CURLUPART_SCHEME, 0);
-}
-
-std::string ParsedUrl::host() const {
-    auto host = part(CURLUPART_HOST, 0);
-    return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
-}
-
-std::string ParsedUrl::port() const {
-    return part(CURLUPART_PORT, CURLU_DEFAULT_PORT);
-}
-
-std::string ParsedUrl::part(CURLUPart which, unsigned int flags) const {
-    char* text = nullptr;
-    if (!handle_ || curl_url_get(handle_.get(), which, &text, flags) != CURLUE_OK) {
-        return {};
-    }
-    const std::unique_ptr<char, decltype(&curl_free)> owner{text, &curl_free};
-    return text;
-}
-
 CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
-                               const std::vector<HttpHeader>& requestHeaders, bool carriesBody) {
+                               const std::vector<HttpHeader>& requestHeaders, bool carriesBody, bool isAbroad) {
     std::vector<std::size_t> starts;
     starts.reserve(sessionHeaders.size() + requestHeaders.size() + 3);
     const auto add = [&](std::string_view name, std::string_view separator, std::string_view value) {
@@ -96,7 +52,7 @@ CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
     };
     const auto addHeader = [&](const HttpHeader& header) {
         const auto value = trimmed(header.second);
-        if (!framesMessage(header.first)) {
+        if (!framesMessage(header.first) && !(isAbroad && isCredential(header.first))) {
             // libcurl takes "name:" for the wish to leave a header out, and "name;" for one without value.
             add(header.first, value.empty() ? ";" : ": ", value);
         }
@@ -127,23 +83,26 @@ bool carriesBody(const UrlRequest& request) {
     return !request.body.empty() || request.method == "POST" || request.method == "PUT" || request.method == "PATCH";
 }
 
-std::optional<UrlError> faultIn(const UrlRequest& request, const std::vector<HttpHeader>& sessionHeaders) {
-    const ParsedUrl url{request.url};
-    if (!url.isValid()) {
-        return UrlError{UrlErrorKind::badUrl, "The address is not a valid absolute URL"};
+std::expected<Url, UrlError> destinationOf(const UrlRequest& request, const std::vector<HttpHeader>& sessionHeaders) {
+    auto url = parseUrl(request.url);
+    if (!url) {
+        return std::unexpected{UrlError{UrlErrorKind::badUrl, "The address is not a valid absolute URL"}};
     }
-    if (const auto scheme = url.scheme(); !sameName(scheme, "https")) {
-        return UrlError{UrlErrorKind::unsupportedScheme,
-                        "The address of a server on " + url.host() + " must begin with https, not " + scheme};
+    if (url->scheme != "https") {
+        return std::unexpected{
+            UrlError{UrlErrorKind::unsupportedScheme,
+                     "The address of a server on " + url->host + " must begin with https, not " + url->scheme}};
     }
     if (!isToken(request.method)) {
-        return UrlError{UrlErrorKind::unknown,
-                        "The request's method is empty or contains a character not allowed there"};
+        return std::unexpected{
+            UrlError{UrlErrorKind::unknown, "The request's method is empty or contains a character not allowed there"}};
     }
-    if (auto fault = faultIn(sessionHeaders)) {
-        return fault;
+    for (const auto* const headers : {&sessionHeaders, &request.headers}) {
+        if (auto fault = faultIn(*headers)) {
+            return std::unexpected{std::move(*fault)};
+        }
     }
-    return faultIn(request.headers);
+    return std::move(*url);
 }
 
 } // namespace kivo::platform

@@ -30,7 +30,9 @@ private:
     const std::function<void()> answered_;
 };
 
-/// Decides about a server's chain, as `ServerTrust` describes it. The handshake waits for it.
+/// Decides about a server's chain, as `ServerTrust` describes it. The handshake waits for the decision, and with the
+/// handshake everything else on its thread: a judge who cannot decide yet refuses, and is asked again in a later
+/// handshake.
 class TrustJudge {
 public:
     virtual bool accepts(std::vector<Data> chain) = 0;

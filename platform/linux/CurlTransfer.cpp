@@ -11,7 +11,10 @@
 namespace kivo::platform {
 namespace {
 
-constexpr std::size_t usualHeaderCount = 8;
+constexpr std::size_t mostRedirects = 20;
+// A delegate usually answers at once, in the handshake that asks. This long, at most, the session's other requests
+// stand still for the answer.
+constexpr std::chrono::milliseconds briefly{100};
 
 std::chrono::milliseconds shortestTimeout(const UrlRequest& request, const UrlSessionConfiguration& configuration) {
     const auto shortest = std::min({request.timeout, configuration.requestTimeout, configuration.resourceTimeout});
@@ -24,13 +27,8 @@ long millisecondsUntil(std::chrono::steady_clock::time_point deadline) {
     return std::max(static_cast<long>(left.count()), 1L);
 }
 
-std::string serverOf(const std::string& address) {
-    const ParsedUrl url{address};
-    return url.scheme() + "://" + url.host() + ":" + url.port();
-}
-
-bool allowsBody(long status) {
-    return status != 204 && status != 205 && status != 304;
+std::string keyOf(const std::expected<Url, UrlError>& destination) {
+    return destination ? destination->host + ":" + std::to_string(destination->port) : std::string{};
 }
 
 } // namespace
@@ -44,9 +42,9 @@ CurlTransfer::CurlTransfer(UrlRequest request, UrlCompletion completion, std::sh
     , carriesBody_{platform::carriesBody(request_)}
     , timeout_{shortestTimeout(request_, settings_->configuration)}
     , deadline_{std::chrono::steady_clock::now() + timeout_}
-    , fault_{faultIn(request_, settings_->configuration.headers)}
-    , server_{fault_ ? "" : serverOf(request_.url)}
-    , headerLines_{settings_->configuration.headers, request_.headers, carriesBody_}
+    , limits_{.head = settings_->configuration.headLimit, .body = settings_->configuration.responseLimit}
+    , destination_{destinationOf(request_, settings_->configuration.headers)}
+    , server_{keyOf(destination_)}
     , expected_{request_.body.size()} {}
 
 void CurlTransfer::cancel() {
@@ -59,14 +57,22 @@ void CurlTransfer::cancel() {
     }
 }
 
-bool CurlTransfer::prepare(CURL* easy) {
-    if (fault_) {
-        outcome_ = std::unexpected{*fault_};
+bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {
+    if (!destination_) {
+        outcome_ = std::unexpected{destination_.error()};
+        return false;
+    }
+    if (challenge_ && challenge_->verdict() == TrustChallenge::Verdict::refused) {
+        outcome_ = std::unexpected{pinMismatchError(*destination_)};
         return false;
     }
     easy_ = easy;
+    sending_.emplace(easy, sockets);
+    detail_ = {};
+    answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
+    headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isAbroad_);
     if (const auto code = setOptions(); code != CURLE_OK) {
-        conclude(code);
+        concludeUnsent(code);
         return false;
     }
     return true;
@@ -75,31 +81,38 @@ bool CurlTransfer::prepare(CURL* easy) {
 CURLcode CurlTransfer::setOptions() {
     CurlOptions options{easy_};
     setCommonOptions(options);
+    options.set(CURLOPT_SHARE, jar_->get());
     options.set(CURLOPT_PRIVATE, this);
     options.set(CURLOPT_ERRORBUFFER, detail_.data());
     options.set(CURLOPT_URL, request_.url.c_str());
+    options.set(CURLOPT_FRESH_CONNECT, wantsFreshConnection_ ? 1L : 0L);
     options.set(CURLOPT_TIMEOUT_MS, millisecondsUntil(deadline_));
     if (const auto idle = settings_->configuration.idleTimeout; idle.count() > 0) {
         options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
         options.set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(idle.count()));
     }
-    if (auto* const lines = headerLines_.get()) {
+    if (auto* const lines = headerLines_->get()) {
         options.set(CURLOPT_HTTPHEADER, lines);
     }
     setMethodAndBody(options);
     setTrust(options);
+    sending_->watch(options);
+    setCallbacks(options);
+    return options.result();
+}
 
+void CurlTransfer::setCallbacks(CurlOptions& options) {
     options.set(CURLOPT_HEADERDATA, this);
     options.set(
         CURLOPT_HEADERFUNCTION, +[](char* bytes, std::size_t size, std::size_t count, void* self) {
             const std::string_view line{bytes, size * count};
-            return static_cast<CurlTransfer*>(self)->takeHeaderLine(line) ? line.size() : 0;
+            return static_cast<CurlTransfer*>(self)->answer_.takeLine(line) ? line.size() : 0;
         });
     options.set(CURLOPT_WRITEDATA, this);
     options.set(
         CURLOPT_WRITEFUNCTION, +[](char* bytes, std::size_t size, std::size_t count, void* self) {
             const std::string_view part{bytes, size * count};
-            return static_cast<CurlTransfer*>(self)->takeBody(part) ? part.size() : 0;
+            return static_cast<CurlTransfer*>(self)->answer_.takeBody(part) ? part.size() : 0;
         });
     if (settings_->delegate && expected_ > 0) {
         options.set(CURLOPT_NOPROGRESS, 0L);
@@ -110,7 +123,6 @@ CURLcode CurlTransfer::setOptions() {
                 return 0;
             });
     }
-    return options.result();
 }
 
 void CurlTransfer::setMethodAndBody(CurlOptions& options) {
@@ -123,8 +135,6 @@ void CurlTransfer::setMethodAndBody(CurlOptions& options) {
         options.set(CURLOPT_NOBODY, 1L);
     } else if (request_.method != (carriesBody_ ? "POST" : "GET")) {
         options.set(CURLOPT_CUSTOMREQUEST, request_.method.c_str());
-        // Only POST turns into GET at a redirect; other methods are repeated, with their body.
-        options.set(CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_301 | CURL_REDIR_POST_302));
     }
 }
 
@@ -156,70 +166,24 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
     if (!engine) {
         return false;
     }
-    challenge_ = std::make_shared<TrustChallenge>([weak = engine_] {
-        if (const auto waiting = weak.lock()) {
-            waiting->wake();
-        }
-    });
-    auto trust = std::make_shared<const ServerTrust>(ParsedUrl{currentUrl()}.host(), std::move(chain));
-    engine->callBack([settings = settings_, challenge = challenge_, trust = std::move(trust)] {
-        const CallbackScope scope;
-        if (scope) {
-            settings->delegate->didReceiveChallenge(trust.get(), TrustChallenge::handlerFor(challenge));
-        }
-    });
-    engine->holdUntil([this] { return isCancelled() || challenge_->verdict() != TrustChallenge::Verdict::open; },
-                      deadline_);
-    return challenge_->verdict() == TrustChallenge::Verdict::accepted;
-}
-
-bool CurlTransfer::takeHeaderLine(std::string_view line) {
-    while (line.ends_with('\n') || line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
-    if (headersComplete_) {
-        // The next answer of a chain of redirects, or trailers, which nobody asked for.
-        if (line.starts_with("HTTP/")) {
-            headersComplete_ = false;
-            headers_.clear();
-            headers_.reserve(usualHeaderCount);
-            const auto status = line.substr(std::min(line.find(' '), line.size()));
-            if (status.starts_with(" 303")) {
-                // "See other" means to fetch, whatever the method was. A HEAD stays one: it is no custom method.
-                curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, nullptr);
+    if (!judged_ || judged_->chain != chain) {
+        judged_ = std::make_shared<const ServerTrust>(destination_->host, std::move(chain));
+        challenge_ = std::make_shared<TrustChallenge>([weak = engine_] {
+            if (const auto waiting = weak.lock()) {
+                waiting->wake();
             }
-        }
-        return true;
+        });
+        engine->callBack([settings = settings_, challenge = challenge_, trust = judged_] {
+            const CallbackScope scope;
+            if (scope) {
+                settings->delegate->didReceiveChallenge(trust.get(), TrustChallenge::handlerFor(challenge));
+            }
+        });
+        engine->holdUntil([this] { return isCancelled() || !awaitsVerdict(); },
+                          std::min(deadline_, std::chrono::steady_clock::now() + briefly));
     }
-    const auto trim = [](std::string_view text) {
-        const auto first = text.find_first_not_of(" \t");
-        return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(" \t") - first + 1);
-    };
-    const auto colon = line.find(':');
-    if (line.empty()) {
-        headersComplete_ = true;
-    } else if ((line.front() == ' ' || line.front() == '\t') && !headers_.empty()) {
-        headers_.back().second.append(" ").append(trim(line));
-    } else if (colon != line.npos) {
-        headers_.emplace_back(trim(line.substr(0, colon)), trim(line.substr(colon + 1)));
-    }
-    return true;
-}
-
-bool CurlTransfer::takeBody(std::string_view bytes) {
-    const auto limit = settings_->configuration.responseLimit;
-    if (!std::exchange(bodyBegun_, true)) {
-        const auto announced = info<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
-        tooLarge_ = announced > 0 && static_cast<std::uint64_t>(announced) > limit;
-        if (!tooLarge_ && announced > 0) {
-            body_.reserve(static_cast<std::size_t>(announced));
-        }
-    }
-    tooLarge_ = tooLarge_ || bytes.size() > limit - body_.size();
-    if (!tooLarge_) {
-        body_.append(bytes);
-    }
-    return !tooLarge_;
+    endedUnjudged_ = awaitsVerdict();
+    return challenge_->verdict() == TrustChallenge::Verdict::accepted;
 }
 
 void CurlTransfer::noteSent(std::uint64_t sent) {
@@ -245,12 +209,16 @@ void CurlTransfer::announceSent() {
     }
 }
 
-void CurlTransfer::conclude(CURLcode code) {
+bool CurlTransfer::conclude(CURLcode code) {
     if (settings_->delegate && expected_ > 0) {
         noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
     }
-    outcome_ = outcomeOf(code);
+    const bool isOver = !goesOn(code);
+    if (isOver) {
+        outcome_ = outcomeOf(code);
+    }
     easy_ = nullptr;
+    return isOver;
 }
 
 void CurlTransfer::concludeCancelled() {
@@ -258,33 +226,73 @@ void CurlTransfer::concludeCancelled() {
     easy_ = nullptr;
 }
 
+void CurlTransfer::concludeUnsent(CURLcode code) {
+    outcome_ = outcomeOf(code);
+    easy_ = nullptr;
+}
+
+bool CurlTransfer::goesOn(CURLcode code) {
+    if (std::exchange(endedUnjudged_, false)) {
+        return true;
+    }
+    if (sending_->isConnectionOver()) {
+        wantsFreshConnection_ = true;
+        return true;
+    }
+    return code == CURLE_OK && answer_.isRedirect() && answer_.isWhole() && follow();
+}
+
+bool CurlTransfer::follow() {
+    const auto* const location = info<const char*>(CURLINFO_REDIRECT_URL);
+    auto address = location != nullptr ? parseUrl(location) : std::nullopt;
+    redirectFault_ = redirectError(address, *destination_);
+    if (!redirectFault_ && ++redirects_ > mostRedirects) {
+        redirectFault_ = tooManyRedirectsError(*address);
+    }
+    if (redirectFault_) {
+        return false;
+    }
+    // As browsers do: "see other" means to fetch, and only POST turns into GET at the older codes.
+    const bool isSeeOther = answer_.status() == 303 && request_.method != "HEAD";
+    if (isSeeOther || (request_.method == "POST" && answer_.status() <= 302)) {
+        request_.method = "GET";
+        request_.body = {};
+        carriesBody_ = false;
+    }
+    request_.url = location;
+    destination_ = std::move(*address);
+    const auto former = std::exchange(server_, keyOf(destination_));
+    isAbroad_ = isAbroad_ || server_ != former;
+    judged_.reset();
+    challenge_.reset();
+    return true;
+}
+
 UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
-    if (tooLarge_) {
-        return std::unexpected{answerTooLargeError(settings_->configuration.responseLimit)};
+    if (!destination_) {
+        return std::unexpected{destination_.error()};
+    }
+    if (redirectFault_) {
+        return std::unexpected{*redirectFault_};
+    }
+    if (answer_.fault() != HttpAnswer::Fault::none) {
+        return std::unexpected{answerError(answer_.fault(), limits_, *destination_)};
     }
     if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::refused) {
-        return std::unexpected{pinMismatchError(currentUrl())};
+        return std::unexpected{pinMismatchError(*destination_)};
     }
-    if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open) {
-        if (std::chrono::steady_clock::now() < deadline_) {
-            return std::unexpected{cancelledError()};
-        }
-        code = CURLE_OPERATION_TIMEDOUT;
+    if ((sending_ && sending_->wouldRepeat()) || (code == CURLE_OK && !answer_.isWhole())) {
+        return std::unexpected{connectionLostError(*destination_)};
     }
     if (code != CURLE_OK) {
         return std::unexpected{urlError({.code = code,
                                          .systemError = static_cast<int>(info<long>(CURLINFO_OS_ERRNO)),
                                          .detail = detail_.data(),
-                                         .url = currentUrl(),
+                                         .server = *destination_,
                                          .timeout = timeout_,
                                          .trustFile = settings_->trustFile})};
     }
-    const auto status = info<long>(CURLINFO_RESPONSE_CODE);
-    UrlResponse response{static_cast<int>(status), std::move(headers_), std::nullopt};
-    if (allowsBody(status)) {
-        response.body = std::move(body_);
-    }
-    return response;
+    return answer_.release();
 }
 
 template <typename T>
@@ -294,11 +302,6 @@ T CurlTransfer::info(CURLINFO which) const {
         curl_easy_getinfo(easy_, which, &value);
     }
     return value;
-}
-
-std::string CurlTransfer::currentUrl() const {
-    const auto* const url = info<const char*>(CURLINFO_EFFECTIVE_URL);
-    return url ? url : request_.url;
 }
 
 void CurlTransfer::deliver() {

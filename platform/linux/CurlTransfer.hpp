@@ -1,7 +1,10 @@
 #pragma once
 
+#include "linux/CurlHandles.hpp"
 #include "linux/CurlRequest.hpp"
+#include "linux/CurlSending.hpp"
 #include "linux/CurlServerTrust.hpp"
+#include "linux/HttpAnswer.hpp"
 
 #include <kivo/platform/UrlSession.hpp>
 
@@ -11,7 +14,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <expected>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +35,10 @@ struct CurlSettings {
 
 /// One request, from being handed over to its completion.
 ///
+/// Every exchange that libcurl runs for a transfer sends the request at most once. What comes after an exchange (a
+/// redirect, a fresh connection in place of one that had ended, a server that had to be judged first) is another
+/// exchange.
+///
 /// Belongs to the engine's thread until `conclude()`, then to the callback queue; `cancel()` comes from anywhere.
 class CurlTransfer final : public UrlSessionTask,
                            public std::enable_shared_from_this<CurlTransfer>,
@@ -42,24 +51,32 @@ public:
 
     bool isCancelled() const { return state_ == State::cancelled; }
 
-    /// Scheme, host and port of the address: transfers with the same share connections. Empty when there is no point in
-    /// sending it.
+    /// Host and port of the address: transfers with the same share connections. Empty when there is no point in sending
+    /// it.
     const std::string& server() const { return server_; }
+
+    /// Whether the delegate has still to say what it thinks of the server.
+    bool awaitsVerdict() const { return challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open; }
 
     /// When the time for the whole exchange is up, counted from the handing over.
     std::chrono::steady_clock::time_point deadline() const { return deadline_; }
 
     /// Engine's thread: the rest of the public functions but `deliver()`.
     ///
-    /// Prepares `easy` for the request; false when there is no point in sending it.
-    bool prepare(CURL* easy);
+    /// Prepares `easy` for the next exchange; false when there is no point in one. `sockets` are the engine's.
+    bool prepare(CURL* easy, CurlSockets& sockets);
 
-    /// Takes the result of the exchange that ran on the prepared handle, or why there was none.
-    void conclude(CURLcode code);
+    /// Takes the result of the exchange that ran on the prepared handle, or why there was none. False when another
+    /// exchange follows, for which the transfer must be prepared again.
+    bool conclude(CURLcode code);
     void concludeCancelled();
+    /// Ends a transfer for which no exchange is under way.
+    void concludeUnsent(CURLcode code);
 
-    /// The handle in use while the engine works on the transfer.
-    CURL* easy() const { return easy_; }
+    /// The cookies of the transfer, whatever becomes of the session's meanwhile.
+    void useJar(std::shared_ptr<const CookieJar> jar) { jar_ = std::move(jar); }
+
+    const std::shared_ptr<const CookieJar>& jar() const { return jar_; }
 
     /// Callback queue: calls the completion.
     void deliver();
@@ -70,14 +87,13 @@ private:
     CURLcode setOptions();
     void setMethodAndBody(class CurlOptions& options);
     void setTrust(class CurlOptions& options);
+    void setCallbacks(class CurlOptions& options);
+    bool goesOn(CURLcode code);
+    bool follow();
     UrlOutcome outcomeOf(CURLcode code);
-    std::string currentUrl() const;
     /// What the handle tells of the exchange; nothing before it has begun.
     template <typename T>
     T info(CURLINFO which) const;
-
-    bool takeHeaderLine(std::string_view line);
-    bool takeBody(std::string_view bytes);
 
     void noteSent(std::uint64_t sent);
     void announceSent();
@@ -88,23 +104,28 @@ private:
     UrlCompletion completion_;
     std::shared_ptr<const CurlSettings> settings_;
     const std::weak_ptr<CurlEngine> engine_;
-    const bool carriesBody_;
+    bool carriesBody_;
     const std::chrono::milliseconds timeout_;
     const std::chrono::steady_clock::time_point deadline_;
-    const std::optional<UrlError> fault_;
-    const std::string server_;
-    CurlHeaderList headerLines_;
+    const HttpLimits limits_;
+    std::expected<Url, UrlError> destination_;
+    std::string server_;
     std::atomic<State> state_{State::underWay};
 
-    /// Null until `prepare()`: while the transfer waits for others to end.
+    /// Null but during an exchange.
     CURL* easy_ = nullptr;
+    std::optional<CurlSending> sending_;
+    std::shared_ptr<const CookieJar> jar_;
+    std::optional<CurlHeaderList> headerLines_;
     std::array<char, CURL_ERROR_SIZE> detail_{};
-    std::vector<HttpHeader> headers_;
-    Data body_;
-    bool headersComplete_ = true;
-    bool bodyBegun_ = false;
-    bool tooLarge_ = false;
+    HttpAnswer answer_;
+    std::size_t redirects_ = 0;
+    bool isAbroad_ = false;
+    std::optional<UrlError> redirectFault_;
+    bool wantsFreshConnection_ = false;
+    std::shared_ptr<const ServerTrust> judged_;
     std::shared_ptr<TrustChallenge> challenge_;
+    bool endedUnjudged_ = false;
     UrlOutcome outcome_;
 
     const std::uint64_t expected_;

@@ -35,6 +35,8 @@ public:
         return transfer;
     }
 
+    void forgetCookies() override { engine_->forgetCookies(); }
+
 private:
     const std::shared_ptr<const CurlSettings> settings_;
     const std::shared_ptr<CurlEngine> engine_;

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
+#include <semaphore>
 
 namespace kivo::platform {
 namespace {
@@ -14,25 +16,28 @@ using test::Answers;
 using test::exchange;
 using test::reply;
 using test::summary;
+using test::TestReply;
 using test::TestTlsServer;
 
 using Handler = std::function<void(AuthChallengeDisposition)>;
 
 struct Judge final : UrlSessionDelegate {
-    explicit Judge(std::function<void(Handler)> verdict)
+    using Verdict = std::function<void(const ServerTrust& trust, Handler answer)>;
+
+    explicit Judge(Verdict verdict)
         : decide{std::move(verdict)} {}
 
     void didReceiveChallenge(const ServerTrust* trust, Handler handler) override {
         seen.push_back(*trust);
         thread = std::this_thread::get_id();
-        decide(std::move(handler));
+        decide(*trust, std::move(handler));
     }
 
     bool judgesServerTrust() const override { return true; }
 
     void didSendBodyData(const std::shared_ptr<UrlSessionTask>&, std::uint64_t, std::uint64_t) override {}
 
-    const std::function<void(Handler)> decide;
+    const Verdict decide;
     std::vector<ServerTrust> seen;
     std::thread::id thread;
 };
@@ -54,6 +59,10 @@ struct ProgressWatcher final : UrlSessionDelegate {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> reports;
 };
 
+void acceptEveryServer(const ServerTrust& /*trust*/, const Handler& answer) {
+    answer(AuthChallengeDisposition::useCredential);
+}
+
 // The system's trust is of no help here: only the delegate can let a connection through.
 std::shared_ptr<UrlSession> judgedSession(const std::shared_ptr<UrlSessionDelegate>& delegate,
                                           UrlSessionConfiguration configuration = {}) {
@@ -62,8 +71,7 @@ std::shared_ptr<UrlSession> judgedSession(const std::shared_ptr<UrlSessionDelega
 
 TEST(CurlServerTrust, LetsTheDelegateAcceptAServerNobodyElseTrusts) {
     TestTlsServer server{[](const auto&) { return reply(200, "hi"); }};
-    const auto judge =
-        std::make_shared<Judge>([](const Handler& answer) { answer(AuthChallengeDisposition::useCredential); });
+    const auto judge = std::make_shared<Judge>(acceptEveryServer);
     const auto session = judgedSession(judge);
     Answers answers;
     for (int i = 0; i < 2; ++i) {
@@ -79,17 +87,18 @@ TEST(CurlServerTrust, LetsTheDelegateAcceptAServerNobodyElseTrusts) {
 TEST(CurlServerTrust, SendsNothingToARefusedServer) {
     const struct {
         const char* how;
-        std::function<void(Handler)> decide;
+        Judge::Verdict decide;
     } rows[] = {
-        {"refused", [](const Handler& answer) { answer(AuthChallengeDisposition::cancelAuthenticationChallenge); }},
-        {"dropped", [](const Handler&) {}},
+        {"refused",
+         [](const auto&, const Handler& answer) { answer(AuthChallengeDisposition::cancelAuthenticationChallenge); }},
+        {"dropped", [](const auto&, const Handler&) {}},
         {"refused, then accepted",
-         [](const Handler& answer) {
+         [](const auto&, const Handler& answer) {
              answer(AuthChallengeDisposition::cancelAuthenticationChallenge);
              answer(AuthChallengeDisposition::useCredential);
          }},
         {"refused from elsewhere",
-         [](const Handler& answer) {
+         [](const auto&, const Handler& answer) {
              std::thread{[answer] { answer(AuthChallengeDisposition::cancelAuthenticationChallenge); }}.detach();
          }},
     };
@@ -105,11 +114,16 @@ TEST(CurlServerTrust, SendsNothingToARefusedServer) {
     }
 }
 
-TEST(CurlServerTrust, HoldsTheHandshakeUntilTheAnswer) {
+TEST(CurlServerTrust, KeepsTheRequestBackUntilTheAnswer) {
+    TestTlsServer other{[](const auto&) { return reply(200, "other"); }};
     TestTlsServer server{[](const auto&) { return reply(200, "late"); }};
     std::binary_semaphore asked{0};
     std::optional<Handler> held;
-    const auto judge = std::make_shared<Judge>([&](Handler answer) {
+    const auto judge = std::make_shared<Judge>([&](const ServerTrust& trust, Handler answer) {
+        if (trust.chain.front() == other.certificate()) {
+            answer(AuthChallengeDisposition::useCredential);
+            return;
+        }
         held = std::move(answer);
         asked.release();
     });
@@ -118,9 +132,11 @@ TEST(CurlServerTrust, HoldsTheHandshakeUntilTheAnswer) {
 
     session->dataTask({.url = server.url()}, answers.completion());
     asked.acquire();
+    EXPECT_EQ(summary(exchange(*session, {.url = other.url(), .timeout = 20s})), "200 other") << "others go on";
     EXPECT_TRUE(server.requests().empty());
     (*held)(AuthChallengeDisposition::useCredential);
     EXPECT_EQ(summary(answers.wait(1).back().outcome), "200 late");
+    EXPECT_EQ(judge->seen.size(), 2U) << "one question a server";
 
     session = judgedSession(judge);
     session->dataTask({.url = server.url(), .timeout = 200ms}, answers.completion());
@@ -134,9 +150,40 @@ TEST(CurlServerTrust, HoldsTheHandshakeUntilTheAnswer) {
 
     session->dataTask({.url = server.url()}, answers.completion());
     asked.acquire();
+    exchange(*session, {.url = other.url()});
+    (*held)(AuthChallengeDisposition::cancelAuthenticationChallenge);
+    EXPECT_EQ(summary(answers.wait(4).back().outcome), "pinMismatch");
+
+    session->dataTask({.url = server.url()}, answers.completion());
+    asked.acquire();
     session.reset();
-    EXPECT_EQ(summary(answers.wait(4).back().outcome), "cancelled");
+    EXPECT_EQ(summary(answers.wait(5).back().outcome), "cancelled");
     EXPECT_EQ(server.requests().size(), 1U);
+}
+
+TEST(CurlServerTrust, AsksAboutEveryConnectionAnew) {
+    TestTlsServer server{[](const auto&) { return TestReply{reply(200).bytes, TestReply::After::close}; }};
+    const auto judge = std::make_shared<Judge>(acceptEveryServer);
+    for (const auto& [session, resumptions] :
+         {std::pair{judgedSession(judge), 0}, {makeCurlUrlSessions(server.certificateFile())->make({}), 1}}) {
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 ");
+        }
+        EXPECT_EQ(server.resumptions(), resumptions) << "a resumed session would show no certificate";
+    }
+    EXPECT_EQ(judge->seen.size(), 2U);
+}
+
+TEST(CurlServerTrust, LetsNoServerNegotiateAgain) {
+    TestTlsServer server{[](const auto&) {
+                             return TestReply{"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n",
+                                              TestReply::After::keepOpen, 9, true};
+                         },
+                         TestTlsServer::Protocol::tls12};
+    const auto judge = std::make_shared<Judge>(acceptEveryServer);
+    const auto session = judgedSession(judge);
+    EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 xxxxxxxxx");
+    EXPECT_TRUE(test::eventually([&] { return server.ended() == 1; })) << "a server gives up when it is told no";
 }
 
 TEST(CurlUploadProgress, RisesToTheWholeBodyBeforeTheCompletion) {

@@ -1,6 +1,7 @@
 #include "support/TestTlsServer.hpp"
 
 #include "linux/OpenSslObjects.hpp"
+#include "support/Http2Frames.hpp"
 
 #include <kivo/simulator/CertificateAuthority.hpp>
 
@@ -18,6 +19,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <stdexcept>
 #include <utility>
 
@@ -76,6 +78,13 @@ struct TestTlsServer::Stream {
         });
     }
 
+    bool readMore(std::string& received) {
+        std::array<char, 1 << 14> buffer{};
+        const int count = read(buffer.data(), static_cast<int>(buffer.size()));
+        received.append(buffer.data(), static_cast<std::size_t>(std::max(count, 0)));
+        return count > 0;
+    }
+
     bool write(const char* bytes, std::size_t size) {
         while (size > 0) {
             const int part = insist([&] {
@@ -100,6 +109,13 @@ struct TestTlsServer::Stream {
         if (ssl_) {
             SSL_shutdown(ssl_.get());
         }
+    }
+
+    bool wasResumed() const { return SSL_session_reused(ssl_.get()) == 1; }
+
+    void renegotiate() {
+        SSL_renegotiate(ssl_.get());
+        insist([&] { return SSL_do_handshake(ssl_.get()); });
     }
 
     // Until the peer leaves, or the server stops.
@@ -137,11 +153,6 @@ private:
     const int descriptor_;
     std::unique_ptr<SSL, OpenSslFree<SSL_free>> ssl_;
 };
-
-TestReply reply(int status, const std::string& body, const std::string& headerLines) {
-    return {"HTTP/1.1 " + std::to_string(status) + " Some reason\r\n" + headerLines +
-            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body};
-}
 
 TestTlsServer::TestTlsServer(Handler handler, Protocol protocol)
     : handler_{std::move(handler)}
@@ -194,6 +205,21 @@ void TestTlsServer::present(const std::string& chain, const std::string& private
 }
 
 void TestTlsServer::start() {
+    auto* const context = context_->tls.get();
+    if (protocol_ == Protocol::tls11 || protocol_ == Protocol::tls12) {
+        SSL_CTX_set_max_proto_version(context, protocol_ == Protocol::tls11 ? TLS1_1_VERSION : TLS1_2_VERSION);
+        SSL_CTX_set_min_proto_version(context, TLS1_VERSION);
+        SSL_CTX_set_cipher_list(context, "ALL:@SECLEVEL=0");
+    } else if (protocol_ == Protocol::http2) {
+        SSL_CTX_set_alpn_select_cb(
+            context,
+            [](SSL*, const unsigned char** chosen, unsigned char* size, const unsigned char*, unsigned int, void*) {
+                *chosen = reinterpret_cast<const unsigned char*>("h2");
+                *size = 2;
+                return SSL_TLSEXT_ERR_OK;
+            },
+            nullptr);
+    }
     ::signal(SIGPIPE, SIG_IGN);
     listen();
     acceptor_ = std::thread{[this] { accept(); }};
@@ -225,15 +251,21 @@ void TestTlsServer::accept() {
 }
 
 void TestTlsServer::serve(int descriptor) {
-    Stream stream{stopping_, descriptor};
-    if (protocol_ == Protocol::tls) {
-        if (!stream.handshake(context_->tls.get())) {
-            return;
+    {
+        Stream stream{stopping_, descriptor};
+        if (protocol_ == Protocol::plain) {
+            serveHttp1(stream);
+        } else if (stream.handshake(context_->tls.get())) {
+            ++handshakes_;
+            resumptions_ += stream.wasResumed() ? 1 : 0;
+            protocol_ == Protocol::http2 ? serveHttp2(stream) : serveHttp1(stream);
         }
-        ++handshakes_;
     }
+    ++ended_;
+}
+
+void TestTlsServer::serveHttp1(Stream& stream) {
     std::string received;
-    std::array<char, 1 << 14> buffer{};
     while (true) {
         const auto headEnd = received.find("\r\n\r\n");
         const auto size = headEnd == received.npos ? 0 : headEnd + 4 + bodyLength(received.substr(0, headEnd));
@@ -245,24 +277,47 @@ void TestTlsServer::serve(int descriptor) {
             if (!answer(stream, request)) {
                 return;
             }
-            continue;
-        }
-        const int count = stream.read(buffer.data(), static_cast<int>(buffer.size()));
-        if (count <= 0) {
+        } else if (!stream.readMore(received)) {
             return;
         }
-        received.append(buffer.data(), static_cast<std::size_t>(count));
     }
 }
 
-bool TestTlsServer::answer(Stream& stream, const std::string& request) {
+void TestTlsServer::serveHttp2(Stream& stream) {
+    std::string received;
+    while (received.size() < http2::prefaceSize) {
+        if (!stream.readMore(received)) {
+            return;
+        }
+    }
+    received.erase(0, http2::prefaceSize);
+    const auto greeting = http2::settings();
+    bool isOpen = stream.write(greeting.data(), greeting.size());
+    std::map<std::uint32_t, std::string> requests;
+    while (isOpen) {
+        const auto frame = http2::takeFrame(received);
+        if (!frame) {
+            isOpen = stream.readMore(received);
+        } else if (frame->isOfRequest()) {
+            auto& request = requests[frame->stream];
+            request += frame->payload;
+            isOpen = !frame->isLast() || answer(stream, request, frame->stream);
+        }
+    }
+}
+
+bool TestTlsServer::answer(Stream& stream, const std::string& request, std::uint32_t http2Stream) {
     {
         const std::scoped_lock lock{mutex_};
         requests_.push_back(request);
     }
     const auto reply = handler_(request);
-    if (!stream.write(reply.bytes.data(), reply.bytes.size())) {
+    const auto bytes = http2Stream == 0 ? reply.bytes : http2::onStream(reply.bytes, http2Stream);
+    if (!stream.write(bytes.data(), bytes.size())) {
         return false;
+    }
+    if (reply.renegotiates) {
+        stream.renegotiate();
     }
     static const std::string filler(1 << 16, 'x');
     for (std::uint64_t left = reply.filler; left > 0;) {
@@ -277,6 +332,8 @@ bool TestTlsServer::answer(Stream& stream, const std::string& request) {
         return true;
     case TestReply::After::close:
         stream.shutdown();
+        return false;
+    case TestReply::After::cut:
         return false;
     case TestReply::After::reset:
         stream.resetOnClose();

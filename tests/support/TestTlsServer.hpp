@@ -17,25 +17,32 @@ namespace kivo::test {
 
 /// What the server does with a request: bytes as they go on the wire, then filler bytes, then what comes after.
 struct TestReply {
-    enum class After { keepOpen, close, reset, hold };
+    /// `close` says goodbye first, `cut` only ends the connection.
+    enum class After { keepOpen, close, cut, reset, hold };
 
     std::string bytes;
     After after = After::keepOpen;
     std::uint64_t filler = 0;
+    /// Whether the server wants another handshake ahead of the filler.
+    bool renegotiates = false;
 };
 
 /// A complete answer with its Content-Length.
-TestReply reply(int status, const std::string& body = "", const std::string& headerLines = "");
+inline TestReply reply(int status, const std::string& body = "", const std::string& headerLines = "") {
+    return {"HTTP/1.1 " + std::to_string(status) + " Some reason\r\n" + headerLines +
+            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body};
+}
 
 /// An https server on a free loopback port that leaves every byte of an answer to its handler.
 ///
 /// Its certificate, for "localhost", is made at start and signed by itself.
 class TestTlsServer {
 public:
-    /// Receives a request as it came, head and body. Called on the connection's thread.
+    /// Receives a request as it came, head and body (over HTTP/2 the payloads of their frames). Called on the
+    /// connection's thread.
     using Handler = std::function<TestReply(const std::string& request)>;
 
-    enum class Protocol { tls, plain };
+    enum class Protocol { tls, tls11, tls12, http2, plain };
 
     explicit TestTlsServer(Handler handler, Protocol protocol = Protocol::tls);
     /// Presents the certificates of `chain`, whether they fit together or not, the first of them with its key (PEM).
@@ -59,6 +66,12 @@ public:
     /// Handshakes that were completed, on both sides.
     int handshakes() const { return handshakes_; }
 
+    /// Those of them that took an earlier session up.
+    int resumptions() const { return resumptions_; }
+
+    /// Connections that are over on the server's side.
+    int ended() const { return ended_; }
+
     std::vector<std::string> requests() const;
 
 private:
@@ -70,7 +83,9 @@ private:
     void listen();
     void accept();
     void serve(int descriptor);
-    bool answer(Stream& stream, const std::string& request);
+    void serveHttp1(Stream& stream);
+    void serveHttp2(Stream& stream);
+    bool answer(Stream& stream, const std::string& request, std::uint32_t http2Stream = 0);
 
     const Handler handler_;
     const Protocol protocol_;
@@ -83,6 +98,8 @@ private:
     std::atomic<bool> stopping_{false};
     std::atomic<int> connections_{0};
     std::atomic<int> handshakes_{0};
+    std::atomic<int> resumptions_{0};
+    std::atomic<int> ended_{0};
     mutable std::mutex mutex_;
     std::vector<std::string> requests_;
     std::list<std::thread> threads_;

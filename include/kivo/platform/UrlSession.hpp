@@ -41,8 +41,10 @@ struct UrlSessionConfiguration {
     std::chrono::milliseconds resourceTimeout{60'000};
     /// Longest time in which no byte goes either way; 0: as long as the others allow.
     std::chrono::seconds idleTimeout{0};
-    /// An answer longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.
+    /// An answer whose body is longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.
     std::size_t responseLimit = std::size_t{16} * 1024 * 1024;
+    /// The same for all that an answer says beside its body: its head, the interim answers before it (1xx), its trailers.
+    std::size_t headLimit = std::size_t{64} * 1024;
 };
 
 /// A complete HTTP answer.
@@ -109,7 +111,8 @@ class KIVO_EXPORT UrlSessionDelegate {
 public:
     virtual ~UrlSessionDelegate() = default;
 
-    /// Judges the server before any byte of a request leaves. `completionHandler` must be called exactly once.
+    /// Judges the server before any byte of a request leaves. `completionHandler` must be called exactly once; until
+    /// then the request waits, within its time limits, and the session's other requests go on.
     /// A session whose delegate answers true to `judgesServerTrust()` makes no trust evaluation of its own.
     virtual void didReceiveChallenge(const ServerTrust* serverTrust,
                                      std::function<void(AuthChallengeDisposition)> completionHandler) = 0;
@@ -125,14 +128,25 @@ public:
 ///
 /// Completions run one at a time on the session's callback queue, never on the caller's stack. When the last
 /// reference goes, requests still under way end with `cancelled`.
+///
+/// A request is sent once. A request whose fate is unknown, because its connection ended before the answer, fails and is
+/// not repeated; only an https redirect of the server's (20 at most) sends the request on. An answer counts when it came
+/// as a whole: one that says neither how long it is nor comes in chunks or frames is refused (`badAnswer`).
+///
+/// Cookies are kept in memory, for the session's own requests only.
 class KIVO_EXPORT UrlSession {
 public:
     virtual ~UrlSession() = default;
 
-    /// Starts a request at once, or when six others to the same server are under way, as soon as one of them ends; the
-    /// wait counts towards its timeouts. An address that cannot be parsed, or is not https, is reported like any
-    /// failure.
+    /// Starts a request at once, or when six others of the session to the same server are under way, as soon as one of
+    /// them ends; the wait counts towards its timeouts. An address that `parseUrl()` refuses, or that is not https, is
+    /// reported like any failure.
     virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
+
+    /// Forgets the cookies received so far. Requests handed over earlier may end with theirs; later requests know neither
+    /// those cookies nor any that an earlier request still receives. Callable from any thread; nothing by default, for a
+    /// session without cookies.
+    virtual void forgetCookies() {}
 };
 
 /// Makes sessions.
