@@ -20,6 +20,10 @@ namespace kivo {
 /// Inside the answer to a request, further requests, `resumeInBrowser` and `reset` may be called; what touches screens
 /// (`acquire`, the context, the theme) may not, unless the answer runs on the main thread. A `response` is copied; what
 /// it captures goes with the last copy, on the calling thread or on the transport's.
+///
+/// Six requests to one server are under way at once; further ones wait, within their 60 seconds, until one of them
+/// ends. What the SDK tells the service of its own accord takes none of these places. A request is sent once and never
+/// repeated.
 class KIVO_EXPORT KivoAPI {
 public:
     virtual ~KivoAPI() = default;

@@ -52,14 +52,6 @@ void CommunicationSecurityManager::setSdkEnvironment(SDKEnv environment) {
     sdkEnvironment_ = environment;
 }
 
-std::shared_ptr<platform::UrlSession> CommunicationSecurityManager::session() {
-    const std::scoped_lock lock{mutex_};
-    if (!session_) {
-        session_ = platform::services().urlSessions->make(backendSessionConfiguration(), shared_from_this());
-    }
-    return session_;
-}
-
 void CommunicationSecurityManager::didReceiveChallenge(
     const platform::ServerTrust* serverTrust,
     std::function<void(platform::AuthChallengeDisposition)> completionHandler) {
@@ -186,7 +178,7 @@ void CommunicationSecurityManager::updateRetryCountLimitOnServer(const Activatio
         json::Value::object({{RequestKeys::action, "inform"},
                              {RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining)},
                              {RequestKeys::tid, activationSession->tId}});
-    NetworkManager::shared().sendRequest(
+    NetworkManager::shared().sendNotice(
         settingIn(activationSession->idpConfig, KivoResponseKeys::updateEndpoint), notice,
         [function, remaining](const platform::Data&) {
             log::debug(function, [&] {
@@ -229,7 +221,7 @@ void CommunicationSecurityManager::sendNotice(std::string_view function, const j
         log::debug(function, "**Inform Server: Network unavailable**");
         return;
     }
-    NetworkManager::shared().sendRequest(
+    NetworkManager::shared().sendNotice(
         settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), notice,
         [function](const platform::Data& answer) { log::debug(function, answer); },
         [function](const TransportError& error) { log::debug(function, [&] { return error.description(); }); });

@@ -40,8 +40,8 @@ public:
 
     void setSdkEnvironment(SDKEnv environment);
 
-    /// A session that talks to no server but one with a pinned certificate.
-    std::shared_ptr<platform::UrlSession> session();
+    /// The delegate with which a session talks to no server but one with a pinned certificate.
+    std::shared_ptr<platform::UrlSessionDelegate> serverJudge() { return shared_from_this(); }
 
     /// Lets a server through when a certificate of its chain is pinned, whatever else may be said about it.
     void didReceiveChallenge(const platform::ServerTrust* serverTrust,
@@ -85,7 +85,6 @@ private:
     std::optional<SDKEnv> sdkEnvironment_;
     std::shared_ptr<Reachability> reachability_;
     std::shared_ptr<platform::Observation> observation_;
-    std::shared_ptr<platform::UrlSession> session_;
 };
 
 } // namespace kivo

@@ -45,6 +45,7 @@ platform::UrlSessionConfiguration backendSessionConfiguration() {
     configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
     configuration.requestTimeout = 180s;
     configuration.resourceTimeout = 180s;
+    configuration.responseLimit = longestAnswer;
     return configuration;
 }
 
@@ -54,8 +55,8 @@ NetworkManager& NetworkManager::shared() {
     return manager;
 }
 
-void NetworkManager::sendRequest(const std::string& urlString, const json::Value& params, Success success,
-                                 Failure failure) {
+void NetworkManager::send(Way way, const std::string& urlString, const json::Value& params, Success success,
+                          Failure failure) {
     platform::UrlRequest request;
     request.url = urlString;
     request.method = "POST";
@@ -63,7 +64,7 @@ void NetworkManager::sendRequest(const std::string& urlString, const json::Value
     request.body = json::write(params).value_or("");
     std::shared_ptr<platform::UrlSession> session;
     try {
-        session = sessionInUse();
+        session = sessionFor(way);
     } catch (const std::system_error& noThread) {
         const TransportError error{.cause = platform::UrlErrorKind::unknown, .text = noThread.what()};
         log::debug(sendFunction, [&] { return error.description(); });
@@ -82,17 +83,26 @@ void NetworkManager::sendRequest(const std::string& urlString, const json::Value
                       });
 }
 
-std::shared_ptr<platform::UrlSession> NetworkManager::defaultSession() {
+void NetworkManager::forgetCookies() {
     const std::scoped_lock lock{mutex_};
-    if (!defaultSession_) {
-        defaultSession_ = platform::services().urlSessions->make(backendSessionConfiguration());
+    for (const auto& way : sessions_) {
+        for (const auto& session : way) {
+            if (session) {
+                session->forgetCookies();
+            }
+        }
     }
-    return defaultSession_;
 }
 
-std::shared_ptr<platform::UrlSession> NetworkManager::sessionInUse() {
-    return pinsAreInForce(*platform::services().bundles->main()) ? CommunicationSecurityManager::shared().session()
-                                                                 : defaultSession();
+std::shared_ptr<platform::UrlSession> NetworkManager::sessionFor(Way way) {
+    const bool isPinned = pinsAreInForce(*platform::services().bundles->main());
+    const auto judge = isPinned ? CommunicationSecurityManager::shared().serverJudge() : nullptr;
+    const std::scoped_lock lock{mutex_};
+    auto& session = sessions_[static_cast<std::size_t>(way)][isPinned ? 1 : 0];
+    if (!session) {
+        session = platform::services().urlSessions->make(backendSessionConfiguration(), judge);
+    }
+    return session;
 }
 
 } // namespace kivo

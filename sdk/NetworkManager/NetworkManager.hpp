@@ -4,13 +4,16 @@
 
 #include <kivo/platform/UrlSession.hpp>
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace kivo {
 
@@ -25,10 +28,18 @@ struct TransportError {
     std::string description() const;
 };
 
-/// What every session that talks to the identity service has in common.
+/// The most bytes that an answer of the identity service, or of a vendor's server to a scan, may have: what the reader
+/// of JSON takes.
+inline constexpr std::size_t longestAnswer = std::size_t{1024} * 1024;
+
+/// What every session that talks to the identity service has in common. An exchange may take 180 seconds, of which
+/// `NetworkManager` grants 60 to each request.
 platform::UrlSessionConfiguration backendSessionConfiguration();
 
 /// The one sender of the session's JSON requests, and the keeper of the attempt counter.
+///
+/// Six requests to a server are under way at once; further ones wait for them. Notices to the service have connections,
+/// places and a callback queue of their own, so that no request of the host waits for a notice.
 class NetworkManager {
 public:
     using Success = std::function<void(platform::Data body)>;
@@ -43,14 +54,28 @@ public:
     /// callbacks, on the session's callback queue.
     ///
     /// Parameters that are no valid JSON (a text that is not UTF-8) go out as an empty body.
-    void sendRequest(const std::string& urlString, const json::Value& params, Success success, Failure failure);
+    void sendRequest(const std::string& urlString, const json::Value& params, Success success, Failure failure) {
+        send(Way::ofRequests, urlString, params, std::move(success), std::move(failure));
+    }
+
+    /// The same for what the library tells the service of its own accord.
+    void sendNotice(const std::string& urlString, const json::Value& params, Success success, Failure failure) {
+        send(Way::ofNotices, urlString, params, std::move(success), std::move(failure));
+    }
+
+    /// Forgets the cookies of the service: the next session has nothing to do with the one before.
+    void forgetCookies();
 
 private:
-    std::shared_ptr<platform::UrlSession> defaultSession();
-    std::shared_ptr<platform::UrlSession> sessionInUse();
+    enum class Way : std::size_t { ofRequests, ofNotices };
+
+    void send(Way way, const std::string& urlString, const json::Value& params, Success success, Failure failure);
+    std::shared_ptr<platform::UrlSession> sessionFor(Way way);
 
     std::mutex mutex_;
-    std::shared_ptr<platform::UrlSession> defaultSession_;
+    /// For each way one that leaves the trust to the system and one that is pinned; each is made when it is first
+    /// needed.
+    std::array<std::array<std::shared_ptr<platform::UrlSession>, 2>, 2> sessions_;
 };
 
 } // namespace kivo

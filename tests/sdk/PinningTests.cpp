@@ -175,7 +175,21 @@ TEST_F(Pinning, AChainEndsWhereNobodySigned) {
     const auto foreignParts = test::certificatesIn(foreign.chain);
     const auto forged = test::forgedLeaf(intermediate, foreign.privateKey);
     const auto belowALeaf = test::forgedLeaf(genuine.chain, genuine.privateKey);
-    writeList(listOf({genuine.pins.intermediate}));
+    // An authority on the list that may sign leaves only, and one that may have an authority below itself.
+    const auto strict = test::forgedLeaf(genuine.chain, genuine.privateKey, "critical,CA:TRUE,pathlen:0");
+    const auto lenient = test::forgedLeaf(genuine.chain, genuine.privateKey, "critical,CA:TRUE,pathlen:1");
+    const auto pinOf = [&](const std::string& pem) {
+        return *certificatePin(*platform::services().trust, test::derOf(pem));
+    };
+    writeList(listOf({genuine.pins.intermediate, pinOf(strict.chain), pinOf(lenient.chain)}));
+    const auto twoBelow = [](const simulator::IssuedCertificate& authority) {
+        auto between = test::forgedLeaf(authority.chain, authority.privateKey, "critical,CA:TRUE");
+        auto leaf = test::forgedLeaf(between.chain, between.privateKey);
+        leaf.chain += between.chain + authority.chain;
+        return leaf;
+    };
+    const auto tooLong = twoBelow(strict);
+    const auto justRight = twoBelow(lenient);
 
     const struct {
         const char* what;
@@ -187,6 +201,8 @@ TEST_F(Pinning, AChainEndsWhereNobodySigned) {
         {"put in between", foreignParts[0] + intermediate + foreignParts[1], foreign.privateKey},
         {"named as the issuer", forged.chain + intermediate, forged.privateKey},
         {"above a leaf that signs", belowALeaf.chain + genuine.chain, belowALeaf.privateKey},
+        {"longer than the authority allows", tooLong.chain, tooLong.privateKey},
+        {"as long as the authority allows", justRight.chain, justRight.privateKey, true},
         {"out of order", test::certificatesIn(genuine.chain)[0] + pinned.root() + intermediate, genuine.privateKey,
          true},
     };
@@ -242,6 +258,31 @@ TEST_F(Pinning, ARedirectLeadsToPinnedServersOnly) {
     writeList(listOf({service.pins().leaf, elsewhere.pins().intermediate}));
     EXPECT_TRUE(joinAt(service.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
     EXPECT_EQ(elsewhere.requests().size(), 1U);
+}
+
+TEST_F(Pinning, ASessionsCookiesEndWithIt) {
+    const auto issued = CertificateAuthority{}.issue({});
+    std::string answer;
+    TestTlsServer server{[&](const auto&) { return reply(200, answer, "Set-Cookie: of=joined; Path=/\r\n"); },
+                         issued.chain, issued.privateKey};
+    answer = R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":")" + server.url("/status") + "\"}}";
+    const auto cookies = [&] {
+        std::string seen;
+        for (const auto& request : server.requests()) {
+            seen += request.contains("of=joined") ? 'c' : '-';
+        }
+        return seen;
+    };
+    writeList(listOf({issued.pins.leaf}));
+    const auto status = [&] { answerTo([&](auto response) { session->status(response); }); };
+    joinAt(server.url());
+    status();
+    joinAt(server.url());
+    status();
+    EXPECT_EQ(cookies(), "-c-c");
+    session->reset();
+    joinAt(server.url());
+    EXPECT_EQ(cookies(), "-c-c-");
 }
 
 TEST_F(Pinning, AChallengeWithoutAServerIsRefused) {

@@ -31,7 +31,8 @@ std::string written(const Write& write) {
 
 } // namespace
 
-simulator::IssuedCertificate forgedLeaf(const std::string& issuer, const std::string& signingKey) {
+simulator::IssuedCertificate forgedLeaf(const std::string& issuer, const std::string& signingKey,
+                                        const char* constraints) {
     const X509Pointer above{PEM_read_bio_X509(reading(issuer).get(), nullptr, nullptr, nullptr)};
     const KeyPointer signer{PEM_read_bio_PrivateKey(reading(signingKey).get(), nullptr, nullptr, nullptr)};
     const KeyPointer key{EVP_EC_gen("P-256")};
@@ -41,12 +42,17 @@ simulator::IssuedCertificate forgedLeaf(const std::string& issuer, const std::st
     X509_gmtime_adj(X509_getm_notBefore(leaf.get()), -3600);
     X509_gmtime_adj(X509_getm_notAfter(leaf.get()), 86'400);
     X509_set_pubkey(leaf.get(), key.get());
+    static int count = 0;
+    const auto name = "forged " + std::to_string(++count);
+    X509_NAME_add_entry_by_txt(X509_get_subject_name(leaf.get()), "CN", MBSTRING_ASC,
+                               reinterpret_cast<const unsigned char*>(name.c_str()), -1, -1, 0);
     X509_set_issuer_name(leaf.get(), X509_get_subject_name(above.get()));
     X509V3_CTX context;
     X509V3_set_ctx_nodb(&context);
     X509V3_set_ctx(&context, above.get(), leaf.get(), nullptr, nullptr, 0);
     for (const auto& [kind, value] :
-         {std::pair{NID_subject_alt_name, "DNS:localhost"}, std::pair{NID_authority_key_identifier, "keyid:always"}}) {
+         {std::pair{NID_subject_alt_name, "DNS:localhost"}, std::pair{NID_subject_key_identifier, "hash"},
+          std::pair{NID_authority_key_identifier, "keyid:always"}, std::pair{NID_basic_constraints, constraints}}) {
         const std::unique_ptr<X509_EXTENSION, OpenSslFree<X509_EXTENSION_free>> extension{
             X509V3_EXT_conf_nid(nullptr, &context, kind, value)};
         X509_add_ext(leaf.get(), extension.get(), -1);
@@ -57,6 +63,11 @@ simulator::IssuedCertificate forgedLeaf(const std::string& issuer, const std::st
                 PEM_write_bio_PrivateKey(memory, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
             }),
             .pins = {}};
+}
+
+std::string derOf(const std::string& pem) {
+    const X509Pointer certificate{PEM_read_bio_X509(reading(pem).get(), nullptr, nullptr, nullptr)};
+    return platform::derOf(certificate.get(), i2d_X509);
 }
 
 std::vector<std::string> certificatesIn(const std::string& pem) {

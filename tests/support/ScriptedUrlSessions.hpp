@@ -19,6 +19,7 @@ public:
     class Request {
     public:
         platform::UrlRequest request;
+        platform::UrlSessionConfiguration configuration;
 
         /// Whether its session still exists; the last one to go cancels.
         bool isWanted() const { return !session_.expired(); }
@@ -56,21 +57,22 @@ public:
     /// Whether the machine has no thread left for a session.
     bool isExhausted = false;
 
-    std::shared_ptr<platform::UrlSession> make(platform::UrlSessionConfiguration /*configuration*/,
+    std::shared_ptr<platform::UrlSession> make(platform::UrlSessionConfiguration configuration,
                                                std::shared_ptr<platform::UrlSessionDelegate> delegate,
                                                std::shared_ptr<platform::DispatchQueue> queue) override {
         if (isExhausted) {
             throw std::system_error{std::make_error_code(std::errc::resource_unavailable_try_again)};
         }
-        return std::make_shared<Session>(*this, std::move(delegate), std::move(queue));
+        return std::make_shared<Session>(*this, std::move(configuration), std::move(delegate), std::move(queue));
     }
 
 private:
     class Session final : public platform::UrlSession, public std::enable_shared_from_this<Session> {
     public:
-        Session(ScriptedUrlSessions& owner, std::shared_ptr<platform::UrlSessionDelegate> delegate,
-                std::shared_ptr<platform::DispatchQueue> queue)
+        Session(ScriptedUrlSessions& owner, platform::UrlSessionConfiguration configuration,
+                std::shared_ptr<platform::UrlSessionDelegate> delegate, std::shared_ptr<platform::DispatchQueue> queue)
             : owner_{owner}
+            , configuration_{std::move(configuration)}
             , delegate_{std::move(delegate)}
             , queue_{std::move(queue)} {}
 
@@ -78,6 +80,7 @@ private:
                                                            platform::UrlCompletion completion) override {
             auto& kept = owner_.requests.emplace_back();
             kept.request = std::move(request);
+            kept.configuration = configuration_;
             kept.completion_ = std::move(completion);
             kept.delegate_ = delegate_;
             kept.queue_ = queue_;
@@ -90,6 +93,7 @@ private:
 
     private:
         ScriptedUrlSessions& owner_;
+        const platform::UrlSessionConfiguration configuration_;
         std::shared_ptr<platform::UrlSessionDelegate> delegate_;
         std::shared_ptr<platform::DispatchQueue> queue_;
     };

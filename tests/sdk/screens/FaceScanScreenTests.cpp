@@ -270,6 +270,10 @@ TEST_F(FaceScanScreen, PostsTheScan) {
     EXPECT_EQ(request.body, R"({"faceScan":"c2Nhbg==","auditTrailImage":"Zmlyc3Q=",)"
                             R"("lowQualityAuditTrailImage":"c2Vjb25k","externalDatabaseRefID":""})");
     EXPECT_FALSE(sessions->requests.back().isPinned());
+    const auto& limits = sessions->requests.back().configuration;
+    EXPECT_EQ(std::min({request.timeout, limits.requestTimeout, limits.resourceTimeout}), 5min);
+    EXPECT_EQ(limits.idleTimeout, 1min);
+    EXPECT_EQ(limits.responseLimit, std::size_t{1} << 20);
 
     Deployment::install({.joinPages = {}, .requiresPins = true});
     const auto odd = std::make_shared<Scan>();

@@ -120,6 +120,7 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
         fields_.deviceCode = std::move(deviceCode);
     }
     log::info(function, [this] { return description(); });
+    NetworkManager::shared().forgetCookies();
     getJoin(forCode,
             [this, completion = std::move(sessionResponseCompletion)](JoinDone done) { completion(judgeJoin(done)); });
 }
@@ -263,6 +264,7 @@ void KivoBE::resumeInBrowser() {
 }
 
 void KivoBE::reset() {
+    NetworkManager::shared().forgetCookies();
     if (removeStoredJoinAnswer()) {
         log::debug("reset()", "Session cleared");
     }

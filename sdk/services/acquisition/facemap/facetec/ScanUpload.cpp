@@ -1,6 +1,7 @@
 #include "services/acquisition/facemap/facetec/ScanUpload.hpp"
 
 #include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
 
 #include <kivo/platform/Services.hpp>
@@ -59,7 +60,11 @@ private:
 ScanUpload::ScanUpload(platform::UrlRequest request, Listener listener)
     : follower_{std::make_shared<Follower>(std::move(listener))}
     , session_{platform::services().urlSessions->make(
-          {.requestTimeout = wholeExchange, .resourceTimeout = wholeExchange, .idleTimeout = standstill}, follower_,
+          {.requestTimeout = wholeExchange,
+           .resourceTimeout = wholeExchange,
+           .idleTimeout = standstill,
+           .responseLimit = longestAnswer},
+          follower_,
           platform::services().mainQueue)} {
     request.timeout = wholeExchange;
     session_->dataTask(std::move(request), [follower = follower_](platform::UrlOutcome outcome) {

@@ -21,7 +21,7 @@ void sendDocumentReadNotice(const std::string& endpoint, const std::string& sess
     const auto finish = [held](NoticeOutcome outcome) {
         platform::services().mainQueue->async([run = std::move(*held), outcome = std::move(outcome)] { run(outcome); });
     };
-    NetworkManager::shared().sendRequest(
+    NetworkManager::shared().sendNotice(
         endpoint, body, [finish](platform::Data answer) { finish(std::move(answer)); },
         [finish](const TransportError& error) {
             finish(std::unexpected{codeOf(error.cause, ResponseCode::SERVER_ERROR)});
