@@ -28,6 +28,7 @@ kivo::Deployment& native(KivoDeployment* deployment) {
 KIVO_PROPERTY(NSArray*, joinPages, setJoinPages)
 KIVO_PROPERTY(BOOL, faceTecProduction, setFaceTecProduction)
 KIVO_PROPERTY(NSString*, faceTecProductionKey, setFaceTecProductionKey)
+KIVO_PROPERTY(BOOL, requiresPins, setRequiresPins)
 
 - (void)install {
     kivo::Deployment::install(native(self));

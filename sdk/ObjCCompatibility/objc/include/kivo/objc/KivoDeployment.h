@@ -24,6 +24,10 @@ __attribute__((visibility("default")))
 /// The key that the face scan library's vendor gives out for production mode; never logged. Empty at first.
 @property (nonatomic, copy) NSString* faceTecProductionKey;
 
+/// Whether requests go to pinned servers even where no list of pins is found: each then ends in
+/// "UNSECURE_SERVER_PINNING_FAILED". NO at first. A host that ships a list sets it.
+@property (nonatomic) BOOL requiresPins;
+
 /// Puts this deployment in force, as it is now. Call it before the first join.
 - (void)install;
 
