@@ -32,9 +32,9 @@ public:
     virtual std::shared_ptr<ThemeCustomization> sdkTheme() const = 0;
     virtual void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
-    /// The view controller on which screens are presented. Without one, `acquire` shows nothing and does not answer; on
-    /// one that is in no window it answers `UNKNOWN_ERROR`, on the main queue. It is held until another takes its
-    /// place; null lets it go.
+    /// The view controller on which screens are shown. Without one, `acquire` shows nothing, logs a warning and does
+    /// not answer; on one that is in no navigation stack and in no window it answers `UNKNOWN_ERROR`, on the main
+    /// queue. It is held until another takes its place; null lets it go.
     virtual void setContext(std::shared_ptr<platform::ViewController> viewController) = 0;
 
     /// Same as `setSdkTheme`. Screens already shown keep their theme.
@@ -74,8 +74,8 @@ public:
     /// when no attempt is left, and before a join of this process has brought a limit.
     virtual void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) = 0;
 
-    /// Deletes the stored session. Requests under way go on; the activation code, the theme, the context and the
-    /// attempts left stay as they are, and the object is ready for another join.
+    /// Deletes the stored session and forgets the service's cookies. Requests under way go on; the activation code, the
+    /// theme, the context and the attempts left stay as they are, and the object is ready for another join.
     virtual void reset() = 0;
 };
 

@@ -23,6 +23,9 @@ typedef void (^KivoCompletion)(ObjCResult* result);
 /// attempts left) answer on the calling thread before the call returns. Screens answer on the main thread (see
 /// `KivoMainQueue`). A nil `response` drops the outcome.
 ///
+/// Six requests to one server are under way at once; further ones wait, within their 60 seconds, until one of them
+/// ends. A request is sent once and never repeated.
+///
 /// Inside the answer to a request, further requests, `resumeInBrowser` and `reset` may be called; what touches screens
 /// (acquire, the context, the theme) may not, unless the answer runs on the main thread.
 __attribute__((visibility("default")))
@@ -37,8 +40,9 @@ __attribute__((visibility("default")))
 /// Gives the session another theme; nil for none. Screens already shown keep theirs.
 - (void)setThemeWithTheme:(nullable ThemeCustomization*)theme;
 
-/// The view controller on which screens are presented. Without one, acquire shows nothing and does not answer;
-/// on one that is in no window it answers "UNKNOWN_ERROR", on the main queue. It is held until another takes its place.
+/// The view controller on which screens are shown. Without one, acquire shows nothing, logs a warning and does not
+/// answer; on one that is in no navigation stack and in no window it answers "UNKNOWN_ERROR", on the main queue. It is
+/// held until another takes its place.
 - (void)setContextWithViewController:(nullable KivoViewController*)viewController;
 
 /// Shows the screen that acquires `object`. `config` is not read: the configuration counts with the join. `response`
@@ -77,8 +81,8 @@ __attribute__((visibility("default")))
                                data:(NSString*)data
                            response:(nullable KivoCompletion)response;
 
-/// Deletes the stored session. Requests under way go on; the activation code, the theme, the context and the attempts
-/// left stay as they are, and the provider is ready for another join.
+/// Deletes the stored session and forgets the service's cookies. Requests under way go on; the activation code, the
+/// theme, the context and the attempts left stay as they are, and the provider is ready for another join.
 - (void)reset;
 
 @end
