@@ -28,8 +28,7 @@ struct TransportError {
     std::string description() const;
 };
 
-/// The most bytes that an answer of the identity service, or of a vendor's server to a scan, may have: what the reader
-/// of JSON takes.
+/// The most bytes that an answer of the identity service may have: what the reader of JSON takes.
 inline constexpr std::size_t longestAnswer = std::size_t{1024} * 1024;
 
 /// What every session that talks to the identity service has in common. An exchange may take 180 seconds, of which

@@ -273,7 +273,7 @@ TEST_F(FaceScanScreen, PostsTheScan) {
     const auto& limits = sessions->requests.back().configuration;
     EXPECT_EQ(std::min({request.timeout, limits.requestTimeout, limits.resourceTimeout}), 5min);
     EXPECT_EQ(limits.idleTimeout, 1min);
-    EXPECT_EQ(limits.responseLimit, std::size_t{1} << 20);
+    EXPECT_EQ(limits.responseLimit, std::size_t{16} << 20);
 
     Deployment::install({.joinPages = {}, .requiresPins = true});
     const auto odd = std::make_shared<Scan>();

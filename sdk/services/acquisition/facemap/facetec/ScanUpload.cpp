@@ -1,8 +1,8 @@
 #include "services/acquisition/facemap/facetec/ScanUpload.hpp"
 
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
+#include "services/acquisition/facemap/facetec/ScanAnswer.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -63,7 +63,7 @@ ScanUpload::ScanUpload(platform::UrlRequest request, Listener listener)
           {.requestTimeout = wholeExchange,
            .resourceTimeout = wholeExchange,
            .idleTimeout = standstill,
-           .responseLimit = longestAnswer},
+           .responseLimit = ScanAnswer::limits.bytes},
           follower_,
           platform::services().mainQueue)} {
     request.timeout = wholeExchange;
