@@ -110,7 +110,7 @@ public:
 
     std::size_t positionOfError() const { return positionOfError_; }
 
-    bool null() { return add({}); }
+    bool null() { return put(Value{}) != nullptr; }
 
     bool boolean(bool value) { return add(value); }
 

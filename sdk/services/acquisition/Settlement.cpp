@@ -26,6 +26,10 @@ std::shared_ptr<const Settlement::Due> Settlement::expect() {
     return std::make_shared<const Due>(shared_from_this(), !isLeft_);
 }
 
+void Settlement::settle(IdvOutcome outcome) {
+    expect()->settle(std::move(outcome));
+}
+
 void Settlement::settleAfter(std::chrono::nanoseconds delay, std::shared_ptr<const Due> due, IdvOutcome outcome) {
     platform::services().mainQueue->asyncAfter(
         delay, [due = std::move(due), outcome = std::move(outcome)] { due->settle(outcome); });

@@ -53,7 +53,7 @@ public:
     /// Any thread.
     std::shared_ptr<const Due> expect();
 
-    void settle(IdvOutcome outcome) { expect()->settle(std::move(outcome)); }
+    void settle(IdvOutcome outcome);
 
     /// Settles on the main queue. Any thread.
     static void settleAfter(std::chrono::nanoseconds delay, std::shared_ptr<const Due> due, IdvOutcome outcome);
