@@ -40,8 +40,8 @@ public:
     /// The configuration as JSON text for storage, keyed by the member names below.
     std::string encode() const;
 
-    /// Reads what `encode` wrote, up to 16 MiB. All six members must be there with their types, else a text says what is
-    /// wrong.
+    /// Reads what `encode` wrote, up to 16 MiB. All six members must be there with their types, else a text says what
+    /// is wrong.
     static std::expected<std::shared_ptr<AcquisitionConfig>, std::string> decode(std::string_view encoded);
 
     SDKEnv ENVIRONMENT;

@@ -25,9 +25,9 @@ struct Url {
 
 /// Takes an absolute address of a server apart: scheme, "://", host, and then what RFC 3986 allows. Any thread.
 ///
-/// Absent for everything else: a relative address, an address without a host, a character that RFC 3986 does not allow, a
-/// host that is neither a name nor a numeric address, a port outside 1 to 65535, an address longer than `longestUrl`. User
-/// information is refused as well, because "https://bank.example@thief.example" leads to the thief.
+/// Absent for everything else: a relative address, an address without a host, a character that RFC 3986 does not allow,
+/// a host that is neither a name nor a numeric address, a port outside 1 to 65535, an address longer than `longestUrl`.
+/// User information is refused as well, because "https://bank.example@thief.example" leads to the thief.
 KIVO_EXPORT std::optional<Url> parseUrl(std::string_view text);
 
 } // namespace kivo::platform

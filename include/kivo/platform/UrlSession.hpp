@@ -43,7 +43,8 @@ struct UrlSessionConfiguration {
     std::chrono::seconds idleTimeout{0};
     /// An answer whose body is longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.
     std::size_t responseLimit = std::size_t{16} * 1024 * 1024;
-    /// The same for all that an answer says beside its body: its head, the interim answers before it (1xx), its trailers.
+    /// The same for all that an answer says beside its body: its head, the interim answers before it (1xx), its
+    /// trailers.
     std::size_t headLimit = std::size_t{64} * 1024;
 };
 
@@ -129,9 +130,9 @@ public:
 /// Completions run one at a time on the session's callback queue, never on the caller's stack. When the last
 /// reference goes, requests still under way end with `cancelled`.
 ///
-/// A request is sent once. A request whose fate is unknown, because its connection ended before the answer, fails and is
-/// not repeated; only an https redirect of the server's (20 at most) sends the request on. An answer counts when it came
-/// as a whole: one that says neither how long it is nor comes in chunks or frames is refused (`badAnswer`).
+/// A request is sent once. A request whose fate is unknown, because its connection ended before the answer, fails and
+/// is not repeated; only an https redirect of the server's (20 at most) sends the request on. An answer counts when it
+/// came as a whole: one that says neither how long it is nor comes in chunks or frames is refused (`badAnswer`).
 ///
 /// Cookies are kept in memory, for the session's own requests only.
 class KIVO_EXPORT UrlSession {
@@ -143,9 +144,9 @@ public:
     /// reported like any failure.
     virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
 
-    /// Forgets the cookies received so far. Requests handed over earlier may end with theirs; later requests know neither
-    /// those cookies nor any that an earlier request still receives. Callable from any thread; nothing by default, for a
-    /// session without cookies.
+    /// Forgets the cookies received so far. Requests handed over earlier may end with theirs; later requests know
+    /// neither those cookies nor any that an earlier request still receives. Callable from any thread; nothing by
+    /// default, for a session without cookies.
     virtual void forgetCookies() {}
 };
 

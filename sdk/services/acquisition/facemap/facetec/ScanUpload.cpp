@@ -59,13 +59,11 @@ private:
 
 ScanUpload::ScanUpload(platform::UrlRequest request, Listener listener)
     : follower_{std::make_shared<Follower>(std::move(listener))}
-    , session_{platform::services().urlSessions->make(
-          {.requestTimeout = wholeExchange,
-           .resourceTimeout = wholeExchange,
-           .idleTimeout = standstill,
-           .responseLimit = ScanAnswer::limits.bytes},
-          follower_,
-          platform::services().mainQueue)} {
+    , session_{platform::services().urlSessions->make({.requestTimeout = wholeExchange,
+                                                       .resourceTimeout = wholeExchange,
+                                                       .idleTimeout = standstill,
+                                                       .responseLimit = ScanAnswer::limits.bytes},
+                                                      follower_, platform::services().mainQueue)} {
     request.timeout = wholeExchange;
     session_->dataTask(std::move(request), [follower = follower_](platform::UrlOutcome outcome) {
         follower->complete(std::move(outcome));
