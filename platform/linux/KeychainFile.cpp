@@ -49,6 +49,7 @@ KeychainFile::~KeychainFile() {
 
 OSStatus KeychainFile::open(Purpose purpose, Deadline deadline) {
     deadline_ = deadline;
+    lastFailure_ = SQLITE_OK;
     // What could not be written when it was opened may be by now, and may have been by somebody else.
     if (database_ && (isReadOnly_ || !isStillInPlace())) {
         close();
@@ -71,7 +72,8 @@ OSStatus KeychainFile::openFiles(Purpose purpose) {
     using enum PrivateFolder::Missing;
     auto folder = PrivateFolder::open(where_, purpose == Purpose::store ? isMade : isAnError);
     if (!folder) {
-        return folder.error().error == ENOENT ? errSecItemNotFound : statusOf(folder.error());
+        const bool isAbsent = folder.error().error == ENOENT && purpose != Purpose::store;
+        return isAbsent ? errSecItemNotFound : statusOf(folder.error());
     }
     folder_ = std::move(*folder);
     databasePath_ = folder_->path() / databaseName;
@@ -139,12 +141,12 @@ OSStatus KeychainFile::connect() {
 OSStatus KeychainFile::setUp() {
     const auto state = examine(*database_);
     isReadOnly_ = database_->isReadOnly();
-    // A writable file that SQLite only reads has a damaged header.
-    if (state == KeychainState::damaged || (isReadOnly_ && access(databasePath_.c_str(), W_OK) == 0)) {
+    if (state == KeychainState::damaged || database_->hasUnknownFormat()) {
         return errSecDecode;
     }
     if (state == KeychainState::unknown) {
-        return failure();
+        // A page that could not be read is no error to SQLite's check.
+        return database_->lastError() == SQLITE_OK ? statusOf(FileProblem{.error = EIO}) : failure();
     }
     if (state == KeychainState::newer) {
         report("The keychain " + quoted(databasePath_) +
@@ -208,12 +210,11 @@ OSStatus KeychainFile::createKey() {
         return statusOf(former.error());
     }
     if (*former) {
-        if (const auto status = putAside(keyFileName, freeMark(*folder_, keyFileName, "damaged"));
-            status != errSecSuccess) {
-            return status;
+        // Most of a key opens as much as the whole key, so the file is not kept beside the values that were put aside.
+        if (const int error = folder_->remove(keyFileName); error != 0) {
+            return statusOf(FileProblem{.error = error});
         }
-        report("The keychain's key file " + quoted(folder_->path() / keyFileName) +
-               " is damaged; it is put aside, and a new one is made.");
+        report("The keychain's key file " + quoted(folder_->path() / keyFileName) + " is damaged; a new one is made.");
     }
     auto key = createKeyFile(*folder_);
     if (!key) {
@@ -253,24 +254,17 @@ OSStatus KeychainFile::putAside(const std::string& name, const std::string& mark
     return errSecSuccess;
 }
 
-bool KeychainFile::putAsideIfDamaged() {
-    if (!isDamage(database_->lastError())) {
+bool KeychainFile::closeIfDamaged() {
+    if (!isDamage(lastFailure_)) {
         return false;
     }
-    const auto lock = folder_->lock(deadline_);
-    if (!lock) {
-        return false;
-    }
-    // Another process may have put it aside already; then there is nothing left to move.
-    if (!isStillInPlace()) {
-        close();
-        return true;
-    }
-    return !isReadOnly_ && putDatabaseAside("corrupt", "is damaged") == errSecSuccess;
+    close();
+    return true;
 }
 
 OSStatus KeychainFile::failure() {
-    return statusOf(database_->lastError(), database_->systemError());
+    lastFailure_ = database_->lastError();
+    return statusOf(lastFailure_, database_->systemError());
 }
 
 OSStatus KeychainFile::statusOf(int sqliteError, int systemError) {

@@ -44,8 +44,9 @@ public:
     /// The keychain's status for the last error of the database, which is reported.
     OSStatus failure();
 
-    /// Puts the database aside when its last error was that it is damaged; false otherwise.
-    bool putAsideIfDamaged();
+    /// Closes a database whose last failure says that it is damaged; false for any other failure. The next `open()`
+    /// examines the file and puts a damaged one aside.
+    bool closeIfDamaged();
 
     /// Keeps `text` for the diagnostics unless it was the last thing kept.
     void report(std::string text);
@@ -76,6 +77,7 @@ private:
     pid_t process_ = 0;
     ino_t inode_ = 0;
     bool isReadOnly_ = false;
+    int lastFailure_ = 0;
     std::optional<SealingKey> key_;
     std::string lastReport_;
     std::vector<std::string> reports_;

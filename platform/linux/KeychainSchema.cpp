@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace kivo::platform {
 namespace {
@@ -29,6 +30,14 @@ constexpr auto createAttributes = "CREATE INDEX attributes ON items(generic, acc
 constexpr auto actualSchema =
     "SELECT group_concat(type || ' ' || name || ' ' || tbl_name || ' ' || coalesce(sql, ''), ';') "
     "FROM (SELECT * FROM sqlite_master ORDER BY rowid)";
+
+/// SQLite's check of a database reports a page that the system could not read like any other finding. The page itself
+/// may be sound.
+bool tellsOfUnreadPage(std::string_view finding) {
+    const auto damage = "error code=" + std::to_string(SQLITE_CORRUPT);
+    return (finding.contains("unable to get the page") && !finding.ends_with(damage)) ||
+           finding.contains("failed to get page");
+}
 
 std::string expectedSchema() {
     return std::string{"table items items "} + createItems + ";index sqlite_autoindex_items_1 items ;" +
@@ -60,6 +69,9 @@ KeychainState examine(SqliteDatabase& database) {
     const auto check = database.text("PRAGMA integrity_check(1)");
     if (!check) {
         return isDamage(database.lastError()) ? KeychainState::damaged : KeychainState::unknown;
+    }
+    if (tellsOfUnreadPage(*check)) {
+        return KeychainState::unknown;
     }
     return *check == "ok" ? KeychainState::sound : KeychainState::damaged;
 }

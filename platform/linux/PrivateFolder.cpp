@@ -56,10 +56,14 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
     return entry;
 }
 
-/// Goes by the descriptor, so that no link leads the change elsewhere. What can only be read keeps its mode.
+/// Goes by the descriptor, so that no link leads the change elsewhere. What can only be read keeps its mode. ENOSYS
+/// where the system has no /proc.
 int changeMode(const FileDescriptor& descriptor, mode_t mode) {
     const auto path = "/proc/self/fd/" + std::to_string(descriptor.get());
-    return chmod(path.c_str(), mode) == 0 || errno == EROFS ? 0 : errno;
+    if (chmod(path.c_str(), mode) == 0 || errno == EROFS) {
+        return 0;
+    }
+    return errno == ENOENT ? ENOSYS : errno;
 }
 
 FileDescriptor readable(int folder) {

@@ -127,6 +127,16 @@ bool SqliteDatabase::isReadOnly() const {
     return sqlite3_db_readonly(connection_, "main") == 1;
 }
 
+bool SqliteDatabase::hasUnknownFormat() const {
+    constexpr unsigned char newestFormat = 2;
+    constexpr sqlite3_int64 placeOfFormat = 18;
+    sqlite3_file* file = nullptr;
+    unsigned char format = 0;
+    return sqlite3_file_control(connection_, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
+           file != nullptr && file->pMethods != nullptr &&
+           file->pMethods->xRead(file, &format, 1, placeOfFormat) == SQLITE_OK && format > newestFormat;
+}
+
 bool SqliteDatabase::isInTransaction() const {
     return sqlite3_get_autocommit(connection_) == 0;
 }

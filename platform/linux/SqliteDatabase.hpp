@@ -76,6 +76,9 @@ public:
     /// Whether the file can only be read.
     bool isReadOnly() const;
 
+    /// Whether the header asks for a format that SQLite does not write, as only damage makes it.
+    bool hasUnknownFormat() const;
+
     bool isInTransaction() const;
 
 private:

@@ -150,7 +150,7 @@ private:
                 return status;
             }
             status = operation();
-            if (status != errSecDecode || !file_.putAsideIfDamaged()) {
+            if (status != errSecDecode || !file_.closeIfDamaged()) {
                 break;
             }
         }

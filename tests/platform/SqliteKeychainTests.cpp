@@ -101,13 +101,13 @@ TEST_F(SqliteKeychainTest, ACopyWithoutItsKeyOpensNothing) {
     EXPECT_THAT(filesPutAside(), ElementsAre("keychain.db.without-key"));
 }
 
-TEST_F(SqliteKeychainTest, ADamagedKeyFileIsPutAsideByTheNextWrite) {
+TEST_F(SqliteKeychainTest, ADamagedKeyFileIsReplacedByTheNextWrite) {
     ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
     parent.write(folder / "keychain.key", "short");
     EXPECT_EQ(read("one"), std::to_string(errSecDecode));
     EXPECT_EQ(open()->SecItemAdd(item("two", "anew")), errSecSuccess);
     EXPECT_EQ(read("two"), "anew");
-    EXPECT_THAT(filesPutAside(), ElementsAre("keychain.db.without-key", "keychain.key.damaged"));
+    EXPECT_THAT(filesPutAside(), ElementsAre("keychain.db.without-key"));
 }
 
 TEST_F(SqliteKeychainTest, ASwappedOrAlteredValueDoesNotOpen) {
@@ -144,6 +144,18 @@ TEST_F(SqliteKeychainTest, LeavesTheDatabaseOfANewerReleaseAlone) {
     execute("PRAGMA user_version = 1");
     execute("PRAGMA application_id = 0x4B490001");
     EXPECT_EQ(read("one"), "value");
+}
+
+TEST_F(SqliteKeychainTest, LeavesADatabaseAloneThatANewerReleaseTakesOverWhileItIsOpen) {
+    const auto keychain = open();
+    ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
+    execute("ALTER TABLE items RENAME TO entries");
+    execute("PRAGMA user_version = 2");
+    execute("PRAGMA application_id = 0x4B490002");
+    EXPECT_EQ(read(*keychain, "one"), std::to_string(errSecNotAvailable));
+    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecNotAvailable);
+    EXPECT_THAT(filesPutAside(), testing::IsEmpty());
+    EXPECT_TRUE(fs::exists(folder / "keychain.key"));
 }
 
 TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) {
