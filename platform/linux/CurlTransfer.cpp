@@ -182,8 +182,10 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
         engine->holdUntil([this] { return isCancelled() || !awaitsVerdict(); },
                           std::min(deadline_, std::chrono::steady_clock::now() + briefly));
     }
-    endedUnjudged_ = awaitsVerdict();
-    return challenge_->verdict() == TrustChallenge::Verdict::accepted;
+    // The verdict may come at any moment; a request that leaves must not count as one that still waits for it.
+    const auto verdict = challenge_->verdict();
+    endedUnjudged_ = verdict == TrustChallenge::Verdict::open;
+    return verdict == TrustChallenge::Verdict::accepted;
 }
 
 void CurlTransfer::noteSent(std::uint64_t sent) {
@@ -235,7 +237,7 @@ bool CurlTransfer::goesOn(CURLcode code) {
     if (std::exchange(endedUnjudged_, false)) {
         return true;
     }
-    if (sending_->isConnectionOver()) {
+    if (sending_ && sending_->isConnectionOver()) {
         wantsFreshConnection_ = true;
         return true;
     }
@@ -281,7 +283,8 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
     if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::refused) {
         return std::unexpected{pinMismatchError(*destination_)};
     }
-    if ((sending_ && sending_->wouldRepeat()) || (code == CURLE_OK && !answer_.isWhole())) {
+    const bool isGone = code == CURLE_HTTP2 && answer_.status() == 0;
+    if (isGone || (sending_ && sending_->wouldRepeat()) || (code == CURLE_OK && !answer_.isWhole())) {
         return std::unexpected{connectionLostError(*destination_)};
     }
     if (code != CURLE_OK) {
@@ -313,10 +316,14 @@ void CurlTransfer::deliver() {
     auto expected = State::underWay;
     const bool isCancelled = !state_.compare_exchange_strong(expected, State::delivered);
     auto outcome = isCancelled ? UrlOutcome{std::unexpected{cancelledError()}} : std::move(outcome_);
-    // A host may hold on to the task; what hangs on it goes now.
+    // A host may keep the task; the request's headers, cookies and captures go now.
     const auto completion = std::exchange(completion_, nullptr);
     settings_.reset();
     request_ = {};
+    headerLines_.reset();
+    jar_.reset();
+    judged_.reset();
+    challenge_.reset();
     if (completion) {
         completion(std::move(outcome));
     }

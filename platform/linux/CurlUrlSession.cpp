@@ -21,13 +21,16 @@ public:
     CurlUrlSession(const CurlUrlSession&) = delete;
     CurlUrlSession& operator=(const CurlUrlSession&) = delete;
 
-    ~CurlUrlSession() override { engine_->stop(); }
+    ~CurlUrlSession() override {
+        if (isOwnProcess()) {
+            engine_->stop();
+        }
+    }
 
     std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) override {
         auto transfer = std::make_shared<CurlTransfer>(std::move(request), std::move(completion), settings_, engine_);
-        if (::getpid() != process_) {
-            // The session's threads stayed with the parent of this forked process.
-            transfer->conclude(CURLE_FAILED_INIT);
+        if (!isOwnProcess()) {
+            transfer->concludeUnsent(CURLE_FAILED_INIT);
             transfer->deliver();
             return transfer;
         }
@@ -35,9 +38,16 @@ public:
         return transfer;
     }
 
-    void forgetCookies() override { engine_->forgetCookies(); }
+    void forgetCookies() override {
+        if (isOwnProcess()) {
+            engine_->forgetCookies();
+        }
+    }
 
 private:
+    /// The session's threads, and the locks that they held, stay with the parent of a forked process.
+    bool isOwnProcess() const { return ::getpid() == process_; }
+
     const std::shared_ptr<const CurlSettings> settings_;
     const std::shared_ptr<CurlEngine> engine_;
     const pid_t process_ = ::getpid();

@@ -70,7 +70,9 @@ void ExitGuard::stopAll() {
     std::vector<std::shared_ptr<Stoppable>> members;
     {
         const std::scoped_lock lock{mutex_};
-        exiting_ = true;
+        if (exiting_.exchange(true)) {
+            return;
+        }
         for (const auto& [address, weak] : members_) {
             members.push_back(weak.lock());
         }

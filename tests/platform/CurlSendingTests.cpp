@@ -54,7 +54,7 @@ TEST(CurlSending, SendsNothingTwiceWhenAUsedConnectionEndsWithoutAnAnswer) {
         {Protocol::http2, {"", After::close}},
         {Protocol::http2, {resetWith(refusedStream)}},
         {Protocol::http2, {resetWith(http1Required)}},
-        {Protocol::http2, {goodbye, After::close}, "badAnswer"},
+        {Protocol::http2, {goodbye, After::close}, "connectionLost"},
     };
 
     for (const auto& row : rows) {
