@@ -51,7 +51,15 @@ bool storeActivationCode(std::string_view activationCode) {
 }
 
 bool removeStoredJoinAnswer() {
-    // Without a look at the answer first: a store that is locked or damaged seems to hold none.
+    auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
+    const bool isText = !answer || text::isUtf8(*answer);
+    if (answer) {
+        platform::wipe(*answer);
+    }
+    if (!isText) {
+        return false;
+    }
+    // Also without an answer: a store that is locked or damaged seems to hold none.
     using enum KeychainWrapper::Removal;
     const auto removal = KeychainWrapper::standard().remove(std::string{StoredItems::joinAnswer});
     if (removal == failed) {

@@ -162,7 +162,9 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinDone d
     NetworkManager::shared().sendRequest(
         Deployment::current().joinPage(joined.environment), body,
         [shared, codeValue](const platform::Data& answer) {
-            if (text::isUtf8(answer) && storeJoinAnswer(answer) && storeActivationCode(codeValue)) {
+            if (text::isUtf8(answer) && storeJoinAnswer(answer)) {
+                // The session stands without the code, which nothing reads again.
+                storeActivationCode(codeValue);
                 (*shared)({});
             } else {
                 (*shared)(std::unexpected{ResponseCode::INVALID_JOIN_SESSION});
