@@ -50,7 +50,8 @@ public:
     std::atomic<std::int64_t> retryLimit = 0;
 
     /// POSTs `params`, to a pinned server only where pins are in force, and calls exactly one of the two
-    /// callbacks, on the session's callback queue.
+    /// callbacks, on the session's callback queue; where no thread can be had, and in a forked child, on the calling
+    /// thread before the operation returns.
     ///
     /// Parameters that are no valid JSON (a text that is not UTF-8) go out as an empty body.
     void sendRequest(const std::string& urlString, const json::Value& params, Success success, Failure failure) {

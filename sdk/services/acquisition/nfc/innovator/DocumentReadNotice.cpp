@@ -21,7 +21,8 @@ void sendDocumentReadNotice(const std::string& endpoint, const std::string& sess
     const auto finish = [held](NoticeOutcome outcome) {
         platform::services().mainQueue->async([run = std::move(*held), outcome = std::move(outcome)] { run(outcome); });
     };
-    NetworkManager::shared().sendNotice(
+    // The document screen waits for the answer, so the notice must not queue behind the notices that nothing waits for.
+    NetworkManager::shared().sendRequest(
         endpoint, body, [finish](platform::Data answer) { finish(std::move(answer)); },
         [finish](const TransportError& error) {
             finish(std::unexpected{codeOf(error.cause, ResponseCode::SERVER_ERROR)});
