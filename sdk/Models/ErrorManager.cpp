@@ -34,6 +34,8 @@ std::optional<ServerErrorModel> ErrorManager::verifyResponseForServerError(std::
                                                                            const json::Limits& limits) {
     const auto answer = json::read(data, limits);
     if (!answer && answer.error().isBeyondLimits()) {
+        log::debug("verifyResponseForServerError(data:)",
+                   "The answer is too long, too deep or has too many members to be read.");
         return std::nullopt;
     }
     ServerErrorModel document;
