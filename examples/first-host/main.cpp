@@ -4,7 +4,7 @@
 #include <iostream>
 
 int main(int argc, char** argv) {
-    // Where your identity service is, for each environment. Nobody answers at these addresses.
+    // Where your identity service is, for each environment. No server answers at these addresses.
     kivo::Deployment::install({.joinPages = {"https://identity.example/join.html",                // PROD
                                              "https://preproduction.identity.example/join.html",  // PREPROD
                                              "https://test.identity.example/join.html",           // TEST

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
         NSRunLoop* const loop = [NSRunLoop mainRunLoop];
         [KivoMainQueue attachToRunLoop:loop];
 
-        // Where your identity service is, in the order of SDKEnv. Nobody answers at these addresses.
+        // Where your identity service is, in the order of SDKEnv. No server answers at these addresses.
         KivoDeployment* const deployment = [[KivoDeployment new] autorelease];
         deployment.joinPages = @[
             @"https://identity.example/join.html", @"https://preproduction.identity.example/join.html",

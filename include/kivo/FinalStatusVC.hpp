@@ -14,7 +14,7 @@ class KIVO_EXPORT FinalStatusVCDelegate {
 public:
     virtual ~FinalStatusVCDelegate() = default;
 
-    /// The screen began to disappear 0.1 seconds ago, whoever took it away.
+    /// Called 0.1 seconds after the screen begins to disappear, whether the person or the host took it away.
     virtual void finalStatusDidDisappear() = 0;
 };
 

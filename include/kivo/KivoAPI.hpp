@@ -18,8 +18,11 @@ namespace kivo {
 /// attempts left) answer on the calling thread before the call returns. Screens answer on the main thread.
 ///
 /// Inside the answer to a request, further requests, `resumeInBrowser` and `reset` may be called; what touches screens
-/// (`acquire`, the context, the theme) may not, unless the answer runs on the main thread. A `response` is copied; what
-/// it captures goes with the last copy, on the calling thread or on the transport's.
+/// (`acquire`, the context, the theme) may not, unless the answer runs on the main thread. A `response` is copied; its
+/// captures are destroyed with the last copy, on the calling thread or on the transport thread.
+///
+/// A call may wait for the keychain, which another process can hold: five seconds for each access, of which a call
+/// makes up to two.
 ///
 /// Six requests to one server are under way at once; further ones wait, within their 60 seconds, until one of them
 /// ends. What the SDK tells the service of its own accord takes none of these places. A request is sent once and never
@@ -34,7 +37,7 @@ public:
 
     /// The view controller on which screens are shown. Without one, `acquire` shows nothing, logs a warning and does
     /// not answer; on one that is in no navigation stack and in no window it answers `UNKNOWN_ERROR`, on the main
-    /// queue. It is held until another takes its place; null lets it go.
+    /// queue. The session keeps the context until another is set; null releases it.
     virtual void setContext(std::shared_ptr<platform::ViewController> viewController) = 0;
 
     /// Same as `setSdkTheme`. Screens already shown keep their theme.

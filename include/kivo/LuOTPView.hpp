@@ -86,7 +86,7 @@ public:
     /// The field at a position, from 1; null when there is no such position.
     std::shared_ptr<LuOTPTextField> field(int tag);
 
-    /// Gives the focus to the field where typing goes on: the one being edited, or the last of a full row.
+    /// Gives the focus to the last field of a full row, else to the field being edited, else to the first field.
     void getResponder();
 
     bool textFieldShouldBeginEditing(platform::TextField& field) override;

@@ -107,7 +107,7 @@ public:
     std::optional<std::int64_t> integer() const;
     /// A number near enough to a `double`; absent when its size is beyond all of them.
     std::optional<double> real() const;
-    /// A number as it was written.
+    /// A number as it was written; an integer within 64 bits without what does not count, such as the sign of -0.
     std::string_view digits() const;
     const std::string* text() const;
     std::string* text();
@@ -136,7 +136,8 @@ struct Member {
     Value value;
 };
 
-/// Reads one JSON value, in UTF-8 with or without a byte order mark, in linear time and without recursion.
+/// Reads one JSON value, in UTF-8 with or without a byte order mark, in time that hardly grows faster than the text,
+/// and without recursion.
 std::expected<Value, Refusal> read(std::string_view text, const Limits& limits = {});
 
 /// The value as compact JSON; absent when a text in it is no UTF-8.

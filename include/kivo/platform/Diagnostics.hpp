@@ -12,7 +12,8 @@ class KIVO_EXPORT Diagnostics {
 public:
     virtual ~Diagnostics() = default;
 
-    /// `component` is a short word such as "keychain"; `text` says what happened and what to do. Any thread.
+    /// `component` is a short word such as "keychain"; `text` says what happened and what to do. Any thread. A report
+    /// can come while the services are made, so it must call neither `services()` nor the SDK.
     virtual void report(std::string_view component, std::string_view text) = 0;
 };
 

@@ -24,8 +24,8 @@ namespace kivo::platform {
 ///
 /// The services of Linux have threads and locks, which a forked child does not inherit. In a child that does not
 /// execute a program, URL sessions made by the parent answer every request with a failure before the call returns, and
-/// a keychain that the parent has used gives `errSecNotAvailable`; neither hangs. Other services must not be used
-/// there.
+/// a keychain that the parent has used gives `errSecNotAvailable`. The child must not use the other services: fork
+/// workers before the parent's first call to the library.
 struct Services {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;
@@ -35,7 +35,7 @@ struct Services {
     std::shared_ptr<Bundles> bundles;
     std::shared_ptr<Device> device;
     std::shared_ptr<Workspace> workspace;
-    /// Hears also what services report that were made before the diagnostics were installed.
+    /// Receives reports also from services that were made before the diagnostics were installed.
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
     std::shared_ptr<Camera> camera;
@@ -56,7 +56,7 @@ KIVO_EXPORT const Services& services();
 struct LinuxOptions {
     /// The host's bundle folder. Empty: the folder `<executable>.bundle` beside the executable.
     std::filesystem::path mainBundle;
-    /// Where secrets and the device identifier are kept: a folder of this user's, no link, that nobody else can write.
+    /// Where secrets and the device identifier are kept: a folder of this user, not a link, not writable by others.
     /// Empty: `kivo/<bundle identifier>` below `$XDG_DATA_HOME`.
     std::filesystem::path dataFolder;
     /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.

@@ -113,7 +113,8 @@ public:
     virtual ~UrlSessionDelegate() = default;
 
     /// Judges the server before any byte of a request leaves. `completionHandler` must be called exactly once; until
-    /// then the request waits, within its time limits, and the session's other requests go on.
+    /// then the request waits, within its time limits. The session's other requests stand still for 0.1 seconds at most
+    /// and then go on.
     /// A session whose delegate answers true to `judgesServerTrust()` makes no trust evaluation of its own.
     virtual void didReceiveChallenge(const ServerTrust* serverTrust,
                                      std::function<void(AuthChallengeDisposition)> completionHandler) = 0;
@@ -132,7 +133,9 @@ public:
 ///
 /// A request is sent once. A request whose fate is unknown, because its connection ended before the answer, fails and
 /// is not repeated; only an https redirect of the server's (20 at most) sends the request on. An answer counts when it
-/// came as a whole: one that says neither how long it is nor comes in chunks or frames is refused (`badAnswer`).
+/// came as a whole: an answer without a length that comes neither in chunks nor in frames is refused (`badAnswer`). On
+/// HTTP/2 an answer without a length ends where the server ends its stream, also where the server does so early without
+/// naming an error.
 ///
 /// Cookies are kept in memory, for the session's own requests only.
 class KIVO_EXPORT UrlSession {

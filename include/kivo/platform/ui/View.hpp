@@ -160,8 +160,8 @@ public:
 
     virtual bool canBecomeFirstResponder() const { return false; }
 
-    /// Takes the keyboard's input. Works also before the view is on screen, but then not from a view that a person can
-    /// reach. Returns whether the view has it now.
+    /// Takes the keyboard's input. A view that is not on screen may take the input too, but not from a view that a
+    /// person can reach. Returns whether the view has the input now.
     virtual bool becomeFirstResponder();
     virtual bool resignFirstResponder();
     bool isFirstResponder() const;

@@ -9,7 +9,7 @@ NS_ASSUME_NONNULL_BEGIN
 /// Hears that the final status screen has gone. Called on the main thread.
 @protocol FinalStatusVCDelegate <NSObject>
 
-/// The screen began to disappear 0.1 seconds ago, whoever took it away.
+/// Called 0.1 seconds after the screen begins to disappear, whether the person or the host took it away.
 - (void)finalStatusDidDisappear;
 
 @end
