@@ -18,6 +18,7 @@ Settlement::Due::~Due() {
 void Settlement::Due::settle(IdvOutcome outcome) const {
     if (counts_ && tell_ && !owner_->isSilent_) {
         owner_->isSilent_ = owner_->isLeft_;
+        owner_->hasSucceeded_ = owner_->hasSucceeded_ || outcome;
         tell_(std::move(outcome));
     }
 }
@@ -35,10 +36,14 @@ void Settlement::settleAfter(std::chrono::nanoseconds delay, std::shared_ptr<con
         delay, [due = std::move(due), outcome = std::move(outcome)] { due->settle(outcome); });
 }
 
+std::shared_ptr<const Settlement::Due> Settlement::cancellation() {
+    return std::make_shared<const Due>(shared_from_this(), dues_ == 0 && !isLeft_ && !hasSucceeded_);
+}
+
 std::shared_ptr<const Settlement::Due> Settlement::leave() {
-    auto cancellation = std::make_shared<const Due>(shared_from_this(), dues_ == 0 && !isLeft_);
+    auto answer = cancellation();
     isLeft_ = true;
-    return cancellation;
+    return answer;
 }
 
 } // namespace kivo

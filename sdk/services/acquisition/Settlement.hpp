@@ -13,13 +13,14 @@ namespace kivo {
 /// What a screen owes the host: one outcome for each thing that a person sets going on the screen, told whatever
 /// becomes of the screen meanwhile.
 ///
-/// A person who leaves has cancelled, unless an outcome is due, which then is the answer. Nothing more is told
-/// afterwards. Main thread, except where stated.
+/// A person who leaves has cancelled, unless an outcome is due, which then is the answer, or the screen has told its
+/// success. Nothing more is told afterwards. So `leave()` is called when the person leaves or the screen is done, but
+/// not when the host takes the screen away. Main thread, except where stated.
 class Settlement : public std::enable_shared_from_this<Settlement> {
 public:
     using Tell = std::function<void(IdvOutcome outcome)>;
 
-    /// One outcome on its way. It holds the listener, and is due for as long as somebody holds it.
+    /// One outcome on its way, which is due until the code that is to tell it releases this object. Holds the listener.
     class Due {
     public:
         Due(std::shared_ptr<Settlement> owner, bool counts);
@@ -29,6 +30,14 @@ public:
 
         /// Tells the outcome, unless the person had left before it was due.
         void settle(IdvOutcome outcome) const;
+
+        /// Tells that the person has left. `state` is the screen's step, and stays: the step may have succeeded before.
+        template <class State>
+        void cancel(std::atomic<State>& state) const {
+            const auto former = state.load();
+            settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
+            state = former;
+        }
 
     private:
         const std::shared_ptr<Settlement> owner_;
@@ -58,9 +67,15 @@ public:
     /// Settles on the main queue. Any thread.
     static void settleAfter(std::chrono::nanoseconds delay, std::shared_ptr<const Due> due, IdvOutcome outcome);
 
-    /// The person leaves, or the screen is done. What is returned tells a cancellation, but tells nothing where an
-    /// outcome is due or the person has left already.
+    /// The answer for a person who leaves. Settling the answer does nothing if another outcome is due, a success has
+    /// been told, or the person had left before.
+    std::shared_ptr<const Due> cancellation();
+
+    /// Returns the cancellation, and drops all outcomes that are not due yet.
     std::shared_ptr<const Due> leave();
+
+    /// The screen's success was told by other ways.
+    void recordSuccess() { hasSucceeded_ = true; }
 
     bool isLeft() const { return isLeft_; }
 
@@ -68,6 +83,7 @@ private:
     const std::function<Tell()> listener_;
     std::atomic<int> dues_ = 0;
     std::atomic<bool> isLeft_ = false;
+    bool hasSucceeded_ = false;
     /// The last outcome has been told.
     bool isSilent_ = false;
 };

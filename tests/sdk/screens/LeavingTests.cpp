@@ -132,7 +132,7 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
          cancelled,
          {}},
         {"no document chosen", nfcScan, nothing, cancelled, {}},
-        {"a document read before", nfcScan, nothing, {}, {}, "true", docDone},
+        {"a document read before", nfcScan, nothing, cancelled, {}, "true", docDone},
         {"a reading about to begin by itself", nfcScan, nothing, cancelled, {}, "false"},
         {"a reading failed, and the screen about to close itself",
          nfcScan,
@@ -154,6 +154,17 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
          {"DOCUMENT_SCAN"},
          {"DOCUMENT_SCAN"}},
         {"another card chosen", nfcScan, [&] { choose(3); }, cancelled, {}},
+        {"another card scanned",
+         nfcScan,
+         [&] {
+             choose(3);
+             advance(100ms);
+             scanCard(0);
+             scanner->done();
+             advance(100ms);
+         },
+         {"OCR_SCAN"},
+         {"OCR_SCAN"}},
         {"another card scanned in vain",
          nfcScan,
          [&] {
@@ -166,7 +177,7 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
          {"TIMEOUT"},
          {"TIMEOUT"}},
         {"no face scanned", facemapScan, nothing, cancelled, {}},
-        {"a face scanned before", facemapScan, nothing, {}, {}, "true", docOpen, faceDone},
+        {"a face scanned before", facemapScan, nothing, cancelled, {}, "true", docOpen, faceDone},
         {"a library that does not start",
          facemapScan,
          [&] { scanner->initialized(false); },

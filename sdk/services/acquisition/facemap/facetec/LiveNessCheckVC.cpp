@@ -199,16 +199,12 @@ void LiveNessCheckVC::scanDidNotSucceed(const platform::FaceTecSessionResult* re
 
 void LiveNessCheckVC::closeButtonTap() {
     completeAcceptedScan();
-    ui::popOrDismiss(*this, [cancellation = settlement_->leave()] {
-        cancellation->settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
-    });
+    ui::popOrDismiss(
+        *this, [cancellation = settlement_->leave()] { cancellation->cancel(UIStateManager::shared().faceAuthState); });
 }
 
 void LiveNessCheckVC::didGoBack() {
-    const auto cancellation = settlement_->leave();
-    if (UIStateManager::shared().faceAuthState != FaceAuthStatus::faceAuthSuccess) {
-        cancellation->settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
-    }
+    settlement_->leave()->cancel(UIStateManager::shared().faceAuthState);
 }
 
 void LiveNessCheckVC::completeAcceptedScan() {

@@ -114,11 +114,7 @@ void OCRScanInitializeVC::willMoveFromParent() {
 }
 
 void OCRScanInitializeVC::didGoBack() {
-    // A scan that is given up leaves a document that was read before as it is.
-    auto& state = UIStateManager::shared().docAuthState;
-    const auto former = state.load();
-    settlement_->leave()->settle(std::unexpected{ResponseCode::CANCELLED_BY_USER});
-    state = former;
+    settlement_->leave()->cancel(UIStateManager::shared().docAuthState);
 }
 
 } // namespace kivo

@@ -34,7 +34,8 @@ constexpr int identityCardTag = 2;
 constexpr int otherCardTag = 3;
 
 void cancel(std::shared_ptr<const Settlement::Due> cancellation) {
-    Settlement::settleAfter(100ms, std::move(cancellation), std::unexpected{ResponseCode::CANCELLED_BY_USER});
+    platform::services().mainQueue->asyncAfter(
+        100ms, [due = std::move(cancellation)] { due->cancel(UIStateManager::shared().docAuthState); });
 }
 
 } // namespace
@@ -220,6 +221,9 @@ void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
     using enum DocAuthStatus;
     UIStateManager::shared().docAuthState = result ? docAuthSuccess : docAuthFailedOrInitialized;
     if (const auto listener = delegate.lock()) {
+        if (result) {
+            settlement_->recordSuccess();
+        }
         listener->ocrFlowDidComplete(std::move(result));
     }
 }
@@ -229,10 +233,7 @@ void AuthMenuVC::closeDocumentSelectionButtonTap() {
 }
 
 void AuthMenuVC::didGoBack() {
-    const auto cancellation = settlement_->leave();
-    if (UIStateManager::shared().docAuthState != DocAuthStatus::docAuthSuccess) {
-        cancel(cancellation);
-    }
+    cancel(settlement_->leave());
 }
 
 void AuthMenuVC::closeUnlessDocumentsAreListed() {
