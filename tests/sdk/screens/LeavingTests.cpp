@@ -49,6 +49,7 @@ protected:
         heard.clear();
         reader->handler = nullptr;
         scanner->id = nullptr;
+        scanner->face = nullptr;
         api->acquire(object, nullptr, [this](const IdvOutcome& outcome) {
             heard.emplace_back(outcome ? IdvEventsHelper::eventName((*outcome)->responseType())
                                        : name(outcome.error()));
@@ -88,6 +89,13 @@ protected:
         settle();
         window->visibleViewController()->dismiss(false); // the vendor's own screen
         settle();
+    }
+
+    /// The library says that it is done some turns after its screen has gone.
+    void doneLater() {
+        mainLoop->asyncAfter(50ms, [face = scanner->face, id = scanner->id] {
+            face ? face->onFaceTecSDKCompletelyDone() : id->onFaceTecSDKCompletelyDone();
+        });
     }
 
     std::shared_ptr<test::DocumentVendor> reader = std::make_shared<test::DocumentVendor>();
@@ -188,7 +196,14 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
          [&] { later([this] { scanner->initialized(false); }); },
          cancelled,
          {"FACETEC_INITIALIZATION_FAILED"}},
-        {"a face accepted", facemapScan, [&] { scanFace(0); }, {"FACE_SCAN"}, {"FACE_SCAN"}},
+        {"a face accepted",
+         facemapScan,
+         [&] {
+             scanFace(0);
+             doneLater();
+         },
+         {"FACE_SCAN"},
+         {"FACE_SCAN"}},
         {"a face accepted and shown to be",
          facemapScan,
          [&] {
@@ -208,7 +223,14 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
          {"TIMEOUT"}},
         {"a card scan about to begin", ocrScan, nothing, cancelled, {}},
         {"a document read before a card", ocrScan, nothing, cancelled, {}, "true", docDone},
-        {"a card accepted", ocrScan, [&] { scanCard(0); }, {"OCR_SCAN"}, {"OCR_SCAN"}},
+        {"a card accepted",
+         ocrScan,
+         [&] {
+             scanCard(0);
+             doneLater();
+         },
+         {"OCR_SCAN"},
+         {"OCR_SCAN"}},
         {"a card accepted and shown to be",
          ocrScan,
          [&] {
@@ -237,6 +259,7 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
             byBack ? goBack() : pop();
             reader->handler = nullptr;
             scanner->id = nullptr;
+            scanner->face = nullptr;
             for (int tenth = 0; tenth < 30; ++tenth) {
                 advance(100ms);
             }
@@ -248,6 +271,31 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
             EXPECT_EQ(states.faceAuthState, expected == Texts{"FACE_SCAN"} ? faceDone : row.faceBefore);
             EXPECT_TRUE(!byBack || !reader->handler) << "no reading begins any more";
             EXPECT_EQ(scanner->id, nullptr) << "nor a scan";
+        }
+    }
+}
+
+TEST_F(Leaving, BringsAnAcceptedScanWhenTheHostDismissesTheScreen) {
+    const auto bare = std::make_shared<ViewController>();
+    window->setRootViewController(bare);
+    api->setContext(bare);
+    for (const auto object : {facemapScan, ocrScan}) {
+        for (const bool isDone : {false, true}) {
+            show(object);
+            const std::weak_ptr screen = bare->presentedViewController();
+            object == facemapScan ? scanFace(0) : scanCard(0);
+            bare->dismiss(false);
+            settle();
+            EXPECT_FALSE(screen.expired());
+            if (isDone) {
+                scanner->done();
+                advance(100ms);
+                settle();
+            }
+            scanner->face = nullptr;
+            scanner->id = nullptr;
+            EXPECT_EQ(heard, isDone ? Texts{object == facemapScan ? "FACE_SCAN" : "OCR_SCAN"} : Texts{});
+            EXPECT_TRUE(screen.expired()) << "with the library's session";
         }
     }
 }

@@ -54,7 +54,6 @@ void LiveNessCheckVC::viewWillAppear(bool /*animated*/) {
 }
 
 void LiveNessCheckVC::willMoveFromParent() {
-    completeAcceptedScan();
     // The overlay lies over the navigation controller, which stays.
     ui::hideActivityOverlay(*this);
 }
@@ -122,8 +121,8 @@ void LiveNessCheckVC::onLivenessButtonClick() {
         settlement_->settle(std::unexpected{ResponseCode::INVALID_FACEMAP_TOKEN});
         return;
     }
-    latestProcessor_ = std::make_shared<EnrollmentProcessor>(self());
-    if (latestProcessor_->begin(*token)) {
+    const auto processor = std::make_shared<EnrollmentProcessor>(self());
+    if (processor->begin(*token)) {
         log::info(function, "enrollment Success ----");
         return;
     }
@@ -155,13 +154,13 @@ void LiveNessCheckVC::handleServerFailure(std::string_view data) {
     }
 }
 
-void LiveNessCheckVC::onComplete() {
-    const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
+void LiveNessCheckVC::onComplete(std::shared_ptr<const Settlement::Due> success) {
+    const bool isSuccess = success != nullptr;
     log::info("onComplete()", isSuccess ? "FaceScan success" : "FaceScan fail");
     const auto result = std::exchange(latestSessionResult_, nullptr);
     if (isSuccess) {
         platform::services().mainQueue->asyncAfter(
-            100ms, [self = self(), due = settlement_->expect()] { self->scanDidSucceed(*due); });
+            100ms, [self = self(), due = std::move(success)] { self->scanDidSucceed(*due); });
         return;
     }
     // Without a code nothing is due: the server's answer has been reported already, if it was to be.
@@ -198,19 +197,12 @@ void LiveNessCheckVC::scanDidNotSucceed(const platform::FaceTecSessionResult* re
 }
 
 void LiveNessCheckVC::closeButtonTap() {
-    completeAcceptedScan();
     ui::popOrDismiss(
         *this, [cancellation = settlement_->leave()] { cancellation->cancel(UIStateManager::shared().faceAuthState); });
 }
 
 void LiveNessCheckVC::didGoBack() {
     settlement_->leave()->cancel(UIStateManager::shared().faceAuthState);
-}
-
-void LiveNessCheckVC::completeAcceptedScan() {
-    if (latestProcessor_ && latestProcessor_->isSuccessToBeShown()) {
-        onComplete();
-    }
 }
 
 } // namespace kivo

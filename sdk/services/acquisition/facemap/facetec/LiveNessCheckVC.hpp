@@ -48,7 +48,10 @@ public:
 
     void scanDidFail(ResponseCode code) override;
     void handleServerFailure(std::string_view data) override;
-    void onComplete() override;
+
+    std::shared_ptr<const Settlement::Due> expectSuccess() override { return settlement_->expect(); }
+
+    void onComplete(std::shared_ptr<const Settlement::Due> success) override;
 
 protected:
     void connect(platform::Interface& interface) override;
@@ -66,8 +69,6 @@ private:
     void scanDidNotSucceed(const platform::FaceTecSessionResult* result, std::optional<ResponseCode> code,
                            const std::shared_ptr<const Settlement::Due>& due);
     void closeButtonTap();
-    /// Does not wait for the library to have shown that the scan is accepted.
-    void completeAcceptedScan();
 
     std::shared_ptr<platform::Label> titleInfoLabel_;
     std::shared_ptr<platform::Label> processDescriptionLabel_;
@@ -76,7 +77,6 @@ private:
 
     /// Until its scan has been reported: it may be many megabytes.
     std::shared_ptr<platform::FaceTecSessionResult> latestSessionResult_;
-    std::shared_ptr<EnrollmentProcessor> latestProcessor_;
     std::string latestServerResult_;
     std::shared_ptr<Settlement> settlement_;
 };

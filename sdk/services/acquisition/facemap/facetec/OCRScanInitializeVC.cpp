@@ -46,8 +46,8 @@ void OCRScanInitializeVC::initializeFacetecOcr() {
         log::error(function, "enrollment Failed ----");
         return;
     }
-    latestProcessor_ = std::make_shared<PhotoIDScanProcessor>(self());
-    if (!latestProcessor_->begin(*token)) {
+    const auto processor = std::make_shared<PhotoIDScanProcessor>(self());
+    if (!processor->begin(*token)) {
         log::error(function, "The face scan library gave no screen for an ID scan.");
         settlement_->settle(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
         close();
@@ -66,10 +66,11 @@ void OCRScanInitializeVC::setLatestServerResult(std::string answer) {
     latestServerResult_ = std::move(answer);
 }
 
-void OCRScanInitializeVC::onComplete() {
-    const bool isSuccess = latestProcessor_ && latestProcessor_->isSuccess();
+void OCRScanInitializeVC::onComplete(std::shared_ptr<const Settlement::Due> success) {
+    const bool isSuccess = success != nullptr;
     log::info("onComplete()", isSuccess ? "OCR Scan success" : "OCR Scan fail");
-    platform::services().mainQueue->asyncAfter(100ms, [self = self(), isSuccess, due = settlement_->expect()] {
+    auto due = isSuccess ? std::move(success) : settlement_->expect();
+    platform::services().mainQueue->asyncAfter(100ms, [self = self(), isSuccess, due = std::move(due)] {
         if (isSuccess) {
             self->scanDidSucceed(*due);
         } else {
@@ -105,12 +106,6 @@ void OCRScanInitializeVC::close() {
     settlement_->leave();
     dueUntilTold.reset();
     ui::popOrDismiss(*this);
-}
-
-void OCRScanInitializeVC::willMoveFromParent() {
-    if (latestProcessor_ && latestProcessor_->isSuccessToBeShown()) {
-        onComplete();
-    }
 }
 
 void OCRScanInitializeVC::didGoBack() {

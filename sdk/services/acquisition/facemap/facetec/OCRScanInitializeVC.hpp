@@ -24,7 +24,6 @@ public:
     std::shared_ptr<const void> dueUntilTold;
 
     void viewDidLoad() override;
-    void willMoveFromParent() override;
     void didGoBack() override;
 
     void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
@@ -37,7 +36,9 @@ public:
     /// The text of the JSON object that the vendor's server answered last; empty before.
     const std::string& latestServerResult() const { return latestServerResult_; }
 
-    void onComplete() override;
+    std::shared_ptr<const Settlement::Due> expectSuccess() override { return settlement_->expect(); }
+
+    void onComplete(std::shared_ptr<const Settlement::Due> success) override;
 
 private:
     std::shared_ptr<OCRScanInitializeVC> self() {
@@ -50,7 +51,6 @@ private:
     void close();
 
     std::shared_ptr<platform::FaceTecIDScanResult> latestIDScanResult_;
-    std::shared_ptr<PhotoIDScanProcessor> latestProcessor_;
     std::string latestServerResult_;
     std::shared_ptr<Settlement> settlement_;
 };

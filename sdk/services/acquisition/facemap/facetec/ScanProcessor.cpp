@@ -23,17 +23,17 @@ bool ScanProcessor::begin(const std::string& sessionToken) {
 }
 
 void ScanProcessor::libraryIsDone() {
-    isDone_ = true;
+    auto accepted = std::exchange(accepted_, {});
     if (std::exchange(upload_, nullptr)) {
         uploadDidFail(ResponseCode::UNKNOWN_ERROR);
     }
     if (const auto from = screen()) {
-        from->onComplete();
+        from->onComplete(std::move(accepted.due));
     }
 }
 
 void ScanProcessor::upload(platform::UrlRequest request, WaitingLibrary library) {
-    success_ = false;
+    accepted_ = {};
     const auto shared = std::make_shared<const WaitingLibrary>(std::move(library));
     ScanUpload::Listener listener{.progress = [shared](float sent) { shared->uploadProgress(sent); },
                                   .completion =
@@ -79,12 +79,16 @@ void ScanProcessor::uploadDidEnd(platform::UrlOutcome outcome, const WaitingLibr
 
 void ScanProcessor::proceed(const std::string& scanResultBlob, const WaitingLibrary& library) {
     log::info(wording_.function, wording_.accepted);
-    success_ = true;
+    const auto from = screen();
     if (const auto& vendor = platform::services().faceTec) {
-        vendor->setOverrideResultScreenSuccessMessage(
-            themeText(screen(), &ThemeCustomization::faceScanSuccessMessageText));
+        vendor->setOverrideResultScreenSuccessMessage(themeText(from, &ThemeCustomization::faceScanSuccessMessageText));
     }
-    success_ = library.proceedToNextStep(scanResultBlob);
+    if (from) {
+        accepted_ = {.screen = from, .due = from->expectSuccess()};
+    }
+    if (!library.proceedToNextStep(scanResultBlob)) {
+        accepted_ = {};
+    }
 }
 
 } // namespace kivo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "services/acquisition/Settlement.hpp"
 #include "services/acquisition/facemap/facetec/ScanUpload.hpp"
 
 #include <kivo/ResponseCode.hpp>
@@ -25,8 +26,11 @@ public:
     /// The last answer of the vendor's server that was a JSON object.
     virtual void setLatestServerResult(std::string answer) = 0;
 
-    /// The vendor's screens are gone.
-    virtual void onComplete() = 0;
+    /// The outcome of a scan that the server has accepted.
+    virtual std::shared_ptr<const Settlement::Due> expectSuccess() = 0;
+
+    /// The vendor's screens are gone. `success` is what was expected of an accepted scan, and null without one.
+    virtual void onComplete(std::shared_ptr<const Settlement::Due> success) = 0;
 };
 
 /// Takes one scan after the other to the vendor's server while the vendor's library waits, until the library is done.
@@ -40,18 +44,19 @@ public:
     /// Has the library make a session, and the screen show it. False where there is no library, or it makes none.
     bool begin(const std::string& sessionToken);
 
-    /// Whether the server accepted the scan and the library agreed to go on.
-    bool isSuccess() const { return success_; }
-
-    /// Whether the outcome is certain, though the library is still showing it.
-    bool isSuccessToBeShown() const { return success_ && !isDone_; }
-
 protected:
     /// How a waiting library hears of its scan, whichever kind of scan it was. One of the first two is called, once.
     struct WaitingLibrary {
         std::function<bool(const std::string& scanResultBlob)> proceedToNextStep;
         std::function<void()> cancel;
         std::function<void(float fraction)> uploadProgress;
+    };
+
+    /// What the host still has to hear of, though it may have taken the screen away. The library holds its processor no
+    /// longer than its session, and so holds the screen.
+    struct AcceptedScan {
+        std::shared_ptr<ScanScreen> screen;
+        std::shared_ptr<const Settlement::Due> due;
     };
 
     /// How the log speaks of a kind of scan.
@@ -93,8 +98,8 @@ private:
 
     const Wording wording_;
     std::shared_ptr<const ScanUpload> upload_;
-    bool success_ = false;
-    bool isDone_ = false;
+    /// While the library shows that the server has accepted the scan.
+    AcceptedScan accepted_;
 };
 
 /// The success message of the vendor's result screen and its like; empty without a theme.
