@@ -300,6 +300,21 @@ TEST_F(Leaving, BringsAnAcceptedScanWhenTheHostDismissesTheScreen) {
     }
 }
 
+TEST_F(Leaving, BringsTheIDScanOfADocumentScreenThatHasGone) {
+    show(nfcScan);
+    choose(3);
+    advance(100ms);
+    advance(100ms);
+    pop();
+    scanner->id->processIDScanWhileFaceTecSDKWaits(std::make_shared<Scan>(3), waiting);
+    scanner->done();
+    for (int tenth = 0; tenth < 3; ++tenth) {
+        advance(100ms);
+    }
+    EXPECT_THAT(heard, ElementsAre("TIMEOUT"));
+    EXPECT_EQ(window->visibleViewController(), host);
+}
+
 TEST_F(Leaving, TakesTheScreenItselfAwayAndNotWhatTheHostHasPutOverIt) {
     const auto accepted = [this] {
         scanCard(0);

@@ -125,6 +125,12 @@ void AuthMenuVC::viewWillAppear(bool /*animated*/) {
 }
 
 void AuthMenuVC::willMoveFromParent() {
+    // An ID scan that is still on display reports to this screen.
+    if (const auto scan = idScan_.lock(); scan && scan->dueUntilTold) {
+        scan->dueUntilTold =
+            std::make_shared<const std::pair<std::shared_ptr<AuthMenuVC>, std::shared_ptr<const void>>>(
+                self(), std::move(scan->dueUntilTold));
+    }
     // The overlay lies over the navigation controller, which stays.
     ui::hideActivityOverlay(*this);
 }
@@ -214,6 +220,7 @@ std::shared_ptr<platform::ViewController> AuthMenuVC::makeIDScanScreen() {
     scan->themeObj = themeObj;
     scan->delegate = self();
     scan->dueUntilTold = settlement_->expect();
+    idScan_ = scan;
     return scan;
 }
 

@@ -21,6 +21,8 @@
 
 namespace kivo {
 
+class OCRScanInitializeVC;
+
 /// The document screen: a person chooses a document where the session lists them, and the vendor reads it.
 ///
 /// With a document list the screen survives a failed reading, for another try; without one it takes itself away. After
@@ -87,6 +89,8 @@ private:
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;
     std::optional<platform::readid::NFCResult> nfcResult_;
     std::shared_ptr<Settlement> settlement_;
+    /// The ID scan that this screen presented last.
+    std::weak_ptr<OCRScanInitializeVC> idScan_;
 };
 
 } // namespace kivo
