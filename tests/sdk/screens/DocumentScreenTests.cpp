@@ -107,6 +107,9 @@ TEST_F(DocumentScreen, PassesOnWhatTheIDScanScreenSays) {
         const auto screen = shown(theme);
         outlet<platform::View>(*screen, "otherCardContainerView")->setHidden(false);
         choose(*screen, 3);
+        if (hasLayout) {
+            choose(*screen, 3);
+        }
         advance(100ms);
         settle();
         if (!hasLayout) {
@@ -116,6 +119,7 @@ TEST_F(DocumentScreen, PassesOnWhatTheIDScanScreenSays) {
         }
         const auto scan = std::dynamic_pointer_cast<OCRScanInitializeVC>(window->visibleViewController());
         ASSERT_NE(scan, nullptr);
+        EXPECT_EQ(scan->presentingViewController(), navigation) << "one scan for two taps";
         EXPECT_EQ(scan->themeObj, theme);
         const auto delegate = scan->delegate.lock();
         ASSERT_NE(delegate, nullptr);

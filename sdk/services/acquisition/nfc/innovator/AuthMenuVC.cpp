@@ -189,6 +189,9 @@ void AuthMenuVC::documentSelected(int tag) {
 }
 
 void AuthMenuVC::presentOcrFlow() {
+    if (const auto scan = idScan_.lock(); scan && scan->presentingViewController()) {
+        return;
+    }
     log::info(presentOcrFunction, "OCR Flow");
     const auto screen = makeIDScanScreen();
     if (!screen) {
