@@ -39,6 +39,7 @@ void OCRScanInitializeVC::initializeFacetecOcr() {
     constexpr std::string_view function = "initializeFacetecOcr()";
     if (refusesFurtherAttempt(*this)) {
         settlement_->settle(std::unexpected{ResponseCode::RETRY_LIMIT_REACHED});
+        retire();
         return;
     }
     const auto token = storedScanToken();
@@ -90,6 +91,7 @@ void OCRScanInitializeVC::scanDidNotSucceed(const std::shared_ptr<const Settleme
     if (!latestIDScanResult_) {
         log::info(function, "OCR Scan fail no latestIDScanResult");
         due->settle(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
+        retire();
         return;
     }
     const int status = latestIDScanResult_->status();
@@ -102,9 +104,13 @@ void OCRScanInitializeVC::scanDidNotSucceed(const std::shared_ptr<const Settleme
     close();
 }
 
-void OCRScanInitializeVC::close() {
+void OCRScanInitializeVC::retire() {
     settlement_->leave();
     dueUntilTold.reset();
+}
+
+void OCRScanInitializeVC::close() {
+    retire();
     ui::popOrDismiss(*this);
 }
 

@@ -20,7 +20,7 @@ public:
     std::weak_ptr<OCRScanVCDelegate> delegate;
     /// Null leaves the vendor's looks.
     std::shared_ptr<ThemeCustomization> themeObj;
-    /// Whatever the presenter wants held until the outcome has been told, or the screen goes without one.
+    /// Keeps the presenter's own answer back while this scan is unanswered.
     std::shared_ptr<const void> dueUntilTold;
 
     void viewDidLoad() override;
@@ -48,6 +48,8 @@ private:
     void initializeFacetecOcr();
     void scanDidSucceed(const Settlement::Due& due);
     void scanDidNotSucceed(const std::shared_ptr<const Settlement::Due>& due);
+    /// The screen has given its one answer.
+    void retire();
     void close();
 
     std::shared_ptr<platform::FaceTecIDScanResult> latestIDScanResult_;
