@@ -35,8 +35,9 @@ void LiveNessCheckVC::connect(platform::Interface& interface) {
 
 void LiveNessCheckVC::viewDidLoad() {
     settlement_ = Settlement::with(delegate, &LivenessCheckVCDelegate::livenessCheckDidComplete);
-    startFaceTec([settlement = settlement_](bool isReady) {
-        if (!isReady) {
+    // The library may take longer than the screen lasts, and answer on any thread.
+    startFaceTec([weak = std::weak_ptr{settlement_}](bool isReady) {
+        if (const auto settlement = weak.lock(); settlement && !isReady) {
             Settlement::settleAfter(200ms, settlement->expect(),
                                     std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
         }
