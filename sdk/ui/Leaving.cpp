@@ -7,24 +7,27 @@
 
 namespace kivo::ui {
 
-void popOrDismiss(platform::ViewController& screen, std::function<void()> left, bool animated) {
+bool popOrDismiss(platform::ViewController& screen, std::function<void()> left, bool animated) {
     const auto navigation = screen.navigationController();
     if (!navigation) {
+        const bool leaves = screen.presentingViewController() != nullptr;
         screen.dismissAlone(animated, std::move(left));
-        return;
+        return leaves;
     }
     auto entry = screen.shared_from_this();
     while (entry->parent() != navigation) {
         entry = entry->parent();
     }
+    bool leaves = true;
     if (navigation->topViewController() == entry) {
-        navigation->popViewController(animated);
+        leaves = navigation->popViewController(animated) != nullptr;
     } else {
         entry->removeFromParent();
     }
     if (left) {
         left();
     }
+    return leaves;
 }
 
 } // namespace kivo::ui

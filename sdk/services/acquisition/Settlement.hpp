@@ -74,7 +74,7 @@ public:
     /// Returns the cancellation, and drops all outcomes that are not due yet.
     std::shared_ptr<const Due> leave();
 
-    /// The screen's success was told by other ways.
+    /// Notes a success that was told without this settlement.
     void recordSuccess() { hasSucceeded_ = true; }
 
     bool isLeft() const { return isLeft_; }

@@ -433,6 +433,17 @@ TEST_F(FaceScanScreen, ClosesOnRequest) {
     EXPECT_THAT(reports->heard, IsEmpty()) << "not before it has gone";
     settle();
     EXPECT_THAT(reports->heard, ElementsAre("CANCELLED_BY_USER 0 ms"));
+
+    screen = makeScreen<LiveNessCheckVC>("LivenessCheckVCID");
+    screen->delegate = reports;
+    reports->restart();
+    window->setRootViewController(std::make_shared<platform::NavigationController>(screen));
+    settle();
+    outlet<Button>(*screen, "closeButton")->tap();
+    vendor->initialized(false);
+    advance(200ms);
+    EXPECT_THAT(reports->heard, ElementsAre("CANCELLED_BY_USER 0 ms", "FACETEC_INITIALIZATION_FAILED 200 ms"))
+        << "a screen alone in its stack stays";
 }
 
 class FaceScanScreenWithoutALibrary : public test::HostScreenFixture {};

@@ -198,8 +198,12 @@ void LiveNessCheckVC::scanDidNotSucceed(const platform::FaceTecSessionResult* re
 }
 
 void LiveNessCheckVC::closeButtonTap() {
-    ui::popOrDismiss(
-        *this, [cancellation = settlement_->leave()] { cancellation->cancel(UIStateManager::shared().faceAuthState); });
+    const bool leaves = ui::popOrDismiss(*this, [cancellation = settlement_->cancellation()] {
+        cancellation->cancel(UIStateManager::shared().faceAuthState);
+    });
+    if (leaves) {
+        settlement_->leave();
+    }
 }
 
 void LiveNessCheckVC::didGoBack() {

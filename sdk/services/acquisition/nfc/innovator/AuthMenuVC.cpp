@@ -239,7 +239,9 @@ void AuthMenuVC::ocrScanDidComplete(IdvOutcome result) {
 }
 
 void AuthMenuVC::closeDocumentSelectionButtonTap() {
-    ui::popOrDismiss(*this, [cancellation = settlement_->leave()] { cancel(cancellation); });
+    if (ui::popOrDismiss(*this, [cancellation = settlement_->cancellation()] { cancel(cancellation); })) {
+        settlement_->leave();
+    }
 }
 
 void AuthMenuVC::didGoBack() {
