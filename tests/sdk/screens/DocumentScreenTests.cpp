@@ -12,12 +12,8 @@ namespace {
 using namespace std::chrono_literals;
 using namespace platform::readid;
 using enum ResponseCode;
-using platform::UrlErrorKind;
 using test::DocumentScreen;
-using test::DocumentScreenAlone;
 using test::Heard;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST_F(DocumentScreen, TakesItsOverlayAlongWhenTheHostTakesItAway) {
     reading("true");
