@@ -132,7 +132,8 @@ bool SqliteDatabase::hasUnknownFormat() const {
     constexpr sqlite3_int64 placeOfFormat = 18;
     sqlite3_file* file = nullptr;
     unsigned char format = 0;
-    return sqlite3_file_control(connection_, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
+    return sqlite3_file_control(connection_, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file)) ==
+               SQLITE_OK &&
            file != nullptr && file->pMethods != nullptr &&
            file->pMethods->xRead(file, &format, 1, placeOfFormat) == SQLITE_OK && format > newestFormat;
 }
