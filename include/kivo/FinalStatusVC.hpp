@@ -14,6 +14,10 @@ class KIVO_EXPORT FinalStatusVCDelegate {
 public:
     virtual ~FinalStatusVCDelegate() = default;
 
+    /// The screen begins to disappear. What is returned is held until `finalStatusDidDisappear` has returned: a
+    /// delegate that must not go before that can return itself. Null by default.
+    virtual std::shared_ptr<void> finalStatusWillDisappear() { return nullptr; }
+
     /// Called 0.1 seconds after the screen begins to disappear, whether the person or the host took it away.
     virtual void finalStatusDidDisappear() = 0;
 };

@@ -12,10 +12,13 @@
 #include <chrono>
 #include <string>
 
-/// Counts how often the closing screen has said goodbye.
+/// Counts how often the closing screen has said goodbye. Owns the screen, if it is told to.
 @interface Farewells : NSObject <FinalStatusVCDelegate> {
 @public
     int count;
+    BOOL isRude;
+    int* deaths;
+    FinalStatusVC* screen;
 }
 @end
 
@@ -23,6 +26,17 @@
 
 - (void)finalStatusDidDisappear {
     ++count;
+    if (isRude) {
+        [NSException raise:NSGenericException format:@"no farewell"];
+    }
+}
+
+- (void)dealloc {
+    if (deaths) {
+        ++*deaths;
+    }
+    [screen release];
+    [super dealloc];
 }
 
 @end
@@ -102,11 +116,13 @@ TEST_F(ObjCHostScreens, TheClosingScreenTellsItsDelegateThatItHasGone) {
         {"type": "Button", "outlet": "backToHomeButton", "placement": {"width": 200, "height": 50},
          "actions": {"touchUpInside": "newDocSigningTap"}}]}}}})");
     Farewells* const farewells = [[Farewells new] autorelease];
+    const auto closingScreen = [] {
+        return static_cast<FinalStatusVC*>([KivoViewController viewControllerWithIdentifier:@"End"
+                                                                               inStoryboard:@"Bank"
+                                                                                   ofBundle:[KivoBundle mainBundle]]);
+    };
     @autoreleasepool {
-        FinalStatusVC* const screen =
-            static_cast<FinalStatusVC*>([KivoViewController viewControllerWithIdentifier:@"End"
-                                                                            inStoryboard:@"Bank"
-                                                                                ofBundle:[KivoBundle mainBundle]]);
+        FinalStatusVC* const screen = closingScreen();
         ASSERT_TRUE([screen isKindOfClass:[FinalStatusVC class]]);
         screen.delegate = farewells;
         screen.themeObj = [[ThemeCustomization new] autorelease];
@@ -125,6 +141,23 @@ TEST_F(ObjCHostScreens, TheClosingScreenTellsItsDelegateThatItHasGone) {
     EXPECT_EQ(farewells->count, 1);
     settle(1s);
     EXPECT_EQ([farewells retainCount], 1U) << "nothing holds the delegate any more";
+    int deaths = 0;
+    @autoreleasepool {
+        Farewells* const owner = [Farewells new];
+        owner->deaths = &deaths;
+        owner->isRude = YES;
+        owner->screen = [closingScreen() retain];
+        owner->screen.delegate = owner;
+        [start presentViewController:owner->screen];
+        settle();
+        [start dismiss];
+        settle(100ms);
+        EXPECT_EQ(owner->count, 1);
+        [owner release];
+    }
+    EXPECT_EQ(deaths, 1);
+    settle(1s);
+    EXPECT_EQ(deaths, 1) << "not retained while it goes";
     EXPECT_EQ([KivoViewController viewControllerWithIdentifier:@"Start"
                                                   inStoryboard:@"Bank"
                                                       ofBundle:[KivoBundle mainBundle]],

@@ -1,29 +1,43 @@
+#import "HostBlock.h"
 #import "Properties.h"
 
 #include <kivo/FinalStatusVC.hpp>
 #import <kivo/objc/FinalStatusVC.h>
 #import <kivo/objc/KivoNative.h>
-#include <kivo/platform/Services.hpp>
 
-#include <chrono>
+#include <memory>
 
 namespace {
 
-class Listener final : public kivo::FinalStatusVCDelegate {
+class Listener final : public kivo::FinalStatusVCDelegate, public std::enable_shared_from_this<Listener> {
 public:
     explicit Listener(id<FinalStatusVCDelegate> host)
         : host_{host} {}
 
-    void finalStatusDidDisappear() override {
-        @autoreleasepool {
-            [host_ finalStatusDidDisappear];
-        }
+    /// The farewell is still to come when the screen and its Objective-C object have gone.
+    std::shared_ptr<void> finalStatusWillDisappear() override {
+        return {[host_ retain], [listener = shared_from_this()](void* host) {
+                    @autoreleasepool {
+                        [static_cast<id>(host) release];
+                    }
+                }};
     }
+
+    void finalStatusDidDisappear() override {
+        const id<FinalStatusVCDelegate> host = host_;
+        void (^const farewell)() = ^{
+            [host finalStatusDidDisappear];
+        };
+        kivo::objc::HostBlock{farewell}();
+    }
+
+    /// The host does not want to hear any more.
+    void forget() { host_ = nil; }
 
     id<FinalStatusVCDelegate> host() const { return host_; }
 
 private:
-    const id<FinalStatusVCDelegate> host_;
+    id<FinalStatusVCDelegate> host_;
 };
 
 kivo::FinalStatusVC& native(FinalStatusVC* screen) {
@@ -43,20 +57,17 @@ struct KivoFinalStatusListener {
 }
 
 - (void)setDelegate:(nullable id<FinalStatusVCDelegate>)delegate {
+    if (_listener) {
+        _listener->object->forget();
+    }
     delete _listener;
     _listener = delegate ? new KivoFinalStatusListener{std::make_shared<Listener>(delegate)} : nullptr;
     native(self).delegate = _listener ? _listener->object : nullptr;
 }
 
-// A screen that was taken away has its farewell still to come.
+// The delegate may be what is being destroyed, and releases the screen.
 - (void)dealloc {
-    if (_listener) {
-        constexpr auto farewell = std::chrono::milliseconds{200};
-        const auto host = _listener->object->host();
-        const std::shared_ptr<void> kept{[host retain], [](void* object) { [static_cast<id>(object) release]; }};
-        kivo::platform::services().mainQueue->asyncAfter(farewell, [kept, listener = _listener->object] {});
-        delete _listener;
-    }
+    delete _listener;
     [super dealloc];
 }
 

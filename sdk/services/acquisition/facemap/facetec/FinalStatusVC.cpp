@@ -7,6 +7,7 @@
 #include <kivo/platform/ui/Label.hpp>
 
 #include <chrono>
+#include <utility>
 
 namespace kivo {
 
@@ -36,7 +37,9 @@ void FinalStatusVC::viewWillAppear(bool /*animated*/) {
 }
 
 void FinalStatusVC::viewWillDisappear(bool /*animated*/) {
-    platform::services().mainQueue->asyncAfter(100ms, [listener = delegate] {
+    const auto present = delegate.lock();
+    auto kept = present ? present->finalStatusWillDisappear() : nullptr;
+    platform::services().mainQueue->asyncAfter(100ms, [listener = delegate, kept = std::move(kept)] {
         if (const auto self = listener.lock()) {
             self->finalStatusDidDisappear();
         }

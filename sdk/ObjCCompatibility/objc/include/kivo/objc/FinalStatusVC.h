@@ -27,7 +27,8 @@ __attribute__((visibility("default")))
 - (instancetype)init __attribute__((unavailable("make the screen from a storyboard")));
 + (instancetype)new __attribute__((unavailable("make the screen from a storyboard")));
 
-/// Not retained: set it to nil before it goes, as long as the screen is there. Nil at first.
+/// Retained from when the screen begins to disappear until `finalStatusDidDisappear` has returned, and not before: set
+/// it to nil before it goes, as long as the screen is there. Nil at first.
 @property (nonatomic, assign, nullable) id<FinalStatusVCDelegate> delegate;
 /// Gives the title its font and limits the reading size; nil at first, which leaves the SDK's own font and no limits.
 @property (nonatomic, retain, nullable) ThemeCustomization* themeObj;
