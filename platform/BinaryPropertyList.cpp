@@ -12,7 +12,7 @@
 namespace kivo::platform {
 namespace {
 
-/// What is wrong with a file; never leaves this one.
+/// The fault of a file. Used in this source file only.
 class Refused : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

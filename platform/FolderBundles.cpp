@@ -66,7 +66,7 @@ std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBund
     if (mainBundle.empty()) {
         mainBundle = executable() += ".bundle";
         if (mainBundle == ".bundle") {
-            // Below a file there is nothing: a folder of the working directory is nobody's bundle.
+            // No file exists below a file. A folder of the working directory must not pass for the host's bundle.
             mainBundle = "/dev/null/main.bundle";
             diagnostics->report("bundles", "The system does not say where the program lies, so its bundle cannot be "
                                            "found; mount /proc, or name the bundle in LinuxOptions::mainBundle.");

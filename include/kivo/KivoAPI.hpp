@@ -36,7 +36,7 @@ public:
     virtual void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
 
     /// The view controller on which screens are shown. Without one, `acquire` shows nothing, logs a warning and does
-    /// not answer; on one that is in no navigation stack and in no window it answers `UNKNOWN_ERROR`, on the main
+    /// not answer; with a context in no navigation stack and in no window it answers `UNKNOWN_ERROR`, on the main
     /// queue. The session keeps the context until another is set; null releases it.
     virtual void setContext(std::shared_ptr<platform::ViewController> viewController) = 0;
 

@@ -10,7 +10,7 @@
 
 namespace kivo {
 
-/// One field of a `LuOTPView`. Its delegate hears of the delete key also when the field is empty.
+/// One field of a `LuOTPView`. Its delegate is told of the delete key also when the field is empty.
 ///
 /// A storyboard knows it by its class name; `placeholderString`, `borderColorOfTextField` and `borderWidthOfTextField`
 /// are members there. Main thread only.

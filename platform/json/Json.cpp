@@ -97,7 +97,7 @@ void append(std::string& to, const Value& value, IllFormed illFormed) {
 
 } // namespace
 
-/// Hears from the library what is in a text, and builds the value as long as the limits allow.
+/// Builds the value from the events of the library's parser, as long as the limits allow.
 class Reading {
 public:
     explicit Reading(const Limits& limits)

@@ -12,8 +12,8 @@ namespace kivo::platform {
 
 /// Watches over one exchange, so that its request leaves at most once and never over a connection that has ended.
 ///
-/// libcurl sends a request again when a connection that was used before ends without an answer. Nobody can know then
-/// whether the server has read the request. Must stay where it is while the exchange runs. Engine's thread.
+/// libcurl sends a request again when a connection that was used before ends without an answer. The client cannot
+/// know then whether the server has read the request. Must stay where it is while the exchange runs. Engine's thread.
 class CurlSending {
 public:
     CurlSending(CURL* easy, CurlSockets& sockets)

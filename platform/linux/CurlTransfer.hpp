@@ -55,7 +55,7 @@ public:
     /// it.
     const std::string& server() const { return server_; }
 
-    /// Whether the delegate has still to say what it thinks of the server.
+    /// Whether the delegate's verdict about the server is still open.
     bool awaitsVerdict() const { return challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open; }
 
     /// When the time for the whole exchange is up, counted from the handing over.

@@ -48,7 +48,7 @@ bool HttpAnswer::takeLine(std::string_view line) {
         }
         break;
     case Part::body:
-        // Trailers, which nobody asked for.
+        // Trailers are not used.
         break;
     }
     return true;

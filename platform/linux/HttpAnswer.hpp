@@ -20,8 +20,7 @@ struct HttpLimits {
 
 /// An HTTP answer as it arrives, and whether it is whole.
 ///
-/// An answer that leaves its end to the end of the connection is refused: nobody could tell a part of it from the
-/// whole.
+/// An answer that ends where its connection ends is refused: a part of such an answer looks like the whole.
 class HttpAnswer {
 public:
     enum class Fault { none, malformed, noLength, headTooLarge, bodyTooLarge };

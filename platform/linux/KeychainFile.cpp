@@ -89,7 +89,7 @@ OSStatus KeychainFile::openFiles(Purpose purpose) {
             status = openDatabase(purpose);
         }
     }
-    // What is to be forgotten need not be read.
+    // A deletion needs no key.
     if (status == errSecSuccess && purpose != Purpose::remove) {
         status = openKey(purpose);
     }
@@ -226,8 +226,8 @@ OSStatus KeychainFile::createKey() {
 
 OSStatus KeychainFile::putDatabaseAside(std::string_view state, std::string_view why) {
     close();
-    // Its values may be ones that were to be forgotten, and nobody deletes them from a damaged database any more. So
-    // the key goes, and goes first.
+    // The host may have meant to delete a value, and no deletion reaches a damaged database any more. So the key is
+    // removed, before the database is moved.
     if (state == "corrupt") {
         if (const int error = folder_->remove(keyFileName); error != 0 && error != ENOENT) {
             return statusOf(FileProblem{.error = error});

@@ -29,7 +29,7 @@ std::unexpected<FileProblem> refusal(std::string text) {
     return std::unexpected{FileProblem{.refusal = std::move(text)}};
 }
 
-/// What `descriptor` refers to, when it is of this type and nobody else has a say in it.
+/// The entry that `descriptor` refers to, if the entry has this type and only this user can change it.
 std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor, mode_t type, const fs::path& path) {
     struct stat entry{};
     if (fstat(descriptor.get(), &entry) != 0) {

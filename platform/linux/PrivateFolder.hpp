@@ -29,8 +29,8 @@ struct FileProblem {
 
 /// The folder of an application's secrets, held open. All of its files are opened and judged here.
 ///
-/// Refused is what belongs to another user, what other users can write, and what is a link, has a second name or is
-/// neither folder nor regular file. Since no other user can write the folder, what was judged stays what it is.
+/// An entry is refused that belongs to another user, that other users can write, that is a link or has a second name,
+/// and that is neither a folder nor a regular file. No other user can write the folder, so an entry stays as judged.
 class PrivateFolder {
 public:
     enum class Missing { isAnError, isMade };

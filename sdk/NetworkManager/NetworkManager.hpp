@@ -73,8 +73,7 @@ private:
     std::shared_ptr<platform::UrlSession> sessionFor(Way way);
 
     std::mutex mutex_;
-    /// For each way one that leaves the trust to the system and one that is pinned; each is made when it is first
-    /// needed.
+    /// Each way has two sessions, one with the system's trust and one that is pinned, made when first needed.
     std::array<std::array<std::shared_ptr<platform::UrlSession>, 2>, 2> sessions_;
 };
 

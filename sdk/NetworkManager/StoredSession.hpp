@@ -16,7 +16,7 @@ std::optional<std::string> storedJoinAnswer();
 std::optional<ActivationResponse> storedSession();
 
 /// Replaces the stored join answer. False, with an error line, when it could not be stored or is beyond the limits of
-/// what is read: what every later operation reads again must not cost more than that.
+/// the reader: every later operation reads the stored answer again.
 bool storeJoinAnswer(std::string_view answer);
 
 /// Keeps the activation code of the session just joined; same result.

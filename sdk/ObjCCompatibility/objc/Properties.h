@@ -106,7 +106,7 @@ To shown(const std::map<std::string, std::string, Compare>& texts) {
     return dictionary;
 }
 
-/// What is no text is left out.
+/// A member that is not text is left out.
 template <class Compare>
 void take(NSDictionary* dictionary, std::map<std::string, std::string, Compare>& texts) {
     const auto isText = [](id object) { return [object isKindOfClass:[NSString class]]; };

@@ -45,7 +45,7 @@ public:
         const Tell tell_;
     };
 
-    /// `listener` gives what tells the host, or nothing where nobody listens any more.
+    /// `listener` gives the function that tells the host; an empty function where the listener has gone.
     explicit Settlement(std::function<Tell()> listener)
         : listener_{std::move(listener)} {}
 

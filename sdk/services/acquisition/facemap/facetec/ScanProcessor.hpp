@@ -52,8 +52,8 @@ protected:
         std::function<void(float fraction)> uploadProgress;
     };
 
-    /// What the host still has to hear of, though it may have taken the screen away. The library holds its processor no
-    /// longer than its session, and so holds the screen.
+    /// A success that the host is told when the library is done, even if the host takes the screen away before. The
+    /// processor holds the screen until then; the library holds the processor for as long as the library's session.
     struct AcceptedScan {
         std::shared_ptr<ScanScreen> screen;
         std::shared_ptr<const Settlement::Due> due;

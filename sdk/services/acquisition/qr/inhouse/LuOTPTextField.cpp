@@ -18,7 +18,7 @@ bool LuOTPTextField::deleteBackward() {
     // A field with text has its delegate asked by the deletion itself.
     const bool wasEmpty = text().empty();
     const bool changed = TextField::deleteBackward();
-    // A field that nobody can reach has not heard the key.
+    // A key cannot reach a field that a person cannot reach.
     const bool hasHeard = isReachable() && isFirstResponder();
     if (const auto listener = delegate(); wasEmpty && hasHeard && listener) {
         listener->shouldChangeCharacters(*this, {.location = 0, .length = 0}, "");

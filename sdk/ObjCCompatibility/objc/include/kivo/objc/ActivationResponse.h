@@ -25,7 +25,8 @@ __attribute__((visibility("default")))
 /// The transaction identifier.
 @property (nonatomic, copy) NSString* tId;
 
-// Settings by the service's names; numbers and flags are texts, too. What is no text is left out when written.
+// Settings by the service's names; numbers and flags are texts, too. A member that is not text is left out when
+// written.
 
 /// The addresses of the session, and its number of attempts.
 @property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpConfig;

@@ -41,7 +41,7 @@ __attribute__((visibility("default")))
 - (void)setThemeWithTheme:(nullable ThemeCustomization*)theme;
 
 /// The view controller on which screens are shown. Without one, acquire shows nothing, logs a warning and does not
-/// answer; on one that is in no navigation stack and in no window it answers "UNKNOWN_ERROR", on the main queue. It is
+/// answer; with a context in no navigation stack and in no window it answers "UNKNOWN_ERROR", on the main queue. It is
 /// held until another takes its place.
 - (void)setContextWithViewController:(nullable KivoViewController*)viewController;
 
