@@ -69,6 +69,12 @@ protected:
         EXPECT_TRUE(screen->viewWithTag(tag)->touch());
     }
 
+    void findNoChip() const {
+        Failure failure;
+        failure.failureReason = FailureReason::noChip;
+        reader->handler(std::unexpected{std::move(failure)});
+    }
+
     void scanFace(int status) {
         touch("nextButton");
         settle();
@@ -146,7 +152,7 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
          nfcScan,
          [&] {
              advance(100ms);
-             reader->handler(std::unexpected{Failure{.failureReason = FailureReason::noChip}});
+             findNoChip();
          },
          {"NO_CHIP"},
          {"NO_CHIP"},
@@ -336,7 +342,7 @@ TEST_F(Leaving, TakesTheScreenItselfAwayAndNotWhatTheHostHasPutOverIt) {
             accepted();
         } else {
             advance(100ms);
-            reader->handler(std::unexpected{Failure{.failureReason = FailureReason::noChip}});
+            findNoChip();
         }
         const auto alert = std::make_shared<platform::AlertController>("", "Sorry");
         bare->present(alert, false);
