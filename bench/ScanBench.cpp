@@ -80,7 +80,7 @@ void postThroughProcessor(const std::shared_ptr<Scan>& scan) {
     const auto processor = std::make_shared<EnrollmentProcessor>(std::weak_ptr<FaceScanScreen>{});
     processor->processSessionWhileFaceTecSDKWaits(scan, waiting);
     platform::RunLoop::main()->runUntil([&] { return waiting->isAccepted.has_value(); }, 60s);
-    if (!processor->isSuccess()) {
+    if (!waiting->isAccepted.value_or(false)) {
         giveUp("the service did not take the scan");
     }
 }
