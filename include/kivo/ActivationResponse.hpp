@@ -39,7 +39,7 @@ public:
     /// members of objects and elements of arrays altogether.
     static std::optional<ActivationResponse> decode(std::string_view text);
 
-    /// The session as JSON text under the service's names, with U+FFFD for what is no UTF-8.
+    /// The session as JSON text under the service's names. U+FFFD replaces bytes that are not UTF-8.
     std::string encode() const;
 
     /// Whether the session lists documents to choose from: its "app-doclist" is exactly "true". False for null.

@@ -14,8 +14,8 @@ class KIVO_EXPORT FinalStatusVCDelegate {
 public:
     virtual ~FinalStatusVCDelegate() = default;
 
-    /// The screen begins to disappear. What is returned is held until `finalStatusDidDisappear` has returned: a
-    /// delegate that must not go before that can return itself. Null by default.
+    /// The screen begins to disappear. The screen holds the returned object until `finalStatusDidDisappear` has
+    /// returned, so a delegate that must live until then returns itself. Null by default.
     virtual std::shared_ptr<void> finalStatusWillDisappear() { return nullptr; }
 
     /// Called 0.1 seconds after the screen begins to disappear, whether the person or the host took it away.

@@ -143,7 +143,7 @@ std::expected<Value, Refusal> read(std::string_view text, const Limits& limits =
 /// The value as compact JSON; absent when a text in it is no UTF-8.
 std::optional<std::string> write(const Value& value);
 
-/// The same with U+FFFD for what is no UTF-8.
+/// The value as compact JSON. U+FFFD replaces bytes that are not UTF-8.
 std::string writeRepaired(const Value& value);
 
 /// Appends a text in quotes to JSON, repaired; a plain one is copied once, however large.

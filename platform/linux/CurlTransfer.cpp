@@ -182,7 +182,7 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
         engine->holdUntil([this] { return isCancelled() || !awaitsVerdict(); },
                           std::min(deadline_, std::chrono::steady_clock::now() + briefly));
     }
-    // The verdict may come at any moment; a request that leaves must not count as one that still waits for it.
+    // The verdict is read once: a verdict between two readings would let the request leave and then send it again.
     const auto verdict = challenge_->verdict();
     endedUnjudged_ = verdict == TrustChallenge::Verdict::open;
     return verdict == TrustChallenge::Verdict::accepted;

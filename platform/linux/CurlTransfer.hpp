@@ -35,9 +35,8 @@ struct CurlSettings {
 
 /// One request, from being handed over to its completion.
 ///
-/// Every exchange that libcurl runs for a transfer sends the request at most once. What comes after an exchange (a
-/// redirect, a fresh connection in place of one that had ended, a server that had to be judged first) is another
-/// exchange.
+/// Every exchange that libcurl runs for a transfer sends the request at most once. A redirect, a
+/// connection that had ended, and a server whose verdict came late each lead to a further exchange.
 ///
 /// Belongs to the engine's thread until `conclude()`, then to the callback queue; `cancel()` comes from anywhere.
 class CurlTransfer final : public UrlSessionTask,

@@ -32,8 +32,8 @@ public:
     KeychainFile& operator=(const KeychainFile&) = delete;
     ~KeychainFile();
 
-    /// Makes `database()` ready, which waits for other processes until the deadline. A purpose other than `read` needs
-    /// a writable one; `store` makes what is missing and makes `key()` present.
+    /// Makes `database()` ready, which waits for other processes until the deadline. Every purpose but `read`
+    /// needs a writable database. `store` creates missing files, and `key()` is present after a `store`.
     OSStatus open(Purpose purpose, Deadline deadline);
 
     SqliteDatabase& database() { return *database_; }

@@ -34,8 +34,8 @@ public:
     /// to come. The error names file, scene and outlet.
     std::expected<std::shared_ptr<ViewController>, std::string> instantiate(std::string_view identifier);
 
-    /// Makes a class of screens, or of views, known to storyboards by its name; also in the place of one that is known
-    /// already, such as one of the SDK's. The last registration counts.
+    /// Lets storyboards make a class of screens, or of views, by the class's name. The last registration of a name
+    /// counts, so a host's class can replace a class of the SDK.
     static void registerScreen(std::string className, Factory factory);
     static void registerView(std::string className, ViewFactory factory);
 

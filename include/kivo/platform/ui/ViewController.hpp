@@ -103,8 +103,8 @@ public:
     /// case, also when there was nothing to take away.
     void dismiss(bool animated, std::function<void()> completion = {});
 
-    /// Takes this screen away, and nothing else: what it presents stays, over the screen below. `completion` runs in
-    /// any case.
+    /// Takes only this screen away. A screen that this screen presents stays, over the screen below. `completion` runs
+    /// in any case.
     void dismissAlone(bool animated, std::function<void()> completion = {});
 
     std::shared_ptr<ViewController> presentedViewController() const;
