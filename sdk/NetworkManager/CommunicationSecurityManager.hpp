@@ -3,7 +3,7 @@
 #include "Models/ActivationSessionModel.hpp"
 #include "Models/ServerReportModel.hpp"
 #include "NetworkManager/Reachability.hpp"
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 #include <kivo/SDKEnv.hpp>
 #include <kivo/platform/NotificationCenter.hpp>

@@ -1,4 +1,4 @@
-#include "linux/camera/Modules.hpp"
+#include "platform/camera/Modules.hpp"
 #include "support/CameraView.hpp"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-#include "linux/OpenSslTrust.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
 
-#include "linux/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
 
 #include <kivo/simulator/CertificateAuthority.hpp>
 

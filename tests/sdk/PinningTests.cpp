@@ -6,6 +6,8 @@
 #include "support/PropertyLists.hpp"
 #include "support/TestTlsServer.hpp"
 
+#include <kivo/platform/LinuxServices.hpp>
+
 #include <gmock/gmock.h>
 
 namespace kivo {

@@ -1,6 +1,6 @@
-#include "Configuration/environment/ApplicationInformation.hpp"
-#include "Configuration/environment/Config.hpp"
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/session/ApplicationInformation.hpp"
+#include "Configuration/session/Config.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "impl/SessionAPI.hpp"
@@ -9,6 +9,7 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/simulator/Reachability.hpp>
 

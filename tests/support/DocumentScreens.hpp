@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"

@@ -1,4 +1,4 @@
-#include "ui/storyboard/Classes.hpp"
+#include "platform/ui/storyboard/Classes.hpp"
 
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>

@@ -1,5 +1,5 @@
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "Models/InterfaceVersion.hpp"
 #include "impl/SessionAPI.hpp"
 

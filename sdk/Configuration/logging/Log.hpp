@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 
 #include <kivo/LogLevel.hpp>
 

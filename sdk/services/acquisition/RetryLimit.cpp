@@ -1,6 +1,6 @@
 #include "services/acquisition/RetryLimit.hpp"
 
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "ui/Alerts.hpp"
 

@@ -1,4 +1,4 @@
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 #include "support/PropertyLists.hpp"

@@ -1,4 +1,4 @@
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "support/ScanScreens.hpp"

@@ -1,7 +1,7 @@
 #include "services/mirelo/impl/KivoBE.hpp"
 
-#include "Configuration/environment/ApplicationInformation.hpp"
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/session/ApplicationInformation.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"

@@ -1,7 +1,7 @@
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 
-#include "Configuration/environment/Config.hpp"
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/session/Config.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/ScanRequest.hpp"
