@@ -1,5 +1,7 @@
 #include "platform/base/DiagnosticsRelay.hpp"
 
+#include "platform/base/Process.hpp"
+
 #include <cstdio>
 #include <mutex>
 #include <string>
@@ -37,9 +39,8 @@ private:
 };
 
 const std::shared_ptr<Relay>& relay() {
-    // Never destroyed: threads report while the process exits.
-    static const auto& shared = *new auto(std::make_shared<Relay>());
-    return shared;
+    using Shared = std::shared_ptr<Relay>;
+    return Process::current().part<Shared>([] { return new Shared{std::make_shared<Relay>()}; });
 }
 
 } // namespace

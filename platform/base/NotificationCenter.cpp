@@ -1,3 +1,5 @@
+#include "platform/base/Process.hpp"
+
 #include <kivo/platform/NotificationCenter.hpp>
 
 #include <utility>
@@ -14,8 +16,8 @@ struct NotificationCenter::Entry final : Observation {
 };
 
 const std::shared_ptr<NotificationCenter>& NotificationCenter::defaultCenter() {
-    static const auto& center = *new auto(std::make_shared<NotificationCenter>());
-    return center;
+    using Shared = std::shared_ptr<NotificationCenter>;
+    return Process::current().part<Shared>([] { return new Shared{std::make_shared<NotificationCenter>()}; });
 }
 
 std::shared_ptr<Observation> NotificationCenter::addObserver(std::string name, Observer observer) {

@@ -1,4 +1,5 @@
 #include "platform/base/DiagnosticsRelay.hpp"
+#include "platform/base/Process.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -11,8 +12,21 @@
 namespace kivo::platform {
 namespace {
 
-std::atomic<const Services*> inForce = nullptr;
-std::mutex changing;
+/// The set in force and the sets before, which stay: another thread may be reading one.
+struct Installed {
+    std::atomic<const Services*> inForce = nullptr;
+    std::mutex changing;
+    std::vector<std::unique_ptr<const Services>> all;
+
+    void enforce(Services services) {
+        all.push_back(std::make_unique<const Services>(std::move(services)));
+        inForce = all.back().get();
+    }
+};
+
+Installed& installed() {
+    return Process::current().part<Installed>([] { return new Installed; });
+}
 
 void overlay(Services& base, Services services) {
     const auto take = [](auto& mine, auto& theirs) {
@@ -35,34 +49,29 @@ void overlay(Services& base, Services services) {
     take(base.readID, services.readID);
 }
 
-/// Puts a set in force. Former sets stay, never to be destroyed: another thread may be reading one.
-void enforce(Services services) {
-    static auto& allSets = *new std::vector<std::unique_ptr<const Services>>;
-    allSets.push_back(std::make_unique<const Services>(std::move(services)));
-    inForce = allSets.back().get();
-}
-
 } // namespace
 
 void install(Services services) {
-    const std::scoped_lock lock{changing};
-    const auto* former = inForce.load();
+    auto& current = installed();
+    const std::scoped_lock lock{current.changing};
+    const auto* former = current.inForce.load();
     // First, so that the default services are heard already while they are made.
     relayTo(services.diagnostics);
     auto next = former != nullptr ? *former : defaultServices();
     overlay(next, std::move(services));
-    enforce(std::move(next));
+    current.enforce(std::move(next));
 }
 
 const Services& services() {
-    if (const auto* current = inForce.load()) {
-        return *current;
+    auto& current = installed();
+    if (const auto* inForce = current.inForce.load()) {
+        return *inForce;
     }
-    const std::scoped_lock lock{changing};
-    if (inForce.load() == nullptr) {
-        enforce(defaultServices());
+    const std::scoped_lock lock{current.changing};
+    if (current.inForce.load() == nullptr) {
+        current.enforce(defaultServices());
     }
-    return *inForce.load();
+    return *current.inForce.load();
 }
 
 } // namespace kivo::platform

@@ -1,3 +1,5 @@
+#include "platform/base/Process.hpp"
+
 #include <kivo/platform/RunLoop.hpp>
 
 #include <poll.h>
@@ -175,8 +177,8 @@ private:
 };
 
 const std::shared_ptr<RunLoop>& RunLoop::main() {
-    static const auto& loop = *new auto(std::make_shared<RunLoop>());
-    return loop;
+    using Shared = std::shared_ptr<RunLoop>;
+    return Process::current().part<Shared>([] { return new Shared{std::make_shared<RunLoop>()}; });
 }
 
 RunLoop::RunLoop(std::shared_ptr<Clock> clock)

@@ -3,6 +3,7 @@
 #include "Configuration/environment/SdkBundle.hpp"
 #include "Configuration/logging/Log.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "platform/base/Process.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/Text.hpp>
@@ -56,8 +57,7 @@ Environment::Information collect() {
 } // namespace
 
 const Environment::Information& Environment::applicationInformation() {
-    static const auto& information = *new Information{collect()};
-    return information;
+    return platform::Process::current().part<Information>([] { return new Information{collect()}; });
 }
 
 std::string Environment::networkIpAddress(std::span<const platform::InterfaceAddress> addresses) {

@@ -1,13 +1,13 @@
 #include "Configuration/settings/Settings.hpp"
 
+#include "platform/base/Process.hpp"
+
 #include <utility>
 
 namespace kivo {
 
 Settings& Settings::shared() {
-    // Never destroyed: transport threads may still read it while the process exits.
-    static auto& settings = *new Settings;
-    return settings;
+    return platform::Process::current().part<Settings>([] { return new Settings; });
 }
 
 std::string Settings::version() const {

@@ -14,7 +14,6 @@ public:
     static Settings& shared();
 
     std::atomic<LogLevel> logLevel = LogLevel::info;
-    std::atomic<bool> shouldApplyRetryLimit = false;
 
     std::string version() const;
     void setVersion(std::string version);
