@@ -2,8 +2,8 @@
 
 #include "platform/curl/CurlEngine.hpp"
 #include "platform/curl/CurlTransfer.hpp"
-#include "platform/curl/DeliveryQueue.hpp"
 #include "platform/posix/ExitGuard.hpp"
+#include "platform/posix/SerialQueue.hpp"
 
 #include <curl/curl.h>
 #include <openssl/ssl.h>
@@ -80,7 +80,7 @@ public:
         const bool judgesServerTrust = delegate && delegate->judgesServerTrust();
         auto settings = std::make_shared<const CurlSettings>(
             CurlSettings{std::move(configuration), trustFile_, std::move(delegate), judgesServerTrust});
-        auto callbacks = delegateQueue ? std::move(delegateQueue) : std::make_shared<DeliveryQueue>();
+        auto callbacks = delegateQueue ? std::move(delegateQueue) : makeCallbackQueue("kivo-callbacks");
         return std::make_shared<CurlUrlSession>(std::move(settings), std::move(callbacks));
     }
 
