@@ -1,5 +1,4 @@
-#include "OpenSslObjects.hpp"
-#include "PublicKeyPin.hpp"
+#include "Cryptography.hpp"
 
 #include <kivo/simulator/CertificateAuthority.hpp>
 

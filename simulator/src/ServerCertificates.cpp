@@ -1,6 +1,6 @@
 #include "ServerCertificates.hpp"
 
-#include "OpenSslObjects.hpp"
+#include "Cryptography.hpp"
 
 #include <kivo/simulator/IdentityService.hpp>
 

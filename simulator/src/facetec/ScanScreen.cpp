@@ -1,6 +1,6 @@
 #include "ScanScreen.hpp"
 
-#include "ScanResultBlob.hpp"
+#include "VendorEndpoints.hpp"
 
 #include <kivo/platform/Services.hpp>
 

@@ -1,7 +1,6 @@
 #include "DocumentUpload.hpp"
 
-#include "PublicKeyPin.hpp"
-#include "SealedData.hpp"
+#include "Cryptography.hpp"
 #include "SpecimenDocument.hpp"
 
 #include <kivo/platform/Services.hpp>
