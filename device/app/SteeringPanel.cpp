@@ -18,25 +18,6 @@ namespace kivo::device::app {
 namespace {
 
 using namespace std::chrono_literals;
-using simulator::Fault;
-
-struct NamedFault {
-    const char* name;
-    Fault (*make)();
-};
-
-constexpr std::array faults{
-    NamedFault{"Answer two seconds late", [] { return Fault::delay(2s); }},
-    NamedFault{"Never answer", [] { return Fault::drop(); }},
-    NamedFault{"Break the connection", [] { return Fault::reset(); }},
-    NamedFault{"Answer with no HTTP", [] { return Fault::garbage(); }},
-    NamedFault{"Answer with status 500", [] { return Fault::status(500); }},
-    NamedFault{"Answer with nothing", [] { return Fault::emptyBody(); }},
-    NamedFault{"Refuse: not authorised", [] { return Fault::refuse("STATUS_AUTH_FAILED"); }},
-    NamedFault{"Refuse: bad document", [] { return Fault::refuse("STATUS_BAD_BIODATA"); }},
-    NamedFault{"Present an expired certificate",
-               [] { return Fault::certificate(simulator::CertificateFlaw::expired); }},
-};
 
 struct NamedReading {
     const char* name;
@@ -93,12 +74,13 @@ void SteeringPanel::addService(QGroupBox& box) {
     auto form = std::make_unique<QFormLayout>();
     auto& endpoint = addRow<QComboBox>(*form, "Endpoint");
     for (const auto each : simulator::allEndpoints) {
-        const auto name = simulator::name(each);
-        endpoint.addItem(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+        endpoint.addItem(QString::fromUtf8(simulator::name(each)));
     }
     auto& fault = addRow<QComboBox>(*form, "Fault");
-    for (const auto& each : faults) {
-        fault.addItem(each.name);
+    for (const auto& each : simulator::namedFaults()) {
+        auto meaning = QString::fromUtf8(each.meaning);
+        meaning.front() = meaning.front().toUpper();
+        fault.addItem(meaning);
     }
     auto& once = addRow<QCheckBox>(*form, "", "The next call only");
     once.setAccessibleName(once.text());
@@ -109,14 +91,14 @@ void SteeringPanel::addService(QGroupBox& box) {
     clear.setAccessibleName(clear.text());
     auto& state = addRow<QLabel>(*form, "Now", "behaves");
     connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
-        const auto chosen = faults.at(static_cast<std::size_t>(fault.currentIndex())).make();
+        const auto& chosen = simulator::namedFaults().at(static_cast<std::size_t>(fault.currentIndex()));
         // A certificate is presented to every connection, whatever is called over it.
-        const bool meetsAll = chosen.kind() == simulator::Fault::Kind::certificate;
+        const bool meetsAll = chosen.fault.kind() == simulator::Fault::Kind::certificate;
         const bool isOnce = once.isChecked() && !meetsAll;
-        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())), chosen,
-                                 isOnce ? simulator::Calls::only(1) : simulator::Calls::all());
-        state.setText((meetsAll ? QString{"everywhere"} : endpoint.currentText()) + ": " + fault.currentText() +
-                      (isOnce ? ", once" : ""));
+        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
+                                 chosen.fault, isOnce ? simulator::Calls::only(1) : simulator::Calls::all());
+        state.setText((meetsAll ? QString{"everywhere"} : endpoint.currentText()) + ": " +
+                      QString::fromUtf8(chosen.name) + (isOnce ? ", once" : ""));
     });
     connect(&clear, &QPushButton::clicked, this, [this, &state] {
         steered_.service->clearFaults();

@@ -54,6 +54,15 @@ void showRequests(simulator::IdentityService& service, QPointer<Records> records
     });
 }
 
+/// The interface versions, such as "14, 15".
+QString versions() {
+    QStringList all;
+    for (const auto version : SdkVersions::all()) {
+        all.append(QString::fromUtf8(version));
+    }
+    return all.join(", ");
+}
+
 int run(const QString& version) {
     const QTemporaryDir folder;
     const auto service = std::make_shared<simulator::IdentityService>();
@@ -78,8 +87,8 @@ int run(const QString& version) {
 
     const device::MainLoop mainLoop;
     if (!KivoSDK::load("DEVICE", version.toStdString())) {
-        std::fprintf(stderr, "kivo-device: there is no interface version %s; take 14 to 18\n",
-                     version.toStdString().c_str());
+        std::fprintf(stderr, "kivo-device: there is no interface version %s; take one of %s\n", qPrintable(version),
+                     qPrintable(versions()));
         return 2;
     }
     const auto host = std::make_shared<Host>(window, version.toStdString());
@@ -128,7 +137,8 @@ int main(int argc, char** argv) {
         "Shows the screens of a host with libkivo against a simulated identity service,\n"
         "to go the road by hand. The service knows the activation code 123456.");
     arguments.addHelpOption();
-    const QCommandLineOption version{"interface", "Interface version to load, 14 to 18.", "NN", "18"};
+    const QCommandLineOption version{"interface", "Interface version to load: " + versions() + ".", "NN",
+                                     QString::fromUtf8(SdkVersions::all().back())};
     arguments.addOption(version);
     arguments.process(application);
     try {

@@ -10,6 +10,8 @@
 namespace kivo::simulator {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr const char* json = "application/json";
 
 /// The most memory that is set aside on a client's word; a longer body grows as it comes.
@@ -29,6 +31,34 @@ bool sendSpaces(std::size_t, std::size_t length, httplib::DataSink& sink) {
 }
 
 } // namespace
+
+// `Fault::anotherScan` is left out: met at every call, it would have a person scan for ever.
+const std::vector<NamedFault>& namedFaults() {
+    using enum CertificateFlaw;
+    static const std::vector<NamedFault> all{
+        {"slow", "answers two seconds late", Fault::delay(2s)},
+        {"slow-body", "sends its answer over two seconds", Fault::slowBody(2s)},
+        {"slow-reader", "takes 64 KiB of a request in a second", Fault::slowReader(std::size_t{64} * 1024)},
+        {"drop", "never answers (the SDK waits for 60 s)", Fault::drop()},
+        {"reset", "resets the connection", Fault::reset()},
+        {"truncate", "sends less than it promised", Fault::truncate()},
+        {"garbage", "answers with bytes that are no HTTP", Fault::garbage()},
+        {"html", "answers 200 with a page instead of JSON", Fault::answer("<html>Sign in to this Wi-Fi</html>")},
+        {"empty", "answers 200 with an empty body", Fault::emptyBody()},
+        {"204", "answers 204 without a body", Fault::noBody()},
+        {"404", "answers 404", Fault::status(404)},
+        {"500", "answers 500", Fault::status(500)},
+        {"redirect", "redirects to a page that is not https", Fault::redirect("http://localhost/elsewhere")},
+        {"huge", "answers with 100 MiB", Fault::largeBody(std::size_t{100} * 1024 * 1024)},
+        {"refuse", "refuses with STATUS_AUTH_FAILED", Fault::refuse("STATUS_AUTH_FAILED")},
+        {"bad-document", "refuses with STATUS_BAD_BIODATA", Fault::refuse("STATUS_BAD_BIODATA")},
+        {"expired", "presents an expired certificate", Fault::certificate(expired)},
+        {"wrong-host", "presents another host's certificate", Fault::certificate(wrongHost)},
+        {"self-signed", "presents a self-signed certificate", Fault::certificate(selfSigned)},
+        {"untrusted", "presents an unknown authority's certificate", Fault::certificate(untrustedAuthority)},
+    };
+    return all;
+}
 
 void FaultPlan::add(Endpoint endpoint, Fault fault, Calls calls) {
     const std::scoped_lock lock{mutex_};

@@ -1,6 +1,5 @@
 #include "Album.hpp"
 #include "Options.hpp"
-#include "PinnedBundle.hpp"
 #include "Report.hpp"
 #include "Road.hpp"
 
@@ -17,9 +16,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -60,10 +59,28 @@ std::FILE* openReportStream(const demo::Options& options) {
     return fdopen(report, "w");
 }
 
-void injectFaults(kivo::simulator::IdentityService& service, const demo::Options& options) {
-    for (const auto& each : options.faults) {
-        service.inject(each.endpoint, each.fault);
+/// Copies the demo's own bundle, adds a list of pins, and returns the copy's folder; an empty path without --pin.
+std::filesystem::path makePinnedBundle(const std::filesystem::path& below, const std::string& choice,
+                                       const kivo::simulator::IdentityService& service) {
+    if (choice.empty()) {
+        return {};
     }
+    std::string pin;
+    if (choice == "leaf") {
+        pin = service.pins().leaf;
+    } else if (choice == "intermediate") {
+        pin = service.pins().intermediate;
+    } else if (choice == "other") {
+        pin = kivo::simulator::CertificateAuthority{}.issue({}).pins.leaf;
+    }
+    const auto bundle = below / "Host.bundle";
+    auto own = std::filesystem::read_symlink("/proc/self/exe");
+    own += ".bundle";
+    std::filesystem::copy(own, bundle, std::filesystem::copy_options::recursive);
+    std::ofstream{bundle / "readid_certificates.plist"}
+        << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><array>)"
+        << (pin.empty() ? "" : "<string>" + pin + "</string>") << "</array></plist>\n";
+    return bundle;
 }
 
 std::shared_ptr<kivo::simulator::FaceTec> makeFaceTec(const demo::Options& options) {
@@ -109,10 +126,9 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     configuration.hostPerEndpoint = !options.faults.empty();
     kivo::simulator::IdentityService service{configuration};
 
-    auto services = kivo::platform::linuxServices(
-        {.mainBundle = options.pin.empty() ? "" : demo::makePinnedBundle(folder.path(), options.pin, service),
-         .dataFolder = folder.path(),
-         .trustedCertificates = service.trustedCertificates()});
+    auto services = kivo::platform::linuxServices({.mainBundle = makePinnedBundle(folder.path(), options.pin, service),
+                                                   .dataFolder = folder.path(),
+                                                   .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
     if (album) {
         services.fonts = album->fonts();
@@ -124,11 +140,16 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});
     kivo::KivoSDK::setLogLevel(options.log ? kivo::LogLevel::debug : kivo::LogLevel::warning);
-    injectFaults(service, options);
+    for (const auto& each : options.faults) {
+        service.inject(each.endpoint, each.fault);
+    }
 
     demo::Report report{openReportStream(options), options.json};
     bool well = true;
-    for (const auto& version : options.version == "all" ? demo::everyVersion : std::vector{options.version}) {
+    for (const auto version : kivo::SdkVersions::all()) {
+        if (options.version != "all" && options.version != version) {
+            continue;
+        }
         auto session = options;
         session.version = version;
         report.begin(session, service);

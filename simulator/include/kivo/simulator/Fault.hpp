@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kivo::simulator {
 
@@ -135,6 +137,19 @@ private:
     int httpStatus_ = 200;
     CertificateFlaw flaw_ = CertificateFlaw::none;
 };
+
+/// A fault with a name, for a command line or a list on a screen.
+struct NamedFault {
+    /// One word, such as "reset".
+    std::string_view name;
+    /// The behaviour of the identity service, as the rest of a sentence: "resets the connection".
+    std::string_view meaning;
+    Fault fault;
+};
+
+/// The faults that `kivo-demo --fault` and the device offer, in the order in which they are shown. Callable from any
+/// thread.
+const std::vector<NamedFault>& namedFaults();
 
 /// The calls of an endpoint that a fault meets, counted from the moment it is injected.
 class Calls {
