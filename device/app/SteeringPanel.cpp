@@ -1,16 +1,17 @@
 #include "SteeringPanel.hpp"
 
-#include "Widgets.hpp"
-
+#include <QBoxLayout>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
 #include <array>
 #include <chrono>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -18,6 +19,25 @@ namespace kivo::device::app {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// A new widget at the end of a layout, whose parent owns the widget.
+template <class Widget, class... Arguments>
+Widget& add(QBoxLayout& layout, Arguments&&... arguments) {
+    auto widget = std::make_unique<Widget>(std::forward<Arguments>(arguments)...);
+    auto& added = *widget;
+    layout.addWidget(widget.release());
+    return added;
+}
+
+/// A new widget in a new row of a form. The label is also the widget's name for assistive technology.
+template <class Widget, class... Arguments>
+Widget& addRow(QFormLayout& layout, const QString& label, Arguments&&... arguments) {
+    auto widget = std::make_unique<Widget>(std::forward<Arguments>(arguments)...);
+    auto& added = *widget;
+    added.setAccessibleName(label);
+    layout.addRow(label, widget.release());
+    return added;
+}
 
 struct NamedReading {
     const char* name;

@@ -1,9 +1,7 @@
 #include "Host.hpp"
 #include "HostLook.hpp"
 #include "Records.hpp"
-#include "StandardOutput.hpp"
 #include "SteeringPanel.hpp"
-#include "Widgets.hpp"
 
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/MainLoop.hpp>
