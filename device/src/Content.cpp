@@ -1,6 +1,5 @@
 #include "Content.hpp"
 
-#include "Images.hpp"
 #include "Text.hpp"
 
 #include <kivo/platform/Text.hpp>
@@ -11,6 +10,8 @@
 #include <kivo/platform/ui/TextView.hpp>
 
 #include <QFontMetricsF>
+#include <QHash>
+#include <QImage>
 #include <algorithm>
 #include <cstdint>
 #include <vector>
@@ -28,6 +29,23 @@ constexpr auto plainPlaceholderColor = Color::white(0.45);
 
 QRectF bounds(const platform::View& view) {
     return toQt(view.bounds());
+}
+
+/// The decoded picture, kept for the next time; null when its file cannot be decoded.
+QImage decoded(const platform::Image& image) {
+    static QHash<QString, QImage> pictures;
+    const auto file = QString::fromStdString(image.file.string());
+    const auto known = pictures.constFind(file);
+    return known != pictures.constEnd() ? *known : *pictures.insert(file, QImage{file});
+}
+
+/// The picture's shape in one colour.
+QImage tinted(const QImage& picture, const QColor& color) {
+    auto result = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QPainter painter{&result};
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(result.rect(), color);
+    return result;
 }
 
 /// The largest rectangle of that size's shape in the middle of `area`.

@@ -37,9 +37,6 @@ private:
     platform::AccessibilityRole role_;
 };
 
-/// Has Qt know the roles of the elements; once a process.
-void makeElementsAccessible();
-
 /// The widgets over the phone's picture, one for each view of the topmost screen that has a role. They are what the
 /// keyboard, input methods and assistive technology meet; the mouse goes through them.
 class Controls {

@@ -55,17 +55,13 @@ std::string named(const View& view) {
     return "\"" + (view.identifier().empty() ? view.shownText() : view.identifier()) + "\"";
 }
 
-/// The part that no view around cuts off; `scrolls` tells whether the rest can be scrolled to.
-QRectF visiblePart(const View& view, bool& scrolls) {
-    auto part = toQt(view.frameOnScreen());
-    scrolls = false;
+bool isInScrollView(const View& view) {
     for (auto around = view.superview(); around; around = around->superview()) {
-        scrolls = scrolls || std::dynamic_pointer_cast<platform::ScrollView>(around) != nullptr;
-        if (clips(*around) || !around->superview()) {
-            part = part.intersected(toQt(around->frameOnScreen()));
+        if (std::dynamic_pointer_cast<platform::ScrollView>(around)) {
+            return true;
         }
     }
-    return part;
+    return false;
 }
 
 bool fits(Size size, const QRectF& room) {
@@ -96,16 +92,15 @@ std::vector<std::string> layoutFaults(platform::Window& window) {
     std::vector<std::string> faults;
     std::vector<Seen> seen;
     const auto see = [&](const std::shared_ptr<View>& view) {
-        bool scrolls = false;
         const auto whole = toQt(view->frameOnScreen());
-        const auto part = visiblePart(*view, scrolls);
+        const auto part = visiblePart(*view);
         if (whole.width() < tolerance || whole.height() < tolerance) {
             faults.push_back(named(*view) + " has no room");
             return;
         }
         const bool reaches = part.width() >= whole.width() - tolerance && part.height() >= whole.height() - tolerance;
-        const bool canScroll =
-            scrolls && whole.left() >= -tolerance && whole.right() <= window.frame().size.width + tolerance;
+        const bool canScroll = isInScrollView(*view) && whole.left() >= -tolerance &&
+                               whole.right() <= window.frame().size.width + tolerance;
         if (!reaches && !canScroll) {
             faults.push_back(named(*view) + " is partly or wholly out of sight");
         }

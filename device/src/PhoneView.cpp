@@ -1,7 +1,6 @@
 #include "Controls.hpp"
 #include "Drawing.hpp"
 #include "Finger.hpp"
-#include "Repaints.hpp"
 #include "Transition.hpp"
 
 #include <kivo/device/PhoneView.hpp>
