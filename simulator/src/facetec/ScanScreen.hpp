@@ -1,8 +1,7 @@
 #pragma once
 
-#include "FaceTecMemory.hpp"
-#include "ScanPage.hpp"
 #include "ScanProcessor.hpp"
+#include "VendorPage.hpp"
 
 #include <kivo/platform/FaceTec.hpp>
 #include <kivo/platform/ui/ViewController.hpp>
@@ -15,6 +14,15 @@
 #include <vector>
 
 namespace kivo::simulator {
+
+/// The state that the vendor's library and its sessions share.
+struct FaceTecMemory {
+    /// How the initialisation ended; absent until it has.
+    std::optional<int> initializationStatus;
+    std::string successMessage;
+    std::vector<std::shared_ptr<ScanRecord>> sessions;
+    std::vector<std::string> violations;
+};
 
 /// The vendor's screen for one session, from its appearing to the call that says it is gone.
 class ScanScreen final : public platform::ViewController {
@@ -42,12 +50,12 @@ private:
     void close();
 
     void enter(Stage stage);
-    void show(ScanPage page, std::vector<Choice> choices);
+    void show(VendorPage page, std::vector<Choice> choices);
     Choice ending(const char* name, const char* title, int status);
     void later(std::chrono::nanoseconds delay, std::function<void()> step);
     /// What runs `step` unless the session has moved on by then.
     std::function<void()> ifStillHere(std::function<void()> step);
-    std::string scanTitle() const;
+    VendorPage page(const std::string& message, std::shared_ptr<const platform::Image> picture = {}) const;
 
     std::shared_ptr<ScanProcessor> processor_;
     const ScanScript script_;
@@ -61,7 +69,7 @@ private:
     int retriesLeft_;
     bool isOnBackSide_ = false;
     std::shared_ptr<Verdict> verdict_;
-    std::optional<ScanPage> page_;
+    std::optional<VendorPage> page_;
 };
 
 } // namespace kivo::simulator
