@@ -2,6 +2,7 @@
 // then what is kept in memory while a camera is faster than the reader.
 //
 // usage: kivo-bench-camera [ROUNDS]
+#include "Measuring.hpp"
 #include "linux/camera/CodeScan.hpp"
 #include "linux/camera/Modules.hpp"
 
@@ -24,13 +25,10 @@ namespace {
 
 using namespace kivo::platform;
 using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using kivo::bench::giveUp;
+using kivo::bench::median;
+using kivo::bench::timed;
 using Frames = std::vector<std::shared_ptr<const VideoFrame>>;
-
-[[noreturn]] void giveUp(const char* why) {
-    std::fprintf(stderr, "kivo-bench-camera: %s\n", why);
-    std::exit(EXIT_FAILURE);
-}
 
 /// The module's reader, which tells when it takes up a picture and when it is done.
 class WatchedReader final : public CodeReader {
@@ -126,18 +124,6 @@ Frames makeFrames() {
     return frames;
 }
 
-template <class Run>
-double timed(const Run& run) {
-    const auto start = Clock::now();
-    run();
-    return Milliseconds{Clock::now() - start}.count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
-}
-
 void compare(int rounds) {
     const auto frames = makeFrames();
     const Session session;
@@ -186,7 +172,7 @@ void flood() {
 
 int main(int argc, char** argv) {
     if (const auto module = codesModule(); !module) {
-        giveUp(module.error().c_str());
+        giveUp(module.error());
     }
     compare(argc > 1 ? std::atoi(argv[1]) : 20);
     flood();

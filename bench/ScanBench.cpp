@@ -3,6 +3,7 @@
 //
 // usage: kivo-bench-scan [ROUNDS]
 #include "Configuration/environment/Config.hpp"
+#include "Measuring.hpp"
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 
 #include <kivo/kivo.hpp>
@@ -12,7 +13,6 @@
 
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -30,15 +30,9 @@ namespace {
 
 using namespace kivo;
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using bench::giveUp;
 
 constexpr std::size_t scanSize = std::size_t{10} * 1024 * 1024;
-
-[[noreturn]] void giveUp(const char* why) {
-    std::fprintf(stderr, "kivo-bench-scan: %s\n", why);
-    std::exit(EXIT_FAILURE);
-}
 
 class Scan final : public platform::FaceTecSessionResult {
 public:
@@ -144,13 +138,9 @@ Measured measure(int rounds, const std::function<void(const std::shared_ptr<Scan
     Measured measured{.peak = (ownMemory("VmHWM") - idle) / static_cast<double>(scanSize)};
     std::vector<double> times;
     for (int round = 0; round < rounds; ++round) {
-        const auto start = Clock::now();
-        post(scan);
-        times.push_back(Milliseconds{Clock::now() - start}.count());
+        times.push_back(bench::timed([&] { post(scan); }));
     }
-    const auto middle = times.begin() + rounds / 2;
-    std::ranges::nth_element(times, middle);
-    measured.milliseconds = *middle;
+    measured.milliseconds = bench::median(times);
     return measured;
 }
 
@@ -214,23 +204,20 @@ int main(int argc, char** argv) {
         return measureHere({argv + 2, argv + argc});
     }
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 9;
-    auto pattern = (std::filesystem::temp_directory_path() / "kivo-bench-XXXXXX").string();
-    const std::filesystem::path folder{mkdtemp(pattern.data())};
+    const bench::TemporaryFolder folder;
     const simulator::IdentityService service;
     const auto trusted = service.trustedCertificates().string();
-    installPlatform(folder, trusted);
+    installPlatform(folder.path(), trusted);
     join(service);
-    const auto sdk = measureElsewhere("sdk", rounds, folder, trusted);
-    const auto bare = measureElsewhere("bare", rounds, folder, trusted);
+    const auto sdk = measureElsewhere("sdk", rounds, folder.path(), trusted);
+    const auto bare = measureElsewhere("bare", rounds, folder.path(), trusted);
     if (!service.violations().empty()) {
-        giveUp(service.violations().front().c_str());
+        giveUp(service.violations().front());
     }
     std::printf("a face scan of 10 MiB, median of %d, and the peak of memory above idle with the library's own copy\n"
                 "  processor     %8.1f ms  %5.2f x the scan\n"
                 "  bare libcurl  %8.1f ms  %5.2f x the scan\n"
                 "  ratio         %8.2f\n",
                 rounds, sdk.milliseconds, sdk.peak, bare.milliseconds, bare.peak, sdk.milliseconds / bare.milliseconds);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
     return EXIT_SUCCESS;
 }

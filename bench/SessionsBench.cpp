@@ -3,6 +3,8 @@
 // simulated service, which remembers everything, works in a process of its own.
 //
 // usage: kivo-bench-sessions [SESSIONS]
+#include "Measuring.hpp"
+
 #include <kivo/kivo.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
@@ -27,6 +29,7 @@ namespace {
 
 using namespace kivo;
 using namespace std::chrono_literals;
+using bench::giveUp;
 
 // What the heap's own book-keeping and the vendors' last records may come to.
 constexpr long toleratedGrowth = 64 * 1024;
@@ -43,11 +46,6 @@ Usage usage() {
     }
     const auto heap = mallinfo2();
     return {.heapBytes = static_cast<long>(heap.uordblks + heap.hblkhd), .openFiles = openFiles};
-}
-
-[[noreturn]] void giveUp(const std::string& why) {
-    std::fprintf(stderr, "kivo-bench-sessions: %s\n", why.c_str());
-    std::exit(EXIT_FAILURE);
 }
 
 // One machine with its host application. Time on the main queue is driven, so that no delay of a screen is waited for.
@@ -186,15 +184,14 @@ int main(int argc, char** argv) {
         return walkSessions(std::atoi(argv[2]), argv[3], argv[4], argv[5]);
     }
     const std::string sessions = argc > 1 ? argv[1] : "1000";
-    auto pattern = (std::filesystem::temp_directory_path() / "kivo-bench-XXXXXX").string();
-    const std::string folder{mkdtemp(pattern.data())};
+    const bench::TemporaryFolder folder;
     simulator::IdentityServiceConfiguration configuration;
     configuration.retryLimit = 10;
     const simulator::IdentityService service{std::move(configuration)};
-    const auto command = std::filesystem::read_symlink("/proc/self/exe").string() + " host " + sessions + ' ' + folder +
-                         ' ' + service.joinPage() + ' ' + service.trustedCertificates().string() + " >/dev/null";
+    const auto command = std::filesystem::read_symlink("/proc/self/exe").string() + " host " + sessions + ' ' +
+                         folder.path().string() + ' ' + service.joinPage() + ' ' +
+                         service.trustedCertificates().string() + " >/dev/null";
     const int ended = std::system(command.c_str());
-    std::filesystem::remove_all(folder);
     if (!service.violations().empty()) {
         giveUp(service.violations().front());
     }
