@@ -27,7 +27,7 @@ struct FreeCode {
 };
 
 std::unique_ptr<QRcode, FreeCode> encode(std::string_view text) {
-    // The more a code holds, the less of it may be spent on correcting errors.
+    // A long text fits only with less room for correcting errors.
     for (const auto level : {QR_ECLEVEL_M, QR_ECLEVEL_L}) {
         if (auto* const code = QRcode_encodeData(static_cast<int>(text.size()),
                                                  reinterpret_cast<const unsigned char*>(text.data()), 0, level)) {
@@ -37,7 +37,7 @@ std::unique_ptr<QRcode, FreeCode> encode(std::string_view text) {
     throw std::runtime_error{"No QR code holds " + std::to_string(text.size()) + " bytes."};
 }
 
-/// The pipeline's text for a file that is looked at without end.
+/// The pipeline that shows a file without end.
 std::string pipelineFor(const std::filesystem::path& file) {
     std::string quoted;
     for (const char character : file.string()) {
@@ -46,7 +46,7 @@ std::string pipelineFor(const std::filesystem::path& file) {
     return "filesrc location=\"" + quoted + "\" ! decodebin ! videoconvert ! imagefreeze ! video/x-raw,framerate=5/1";
 }
 
-/// A session that may refuse what the real one would accept.
+/// A session that refuses inputs or outputs on demand.
 class ChoosySession final : public CaptureSession {
 public:
     ChoosySession(std::shared_ptr<CaptureSession> session, Camera::Refusal refusal)
@@ -99,7 +99,7 @@ platform::VideoFrame qrCodeFrame(std::string_view text) {
     return frame;
 }
 
-/// What is in front of the camera: a frame, a file's pictures, or neither.
+/// The scene before the camera: a frame, a file's pictures, or nothing.
 class Camera::Scene final : public platform::FrameSource {
 public:
     void change(std::shared_ptr<const platform::VideoFrame> frame, std::shared_ptr<platform::FrameSource> file) {

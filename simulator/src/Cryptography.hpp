@@ -9,8 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// What the simulator encrypts, encodes and pins. It uses none of the SDK's code for that: a test then compares two
-/// sources.
+/// The simulator's encryption, encoding and pins. They share no code with the SDK, so that a test compares two sources.
 namespace kivo::simulator {
 
 /// Frees an OpenSSL object with the function made for its type.
@@ -27,10 +26,10 @@ using Certificate = std::unique_ptr<X509, Free<X509_free>>;
 using Memory = std::unique_ptr<BIO, Free<BIO_free>>;
 
 /// The text encrypted with AES-256-GCM under the digest of `keyText`, as base64: nonce, authentication tag, cipher
-/// text. The simulated document reader and the simulated document proxy encrypt documents so.
+/// text. The simulated document reader encrypts documents so, and the simulated document proxy decrypts them.
 std::string seal(std::string_view keyText, std::string_view plain);
 
-/// Absent for anything that was not sealed with this key.
+/// The plain text; absent for a text that was not sealed with this key.
 std::optional<std::string> unseal(std::string_view keyText, std::string_view sealed);
 
 std::string base64(std::string_view bytes);

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* json = "application/json";
 
-/// The most memory that is set aside on a client's word; a longer body grows as it comes.
+/// The most memory that a client's Content-Length reserves. The buffer of a longer body grows while the body arrives.
 constexpr std::size_t mostReserved = std::size_t{16} * 1024 * 1024;
 
 using Clock = std::chrono::steady_clock;
@@ -32,7 +32,7 @@ bool sendSpaces(std::size_t, std::size_t length, httplib::DataSink& sink) {
 
 } // namespace
 
-// `Fault::anotherScan` is left out: met at every call, it would have a person scan for ever.
+// `Fault::anotherScan` is left out: at every call, it makes a person scan for ever.
 const std::vector<NamedFault>& namedFaults() {
     using enum CertificateFlaw;
     static const std::vector<NamedFault> all{

@@ -20,7 +20,7 @@ public:
     void add(Endpoint endpoint, Fault fault, Calls calls);
     void clear();
 
-    /// The fault that meets the next call of an endpoint; counts the call.
+    /// Counts a call of an endpoint, and returns the fault that meets the call.
     std::optional<Fault> next(Endpoint endpoint);
 
     /// The flaw of the certificate for a connection to `endpoint`, or to any endpoint where `endpoint` is absent.
@@ -38,18 +38,18 @@ private:
     std::vector<Planned> planned_;
 };
 
-/// Reads a request's body, as slowly as a slow reader does. Absent when the body ends too early; the HTTP library has
-/// set the status then.
+/// Reads a request's body, at the rate of the fault where the fault is a slow reader. Absent when the body ends too
+/// early; the HTTP library has then set the status.
 std::optional<std::string> readBody(const std::optional<Fault>& fault, const TlsConnections& connections,
                                     const httplib::Request& request, const httplib::ContentReader& reader);
 
-/// Answers in the place of the service where the fault says so: fills `response`, and the answer's part of `record`.
-/// The function that is returned must be called once the request is recorded; it is null where the service itself
-/// answers.
+/// Answers in the place of the service where the fault demands it: fills `response`, and the answer's members of
+/// `record`. The caller runs the returned function after it has stored the record. A null function means that the
+/// service itself answers.
 std::function<void()> answerInstead(const std::optional<Fault>& fault, const TlsConnections& connections,
                                     RecordedRequest& record, httplib::Response& response);
 
-/// Makes `body` the answer, as slowly as the fault says.
+/// Makes `body` the answer. A slow body is sent over the time of the fault.
 void setBody(const std::optional<Fault>& fault, const TlsConnections& connections, const std::string& body,
              httplib::Response& response);
 

@@ -22,7 +22,7 @@ constexpr std::size_t threads = 48;
 std::vector<std::pair<std::string, std::string>> headersOf(const httplib::Request& request) {
     std::vector<std::pair<std::string, std::string>> headers;
     for (const auto& [name, value] : request.headers) {
-        // The library adds what it knows of the peer; the client did not send it.
+        // The HTTP library adds headers about the peer that the client did not send.
         if (!name.starts_with("REMOTE_") && !name.starts_with("LOCAL_")) {
             headers.emplace_back(name, value);
         }
@@ -70,7 +70,7 @@ public:
     ~Server() {
         connections_.stop();
         http_.stop();
-        // A connection accepted in the meantime would wait for its client.
+        // A connection that was accepted in the meantime would wait for its client.
         connections_.closeAll();
         thread_.join();
     }

@@ -22,7 +22,7 @@ std::optional<Address> addressOf(std::string_view path) {
     if (path == joinPath) {
         return Address{.endpoint = Endpoint::join, .session = "", .operation = ""};
     }
-    // /session/NAME/ENDPOINT, and what a client appends to the vendors' addresses.
+    // /session/NAME/ENDPOINT, then the operation, which clients append to the vendors' addresses.
     constexpr std::string_view prefix = "/session/";
     const auto slash = path.starts_with(prefix) ? path.find('/', prefix.size()) : std::string_view::npos;
     if (slash == std::string_view::npos) {
@@ -60,7 +60,7 @@ void requireTexts(const Json& object, const std::string& where, std::initializer
 }
 
 Json parsed(std::string_view body) {
-    // Deeper than any request is, and not too deep to copy.
+    // Every sound request is flatter, and values of this depth are copied safely.
     constexpr int deepest = 32;
     const auto boundDepth = [](int depth, Json::parse_event_t, Json&) {
         if (depth > deepest) {

@@ -13,7 +13,7 @@ namespace kivo::simulator {
 
 inline constexpr std::string_view joinPath = "/enrol/join.html";
 
-/// Where a request went: the endpoint, the session that its path names, and the rest of the path.
+/// The address of a request: the endpoint, the session in the path, and the rest of the path.
 struct Address {
     Endpoint endpoint;
     std::string session;
@@ -44,11 +44,11 @@ struct Violation {
     int httpStatus = 200;
 };
 
-/// Requires that `object`, which a violation calls `where`, has exactly these members, all of them text.
+/// Requires that `object` has exactly these members, all of them text. `where` names the object in a violation.
 void requireTexts(const nlohmann::ordered_json& object, const std::string& where,
                   std::initializer_list<const char*> members);
 
-/// The JSON in a body; a violation where there is none.
+/// The JSON in a body. A body that is no JSON is a violation.
 nlohmann::ordered_json parsed(std::string_view body);
 
 } // namespace kivo::simulator

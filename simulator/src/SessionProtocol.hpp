@@ -21,7 +21,7 @@ struct Reply {
 /// The identity service's side of the session protocol. Callable from any thread.
 class SessionProtocol {
 public:
-    /// `base` makes the address of an endpoint's host.
+    /// `base` returns the address of an endpoint's host, such as "https://localhost:4711".
     SessionProtocol(IdentityServiceConfiguration configuration, std::function<std::string(Endpoint)> base);
 
     /// Judges a request and answers it. The answer to a good scan hands `scanResultBlob` to the vendor's library.

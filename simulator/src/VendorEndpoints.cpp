@@ -37,7 +37,7 @@ std::string inQuotes(std::string_view text) {
     return std::string{"\""}.append(text).append("\"");
 }
 
-/// Looks without decoding: there may be ten megabytes of it.
+/// Checks without decoding: a scan may have ten megabytes.
 bool isBase64(std::string_view text) {
     if (text.empty() || text.size() % 4 != 0) {
         return false;

@@ -11,7 +11,7 @@ namespace kivo::simulator {
 
 using namespace std::chrono_literals;
 
-/// Good for one answer. A session that moved on without the answer takes no notice of it any more.
+/// Takes one answer. The session ignores an answer that comes after the session has moved on.
 class ScanScreen::Verdict final : public ScanVerdict {
 public:
     explicit Verdict(const std::shared_ptr<ScanScreen>& screen)
@@ -168,7 +168,7 @@ bool ScanScreen::proceed(const std::string& blob) {
         later(0s, [this] { scan(); });
     } else {
         isTaken = true;
-        // The success message may still be set right after this call.
+        // The SDK may set the success message right after this call.
         later(0s, [this] { showSuccess(); });
     }
     record_->blobsTaken.push_back(isTaken);

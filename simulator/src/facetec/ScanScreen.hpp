@@ -24,10 +24,10 @@ struct FaceTecMemory {
     std::vector<std::string> violations;
 };
 
-/// The vendor's screen for one session, from its appearing to the call that says it is gone.
+/// The vendor's screen for one session.
 class ScanScreen final : public platform::ViewController {
 public:
-    /// `look` is what the retry page shows; may be null.
+    /// `look` holds the picture of the retry page; may be null.
     ScanScreen(std::unique_ptr<ScanProcessor> processor, ScanScript script, bool waitsForPerson,
                std::shared_ptr<platform::FaceTecCustomization> look, std::shared_ptr<ScanRecord> record,
                std::shared_ptr<FaceTecMemory> memory);
@@ -53,7 +53,7 @@ private:
     void show(VendorPage page, std::vector<Choice> choices);
     Choice ending(const char* name, const char* title, int status);
     void later(std::chrono::nanoseconds delay, std::function<void()> step);
-    /// What runs `step` unless the session has moved on by then.
+    /// A function that runs `step` unless the session has moved on.
     std::function<void()> ifStillHere(std::function<void()> step);
     VendorPage page(const std::string& message, std::shared_ptr<const platform::Image> picture = {}) const;
 
@@ -64,7 +64,7 @@ private:
     const std::shared_ptr<ScanRecord> record_;
     const std::shared_ptr<FaceTecMemory> memory_;
     Stage stage_ = Stage::made;
-    /// Grows with every stage; tells a late timer or tap from a timely one.
+    /// Grows with every stage, so that a timer or a tap of an earlier stage is recognised.
     int turn_ = 0;
     int retriesLeft_;
     bool isOnBackSide_ = false;

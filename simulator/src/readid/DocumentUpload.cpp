@@ -52,7 +52,7 @@ private:
     const platform::PropertyValue list_;
 };
 
-/// Null where nothing is pinned.
+/// Null where the host lists no pins.
 std::shared_ptr<PinnedServers> pinnedServers(const NFCWithAccessControlFlow& flow) {
     constexpr auto resource = "readid_certificates";
     const auto bundle = platform::services().bundles->main();
@@ -62,7 +62,7 @@ std::shared_ptr<PinnedServers> pinnedServers(const NFCWithAccessControlFlow& flo
     return std::make_shared<PinnedServers>(bundle->propertyList(resource).value_or(platform::PropertyValue{}));
 }
 
-/// A document of the state that exists in specimens only.
+/// A document of Utopia, the state of all specimens.
 struct SpecimenDocument {
     /// The document's kind, in the words of the simulated document proxy.
     std::string kind;
@@ -104,7 +104,7 @@ std::string filler(std::size_t size, unsigned seed) {
 /// The chip's first data group, which holds the machine readable zone.
 std::string dg1(const SpecimenDocument& document) {
     const auto zone = std::accumulate(document.mrz.begin(), document.mrz.end(), std::string{});
-    // Tag and length of the data group, then of the zone in it; no zone is longer than one length byte can tell.
+    // Tag and length of the data group, then of the zone. One byte holds the length of every zone.
     const auto length = static_cast<char>(zone.size());
     return std::string{'\x61', static_cast<char>(zone.size() + 3), '\x5f', '\x1f', length} + zone;
 }
@@ -190,7 +190,7 @@ void uploadDocument(const NFCWithAccessControlFlow& flow, ReadParts parts,
     request.method = "POST";
     request.timeout = 30s;
     request.body = requestBody(flow, parts);
-    // The session lives until its one answer has come.
+    // The session lives until the answer has come.
     const auto held = std::make_shared<std::shared_ptr<platform::UrlSession>>(session);
     session->dataTask(std::move(request),
                       [held, completion = std::move(completion)](const platform::UrlOutcome& answer) {

@@ -12,7 +12,7 @@ namespace {
 namespace readid = platform::readid;
 using readid::FailureReason;
 
-/// Made in place: GCC 12 takes a moved variant for uninitialised under the sanitizers.
+/// Makes the variant in place: GCC 12, with sanitizers, reports a moved variant as uninitialised.
 template <class Value>
 readid::ReadIDResult success(const Value& value) {
     return readid::ReadIDResult{std::in_place, std::in_place_type<Value>, value};
@@ -45,7 +45,7 @@ private:
     bool isFinished_ = false;
 };
 
-/// One reading, from its screen to its report. Lives as long as its screen, or as a request of its own.
+/// One reading, from its screen to its report. The screen, and then the request, keep the object alive.
 class ReadID::Performance final : public std::enable_shared_from_this<Performance> {
 public:
     using Sessions = std::vector<std::shared_ptr<ReadingSession>>;
@@ -131,14 +131,14 @@ private:
                                                .viz = pageWasRead ? std::optional{pageOf(flow_)} : std::nullopt}});
     }
 
-    // The first result counts: nothing comes after the screen is gone.
+    // Only the first result is reported: the person can end the reading while the upload is under way.
     void finish(const readid::ReadIDResult& result) {
         if (!handler_) {
             return;
         }
         auto report = [handler = std::exchange(handler_, nullptr), result] { handler(result); };
         const auto screen = screen_.lock();
-        // What the host may have put over the screen goes with it.
+        // Screens that the host has put over this screen go, too.
         if (const auto below = screen ? screen->presentingViewController() : nullptr) {
             below->dismiss(/*animated=*/true, std::move(report));
         } else {

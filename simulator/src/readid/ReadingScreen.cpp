@@ -27,7 +27,7 @@ const std::vector<Ending>& endings() {
         Ending{"vizCaptureTimeout", "Never show the page", Reading::failure(FailureReason::vizCaptureTimeout)},
         Ending{"wrongDocumentType", "Show a document of another kind",
                Reading::failure(FailureReason::wrongDocumentType)},
-        Ending{"unsupportedDocument", "Show a document nobody knows",
+        Ending{"unsupportedDocument", "Show an unknown kind of document",
                Reading::failure(FailureReason::unsupportedDocument)},
         Ending{"noChip", "Show a document without a chip", Reading::failure(FailureReason::noChip, true)},
         Ending{"nfcAccessControlError", "Have the chip deny access",
@@ -39,12 +39,12 @@ const std::vector<Ending>& endings() {
                Reading::failure(FailureReason::authorisationError)},
         Ending{"serverSessionError", "Have the server lose the session",
                Reading::failure(FailureReason::serverSessionError)},
-        Ending{"tooManyRequestsError", "Have the server ask for patience",
+        Ending{"tooManyRequestsError", "Have the server refuse too many requests",
                Reading::failure(FailureReason::tooManyRequestsError)},
         Ending{"sslError", "Meet a server with a false certificate", Reading::failure(FailureReason::sslError)},
         Ending{"connectionError", "Lose the connection", Reading::failure(FailureReason::connectionError)},
-        Ending{"otherFailure", "Fail for a reason nobody knows", Reading::failure(FailureReason::other)},
-        Ending{"unknownSuccess", "Succeed in a way nobody knows", Reading::unknownSuccess()},
+        Ending{"otherFailure", "Fail for an unknown reason", Reading::failure(FailureReason::other)},
+        Ending{"unknownSuccess", "Succeed in an unknown way", Reading::unknownSuccess()},
     };
     return all;
 }
