@@ -1,4 +1,5 @@
-// One frame of the activation code screen: what a keystroke, a change of the reading size and a new screen cost.
+// The time of one frame of the activation code screen: after a keystroke, after a change of the reading size, and for a
+// new screen.
 #include "Configuration/environment/SdkBundle.hpp"
 #include "Measuring.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
@@ -36,7 +37,7 @@ void keystroke(benchmark::State& state) {
     window->layoutIfNeeded();
     const auto first = window->find<TextField>("textFieldDigitOne");
     for ([[maybe_unused]] const auto each : state) {
-        // A character, and taken back: the boxes never fill up.
+        // Each character is deleted again, so that the boxes never fill up.
         first->becomeFirstResponder();
         first->insertText("7");
         window->layoutIfNeeded();

@@ -11,7 +11,7 @@
 #include <system_error>
 #include <vector>
 
-/// What the benchmarks have in common that stand on no library for benchmarks.
+/// Helpers of the benchmarks that are programs of their own.
 namespace kivo::bench {
 
 /// Ends the program with a sentence on standard error.
@@ -20,7 +20,7 @@ namespace kivo::bench {
     std::exit(EXIT_FAILURE);
 }
 
-/// How long `run` takes, in milliseconds.
+/// The time that `run` takes, in milliseconds.
 template <class Run>
 double timed(const Run& run) {
     using Clock = std::chrono::steady_clock;

@@ -1,7 +1,7 @@
-// The road join, update, status, commit through the SDK, beside the same four POSTs from a bare libcurl loop that
-// reuses its connection. Both talk to the same simulated identity service, in turns, in one process: first with
-// answers that come at once, which shows what the SDK costs (a join waits twice for the disk), then with answers as
-// late as over a good mobile network, which shows what of that a person would notice.
+// The time of join, update, status and commit through the SDK, beside the same four POSTs from a bare libcurl loop that
+// reuses its connection. Both talk to the same simulated identity service, in turns, in one process. Answers come at
+// once in the first part, which shows the cost of the SDK (a join waits twice for the disk), and as late as over a good
+// mobile network in the second part, which shows how much of that cost a person notices.
 //
 // usage: kivo-bench-road [ROUNDS]. The figures go to standard error: standard output is the SDK's, and is thrown away.
 #include "Measuring.hpp"
@@ -31,7 +31,7 @@ constexpr auto endpoints = {simulator::Endpoint::join, simulator::Endpoint::upda
 
 constexpr std::chrono::milliseconds answerDelay{20};
 
-/// How often this process has asked for memory with `new` so far, on all threads.
+/// The number of the process's calls of `new` so far, on all threads.
 std::atomic<std::uint64_t> allocations = 0;
 
 struct Post {
@@ -46,7 +46,7 @@ void await(const Call& call) {
     std::condition_variable changed;
     int answered = 0;
     call([&](const IdvOutcome& outcome) {
-        // Notified under the lock: the waiting side's stack must not go before this returns.
+        // Notified under the lock: the variables are on the waiting side's stack, which ends with the wait.
         const std::scoped_lock lock{mutex};
         answered = outcome ? 1 : -1;
         changed.notify_one();

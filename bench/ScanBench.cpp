@@ -1,5 +1,5 @@
-// A face scan of 10 MiB through the processor, beside a bare libcurl post of the same bytes to the same simulated
-// service, each over a new connection and in a process of its own.
+// Time and memory of a face scan of 10 MiB through the processor, beside a bare libcurl post of the same bytes to the
+// same simulated service, each over a new connection and in a process of its own.
 //
 // usage: kivo-bench-scan [ROUNDS]
 #include "Configuration/environment/Config.hpp"
@@ -84,7 +84,7 @@ std::size_t collect(char* bytes, std::size_t size, std::size_t count, void* targ
     return size * count;
 }
 
-/// What a program without the SDK would do, its JSON included.
+/// Makes the JSON and posts it, as a program without the SDK would.
 void postBare(const Scan& scan, const std::string& endpoint, const std::string& trustedCertificates) {
     std::string body = R"({"faceScan":")";
     body.reserve(scanSize + 256);
@@ -112,7 +112,7 @@ void postBare(const Scan& scan, const std::string& endpoint, const std::string& 
     }
 }
 
-/// A line of this process's status, in bytes.
+/// An amount of memory in this process's status, in bytes.
 double ownMemory(const std::string& name) {
     std::ifstream status{"/proc/self/status"};
     for (std::string line; std::getline(status, line);) {
@@ -125,13 +125,13 @@ double ownMemory(const std::string& name) {
 
 struct Measured {
     double milliseconds = 0;
-    /// Peak above idle, as a multiple of the scan.
+    /// Peak of memory above idle, as a multiple of the scan's size.
     double peak = 0;
 };
 
-/// Posts once for the memory, then `rounds` times for the time.
+/// Posts once to measure the memory, then `rounds` times to measure the time.
 Measured measure(int rounds, const std::function<void(const std::shared_ptr<Scan>&)>& post) {
-    std::ofstream{"/proc/self/clear_refs"} << "5"; // the peak begins anew
+    std::ofstream{"/proc/self/clear_refs"} << "5"; // resets the peak
     const double idle = ownMemory("VmRSS");
     const auto scan = std::make_shared<Scan>();
     post(scan);
@@ -153,7 +153,7 @@ void installPlatform(const std::string& folder, const std::string& trustedCertif
     KivoSDK::setLogLevel(LogLevel::error);
 }
 
-/// The measured process: has no server in it, and finds the joined session in the folder.
+/// The measured process. Its server is in the other process, and its joined session in the folder.
 int measureHere(const std::vector<std::string>& arguments) {
     const auto& which = arguments[0];
     const int rounds = std::stoi(arguments[1]);

@@ -31,7 +31,7 @@ using namespace kivo;
 using namespace std::chrono_literals;
 using bench::giveUp;
 
-// What the heap's own book-keeping and the vendors' last records may come to.
+// The heap's own book-keeping and the vendors' last records take less than this.
 constexpr long toleratedGrowth = 64 * 1024;
 
 struct Usage {
@@ -48,7 +48,8 @@ Usage usage() {
     return {.heapBytes = static_cast<long>(heap.uordblks + heap.hblkhd), .openFiles = openFiles};
 }
 
-// One machine with its host application. Time on the main queue is driven, so that no delay of a screen is waited for.
+// One machine with its host application. The clock of the main queue is driven by hand, so that no delay of a screen
+// takes real time.
 class Host {
 public:
     Host(const std::filesystem::path& folder, const std::string& joinPage, const std::string& trustedCertificates) {
@@ -91,12 +92,12 @@ public:
         navigation_->popToViewController(start_, /*animated=*/true);
         session->reset();
         session->setContext(nullptr);
-        // What is still due fires on nothing.
+        // Pending delays fire, and find no screen.
         clock_->advance(1min);
         loop_->drain();
     }
 
-    // Gives up if a vendor saw anything wrong, and has the vendors forget what they keep for tests.
+    // Gives up when a vendor has seen a violation, and drops the records that vendors keep for tests.
     void forget() {
         if (!faceTec_->violations().empty()) {
             giveUp(faceTec_->violations().front());
@@ -152,7 +153,7 @@ private:
     std::string image_ = std::string(std::size_t{48} * 1024, 'A');
 };
 
-// The host's process. What it finds goes to standard error: standard output is the SDK's.
+// The host's process. Its findings go to standard error: standard output is the SDK's.
 int walkSessions(int sessions, const char* folder, const char* joinPage, const char* trustedCertificates) {
     KivoSDK::setLogLevel(LogLevel::error);
     Host host{folder, joinPage, trustedCertificates};

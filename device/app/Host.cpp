@@ -74,7 +74,7 @@ Host::Host(std::shared_ptr<platform::Window> window, const std::string& version)
     , navigation_{std::make_shared<platform::NavigationController>(home_)} {}
 
 Host::~Host() {
-    // The session lives on and must not keep the screens.
+    // The session outlives the host and must not keep the screens.
     session_->setContext(nullptr);
 }
 

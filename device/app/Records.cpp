@@ -121,7 +121,7 @@ QString withoutSecrets(const std::string& body) {
 StandardOutput::StandardOutput(std::function<void(const QString&)> listener)
     : listener_{std::move(listener)} {
     std::array<int, 2> ends{};
-    // The writing end never blocks: a line that finds the pipe full is lost, and the program goes on.
+    // The writing end never blocks. When the pipe is full, the program goes on and the line is lost.
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         return;
     }

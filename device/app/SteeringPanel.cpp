@@ -84,7 +84,7 @@ SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
     auto layout = std::make_unique<QVBoxLayout>();
     addService(add<QGroupBox>(*layout, "What the service does next"));
     addCamera(add<QGroupBox>(*layout, "What the camera sees"));
-    addVendors(add<QGroupBox>(*layout, "What the vendors' scans come to"));
+    addVendors(add<QGroupBox>(*layout, "How the vendors' scans end"));
     addLook(add<QGroupBox>(*layout, "How the phone and the host look"));
     layout->addStretch();
     setLayout(layout.release());
@@ -112,7 +112,7 @@ void SteeringPanel::addService(QGroupBox& box) {
     auto& state = addRow<QLabel>(*form, "Now", "behaves");
     connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
         const auto& chosen = simulator::namedFaults().at(static_cast<std::size_t>(fault.currentIndex()));
-        // A certificate is presented to every connection, whatever is called over it.
+        // A certificate belongs to a connection, over which any endpoint may be called.
         const bool meetsAll = chosen.fault.kind() == simulator::Fault::Kind::certificate;
         const bool isOnce = once.isChecked() && !meetsAll;
         steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
@@ -214,7 +214,7 @@ void SteeringPanel::addLook(QGroupBox& box) {
     };
     connect(&theme, &QComboBox::currentIndexChanged, this, apply);
     connect(&dark, &QCheckBox::toggled, this, apply);
-    addRow<QLabel>(*form, "", "Theme and colours count from the next screen on.");
+    addRow<QLabel>(*form, "", "Theme and colours apply from the next screen on.");
     box.setLayout(form.release());
 }
 

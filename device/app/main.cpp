@@ -28,8 +28,7 @@ namespace {
 using namespace kivo;
 using namespace kivo::device::app;
 
-/// The phone on its own, on a darker ground that shows its edges, in a scroll area for displays that are too low for
-/// it.
+/// The phone on a darker ground that shows its edges, in a scroll area for displays that are lower than the phone.
 std::unique_ptr<QWidget> makePhone(const std::shared_ptr<platform::Window>& window) {
     auto area = std::make_unique<QScrollArea>();
     area->setAlignment(Qt::AlignCenter);
@@ -41,7 +40,7 @@ std::unique_ptr<QWidget> makePhone(const std::shared_ptr<platform::Window>& wind
     return area;
 }
 
-/// Requests are recorded on the service's threads and shown on this one.
+/// Shows every request on this thread. The service records requests on threads of its own.
 void showRequests(simulator::IdentityService& service, QPointer<Records> records) {
     service.onRequest([records = std::move(records)](const simulator::RecordedRequest& request) {
         platform::RunLoop::main()->async([records, request] {

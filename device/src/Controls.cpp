@@ -21,7 +21,7 @@ using platform::AccessibilityRole;
 using platform::View;
 using Views = std::vector<std::shared_ptr<View>>;
 
-/// The margins that a line edit keeps to itself.
+/// The margin of a line edit at the left and the right of its text.
 constexpr double editMargin = 2;
 
 bool isControl(AccessibilityRole role) {
@@ -100,7 +100,7 @@ ButtonControl::ButtonControl(std::shared_ptr<View> view, std::function<void()> c
     : QPushButton{parent}
     , view_{std::move(view)} {
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    // A tap does not take the keyboard from a field.
+    // A tap on a button leaves the keyboard with the field.
     setFocusPolicy(Qt::TabFocus);
     connect(this, &QPushButton::clicked, this, [this, changed = std::move(changed)] {
         const auto touched = view_;
@@ -146,7 +146,7 @@ Controls::Controls(QWidget& phone, std::function<void()> changed)
 }
 
 Controls::~Controls() {
-    // Else Qt would hand the focus from one dying field to the next, which would begin editing.
+    // Otherwise Qt passes the focus from a field that is destroyed to the next field, which begins to edit.
     for (const auto& [view, control] : controls_) {
         control.widget->setFocusPolicy(Qt::NoFocus);
     }
@@ -167,7 +167,7 @@ void Controls::remove(Control& control) {
         phone_.setFocus();
     }
     control.widget->hide();
-    // Its own event may be what took the view away.
+    // Deleted later: an event of this widget may have removed the view.
     control.widget.release()->deleteLater();
 }
 

@@ -25,7 +25,7 @@ bool hasShadow(const platform::Layer& layer) {
     return layer.shadowOpacity > 0 && layer.shadowColor && !layer.masksToBounds;
 }
 
-/// A blur of boxes over one another, each larger and fainter.
+/// Draws a shadow as boxes over one another, each larger and fainter.
 void drawShadow(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
     auto color = *layer.shadowColor;
     color.alpha *= layer.shadowOpacity / shadowSteps;
@@ -85,7 +85,7 @@ void drawOpaque(QPainter& painter, platform::View& view, const Moment& moment) {
     drawBorder(painter, bounds, layer);
 }
 
-/// Views that overlap inside a translucent one do not shine through each other.
+/// Draws a translucent view as a whole, so that its overlapping subviews do not shine through each other.
 void drawTranslucent(QPainter& painter, platform::View& view, const Moment& moment) {
     const auto area = (painter.hasClipping() ? painter.clipBoundingRect() : drawnArea(view)).toAlignedRect();
     const auto density = painter.device()->devicePixelRatioF();

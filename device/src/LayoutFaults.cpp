@@ -18,12 +18,12 @@ namespace {
 using platform::Size;
 using platform::View;
 
-/// Lengths are rounded here and there.
+/// Some lengths are rounded.
 constexpr double tolerance = 1;
 
 struct Seen {
     std::shared_ptr<View> view;
-    /// What a person sees of it, on the display.
+    /// The visible part of the view, on the display.
     QRectF part;
 };
 
@@ -37,7 +37,7 @@ bool hasContent(const View& view) {
     return dynamic_cast<const platform::TextField*>(&view) != nullptr || !view.shownText().empty();
 }
 
-/// Calls `visit` for each view with something to see.
+/// Calls `visit` for each view with visible content.
 template <class Visit>
 void eachSeen(const std::shared_ptr<View>& view, const Visit& visit) {
     if (view->isHidden() || view->alpha() == 0) {
@@ -78,7 +78,7 @@ bool textFits(const View& view) {
         return fits(measureText(toQt(button->title()), toQt(button->shownFont()), room.width()), room);
     }
     if (const auto* field = dynamic_cast<const platform::TextField*>(&view)) {
-        // A text scrolls, but nobody scrolls a placeholder; and one character at least must show.
+        // The text of a field scrolls, so one character must fit. A placeholder does not scroll and must fit whole.
         const auto sample = field->text().empty() && !field->placeholder().empty() ? toQt(field->placeholder()) : "W";
         return fits(measureText(sample, shownFont(*field), 1e6), textArea(*field));
     }

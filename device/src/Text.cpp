@@ -93,7 +93,7 @@ QFont toQt(const platform::Font& font) {
     auto made = (font.name.empty() ? std::nullopt : installedTypeface(toQt(font.name)))
                     .value_or(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
     made.setPixelSize(std::max(static_cast<int>(std::lround(font.pointSize)), 1));
-    // Without hinting a text is as wide on a fine display as it was measured on a coarse one.
+    // Without hinting a text has the same width on displays of every density.
     made.setHintingPreference(QFont::PreferNoHinting);
     return made;
 }

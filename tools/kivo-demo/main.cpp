@@ -22,7 +22,7 @@
 
 namespace {
 
-/// A folder for the demo's keychain, gone with the demo.
+/// A folder for the demo's keychain, removed with the object.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -46,8 +46,8 @@ private:
     std::filesystem::path path_;
 };
 
-/// The library prints its lines on standard output. They go to standard error when asked for and nowhere otherwise, so
-/// that the report alone is on standard output.
+/// Keeps standard output for the report alone. The library prints its log there: with --log the log goes to standard
+/// error, otherwise the log is dropped.
 std::FILE* openReportStream(const demo::Options& options) {
     const int report = dup(STDOUT_FILENO);
     const int library = options.log ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -113,7 +113,7 @@ std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options
     return camera;
 }
 
-/// `album` is null when no pictures are wanted; it must outlive all that is laid out with its fonts.
+/// `album` is null without --screens. The album must outlive every view that its fonts measure.
 int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
@@ -159,7 +159,7 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     }
     report.summary();
     for (const auto& violation : service.violations()) {
-        std::fprintf(stderr, "kivo-demo: the service was sent what it does not take: %s\n", violation.c_str());
+        std::fprintf(stderr, "kivo-demo: a request broke the protocol: %s\n", violation.c_str());
         well = false;
     }
     if (album) {

@@ -51,7 +51,7 @@ std::string typeOf(const EVP_PKEY& key) {
 
 std::string subjectOf(const X509& certificate) {
     const std::unique_ptr<BIO, OpenSslFree<BIO_free>> memory{BIO_new(BIO_s_mem())};
-    // Text beyond ASCII stays as it is; control characters, which a stranger's certificate may hold, do not.
+    // Text beyond ASCII is printed, and control characters are escaped: a stranger made the certificate.
     X509_NAME_print_ex(memory.get(), X509_get_subject_name(&certificate), 0, XN_FLAG_ONELINE & ~ASN1_STRFLGS_ESC_MSB);
     char* text = nullptr;
     const long size = BIO_get_mem_data(memory.get(), &text);
@@ -148,7 +148,7 @@ Keys keysOfFile(const std::string& path) {
     return std::unexpected{path + " holds neither a certificate nor a key, in PEM or DER form"};
 }
 
-/// Takes a server's chain down and lets nothing else happen.
+/// Stores a server's chain, and ends the connection before a request is sent.
 class ChainReader final : public platform::UrlSessionDelegate {
 public:
     void didReceiveChallenge(const platform::ServerTrust* serverTrust,
@@ -185,13 +185,13 @@ Keys keysOfServer(const std::string& server) {
         }
     }
     if (!keys.empty()) {
-        // Whatever it says of itself, it is what the server speaks with.
+        // The first certificate is the server's own, also where it claims to be an authority.
         keys.front().kind = "leaf";
     }
     return keys;
 }
 
-/// An address in the place of a server is meant well: what counts of it is the host.
+/// The host of an address such as "https://host/path"; a source without a scheme as it is.
 std::string serverIn(std::string source) {
     constexpr std::string_view scheme = "https://";
     if (source.starts_with(scheme)) {

@@ -142,13 +142,13 @@ ExitStatus write(const std::string& file, const std::vector<std::string>& found)
     if (std::filesystem::exists(file, unknown) || unknown) {
         auto list = pins::readList(file);
         if (!list) {
-            return complain(list.error() + "; move it away and I make a new one");
+            return complain(list.error() + "; move the file away to have a new list made");
         }
         if (!list->pins.empty() || !list->isArrayOfText) {
             complainOf(file, list->faults);
         }
         if (!list->isArrayOfText) {
-            return complain(file + " is not a list of pins; move it away and I make a new one");
+            return complain(file + " is not a list of pins; move the file away to have a new list made");
         }
         all = std::move(list->pins);
     }
@@ -195,7 +195,7 @@ ExitStatus run(const Options& options) {
 int main(int argc, char** argv) {
     const auto options = parse({argv + 1, argv + argc});
     if (!options) {
-        return complain(options.error() + "; kivo-pins --help tells more");
+        return complain(options.error() + "; see kivo-pins --help");
     }
     if (options->help) {
         say(usage);
