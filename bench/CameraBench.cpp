@@ -1,7 +1,8 @@
-// Reading codes in frames of 1280 x 720 through a session, beside a bare zxing-cpp loop over the same frames in turns;
-// then what is kept in memory while a camera is faster than the reader.
+// The time to read codes in frames of 1280 x 720 through a session, beside a bare zxing-cpp loop over the same frames,
+// in turns. Then the number of frames in memory while a camera is faster than the reader.
 //
 // usage: kivo-bench-camera [ROUNDS]
+#include "Measuring.hpp"
 #include "platform/camera/CodeScan.hpp"
 #include "platform/camera/Modules.hpp"
 
@@ -24,15 +25,12 @@ namespace {
 
 using namespace kivo::platform;
 using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using kivo::bench::giveUp;
+using kivo::bench::median;
+using kivo::bench::timed;
 using Frames = std::vector<std::shared_ptr<const VideoFrame>>;
 
-[[noreturn]] void giveUp(const char* why) {
-    std::fprintf(stderr, "kivo-bench-camera: %s\n", why);
-    std::exit(EXIT_FAILURE);
-}
-
-/// The module's reader, which tells when it takes up a picture and when it is done.
+/// The module's reader, which signals the beginning and the end of every picture.
 class WatchedReader final : public CodeReader {
 public:
     std::vector<MetadataObject> read(const VideoFrame& frame, const std::vector<MetadataObjectType>& types) override {
@@ -53,19 +51,19 @@ private:
     const std::shared_ptr<CodeReader> reader_ = (*codesModule())->makeReader();
 };
 
-/// Runs what it is given at once, so that the time of a main loop is not measured.
+/// Runs blocks at once, so that the time of a main loop is not measured.
 struct InlineQueue final : DispatchQueue {
     void async(std::function<void()> block) override { block(); }
 };
 
-struct Nobody final : CaptureMetadataOutputDelegate {
+struct IgnoringDelegate final : CaptureMetadataOutputDelegate {
     void didOutput(const std::vector<MetadataObject>& /*objects*/) override {}
 };
 
 class Session {
 public:
     Session() {
-        output_->setDelegate(std::make_shared<Nobody>(), std::make_shared<InlineQueue>());
+        output_->setDelegate(std::make_shared<IgnoringDelegate>(), std::make_shared<InlineQueue>());
         output_->setObjectTypes(
             {MetadataObjectType::qr, MetadataObjectType::ean8, MetadataObjectType::ean13, MetadataObjectType::pdf417});
         if (scan->start()) {
@@ -78,7 +76,7 @@ public:
 
     ~Session() { scan->stop(); }
 
-    /// Offers each frame as soon as the one before has been taken up, like a camera that is as fast as the reader.
+    /// Offers each frame when the reader has begun with the frame before, like a camera that is as fast as the reader.
     void readAll(const Frames& frames) const {
         for (const auto& frame : frames) {
             scan->take(frame);
@@ -126,18 +124,6 @@ Frames makeFrames() {
     return frames;
 }
 
-template <class Run>
-double timed(const Run& run) {
-    const auto start = Clock::now();
-    run();
-    return Milliseconds{Clock::now() - start}.count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
-}
-
 void compare(int rounds) {
     const auto frames = makeFrames();
     const Session session;
@@ -163,7 +149,7 @@ void compare(int rounds) {
 
 void flood() {
     const auto pattern = makeFrames();
-    // Outlives the session's thread, which lets go of the last frames.
+    // Shared: the session's thread frees the last frames.
     const auto alive = std::make_shared<std::atomic<int>>(0);
     int offered = 0;
     int most = 0;
@@ -186,7 +172,7 @@ void flood() {
 
 int main(int argc, char** argv) {
     if (const auto module = codesModule(); !module) {
-        giveUp(module.error().c_str());
+        giveUp(module.error());
     }
     compare(argc > 1 ? std::atoi(argv[1]) : 20);
     flood();

@@ -1,5 +1,7 @@
-// One frame of the activation code screen: what a keystroke, a change of the reading size and a new screen cost.
+// The time of one frame of the activation code screen: after a keystroke, after a change of the reading size, and for a
+// new screen.
 #include "Configuration/environment/SdkBundle.hpp"
+#include "Measuring.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 
 #include <kivo/KivoSDK.hpp>
@@ -10,8 +12,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -20,16 +20,11 @@ namespace {
 using namespace kivo;
 using namespace kivo::platform;
 
-[[noreturn]] void giveUp(const std::string& why) {
-    std::fprintf(stderr, "kivo-bench-code-screen: %s\n", why.c_str());
-    std::exit(EXIT_FAILURE);
-}
-
 std::shared_ptr<QRCodeVC> makeScreen(const std::shared_ptr<ThemeCustomization>& theme) {
     const auto storyboard = Storyboard::open("ZORFramework", sdkBundle());
     const auto made = storyboard ? (*storyboard)->instantiate("QRCodeVC") : std::unexpected{storyboard.error()};
     if (!made) {
-        giveUp(made.error());
+        bench::giveUp(made.error());
     }
     auto screen = std::dynamic_pointer_cast<QRCodeVC>(*made);
     screen->themeObj = theme;
@@ -42,7 +37,7 @@ void keystroke(benchmark::State& state) {
     window->layoutIfNeeded();
     const auto first = window->find<TextField>("textFieldDigitOne");
     for ([[maybe_unused]] const auto each : state) {
-        // A character, and taken back: the boxes never fill up.
+        // Each character is deleted again, so that the boxes never fill up.
         first->becomeFirstResponder();
         first->insertText("7");
         window->layoutIfNeeded();

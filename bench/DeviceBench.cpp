@@ -1,4 +1,5 @@
-// One frame of the device: the code screen, the densest one, drawn whole and after a keystroke. A frame may take 8 ms.
+// The time of one frame of the device: the whole code screen, which is the densest screen, and a field after a
+// keystroke. A frame may take 8 ms.
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/PhoneView.hpp>
 #include <kivo/kivo.hpp>

@@ -1,4 +1,4 @@
-// What it costs to lay out a dense screen: from scratch, and after the text of one label has changed.
+// The time to lay out a dense screen: from scratch, and after the text of one label has changed.
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/ScrollView.hpp>
@@ -65,7 +65,7 @@ void fromScratch(benchmark::State& state) {
     DenseScreen screen;
     auto category = ContentSizeCategory::large;
     for ([[maybe_unused]] const auto each : state) {
-        // Another reading size leaves no measure of before in use.
+        // A change of the reading size makes all stored measures invalid.
         category = category == ContentSizeCategory::large ? ContentSizeCategory::small : ContentSizeCategory::large;
         screen.window().setPreferredContentSizeCategory(category);
     }

@@ -1,4 +1,4 @@
-// What a log line costs that is not printed.
+// The time of a log line that is not printed, and of making a line.
 #include "Configuration/logging/Log.hpp"
 
 #include <benchmark/benchmark.h>

@@ -1,19 +1,18 @@
-// A face scan of 10 MiB through the processor, beside a bare libcurl post of the same bytes to the same simulated
-// service, each over a new connection and in a process of its own.
+// Time and memory of a face scan of 10 MiB through the processor, beside a bare libcurl post of the same bytes to the
+// same simulated service, each over a new connection and in a process of its own.
 //
 // usage: kivo-bench-scan [ROUNDS]
 #include "Configuration/session/Config.hpp"
+#include "Measuring.hpp"
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 
 #include <kivo/kivo.hpp>
-#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -31,15 +30,9 @@ namespace {
 
 using namespace kivo;
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using bench::giveUp;
 
 constexpr std::size_t scanSize = std::size_t{10} * 1024 * 1024;
-
-[[noreturn]] void giveUp(const char* why) {
-    std::fprintf(stderr, "kivo-bench-scan: %s\n", why);
-    std::exit(EXIT_FAILURE);
-}
 
 class Scan final : public platform::FaceTecSessionResult {
 public:
@@ -91,7 +84,7 @@ std::size_t collect(char* bytes, std::size_t size, std::size_t count, void* targ
     return size * count;
 }
 
-/// What a program without the SDK would do, its JSON included.
+/// Makes the JSON and posts it, as a program without the SDK would.
 void postBare(const Scan& scan, const std::string& endpoint, const std::string& trustedCertificates) {
     std::string body = R"({"faceScan":")";
     body.reserve(scanSize + 256);
@@ -119,7 +112,7 @@ void postBare(const Scan& scan, const std::string& endpoint, const std::string& 
     }
 }
 
-/// A line of this process's status, in bytes.
+/// An amount of memory in this process's status, in bytes.
 double ownMemory(const std::string& name) {
     std::ifstream status{"/proc/self/status"};
     for (std::string line; std::getline(status, line);) {
@@ -132,26 +125,22 @@ double ownMemory(const std::string& name) {
 
 struct Measured {
     double milliseconds = 0;
-    /// Peak above idle, as a multiple of the scan.
+    /// Peak of memory above idle, as a multiple of the scan's size.
     double peak = 0;
 };
 
-/// Posts once for the memory, then `rounds` times for the time.
+/// Posts once to measure the memory, then `rounds` times to measure the time.
 Measured measure(int rounds, const std::function<void(const std::shared_ptr<Scan>&)>& post) {
-    std::ofstream{"/proc/self/clear_refs"} << "5"; // the peak begins anew
+    std::ofstream{"/proc/self/clear_refs"} << "5"; // resets the peak
     const double idle = ownMemory("VmRSS");
     const auto scan = std::make_shared<Scan>();
     post(scan);
     Measured measured{.peak = (ownMemory("VmHWM") - idle) / static_cast<double>(scanSize)};
     std::vector<double> times;
     for (int round = 0; round < rounds; ++round) {
-        const auto start = Clock::now();
-        post(scan);
-        times.push_back(Milliseconds{Clock::now() - start}.count());
+        times.push_back(bench::timed([&] { post(scan); }));
     }
-    const auto middle = times.begin() + rounds / 2;
-    std::ranges::nth_element(times, middle);
-    measured.milliseconds = *middle;
+    measured.milliseconds = bench::median(times);
     return measured;
 }
 
@@ -164,7 +153,7 @@ void installPlatform(const std::string& folder, const std::string& trustedCertif
     KivoSDK::setLogLevel(LogLevel::error);
 }
 
-/// The measured process: has no server in it, and finds the joined session in the folder.
+/// The measured process. Its server is in the other process, and its joined session in the folder.
 int measureHere(const std::vector<std::string>& arguments) {
     const auto& which = arguments[0];
     const int rounds = std::stoi(arguments[1]);
@@ -215,23 +204,20 @@ int main(int argc, char** argv) {
         return measureHere({argv + 2, argv + argc});
     }
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 9;
-    auto pattern = (std::filesystem::temp_directory_path() / "kivo-bench-XXXXXX").string();
-    const std::filesystem::path folder{mkdtemp(pattern.data())};
+    const bench::TemporaryFolder folder;
     const simulator::IdentityService service;
     const auto trusted = service.trustedCertificates().string();
-    installPlatform(folder, trusted);
+    installPlatform(folder.path(), trusted);
     join(service);
-    const auto sdk = measureElsewhere("sdk", rounds, folder, trusted);
-    const auto bare = measureElsewhere("bare", rounds, folder, trusted);
+    const auto sdk = measureElsewhere("sdk", rounds, folder.path(), trusted);
+    const auto bare = measureElsewhere("bare", rounds, folder.path(), trusted);
     if (!service.violations().empty()) {
-        giveUp(service.violations().front().c_str());
+        giveUp(service.violations().front());
     }
     std::printf("a face scan of 10 MiB, median of %d, and the peak of memory above idle with the library's own copy\n"
                 "  processor     %8.1f ms  %5.2f x the scan\n"
                 "  bare libcurl  %8.1f ms  %5.2f x the scan\n"
                 "  ratio         %8.2f\n",
                 rounds, sdk.milliseconds, sdk.peak, bare.milliseconds, bare.peak, sdk.milliseconds / bare.milliseconds);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
     return EXIT_SUCCESS;
 }

@@ -3,6 +3,8 @@
 // simulated service, which remembers everything, works in a process of its own.
 //
 // usage: kivo-bench-sessions [SESSIONS]
+#include "Measuring.hpp"
+
 #include <kivo/kivo.hpp>
 #include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>
@@ -28,8 +30,9 @@ namespace {
 
 using namespace kivo;
 using namespace std::chrono_literals;
+using bench::giveUp;
 
-// What the heap's own book-keeping and the vendors' last records may come to.
+// The heap's own book-keeping and the vendors' last records take less than this.
 constexpr long toleratedGrowth = 64 * 1024;
 
 struct Usage {
@@ -46,12 +49,8 @@ Usage usage() {
     return {.heapBytes = static_cast<long>(heap.uordblks + heap.hblkhd), .openFiles = openFiles};
 }
 
-[[noreturn]] void giveUp(const std::string& why) {
-    std::fprintf(stderr, "kivo-bench-sessions: %s\n", why.c_str());
-    std::exit(EXIT_FAILURE);
-}
-
-// One machine with its host application. Time on the main queue is driven, so that no delay of a screen is waited for.
+// One machine with its host application. The clock of the main queue is driven by hand, so that no delay of a screen
+// takes real time.
 class Host {
 public:
     Host(const std::filesystem::path& folder, const std::string& joinPage, const std::string& trustedCertificates) {
@@ -94,12 +93,12 @@ public:
         navigation_->popToViewController(start_, /*animated=*/true);
         session->reset();
         session->setContext(nullptr);
-        // What is still due fires on nothing.
+        // Pending delays fire, and find no screen.
         clock_->advance(1min);
         loop_->drain();
     }
 
-    // Gives up if a vendor saw anything wrong, and has the vendors forget what they keep for tests.
+    // Gives up when a vendor has seen a violation, and drops the records that vendors keep for tests.
     void forget() {
         if (!faceTec_->violations().empty()) {
             giveUp(faceTec_->violations().front());
@@ -155,7 +154,7 @@ private:
     std::string image_ = std::string(std::size_t{48} * 1024, 'A');
 };
 
-// The host's process. What it finds goes to standard error: standard output is the SDK's.
+// The host's process. Its findings go to standard error: standard output is the SDK's.
 int walkSessions(int sessions, const char* folder, const char* joinPage, const char* trustedCertificates) {
     KivoSDK::setLogLevel(LogLevel::error);
     Host host{folder, joinPage, trustedCertificates};
@@ -187,15 +186,14 @@ int main(int argc, char** argv) {
         return walkSessions(std::atoi(argv[2]), argv[3], argv[4], argv[5]);
     }
     const std::string sessions = argc > 1 ? argv[1] : "1000";
-    auto pattern = (std::filesystem::temp_directory_path() / "kivo-bench-XXXXXX").string();
-    const std::string folder{mkdtemp(pattern.data())};
+    const bench::TemporaryFolder folder;
     simulator::IdentityServiceConfiguration configuration;
     configuration.retryLimit = 10;
     const simulator::IdentityService service{std::move(configuration)};
-    const auto command = std::filesystem::read_symlink("/proc/self/exe").string() + " host " + sessions + ' ' + folder +
-                         ' ' + service.joinPage() + ' ' + service.trustedCertificates().string() + " >/dev/null";
+    const auto command = std::filesystem::read_symlink("/proc/self/exe").string() + " host " + sessions + ' ' +
+                         folder.path().string() + ' ' + service.joinPage() + ' ' +
+                         service.trustedCertificates().string() + " >/dev/null";
     const int ended = std::system(command.c_str());
-    std::filesystem::remove_all(folder);
     if (!service.violations().empty()) {
         giveUp(service.violations().front());
     }

@@ -14,7 +14,7 @@ bool isLength(double value) {
 
 } // namespace
 
-/// An input that begins as a PNG file does is the picture of a set, any other one the description of the sets.
+/// An input that begins like a PNG file is the picture of a set. Every other input is the description of the sets.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const auto& folder = *new kivo::test::TemporaryFolder;
     static const kivo::platform::AssetCatalogue catalogue{folder.path()};

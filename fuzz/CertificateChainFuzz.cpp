@@ -9,7 +9,7 @@ using namespace kivo::platform;
 
 namespace {
 
-/// What a server presents: certificates in DER form, one behind the other.
+/// The certificates that a server presents: in DER form, one after the other.
 std::vector<X509Pointer> certificatesIn(std::string_view bytes) {
     std::vector<X509Pointer> certificates;
     const auto* at = reinterpret_cast<const unsigned char*>(bytes.data());

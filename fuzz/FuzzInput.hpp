@@ -5,7 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-/// What libFuzzer calls with each input; the program that defines this function ends abnormally on a finding.
+/// libFuzzer calls this function, which each target defines, with every input. The program ends abnormally on a
+/// finding.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace kivo::fuzz {
@@ -14,7 +15,7 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Ends the program unless the reader kept a promise that no sanitizer knows of.
+/// Ends the program when a reader has broken a promise that no sanitizer checks.
 inline void require(bool kept) {
     if (!kept) {
         std::abort();

@@ -9,7 +9,7 @@
 namespace kivo::platform {
 namespace {
 
-/// No font is installed, so that a finding does not hang on the machine's fonts.
+/// No font is installed, so that a finding does not depend on the machine's fonts.
 class NoFonts final : public Fonts {
 public:
     bool isInstalled(std::string_view /*name*/) override { return false; }
@@ -36,7 +36,7 @@ Services defaultServices() {
     return services;
 }
 
-/// The view that has members of its own; the SDK's screens would take the whole library along.
+/// The view classes with members of their own. The SDK's screens are left out: they need the whole library.
 StoryboardClasses libraryClasses() {
     return {.views = {{"LuOTPView", [] { return std::make_shared<LuOTPView>(); }},
                       {"LuOTPTextField", [] { return std::make_shared<LuOTPTextField>(); }}}};

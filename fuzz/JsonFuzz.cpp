@@ -20,7 +20,7 @@ std::size_t membersOf(const json::Value& value) {
 
 } // namespace
 
-/// What was read is written and read again as the same text; the first byte chooses the limits.
+/// A value that was read is written, and read and written again as the same text. The first byte chooses the limits.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
         return 0;

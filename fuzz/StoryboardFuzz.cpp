@@ -8,7 +8,7 @@
 
 using namespace kivo::platform;
 
-/// The scene "entry" is shown when there is one.
+/// The input is a storyboard. Its scene "entry" is laid out.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const auto& folder = *new kivo::test::TemporaryFolder;
     static const auto bundle = std::make_shared<FolderBundle>(folder.path(), FolderBundle::Presence::expected,

@@ -22,7 +22,7 @@ bool isNumeric(const std::string& host) {
 
 } // namespace
 
-/// An address with which a request may go out leads the transport to the server that the judge saw.
+/// For every address to which a request may go, libcurl and `parseUrl` find the same server.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string address{kivo::fuzz::textOf(data, size)};
     const auto url = kivo::platform::parseUrl(address);
@@ -34,7 +34,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     kivo::fuzz::require(partOf(*read, CURLUPART_PORT) == std::to_string(url->port));
     auto host = partOf(*read, CURLUPART_HOST);
     std::ranges::transform(host, host.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    // libcurl writes numeric addresses in a form of its own.
+    // libcurl writes numeric addresses in another form.
     kivo::fuzz::require(host == url->host || isNumeric(host));
     return 0;
 }

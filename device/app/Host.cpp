@@ -2,19 +2,79 @@
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/NavigationItem.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
+#include <kivo/platform/ui/StackView.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 
 #include <utility>
 
 namespace kivo::device::app {
 
+/// The host's own start screen: a button for each call of the SDK, and a line for the latest outcome.
+class HomeScreen final : public platform::ViewController {
+public:
+    void setTitle(const std::string& title);
+    void add(const std::string& identifier, const std::string& title, std::function<void()> action);
+    void say(const std::string& text);
+
+protected:
+    std::shared_ptr<platform::View> loadView() override;
+
+private:
+    std::shared_ptr<platform::StackView> list_ = std::make_shared<platform::StackView>();
+    std::shared_ptr<platform::Label> outcome_ = std::make_shared<platform::Label>();
+};
+
+void HomeScreen::setTitle(const std::string& title) {
+    navigationItem()->setTitle(title);
+}
+
+void HomeScreen::add(const std::string& identifier, const std::string& title, std::function<void()> action) {
+    const auto button = std::make_shared<platform::Button>();
+    button->setIdentifier(identifier);
+    button->setTitle(title);
+    button->setTextColor(platform::Color::systemBlue());
+    button->setBackgroundColor(platform::Color::white());
+    button->changeLayer([](platform::Layer& layer) { layer.cornerRadius = 10; });
+    button->setPlacement({.minimumHeight = 46});
+    button->addAction(platform::ControlEvent::touchUpInside, [action = std::move(action)](const auto&) { action(); });
+    list_->addSubview(button);
+}
+
+void HomeScreen::say(const std::string& text) {
+    outcome_->setText(text);
+}
+
+std::shared_ptr<platform::View> HomeScreen::loadView() {
+    outcome_->setIdentifier("outcome");
+    outcome_->setFont(platform::FontMetrics::scaledFont(platform::Font::system(17)));
+    outcome_->setAdjustsFontForContentSizeCategory(true);
+    outcome_->setTextAlignment(platform::TextAlignment::center);
+    list_->setPlacement({.top = 0, .left = 20, .right = 20});
+    list_->setMargins({.top = 16, .left = 0, .bottom = 24, .right = 0});
+    list_->setSpacing(12);
+    list_->insertSubview(outcome_, 0);
+    const auto scroll = std::make_shared<platform::ScrollView>();
+    scroll->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
+    scroll->addSubview(list_);
+    auto view = std::make_shared<platform::View>();
+    view->setBackgroundColor(platform::Color{.red = 0.95, .green = 0.95, .blue = 0.97});
+    view->addSubview(scroll);
+    return view;
+}
+
 Host::Host(std::shared_ptr<platform::Window> window, const std::string& version)
     : window_{std::move(window)}
     , session_{KivoSDK::load("DEVICE", version)}
-    , config_{std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face")} {}
+    , config_{std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face")}
+    , home_{std::make_shared<HomeScreen>()}
+    , navigation_{std::make_shared<platform::NavigationController>(home_)} {}
 
 Host::~Host() {
-    // The session lives on and must not keep the screens.
+    // The session outlives the host and must not keep the screens.
     session_->setContext(nullptr);
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "HomeScreen.hpp"
-
 #include <kivo/kivo.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
@@ -10,6 +8,8 @@
 #include <string>
 
 namespace kivo::device::app {
+
+class HomeScreen;
 
 /// A host application as an integrator would write it: a start screen from which a person goes the road by hand.
 /// Main thread.
@@ -24,7 +24,7 @@ public:
     /// Shows the start screen.
     void start();
 
-    /// For the screens that come from now on.
+    /// Sets the theme of the screens that come later.
     void setTheme(const std::shared_ptr<ThemeCustomization>& theme) const { session_->setTheme(theme); }
 
 private:
@@ -39,9 +39,8 @@ private:
     std::shared_ptr<platform::Window> window_;
     std::shared_ptr<KivoAPI> session_;
     std::shared_ptr<AcquisitionConfig> config_;
-    std::shared_ptr<HomeScreen> home_ = std::make_shared<HomeScreen>();
-    std::shared_ptr<platform::NavigationController> navigation_ =
-        std::make_shared<platform::NavigationController>(home_);
+    std::shared_ptr<HomeScreen> home_;
+    std::shared_ptr<platform::NavigationController> navigation_;
 };
 
 } // namespace kivo::device::app

@@ -29,7 +29,7 @@ public:
 
     void setDark(bool dark) { *isDark_ = dark; }
 
-    /// Gives the screen on top the dark background, which no named colour decides on.
+    /// Gives the topmost screen the dark background, for which there is no named colour.
     void dress(platform::Window& window) const;
 
     std::shared_ptr<platform::Bundle> main() override;
@@ -42,9 +42,10 @@ private:
 
     std::shared_ptr<platform::Bundles> bundles_;
     std::shared_ptr<std::atomic<bool>> isDark_ = std::make_shared<std::atomic<bool>>(false);
-    /// Bundles are asked for on every thread.
+    /// Every thread may ask for bundles.
     std::mutex mutex_;
-    /// By what they wrap: the SDK's bundle has colours too, for the screens laid out there.
+    /// The coloured bundles by the bundle that each of them wraps: the host's, and the SDK's with the colours of its
+    /// screens.
     std::map<std::shared_ptr<platform::Bundle>, std::shared_ptr<ColoredBundle>> colored_;
 };
 

@@ -1,19 +1,64 @@
 #include "Records.hpp"
 
-#include "Secrets.hpp"
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <QFontDatabase>
 #include <QHeaderView>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTime>
-#include <memory>
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
 
 namespace kivo::device::app {
 namespace {
 
 constexpr int mostLogLines = 5000;
 
-QString toText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+/// The members whose texts may be read. All other texts are masked, except addresses of endpoints.
+constexpr std::array openMembers{"kivo-action",
+                                 "response-type",
+                                 "response-code",
+                                 "os",
+                                 "status",
+                                 "message",
+                                 "source",
+                                 "target-env",
+                                 "appVersion",
+                                 "networkType",
+                                 "sdkVersion",
+                                 "apiLevel",
+                                 "retry-limit",
+                                 "app-doclist",
+                                 "kivo-app-doclist",
+                                 "kivo-expiry-grace",
+                                 "kivo-images",
+                                 "kivo-doc-issuers",
+                                 "kivo-facematch-min",
+                                 "deviceModel"};
+
+QJsonValue masked(const QString& member, const QJsonValue& value) {
+    if (value.isObject()) {
+        auto object = value.toObject();
+        for (auto each = object.begin(); each != object.end(); ++each) {
+            *each = masked(each.key(), *each);
+        }
+        return object;
+    }
+    if (value.isArray()) {
+        QJsonArray array;
+        for (const auto& each : value.toArray()) {
+            array.append(masked(member, each));
+        }
+        return array;
+    }
+    const bool isOpen = !value.isString() || member.endsWith("-endpoint") ||
+                        std::ranges::any_of(openMembers, [&](const auto* open) { return member == open; });
+    return isOpen ? value : QJsonValue{QString{"\u2022\u2022\u2022 (%1 characters)"}.arg(value.toString().size())};
 }
 
 void addBody(QTreeWidgetItem& row, const QString& title, const std::string& body) {
@@ -48,7 +93,7 @@ Records::Records(QWidget* parent)
 
 void Records::add(const simulator::RecordedRequest& request) {
     auto row = std::make_unique<QTreeWidgetItem>(
-        QStringList{toText(simulator::name(request.endpoint)), QString::fromStdString(request.method),
+        QStringList{QString::fromUtf8(simulator::name(request.endpoint)), QString::fromStdString(request.method),
                     request.status == 0 ? QString{"no answer"} : QString::number(request.status),
                     QTime::currentTime().toString("HH:mm:ss.zzz")});
     if (request.violation) {
@@ -62,6 +107,56 @@ void Records::add(const simulator::RecordedRequest& request) {
 
 void Records::addLogLine(const QString& line) {
     log_->appendPlainText(line);
+}
+
+QString withoutSecrets(const std::string& body) {
+    const auto bytes = QByteArray::fromStdString(body);
+    const auto document = QJsonDocument::fromJson(bytes);
+    if (!document.isObject()) {
+        return bytes.isEmpty() ? QString{"(empty)"} : QString{"(%1 bytes that are no JSON object)"}.arg(bytes.size());
+    }
+    return QString::fromUtf8(QJsonDocument{masked({}, document.object()).toObject()}.toJson());
+}
+
+StandardOutput::StandardOutput(std::function<void(const QString&)> listener)
+    : listener_{std::move(listener)} {
+    std::array<int, 2> ends{};
+    // The writing end never blocks. When the pipe is full, the program goes on and the line is lost.
+    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        return;
+    }
+    std::fflush(stdout);
+    original_ = dup(STDOUT_FILENO);
+    pipe_ = ends[0];
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[1]);
+    notifier_ = std::make_unique<QSocketNotifier>(pipe_, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { read(); });
+}
+
+StandardOutput::~StandardOutput() {
+    if (original_ < 0) {
+        return;
+    }
+    std::fflush(stdout);
+    read();
+    dup2(original_, STDOUT_FILENO);
+    notifier_.reset();
+    close(original_);
+    close(pipe_);
+}
+
+void StandardOutput::read() {
+    std::array<char, 4096> part{};
+    for (auto count = ::read(pipe_, part.data(), part.size()); count > 0;
+         count = ::read(pipe_, part.data(), part.size())) {
+        [[maybe_unused]] const auto written = write(original_, part.data(), static_cast<std::size_t>(count));
+        rest_.append(part.data(), count);
+    }
+    for (auto end = rest_.indexOf('\n'); end >= 0; end = rest_.indexOf('\n')) {
+        listener_(QString::fromUtf8(rest_.left(end)));
+        rest_.remove(0, end + 1);
+    }
 }
 
 } // namespace kivo::device::app

@@ -1,16 +1,17 @@
 #include "SteeringPanel.hpp"
 
-#include "Widgets.hpp"
-
+#include <QBoxLayout>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
 #include <array>
 #include <chrono>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -18,25 +19,25 @@ namespace kivo::device::app {
 namespace {
 
 using namespace std::chrono_literals;
-using simulator::Fault;
 
-struct NamedFault {
-    const char* name;
-    Fault (*make)();
-};
+/// A new widget at the end of a layout, whose parent owns the widget.
+template <class Widget, class... Arguments>
+Widget& add(QBoxLayout& layout, Arguments&&... arguments) {
+    auto widget = std::make_unique<Widget>(std::forward<Arguments>(arguments)...);
+    auto& added = *widget;
+    layout.addWidget(widget.release());
+    return added;
+}
 
-constexpr std::array faults{
-    NamedFault{"Answer two seconds late", [] { return Fault::delay(2s); }},
-    NamedFault{"Never answer", [] { return Fault::drop(); }},
-    NamedFault{"Break the connection", [] { return Fault::reset(); }},
-    NamedFault{"Answer with no HTTP", [] { return Fault::garbage(); }},
-    NamedFault{"Answer with status 500", [] { return Fault::status(500); }},
-    NamedFault{"Answer with nothing", [] { return Fault::emptyBody(); }},
-    NamedFault{"Refuse: not authorised", [] { return Fault::refuse("STATUS_AUTH_FAILED"); }},
-    NamedFault{"Refuse: bad document", [] { return Fault::refuse("STATUS_BAD_BIODATA"); }},
-    NamedFault{"Present an expired certificate",
-               [] { return Fault::certificate(simulator::CertificateFlaw::expired); }},
-};
+/// A new widget in a new row of a form. The label is also the widget's name for assistive technology.
+template <class Widget, class... Arguments>
+Widget& addRow(QFormLayout& layout, const QString& label, Arguments&&... arguments) {
+    auto widget = std::make_unique<Widget>(std::forward<Arguments>(arguments)...);
+    auto& added = *widget;
+    added.setAccessibleName(label);
+    layout.addRow(label, widget.release());
+    return added;
+}
 
 struct NamedReading {
     const char* name;
@@ -83,7 +84,7 @@ SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
     auto layout = std::make_unique<QVBoxLayout>();
     addService(add<QGroupBox>(*layout, "What the service does next"));
     addCamera(add<QGroupBox>(*layout, "What the camera sees"));
-    addVendors(add<QGroupBox>(*layout, "What the vendors' scans come to"));
+    addVendors(add<QGroupBox>(*layout, "How the vendors' scans end"));
     addLook(add<QGroupBox>(*layout, "How the phone and the host look"));
     layout->addStretch();
     setLayout(layout.release());
@@ -93,12 +94,13 @@ void SteeringPanel::addService(QGroupBox& box) {
     auto form = std::make_unique<QFormLayout>();
     auto& endpoint = addRow<QComboBox>(*form, "Endpoint");
     for (const auto each : simulator::allEndpoints) {
-        const auto name = simulator::name(each);
-        endpoint.addItem(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+        endpoint.addItem(QString::fromUtf8(simulator::name(each)));
     }
     auto& fault = addRow<QComboBox>(*form, "Fault");
-    for (const auto& each : faults) {
-        fault.addItem(each.name);
+    for (const auto& each : simulator::namedFaults()) {
+        auto meaning = QString::fromUtf8(each.meaning);
+        meaning.front() = meaning.front().toUpper();
+        fault.addItem(meaning);
     }
     auto& once = addRow<QCheckBox>(*form, "", "The next call only");
     once.setAccessibleName(once.text());
@@ -109,14 +111,14 @@ void SteeringPanel::addService(QGroupBox& box) {
     clear.setAccessibleName(clear.text());
     auto& state = addRow<QLabel>(*form, "Now", "behaves");
     connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
-        const auto chosen = faults.at(static_cast<std::size_t>(fault.currentIndex())).make();
-        // A certificate is presented to every connection, whatever is called over it.
-        const bool meetsAll = chosen.kind() == simulator::Fault::Kind::certificate;
+        const auto& chosen = simulator::namedFaults().at(static_cast<std::size_t>(fault.currentIndex()));
+        // A certificate belongs to a connection, over which any endpoint may be called.
+        const bool meetsAll = chosen.fault.kind() == simulator::Fault::Kind::certificate;
         const bool isOnce = once.isChecked() && !meetsAll;
-        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())), chosen,
-                                 isOnce ? simulator::Calls::only(1) : simulator::Calls::all());
-        state.setText((meetsAll ? QString{"everywhere"} : endpoint.currentText()) + ": " + fault.currentText() +
-                      (isOnce ? ", once" : ""));
+        steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
+                                 chosen.fault, isOnce ? simulator::Calls::only(1) : simulator::Calls::all());
+        state.setText((meetsAll ? QString{"everywhere"} : endpoint.currentText()) + ": " +
+                      QString::fromUtf8(chosen.name) + (isOnce ? ", once" : ""));
     });
     connect(&clear, &QPushButton::clicked, this, [this, &state] {
         steered_.service->clearFaults();
@@ -212,7 +214,7 @@ void SteeringPanel::addLook(QGroupBox& box) {
     };
     connect(&theme, &QComboBox::currentIndexChanged, this, apply);
     connect(&dark, &QCheckBox::toggled, this, apply);
-    addRow<QLabel>(*form, "", "Theme and colours count from the next screen on.");
+    addRow<QLabel>(*form, "", "Theme and colours apply from the next screen on.");
     box.setLayout(form.release());
 }
 

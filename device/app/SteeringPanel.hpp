@@ -16,7 +16,7 @@
 
 namespace kivo::device::app {
 
-/// What the panel steers.
+/// The objects that the panel steers.
 struct Steered {
     std::shared_ptr<platform::Window> window;
     std::shared_ptr<simulator::IdentityService> service;
@@ -24,11 +24,11 @@ struct Steered {
     std::shared_ptr<simulator::ReadID> readID;
     std::shared_ptr<simulator::FaceTec> faceTec;
     std::shared_ptr<HostLook> look;
-    /// Gives the host a theme for the screens to come.
+    /// Sets the theme of the screens that come later.
     std::function<void(const std::shared_ptr<ThemeCustomization>&)> setTheme;
 };
 
-/// Beside the phone: what the service, the camera, the vendors and the person's settings do next.
+/// The panel beside the phone. It sets the next behaviour of the service, the camera, the vendors and the phone.
 class SteeringPanel final : public QWidget {
 public:
     explicit SteeringPanel(Steered steered, QWidget* parent = nullptr);

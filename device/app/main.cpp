@@ -1,9 +1,7 @@
 #include "Host.hpp"
 #include "HostLook.hpp"
 #include "Records.hpp"
-#include "StandardOutput.hpp"
 #include "SteeringPanel.hpp"
-#include "Widgets.hpp"
 
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/MainLoop.hpp>
@@ -31,8 +29,7 @@ namespace {
 using namespace kivo;
 using namespace kivo::device::app;
 
-/// The phone on its own, on a darker ground that shows its edges, in a scroll area for displays that are too low for
-/// it.
+/// The phone on a darker ground that shows its edges, in a scroll area for displays that are lower than the phone.
 std::unique_ptr<QWidget> makePhone(const std::shared_ptr<platform::Window>& window) {
     auto area = std::make_unique<QScrollArea>();
     area->setAlignment(Qt::AlignCenter);
@@ -44,7 +41,7 @@ std::unique_ptr<QWidget> makePhone(const std::shared_ptr<platform::Window>& wind
     return area;
 }
 
-/// Requests are recorded on the service's threads and shown on this one.
+/// Shows every request on this thread. The service records requests on threads of its own.
 void showRequests(simulator::IdentityService& service, QPointer<Records> records) {
     service.onRequest([records = std::move(records)](const simulator::RecordedRequest& request) {
         platform::RunLoop::main()->async([records, request] {
@@ -53,6 +50,15 @@ void showRequests(simulator::IdentityService& service, QPointer<Records> records
             }
         });
     });
+}
+
+/// The interface versions, such as "14, 15".
+QString versions() {
+    QStringList all;
+    for (const auto version : SdkVersions::all()) {
+        all.append(QString::fromUtf8(version));
+    }
+    return all.join(", ");
 }
 
 int run(const QString& version) {
@@ -79,8 +85,8 @@ int run(const QString& version) {
 
     const device::MainLoop mainLoop;
     if (!KivoSDK::load("DEVICE", version.toStdString())) {
-        std::fprintf(stderr, "kivo-device: there is no interface version %s; take 14 to 18\n",
-                     version.toStdString().c_str());
+        std::fprintf(stderr, "kivo-device: there is no interface version %s; take one of %s\n", qPrintable(version),
+                     qPrintable(versions()));
         return 2;
     }
     const auto host = std::make_shared<Host>(window, version.toStdString());
@@ -129,7 +135,8 @@ int main(int argc, char** argv) {
         "Shows the screens of a host with libkivo against a simulated identity service,\n"
         "to go the road by hand. The service knows the activation code 123456.");
     arguments.addHelpOption();
-    const QCommandLineOption version{"interface", "Interface version to load, 14 to 18.", "NN", "18"};
+    const QCommandLineOption version{"interface", "Interface version to load: " + versions() + ".", "NN",
+                                     QString::fromUtf8(SdkVersions::all().back())};
     arguments.addOption(version);
     arguments.process(application);
     try {

@@ -1,6 +1,5 @@
 #include "Content.hpp"
 
-#include "Images.hpp"
 #include "Text.hpp"
 
 #include <kivo/platform/Text.hpp>
@@ -11,6 +10,8 @@
 #include <kivo/platform/ui/TextView.hpp>
 
 #include <QFontMetricsF>
+#include <QHash>
+#include <QImage>
 #include <algorithm>
 #include <cstdint>
 #include <vector>
@@ -30,7 +31,24 @@ QRectF bounds(const platform::View& view) {
     return toQt(view.bounds());
 }
 
-/// The largest rectangle of that size's shape in the middle of `area`.
+/// The decoded picture, kept for the next time; null when its file cannot be decoded.
+QImage decoded(const platform::Image& image) {
+    static QHash<QString, QImage> pictures;
+    const auto file = QString::fromStdString(image.file.string());
+    const auto known = pictures.constFind(file);
+    return known != pictures.constEnd() ? *known : *pictures.insert(file, QImage{file});
+}
+
+/// The shape of the picture in one colour.
+QImage tinted(const QImage& picture, const QColor& color) {
+    auto result = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QPainter painter{&result};
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(result.rect(), color);
+    return result;
+}
+
+/// The largest rectangle with the proportions of `size`, in the middle of `area`.
 QRectF fitted(QSizeF size, const QRectF& area) {
     size.scale(area.size(), Qt::KeepAspectRatio);
     QRectF result{{}, size};
@@ -38,7 +56,7 @@ QRectF fitted(QSizeF size, const QRectF& area) {
     return result;
 }
 
-/// The buttons of bars and alerts have no colours of their own: they take what can be tapped is tinted with.
+/// Whether the button is drawn in the tint colour. The buttons of bars and alerts have no colours of their own.
 bool isTinted(const platform::Button& button) {
     const auto around = button.superview();
     return around && (around->identifier() == "navigationBar" ||
@@ -103,7 +121,7 @@ void drawField(QPainter& painter, const platform::TextField& field) {
     painter.setPen(field.text().empty() ? placeholderColor(field)
                    : attributes         ? toQt(attributes->foregroundColor.value_or(field.textColor()))
                                         : toQt(field.textColor()));
-    // One line: what does not fit is cut off, as in a field that scrolls sideways.
+    // A text has one line, and its end is cut off, as in a field that scrolls sideways.
     const auto text = toQt(field.shownText());
     auto line = area;
     line.setWidth(std::max(area.width(), measureText(text, font, 1e6).width));
@@ -141,7 +159,7 @@ void drawIndicator(QPainter& painter, const platform::ActivityIndicatorView& ind
     painter.restore();
 }
 
-/// The camera's picture, filling the view: what stands over at two sides is cut off.
+/// Draws the camera's picture so that it fills the view. The parts beyond two of the view's sides are cut off.
 void drawPreview(QPainter& painter, const platform::PreviewView& view) {
     const auto area = bounds(view);
     painter.fillRect(area, Qt::black);

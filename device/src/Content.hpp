@@ -9,23 +9,23 @@
 
 namespace kivo::device {
 
-/// How a tree is drawn at one moment.
+/// The changing part of a drawing of a tree.
 struct Moment {
-    /// How far the activity indicators have turned; from 0 to 1.
+    /// The turn of the activity indicators, from 0 to 1.
     double turn = 0;
-    /// Whether a field's text is drawn by somebody else.
+    /// Whether a line edit draws the field's text.
     std::function<bool(const platform::TextField&)> isDrawnElsewhere = [](const auto&) { return false; };
 };
 
-/// Draws what a view shows inside its box: text, image, indicator. The origin is the view's own.
+/// Draws a view's text, image or indicator, in the view's own coordinates.
 void drawContent(QPainter& painter, platform::View& view, const Moment& moment);
 
-/// Where a field's text lies, in its own coordinates.
+/// The area of a field's text, in the field's own coordinates.
 QRectF textArea(const platform::TextField& field);
 
 QColor placeholderColor(const platform::TextField& field);
 
-/// A field's font with its text's or its placeholder's attributes.
+/// The font of a field's text or, in an empty field, of its placeholder.
 QFont shownFont(const platform::TextField& field);
 
 } // namespace kivo::device

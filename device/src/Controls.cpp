@@ -7,6 +7,8 @@
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QPainter>
 #include <algorithm>
@@ -19,7 +21,7 @@ using platform::AccessibilityRole;
 using platform::View;
 using Views = std::vector<std::shared_ptr<View>>;
 
-/// The margins that a line edit keeps to itself.
+/// The margin of a line edit at the left and the right of its text.
 constexpr double editMargin = 2;
 
 bool isControl(AccessibilityRole role) {
@@ -61,20 +63,35 @@ std::string nameOf(const View& view) {
     }
 }
 
-/// The part of a view that the views around it let show.
-QRectF shownPart(const View& view) {
-    auto part = toQt(view.frameOnScreen());
-    for (auto around = view.superview(); around; around = around->superview()) {
-        if (clips(*around) || !around->superview()) {
-            part = part.intersected(toQt(around->frameOnScreen()));
-        }
-    }
-    return part;
-}
-
 bool isCovered(platform::Window& window, View& view, const QRectF& part) {
     const auto hit = window.hitTest({part.center().x(), part.center().y()});
     return hit && !hit->isDescendantOf(view) && !view.isDescendantOf(*hit);
+}
+
+QAccessible::Role roleOf(platform::AccessibilityRole role) {
+    switch (role) {
+    case platform::AccessibilityRole::image:
+        return QAccessible::Graphic;
+    case platform::AccessibilityRole::progress:
+        return QAccessible::Animation;
+    case platform::AccessibilityRole::alert:
+        return QAccessible::AlertMessage;
+    default:
+        return QAccessible::StaticText;
+    }
+}
+
+QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+    auto* const element = dynamic_cast<ReadableElement*>(object);
+    return element == nullptr ? nullptr : new QAccessibleWidget{element, roleOf(element->role())};
+}
+
+/// Tells Qt the roles of readable elements, once for the process.
+void makeElementsAccessible() {
+    [[maybe_unused]] static const bool isDone = [] {
+        QAccessible::installFactory(makeInterface);
+        return true;
+    }();
 }
 
 } // namespace
@@ -83,7 +100,7 @@ ButtonControl::ButtonControl(std::shared_ptr<View> view, std::function<void()> c
     : QPushButton{parent}
     , view_{std::move(view)} {
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    // A tap does not take the keyboard from a field.
+    // A tap on a button leaves the keyboard with the field.
     setFocusPolicy(Qt::TabFocus);
     connect(this, &QPushButton::clicked, this, [this, changed = std::move(changed)] {
         const auto touched = view_;
@@ -129,7 +146,7 @@ Controls::Controls(QWidget& phone, std::function<void()> changed)
 }
 
 Controls::~Controls() {
-    // Else Qt would hand the focus from one dying field to the next, which would begin editing.
+    // Otherwise Qt passes the focus from a field that is destroyed to the next field, which begins to edit.
     for (const auto& [view, control] : controls_) {
         control.widget->setFocusPolicy(Qt::NoFocus);
     }
@@ -150,12 +167,12 @@ void Controls::remove(Control& control) {
         phone_.setFocus();
     }
     control.widget->hide();
-    // Its own event may be what took the view away.
+    // Deleted later: an event of this widget may have removed the view.
     control.widget.release()->deleteLater();
 }
 
 void Controls::place(View& view, QWidget& widget) {
-    auto area = shownPart(view);
+    auto area = visiblePart(view);
     if (const auto* edit = dynamic_cast<FieldEdit*>(&widget)) {
         const auto text = textArea(*edit->field()).translated(toQt(view.frameOnScreen()).topLeft());
         area = text.adjusted(-editMargin, 0, editMargin, 0);
@@ -192,7 +209,7 @@ void Controls::synchronize(platform::Window& window, bool fieldsPaint) {
             control = {.view = view, .widget = make(view)};
         }
         auto& widget = *control.widget;
-        const auto part = shownPart(*view);
+        const auto part = visiblePart(*view);
         place(*view, widget);
         const auto covered = isControl(view->accessibilityRole()) && isCovered(window, *view, part);
         widget.setEnabled(!isControl(view->accessibilityRole()) || view->isReachable());

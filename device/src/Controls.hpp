@@ -13,7 +13,8 @@
 
 namespace kivo::device {
 
-/// A button of the tree for the keyboard and for assistive technology. It draws only that it is pressed or focused.
+/// A button of the tree for the keyboard and for assistive technology. The widget draws only the marks of a press and
+/// of the focus.
 class ButtonControl final : public QPushButton {
 public:
     ButtonControl(std::shared_ptr<platform::View> view, std::function<void()> changed, QWidget* parent);
@@ -37,26 +38,24 @@ private:
     platform::AccessibilityRole role_;
 };
 
-/// Has Qt know the roles of the elements; once a process.
-void makeElementsAccessible();
-
-/// The widgets over the phone's picture, one for each view of the topmost screen that has a role. They are what the
-/// keyboard, input methods and assistive technology meet; the mouse goes through them.
+/// The widgets over the phone's picture, one for each view of the topmost screen that has a role. Keyboard, input
+/// methods and assistive technology work on the widgets; the mouse passes through them.
 class Controls {
 public:
-    /// `changed` is called after a person did something to a control.
+    /// `changed` is called after a person's action on a control.
     Controls(QWidget& phone, std::function<void()> changed);
     Controls(const Controls&) = delete;
     Controls& operator=(const Controls&) = delete;
     ~Controls();
 
-    /// Brings the widgets and the focus in line with the tree. Covered fields stop painting themselves, and with
-    /// `fieldsPaint` false all fields do.
+    /// Updates the widgets and the focus from the tree. A covered field stops painting itself; with `fieldsPaint` false
+    /// all fields stop.
     void synchronize(platform::Window& window, bool fieldsPaint);
 
     FieldEdit* editOf(const platform::TextField& field) const;
 
-    /// Shows whether the control of a view, or of one around it, is held down.
+    /// Shows whether a person holds down the button of a view or, for a view without a button, of the nearest view
+    /// around it.
     void setDown(platform::View& view, bool down) const;
 
     /// Draws the fields that paint themselves.

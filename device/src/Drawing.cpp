@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QPainterPath>
 #include <algorithm>
+#include <utility>
 
 namespace kivo::device {
 namespace {
@@ -24,7 +25,7 @@ bool hasShadow(const platform::Layer& layer) {
     return layer.shadowOpacity > 0 && layer.shadowColor && !layer.masksToBounds;
 }
 
-/// A blur of boxes over one another, each larger and fainter.
+/// Draws a shadow as boxes over one another, each larger and fainter.
 void drawShadow(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
     auto color = *layer.shadowColor;
     color.alpha *= layer.shadowOpacity / shadowSteps;
@@ -33,6 +34,18 @@ void drawShadow(QPainter& painter, const QRectF& bounds, const platform::Layer& 
         const auto reach = layer.shadowRadius * (1 - 2.0 * i / (shadowSteps - 1));
         painter.fillPath(box(place.adjusted(-reach, -reach, reach, reach), layer.cornerRadius + reach), toQt(color));
     }
+}
+
+/// The area on which a view itself may draw, its shadow included; in its own coordinates.
+QRectF drawnArea(const platform::View& view) {
+    const auto bounds = toQt(view.bounds());
+    const auto& layer = view.layer();
+    if (!hasShadow(layer)) {
+        return bounds;
+    }
+    const auto reach = layer.shadowRadius;
+    return bounds.united(
+        bounds.translated(layer.shadowOffset.width, layer.shadowOffset.height).adjusted(-reach, -reach, reach, reach));
 }
 
 void drawBorder(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
@@ -72,7 +85,7 @@ void drawOpaque(QPainter& painter, platform::View& view, const Moment& moment) {
     drawBorder(painter, bounds, layer);
 }
 
-/// Views that overlap inside a translucent one do not shine through each other.
+/// Draws a translucent view as a whole, so that its overlapping subviews do not shine through each other.
 void drawTranslucent(QPainter& painter, platform::View& view, const Moment& moment) {
     const auto area = (painter.hasClipping() ? painter.clipBoundingRect() : drawnArea(view)).toAlignedRect();
     const auto density = painter.device()->devicePixelRatioF();
@@ -89,21 +102,24 @@ void drawTranslucent(QPainter& painter, platform::View& view, const Moment& mome
     painter.drawImage(area.topLeft(), sheet);
 }
 
+QRect inPixels(const QRectF& area) {
+    return area.toAlignedRect().adjusted(-1, -1, 1, 1);
+}
+
 } // namespace
 
 bool clips(const platform::View& view) {
     return view.layer().masksToBounds || dynamic_cast<const platform::ScrollView*>(&view) != nullptr;
 }
 
-QRectF drawnArea(const platform::View& view) {
-    const auto bounds = toQt(view.bounds());
-    const auto& layer = view.layer();
-    if (!hasShadow(layer)) {
-        return bounds;
+QRectF visiblePart(const platform::View& view) {
+    auto part = toQt(view.frameOnScreen());
+    for (auto around = view.superview(); around; around = around->superview()) {
+        if (clips(*around) || !around->superview()) {
+            part = part.intersected(toQt(around->frameOnScreen()));
+        }
     }
-    const auto reach = layer.shadowRadius;
-    return bounds.united(
-        bounds.translated(layer.shadowOffset.width, layer.shadowOffset.height).adjusted(-reach, -reach, reach, reach));
+    return part;
 }
 
 void drawTree(QPainter& painter, platform::View& view, const Moment& moment) {
@@ -123,6 +139,42 @@ void drawTree(QPainter& painter, platform::View& view, const Moment& moment) {
         drawOpaque(painter, view, moment);
     }
     painter.restore();
+}
+
+QRectF Repaints::collect(const platform::View& view, QPointF origin, Areas& areas) {
+    if (view.isHidden() || view.alpha() <= 0) {
+        return {};
+    }
+    origin += toQt(view.frame()).topLeft();
+    auto area = drawnArea(view).translated(origin);
+    for (const auto& subview : view.subviews()) {
+        area = area.united(collect(*subview, origin, areas));
+    }
+    areas[&view] = area;
+    return area;
+}
+
+QRegion Repaints::take(platform::Window& window) {
+    Areas areas;
+    collect(window, {}, areas);
+    QRegion region;
+    for (const auto& [view, area] : areas) {
+        const auto former = areas_.find(view);
+        if (former == areas_.end()) {
+            region += inPixels(area);
+        } else if (former->second != area || changed_.contains(view)) {
+            region += inPixels(area);
+            region += inPixels(former->second);
+        }
+    }
+    for (const auto& [view, area] : areas_) {
+        if (!areas.contains(view)) {
+            region += inPixels(area);
+        }
+    }
+    areas_ = std::move(areas);
+    changed_.clear();
+    return region;
 }
 
 } // namespace kivo::device

@@ -15,7 +15,7 @@
 namespace kivo::device {
 namespace {
 
-/// The first `count` user-perceived characters, in Qt's units.
+/// The length of the first `count` user-perceived characters, in Qt's units.
 qsizetype length(const std::string& text, std::size_t count) {
     return toQt(text::firstCharacters(text, count).value_or(text)).size();
 }
@@ -27,7 +27,7 @@ FieldEdit::FieldEdit(std::shared_ptr<platform::TextField> field, std::function<v
     , field_{std::move(field)}
     , changed_{std::move(changed)} {
     setFrame(false);
-    setAttribute(Qt::WA_TransparentForMouseEvents); // the phone finds out what is touched
+    setAttribute(Qt::WA_TransparentForMouseEvents); // `Finger` finds the touched view
     connect(this, &QLineEdit::textEdited, this, &FieldEdit::apply);
     connect(this, &QLineEdit::cursorPositionChanged, this, &FieldEdit::pushSelection);
     connect(this, &QLineEdit::selectionChanged, this, &FieldEdit::pushSelection);
@@ -77,7 +77,7 @@ void FieldEdit::setPaintsItself(bool paints) {
 
 bool FieldEdit::event(QEvent* event) {
     if (event->type() == QEvent::DeferredDelete) {
-        return QLineEdit::event(event); // there is no field afterwards
+        return QLineEdit::event(event); // the event deletes this object
     }
     const auto taken = QLineEdit::event(event);
     editBegins_ = hasSelectedText() ? selectionStart() : cursorPosition();
@@ -87,7 +87,7 @@ bool FieldEdit::event(QEvent* event) {
 void FieldEdit::keyPressEvent(QKeyEvent* event) {
     const bool isAtStart = cursorPosition() == 0 && !hasSelectedText();
     if (event->key() == Qt::Key_Backspace && isAtStart) {
-        // Nothing to delete here, but the field may go back to the one before.
+        // There is nothing to delete, but a box for one digit may pass the keyboard back to the box before.
         field_->deleteBackward();
         changed_();
         return;
@@ -120,7 +120,7 @@ void FieldEdit::apply(const QString& edited) {
 }
 
 void FieldEdit::pushSelection() {
-    // While an edit is in progress the field still has the text before it.
+    // While an edit is in progress, the field still has its former text.
     if (isPulling_ || text() != toQt(field_->text())) {
         return;
     }

@@ -8,11 +8,11 @@
 
 namespace kivo::device {
 
-/// The line edit behind a text field: a person edits here, and every change goes through the field's own doors.
-/// Afterwards the edit shows what the field made of it.
+/// The line edit over a text field. Every edit of a person goes through the field's `insertText` or `deleteBackward`;
+/// then the line edit shows the field's text again.
 class FieldEdit final : public QLineEdit {
 public:
-    /// `changed` is called after a person did something to the field.
+    /// `changed` is called after a person's action on the field.
     FieldEdit(std::shared_ptr<platform::TextField> field, std::function<void()> changed, QWidget* parent);
 
     const std::shared_ptr<platform::TextField>& field() const { return field_; }
@@ -20,7 +20,7 @@ public:
     /// Takes over the field's text, look and selection.
     void pull();
 
-    /// Off while something covers the field: then it is drawn with the rest of the tree.
+    /// Off while another view covers the field. The field is then drawn with the rest of the tree.
     void setPaintsItself(bool paints);
 
     bool paintsItself() const { return paintsItself_; }
@@ -42,7 +42,7 @@ private:
     std::function<void()> changed_;
     bool isPulling_ = false;
     bool paintsItself_ = true;
-    /// Where the selection, or the cursor, began before the edit in progress.
+    /// The begin of the selection, or the cursor, before the edit in progress.
     qsizetype editBegins_ = 0;
 };
 

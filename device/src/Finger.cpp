@@ -7,7 +7,7 @@
 namespace kivo::device {
 namespace {
 
-/// How far a finger may slip before it drags.
+/// The distance in points from which a movement is a drag and no tap.
 constexpr double slip = 8;
 
 std::shared_ptr<platform::ScrollView> scrollAround(std::shared_ptr<platform::View> view) {

@@ -18,14 +18,14 @@ public:
     explicit Finger(Controls& controls)
         : controls_{controls} {}
 
-    /// `synchronize` brings the controls in line, so that a field that was touched can take the event.
+    /// `synchronize` updates the controls, so that the line edit of a touched field can take the event.
     void press(platform::Window& window, QMouseEvent& event, const std::function<void()>& synchronize);
     void move(QMouseEvent& event);
     void release(platform::Window& window, QMouseEvent& event);
     static void wheel(platform::Window& window, QPointF position, double distance);
 
 private:
-    /// Hands the event to the edit under way.
+    /// Passes the event to the line edit in which the press began.
     void pass(QMouseEvent& event);
 
     Controls& controls_;

@@ -18,12 +18,12 @@ namespace {
 using platform::Size;
 using platform::View;
 
-/// Lengths are rounded here and there.
+/// Some lengths are rounded.
 constexpr double tolerance = 1;
 
 struct Seen {
     std::shared_ptr<View> view;
-    /// What a person sees of it, on the display.
+    /// The visible part of the view, on the display.
     QRectF part;
 };
 
@@ -37,7 +37,7 @@ bool hasContent(const View& view) {
     return dynamic_cast<const platform::TextField*>(&view) != nullptr || !view.shownText().empty();
 }
 
-/// Calls `visit` for each view with something to see.
+/// Calls `visit` for each view with visible content.
 template <class Visit>
 void eachSeen(const std::shared_ptr<View>& view, const Visit& visit) {
     if (view->isHidden() || view->alpha() == 0) {
@@ -55,17 +55,13 @@ std::string named(const View& view) {
     return "\"" + (view.identifier().empty() ? view.shownText() : view.identifier()) + "\"";
 }
 
-/// The part that no view around cuts off; `scrolls` tells whether the rest can be scrolled to.
-QRectF visiblePart(const View& view, bool& scrolls) {
-    auto part = toQt(view.frameOnScreen());
-    scrolls = false;
+bool isInScrollView(const View& view) {
     for (auto around = view.superview(); around; around = around->superview()) {
-        scrolls = scrolls || std::dynamic_pointer_cast<platform::ScrollView>(around) != nullptr;
-        if (clips(*around) || !around->superview()) {
-            part = part.intersected(toQt(around->frameOnScreen()));
+        if (std::dynamic_pointer_cast<platform::ScrollView>(around)) {
+            return true;
         }
     }
-    return part;
+    return false;
 }
 
 bool fits(Size size, const QRectF& room) {
@@ -82,7 +78,7 @@ bool textFits(const View& view) {
         return fits(measureText(toQt(button->title()), toQt(button->shownFont()), room.width()), room);
     }
     if (const auto* field = dynamic_cast<const platform::TextField*>(&view)) {
-        // A text scrolls, but nobody scrolls a placeholder; and one character at least must show.
+        // The text of a field scrolls, so one character must fit. A placeholder does not scroll and must fit whole.
         const auto sample = field->text().empty() && !field->placeholder().empty() ? toQt(field->placeholder()) : "W";
         return fits(measureText(sample, shownFont(*field), 1e6), textArea(*field));
     }
@@ -96,16 +92,15 @@ std::vector<std::string> layoutFaults(platform::Window& window) {
     std::vector<std::string> faults;
     std::vector<Seen> seen;
     const auto see = [&](const std::shared_ptr<View>& view) {
-        bool scrolls = false;
         const auto whole = toQt(view->frameOnScreen());
-        const auto part = visiblePart(*view, scrolls);
+        const auto part = visiblePart(*view);
         if (whole.width() < tolerance || whole.height() < tolerance) {
             faults.push_back(named(*view) + " has no room");
             return;
         }
         const bool reaches = part.width() >= whole.width() - tolerance && part.height() >= whole.height() - tolerance;
-        const bool canScroll =
-            scrolls && whole.left() >= -tolerance && whole.right() <= window.frame().size.width + tolerance;
+        const bool canScroll = isInScrollView(*view) && whole.left() >= -tolerance &&
+                               whole.right() <= window.frame().size.width + tolerance;
         if (!reaches && !canScroll) {
             faults.push_back(named(*view) + " is partly or wholly out of sight");
         }

@@ -1,7 +1,6 @@
 #include "Controls.hpp"
 #include "Drawing.hpp"
 #include "Finger.hpp"
-#include "Repaints.hpp"
 #include "Transition.hpp"
 
 #include <kivo/device/PhoneView.hpp>
@@ -22,9 +21,10 @@ namespace {
 constexpr int turnInterval = 33; // milliseconds
 constexpr double turnStep = 1 / 30.0;
 constexpr int transitionTime = 280; // milliseconds
-constexpr double wheelDegree = 8;   // the unit of a wheel's angle, a part of a degree
+constexpr double wheelDegree = 8;   // Qt counts a wheel's angle in eighths of a degree
 
-/// Calls `visit` for every view that looks different without saying so: turning wheels and camera pictures.
+/// Calls `visit` for every view that changes its look without a notice: turning activity indicators and camera
+/// pictures.
 void eachMoving(platform::View& view, const std::function<void(platform::View&)>& visit) {
     if (view.isHidden() || view.alpha() <= 0) {
         return;
@@ -82,7 +82,7 @@ public:
         isSynchronizing_ = false;
     }
 
-    /// Called for every block of events, so it is quick when nothing has changed.
+    /// Called for every block of events, and therefore quick when nothing has changed.
     void synchronizeSilentChanges() {
         const auto size = frameSize();
         window->layoutIfNeeded();
@@ -147,7 +147,7 @@ private:
         synchronize();
     }
 
-    /// Brings the picture up to date where something has changed.
+    /// Draws the changed parts of the picture.
     void redraw() {
         auto region = repaints_.take(*window);
         if (frame_.size() != frameSize()) {
@@ -174,7 +174,7 @@ private:
         phone_.update(region);
     }
 
-    /// Keeps the clock running while anything moves.
+    /// Runs the timer while a view moves.
     void turn() {
         bool isMoving = false;
         eachMoving(*window, [&](platform::View&) { isMoving = true; });
@@ -190,7 +190,7 @@ private:
     Repaints repaints_;
     QPixmap frame_;
     Transition transition_;
-    /// Fires when the events at hand are done.
+    /// Fires when the pending events have been handled.
     QTimer synchronizing_;
     QVariantAnimation animation_;
     Depth depth_;

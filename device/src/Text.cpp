@@ -1,5 +1,7 @@
 #include "Text.hpp"
 
+#include <kivo/device/Fonts.hpp>
+
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QTextLayout>
@@ -45,6 +47,16 @@ private:
     double height_ = 0;
 };
 
+class QtFonts final : public platform::Fonts {
+public:
+    bool isInstalled(std::string_view name) override { return installedTypeface(toQt(name)).has_value(); }
+
+    platform::Size measure(std::string_view text, std::string_view name, double pointSize, double widthLimit) override {
+        return measureText(toQt(text), toQt(platform::Font{.name = std::string{name}, .pointSize = pointSize}),
+                           widthLimit);
+    }
+};
+
 } // namespace
 
 std::optional<QFont> installedTypeface(const QString& name) {
@@ -81,7 +93,7 @@ QFont toQt(const platform::Font& font) {
     auto made = (font.name.empty() ? std::nullopt : installedTypeface(toQt(font.name)))
                     .value_or(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
     made.setPixelSize(std::max(static_cast<int>(std::lround(font.pointSize)), 1));
-    // Without hinting a text is as wide on a fine display as it was measured on a coarse one.
+    // Without hinting a text has the same width on displays of every density.
     made.setHintingPreference(QFont::PreferNoHinting);
     return made;
 }
@@ -109,6 +121,10 @@ void drawText(QPainter& painter, const QRectF& area, const QString& text, const 
     const Lines lines{text, font, area.width(), alignment & Qt::AlignHorizontal_Mask};
     const auto spare = alignment.testFlag(Qt::AlignVCenter) ? (area.height() - lines.height()) / 2 : 0;
     lines.draw(painter, {area.x(), area.y() + std::max(spare, 0.0)});
+}
+
+std::shared_ptr<platform::Fonts> fonts() {
+    return std::make_shared<QtFonts>();
 }
 
 } // namespace kivo::device

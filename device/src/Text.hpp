@@ -20,18 +20,19 @@ QColor toQt(const platform::Color& color);
 QRectF toQt(const platform::Rect& rect);
 platform::Rect fromQt(const QRectF& rect);
 
-/// The typeface that a name such as "DejaVu Sans" or "Karbon-Medium" stands for: a family, or a family and a style.
+/// The typeface with a name such as "DejaVu Sans" (a family) or "Karbon-Medium" (a family and a style).
 std::optional<QFont> installedTypeface(const QString& name);
 
-/// The font as it is drawn and measured; the system's own where the typeface is not installed.
+/// The font for drawing and measuring; the system's own font where the typeface is not installed.
 QFont toQt(const platform::Font& font);
 
 Qt::Alignment toQt(platform::TextAlignment alignment);
 
-/// The text's size, its lines broken at `widthLimit`.
+/// The size of the text with its lines broken at `widthLimit`.
 platform::Size measureText(const QString& text, const QFont& font, double widthLimit);
 
-/// Draws the text into `area`, its lines broken at the area's width: at the top, or in the middle with `AlignVCenter`.
+/// Draws the text into `area`, with its lines broken at the area's width: in the middle with `AlignVCenter`, otherwise
+/// at the top.
 void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment);
 
 } // namespace kivo::device

@@ -8,7 +8,7 @@
 namespace kivo::device {
 namespace {
 
-/// How far the screen below moves along with the one that is pushed over it.
+/// The distance that the screen below moves while another screen is pushed over it, as a part of the width.
 constexpr double parallax = 0.3;
 
 } // namespace

@@ -10,7 +10,7 @@
 
 namespace kivo::device {
 
-/// How deep the screens of a window are stacked.
+/// The depth of the stack of screens in a window.
 struct Depth {
     std::size_t presented = 0;
     std::size_t pushed = 0;

@@ -1,4 +1,4 @@
-// A host's own test of its face step: the first scan times out, the second one is sent, taken and welcomed.
+// A host's own test of its face step: the first scan times out, and the second scan is accepted and welcomed.
 #include <kivo/kivo.hpp>
 #include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>

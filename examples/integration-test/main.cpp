@@ -1,4 +1,4 @@
-// A host's own test: it meets a refusal, a lost connection and a good answer, without a network.
+// A host's own test of a refusal, a lost connection and a good answer, without a network.
 #include <kivo/kivo.hpp>
 #include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/IdentityService.hpp>
@@ -17,9 +17,9 @@ namespace {
 
 using namespace kivo;
 
-/// Waits for the answer to one call: the event's name, or the code's.
+/// Waits for the answer to one call. Returns the name of the event or of the code.
 std::string answerTo(const std::function<void(IdvCompletion)>& call) {
-    // Shared: an answer may still come when nobody waits any more.
+    // Shared: the answer may come after the wait has ended.
     const auto answer = std::make_shared<std::string>();
     const auto loop = platform::RunLoop::main();
     call([answer, loop](IdvOutcome outcome) {
@@ -27,7 +27,7 @@ std::string answerTo(const std::function<void(IdvCompletion)>& call) {
             *answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
         });
     });
-    // Longer than the SDK waits for a service that never answers.
+    // Longer than the SDK's own limit for an answer.
     loop->runUntil([&] { return !answer->empty(); }, std::chrono::seconds{75});
     return *answer;
 }

@@ -1,5 +1,6 @@
-// A host's own test of its screens: a simulated person enters a one-time code on a screen of the host's, mistypes the
-// activation code, corrects it, scans it as well and closes, and reads the final status screen in the host's layout.
+// A host's own test of its screens. A simulated person enters a one-time code on a screen of the host, mistypes and
+// corrects the activation code, scans the code, closes the screen, and reads the final status screen in the host's
+// layout.
 #include <kivo/kivo.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/simulator/Camera.hpp>

@@ -2,13 +2,18 @@
 
 #include <kivo/Export.hpp>
 
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace kivo {
 
-/// The rule by which a version text selects an interface version.
+/// The interface versions, and the rule by which a version text selects one of them.
 struct KIVO_EXPORT SdkVersions {
+    /// The interface versions that `KivoSDK::load` takes, each as its two characters, oldest first. Callable from any
+    /// thread.
+    static std::span<const std::string_view> all();
+
     /// The first two characters of `version`, or "Invalid sdk version!" when it has fewer. Nothing is validated.
     static std::string getPreciseVersion(std::string_view fromVersion);
 };

@@ -1,6 +1,11 @@
 #include <kivo/platform/FrameCamera.hpp>
 #include <kivo/simulator/Camera.hpp>
 
+#include <qrencode.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace kivo::simulator {
@@ -11,7 +16,28 @@ using platform::CaptureSession;
 
 namespace {
 
-/// The pipeline's text for a file that is looked at without end.
+constexpr int width = 1280;
+constexpr int height = 720;
+constexpr int largestModule = 8;
+/// The white margin that a reader needs around the code, in modules.
+constexpr int margin = 4;
+
+struct FreeCode {
+    void operator()(QRcode* code) const { QRcode_free(code); }
+};
+
+std::unique_ptr<QRcode, FreeCode> encode(std::string_view text) {
+    // A long text fits only with less room for correcting errors.
+    for (const auto level : {QR_ECLEVEL_M, QR_ECLEVEL_L}) {
+        if (auto* const code = QRcode_encodeData(static_cast<int>(text.size()),
+                                                 reinterpret_cast<const unsigned char*>(text.data()), 0, level)) {
+            return std::unique_ptr<QRcode, FreeCode>{code};
+        }
+    }
+    throw std::runtime_error{"No QR code holds " + std::to_string(text.size()) + " bytes."};
+}
+
+/// The pipeline that shows a file without end.
 std::string pipelineFor(const std::filesystem::path& file) {
     std::string quoted;
     for (const char character : file.string()) {
@@ -20,7 +46,7 @@ std::string pipelineFor(const std::filesystem::path& file) {
     return "filesrc location=\"" + quoted + "\" ! decodebin ! videoconvert ! imagefreeze ! video/x-raw,framerate=5/1";
 }
 
-/// A session that may refuse what the real one would accept.
+/// A session that refuses inputs or outputs on demand.
 class ChoosySession final : public CaptureSession {
 public:
     ChoosySession(std::shared_ptr<CaptureSession> session, Camera::Refusal refusal)
@@ -54,7 +80,26 @@ private:
 
 } // namespace
 
-/// What is in front of the camera: a frame, a file's pictures, or neither.
+platform::VideoFrame qrCodeFrame(std::string_view text) {
+    const auto code = encode(text);
+    const int module = std::min(largestModule, height / (code->width + 2 * margin));
+    const int left = (width - code->width * module) / 2;
+    const int top = (height - code->width * module) / 2;
+    platform::VideoFrame frame{.width = width,
+                               .height = height,
+                               .format = platform::VideoFrame::Format::gray,
+                               .bytes = std::vector<std::uint8_t>(std::size_t{width} * height, 255)};
+    for (int y = 0; y < code->width * module; ++y) {
+        for (int x = 0; x < code->width * module; ++x) {
+            const bool isBlack = (code->data[y / module * code->width + x / module] & 1) != 0;
+            frame.bytes[static_cast<std::size_t>(top + y) * width + static_cast<std::size_t>(left + x)] =
+                isBlack ? 0 : 255;
+        }
+    }
+    return frame;
+}
+
+/// The scene before the camera: a frame, a file's pictures, or nothing.
 class Camera::Scene final : public platform::FrameSource {
 public:
     void change(std::shared_ptr<const platform::VideoFrame> frame, std::shared_ptr<platform::FrameSource> file) {

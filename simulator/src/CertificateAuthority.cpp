@@ -1,5 +1,4 @@
-#include "OpenSslObjects.hpp"
-#include "PublicKeyPin.hpp"
+#include "Cryptography.hpp"
 
 #include <kivo/simulator/CertificateAuthority.hpp>
 
@@ -109,7 +108,8 @@ std::string pemOf(EVP_PKEY* key) {
 } // namespace
 
 struct CertificateAuthority::Chain {
-    // The authorities' keys are on a curve, which is made in no time; the leaf's key is the one that matters.
+    // The authorities' keys are on a curve because such keys are made quickly. Only the leaf's key type matters to a
+    // test.
     Key rootKey = makeKey(KeyType::ec256);
     Certificate root = makeAuthority("Kivo simulated root", rootKey.get(), nullptr, nullptr);
     Key intermediateKey = makeKey(KeyType::ec256);

@@ -1,7 +1,4 @@
-#include "FaultPlan.hpp"
-#include "RequestReader.hpp"
-#include "ScanEndpoints.hpp"
-#include "ScanResultBlob.hpp"
+#include "Faults.hpp"
 #include "ServerCertificates.hpp"
 #include "SessionProtocol.hpp"
 #include "TlsConnections.hpp"
@@ -19,14 +16,13 @@
 namespace kivo::simulator {
 namespace {
 
-constexpr const char* json = "application/json";
 constexpr std::size_t largestRequest = std::size_t{64} * 1024 * 1024;
 constexpr std::size_t threads = 48;
 
 std::vector<std::pair<std::string, std::string>> headersOf(const httplib::Request& request) {
     std::vector<std::pair<std::string, std::string>> headers;
     for (const auto& [name, value] : request.headers) {
-        // The library adds what it knows of the peer; the client did not send it.
+        // The HTTP library adds headers about the peer that the client did not send.
         if (!name.starts_with("REMOTE_") && !name.starts_with("LOCAL_")) {
             headers.emplace_back(name, value);
         }
@@ -74,7 +70,7 @@ public:
     ~Server() {
         connections_.stop();
         http_.stop();
-        // A connection accepted in the meantime would wait for its client.
+        // A connection that was accepted in the meantime would wait for its client.
         connections_.closeAll();
         thread_.join();
     }
@@ -160,10 +156,9 @@ private:
     }
 
     void serve(const httplib::Request& request, httplib::Response& response, const httplib::ContentReader& reader) {
-        const auto address = SessionProtocol::addressOf(request.path);
+        const auto address = addressOf(request.path);
         const auto fault = address ? faults_.next(address->endpoint) : std::nullopt;
-        const bool isSlow = fault && fault->kind() == Fault::Kind::slowReader;
-        auto body = readBody(request, reader, connections_, isSlow ? std::optional{fault->bytes()} : std::nullopt);
+        auto body = readBody(fault, connections_, request, reader);
         if (!body) {
             return;
         }
@@ -184,13 +179,13 @@ private:
                                .answer = {},
                                .violation = {},
                                .connection = TlsConnections::currentNumber()};
-        const auto finish = answerInstead(fault, record, response);
+        const auto finish = answerInstead(fault, connections_, record, response);
         if (!finish) {
             auto reply = replyTo(*address, request, record.body, fault);
             response.status = record.status = reply.status;
             record.answer = std::move(reply.body);
             record.violation = std::move(reply.violation);
-            setBody(fault, record.answer, response);
+            setBody(fault, connections_, record.answer, response);
         }
         remember(std::move(record));
         if (finish) {
@@ -200,91 +195,22 @@ private:
 
     Reply replyTo(const Address& address, const httplib::Request& request, std::string_view body,
                   const std::optional<Fault>& fault) {
-        const auto contentType = request.get_header_value("Content-Type");
-        if (address.endpoint != Endpoint::facemap && address.endpoint != Endpoint::idScan) {
-            return protocol_.answer(address, request.method, contentType, request.get_header_value("X-Access-Key"),
-                                    body);
-        }
+        const auto header = [&](const char* name) { return request.get_header_value(name); };
+        const auto contentType = header("Content-Type");
+        const auto accessKey = header("X-Access-Key");
+        const auto deviceKey = header("X-Device-Key");
+        const auto userAgent = header("User-Agent");
+        const auto vendorUserAgent = header("X-User-Agent");
         const bool wantsAnother = fault && fault->kind() == Fault::Kind::anotherScan;
-        return answerScan({.endpoint = address.endpoint,
-                           .operation = address.operation,
-                           .method = request.method,
-                           .contentType = contentType,
-                           .deviceKey = request.get_header_value("X-Device-Key"),
-                           .userAgent = request.get_header_value("User-Agent"),
-                           .vendorUserAgent = request.get_header_value("X-User-Agent"),
-                           .body = body},
-                          protocol_.hasSession(address.session), wantsAnother ? scanAgainBlob : scanAcceptedBlob);
-    }
-
-    /// Where a fault takes the answer's place: notes what is answered, and gives what is to be done after that.
-    std::function<void()> answerInstead(const std::optional<Fault>& fault, RecordedRequest& record,
-                                        httplib::Response& response) {
-        if (!fault) {
-            return nullptr;
-        }
-        const auto respond = [&](int status, const std::string& body) {
-            response.status = record.status = status;
-            record.answer = body;
-            response.set_content(body, json);
-            return [] {};
-        };
-        switch (fault->kind()) {
-        case Fault::Kind::drop:
-            return [this] {
-                connections_.waitForHangUp();
-                TlsConnections::reset();
-            };
-        case Fault::Kind::reset:
-            return [] { TlsConnections::reset(); };
-        case Fault::Kind::garbage:
-            return [] { TlsConnections::sendAndEnd("These are not the bytes of a web server.\r\n\r\n"); };
-        case Fault::Kind::truncate:
-            return [] {
-                TlsConnections::sendAndEnd("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n"
-                                           "Content-Length: 1000\r\n\r\n{\"response-type\":");
-            };
-        case Fault::Kind::answer:
-            return respond(200, fault->text());
-        case Fault::Kind::noBody:
-            return respond(204, "");
-        case Fault::Kind::status:
-            return respond(fault->httpStatus(), fault->text());
-        case Fault::Kind::refuse:
-            return respond(200, SessionProtocol::refusal(fault->text(), fault->message()));
-        case Fault::Kind::redirect:
-            response.set_header("Location", fault->text());
-            return respond(fault->httpStatus(), "");
-        case Fault::Kind::largeBody:
-            record.status = 200;
-            response.set_content_provider(fault->bytes(), json, sendSpaces);
-            return [] {};
-        case Fault::Kind::delay:
-        case Fault::Kind::slowBody:
-        case Fault::Kind::certificate:
-        case Fault::Kind::slowReader:
-        case Fault::Kind::anotherScan:
-            break;
-        }
-        return nullptr;
-    }
-
-    void setBody(const std::optional<Fault>& fault, const std::string& body, httplib::Response& response) {
-        if (!fault || fault->kind() != Fault::Kind::slowBody) {
-            response.set_content(body, json);
-            return;
-        }
-        const auto pause =
-            std::chrono::nanoseconds{fault->time()} / static_cast<long>(std::max<std::size_t>(body.size(), 1));
-        response.set_content_provider(body.size(), json,
-                                      [this, body, pause](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                                          return connections_.wait(pause) && sink.write(body.data() + offset, 1);
-                                      });
-    }
-
-    static bool sendSpaces(std::size_t, std::size_t length, httplib::DataSink& sink) {
-        static const std::string spaces(std::size_t{64} * 1024, ' ');
-        return sink.write(spaces.data(), std::min(length, spaces.size()));
+        return protocol_.answer(address,
+                                {.method = request.method,
+                                 .contentType = contentType,
+                                 .accessKey = accessKey,
+                                 .deviceKey = deviceKey,
+                                 .userAgent = userAgent,
+                                 .vendorUserAgent = vendorUserAgent,
+                                 .body = body},
+                                wantsAnother ? scanAgainBlob : scanAcceptedBlob);
     }
 
     void remember(RecordedRequest request) {
@@ -322,7 +248,7 @@ IdentityService::IdentityService(IdentityServiceConfiguration configuration)
 IdentityService::~IdentityService() = default;
 
 std::string IdentityService::joinPage() const {
-    return server_->base(Endpoint::join) + std::string{SessionProtocol::joinPath};
+    return server_->base(Endpoint::join) + std::string{joinPath};
 }
 
 std::filesystem::path IdentityService::trustedCertificates() const {

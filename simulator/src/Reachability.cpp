@@ -82,7 +82,7 @@ bool Reachability::SCNetworkReachabilitySetCallback(const Ref& target, Callback 
     auto& own = static_cast<Target&>(*target);
     const std::scoped_lock lock{mutex_};
     own.callback = std::move(callback);
-    // The former context's last reference may go here, and its owner may call back in: outside the lock.
+    // The former context is destroyed outside the lock: its destructor may call this object.
     std::swap(own.context, context);
     return true;
 }

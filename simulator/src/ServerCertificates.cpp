@@ -1,6 +1,6 @@
 #include "ServerCertificates.hpp"
 
-#include "OpenSslObjects.hpp"
+#include "Cryptography.hpp"
 
 #include <kivo/simulator/IdentityService.hpp>
 
@@ -59,7 +59,7 @@ ServerCertificates::~ServerCertificates() {
 void ServerCertificates::use(SSL_CTX* context, Choice choice) {
     choice_ = std::move(choice);
     SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
-    // A resumed session would show no certificate, and so hide a flawed one.
+    // A resumed session would show no certificate and hide a flaw.
     SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_OFF);
     SSL_CTX_set_options(context, SSL_OP_NO_TICKET);
     SSL_CTX_set_num_tickets(context, 0);

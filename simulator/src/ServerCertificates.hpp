@@ -12,10 +12,10 @@
 
 namespace kivo::simulator {
 
-/// The certificates a server presents, sound or flawed, made when first wanted.
+/// The certificates that a server presents, sound or flawed. Each is made at its first use.
 class ServerCertificates {
 public:
-    /// Says which flaw the certificate for a host is to have.
+    /// Chooses the flaw of the certificate for a host.
     using Choice = std::function<CertificateFlaw(std::string_view host)>;
 
     explicit ServerCertificates(KeyType keyType);
@@ -26,10 +26,10 @@ public:
     /// The authority's root as a PEM file.
     std::filesystem::path trustFile() const { return folder_ / "root.pem"; }
 
-    /// Has every handshake of `context` present the certificate that `choice` asks for.
+    /// Makes every handshake of `context` present the certificate with the flaw that `choice` returns.
     void use(SSL_CTX* context, Choice choice);
 
-    /// The certificate for a flaw, the same one every time.
+    /// The certificate with a flaw; the same certificate at every call.
     const IssuedCertificate& withFlaw(CertificateFlaw flaw);
 
 private:

@@ -1,21 +1,14 @@
 #include "SessionProtocol.hpp"
 
-#include "ProtocolCheck.hpp"
-#include "ScanEndpoints.hpp"
-
-#include <nlohmann/json.hpp>
+#include <kivo/SdkVersions.hpp>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace kivo::simulator {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr std::array<std::string_view, allEndpoints.size()> endpointNames{"join",   "update",  "status", "commit",
-                                                                          "upload", "facemap", "idScan", "biodata"};
 
 void requireUpdate(const Json& body) {
     if (body.is_object() && body.contains("code")) {
@@ -57,80 +50,75 @@ void requireJoin(const Json& body) {
                   "kivo-images"});
 }
 
-void requireOperation(const Address& address) {
-    const std::string_view expected = address.endpoint == Endpoint::biodata ? "/readings" : "";
-    if (address.operation != expected) {
+void requireForm(const Address& address, const ServiceRequest& request) {
+    constexpr std::string_view contentType = "application/json; charset=UTF-8";
+    if (request.method != "POST") {
+        throw Violation{"the method is " + std::string{request.method} + ", not POST"};
+    }
+    if (request.contentType != contentType) {
+        throw Violation{"the Content-Type is \"" + std::string{request.contentType} + "\", not \"" +
+                        std::string{contentType} + "\""};
+    }
+    const std::string_view operation = address.endpoint == Endpoint::biodata ? "/readings" : "";
+    if (address.operation != operation) {
         throw Violation{"the path behind the endpoint " + std::string{name(address.endpoint)} + " is \"" +
-                        address.operation + "\", not \"" + std::string{expected} + "\""};
+                        address.operation + "\", not \"" + std::string{operation} + "\""};
     }
 }
 
+/// A device code is an interface version, "01", and the host's key.
+constexpr std::size_t versionPrefix = 4;
+
 bool hasVersionPrefix(std::string_view deviceCode) {
-    static constexpr std::array<std::string_view, 5> prefixes{"1401", "1501", "1601", "1701", "1801"};
-    return std::ranges::find(prefixes, deviceCode.substr(0, 4)) != prefixes.end();
+    const auto versions = SdkVersions::all();
+    return deviceCode.size() >= versionPrefix && deviceCode.substr(2).starts_with("01") &&
+           std::ranges::find(versions, deviceCode.substr(0, 2)) != versions.end();
+}
+
+Reply noSuchSession() {
+    return {.body = SessionProtocol::refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
+}
+
+Reply scanTaken(std::string_view blob) {
+    return {.body = Json{{"response-type", "pass"}, {"response-data", {{"scanResultBlob", blob}}}}.dump(),
+            .violation = {}};
 }
 
 } // namespace
-
-std::string_view name(Endpoint endpoint) {
-    const auto index = static_cast<std::size_t>(endpoint);
-    return index < endpointNames.size() ? endpointNames[index] : std::string_view{};
-}
 
 SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration, std::function<std::string(Endpoint)> base)
     : configuration_{std::move(configuration)}
     , base_{std::move(base)} {}
 
-std::optional<Address> SessionProtocol::addressOf(std::string_view path) {
-    if (path == joinPath) {
-        return Address{.endpoint = Endpoint::join, .session = "", .operation = ""};
-    }
-    // /session/NAME/ENDPOINT, and what a client appends to the scanners' addresses.
-    constexpr std::string_view prefix = "/session/";
-    const auto slash = path.starts_with(prefix) ? path.find('/', prefix.size()) : std::string_view::npos;
-    if (slash == std::string_view::npos) {
-        return std::nullopt;
-    }
-    const auto rest = path.substr(slash + 1);
-    const auto endpoint = rest.substr(0, rest.find('/'));
-    const auto found = std::ranges::find(endpointNames, endpoint);
-    if (found == endpointNames.end() || endpoint == name(Endpoint::join)) {
-        return std::nullopt;
-    }
-    return Address{.endpoint = static_cast<Endpoint>(found - endpointNames.begin()),
-                   .session = std::string{path.substr(prefix.size(), slash - prefix.size())},
-                   .operation = std::string{rest.substr(endpoint.size())}};
-}
-
-Reply SessionProtocol::answer(const Address& address, std::string_view method, std::string_view contentType,
-                              std::string_view accessKey, std::string_view body) {
+Reply SessionProtocol::answer(const Address& address, const ServiceRequest& request, std::string_view scanResultBlob) {
     try {
-        if (method != "POST") {
-            throw Violation{"the method is " + std::string{method} + ", not POST"};
-        }
-        if (contentType != "application/json; charset=UTF-8") {
-            throw Violation{"the Content-Type is \"" + std::string{contentType} +
-                            "\", not \"application/json; charset=UTF-8\""};
-        }
-        requireOperation(address);
-        if (address.endpoint == Endpoint::join) {
-            return join(body);
-        }
-        const auto tid = tidOf(address.session);
-        if (address.endpoint == Endpoint::biodata && tid) {
-            return {.body = biodata_.receive(address.session, accessKey, body), .violation = {}};
-        }
-        const auto json = parsed(body);
-        require(address, json, tid.value_or(""));
-        if (!tid || (address.endpoint == Endpoint::update && json.at("tid") != *tid)) {
-            return {.body = refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
-        }
-        return {.body = Json{{"response-type", "data"}, {"tid", *tid}}.dump(), .violation = {}};
+        return judge(address, request, scanResultBlob);
     } catch (const Violation& violation) {
         return {.body = refusal("STATUS_BAD_PROTOCOL", violation.text),
                 .violation = violation.text,
                 .status = violation.httpStatus};
     }
+}
+
+Reply SessionProtocol::judge(const Address& address, const ServiceRequest& request, std::string_view scanResultBlob) {
+    if (address.endpoint == Endpoint::facemap || address.endpoint == Endpoint::idScan) {
+        requireScan(address, request);
+        return tidOf(address.session) ? scanTaken(scanResultBlob) : noSuchSession();
+    }
+    requireForm(address, request);
+    if (address.endpoint == Endpoint::join) {
+        return join(request.body);
+    }
+    const auto tid = tidOf(address.session);
+    if (address.endpoint == Endpoint::biodata && tid) {
+        return {.body = documentProxy_.receive(address.session, request), .violation = {}};
+    }
+    const auto json = parsed(request.body);
+    require(address, json, tid.value_or(""));
+    if (!tid || (address.endpoint == Endpoint::update && json.at("tid") != *tid)) {
+        return noSuchSession();
+    }
+    return {.body = Json{{"response-type", "data"}, {"tid", *tid}}.dump(), .violation = {}};
 }
 
 void SessionProtocol::require(const Address& address, const Json& request, const std::string& tid) const {
@@ -141,7 +129,7 @@ void SessionProtocol::require(const Address& address, const Json& request, const
     case Endpoint::upload:
         // Images and the notice of a document reading share one address.
         if (request.is_object() && request.contains("opaqueId")) {
-            biodata_.requireNotice(address.session, tid, request);
+            documentProxy_.requireNotice(address.session, tid, request);
         } else {
             requireUpload(request);
         }
@@ -164,17 +152,12 @@ std::optional<std::string> SessionProtocol::tidOf(const std::string& session) co
     return found == sessions_.end() ? std::nullopt : std::optional{found->second};
 }
 
-bool SessionProtocol::hasSession(const std::string& session) const {
-    const std::scoped_lock lock{mutex_};
-    return sessions_.contains(session);
-}
-
 Reply SessionProtocol::join(std::string_view body) {
     const auto json = parsed(body);
     requireJoin(json);
     const auto deviceCode = json.at("kivo-device-code").get<std::string>();
     if (!hasVersionPrefix(deviceCode) ||
-        (configuration_.deviceKey && deviceCode.substr(4) != *configuration_.deviceKey)) {
+        (configuration_.deviceKey && deviceCode.substr(versionPrefix) != *configuration_.deviceKey)) {
         return {.body = refusal("STATUS_INVALID_DEVICE_CODE", "The device code is unknown"), .violation = {}};
     }
     if (std::ranges::find(configuration_.activationCodes, json.at("kivo-init-code").get<std::string>()) ==
@@ -210,8 +193,8 @@ std::string SessionProtocol::openSession() {
                 {"idp-biodata",
                  {{"biodata-endpoint", addressOf(Endpoint::upload)},
                   {"biodata-proxy", addressOf(Endpoint::biodata)},
-                  {"biodata-access-key", BiodataEndpoint::sessionAccessKey},
-                  {"biodata-encrypt-key", BiodataEndpoint::sessionEncryptKey}}},
+                  {"biodata-access-key", sessionAccessKey},
+                  {"biodata-encrypt-key", sessionEncryptKey}}},
                 {"idp-facemap",
                  {{"facemap-endpoint", addressOf(Endpoint::facemap)},
                   {"ocridscan-endpoint", addressOf(Endpoint::idScan)},

@@ -1,10 +1,6 @@
 #pragma once
 
-#include "BiodataEndpoint.hpp"
-
-#include <kivo/simulator/IdentityService.hpp>
-
-#include <nlohmann/json_fwd.hpp>
+#include "VendorEndpoints.hpp"
 
 #include <functional>
 #include <map>
@@ -15,14 +11,7 @@
 
 namespace kivo::simulator {
 
-/// Where a request went: the endpoint, the session its path names, and what follows in the path.
-struct Address {
-    Endpoint endpoint;
-    std::string session;
-    std::string operation;
-};
-
-/// What the identity service says to a request.
+/// The identity service's answer to a request.
 struct Reply {
     std::string body;
     std::optional<std::string> violation;
@@ -32,23 +21,16 @@ struct Reply {
 /// The identity service's side of the session protocol. Callable from any thread.
 class SessionProtocol {
 public:
-    /// `base` makes the address of an endpoint's host.
+    /// `base` returns the address of an endpoint's host, such as "https://localhost:4711".
     SessionProtocol(IdentityServiceConfiguration configuration, std::function<std::string(Endpoint)> base);
 
-    static constexpr std::string_view joinPath = "/enrol/join.html";
-
-    /// Reads a path; absent when no endpoint has it.
-    static std::optional<Address> addressOf(std::string_view path);
-
-    /// Judges a request and answers it.
-    Reply answer(const Address& address, std::string_view method, std::string_view contentType,
-                 std::string_view accessKey, std::string_view body);
-
-    bool hasSession(const std::string& session) const;
+    /// Judges a request and answers it. The answer to a good scan hands `scanResultBlob` to the vendor's library.
+    Reply answer(const Address& address, const ServiceRequest& request, std::string_view scanResultBlob);
 
     static std::string refusal(std::string_view responseCode, std::string_view message);
 
 private:
+    Reply judge(const Address& address, const ServiceRequest& request, std::string_view scanResultBlob);
     Reply join(std::string_view body);
     void require(const Address& address, const nlohmann::ordered_json& request, const std::string& tid) const;
     std::optional<std::string> tidOf(const std::string& session) const;
@@ -56,7 +38,7 @@ private:
 
     const IdentityServiceConfiguration configuration_;
     const std::function<std::string(Endpoint)> base_;
-    BiodataEndpoint biodata_;
+    DocumentProxy documentProxy_;
     mutable std::mutex mutex_;
     /// The transaction identifier of every session by the name in its addresses.
     std::map<std::string, std::string> sessions_;

@@ -12,7 +12,7 @@
 
 namespace kivo::simulator {
 
-/// Belongs to its SSL object and goes with it.
+/// The SSL object owns its connection.
 struct TlsConnections::Connection {
     TlsConnections* owner;
     SSL* ssl;
@@ -31,8 +31,8 @@ timespec timespecOf(std::chrono::nanoseconds time) {
     return {.tv_sec = seconds.count(), .tv_nsec = (time - seconds).count()};
 }
 
-/// Puts an unconnected socket in the place of the connection's, which is closed by that. The HTTP library keeps its
-/// descriptor number and only finds that nothing can be sent any more.
+/// Closes the connection's socket and puts an unconnected one under the same number. The HTTP library keeps the number,
+/// and finds out that it can send nothing more.
 void replaceSocket() {
     const int unconnected = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     dup3(unconnected, currentSocket, O_CLOEXEC);
@@ -105,7 +105,7 @@ void TlsConnections::reset() {
 }
 
 void TlsConnections::keepReceiveBufferSmall() {
-    // Less than a few of the loopback interface's segments (64 KiB) makes it crawl.
+    // A buffer below a few segments of the loopback interface (64 KiB each) makes the connection crawl.
     constexpr int bytes = 256 * 1024;
     setsockopt(currentSocket, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
 }

@@ -13,9 +13,10 @@
 
 namespace kivo::simulator {
 
-/// The server's open TLS connections, and what can be done to one below HTTP.
+/// The server's open TLS connections, and operations on a connection below HTTP.
 ///
-/// A connection is served by one thread from its handshake to its end; "the current connection" is that thread's.
+/// One thread serves a connection from the handshake to the end. "The current connection" is the connection of the
+/// calling thread.
 class TlsConnections {
 public:
     TlsConnections();
@@ -26,24 +27,25 @@ public:
     /// Notes the connections made from `context` from now on.
     void follow(SSL_CTX* context);
 
-    /// How many connections completed their handshake.
+    /// The number of connections that completed their handshake.
     std::size_t handshakes() const { return handshakes_; }
 
     static std::uint64_t currentNumber();
 
-    /// Sends bytes as they are over the current connection, then ends it.
+    /// Sends bytes without HTTP over the current connection, then ends the connection.
     static void sendAndEnd(std::string_view bytes);
 
     /// Ends the current connection with a reset; nothing more can be sent on it.
     static void reset();
 
-    /// Lets the client of the current connection run ahead of what is read by some hundred kilobytes only.
+    /// Limits the bytes that the client of the current connection can send ahead of the reader to some hundred
+    /// kilobytes.
     static void keepReceiveBufferSmall();
 
-    /// Waits until the client of the current connection hangs up, or everything stops.
+    /// Waits until the client of the current connection hangs up, or `stop` is called.
     void waitForHangUp() const;
 
-    /// Waits that long; false when everything stops first.
+    /// Waits that long; false when `stop` is called first.
     bool wait(std::chrono::nanoseconds time) const;
 
     /// Closes all connections that are open.

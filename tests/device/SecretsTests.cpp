@@ -1,4 +1,4 @@
-#include "app/Secrets.hpp"
+#include "app/Records.hpp"
 
 #include <gmock/gmock.h>
 

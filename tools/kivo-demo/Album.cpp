@@ -14,7 +14,7 @@
 namespace demo {
 namespace {
 
-/// The screen's class without its namespaces; empty for a screen that is nothing but the base class.
+/// The screen's class without its namespaces; empty for a screen of the base class.
 std::string className(const kivo::platform::ViewController& screen) {
     if (typeid(screen) == typeid(kivo::platform::ViewController)) {
         return {};
@@ -37,7 +37,7 @@ std::string asFileName(std::string_view words) {
 } // namespace
 
 std::expected<std::shared_ptr<Album>, std::string> Album::open(const std::filesystem::path& folder) {
-    // Never closed: what it hands out is used until the process ends.
+    // Never closed: the objects of the library are used until the process ends.
     auto* const library = dlopen(KIVO_DEVICE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     auto* const symbol = library != nullptr ? dlsym(library, kivo::device::openPicturesName) : nullptr;
     if (symbol == nullptr) {

@@ -11,16 +11,16 @@
 
 namespace demo {
 
-/// Takes a picture of every screen as it comes, and of what a step made of it.
+/// Takes a picture of every screen when it appears, and after every step that has changed it.
 class Album final : public kivo::platform::WindowObserver, public std::enable_shared_from_this<Album> {
 public:
-    /// Loads the device's library, which draws; the pictures go into `folder`, which is made if need be. The error is a
+    /// Loads the device's library, which draws the pictures. Makes `folder` for the pictures if need be. The error is a
     /// sentence.
     static std::expected<std::shared_ptr<Album>, std::string> open(const std::filesystem::path& folder);
 
     Album(std::unique_ptr<kivo::device::Pictures> pictures, std::filesystem::path folder);
 
-    /// What texts are measured with, so that they fit as they are drawn.
+    /// The fonts service that measures texts as the album draws them.
     std::shared_ptr<kivo::platform::Fonts> fonts() { return pictures_->fonts(); }
 
     void follow(const std::shared_ptr<kivo::platform::Window>& window);
@@ -30,7 +30,7 @@ public:
 
     int count() const { return count_; }
 
-    /// Why a picture is missing; empty when none is.
+    /// The reason why a picture is missing; empty when all pictures are there.
     const std::string& problem() const { return problem_; }
 
     void viewDidChange(kivo::platform::View& view) override;

@@ -9,23 +9,24 @@
 
 namespace demo {
 
-/// The host application's display, with a person in front of it. Functions return what went wrong, or nothing.
+/// The host application's display, with a person in front of it. The functions return an error as a sentence, or an
+/// empty text.
 class Display {
 public:
-    /// Whether the screen of interface version `version` empties its boxes by itself after a refused code.
+    /// `boxesAreReset` tells whether the interface version's code screen empties its boxes after a refused code.
     explicit Display(bool boxesAreReset);
 
-    /// What the host gives to `setContext`.
+    /// The screen that the host passes to `setContext`.
     std::shared_ptr<kivo::platform::ViewController> context() const { return start_; }
 
     std::shared_ptr<kivo::platform::Window> window() const { return window_; }
 
-    /// Types an activation code into the boxes, which must be, or be made, empty first.
+    /// Empties the boxes where need be, and types an activation code.
     std::string typeCode(std::string_view code);
 
     std::string tap(std::string_view button);
 
-    /// Takes the SDK's screen away again, as a host does once it has what it wanted.
+    /// Removes the SDK's screen, as a host does after the outcome that it waits for.
     void returnToStart();
 
     /// Presents the closing screen, as a host does at the end of the road.

@@ -1,50 +1,60 @@
 #include "Options.hpp"
 
-#include "PinnedBundle.hpp"
+#include <kivo/platform/ReadID.hpp>
+#include <kivo/simulator/ScanScript.hpp>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <filesystem>
+#include <sstream>
 #include <string_view>
 
 namespace demo {
 namespace {
 
-using namespace std::chrono_literals;
-using kivo::simulator::CertificateFlaw;
+using kivo::SdkVersions;
 using kivo::simulator::Endpoint;
-using kivo::simulator::Fault;
+namespace face = kivo::simulator::faceScanStatus;
+namespace idCard = kivo::simulator::idScanStatus;
+using kivo::platform::readid::FailureReason;
 
-struct NamedFault {
-    std::string_view name;
-    std::string_view meaning;
-    Fault (*make)();
+constexpr ScreenOutcome ofDocument(std::string_view code, FailureReason reason, bool isLeaving = false) {
+    return {.screen = "document", .code = code, .status = static_cast<int>(reason), .isLeaving = isLeaving};
+}
+
+constexpr std::array outcomes{
+    ofDocument("USER_CANCELLED", FailureReason::userCancelled, /*isLeaving=*/true),
+    ofDocument("BACK_NAVIGATION", FailureReason::backNavigation, /*isLeaving=*/true),
+    ofDocument("NO_CHIP", FailureReason::noChip),
+    ofDocument("NFC_ERROR", FailureReason::nfcError),
+    ofDocument("NFC_ACCESS_CONTROL_ERROR", FailureReason::nfcAccessControlError),
+    ofDocument("WRONG_DOCUMENT_TYPE", FailureReason::wrongDocumentType),
+    ofDocument("UNSUPPORTED_DOCUMENT", FailureReason::unsupportedDocument),
+    ofDocument("VIZ_CAPTURE_TIMEOUT", FailureReason::vizCaptureTimeout),
+    ofDocument("BACKGROUND_TIMEOUT", FailureReason::backgroundTimeout),
+    ofDocument("CAMERA_PERMISSION_DENIED", FailureReason::cameraPermissionDenied),
+    ScreenOutcome{"face", "SESSION_UNSUCCESSFUL", face::unsuccessful},
+    ScreenOutcome{"face", "CANCELLED", face::cancelled, /*isLeaving=*/true},
+    ScreenOutcome{"face", "CAMERA_PERMISSION_ERROR", face::cameraRefused},
+    ScreenOutcome{"face", "CONTEXT_SWITCH", face::contextSwitch},
+    ScreenOutcome{"face", "LANDSCAPE_MODE_NOT_ALLOWED", face::landscapeMode},
+    ScreenOutcome{"face", "TIMEOUT", face::timeout},
+    ScreenOutcome{"face", "LOCKED_OUT", face::lockedOut},
+    ScreenOutcome{"idcard", "OCR_SCAN_FAILED", idCard::unsuccessful},
+    ScreenOutcome{"idcard", "CANCELLED", idCard::cancelled},
+    ScreenOutcome{"idcard", "TIMEOUT", idCard::timeout},
+    ScreenOutcome{"idcard", "CONTEXT_SWITCH", idCard::contextSwitch},
+    ScreenOutcome{"idcard", "CAMERA_PERMISSION_DENIED", idCard::cameraRefused},
 };
 
-const std::array namedFaults{
-    NamedFault{"slow", "answers half a second late", [] { return Fault::delay(500ms); }},
-    NamedFault{"drop", "never answers (ends after the SDK's 60 s)", [] { return Fault::drop(); }},
-    NamedFault{"reset", "resets the connection", [] { return Fault::reset(); }},
-    NamedFault{"truncate", "sends less than it promised", [] { return Fault::truncate(); }},
-    NamedFault{"garbage", "answers with bytes that are no HTTP", [] { return Fault::garbage(); }},
-    NamedFault{"html", "answers 200 with a page instead of JSON",
-               [] { return Fault::answer("<html>Sign in to this Wi-Fi</html>"); }},
-    NamedFault{"empty", "answers 200 with an empty body", [] { return Fault::emptyBody(); }},
-    NamedFault{"204", "answers 204 without a body", [] { return Fault::noBody(); }},
-    NamedFault{"404", "answers 404", [] { return Fault::status(404); }},
-    NamedFault{"500", "answers 500", [] { return Fault::status(500); }},
-    NamedFault{"redirect", "redirects to a page that is not https",
-               [] { return Fault::redirect("http://localhost/elsewhere"); }},
-    NamedFault{"huge", "answers with 100 MiB", [] { return Fault::largeBody(std::size_t{100} * 1024 * 1024); }},
-    NamedFault{"refuse", "refuses with STATUS_AUTH_FAILED", [] { return Fault::refuse("STATUS_AUTH_FAILED"); }},
-    NamedFault{"expired", "presents an expired certificate",
-               [] { return Fault::certificate(CertificateFlaw::expired); }},
-    NamedFault{"wrong-host", "presents another host's certificate",
-               [] { return Fault::certificate(CertificateFlaw::wrongHost); }},
-    NamedFault{"self-signed", "presents a self-signed certificate",
-               [] { return Fault::certificate(CertificateFlaw::selfSigned); }},
-};
+/// The versions in words, such as "14, 15 or all".
+std::string versionsOrAll() {
+    std::string text;
+    for (const auto version : SdkVersions::all()) {
+        text.append(text.empty() ? "" : ", ").append(version);
+    }
+    return text + " or all";
+}
 
 std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto equals = text.find('=');
@@ -52,11 +62,33 @@ std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto faultName = equals == std::string::npos ? std::string{} : text.substr(equals + 1);
     const auto endpoint = std::ranges::find(kivo::simulator::allEndpoints, endpointName,
                                             [](Endpoint each) { return kivo::simulator::name(each); });
-    const auto fault = std::ranges::find(namedFaults, faultName, &NamedFault::name);
-    if (endpoint == kivo::simulator::allEndpoints.end() || fault == namedFaults.end()) {
-        return std::unexpected{"--fault takes ENDPOINT=FAULT, not \"" + text + "\""};
+    const auto& faults = kivo::simulator::namedFaults();
+    const auto fault = std::ranges::find(faults, faultName, &kivo::simulator::NamedFault::name);
+    if (endpoint == kivo::simulator::allEndpoints.end() || fault == faults.end()) {
+        return std::unexpected{"--fault takes ENDPOINT=FAULT as listed below, not \"" + text + "\""};
     }
-    return InjectedFault{.endpoint = *endpoint, .name = faultName, .fault = fault->make()};
+    return InjectedFault{.endpoint = *endpoint, .name = fault->name, .fault = fault->fault};
+}
+
+/// Reads a list such as "document=NO_CHIP,face=TIMEOUT".
+std::expected<std::vector<ScreenOutcome>, std::string> parseOutcomes(const std::string& list) {
+    std::vector<ScreenOutcome> wanted;
+    std::istringstream items{list};
+    for (std::string item; std::getline(items, item, ',');) {
+        const auto* const found = std::ranges::find_if(outcomes, [&](const ScreenOutcome& each) {
+            return item == std::string{each.screen}.append("=").append(each.code);
+        });
+        if (found == outcomes.end()) {
+            return std::unexpected{"--outcome takes SCREEN=CODE as listed below, not \"" + item + "\""};
+        }
+        wanted.push_back(*found);
+    }
+    return wanted;
+}
+
+void addRow(std::string& text, std::string_view name, std::string_view meaning) {
+    constexpr std::size_t column = 15;
+    text.append("  ").append(name).append(column - name.size(), ' ').append(meaning).append("\n");
 }
 
 } // namespace
@@ -77,8 +109,9 @@ std::expected<Options, std::string> parse(const std::vector<std::string>& argume
         const auto value = [&]() -> std::string { return argument + 1 == arguments.end() ? "" : *++argument; };
         if (*argument == "--version") {
             options.version = value();
-            if (options.version != "all" && std::ranges::find(everyVersion, options.version) == everyVersion.end()) {
-                return std::unexpected{"--version takes 14 to 18 or all, not \"" + options.version + "\""};
+            const auto known = SdkVersions::all();
+            if (options.version != "all" && std::ranges::find(known, options.version) == known.end()) {
+                return std::unexpected{"--version takes " + versionsOrAll() + ", not \"" + options.version + "\""};
             }
         } else if (*argument == "--fault") {
             auto fault = parseFault(value());
@@ -131,23 +164,32 @@ std::string usage() {
         "Walks a verification session through libkivo against a simulated identity service on this\n"
         "machine, over real TLS, and prints every step.\n"
         "\n"
-        "  --version NN           interface version to load, 14 to 18 (default 18), or \"all\" for one after another\n"
+        "  --version NN           interface version to load: " +
+        versionsOrAll() + " (default " + Options{}.version +
+        ")\n"
         "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
         "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
-        "  --pin WHICH            pin the service's leaf or intermediate, an other one, or empty (none)\n"
+        "  --pin WHICH            list pins in the host's bundle, as below\n"
         "  --screens DIR          put a picture of every screen into that folder\n"
         "  --scan                 scan the right code from a QR code instead of typing it\n"
         "  --scan-file PICTURE    the same from a picture file (PNG or JPEG); the service knows the code 123456\n"
         "  --json                 one JSON object a step\n"
         "  --log                  show the SDK's debug log on standard error\n"
         "\n"
-        "endpoints: join update status commit upload biodata facemap idScan\n"
-        "faults:\n";
-    for (const auto& each : namedFaults) {
-        text.append("  ").append(each.name).append(15 - each.name.size(), ' ').append(each.meaning).append("\n");
+        "endpoints:";
+    for (const auto endpoint : kivo::simulator::allEndpoints) {
+        text.append(" ").append(kivo::simulator::name(endpoint));
+    }
+    text += "\nfaults:\n";
+    for (const auto& each : kivo::simulator::namedFaults()) {
+        addRow(text, each.name, each.meaning);
+    }
+    text += "pins:\n";
+    for (const auto& each : pinChoices) {
+        addRow(text, each.name, each.meaning);
     }
     text += "outcomes:\n";
-    for (const auto& each : screenOutcomes()) {
+    for (const auto& each : outcomes) {
         text.append("  ").append(each.screen).append("=").append(each.code).append("\n");
     }
     return text;

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "Outcomes.hpp"
-
+#include <kivo/SdkVersions.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 
+#include <array>
 #include <expected>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,25 +13,45 @@ namespace demo {
 
 struct InjectedFault {
     kivo::simulator::Endpoint endpoint;
-    std::string name;
+    std::string_view name;
     kivo::simulator::Fault fault;
 };
 
-/// The interface versions of the library.
-inline const std::vector<std::string> everyVersion{"14", "15", "16", "17", "18"};
+/// One way in which a vendor's screens can end a step, named by the code that the host gets.
+struct ScreenOutcome {
+    std::string_view screen;
+    std::string_view code;
+    /// The vendor's own number for the outcome.
+    int status;
+    /// Whether interface version 18 keeps the outcome from the host, who has seen the person leave.
+    bool isLeaving = false;
+};
+
+/// A content of the host's list of pins.
+struct PinChoice {
+    std::string_view name;
+    std::string_view meaning;
+};
+
+inline constexpr std::array pinChoices{
+    PinChoice{"leaf", "the pin of the service's leaf"},
+    PinChoice{"intermediate", "the pin of the service's intermediate"},
+    PinChoice{"other", "the pin of another service"},
+    PinChoice{"empty", "no pin"},
+};
 
 struct Options {
-    std::string version = "18";
+    std::string version{kivo::SdkVersions::all().back()};
     std::vector<InjectedFault> faults;
-    /// How the vendors' screens end; one without an entry ends well.
+    /// The endings of the vendors' screens; a screen without an entry ends well.
     std::vector<ScreenOutcome> outcomes;
-    /// What the host's bundle lists as pins; empty for a bundle without a list.
+    /// The content of the host's list of pins; empty for a bundle without a list.
     std::string pin;
-    /// Where to put pictures of the screens; empty for none.
+    /// The folder for pictures of the screens; empty for no pictures.
     std::string screens;
     /// Whether the right code is scanned, not typed.
     bool scan = false;
-    /// The picture that it is scanned from; empty for one of the simulator's.
+    /// The picture from which the code is scanned; empty for a picture of the simulator's.
     std::string scanFile;
     bool json = false;
     bool log = false;
@@ -40,14 +59,14 @@ struct Options {
 
     const ScreenOutcome* outcomeOf(std::string_view screen) const;
 
-    /// Whether the version keeps from the host how a screen ends that was asked for.
+    /// Whether the interface version keeps the chosen ending of a screen from the host.
     bool withholds(std::string_view screen) const;
 
     /// Whether no step is to be met by a fault.
     bool isSmooth() const { return faults.empty() && pin != "other" && pin != "empty"; }
 };
 
-/// What the command line asks for, or a sentence about what is wrong with it.
+/// The options of a command line, or a sentence about the first mistake in the line.
 std::expected<Options, std::string> parse(const std::vector<std::string>& arguments);
 
 std::string usage();

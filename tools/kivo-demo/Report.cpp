@@ -1,7 +1,5 @@
 #include "Report.hpp"
 
-#include "PinnedBundle.hpp"
-
 #include <string>
 
 namespace demo {
@@ -48,7 +46,7 @@ void Report::begin(const Options& options, const kivo::simulator::IdentityServic
                  sessions_.size() > 1 ? "\n" : "", options.version.c_str(), service.joinPage().c_str());
     for (const auto& each : options.faults) {
         std::fprintf(out_, "Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(),
-                     each.name.c_str());
+                     std::string{each.name}.c_str());
     }
     for (const auto& choice : pinChoices) {
         if (choice.name == options.pin) {

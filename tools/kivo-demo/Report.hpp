@@ -24,10 +24,10 @@ public:
     void step(const Step& step);
     void end(bool allAsExpected);
 
-    /// Sums the sessions up, a line each, where there was more than one.
+    /// Prints a line for each session where there was more than one session.
     void summary() const;
 
-    /// Tells where the pictures are.
+    /// Prints the number of pictures and their folder.
     void pictures(int count, const std::string& folder) const;
 
 private:

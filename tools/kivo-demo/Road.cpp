@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using namespace kivo;
 
-/// For an answer that has been withheld.
+/// The wait for an answer that must not come.
 constexpr auto patienceForNothing = 500ms;
 
 /// The answers to one call. They arrive on the transport's thread and are read on the main one.
@@ -61,16 +61,16 @@ private:
     IdvOutcome last_ = std::unexpected{ResponseCode::NO_RESPONSE};
 };
 
-/// One call of the host, and what should come of it.
+/// One call of the host, and its expected outcome.
 struct Planned {
     std::string name;
     /// The event's or the code's name.
     std::string_view expected;
-    /// How many requests the step sends, an upload's notice of its attempt included.
+    /// The number of requests that the step sends, including an upload's notice of its attempt.
     std::size_t requests;
-    /// Makes the call; returns what kept it from being made, or nothing.
+    /// Makes the call. Returns an empty text, or a sentence when the call could not be made.
     std::function<std::string(IdvCompletion)> call;
-    /// The host is to hear nothing.
+    /// Whether the host must get no answer.
     bool isWithheld = false;
     /// Longer than the SDK's own limit for a request.
     std::chrono::seconds patience = 75s;
@@ -84,7 +84,7 @@ public:
         , album_{std::move(album)}
         , report_{report}
         , faulty_{faulty} {
-        // The main loop looks again at what it waits for.
+        // The empty block wakes the main loop, which checks its condition again.
         service_.onRequest([](const auto&) { platform::RunLoop::main()->async([] {}); });
     }
 
@@ -93,7 +93,7 @@ public:
 
     ~Walker() { service_.onRequest({}); }
 
-    /// Whether the step ended in a success.
+    /// Takes a step. Returns whether the step ended in a success.
     bool step(const Planned& planned) {
         Step step{.name = planned.name, .outcome = "", .detail = "", .expected = std::string{planned.expected}};
         step.isWithheld = planned.isWithheld;
@@ -112,8 +112,8 @@ public:
                 platform::RunLoop::main()->runUntil(answered, patienceForNothing);
             }
             if (faulty_) {
-                // Which failures a fault leads to, and whether the version keeps them from the host, only the road
-                // shows.
+                // A fault's outcome, and whether the version keeps that outcome from the host, are known only from the
+                // walk itself.
                 step.isWithheld = !answered() && reported();
             }
         }
@@ -123,7 +123,7 @@ public:
             album_->take(planned.name);
         }
         answers->describe(step);
-        // What a step sends after its answer is still its own.
+        // A request after the answer still belongs to the step.
         const bool isSent = service_.waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
         step.isWhole = problem.empty() && isSent;
         const auto requests = service_.requests();
@@ -136,7 +136,7 @@ public:
         return answers->isSuccess();
     }
 
-    /// Asked at the very end, so that a late second answer is noticed.
+    /// Called at the very end, so that a late second answer is noticed.
     bool allAsExpected() const {
         const auto isOne = [](const auto& each) { return each->number() == 1; };
         const auto isNone = [](const auto& each) { return each->number() == 0; };
@@ -145,7 +145,7 @@ public:
     }
 
 private:
-    /// Whether the service has heard of a failure since it had that many requests.
+    /// Whether one of the service's requests from number `count` on reports a failure.
     bool hasReportSince(std::size_t count) const {
         const auto requests = service_.requests();
         return std::any_of(requests.begin() + static_cast<std::ptrdiff_t>(count), requests.end(), [](const auto& each) {
@@ -266,7 +266,7 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     }
     session->reset();
     walker.step(statusAfterReset);
-    // The display goes with this function; the session, which lives on, must not keep it.
+    // The session outlives this function and must not keep the display.
     session->setContext(nullptr);
     return walker.allAsExpected();
 }

@@ -13,7 +13,7 @@
 
 namespace demo {
 
-/// How one call of the host ended.
+/// The outcome of one call of the host.
 struct Step {
     std::string name;
     /// The event's or the code's name; empty when no answer came.
@@ -24,9 +24,9 @@ struct Step {
     std::size_t bytesSent = 0;
     std::chrono::microseconds took{0};
     int answers = 0;
-    /// Whether the session is to keep the outcome from the host.
+    /// Whether the session must keep the outcome from the host.
     bool isWithheld = false;
-    /// Whether the call was made, and all that belongs to it reached the service.
+    /// Whether the call was made, and all of its requests reached the service.
     bool isWhole = true;
 
     bool asExpected() const {
@@ -34,8 +34,8 @@ struct Step {
     }
 };
 
-/// Walks a host's road through one session and hands every step over as it ends. `album` takes pictures of it unless it
-/// is null. Returns whether all ended well.
+/// Walks a host's road through one session, and calls `report` after every step. `album` takes pictures of the screens;
+/// may be null. Returns whether every step ended as expected.
 bool walk(const Options& options, kivo::simulator::IdentityService& service, const std::shared_ptr<Album>& album,
           const std::function<void(const Step&)>& report);
 

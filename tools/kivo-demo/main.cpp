@@ -1,6 +1,5 @@
 #include "Album.hpp"
 #include "Options.hpp"
-#include "PinnedBundle.hpp"
 #include "Report.hpp"
 #include "Road.hpp"
 
@@ -18,13 +17,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace {
 
-/// A folder for the demo's keychain, gone with the demo.
+/// A folder for the demo's keychain, removed with the object.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -48,8 +47,8 @@ private:
     std::filesystem::path path_;
 };
 
-/// The library prints its lines on standard output. They go to standard error when asked for and nowhere otherwise, so
-/// that the report alone is on standard output.
+/// Keeps standard output for the report alone. The library prints its log there: with --log the log goes to standard
+/// error, otherwise the log is dropped.
 std::FILE* openReportStream(const demo::Options& options) {
     const int report = dup(STDOUT_FILENO);
     const int library = options.log ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -61,10 +60,28 @@ std::FILE* openReportStream(const demo::Options& options) {
     return fdopen(report, "w");
 }
 
-void injectFaults(kivo::simulator::IdentityService& service, const demo::Options& options) {
-    for (const auto& each : options.faults) {
-        service.inject(each.endpoint, each.fault);
+/// Copies the demo's own bundle, adds a list of pins, and returns the copy's folder; an empty path without --pin.
+std::filesystem::path makePinnedBundle(const std::filesystem::path& below, const std::string& choice,
+                                       const kivo::simulator::IdentityService& service) {
+    if (choice.empty()) {
+        return {};
     }
+    std::string pin;
+    if (choice == "leaf") {
+        pin = service.pins().leaf;
+    } else if (choice == "intermediate") {
+        pin = service.pins().intermediate;
+    } else if (choice == "other") {
+        pin = kivo::simulator::CertificateAuthority{}.issue({}).pins.leaf;
+    }
+    const auto bundle = below / "Host.bundle";
+    auto own = std::filesystem::read_symlink("/proc/self/exe");
+    own += ".bundle";
+    std::filesystem::copy(own, bundle, std::filesystem::copy_options::recursive);
+    std::ofstream{bundle / "readid_certificates.plist"}
+        << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><array>)"
+        << (pin.empty() ? "" : "<string>" + pin + "</string>") << "</array></plist>\n";
+    return bundle;
 }
 
 std::shared_ptr<kivo::simulator::FaceTec> makeFaceTec(const demo::Options& options) {
@@ -97,7 +114,7 @@ std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options
     return camera;
 }
 
-/// `album` is null when no pictures are wanted; it must outlive all that is laid out with its fonts.
+/// `album` is null without --screens. The album must outlive every view that its fonts measure.
 int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album) {
     const TemporaryFolder folder;
     if (folder.path().empty()) {
@@ -110,10 +127,9 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     configuration.hostPerEndpoint = !options.faults.empty();
     kivo::simulator::IdentityService service{configuration};
 
-    auto services = kivo::platform::linuxServices(
-        {.mainBundle = options.pin.empty() ? "" : demo::makePinnedBundle(folder.path(), options.pin, service),
-         .dataFolder = folder.path(),
-         .trustedCertificates = service.trustedCertificates()});
+    auto services = kivo::platform::linuxServices({.mainBundle = makePinnedBundle(folder.path(), options.pin, service),
+                                                   .dataFolder = folder.path(),
+                                                   .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
     if (album) {
         services.fonts = album->fonts();
@@ -125,11 +141,16 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});
     kivo::KivoSDK::setLogLevel(options.log ? kivo::LogLevel::debug : kivo::LogLevel::warning);
-    injectFaults(service, options);
+    for (const auto& each : options.faults) {
+        service.inject(each.endpoint, each.fault);
+    }
 
     demo::Report report{openReportStream(options), options.json};
     bool well = true;
-    for (const auto& version : options.version == "all" ? demo::everyVersion : std::vector{options.version}) {
+    for (const auto version : kivo::SdkVersions::all()) {
+        if (options.version != "all" && options.version != version) {
+            continue;
+        }
         auto session = options;
         session.version = version;
         report.begin(session, service);
@@ -139,7 +160,7 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     }
     report.summary();
     for (const auto& violation : service.violations()) {
-        std::fprintf(stderr, "kivo-demo: the service was sent what it does not take: %s\n", violation.c_str());
+        std::fprintf(stderr, "kivo-demo: a request broke the protocol: %s\n", violation.c_str());
         well = false;
     }
     if (album) {

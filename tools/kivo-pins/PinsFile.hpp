@@ -9,10 +9,10 @@
 
 namespace pins {
 
-/// The list in a file, with its faults; or why there is no list to speak of.
+/// The list in a file, with its faults. The error is a sentence about a file that cannot be read as a property list.
 std::expected<kivo::PinList, std::string> readList(const std::filesystem::path& file);
 
-/// Puts a list in the place of the file's content, at once or not at all. Gives what went wrong, or nothing.
+/// Replaces the file's content by a list, in one step. Returns an error as a sentence, or an empty text.
 std::string writeList(const std::filesystem::path& file, const std::vector<std::string>& pins);
 
 } // namespace pins

@@ -1,5 +1,3 @@
-#include "FaceTecMemory.hpp"
-#include "ScanProcessor.hpp"
 #include "ScanScreen.hpp"
 
 #include <kivo/platform/Services.hpp>

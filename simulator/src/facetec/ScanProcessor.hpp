@@ -8,7 +8,7 @@
 
 namespace kivo::simulator {
 
-/// Where a processor says what the server made of a scan.
+/// Takes the server's verdict on a scan from a processor.
 class ScanVerdict {
 public:
     virtual ~ScanVerdict() = default;
@@ -19,7 +19,7 @@ public:
     virtual void setMessage(const platform::AttributedText& message) = 0;
 };
 
-/// A scan as it ended, and which sides of a card it shows.
+/// The status of a finished scan, and the sides of a card that the scan shows.
 struct Scan {
     int status = 0;
     bool hasFront = true;
@@ -29,7 +29,7 @@ struct Scan {
 /// The kind of scan that a session makes, and the processor that waits for it.
 class ScanProcessor {
 public:
-    /// The vendor's numbers for what a person can bring about.
+    /// The vendor's numbers for the endings that a person can choose.
     struct Numbers {
         int cancelled;
         int timeout;

@@ -1,6 +1,6 @@
 #include "ScanScreen.hpp"
 
-#include "ScanResultBlob.hpp"
+#include "VendorEndpoints.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -11,7 +11,7 @@ namespace kivo::simulator {
 
 using namespace std::chrono_literals;
 
-/// Good for one answer. A session that moved on without the answer takes no notice of it any more.
+/// Takes one answer. The session ignores an answer that comes after the session has moved on.
 class ScanScreen::Verdict final : public ScanVerdict {
 public:
     explicit Verdict(const std::shared_ptr<ScanScreen>& screen)
@@ -113,8 +113,8 @@ void ScanScreen::viewDidDisappear(bool /*animated*/) {
 void ScanScreen::scan() {
     enter(Stage::scanning);
     const auto numbers = processor_->numbers();
-    show({scanTitle(), waitsForPerson_ ? "There is no camera here: choose how the scan goes."
-                                       : "There is no camera here: the scan goes as it was planned."},
+    show(page(waitsForPerson_ ? "There is no camera here: choose how the scan goes."
+                              : "There is no camera here: the scan goes as it was planned."),
          {ending("finishScanButton", "Finish the scan", 0), ending("cancelScanButton", "Cancel", numbers.cancelled),
           ending("timeOutButton", "Let it time out", numbers.timeout),
           ending("refuseCameraButton", "Refuse the camera", numbers.cameraRefused),
@@ -134,7 +134,7 @@ void ScanScreen::endScan(int status) {
 
 void ScanScreen::handOver(int status) {
     enter(Stage::waiting);
-    show({scanTitle(), status == 0 ? "Sending the scan" : "Stopping"},
+    show(page(status == 0 ? "Sending the scan" : "Stopping"),
          {ending("switchAppButton", "Switch to another app", processor_->numbers().contextSwitch)});
     verdict_ = std::make_shared<Verdict>(std::static_pointer_cast<ScanScreen>(shared_from_this()));
     record_->results.push_back(status);
@@ -168,7 +168,7 @@ bool ScanScreen::proceed(const std::string& blob) {
         later(0s, [this] { scan(); });
     } else {
         isTaken = true;
-        // The success message may still be set right after this call.
+        // The SDK may set the success message right after this call.
         later(0s, [this] { showSuccess(); });
     }
     record_->blobsTaken.push_back(isTaken);
@@ -178,8 +178,8 @@ bool ScanScreen::proceed(const std::string& blob) {
 void ScanScreen::askAgain() {
     enter(Stage::scanning);
     const bool hasPicture = look_ && !look_->guidanceCustomization.retryScreenSlideshowImages.empty();
-    show({scanTitle(), "Please scan once more",
-          hasPicture ? look_->guidanceCustomization.retryScreenSlideshowImages.front() : nullptr},
+    show(page("Please scan once more",
+              hasPicture ? look_->guidanceCustomization.retryScreenSlideshowImages.front() : nullptr),
          {{"scanAgainButton", "Scan again", ifStillHere([this] { scan(); })},
           ending("cancelScanButton", "Cancel", processor_->numbers().cancelled)});
     if (!waitsForPerson_) {
@@ -190,7 +190,7 @@ void ScanScreen::askAgain() {
 void ScanScreen::showSuccess() {
     enter(Stage::judged);
     const auto& own = memory_->successMessage;
-    show({scanTitle(), own.empty() ? "The scan is done" : own},
+    show(page(own.empty() ? "The scan is done" : own),
          {{"continueButton", "Continue", ifStillHere([this] { close(); })}});
     if (!waitsForPerson_) {
         later(0s, [this] { close(); });
@@ -216,7 +216,7 @@ void ScanScreen::enter(Stage stage) {
     verdict_ = nullptr;
 }
 
-void ScanScreen::show(ScanPage page, std::vector<Choice> choices) {
+void ScanScreen::show(VendorPage page, std::vector<Choice> choices) {
     if (waitsForPerson_) {
         page.offer(std::move(choices));
     }
@@ -240,11 +240,11 @@ std::function<void()> ScanScreen::ifStillHere(std::function<void()> step) {
     };
 }
 
-std::string ScanScreen::scanTitle() const {
-    if (record_->kind == ScanRecord::Kind::face) {
-        return "Simulated face scan";
-    }
-    return isOnBackSide_ ? "Simulated ID scan: the back side" : "Simulated ID scan";
+VendorPage ScanScreen::page(const std::string& message, std::shared_ptr<const platform::Image> picture) const {
+    const auto* const title = record_->kind == ScanRecord::Kind::face ? "Simulated face scan"
+                              : isOnBackSide_                         ? "Simulated ID scan: the back side"
+                                                                      : "Simulated ID scan";
+    return {"scan", {}, title, message, std::move(picture)};
 }
 
 } // namespace kivo::simulator

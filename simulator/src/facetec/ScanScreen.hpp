@@ -1,8 +1,7 @@
 #pragma once
 
-#include "FaceTecMemory.hpp"
-#include "ScanPage.hpp"
 #include "ScanProcessor.hpp"
+#include "VendorPage.hpp"
 
 #include <kivo/platform/FaceTec.hpp>
 #include <kivo/platform/ui/ViewController.hpp>
@@ -16,10 +15,19 @@
 
 namespace kivo::simulator {
 
-/// The vendor's screen for one session, from its appearing to the call that says it is gone.
+/// The state that the vendor's library and its sessions share.
+struct FaceTecMemory {
+    /// How the initialisation ended; absent until it has.
+    std::optional<int> initializationStatus;
+    std::string successMessage;
+    std::vector<std::shared_ptr<ScanRecord>> sessions;
+    std::vector<std::string> violations;
+};
+
+/// The vendor's screen for one session.
 class ScanScreen final : public platform::ViewController {
 public:
-    /// `look` is what the retry page shows; may be null.
+    /// `look` holds the picture of the retry page; may be null.
     ScanScreen(std::unique_ptr<ScanProcessor> processor, ScanScript script, bool waitsForPerson,
                std::shared_ptr<platform::FaceTecCustomization> look, std::shared_ptr<ScanRecord> record,
                std::shared_ptr<FaceTecMemory> memory);
@@ -42,12 +50,12 @@ private:
     void close();
 
     void enter(Stage stage);
-    void show(ScanPage page, std::vector<Choice> choices);
+    void show(VendorPage page, std::vector<Choice> choices);
     Choice ending(const char* name, const char* title, int status);
     void later(std::chrono::nanoseconds delay, std::function<void()> step);
-    /// What runs `step` unless the session has moved on by then.
+    /// A function that runs `step` unless the session has moved on.
     std::function<void()> ifStillHere(std::function<void()> step);
-    std::string scanTitle() const;
+    VendorPage page(const std::string& message, std::shared_ptr<const platform::Image> picture = {}) const;
 
     std::shared_ptr<ScanProcessor> processor_;
     const ScanScript script_;
@@ -56,12 +64,12 @@ private:
     const std::shared_ptr<ScanRecord> record_;
     const std::shared_ptr<FaceTecMemory> memory_;
     Stage stage_ = Stage::made;
-    /// Grows with every stage; tells a late timer or tap from a timely one.
+    /// Grows with every stage, so that a timer or a tap of an earlier stage is recognised.
     int turn_ = 0;
     int retriesLeft_;
     bool isOnBackSide_ = false;
     std::shared_ptr<Verdict> verdict_;
-    std::optional<ScanPage> page_;
+    std::optional<VendorPage> page_;
 };
 
 } // namespace kivo::simulator

@@ -1,8 +1,6 @@
 #include "DocumentUpload.hpp"
 
-#include "PublicKeyPin.hpp"
-#include "SealedData.hpp"
-#include "SpecimenDocument.hpp"
+#include "Cryptography.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -11,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <numeric>
 #include <utility>
 
 namespace kivo::simulator {
@@ -22,7 +21,7 @@ using platform::readid::FailureReason;
 using platform::readid::NFCWithAccessControlFlow;
 using Json = nlohmann::ordered_json;
 
-/// Lets the pinned servers through and nobody else.
+/// Trusts the pinned servers only.
 class PinnedServers final : public platform::UrlSessionDelegate {
 public:
     explicit PinnedServers(platform::PropertyValue list)
@@ -53,7 +52,7 @@ private:
     const platform::PropertyValue list_;
 };
 
-/// Null where nothing is pinned.
+/// Null where the host lists no pins.
 std::shared_ptr<PinnedServers> pinnedServers(const NFCWithAccessControlFlow& flow) {
     constexpr auto resource = "readid_certificates";
     const auto bundle = platform::services().bundles->main();
@@ -63,23 +62,69 @@ std::shared_ptr<PinnedServers> pinnedServers(const NFCWithAccessControlFlow& flo
     return std::make_shared<PinnedServers>(bundle->propertyList(resource).value_or(platform::PropertyValue{}));
 }
 
+/// A document of Utopia, the state of all specimens.
+struct SpecimenDocument {
+    /// The document's kind, in the words of the simulated document proxy.
+    std::string kind;
+    /// The lines of the machine readable zone (ICAO 9303).
+    std::vector<std::string> mrz;
+};
+
+/// A specimen of the first kind that the flow allows.
+SpecimenDocument specimenFor(const NFCWithAccessControlFlow& flow) {
+    using enum platform::readid::DocumentType;
+    switch (flow.allowedDocumentTypes.empty() ? passport : flow.allowedDocumentTypes.front()) {
+    case identityCardTD1:
+        return {.kind = "identityCardTD1",
+                .mrz = {"I<UTOD231458907<<<<<<<<<<<<<<<", "7408122F1204159UTO<<<<<<<<<<<6",
+                        "ERIKSSON<<ANNA<MARIA<<<<<<<<<<"}};
+    case identityCardTD2:
+        return {.kind = "identityCardTD2",
+                .mrz = {"I<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<", "D231458907UTO7408122F1204159<<<<<<<6"}};
+    case passport:
+        break;
+    }
+    return {.kind = "passport",
+            .mrz = {"P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<", "L898902C36UTO7408122F1204159ZE184226B<<<<<10"}};
+}
+
+constexpr std::size_t portraitSize = std::size_t{15} * 1024;
+constexpr std::size_t signatureSize = 1900;
+
+/// Bytes without meaning, the same every time.
+std::string filler(std::size_t size, unsigned seed) {
+    std::string bytes(size, '\0');
+    for (auto& byte : bytes) {
+        seed = seed * 1103515245U + 12345U;
+        byte = static_cast<char>(seed >> 16U);
+    }
+    return bytes;
+}
+
+/// The chip's first data group, which holds the machine readable zone.
+std::string dg1(const SpecimenDocument& document) {
+    const auto zone = std::accumulate(document.mrz.begin(), document.mrz.end(), std::string{});
+    // Tag and length of the data group, then of the zone. One byte holds the length of every zone.
+    const auto length = static_cast<char>(zone.size());
+    return std::string{'\x61', static_cast<char>(zone.size() + 3), '\x5f', '\x1f', length} + zone;
+}
+
 std::string documentData(const SpecimenDocument& document, ReadParts parts) {
     Json data{{"document-type", document.kind}};
     if (parts != ReadParts::chip) {
         data["page"] = {{"mrz", document.mrz}};
     }
     if (parts != ReadParts::page) {
-        data["chip"] = {{"DG1", base64(document.dg1())},
-                        {"DG2", base64(SpecimenDocument::dg2())},
-                        {"SOD", base64(SpecimenDocument::sod())}};
+        // The second data group holds the portrait, the last one the signature over the others.
+        data["chip"] = {{"DG1", base64(dg1(document))},
+                        {"DG2", base64(filler(portraitSize, 2))},
+                        {"SOD", base64(filler(signatureSize, 3))}};
     }
     return data.dump();
 }
 
 std::string requestBody(const NFCWithAccessControlFlow& flow, ReadParts parts) {
-    const auto type = flow.allowedDocumentTypes.empty() ? platform::readid::DocumentType::passport
-                                                        : flow.allowedDocumentTypes.front();
-    const auto data = documentData(specimenDocument(type), parts);
+    const auto data = documentData(specimenFor(flow), parts);
     if (flow.applicationLevelEncryptionPins.empty()) {
         return Json{{"plain", data}}.dump();
     }
@@ -128,6 +173,10 @@ UploadOutcome outcomeOf(const platform::UrlOutcome& answer) {
 
 } // namespace
 
+std::vector<std::string> specimenZone(const NFCWithAccessControlFlow& flow) {
+    return specimenFor(flow).mrz;
+}
+
 void uploadDocument(const NFCWithAccessControlFlow& flow, ReadParts parts,
                     std::function<void(UploadOutcome)> completion) {
     platform::UrlSessionConfiguration configuration;
@@ -141,7 +190,7 @@ void uploadDocument(const NFCWithAccessControlFlow& flow, ReadParts parts,
     request.method = "POST";
     request.timeout = 30s;
     request.body = requestBody(flow, parts);
-    // The session lives until its one answer has come.
+    // The session lives until the answer has come.
     const auto held = std::make_shared<std::shared_ptr<platform::UrlSession>>(session);
     session->dataTask(std::move(request),
                       [held, completion = std::move(completion)](const platform::UrlOutcome& answer) {

@@ -1,13 +1,10 @@
 #include "DocumentUpload.hpp"
 #include "ReadingScreen.hpp"
-#include "SpecimenDocument.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/simulator/ReadID.hpp>
 
-#include <array>
 #include <functional>
-#include <string_view>
 
 namespace kivo::simulator {
 namespace {
@@ -15,79 +12,14 @@ namespace {
 namespace readid = platform::readid;
 using readid::FailureReason;
 
-/// An ending that a person can choose.
-struct Ending {
-    std::string_view name;
-    std::string_view label;
-    Reading reading;
-};
-
-const auto& endings() {
-    static const std::array all{
-        Ending{"readPageAndChip", "Read the page and the chip", Reading::pageAndChip()},
-        Ending{"readChip", "Read the chip only", Reading::chip()},
-        Ending{"readPage", "Read the page only", Reading::page()},
-        Ending{"userCancelled", "Cancel", Reading::failure(FailureReason::userCancelled)},
-        Ending{"userCancelledAfterPage", "Cancel after the page", Reading::failure(FailureReason::userCancelled, true)},
-        Ending{"backNavigation", "Go back", Reading::failure(FailureReason::backNavigation)},
-        Ending{"cameraPermissionDenied", "Refuse the camera", Reading::failure(FailureReason::cameraPermissionDenied)},
-        Ending{"vizCaptureTimeout", "Never show the page", Reading::failure(FailureReason::vizCaptureTimeout)},
-        Ending{"wrongDocumentType", "Show a document of another kind",
-               Reading::failure(FailureReason::wrongDocumentType)},
-        Ending{"unsupportedDocument", "Show a document nobody knows",
-               Reading::failure(FailureReason::unsupportedDocument)},
-        Ending{"noChip", "Show a document without a chip", Reading::failure(FailureReason::noChip, true)},
-        Ending{"nfcAccessControlError", "Have the chip deny access",
-               Reading::failure(FailureReason::nfcAccessControlError, true)},
-        Ending{"nfcError", "Take the document away", Reading::failure(FailureReason::nfcError, true)},
-        Ending{"backgroundTimeout", "Leave the app for too long", Reading::failure(FailureReason::backgroundTimeout)},
-        Ending{"sessionExpired", "Take too long", Reading::failure(FailureReason::sessionExpired)},
-        Ending{"authorisationError", "Have the access key refused",
-               Reading::failure(FailureReason::authorisationError)},
-        Ending{"serverSessionError", "Have the server lose the session",
-               Reading::failure(FailureReason::serverSessionError)},
-        Ending{"tooManyRequestsError", "Have the server ask for patience",
-               Reading::failure(FailureReason::tooManyRequestsError)},
-        Ending{"sslError", "Meet a server with a false certificate", Reading::failure(FailureReason::sslError)},
-        Ending{"connectionError", "Lose the connection", Reading::failure(FailureReason::connectionError)},
-        Ending{"otherFailure", "Fail for a reason nobody knows", Reading::failure(FailureReason::other)},
-        Ending{"unknownSuccess", "Succeed in a way nobody knows", Reading::unknownSuccess()},
-    };
-    return all;
-}
-
-/// The vendor's text for `key`, in the host's words where its table has them.
-std::string localized(const readid::UIResources& resources, std::string_view key) {
-    if (!resources.customBundle || !resources.customStringTableName) {
-        return std::string{key};
-    }
-    return resources.customBundle->localizedString(key, *resources.customStringTableName);
-}
-
-ReadingLook lookOf(const readid::UIResources& resources) {
-    const auto font = [&](const std::optional<platform::Font>& own, double size) {
-        auto chosen = own.value_or(platform::Font::system(size));
-        chosen.isScaled = resources.isDynamicTypeEnabled;
-        return chosen;
-    };
-    constexpr double titleToText = 1.5;
-    return {.titleFont = font(resources.titleFont, resources.textSize * titleToText),
-            .textFont = font(resources.textFont, resources.textSize),
-            .buttonFont = font(resources.buttonFont, resources.buttonTextSize),
-            .buttonHeight = resources.buttonHeight,
-            .buttonCornerRadius = resources.buttonCornerRadius};
-}
-
-/// Made in place: GCC 12 takes a moved variant for uninitialised under the sanitizers.
+/// Makes the variant in place: GCC 12, with sanitizers, reports a moved variant as uninitialised.
 template <class Value>
 readid::ReadIDResult success(const Value& value) {
     return readid::ReadIDResult{std::in_place, std::in_place_type<Value>, value};
 }
 
 readid::VIZResult pageOf(const readid::NFCWithAccessControlFlow& flow) {
-    const auto type =
-        flow.allowedDocumentTypes.empty() ? readid::DocumentType::passport : flow.allowedDocumentTypes.front();
-    return {.mrzData = {.mrz = {.lines = specimenDocument(type).mrz}}};
+    return {.mrzData = {.mrz = {.lines = specimenZone(flow)}}};
 }
 
 } // namespace
@@ -113,7 +45,7 @@ private:
     bool isFinished_ = false;
 };
 
-/// One reading, from its screen to its report. Lives as long as its screen, or as a request of its own.
+/// One reading, from its screen to its report. The screen, and then the request, keep the object alive.
 class ReadID::Performance final : public std::enable_shared_from_this<Performance> {
 public:
     using Sessions = std::vector<std::shared_ptr<ReadingSession>>;
@@ -125,24 +57,17 @@ public:
         , sessions_{std::move(sessions)} {}
 
     void begin(const Reading& reading, platform::ViewController& from, platform::ModalPresentationStyle style) {
-        const auto resources = flow_.uiResources ? *flow_.uiResources : readid::UIResources{};
-        const auto screen = std::make_shared<ReadingScreen>(
-            localized(resources, "Document reader (simulated)"), lookOf(resources),
-            [self = shared_from_this()](std::size_t index) { self->play(endings().at(index).reading); });
+        const auto screen = std::make_shared<ReadingScreen>(flow_.uiResources);
         screen_ = screen;
         screen->gone = [self = shared_from_this()] { self->fail(FailureReason::userCancelled, false); };
         screen->setModalPresentationStyle(style);
-        if (reading.kind() != Reading::Kind::byPerson) {
-            screen->tell(localized(resources, "Reading the document"));
+        if (reading.kind() == Reading::Kind::byPerson) {
+            screen->ask([self = shared_from_this()](const Reading& chosen) { self->play(chosen); });
+            from.present(screen, /*animated=*/true);
+        } else {
+            screen->tell("Reading the document");
             from.present(screen, /*animated=*/true, [self = shared_from_this(), reading] { self->play(reading); });
-            return;
         }
-        std::vector<ReadingScreen::Choice> choices;
-        for (const auto& ending : endings()) {
-            choices.push_back({.name = std::string{ending.name}, .label = localized(resources, ending.label)});
-        }
-        screen->ask(localized(resources, "Choose how the reading goes"), choices);
-        from.present(screen, /*animated=*/true);
     }
 
     bool isUnderWay() const { return handler_ != nullptr; }
@@ -173,8 +98,7 @@ private:
 
     void upload(ReadParts parts) {
         if (const auto screen = screen_.lock()) {
-            screen->tell(
-                localized(flow_.uiResources ? *flow_.uiResources : readid::UIResources{}, "Sending what was read"));
+            screen->tell("Sending what was read");
         }
         uploadDocument(flow_, parts, [self = shared_from_this(), parts](const UploadOutcome& outcome) {
             if (outcome) {
@@ -207,14 +131,14 @@ private:
                                                .viz = pageWasRead ? std::optional{pageOf(flow_)} : std::nullopt}});
     }
 
-    // The first result counts: nothing comes after the screen is gone.
+    // Only the first result is reported: the person can end the reading while the upload is under way.
     void finish(const readid::ReadIDResult& result) {
         if (!handler_) {
             return;
         }
         auto report = [handler = std::exchange(handler_, nullptr), result] { handler(result); };
         const auto screen = screen_.lock();
-        // What the host may have put over the screen goes with it.
+        // Screens that the host has put over this screen go, too.
         if (const auto below = screen ? screen->presentingViewController() : nullptr) {
             below->dismiss(/*animated=*/true, std::move(report));
         } else {

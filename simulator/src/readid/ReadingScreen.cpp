@@ -1,92 +1,117 @@
 #include "ReadingScreen.hpp"
 
-#include <kivo/platform/ui/Button.hpp>
-#include <kivo/platform/ui/Label.hpp>
-#include <kivo/platform/ui/ScrollView.hpp>
-
 #include <utility>
 
 namespace kivo::simulator {
 namespace {
 
-constexpr double margin = 24;
-constexpr double spacing = 12;
+namespace readid = platform::readid;
+using readid::FailureReason;
 
-void applyFont(platform::TextStyled& text, const std::optional<platform::Font>& font) {
-    if (font) {
-        text.setFont(*font);
-        text.setAdjustsFontForContentSizeCategory(font->isScaled);
+/// An ending that a person can choose.
+struct Ending {
+    std::string_view name;
+    std::string_view label;
+    Reading reading;
+};
+
+const std::vector<Ending>& endings() {
+    static const std::vector<Ending> all{
+        Ending{"readPageAndChip", "Read the page and the chip", Reading::pageAndChip()},
+        Ending{"readChip", "Read the chip only", Reading::chip()},
+        Ending{"readPage", "Read the page only", Reading::page()},
+        Ending{"userCancelled", "Cancel", Reading::failure(FailureReason::userCancelled)},
+        Ending{"userCancelledAfterPage", "Cancel after the page", Reading::failure(FailureReason::userCancelled, true)},
+        Ending{"backNavigation", "Go back", Reading::failure(FailureReason::backNavigation)},
+        Ending{"cameraPermissionDenied", "Refuse the camera", Reading::failure(FailureReason::cameraPermissionDenied)},
+        Ending{"vizCaptureTimeout", "Never show the page", Reading::failure(FailureReason::vizCaptureTimeout)},
+        Ending{"wrongDocumentType", "Show a document of another kind",
+               Reading::failure(FailureReason::wrongDocumentType)},
+        Ending{"unsupportedDocument", "Show an unknown kind of document",
+               Reading::failure(FailureReason::unsupportedDocument)},
+        Ending{"noChip", "Show a document without a chip", Reading::failure(FailureReason::noChip, true)},
+        Ending{"nfcAccessControlError", "Have the chip deny access",
+               Reading::failure(FailureReason::nfcAccessControlError, true)},
+        Ending{"nfcError", "Take the document away", Reading::failure(FailureReason::nfcError, true)},
+        Ending{"backgroundTimeout", "Leave the app for too long", Reading::failure(FailureReason::backgroundTimeout)},
+        Ending{"sessionExpired", "Take too long", Reading::failure(FailureReason::sessionExpired)},
+        Ending{"authorisationError", "Have the access key refused",
+               Reading::failure(FailureReason::authorisationError)},
+        Ending{"serverSessionError", "Have the server lose the session",
+               Reading::failure(FailureReason::serverSessionError)},
+        Ending{"tooManyRequestsError", "Have the server refuse too many requests",
+               Reading::failure(FailureReason::tooManyRequestsError)},
+        Ending{"sslError", "Meet a server with a false certificate", Reading::failure(FailureReason::sslError)},
+        Ending{"connectionError", "Lose the connection", Reading::failure(FailureReason::connectionError)},
+        Ending{"otherFailure", "Fail for an unknown reason", Reading::failure(FailureReason::other)},
+        Ending{"unknownSuccess", "Succeed in an unknown way", Reading::unknownSuccess()},
+    };
+    return all;
+}
+
+constexpr auto question = "Choose how the reading goes";
+
+/// The vendor's text for `key`, in the host's words where its table has them.
+std::string localized(const readid::UIResources& resources, std::string_view key) {
+    if (!resources.customBundle || !resources.customStringTableName) {
+        return std::string{key};
     }
+    return resources.customBundle->localizedString(key, *resources.customStringTableName);
+}
+
+VendorLook lookOf(const readid::UIResources& resources) {
+    const auto font = [&](const std::optional<platform::Font>& own, double size) {
+        auto chosen = own.value_or(platform::Font::system(size));
+        chosen.isScaled = resources.isDynamicTypeEnabled;
+        return chosen;
+    };
+    constexpr double titleToText = 1.5;
+    return {.titleFont = font(resources.titleFont, resources.textSize * titleToText),
+            .messageFont = font(resources.textFont, resources.textSize),
+            .buttonFont = font(resources.buttonFont, resources.buttonTextSize),
+            .buttonTextColor = platform::Color::white(),
+            .buttonColor = platform::Color::systemBlue(),
+            .buttonHeight = resources.buttonHeight,
+            .buttonCornerRadius = resources.buttonCornerRadius};
 }
 
 } // namespace
 
-ReadingScreen::ReadingScreen(std::string title, ReadingLook look, std::function<void(std::size_t)> chosen)
-    : look_{std::move(look)}
-    , chosen_{std::move(chosen)}
-    , title_{std::make_shared<platform::Label>()}
-    , text_{std::make_shared<platform::Label>()}
-    , column_{std::make_shared<platform::StackView>()}
-    , buttons_{std::make_shared<platform::StackView>()} {
-    title_->setText(std::move(title));
-    addLabel(title_, "readingTitle", look_.titleFont);
-    addLabel(text_, "readingText", look_.textFont);
-    buttons_->setSpacing(spacing);
-    column_->addSubview(buttons_);
-    column_->setSpacing(spacing);
-    column_->setMargins({.top = margin, .left = 0, .bottom = margin, .right = 0});
-    column_->setPlacement({.top = 0, .left = margin, .right = margin});
+ReadingScreen::ReadingScreen(std::shared_ptr<readid::UIResources> resources)
+    : resources_{resources ? std::move(resources) : std::make_shared<readid::UIResources>()} {}
+
+VendorPage ReadingScreen::page(std::string_view line) const {
+    return {"reading", lookOf(*resources_), localized(*resources_, "Document reader (simulated)"),
+            localized(*resources_, line)};
 }
 
-void ReadingScreen::addLabel(const std::shared_ptr<platform::Label>& label, const char* name,
-                             const std::optional<platform::Font>& font) {
-    label->setIdentifier(name);
-    label->setTextAlignment(platform::TextAlignment::center);
-    applyFont(*label, font);
-    column_->addSubview(label);
+void ReadingScreen::tell(std::string_view line) {
+    page(line).showIn(*view());
 }
 
-std::shared_ptr<platform::View> ReadingScreen::loadView() {
-    const auto scroll = std::make_shared<platform::ScrollView>();
-    scroll->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
-    scroll->addSubview(column_);
-    auto all = std::make_shared<platform::View>();
-    all->setBackgroundColor(platform::Color::white());
-    all->addSubview(scroll);
-    return all;
-}
-
-void ReadingScreen::ask(const std::string& text, const std::vector<Choice>& choices) {
-    text_->setText(text);
-    for (std::size_t index = 0; index < choices.size(); ++index) {
-        const auto button = std::make_shared<platform::Button>();
-        button->setIdentifier(choices[index].name);
-        button->setTitle(choices[index].label);
-        button->setPlacement({.minimumHeight = look_.buttonHeight});
-        button->setTextColor(platform::Color::white());
-        button->setBackgroundColor(platform::Color::systemBlue());
-        button->changeLayer([this](platform::Layer& layer) { layer.cornerRadius = look_.buttonCornerRadius; });
-        applyFont(*button, look_.buttonFont);
-        button->addAction(platform::ControlEvent::touchUpInside, [weak = weak_from_this(), index](const auto&) {
-            if (const auto self = std::static_pointer_cast<ReadingScreen>(weak.lock())) {
-                // The buttons go with the first choice.
-                self->buttons_->setHidden(true);
-                self->chosen_(index);
-            }
-        });
-        buttons_->addSubview(button);
+void ReadingScreen::ask(std::function<void(const Reading&)> chosen) {
+    const auto self = std::static_pointer_cast<ReadingScreen>(shared_from_this());
+    std::vector<Choice> choices;
+    for (const auto& ending : endings()) {
+        choices.push_back({.name = std::string{ending.name},
+                           .title = localized(*resources_, ending.label),
+                           .action = [weak = std::weak_ptr{self}, chosen, &ending] {
+                               if (const auto screen = weak.lock()) {
+                                   // The buttons go with the first choice.
+                                   screen->tell(question);
+                                   chosen(ending.reading);
+                               }
+                           }});
     }
+    auto choice = page(question);
+    choice.offer(std::move(choices));
+    choice.showIn(*view());
 }
 
 void ReadingScreen::viewDidDisappear(bool /*animated*/) {
     if (!presentingViewController() && gone) {
         std::exchange(gone, nullptr)();
     }
-}
-
-void ReadingScreen::tell(const std::string& text) {
-    text_->setText(text);
-    buttons_->setHidden(true);
 }
 
 } // namespace kivo::simulator

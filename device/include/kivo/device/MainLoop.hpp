@@ -6,7 +6,8 @@
 
 namespace kivo::device {
 
-/// Folds a run loop into Qt's: what is put on it runs on the thread that made this object, while Qt's loop runs there.
+/// Folds a run loop into Qt's. The run loop's blocks run on the thread that made this object, while Qt's loop runs
+/// there.
 class KIVO_EXPORT MainLoop {
 public:
     explicit MainLoop(std::shared_ptr<platform::RunLoop> loop = platform::RunLoop::main());

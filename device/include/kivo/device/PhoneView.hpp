@@ -8,8 +8,8 @@
 
 namespace kivo::device {
 
-/// Shows a window's screens as they are at every moment, and takes a person's input for them: keyboard, input methods,
-/// clipboard, mouse, wheel, assistive technology. As large as the window, whose observer it becomes.
+/// Shows a window's screens, and passes a person's input to them: keyboard, input methods, clipboard, mouse, wheel,
+/// assistive technology. The view is as large as the window, and becomes the window's observer.
 class KIVO_EXPORT PhoneView final : public QWidget {
 public:
     explicit PhoneView(std::shared_ptr<platform::Window> window, QWidget* parent = nullptr);
@@ -17,10 +17,10 @@ public:
 
     const std::shared_ptr<platform::Window>& shownWindow() const;
 
-    /// Whether screens slide in and out; at first they do where there is a display.
+    /// Whether screens slide in and out. The default is true where Qt has a display.
     void setAnimated(bool animated);
 
-    /// Brings the picture and the controls in line with the tree now. It happens by itself before Qt waits for events.
+    /// Updates the picture and the controls from the tree now. The view does so by itself before Qt waits for events.
     void synchronize();
 
     QSize sizeHint() const override;

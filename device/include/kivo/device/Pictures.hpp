@@ -10,11 +10,11 @@
 
 namespace kivo::device {
 
-/// Takes pictures of what windows show; no display is needed. Main thread.
+/// Takes pictures of windows; no display is needed. Main thread.
 class KIVO_EXPORT Pictures {
 public:
-    /// Makes Qt's application object, without a display, unless the process has one already. It lives as long as the
-    /// pictures.
+    /// Makes Qt's application object, without a display, unless the process has one already. The application object
+    /// lives as long as the returned object.
     static std::unique_ptr<Pictures> open();
 
     virtual ~Pictures() = default;
@@ -27,8 +27,8 @@ public:
                                                   double scale = 2) = 0;
 };
 
-/// `Pictures::open` for programs that load the library only when they need it: the name to look up, and its type. The
-/// caller owns what it returns.
+/// The name and the type of `Pictures::open` for programs that load this library with dlopen. The caller owns the
+/// returned object.
 inline constexpr auto openPicturesName = "kivoDeviceOpenPictures";
 using OpenPictures = Pictures* (*)();
 

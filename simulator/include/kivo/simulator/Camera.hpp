@@ -9,16 +9,16 @@
 
 namespace kivo::simulator {
 
-/// A QR code as a camera sees it that is held straight and in good light: black in the middle of a white picture of
-/// 1280 x 720. Throws `std::runtime_error` when no QR code holds that much.
+/// A sharp picture of a QR code, 1280 x 720: black in the middle, white around. Throws `std::runtime_error` when the
+/// text is too long for a QR code.
 platform::VideoFrame qrCodeFrame(std::string_view text);
 
-/// A camera in front of which a test holds things. What it sees goes through the real code reader, pixel by pixel.
+/// A camera in front of which a test holds pictures. The real code reader reads their pixels.
 ///
-/// Install it as `platform::Services::camera`. It sees nothing at first. Main thread only.
+/// Install it as `platform::Services::camera`. The camera sees nothing at first. Main thread only.
 class Camera final : public platform::Camera {
 public:
-    /// Where the camera fails.
+    /// The step at which the camera fails.
     enum class Refusal {
         none,
         /// The device cannot be opened: there is no input.
@@ -34,22 +34,22 @@ public:
     Camera& operator=(const Camera&) = delete;
     ~Camera() override;
 
-    /// What the camera sees from now on, also in a session under way. A session that starts later sees it too.
+    /// Shows a QR code to the running session and to all that start later, until the camera is shown something else.
     void showCode(std::string_view text) { show(qrCodeFrame(text)); }
 
     void show(platform::VideoFrame frame);
-    /// A PNG or JPEG file, read by the pipeline that reads a real camera. One that cannot be read ends the session,
+    /// Shows a PNG or JPEG file, through the pipeline of a real camera. A file that cannot be read ends the session
     /// with a diagnostic.
     void showPicture(const std::filesystem::path& file);
     void showNothing();
 
-    /// Pulls the plug, or puts it in again. A session under way ends.
+    /// Unplugs the camera, or plugs it in again. Unplugging ends the running session.
     void setConnected(bool connected);
 
-    /// Meets the sessions set up from now on.
+    /// Sets the failure of the sessions that are made later.
     void setRefusal(Refusal refusal) { refusal_ = refusal; }
 
-    /// Whether a session has the camera on. It stays on when a picture file ends or cannot be read.
+    /// Whether a session has switched the camera on. The camera stays on when a picture file ends or cannot be read.
     bool isOn() const;
 
     std::shared_ptr<platform::CaptureSession> makeSession() override;

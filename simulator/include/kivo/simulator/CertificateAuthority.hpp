@@ -9,27 +9,27 @@ namespace kivo::simulator {
 /// The key of a server's certificate.
 enum class KeyType { rsa2048, rsa4096, ec256 };
 
-/// What can be wrong with a server's certificate.
+/// The flaws that a server's certificate can have.
 enum class CertificateFlaw {
     none,
     expired,
     wrongHost,
     selfSigned,
-    untrustedAuthority, ///< Well made, but by another authority.
+    untrustedAuthority, ///< Without a flaw of its own, but issued by another authority.
 };
 
-/// What a certificate is wanted for.
+/// The properties of a certificate to issue.
 struct CertificateRequest {
-    /// Host names and numeric addresses, the first of them also the common name.
+    /// Host names and numeric addresses. The first entry is also the common name.
     std::vector<std::string> names{"localhost", "*.localhost", "127.0.0.1", "::1"};
     KeyType keyType = KeyType::rsa2048;
     CertificateFlaw flaw = CertificateFlaw::none;
 };
 
-/// What a host lists to pin a server: one of the two is enough.
+/// The pins of a certificate. A host that lists either of them pins the server.
 struct CertificatePins {
     std::string leaf;
-    /// Empty for a certificate signed by itself.
+    /// Empty for a self-signed certificate.
     std::string intermediate;
 };
 
@@ -41,7 +41,7 @@ struct IssuedCertificate {
     CertificatePins pins;
 };
 
-/// A certificate authority of its own, made afresh each time: a root, an intermediate, and what they issue.
+/// A certificate authority with new keys: a root and an intermediate, which signs the certificates.
 class CertificateAuthority {
 public:
     CertificateAuthority();
@@ -49,7 +49,7 @@ public:
     CertificateAuthority& operator=(const CertificateAuthority&) = delete;
     ~CertificateAuthority();
 
-    /// The root certificate as PEM text, for a client's list of trusted ones.
+    /// The root certificate as PEM text, for a client's list of trusted certificates.
     std::string root() const;
 
     /// Issues a certificate. Takes some tens of milliseconds for an RSA key. Callable from any thread.

@@ -17,8 +17,8 @@ struct FaceTecMemory;
 
 /// A face-scan vendor without a camera. Install it as `platform::Services::faceTec`.
 ///
-/// It follows its scripts, or waits for somebody in front of its screens, and keeps what it was given. Everything
-/// happens on the main queue.
+/// The vendor follows its scripts, or waits for a person to tap its buttons, and records all that the SDK hands over.
+/// Everything happens on the main queue.
 class FaceTec final : public platform::FaceTec {
 public:
     struct Initialization {
@@ -33,12 +33,13 @@ public:
     FaceTec& operator=(const FaceTec&) = delete;
     ~FaceTec() override;
 
-    // How it behaves. A session keeps what holds when it is made.
+    // The vendor's behaviour. A session takes a copy when it is made.
 
     ScanScript faceScan;
     ScanScript idScan;
 
-    /// Not 0: the initialisation fails, and a session begun nevertheless ends at once with this number.
+    /// With another number than 0 the initialisation fails, and a session that is begun nevertheless ends at once with
+    /// this number.
     int initializationStatus = 0;
     std::chrono::milliseconds initializationTime{0};
 
@@ -46,7 +47,7 @@ public:
     /// `timeOutButton`, `refuseCameraButton`, `switchAppButton`, then `scanAgainButton` or `continueButton`.
     bool waitsForPerson = false;
 
-    // What it was given.
+    // The records.
 
     const std::vector<Initialization>& initializations() const { return initializations_; }
 
@@ -58,16 +59,16 @@ public:
         return lowLightCustomization_;
     }
 
-    /// The text of the result screen; empty: the vendor's own.
+    /// The text of the result screen; empty for the vendor's own text.
     const std::string& successMessage() const;
 
     /// Every session so far, in the order in which they were made.
     std::vector<ScanRecord> sessions() const;
 
-    /// What a careful vendor forbids and was done nevertheless, each in a sentence. Assert that there is none.
+    /// Breaches of the vendor's rules, a sentence each. Assert at the end of a test that there are none.
     const std::vector<std::string>& violations() const;
 
-    /// Drops the sessions that are over and the initialisations, for a test that runs for long. Violations stay.
+    /// Drops the records of finished sessions and of initialisations, for a test that runs for long. Violations stay.
     void forgetSessions();
 
     // The vendor's operations.

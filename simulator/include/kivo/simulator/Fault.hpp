@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kivo::simulator {
 
@@ -46,7 +48,7 @@ public:
     /// Answers with bytes that are no HTTP.
     static Fault garbage() { return Fault{Kind::garbage}; }
 
-    /// Answers 200 with this body, whatever the request.
+    /// Answers every request with 200 and this body.
     static Fault answer(std::string body) { return Fault{Kind::answer, std::move(body)}; }
 
     /// Answers 200 with a body of no bytes.
@@ -55,7 +57,7 @@ public:
     /// Answers 204.
     static Fault noBody() { return Fault{Kind::noBody}; }
 
-    /// Answers 200 with a body of that many bytes, which are made as they are sent.
+    /// Answers 200 with a body of that many bytes. The body takes no memory: its bytes are made while they are sent.
     static Fault largeBody(std::size_t bytes) {
         Fault fault{Kind::largeBody};
         fault.bytes_ = bytes;
@@ -69,14 +71,14 @@ public:
         return fault;
     }
 
-    /// Sends the client elsewhere.
+    /// Redirects the client to `location`.
     static Fault redirect(std::string location, int httpStatus = 302) {
         Fault fault{Kind::redirect, std::move(location)};
         fault.httpStatus_ = httpStatus;
         return fault;
     }
 
-    /// Answers as usual, its bytes spread over that time.
+    /// Answers as usual, with the bytes spread over that time.
     static Fault slowBody(std::chrono::milliseconds total) { return Fault{Kind::slowBody, total}; }
 
     /// Refuses with the name of a response code, such as "STATUS_AUTH_FAILED".
@@ -100,7 +102,8 @@ public:
         return fault;
     }
 
-    /// Has the vendor's library ask for another scan: `Endpoint::facemap` and `Endpoint::idScan` answer good scans so.
+    /// Answers a good scan, at `Endpoint::facemap` or `Endpoint::idScan`, with the demand that the vendor's library
+    /// takes another one.
     static Fault anotherScan() { return Fault{Kind::anotherScan}; }
 
     Kind kind() const { return kind_; }
@@ -136,15 +139,28 @@ private:
     CertificateFlaw flaw_ = CertificateFlaw::none;
 };
 
+/// A fault with a name, for a command line or a list on a screen.
+struct NamedFault {
+    /// One word, such as "reset".
+    std::string_view name;
+    /// The behaviour of the identity service, as the rest of a sentence: "resets the connection".
+    std::string_view meaning;
+    Fault fault;
+};
+
+/// The faults that `kivo-demo --fault` and the device offer, in the order in which they are shown. Callable from any
+/// thread.
+const std::vector<NamedFault>& namedFaults();
+
 /// The calls of an endpoint that a fault meets, counted from the moment it is injected.
 class Calls {
 public:
     static Calls all() { return first(std::numeric_limits<int>::max()); }
 
-    /// The n-th call only; the next one is 1.
+    /// The n-th call only; the next call has the number 1.
     static Calls only(int n) { return Calls{n, n}; }
 
-    /// None when `n` is 0.
+    /// The first `n` calls; none when `n` is 0.
     static Calls first(int n) { return Calls{1, n}; }
 
     bool contains(int call) const { return call >= from_ && call <= to_; }

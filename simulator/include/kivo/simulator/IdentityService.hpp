@@ -19,33 +19,34 @@
 namespace kivo::simulator {
 
 /// The addresses of the identity service, each with its own kind of request. `upload` also takes the notice of a
-/// document reading; `biodata` is the document proxy, to which a vendor sends what it has read.
+/// document reading; `biodata` is the document proxy, to which a vendor sends the documents that it has read.
 enum class Endpoint { join, update, status, commit, upload, facemap, idScan, biodata };
 
 inline constexpr std::array allEndpoints{Endpoint::join,   Endpoint::update,  Endpoint::status, Endpoint::commit,
                                          Endpoint::upload, Endpoint::facemap, Endpoint::idScan, Endpoint::biodata};
 
-/// The endpoint's name as written above.
+/// The enumerator's name.
 std::string_view name(Endpoint endpoint);
 
-/// How a simulated identity service is set up.
+/// The set-up of a simulated identity service.
 struct IdentityServiceConfiguration {
     /// The activation codes that may join, any number of times.
     std::vector<std::string> activationCodes{"123456"};
-    /// The host's key, which must follow the version prefix of a device code. Absent: any key will do.
+    /// The host's key, which must follow the version prefix of a device code. Absent: every key is accepted.
     std::optional<std::string> deviceKey;
-    /// The attempts that a session allows. Absent: the join answer has no retry limit; screens then know
-    /// none, but the SDK refuses every upload.
+    /// The attempts that a session allows. Absent: the answer to a join names no limit. Screens then allow any number
+    /// of attempts, but the SDK refuses every upload.
     std::optional<int> retryLimit;
     /// Whether sessions offer the list of documents.
     bool documentList = true;
-    /// Gives every endpoint a host name of its own (update.localhost), so that a certificate fault meets it alone.
+    /// Gives every endpoint a host name of its own (update.localhost), so that a certificate fault meets that endpoint
+    /// alone.
     bool hostPerEndpoint = false;
     /// The key of the server's certificate.
     KeyType keyType = KeyType::rsa2048;
 };
 
-/// A request as it came, and what it was answered.
+/// A request as it was received, and its answer.
 struct RecordedRequest {
     Endpoint endpoint;
     std::string method;
@@ -56,7 +57,7 @@ struct RecordedRequest {
     std::string answer;
     /// The answer's HTTP status; 0 where a fault withheld it.
     int status = 0;
-    /// What broke the protocol, naming the member.
+    /// The breach of the protocol, in a sentence that names the member.
     std::optional<std::string> violation;
     /// Requests with the same number came over the same connection.
     std::uint64_t connection = 0;
@@ -70,7 +71,7 @@ struct RecordedRequest {
 /// may be called from any thread. The process ignores SIGPIPE from the first service on.
 class IdentityService {
 public:
-    /// Starts on a free port. Throws `std::runtime_error` when it cannot: this is a tool for tests.
+    /// Starts on a free port. Throws `std::runtime_error` when no port is free: this is a tool for tests.
     explicit IdentityService(IdentityServiceConfiguration configuration = {});
     IdentityService(const IdentityService&) = delete;
     IdentityService& operator=(const IdentityService&) = delete;
@@ -80,35 +81,36 @@ public:
     /// The address to install as a join page.
     std::string joinPage() const;
 
-    /// The certificate authority's root, as a PEM file that goes with the service.
+    /// The certificate authority's root, in a PEM file that is removed with the service.
     std::filesystem::path trustedCertificates() const;
 
-    /// The pins of the sound certificate, to write into a host's list of pins. A flawed certificate has another key,
-    /// and all but the self-signed and the untrusted one have the same intermediate.
+    /// The pins of the sound certificate, to write into a host's list of pins. A flawed certificate has another key. An
+    /// expired certificate, and the one for another host, have the same intermediate.
     CertificatePins pins() const;
 
     int port() const;
 
-    /// Makes an endpoint misbehave. Of several faults the one injected last is looked at first.
+    /// Makes an endpoint misbehave. Where several faults meet a call, the last one injected counts.
     ///
-    /// A certificate fault meets connections, not calls: unless `hostPerEndpoint` is set, every connection made
-    /// while it is in force. Connections that are open are closed when one is injected or cleared.
+    /// A certificate fault meets connections, not calls. Unless `hostPerEndpoint` is set, the fault meets every
+    /// connection. Injecting or clearing a certificate fault closes all open connections.
     void inject(Endpoint endpoint, Fault fault, Calls calls = Calls::all());
     void clearFaults();
 
-    /// Every request to an endpoint so far, in order. One is recorded before its answer is sent.
+    /// Every request to an endpoint so far, in order. A request is recorded before its answer is sent.
     std::vector<RecordedRequest> requests() const;
 
-    /// Waits until that many requests have come in all; false when `limit` passes first.
+    /// Waits until the service has recorded that many requests in all; false when `limit` passes first.
     bool waitForRequests(std::size_t count, std::chrono::milliseconds limit) const;
 
-    /// What was wrong with requests that broke the protocol, or went to no endpoint and were answered with 404.
+    /// The violations of all requests that broke the protocol, and a sentence for each request that went to no endpoint
+    /// and was answered with 404.
     std::vector<std::string> violations() const;
 
-    /// Has `listener` called with every request, on the connection's thread.
+    /// Sets the function that is called with every recorded request, on the connection's thread; null for none.
     void onRequest(std::function<void(const RecordedRequest&)> listener);
 
-    /// How many connections completed their TLS handshake.
+    /// The number of connections that completed their TLS handshake.
     std::size_t connections() const;
 
 private:

@@ -15,20 +15,20 @@
 
 namespace kivo::simulator {
 
-/// Someone in front of the display, who can do there what a person can do and nothing else: hidden, disabled or covered
-/// controls are out of reach. Views go by their outlets' names. Main thread only.
+/// A person in front of the display. The person reaches what a real person reaches: no hidden, disabled or covered
+/// control. Views are named by their outlets. Main thread only.
 ///
-/// What cannot be done comes back as a sentence that also tells what the screen shows. Every doing runs what is due on
-/// the main loop before and after.
+/// The error of an action is a sentence that also tells what the screen shows. Before and after every action the main
+/// loop runs its due blocks.
 class Person {
 public:
     using Outcome = std::expected<void, std::string>;
 
-    /// `loop` must be the main queue in force.
+    /// `loop` must be the installed main queue.
     explicit Person(std::shared_ptr<platform::Window> window,
                     std::shared_ptr<platform::RunLoop> loop = platform::RunLoop::main());
 
-    /// The same with a loop on `clock`, which `waitFor` moves on by itself.
+    /// The same with a loop on `clock`. `waitFor` advances the clock.
     Person(std::shared_ptr<platform::Window> window, std::shared_ptr<platform::RunLoop> loop,
            std::shared_ptr<platform::ManualClock> clock);
 
@@ -38,17 +38,17 @@ public:
     /// Taps the field unless it has the keyboard already, then types.
     Outcome type(std::string_view name, std::string_view text);
 
-    /// Types one character after the other into whichever field has the keyboard by then.
+    /// Types one character after the other, each into the field that has the keyboard at that moment.
     Outcome typeOnKeyboard(std::string_view text);
 
-    /// Into the field that has the keyboard, all at once.
+    /// Pastes the text into the field that has the keyboard, all at once.
     Outcome paste(std::string_view text);
     Outcome pressDelete(std::size_t times = 1);
 
-    /// Taps the button of that title in the alert on top.
+    /// Taps the button with that title in the topmost alert.
     Outcome chooseInAlert(std::string_view title);
 
-    /// Taps the button of the navigation bar with that title or, for one without, that image.
+    /// Taps the navigation bar's button with that title or, where a button has no title, with that image.
     Outcome pressBarButton(std::string_view name);
 
     void setReadingSize(platform::ContentSizeCategory category);
@@ -59,7 +59,8 @@ public:
     /// What the topmost screen shows, in words.
     std::string screenInWords();
 
-    /// Runs the main loop until `condition` holds, for at most `limit` of the loop's time. Fails when it never does.
+    /// Runs the main loop until `condition` holds, for at most `limit` of the loop's time. The outcome is an error when
+    /// `condition` does not hold by then.
     Outcome waitFor(const std::function<bool()>& condition, std::chrono::nanoseconds limit = std::chrono::seconds{10});
 
 private:

@@ -8,16 +8,16 @@
 
 namespace kivo::simulator {
 
-/// A network whose state the test decides. Install it as `platform::Services::reachability`.
+/// A network whose state a test sets. Install it as `platform::Services::reachability`.
 class Reachability final : public platform::ReachabilityService {
 public:
-    /// Starts with the network reachable, or not.
+    /// `reachable` is the state at first.
     explicit Reachability(bool reachable = true);
 
-    /// Changes the state; every running monitor is told on its queue. Callable from any thread.
+    /// Changes the state. Every running monitor gets a call on its queue. Callable from any thread.
     void setReachable(bool reachable);
 
-    /// Makes the named step fail with `errorNumber` from now on, until it is cleared with 0.
+    /// Makes the named step fail with `errorNumber`; 0 makes the step work again.
     void failCreation(int errorNumber) { creationError_ = errorNumber; }
 
     void failSetCallback(int errorNumber) { callbackError_ = errorNumber; }
@@ -26,7 +26,7 @@ public:
 
     void failGetFlags(int errorNumber) { flagsError_ = errorNumber; }
 
-    /// How often a callback was registered so far.
+    /// How often a callback has been registered.
     int callbacksSet() const { return callbacksSet_; }
 
     Ref SCNetworkReachabilityCreateWithName(const std::string& hostname) override;

@@ -10,7 +10,7 @@
 
 namespace kivo::simulator {
 
-/// How one reading of a document goes.
+/// The course of one reading of a document.
 class Reading {
 public:
     enum class Kind { pageAndChip, chip, page, unknownSuccess, failure, refusal, byPerson };
@@ -27,7 +27,7 @@ public:
     /// Succeeds with something that the SDK does not know. Nothing is sent.
     static Reading unknownSuccess() { return Reading{Kind::unknownSuccess}; }
 
-    /// Fails; with `pageWasRead` the data page had been read by then. Nothing is sent.
+    /// Fails, with `pageWasRead` after the data page has been read. Nothing is sent.
     static Reading failure(platform::readid::FailureReason reason, bool pageWasRead = false) {
         Reading reading{Kind::failure};
         reading.reason_ = reason;
@@ -35,14 +35,14 @@ public:
         return reading;
     }
 
-    /// Does not begin at all.
+    /// The reading does not begin.
     static Reading refusal(platform::readid::ReadIDError error) {
         Reading reading{Kind::refusal};
         reading.error_ = std::move(error);
         return reading;
     }
 
-    /// Shows a button for each of these endings but the refusal, and waits for a person to tap one.
+    /// Shows a button for each of the other endings except the refusal, and waits for a person to tap a button.
     static Reading byPerson() { return Reading{Kind::byPerson}; }
 
     Kind kind() const { return kind_; }
@@ -66,35 +66,35 @@ private:
 /// The document-reading vendor's library, simulated. Install it as `platform::Services::readID`. Main thread only.
 ///
 /// A reading shows a screen, sends a specimen document over the platform's own transport to the document proxy that the
-/// SDK names, and reports when the screen has gone. A proxy that cannot be reached, or refuses, makes the reading fail
-/// with the reason that fits. Where the host lists pins, the proxy must be one of the pinned servers.
+/// SDK names, and reports when the screen has gone. When the proxy cannot be reached, or refuses, the reading fails
+/// with the fitting reason. Where the host lists pins, the proxy must be one of the pinned servers.
 class ReadID final : public platform::ReadID {
 public:
     /// A reading session that a document proxy gave out.
     struct Session {
         std::string id;
-        /// Whether the SDK has said that it needs the session no more.
+        /// Whether the SDK has finished the session.
         bool isFinished = false;
     };
 
-    /// `usual` is how every reading goes that nothing else was planned for.
+    /// `usual` is the course of every reading without a plan of its own.
     explicit ReadID(Reading usual = Reading::pageAndChip());
     ~ReadID() override;
 
-    /// How the next reading goes; several calls plan several readings, in order.
+    /// Plans the next reading. Several calls plan several readings, in order.
     void next(Reading reading);
 
-    /// What each reading so far was to do.
+    /// The flow that the SDK passed for each reading so far.
     const std::vector<platform::readid::NFCWithAccessControlFlow>& flows() const { return flows_; }
 
     std::vector<Session> sessions() const;
 
-    /// Drops the flows and the finished sessions, for a test that runs for long.
+    /// Drops the records of flows and of finished sessions, for a test that runs for long.
     void forgetSessions();
 
     std::shared_ptr<platform::readid::UIResources> makeUIResources() override;
 
-    /// Refuses a document proxy that is no https address, and a second reading while one is under way.
+    /// Refuses a document proxy that is no https address, and a second reading while another is under way.
     std::expected<void, platform::readid::ReadIDError>
     identify(const std::shared_ptr<platform::ViewController>& from,
              platform::ModalPresentationStyle modalPresentationStyle,

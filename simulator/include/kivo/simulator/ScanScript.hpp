@@ -10,7 +10,7 @@
 
 namespace kivo::simulator {
 
-/// The vendor's numbers for how a face session went.
+/// The vendor's numbers for the endings of a face scan.
 namespace faceScanStatus {
 
 inline constexpr int completed = 0;
@@ -32,7 +32,7 @@ inline constexpr int sessionExpired = 18;
 
 } // namespace faceScanStatus
 
-/// The same for an ID scan.
+/// The vendor's numbers for the endings of an ID scan.
 namespace idScanStatus {
 
 inline constexpr int completed = 0;
@@ -46,55 +46,57 @@ inline constexpr int reversePortrait = 8;
 
 } // namespace idScanStatus
 
-/// How a simulated session goes. By default it makes one good scan at once and takes whatever the server says to it.
+/// The course of a simulated session. By default the session makes one good scan at once and accepts every verdict of
+/// the server.
 struct ScanScript {
-    /// Which sides of a card an ID scan shows, and whether each goes to the server by itself.
+    /// The sides of a card that an ID scan shows. With `frontThenBack` each side goes to the server by itself.
     enum class Sides { front, frontAndBack, frontThenBack };
 
-    /// The number that the last scan ends with, such as `faceScanStatus::timeout`. While a person steers, the buttons
-    /// decide instead.
+    /// The status of the last scan, such as `faceScanStatus::timeout`. Where sessions wait for a person, the person's
+    /// button decides instead.
     int status = 0;
-    /// How many scans the library is not content with although the server was: after each it asks for another.
+    /// The number of scans that the library rejects although the server accepts them. After each of them the library
+    /// asks for another scan.
     int retries = 0;
-    /// What every scan takes, on the main queue.
+    /// The duration of every scan, by the main queue.
     std::chrono::milliseconds scanTime{0};
-    /// Breaks the session off with this number while the server's verdict is awaited.
+    /// Ends the session with this status while it waits for the server's verdict.
     std::optional<int> statusWhileWaiting{};
-    /// Whether the library takes the server's blob for good; if not, the session is over.
+    /// Whether the library accepts the server's blob. A session whose blob is not accepted is over.
     bool takesResultBlob = true;
 
-    /// False: `createSessionVC` gives null.
+    /// With false `createSessionVC` returns null.
     bool makesScreen = true;
-    /// False: the session ends without ever handing over a result.
+    /// With false the session ends without a result.
     bool givesResult = true;
     std::optional<std::string> sessionId = "simulated-session";
-    /// Absent scans are results without one.
+    /// Whether a result holds a scan.
     bool hasScan = true;
-    /// Lengths in Base64, rounded down to what Base64 can have.
+    /// The lengths of the Base64 texts, rounded down to multiples of four.
     std::size_t scanBytes = std::size_t{64} * 1024;
     std::size_t imageBytes = std::size_t{16} * 1024;
-    /// In each list of images. 0: the lists are empty.
+    /// The number of images in each list.
     std::size_t images = 1;
     Sides sides = Sides::frontAndBack;
 };
 
-/// What went on in one session.
+/// The record of one session.
 struct ScanRecord {
     enum class Kind { face, idDocument };
 
     Kind kind;
     std::string sessionToken;
-    /// The status of each result that was handed over.
+    /// The status of each result that the processor got.
     std::vector<int> results{};
     std::vector<float> uploadProgress{};
     std::vector<platform::AttributedText> uploadMessages{};
     std::vector<std::string> resultBlobs{};
-    /// The answers to these blobs.
+    /// Whether the library accepted each of these blobs.
     std::vector<bool> blobsTaken{};
     int cancels = 0;
-    /// The screen came up.
+    /// Whether the screen has appeared.
     bool isShown = false;
-    /// The screen is gone again, and the processor knows.
+    /// Whether the screen is gone and the processor has been told.
     bool isDone = false;
 };
 

@@ -1,6 +1,4 @@
-#include "SealedData.hpp"
-
-#include "OpenSslObjects.hpp"
+#include "Cryptography.hpp"
 
 #include <openssl/rand.h>
 #include <openssl/sha.h>
@@ -15,7 +13,13 @@ namespace {
 constexpr std::size_t nonceSize = 12;
 constexpr std::size_t tagSize = 16;
 
-using KeyBytes = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
+// The key of every type goes behind the header of an RSA 2048-bit SubjectPublicKeyInfo.
+constexpr std::string_view pinHeader{"\x30\x82\x01\x22\x30\x0d\x06\x09\x2a\x86\x48\x86"
+                                     "\xf7\x0d\x01\x01\x01\x05\x00\x03\x82\x01\x0f\x00",
+                                     24};
+
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, Free<EVP_CIPHER_CTX_free>>;
+using Digest = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
 
 unsigned char* bytes(std::string& text) {
     return reinterpret_cast<unsigned char*>(text.data());
@@ -25,16 +29,16 @@ const unsigned char* bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-KeyBytes keyFrom(std::string_view keyText) {
-    KeyBytes key{};
-    SHA256(bytes(keyText), keyText.size(), key.data());
-    return key;
+Digest digestOf(std::string_view data) {
+    Digest digest{};
+    SHA256(bytes(data), data.size(), digest.data());
+    return digest;
 }
 
 } // namespace
 
 std::string seal(std::string_view keyText, std::string_view plain) {
-    const auto key = keyFrom(keyText);
+    const auto key = digestOf(keyText);
     std::string nonce(nonceSize, '\0');
     std::string tag(tagSize, '\0');
     std::string cipher(plain.size(), '\0');
@@ -55,7 +59,7 @@ std::optional<std::string> unseal(std::string_view keyText, std::string_view sea
     if (!all || all->size() < nonceSize + tagSize) {
         return std::nullopt;
     }
-    const auto key = keyFrom(keyText);
+    const auto key = digestOf(keyText);
     const std::string_view cipher = std::string_view{*all}.substr(nonceSize + tagSize);
     std::string plain(cipher.size(), '\0');
     const CipherContext context{EVP_CIPHER_CTX_new()};
@@ -86,6 +90,23 @@ std::optional<std::string> bytesOfBase64(std::string_view text) {
     const auto padding = text.ends_with("==") ? 2U : text.ends_with("=") ? 1U : 0U;
     data.resize(data.size() - padding);
     return data;
+}
+
+std::string publicKeyPin(const X509* certificate) {
+    // The certificates made here carry their key in its external form: PKCS#1 for RSA, an uncompressed point on a
+    // curve.
+    const auto* const key = X509_get0_pubkey_bitstr(certificate);
+    std::string pinned{pinHeader};
+    pinned.append(reinterpret_cast<const char*>(ASN1_STRING_get0_data(key)),
+                  static_cast<std::size_t>(ASN1_STRING_length(key)));
+    const auto digest = digestOf(pinned);
+    return base64({reinterpret_cast<const char*>(digest.data()), digest.size()});
+}
+
+std::string publicKeyPin(std::string_view der) {
+    const auto* begin = bytes(der);
+    const Certificate certificate{d2i_X509(nullptr, &begin, static_cast<long>(der.size()))};
+    return certificate ? publicKeyPin(certificate.get()) : std::string{};
 }
 
 } // namespace kivo::simulator
