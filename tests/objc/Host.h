@@ -2,26 +2,16 @@
 
 #import <kivo/objc/KivoObjC.h>
 
-/// Something that a completion captures; counts how many are alive.
-@interface Captured : NSObject
+/// A host in plain Objective-C. Its completions capture an instance, so that the instances alive count the completions.
+@interface Host : NSObject
+
 + (NSInteger)alive;
-@end
 
-/// A host in plain Objective-C: hands out completions that capture something, and keeps what they are called with.
-@interface Host : NSObject {
-@private
-    NSCondition* _changed;
-    NSMutableArray* _results;
-}
+/// Waits until no instance is left.
++ (BOOL)waitUntilNoneIsAlive;
 
-/// A new completion with a `Captured` of its own. It lives on the heap no longer than its copies do.
-- (void)withCompletion:(void (^)(KivoCompletion completion))call;
-
-/// Waits for the next result to the call, and gives a second one the chance to show itself; nil if none or two came.
-- (ObjCResult*)resultOf:(void (^)(KivoCompletion completion))call;
-
-/// Waits until nothing that was captured is left.
-+ (BOOL)waitUntilNothingIsCaptured;
+/// A completion that passes its result on, or nil if what it captured is gone. Belongs to the autorelease pool.
++ (KivoCompletion)completionThatCalls:(KivoCompletion)answer;
 
 + (AcquisitionConfig*)config;
 

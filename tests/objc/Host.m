@@ -2,76 +2,38 @@
 
 #include <stdatomic.h>
 
-static atomic_long aliveCaptures;
-
-@implementation Captured
-
-- (instancetype)init {
-    self = [super init];
-    atomic_fetch_add(&aliveCaptures, 1);
-    return self;
-}
-
-- (void)dealloc {
-    atomic_fetch_sub(&aliveCaptures, 1);
-    [super dealloc];
-}
-
-+ (NSInteger)alive {
-    return atomic_load(&aliveCaptures);
-}
-
-@end
+static atomic_long alive;
 
 @implementation Host
 
 - (instancetype)init {
     self = [super init];
-    _changed = [NSCondition new];
-    _results = [NSMutableArray new];
+    atomic_fetch_add(&alive, 1);
     return self;
 }
 
 - (void)dealloc {
-    [_changed release];
-    [_results release];
+    atomic_fetch_sub(&alive, 1);
     [super dealloc];
 }
 
-- (void)add:(ObjCResult*)result {
-    [_changed lock];
-    [_results addObject:result];
-    [_changed signal];
-    [_changed unlock];
++ (NSInteger)alive {
+    return atomic_load(&alive);
 }
 
-- (void)withCompletion:(void (^)(KivoCompletion))call {
-    Captured* const captured = [Captured new];
-    call(^(ObjCResult* result) {
-        [self add:[Captured alive] > 0 && captured ? result : nil];
-    });
-    [captured release];
-}
-
-- (ObjCResult*)resultOf:(void (^)(KivoCompletion))call {
-    [_results removeAllObjects];
-    [self withCompletion:call];
-    [_changed lock];
++ (BOOL)waitUntilNoneIsAlive {
     NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:30];
-    while ([_results count] == 0 && [_changed waitUntilDate:limit]) {
-    }
-    [_changed waitUntilDate:[NSDate dateWithTimeIntervalSinceNow:0.005]];
-    ObjCResult* const result = [_results count] == 1 ? [[[_results lastObject] retain] autorelease] : nil;
-    [_changed unlock];
-    return result;
-}
-
-+ (BOOL)waitUntilNothingIsCaptured {
-    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:30];
-    while ([Captured alive] > 0 && [limit timeIntervalSinceNow] > 0) {
+    while ([Host alive] > 0 && [limit timeIntervalSinceNow] > 0) {
         [NSThread sleepForTimeInterval:0.001];
     }
-    return [Captured alive] == 0;
+    return [Host alive] == 0;
+}
+
++ (KivoCompletion)completionThatCalls:(KivoCompletion)answer {
+    Host* const captured = [[Host new] autorelease];
+    return [[^(ObjCResult* result) {
+        answer([Host alive] > 0 && captured ? result : nil);
+    } copy] autorelease];
 }
 
 + (AcquisitionConfig*)config {

@@ -15,6 +15,8 @@
 
 namespace {
 
+namespace platform = kivo::platform;
+
 /// A member of a C++ class, as its public header declares it.
 struct Member {
     bool isOfClass = false;
@@ -140,57 +142,108 @@ TEST(ObjCProperties, AreThoseOfTheLibraryAndKeepTheirValuesApart) {
     }
 }
 
-TEST(ObjCProperties, OfAViewAreThoseOfItsLayer) {
-    @autoreleasepool {
-        KivoView* const view = [[KivoView new] autorelease];
-        const auto contents = contentsOf("kivo/ui/LayerStyle.hpp");
-        static const std::regex getter{R"( (\w+)\(const platform::View& view\))"};
-        for (std::sregex_iterator each{contents.begin(), contents.end(), getter}; each != std::sregex_iterator{};
-             ++each) {
-            EXPECT_TRUE([view respondsToSelector:NSSelectorFromString(text((*each)[1]))]) << (*each)[1];
-        }
-        view.cornerRadiusExt = 4;
-        view.borderWidthExt = 2;
-        view.borderColorExt = [KivoColor colorWithRed:1 green:0 blue:0 alpha:1];
-        view.shadowRadiusExt = 6;
-        const auto& layer = [view nativeView]->layer();
-        EXPECT_TRUE(layer.masksToBounds && view.cornerRadiusExt == 4);
-        EXPECT_EQ(view.borderWidthExt, 2);
-        EXPECT_EQ(layer.borderColor, (kivo::platform::Color{1, 0, 0, 1}));
-        EXPECT_EQ(layer.shadowOffset, (kivo::platform::Size{0, 2}));
-        EXPECT_EQ(view.shadowRadiusExt, 6);
-        view.borderColorExt = nil;
-        EXPECT_FALSE(layer.borderColor || view.borderColorExt);
-        [view applyPrimaryButtonStyleWithBorderColor:[KivoColor colorWithRed:0 green:0 blue:1 alpha:1]
-                                        cornerRadius:0
-                                         borderWidth:3];
-        EXPECT_TRUE(layer.masksToBounds);
-        EXPECT_EQ(layer.borderWidth, 3);
-        EXPECT_EQ(layer.borderColor, (kivo::platform::Color{0, 0, 1, 1}));
-    }
+class ObjCLooks : public testing::Test {
+protected:
+    ~ObjCLooks() override { [pool drain]; }
+
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
+    ThemeCustomization* theme = [[ThemeCustomization new] autorelease];
+    std::shared_ptr<kivo::ThemeCustomization> native = [theme nativeTheme];
+};
+
+TEST_F(ObjCLooks, ReachTheThemeThatTheScreensRead) {
+    theme.codeScreenGetStartedTitle = @"d\u00e9but";
+    theme.codeTextFieldStyle = CodeTextFieldStyleSingle;
+    theme.enableDynamicTextSizes = NO;
+    theme.screenTitleColor = [KivoColor colorWithRed:0.1 green:0.2 blue:0.3 alpha:0.4];
+    theme.screenTitleFont = [KivoFont systemFontOfSize:21];
+    theme.allowNFCSkipReadingAfterAttempts = 5;
+    theme.appBundle = [KivoBundle bundleWithIdentifier:@"com.test.ZORFramework"];
+    EXPECT_EQ(native->codeScreenGetStartedTitle, "d\u00e9but");
+    EXPECT_EQ(native->codeTextFieldStyle, kivo::CodeTextFieldStyle::single);
+    EXPECT_FALSE(native->enableDynamicTextSizes);
+    EXPECT_EQ(native->screenTitleColor, (platform::Color{0.1, 0.2, 0.3, 0.4}));
+    EXPECT_EQ(native->screenTitleFont, platform::Font::system(21));
+    EXPECT_EQ(native->allowNFCSkipReadingAfterAttempts, 5);
+    EXPECT_EQ(native->appBundle->bundleIdentifier(), "com.test.ZORFramework");
+
+    theme.codeScreenGetStartedTitle = static_cast<NSString* _Nonnull>(nil);
+    theme.screenTitleColor = static_cast<KivoColor* _Nonnull>(nil);
+    theme.screenTitleFont = nil;
+    EXPECT_EQ(native->codeScreenGetStartedTitle, "");
+    EXPECT_EQ(native->screenTitleColor, platform::Color::clear());
+    EXPECT_FALSE(native->screenTitleFont);
+    EXPECT_EQ(theme.screenTitleFont, nil);
+
+    ZorCloseButtonAppearance* const look = theme.zorCloseButtonAppearance;
+    EXPECT_EQ(look, theme.zorCloseButtonAppearance) << "one object";
+    look.closeButtonCornerRadius = @3.5;
+    look.closeButtonImage = [KivoImage imageWithContentsOfFile:@"/pictures/cross.png"];
+    EXPECT_EQ(native->zorCloseButtonAppearance->closeButtonCornerRadius, 3.5);
+    EXPECT_EQ(native->zorCloseButtonAppearance->closeButtonImage->file, "/pictures/cross.png");
+    look.closeButtonCornerRadius = nil;
+    EXPECT_FALSE(native->zorCloseButtonAppearance->closeButtonCornerRadius);
+    theme.zorCloseButtonAppearance = nil;
+    EXPECT_EQ(native->zorCloseButtonAppearance, nullptr);
 }
 
-TEST(ObjCProperties, CloseButtonsGetTheirLook) {
-    @autoreleasepool {
-        KivoViewController* const screen = [[KivoViewController new] autorelease];
-        KivoButton* const button = [[KivoButton new] autorelease];
-        button.identifier = @"closeButton";
-        [screen.view addSubview:button];
-        EXPECT_EQ([screen.view find:@"closeButton"], button);
-        ZorCloseButtonAppearance* const look = [[ZorCloseButtonAppearance new] autorelease];
-        look.closeButtonTitle = @"Leave";
-        look.closeButtonIsHidden = NO;
-        look.closeButtonFont = [KivoFont systemFontOfSize:11];
-        KivoLayoutConstraint* const width = [KivoLayoutConstraint widthOfView:button];
-        KivoLayoutConstraint* const height = [KivoLayoutConstraint heightOfView:button];
-        [look applyAppearanceCloseButtonWithCloseButton:button widthConstraint:width heightConstraint:height];
-        EXPECT_TRUE([button.title isEqual:@"Leave"] && !button.isHidden);
-        EXPECT_TRUE([button.font isEqual:look.closeButtonFont]);
-        EXPECT_EQ(button.cornerRadiusExt, 17.5);
-        EXPECT_EQ([button nativeView]->placement().width, 75);
-        EXPECT_EQ(width.constant, 75);
-        EXPECT_EQ(height.constant, 35);
+TEST_F(ObjCLooks, ReachTheVendorsScreens) {
+    EXPECT_EQ(theme.faceVerificationUICustomization, nil) << "no vendor is installed";
+    const auto vendors = std::make_shared<platform::FaceTecCustomization>();
+    KivoFaceTecCustomization* const look = [KivoFaceTecCustomization customizationWithNative:vendors];
+    look.retryScreenSlideshowImages = @[ [KivoImage imageWithContentsOfFile:@"/pictures/ideal.png"] ];
+    theme.faceVerificationUICustomization = look;
+    EXPECT_EQ(native->faceVerificationUICustomization.get(), vendors.get());
+    EXPECT_EQ(vendors->guidanceCustomization.retryScreenSlideshowImages.at(0)->file, "/pictures/ideal.png");
+    EXPECT_EQ([look.retryScreenSlideshowImages count], 1U);
+
+    ReadIDUIResourcesWrapper* const wrapper = [[ReadIDUIResourcesWrapper new] autorelease];
+    KivoReadIDUIResources* const resources = ThemeCustomization.passportScanViewCustomization;
+    resources.customStringTableName = nil;
+    EXPECT_TRUE([wrapper.customStringTableName isEqual:@""]);
+    wrapper.customStringTableName = @"Reading";
+    EXPECT_TRUE([resources.customStringTableName isEqual:@"Reading"]);
+}
+
+TEST_F(ObjCLooks, ReachViewsAndTheirLayers) {
+    KivoButton* const button = [[KivoButton new] autorelease];
+    const auto& layer = [button nativeView]->layer();
+    const auto contents = contentsOf("kivo/ui/LayerStyle.hpp");
+    static const std::regex getter{R"( (\w+)\(const platform::View& view\))"};
+    for (std::sregex_iterator each{contents.begin(), contents.end(), getter}; each != std::sregex_iterator{}; ++each) {
+        EXPECT_TRUE([button respondsToSelector:NSSelectorFromString(text((*each)[1]))]) << (*each)[1];
     }
+    button.cornerRadiusExt = 4;
+    button.borderWidthExt = 2;
+    button.borderColorExt = [KivoColor colorWithRed:1 green:0 blue:0 alpha:1];
+    button.shadowRadiusExt = 6;
+    EXPECT_TRUE(layer.masksToBounds && button.cornerRadiusExt == 4);
+    EXPECT_EQ(button.borderWidthExt, 2);
+    EXPECT_EQ(layer.borderColor, (platform::Color{1, 0, 0, 1}));
+    EXPECT_EQ(layer.shadowOffset, (platform::Size{0, 2}));
+    EXPECT_EQ(button.shadowRadiusExt, 6);
+    button.borderColorExt = nil;
+    EXPECT_FALSE(layer.borderColor || button.borderColorExt);
+    [button applyPrimaryButtonStyleWithBorderColor:[KivoColor colorWithRed:0 green:0 blue:1 alpha:1]
+                                      cornerRadius:0
+                                       borderWidth:3];
+    EXPECT_EQ(layer.borderWidth, 3);
+    EXPECT_EQ(layer.borderColor, (platform::Color{0, 0, 1, 1}));
+
+    ZorCloseButtonAppearance* const look = [[ZorCloseButtonAppearance new] autorelease];
+    look.closeButtonTitle = @"Leave";
+    look.closeButtonIsHidden = NO;
+    KivoLayoutConstraint* const width = [KivoLayoutConstraint widthOfView:button];
+    KivoLayoutConstraint* const height = [KivoLayoutConstraint heightOfView:button];
+    [look applyAppearanceCloseButtonWithCloseButton:button widthConstraint:width heightConstraint:height];
+    EXPECT_TRUE([button.title isEqual:@"Leave"] && !button.isHidden);
+    EXPECT_EQ([button nativeView]->placement().width, 75);
+    EXPECT_EQ(width.constant, 75);
+    EXPECT_EQ(height.constant, 35);
+    KivoView* const view = [[KivoView new] autorelease];
+    button.identifier = @"closeButton";
+    [view addSubview:button];
+    EXPECT_EQ([view find:@"closeButton"], button);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #import "Host.h"
+#include "support/Eventually.hpp"
 #include "support/HostFixture.hpp"
 #include "support/RecordedDiagnostics.hpp"
 
@@ -7,6 +8,8 @@
 #include <stdexcept>
 
 namespace {
+
+using Request = std::function<void(KivoCompletion)>;
 
 std::string text(NSString* value) {
     return [value UTF8String];
@@ -26,83 +29,86 @@ protected:
 
     ~ObjCProvider() override {
         [provider release];
-        [host release];
         [pool drain];
     }
 
-    ::ObjCResult* joined() {
-        return [host resultOf:^(KivoCompletion completion) {
-            [provider joinForCode:@"123456" config:[Host config] response:completion];
-        }];
+    /// The result of the request; nil unless its completion is called exactly once.
+    ::ObjCResult* resultOf(const Request& request) {
+        ::ObjCResult* result = nil;
+        const auto answered = answerTo([&request, kept = &result](kivo::IdvCompletion done) {
+            @autoreleasepool {
+                request([Host completionThatCalls:^(::ObjCResult* received) {
+                    *kept = [received retain];
+                    done(std::unexpected{kivo::ResponseCode::NO_RESPONSE});
+                }]);
+            }
+        });
+        [result autorelease];
+        return answered.times == 1 ? result : nil;
     }
 
     std::shared_ptr<kivo::test::RecordedDiagnostics> diagnostics = std::make_shared<kivo::test::RecordedDiagnostics>();
     NSAutoreleasePool* pool = [NSAutoreleasePool new];
-    Host* host = [Host new];
     KivoAPIProvider* provider = [[KivoSDK loadForProviderWithKey:@"K" version:@"183"] retain];
+
+    const Request join = [&](auto response) {
+        [provider joinForCode:@"123456" config:[Host config] response:response];
+    };
+    const Request status = [&](auto response) { [provider statusWithResponse:response]; };
 };
 
-TEST_F(ObjCProvider, WalksASession) {
-    ::ObjCResult* const join = joined();
-    ASSERT_EQ(join.status, ObjCResultStatusSuccess);
-    EXPECT_EQ(join.error, nil);
-    EXPECT_EQ(join.success.responseType, IdvEventsJOIN_SESSION);
-    const auto answer = requestsTo(kivo::simulator::Endpoint::join).at(0).answer;
-    EXPECT_FALSE([join.success.data length] == 0);
-    EXPECT_TRUE(answer.contains('"' + text(join.success.data) + '"')) << answer;
-
-    const auto expect = [&](IdvEvents event, void (^call)(KivoCompletion)) {
-        ::ObjCResult* const result = [host resultOf:call];
-        EXPECT_EQ(result.status, ObjCResultStatusSuccess) << event;
-        EXPECT_EQ(result.success.responseType, event);
+TEST_F(ObjCProvider, WalksASessionAndReleasesItsCompletions) {
+    const Request update = [&](auto response) { [provider updateWithAction:@"a" message:@"m" response:response]; };
+    const Request commit = [&](auto response) { [provider commitWithResponse:response]; };
+    const Request upload = [&](auto response) {
+        [provider uploadWithAcquisitionObject:AcquisitionObjectSelfieImage data:@"\u00e9" response:response];
     };
-    expect(IdvEventsUPDATE_SESSION, ^(KivoCompletion completion) {
-        [provider updateWithAction:@"a" message:@"m" response:completion];
-    });
-    expect(IdvEventsUPLOAD_DOCUMENT, ^(KivoCompletion completion) {
-        [provider uploadWithAcquisitionObject:AcquisitionObjectSelfieImage data:@"\u00e9" response:completion];
-    });
-    expect(IdvEventsSESSION_STATUS, ^(KivoCompletion completion) {
-        [provider statusWithResponse:completion];
-    });
-    expect(IdvEventsCOMMIT_SESSION, ^(KivoCompletion completion) {
-        [provider commitWithResponse:completion];
-    });
+    const auto tid = [&] {
+        const auto answer = requestsTo(kivo::simulator::Endpoint::join).at(0).answer;
+        const auto start = answer.find("\"tid\":\"") + 7;
+        return answer.substr(start, answer.find('"', start) - start);
+    };
+    const std::pair<IdvEvents, const Request&> steps[] = {{IdvEventsJOIN_SESSION, join},
+                                                          {IdvEventsUPDATE_SESSION, update},
+                                                          {IdvEventsUPLOAD_DOCUMENT, upload},
+                                                          {IdvEventsSESSION_STATUS, status},
+                                                          {IdvEventsCOMMIT_SESSION, commit}};
+    for (const auto& [event, request] : steps) {
+        ::ObjCResult* const result = resultOf(request);
+        EXPECT_EQ(result.status, ObjCResultStatusSuccess) << event;
+        EXPECT_EQ(result.error, nil);
+        EXPECT_EQ(result.success.responseType, event);
+        EXPECT_EQ(text(result.success.data), event == IdvEventsUPLOAD_DOCUMENT ? "123456" : tid());
+        EXPECT_TRUE([Host waitUntilNoneIsAlive]) << event;
+    }
     EXPECT_EQ(service.violations(), std::vector<std::string>{});
     EXPECT_TRUE(requestsTo(kivo::simulator::Endpoint::upload)
                     .at(0)
                     .body.contains("\"acquisition-object\":4,\"data\":\"\u00e9\""));
 
     [provider resumeInBrowser];
-    EXPECT_EQ(workspace->opened.size(), 1U);
     [provider reset];
     [provider resumeInBrowser];
     EXPECT_EQ(workspace->opened.size(), 1U);
+    ::ObjCResult* const failed = resultOf(status);
+    EXPECT_EQ(failed.status, ObjCResultStatusFailure);
+    EXPECT_EQ(failed.success, nil);
+    EXPECT_EQ(text(failed.error.errorName), "INVALID_STATUS_SESSION");
+    EXPECT_EQ(failed.error.code, 1119);
+    EXPECT_EQ(text(failed.error.message), "Invalid status session response");
+    EXPECT_EQ(text(failed.error.genericMessage), "Processing error");
 }
 
-TEST_F(ObjCProvider, SpellsOutAFailure) {
-    ::ObjCResult* const result = [host resultOf:^(KivoCompletion completion) {
-        [provider statusWithResponse:completion];
-    }];
-    ASSERT_EQ(result.status, ObjCResultStatusFailure);
-    EXPECT_EQ(result.success, nil);
-    EXPECT_EQ(text(result.error.errorName), "INVALID_STATUS_SESSION");
-    EXPECT_EQ(result.error.code, 1119);
-    EXPECT_EQ(text(result.error.message), "Invalid status session response");
-    EXPECT_EQ(text(result.error.genericMessage), "Processing error");
-}
-
-TEST_F(ObjCProvider, ReleasesCompletionsAfterTheCall) {
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NE(joined(), nil);
-        EXPECT_TRUE([Host waitUntilNothingIsCaptured]);
+TEST_F(ObjCProvider, KeepsTheCompletionOfAnAcquireUntilTheNext) {
+    const auto acquire = [&](KivoCompletion response) {
+        [provider acquireWithAcquisitionObject:AcquisitionObjectActivationCode config:nil response:response];
+    };
+    @autoreleasepool {
+        acquire([Host completionThatCalls:nil]);
     }
-    // A screen's completion is kept until the next acquire.
-    [host withCompletion:^(KivoCompletion completion) {
-        [provider acquireWithAcquisitionObject:AcquisitionObjectActivationCode config:nil response:completion];
-    }];
-    [provider acquireWithAcquisitionObject:AcquisitionObjectActivationCode config:nil response:nil];
-    EXPECT_TRUE([Host waitUntilNothingIsCaptured]);
+    EXPECT_EQ([Host alive], 1);
+    acquire(nil);
+    EXPECT_TRUE([Host waitUntilNoneIsAlive]);
 }
 
 TEST_F(ObjCProvider, SharesSessionAndThemeWithOthersOfItsVersion) {
@@ -123,28 +129,25 @@ TEST_F(ObjCProvider, SharesSessionAndThemeWithOthersOfItsVersion) {
     provider.sdkTheme = after;
     EXPECT_EQ(kivo::KivoSDK::load("L", "18")->sdkTheme(), [after nativeTheme]);
     EXPECT_EQ(other.sdkTheme, before);
-    EXPECT_EQ(joined().status, ObjCResultStatusSuccess);
-    EXPECT_EQ([host resultOf:^(KivoCompletion completion) {
-                  [other statusWithResponse:completion];
-              }].status,
-              ObjCResultStatusSuccess);
+    ::ObjCResult* const joined = resultOf(join);
+    ASSERT_EQ(joined.status, ObjCResultStatusSuccess);
+    ::ObjCResult* const seen = resultOf([&](auto response) { [other statusWithResponse:response]; });
+    EXPECT_TRUE([seen.success.data isEqual:joined.success.data]);
 }
 
 TEST_F(ObjCProvider, KeepsTheHostsContextAlive) {
-    KivoViewController* const controller = [KivoViewController new];
+    KivoViewController* const controller = [[KivoViewController new] autorelease];
     [provider setContextWithViewController:controller];
     const auto retained = [controller retainCount];
     [provider setContextWithViewController:nil];
     EXPECT_EQ([controller retainCount], retained - 1);
     EXPECT_EQ([KivoViewController viewControllerWithNative:[controller nativeViewController]], controller);
-    [controller release];
 }
 
 TEST_F(ObjCProvider, TakesNilForEverything) {
     NSString* const none = missing();
-    ::ObjCResult* const result = [host resultOf:^(KivoCompletion completion) {
-        [provider joinForCode:none config:nil response:completion];
-    }];
+    ::ObjCResult* const result =
+        resultOf([&](auto response) { [provider joinForCode:none config:nil response:response]; });
     EXPECT_EQ(text(result.error.errorName), "INVALID_JOIN_SESSION");
     [provider setThemeWithTheme:nil];
     EXPECT_EQ([KivoSDK loadForProviderWithKey:none version:@"18"].sdkTheme, nil);
@@ -163,17 +166,12 @@ TEST_F(ObjCProvider, LetsNoExceptionOutOfACompletion) {
     [provider statusWithResponse:^(::ObjCResult*) {
         [NSException raise:@"HostException" format:@"thrown by the host"];
     }];
-    [provider joinForCode:@"123456"
-                   config:[Host config]
-                 response:^(::ObjCResult*) {
-                     throw std::runtime_error{"thrown in C++"};
-                 }];
+    join(^(::ObjCResult*) {
+        throw std::runtime_error{"thrown in C++"};
+    });
     // Two joins under way may be answered in either order.
-    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:30];
-    while (diagnostics->texts().size() < 2 && [limit timeIntervalSinceNow] > 0) {
-        [NSThread sleepForTimeInterval:0.001];
-    }
-    EXPECT_EQ(joined().status, ObjCResultStatusSuccess);
+    EXPECT_TRUE(kivo::test::eventually([&] { return diagnostics->texts().size() == 2; }));
+    EXPECT_EQ(resultOf(join).status, ObjCResultStatusSuccess);
     const auto reported = diagnostics->texts();
     ASSERT_EQ(reported.size(), 2U);
     EXPECT_TRUE(reported[0].contains("thrown by the host")) << reported[0];

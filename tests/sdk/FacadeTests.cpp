@@ -2,51 +2,57 @@
 #include "impl/SessionAPI.hpp"
 #include "support/HostFixture.hpp"
 
+#include <map>
+
 namespace kivo {
 namespace {
 
 class Facade : public test::HostFixture {};
 
-TEST_F(Facade, LoadsTheOneSessionApiOfTheVersion) {
-    const auto first = KivoSDK::load("K", "183");
-    const auto second = KivoSDK::load("L", "18x");
-    EXPECT_EQ(first, second);
-    EXPECT_EQ(SessionAPI::shared(InterfaceVersion::v180)->deviceCode(), "1801L");
-    EXPECT_EQ(KivoSDK::requestedSDKVersion(), "18x");
-    const std::pair<const char*, const char*> prefixes[] = {
-        {"14", "1401"}, {"150", "1501"}, {"16", "1601"}, {"170", "1701"}, {"18", "1801"}};
-    for (const auto& [version, prefix] : prefixes) {
-        const auto session = KivoSDK::load("", version);
-        EXPECT_EQ(std::static_pointer_cast<SessionAPI>(session)->deviceCode(), prefix);
-    }
-}
+TEST_F(Facade, LoadsTheSessionApiThatTheFirstTwoCharactersOfAVersionName) {
+    constexpr const char* invalid = "Invalid sdk version!";
 
-TEST_F(Facade, RejectsOtherVersionsAndSaysSo) {
-    KivoSDK::load("K", "18");
-    for (const auto* version : {"1.8.0", "1", "", "19", "13", "\u00e918", "1"}) {
+    struct Row {
+        const char* version;
+        const char* reduced;
+        /// The device code of the session API that is loaded.
+        std::string deviceCode;
+    };
+
+    const Row rows[] = {
+        {"14", "14", "1401K"},
+        {"150", "15", "1501K"},
+        {"16", "16", "1601K"},
+        {"170", "17", "1701K"},
+        {"18x", "18", "1801K"},
+        {"1.8.0", "1.", ""},
+        {"1", invalid, ""},
+        {"", invalid, ""},
+        {"19", "19", ""},
+        {"13", "13", ""},
+        {"7", invalid, ""},
+        {"\u00e918", "\u00e91", ""},
+        // Characters as a person counts them.
+        {"e\u0301x1", "e\u0301x", ""},
+        {"e\u0301", invalid, ""},
+        {"\U0001F1FA\U0001F1F31", "\U0001F1FA\U0001F1F31", ""},
+        {"\xff\xfe", "\xff\xfe", ""},
+    };
+    for (const auto& [version, reduced, deviceCode] : rows) {
+        SCOPED_TRACE(version);
+        EXPECT_EQ(SdkVersions::getPreciseVersion(version), reduced);
         testing::internal::CaptureStdout();
-        EXPECT_EQ(KivoSDK::load("X", version), nullptr) << version;
-        EXPECT_EQ(KivoSDK::loadForProvider("X", version), nullptr);
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "Invalid sdk version!\nInvalid sdk version!\n");
+        const auto session = std::static_pointer_cast<SessionAPI>(KivoSDK::load("K", version));
+        EXPECT_EQ(KivoSDK::loadForProvider("K", version) == nullptr, deviceCode.empty());
+        EXPECT_EQ(testing::internal::GetCapturedStdout(),
+                  deviceCode.empty() ? "Invalid sdk version!\nInvalid sdk version!\n" : "");
+        EXPECT_EQ(session ? session->deviceCode() : "", deviceCode);
         EXPECT_EQ(KivoSDK::requestedSDKVersion(), version);
     }
-    EXPECT_EQ(SessionAPI::shared(InterfaceVersion::v180)->deviceCode(), "1801K");
-}
-
-TEST_F(Facade, ReducesAVersionToTwoCharactersAsAPersonCountsThem) {
-    const std::pair<std::string_view, std::string_view> rows[] = {
-        {"170", "17"},
-        {"7", "Invalid sdk version!"},
-        {"abc", "ab"},
-        {"1", "Invalid sdk version!"},
-        {"e\u0301x1", "e\u0301x"},
-        {"e\u0301", "Invalid sdk version!"},
-        {"\U0001F1FA\U0001F1F31", "\U0001F1FA\U0001F1F31"},
-        {"\xff\xfe", "\xff\xfe"},
-    };
-    for (const auto& [version, reduced] : rows) {
-        EXPECT_EQ(SdkVersions::getPreciseVersion(version), reduced) << version;
-    }
+    const auto first = KivoSDK::load("K", "183");
+    EXPECT_EQ(KivoSDK::load("L", "18"), first);
+    EXPECT_EQ(KivoSDK::load("M", "19"), nullptr);
+    EXPECT_EQ(std::static_pointer_cast<SessionAPI>(first)->deviceCode(), "1801L");
 }
 
 TEST_F(Facade, TheWrapperHoldsOnToItsLastProvider) {
@@ -68,46 +74,50 @@ TEST_F(Facade, TheWrapperHoldsOnToItsLastProvider) {
 TEST_F(Facade, ProvidersConvertOutcomes) {
     KivoSDK::setLogLevel(LogLevel::debug);
     const auto provider = KivoSDK::loadForProvider("K", "18");
-    const auto outcome = [&](const std::function<void(ObjCCompletion)>& call) {
+    const auto joined = [&](const char* code) {
         std::shared_ptr<ObjCResult> received;
-        answerTo([&](IdvCompletion done) {
-            call([&received, done](std::shared_ptr<ObjCResult> result) {
+        answerTo([&](const IdvCompletion& done) {
+            provider->join(code, config(), [&received, done](std::shared_ptr<ObjCResult> result) {
                 received = std::move(result);
                 done(std::unexpected{ResponseCode::NO_RESPONSE});
             });
         });
         return received;
     };
-    const auto failed = outcome([&](auto done) { provider->status(done); });
-    EXPECT_EQ(failed->status(), ObjCResultStatus::failure);
-    EXPECT_EQ(failed->success(), nullptr);
-    EXPECT_EQ(failed->error()->errorName(), "INVALID_STATUS_SESSION");
-    EXPECT_EQ(failed->error()->code(), 1119);
-    EXPECT_EQ(failed->error()->message(), "Invalid status session response");
-    EXPECT_EQ(failed->error()->genericMessage(), "Processing error");
     testing::internal::CaptureStdout();
-    outcome([&](auto done) { provider->join("no code", config(), done); });
+    const auto failure = joined("no code");
     EXPECT_TRUE(testing::internal::GetCapturedStdout().contains(
         "join(forCode:config:response:) \u2013 Join failure: STATUS_INVALID_ACTIVATION_CODE, 1001, "
         "Activation code is not valid, STATUS_INVALID_ACTIVATION_CODE\n"));
-    const auto joined = outcome([&](auto done) { provider->join("123456", config(), done); });
-    EXPECT_EQ(joined->status(), ObjCResultStatus::success);
-    EXPECT_EQ(joined->error(), nullptr);
-    EXPECT_EQ(joined->success()->responseType(), IdvEvents::JOIN_SESSION);
+    EXPECT_EQ(failure->status(), ObjCResultStatus::failure);
+    EXPECT_EQ(failure->success(), nullptr);
+    EXPECT_EQ(failure->error()->errorName(), "STATUS_INVALID_ACTIVATION_CODE");
+    EXPECT_EQ(failure->error()->code(), 1001);
+    EXPECT_EQ(failure->error()->message(), "Activation code is not valid");
+    EXPECT_EQ(failure->error()->genericMessage(), "Processing error");
+    const auto success = joined("123456");
+    EXPECT_EQ(success->status(), ObjCResultStatus::success);
+    EXPECT_EQ(success->error(), nullptr);
+    EXPECT_EQ(success->success()->responseType(), IdvEvents::JOIN_SESSION);
 }
 
-TEST_F(Facade, OnlyKnownIntegersMakeValues) {
-    EXPECT_EQ(fromRawValue<SDKEnv>(1), SDKEnv::PREPROD);
-    EXPECT_EQ(fromRawValue<SDKEnv>(4), std::nullopt);
-    EXPECT_EQ(fromRawValue<LogLevel>(0), std::nullopt);
-    EXPECT_EQ(fromRawValue<LogLevel>(6), std::nullopt);
-    EXPECT_EQ(fromRawValue<IdvEvents>(8), IdvEvents::OCR_SCAN);
-    EXPECT_EQ(fromRawValue<IdvEvents>(9), std::nullopt);
-    EXPECT_EQ(fromRawValue<AcquisitionObject>(-1), std::nullopt);
-    EXPECT_EQ(fromRawValue<ObjCResultStatus>(2), std::nullopt);
+/// The first and the last value of an enumeration, and that it has no other.
+template <class Value>
+void expectRange(int first, int last) {
+    EXPECT_FALSE(fromRawValue<Value>(first - 1));
+    EXPECT_EQ(fromRawValue<Value>(first), static_cast<Value>(first));
+    EXPECT_EQ(fromRawValue<Value>(last), static_cast<Value>(last));
+    EXPECT_FALSE(fromRawValue<Value>(last + 1));
+}
+
+TEST(RawValues, OnlyKnownIntegersMakeValues) {
+    expectRange<SDKEnv>(0, 3);
+    expectRange<LogLevel>(1, 5);
+    expectRange<IdvEvents>(0, 8);
+    expectRange<AcquisitionObject>(0, 7);
+    expectRange<ObjCResultStatus>(0, 1);
     EXPECT_EQ(SDKEnvHelper::environmentName(SDKEnv::PREPROD), "PREPROD");
     EXPECT_EQ(SDKEnvHelper::environmentName(static_cast<SDKEnv>(4)), "");
-    EXPECT_EQ(IdvEventsHelper::eventName(IdvEvents::UPDATE_SESSION), "UPDATE_SESSION");
     EXPECT_EQ(IdvEventsHelper::eventName(static_cast<IdvEvents>(-1)), "");
     EXPECT_EQ(AcquisitionObjectHelper::acquisitionObjectName(AcquisitionObject::documentBackImage),
               "DOCUMENT_BACK_IMAGE");
@@ -123,20 +133,12 @@ TEST_F(Facade, CollectsTheApplicationInformationOnce) {
         printed.starts_with("**** Could not find readid_certificates.plist file in bundle. \n Please import this "
                             "file from SDK using copy resources settings ****\n\u2753 \u2013 "));
     EXPECT_TRUE(printed.contains(" \u2013 Environment \u2013 appInfoDict [appVersion: 2.1., os: iOS 12.5, "));
-    const auto value = [&](std::string_view wanted) {
-        for (const auto& [key, text] : information) {
-            if (key == wanted) {
-                return text;
-            }
-        }
-        return std::string{"missing"};
-    };
-    EXPECT_EQ(value("deviceModel"), "N/A");
-    EXPECT_EQ(value("NetworkIpAddress"), "");
-    EXPECT_EQ(value("expiryDateLeafCert"), "");
+    const std::map<std::string, std::string> values{information.begin(), information.end()};
+    EXPECT_EQ(values.at("deviceModel"), "N/A");
+    EXPECT_EQ(values.at("NetworkIpAddress"), "");
+    EXPECT_EQ(values.at("expiryDateLeafCert"), "");
     device->machineName = "x86_64";
-    EXPECT_EQ(&Environment::applicationInformation(), &information);
-    EXPECT_EQ(value("deviceModel"), "N/A");
+    EXPECT_EQ(Environment::applicationInformation(), information);
 }
 
 TEST(NetworkAddress, IsTheLastOneOfAReportedInterface) {

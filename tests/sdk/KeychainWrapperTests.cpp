@@ -2,57 +2,47 @@
 
 #include <kivo/platform/Keychain.hpp>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace kivo {
 namespace {
 
 using namespace kivo::platform;
+using ::testing::_;
+using ::testing::AllOf;
+using ::testing::Field;
+using ::testing::Return;
+using Attributes = KeychainAttributes;
 
-/// Keeps the attributes that it was given last.
-struct SeenKeychain final : Keychain {
-    OSStatus SecItemAdd(const KeychainAttributes& attributes) override {
-        item = attributes;
-        return errSecSuccess;
-    }
-
-    OSStatus SecItemCopyMatching(const KeychainAttributes& attributes, std::string* /*result*/) override {
-        query = attributes;
-        return errSecItemNotFound;
-    }
-
-    OSStatus SecItemUpdate(const KeychainAttributes& /*query*/, const KeychainAttributes& /*change*/) override {
-        return errSecItemNotFound;
-    }
-
-    OSStatus SecItemDelete(const KeychainAttributes& /*query*/) override { return errSecItemNotFound; }
-
-    KeychainAttributes item;
-    KeychainAttributes query;
+struct MockKeychain : Keychain {
+    MOCK_METHOD(OSStatus, SecItemAdd, (const Attributes&), (override));
+    MOCK_METHOD(OSStatus, SecItemCopyMatching, (const Attributes&, std::string*), (override));
+    MOCK_METHOD(OSStatus, SecItemUpdate, (const Attributes&, const Attributes&), (override));
+    MOCK_METHOD(OSStatus, SecItemDelete, (const Attributes&), (override));
 };
 
 TEST(SecureStore, WritesTheAttributesThatIdentifyAnItem) {
-    const auto keychain = std::make_shared<SeenKeychain>();
+    const auto keychain = std::make_shared<MockKeychain>();
+    const auto isItem = [](const char* service, std::optional<std::string> group, std::string_view accessible) {
+        return AllOf(Field(&Attributes::kSecClass, "genp"), Field(&Attributes::kSecAttrService, service),
+                     Field(&Attributes::kSecAttrAccount, "key"), Field(&Attributes::kSecAttrGeneric, "key"),
+                     Field(&Attributes::kSecAttrAccessGroup, group),
+                     Field(&Attributes::kSecAttrAccessible, std::string{accessible}));
+    };
+    EXPECT_CALL(*keychain, SecItemAdd(isItem("com.example.host", std::nullopt, kSecAttrAccessibleWhenUnlocked)))
+        .WillOnce(Return(errSecSuccess));
+    EXPECT_CALL(*keychain, SecItemAdd(isItem("other", "group", kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly)))
+        .WillOnce(Return(errSecSuccess));
+    EXPECT_CALL(*keychain, SecItemCopyMatching(AllOf(Field(&Attributes::kSecAttrAccessible, std::nullopt),
+                                                     Field(&Attributes::kSecMatchLimit, kSecMatchLimitOne),
+                                                     Field(&Attributes::kSecReturnData, true)),
+                                               _))
+        .WillOnce(Return(errSecItemNotFound));
     KeychainWrapper store{keychain, "com.example.host"};
-    const auto& item = keychain->item;
-    const auto& query = keychain->query;
-    store.set("value", "key");
-    EXPECT_EQ(item.kSecClass, "genp");
-    EXPECT_EQ(item.kSecAttrService, "com.example.host");
-    EXPECT_EQ(item.kSecAttrAccount, "key");
-    EXPECT_EQ(item.kSecAttrGeneric, "key");
-    EXPECT_EQ(item.kSecAttrAccessible, kSecAttrAccessibleWhenUnlocked);
-    EXPECT_EQ(item.kSecAttrAccessGroup, std::nullopt);
-
-    store.data("key");
-    EXPECT_EQ(query.kSecAttrAccessible, std::nullopt);
-    EXPECT_EQ(query.kSecMatchLimit, kSecMatchLimitOne);
-    EXPECT_TRUE(query.kSecReturnData);
-
+    EXPECT_TRUE(store.set("value", "key"));
+    EXPECT_FALSE(store.data("key"));
     KeychainWrapper grouped{keychain, "other", "group"};
-    grouped.set("value", "key", KeychainItemAccessibility::afterFirstUnlockThisDeviceOnly);
-    EXPECT_EQ(item.kSecAttrAccessGroup, "group");
-    EXPECT_EQ(item.kSecAttrAccessible, kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly);
+    EXPECT_TRUE(grouped.set("value", "key", KeychainItemAccessibility::afterFirstUnlockThisDeviceOnly));
 }
 
 } // namespace

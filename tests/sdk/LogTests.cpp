@@ -12,19 +12,6 @@
 namespace kivo {
 namespace {
 
-TEST(Log, PutsALineTogether) {
-    EXPECT_EQ(log::format(LogLevel::debug, "/any/where/KivoAPI_180.cpp", 42, "commit(response:)", "Calling commit"),
-              "\u2753 \u2013 KivoAPI_180.cpp:42 \u2013 commit(response:) \u2013 Calling commit");
-    const std::pair<LogLevel, std::string_view> markers[] = {{LogLevel::verbose, "\u27A1\uFE0F"},
-                                                             {LogLevel::info, "\u2139\uFE0F"},
-                                                             {LogLevel::warning, "\u26A0\uFE0F"},
-                                                             {LogLevel::error, "\u274C"}};
-    for (const auto& [level, marker] : markers) {
-        EXPECT_EQ(log::format(level, "f.cpp", 1, "f()", ""),
-                  std::string{marker} + " \u2013 f.cpp:1 \u2013 f() \u2013 ");
-    }
-}
-
 TEST(Log, BuildsNoMessageThatIsNotPrinted) {
     testing::internal::CaptureStdout();
     int built = 0;
@@ -41,8 +28,8 @@ TEST(Log, TakesTheThresholdWithTheFirstLine) {
     KivoSDK::setLogLevel(LogLevel::error);
     log::line(LogLevel::verbose, "f()", "second");
     const auto output = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(output.contains("first"));
-    EXPECT_TRUE(output.contains("second"));
+    EXPECT_TRUE(output.starts_with("\u27A1\uFE0F \u2013 LogTests.cpp:"));
+    EXPECT_TRUE(output.contains("first") && output.contains("second"));
 }
 
 TEST(Log, CanBeSilenced) {

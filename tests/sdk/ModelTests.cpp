@@ -39,21 +39,14 @@ TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
     EXPECT_EQ((*decoded)->getAsDictionary(), config.getAsDictionary());
 
     const std::pair<std::string_view, std::string_view> damage[] = {
-        {"\"KIVO_IMAGES\"", "\"KIVO_OTHER\""},
-        {":\"5\"", ":5"},
-        {":3,", ":4,"},
-        {":3,", ":4294967299,"},
-        {":3,", ":\"3\","},
-        {":3,", ":3.0,"},
-        {"\"ENVIRONMENT\"", "\"ENV\""},
-        {"{\"ENV", "[{\"ENV"},
+        {"\"KIVO_IMAGES\"", "\"KIVO_OTHER\""}, {":\"5\"", ":5"},   {":3,", ":4,"},   {":3,", ":4294967299,"},
+        {"\"ENVIRONMENT\"", "\"ENV\""},        {":3,", ":\"3\","}, {":3,", ":3.0,"}, {"{\"ENV", "[{\"ENV"},
     };
     for (const auto& [part, replacement] : damage) {
         auto broken = encoded;
         broken.replace(broken.find(part), part.size(), replacement);
         const auto result = AcquisitionConfig::decode(broken);
-        ASSERT_FALSE(result) << broken;
-        EXPECT_FALSE(result.error().empty());
+        EXPECT_TRUE(!result && !result.error().empty()) << broken;
     }
 }
 

@@ -219,7 +219,8 @@ TEST_F(Pinning, AChainEndsWhereNobodySigned) {
 
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        TestTlsServer server{[](const auto&) { return reply(200, "{}"); }, row.chain, row.key};
+        TestTlsServer server{
+            [](const auto&) { return reply(200, "{}"); }, TestTlsServer::Protocol::tls, {row.chain, row.key, {}}};
         const auto answered = joinAt(server.url());
         EXPECT_EQ(answered.code(), row.isLetThrough ? ResponseCode::UNKNOWN_ERROR : pinningFailed);
         EXPECT_EQ(server.handshakes(), row.isLetThrough ? 1 : 0);
@@ -274,7 +275,7 @@ TEST_F(Pinning, ASessionsCookiesEndWithIt) {
     const auto issued = CertificateAuthority{}.issue({});
     std::string answer;
     TestTlsServer server{[&](const auto&) { return reply(200, answer, "Set-Cookie: of=joined; Path=/\r\n"); },
-                         issued.chain, issued.privateKey};
+                         TestTlsServer::Protocol::tls, issued};
     answer = R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":")" + server.url("/status") + "\"}}";
     const auto cookies = [&] {
         std::string seen;

@@ -1,117 +1,199 @@
-#include "Configuration/logging/Log.hpp"
-#include "Configuration/session/ApplicationInformation.hpp"
+#include "support/SessionJournal.hpp"
+
 #include "Configuration/session/Config.hpp"
+#include "NetworkManager/KeychainWrapper.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/StoredSession.hpp"
-#include "impl/SessionAPI.hpp"
 #include "services/mirelo/impl/KivoBE.hpp"
-#include "support/ScriptedUrlSessions.hpp"
-#include "support/TemporaryFolder.hpp"
-
-#include <kivo/kivo.hpp>
-#include <kivo/platform/LinuxServices.hpp>
-#include <kivo/platform/RunLoop.hpp>
-#include <kivo/simulator/Reachability.hpp>
-
-#include <gmock/gmock.h>
-
-#include <fstream>
-#include <map>
-#include <sstream>
 
 namespace kivo {
 namespace {
 
-std::string replaced(std::string text, std::string_view what, std::string_view with) {
-    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
-        text.replace(at, what.size(), with);
-    }
-    return text;
+using enum ResponseCode;
+
+constexpr std::string_view joined =
+    R"({"response-type":"data","tid":"T1","idp-config":{"retry-limit":"2",)"
+    R"("update-endpoint":"https://id.example/update","status-endpoint":"https://id.example/status",)"
+    R"("resume-endpoint":"https://id.example/resume"},)"
+    R"("idp-biodata":{"biodata-endpoint":"https://id.example/upload"},)"
+    R"("idp-facemap":{"ocridscan-endpoint":"https://id.example/scan"}})";
+
+class SessionJournal : public test::SessionJournal {};
+
+TEST_F(SessionJournal, OfRequests) {
+    const Act join = [](auto& api, auto response) { api.join("123456", config(), response); };
+    const Act update = [](auto& api, auto response) { api.update("act", "\"one\"", response); };
+    const Act status = [](auto& api, auto response) { api.status(response); };
+    const Act commit = [](auto& api, auto response) { api.commit(response); };
+    const Act resume = [](auto& api, auto) { api.resumeInBrowser(); };
+    const Act reset = [](auto& api, auto) { api.reset(); };
+    const Act upload = [](auto& api, auto response) {
+        api.upload(AcquisitionObject::documentBackImage, "QUJD", response);
+    };
+    const Act lastUpload = [upload](auto& api, auto response) {
+        Attempts::shared().setRetryLimit(1);
+        upload(api, response);
+    };
+    const Act printStored = [](auto&, auto) {
+        log::print("stored: " + storedJoinAnswer().value_or("nothing") + " for " +
+                   KeychainWrapper::standard().data("qr_code").value_or("nothing"));
+    };
+    expectJournalsOf({
+        {"join", join, joined},
+        {"stored session", printStored},
+        {"settings", [](auto&, auto) { log::print("= " + Config::ocrIDScanBaseURL()); }},
+        {"update", update},
+        {"resume", resume},
+        {"commit", commit, "[]"},
+        {"upload", upload, "[]"},
+        {"refused upload", upload, R"({"response-type":"fail","response-code":"STATUS_BAD_BIODATA"})"},
+        {"exhausted upload", upload},
+        {"status without an answer", status, ""},
+        {"status that nobody waits for", [](auto& api, auto) { api.status({}); }},
+        {"update without network", update, "{}", withoutNetwork},
+        {"status without network", status, "{}", withoutNetwork},
+        {"commit without network", commit, "{}", withoutNetwork},
+        {"upload without network", lastUpload, "", withoutNetwork},
+        {"upload without an address",
+         [&](auto& api, auto response) {
+             storeJoinAnswer(R"({"tid":"T2","idp-config":{"update-endpoint":"https://id.example/update"}})");
+             lastUpload(api, response);
+         },
+         ""},
+        {"join without network", join, "{}", withoutNetwork},
+        {"join without a configuration", [](auto& api, auto response) { api.join("123456", nullptr, response); }},
+        {"join to no environment",
+         [](auto& api, auto response) { api.join("123456", config(static_cast<SDKEnv>(4)), response); }},
+        {"refused join", join, R"({"response-type":"fail","response-code":"STATUS_INVALID_ACTIVATION_CODE"})"},
+        {"reset", reset},
+        {"reset again", reset},
+        {"nothing stored", printStored},
+        {"join without an answer", join, ""},
+        {"update without a session", update},
+        {"status without a session", status},
+        {"commit without a session", commit},
+        {"resume without a session", resume},
+        {"upload without a session", lastUpload},
+        {"report without a session",
+         [](auto&, auto) {
+             for (const auto each : allInterfaceVersions) {
+                 KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
+             }
+         }},
+        {"join that nobody waits for", [](auto& api, auto) { api.join("123456", config(), {}); }, joined},
+    });
 }
 
-/// A log line as "level operation: message" once its form is checked; any other line as it is.
-std::string plain(std::string line) {
-    constexpr std::string_view separator = " \u2013 ";
-    for (const auto& [marker, level] :
-         {std::pair{"\u2753", "debug"}, {"\u2139\uFE0F", "info"}, {"\u26A0\uFE0F", "warning"}, {"\u274C", "error"}}) {
-        if (line.starts_with(marker)) {
-            const auto place = line.find(separator) + separator.size();
-            const auto operation = line.find(separator, place);
-            EXPECT_THAT(line.substr(place, operation - place), testing::MatchesRegex("[A-Za-z]+\\.[ch]pp:[0-9]+"));
-            const auto rest = line.substr(operation + separator.size());
-            const auto message = rest.find(separator);
-            return std::string{level} + " " + rest.substr(0, message) + ": " + rest.substr(message + separator.size());
-        }
-    }
-    return line;
-}
+TEST_F(SessionJournal, OfScreens) {
+    const auto acquire = [](AcquisitionObject object) -> Act {
+        return [object](auto& api, auto response) { api.acquire(object, nullptr, response); };
+    };
+    std::vector<Step> steps{
+        {"join", [](auto& api, auto response) { api.join("123456", config(), response); }, joined},
+        {"acquired code", acquire(AcquisitionObject::activationCode)},
+        {"typed and scanned code",
+         [](auto& api, auto) {
+             api.activationCodeEntered("123456");
+             api.activationCodeScanned("ABC");
+         }},
+        {"invalid QR code", [](auto& api, auto) { api.invalidQRCodeScanned(); }},
+        {"update", [](auto& api, auto response) { api.update("act", "\"one\"", response); }},
+        {"close button", [](auto& api, auto) { api.closeButtonPressed(); }},
+    };
 
-/// A host over a network that the test answers for. All that can be seen of the SDK is printed on standard output: its
-/// log lines, "> " and each request as it is sent, "= " and what the host hears.
-class SessionJournal : public ::testing::Test {
-protected:
-    SessionJournal() {
-        auto services = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
-                                                 .dataFolder = folder.path() / "data",
-                                                 .trustedCertificates = {}});
-        services.mainQueue = mainLoop;
-        services.reachability = network;
-        services.urlSessions = sessions;
-        platform::install(services);
-        KivoSDK::setLogLevel(LogLevel::debug);
-        testing::internal::CaptureStdout();
-        // Said once, in whatever version is first.
-        Environment::applicationInformation();
-        testing::internal::GetCapturedStdout();
-        sessions->onRequest = [](const platform::UrlRequest& request) {
-            EXPECT_EQ(request.timeout, std::chrono::seconds{60});
-            log::print("> " + request.url + " " + request.body.substr(0, request.body.find(R"("app-info")")));
+    struct Screen {
+        const char* name;
+        void (SessionAPI::*complete)(IdvOutcome);
+        IdvEvents event;
+        std::vector<ResponseCode> failures;
+    };
+
+    constexpr auto leftByText = USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT;
+    const Screen screens[] = {
+        {"document",
+         &SessionAPI::documentFlowDidComplete,
+         IdvEvents::DOCUMENT_SCAN,
+         {STATUS_BAD_BIODATA, STATUS_AUTH_FAILED, UNKNOWN_QR_CODE, USER_CANCELLED, BACK_NAVIGATION, CANCELLED}},
+        {"face",
+         &SessionAPI::livenessCheckDidComplete,
+         IdvEvents::FACE_SCAN,
+         {STATUS_INVALID_SESSION, CANCELLED, leftByText, USER_CANCELLED, TIMEOUT}},
+        {"forwarded", &SessionAPI::ocrFlowDidComplete, IdvEvents::OCR_SCAN, {STATUS_BAD_BIODATA}},
+        {"ID scan", &SessionAPI::ocrScanDidComplete, IdvEvents::OCR_SCAN, {STATUS_BAD_BIODATA}},
+    };
+    for (const auto& [screen, complete, event, failures] : screens) {
+        const auto with = [this, complete = complete](const IdvOutcome& outcome) -> Act {
+            return [=, this](auto& api, auto) {
+                setScreenState(!outcome);
+                (api.*complete)(outcome);
+            };
         };
+        steps.push_back({std::string{screen} + ": done", with(std::make_shared<IdvResult>("data", event))});
+        for (const auto code : failures) {
+            steps.push_back({std::string{screen} + ": " + std::string{name(code)}, with(std::unexpected{code})});
+        }
     }
-
-    static std::shared_ptr<AcquisitionConfig> config(SDKEnv environment = SDKEnv::TEST) {
-        return std::make_shared<AcquisitionConfig>(environment, "PASSPORT", "P6M", "0.8", "UTO", "face");
-    }
-
-    /// What `act` leads to when its first request is answered so ("" is a time-out) and each later one with "{}".
-    std::vector<std::string> journalOf(const std::function<void(IdvCompletion)>& act, std::string_view answer) {
-        testing::internal::CaptureStdout();
-        act([](const IdvOutcome& outcome) {
-            log::print("= " + (outcome ? std::string{IdvEventsHelper::eventName((*outcome)->responseType())} + " " +
-                                             (*outcome)->data()
-                                       : std::string{name(outcome.error())}));
+    const Act showDocumentScreenAtOnce = [this](auto& api, auto response) {
+        setScreenState(/*isDone=*/true);
+        api.join("123456", config(), [&api, response](const IdvOutcome& outcome) {
+            response(outcome);
+            api.acquire(AcquisitionObject::nfcScan, nullptr, response);
+            api.documentFlowDidComplete(outcome);
         });
-        for (; answered < sessions->requests.size(); answer = "{}") {
-            const auto request = sessions->requests[answered++];
-            if (answer.empty()) {
-                request.answer(std::unexpected{platform::UrlError{platform::UrlErrorKind::timedOut, "no answer"}});
-            } else {
-                request.answer(std::string{answer});
-            }
+    };
+    const Act acquireOther = [](auto& api, auto) {
+        for (const auto object : {AcquisitionObject::selfieImage, AcquisitionObject::documentMainImage,
+                                  AcquisitionObject::documentBackImage, static_cast<AcquisitionObject>(99)}) {
+            api.acquire(object, nullptr, [](const auto&) { log::print("= from another acquisition"); });
         }
-        mainLoop->drain();
-        std::istringstream output{testing::internal::GetCapturedStdout()};
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(output, line);) {
-            lines.push_back(plain(line));
-        }
-        return lines;
-    }
+        api.activationCodeEntered("1");
+        api.acquire(AcquisitionObject::ocrScan, nullptr, [](const auto&) { log::print("= from the ID scan"); });
+        api.activationCodeEntered("2");
+    };
+    steps.push_back({"join that shows a screen at once", showDocumentScreenAtOnce, joined});
+    steps.push_back({"acquisitions that may replace another", acquireOther});
+    expectJournalsOf(steps);
+}
 
-    test::TemporaryFolder folder;
-    std::shared_ptr<simulator::Reachability> network = std::make_shared<simulator::Reachability>();
-    std::shared_ptr<platform::RunLoop> mainLoop =
-        std::make_shared<platform::RunLoop>(std::make_shared<platform::ManualClock>());
-    std::shared_ptr<test::ScriptedUrlSessions> sessions = std::make_shared<test::ScriptedUrlSessions>();
-    std::size_t answered = 0;
-};
+TEST_F(SessionJournal, AJoinBringsTheRetryLimit) {
+    struct Row {
+        std::string idpConfig;
+        bool applies;
+        std::int64_t limit;
+    };
+
+    const Row rows[] = {
+        {R"({"retry-limit":"3"})", true, 3},
+        {R"({"retry-limit":"-2"})", true, -2},
+        {R"({"retry-limit":"+4"})", true, 4},
+        {R"({"retry-limit":"+-4"})", true, 0},
+        {R"({"retry-limit":"3a"})", true, 0},
+        {R"({"retry-limit":" 3"})", true, 0},
+        {R"({"retry-limit":""})", true, 0},
+        {R"({"retry-limit":"9223372036854775808"})", true, 0},
+        {R"({"update-endpoint":"https://localhost/"})", false, 77},
+        {"{}", false, 77},
+    };
+    const Act upload = [](auto& api, auto response) { api.upload(AcquisitionObject::selfieImage, "A", response); };
+    const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", "18"));
+    for (const auto& [idpConfig, applies, limit] : rows) {
+        SCOPED_TRACE(idpConfig);
+        Attempts::shared().setRetryLimit(77);
+        const auto answer = R"({"response-type":"data","tid":"T1","idp-config":)" + idpConfig + "}";
+        journalOf({"", [](auto& session, auto response) { session.join("123456", config(), response); }, answer}, *api);
+        EXPECT_EQ(KivoSDK::shouldApplyRetryLimit(), applies);
+        EXPECT_EQ(Attempts::shared().retryLimit(), limit);
+        const auto afterwards = journalOf({"", upload}, *api);
+        EXPECT_EQ(std::ranges::count(afterwards, "= RETRY_LIMIT_REACHED"), limit < 1 ? 1 : 0);
+    }
+}
 
 TEST_F(SessionJournal, AJoinGoesToThePageOfItsEnvironment) {
-    const auto session = KivoSDK::load("KEY", "18");
+    const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", "18"));
     const auto pages = [&] {
         std::vector<std::string> urls;
         for (const auto environment : {SDKEnv::PROD, SDKEnv::PREPROD, SDKEnv::TEST, SDKEnv::DEV}) {
-            journalOf([&](auto response) { session->join("123456", config(environment), response); }, "{}");
+            journalOf({"", [&](auto& session, auto heard) { session.join("1", config(environment), heard); }}, *api);
             urls.push_back(sessions->requests.back().request.url);
         }
         return urls;
@@ -126,113 +208,6 @@ TEST_F(SessionJournal, AJoinGoesToThePageOfItsEnvironment) {
         {.joinPages = {"https://a.example", "https://b.example", "https://c.example", "https://d.example"}});
     EXPECT_THAT(pages(), testing::ElementsAre("https://a.example", "https://b.example", "https://c.example",
                                               "https://d.example"));
-}
-
-/// The journal of each step as the data file has it, for one version.
-std::map<std::string, std::vector<std::string>> expectedJournals(std::string_view version) {
-    std::map<std::string, std::vector<std::string>> journals;
-    std::ifstream file{KIVO_TEST_DATA "/session-journal.txt"};
-    std::string step;
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("== ")) {
-            step = line.substr(3);
-        } else if (!step.empty() && !line.empty() && line.substr(0, 2) <= version && version <= line.substr(3, 2)) {
-            line = replaced(line.substr(6), "CONFIG",
-                            "[target-env: TEST, kivo-app-doclist: PASSPORT, kivo-expiry-grace: P6M, "
-                            "kivo-facematch-min: 0.8, kivo-doc-issuers: UTO, kivo-images: face]");
-            line = replaced(line, "CLIENT", "KivoBE_" + std::string{version} + "0");
-            journals[step].push_back(replaced(line, "VERSION", version));
-        }
-    }
-    return journals;
-}
-
-TEST_F(SessionJournal, EveryVersionSaysSendsAndAnswersWhatItShould) {
-    struct Step {
-        const char* name;
-        std::function<void(SessionAPI& api, IdvCompletion response)> act;
-        std::string_view answer = "{}";
-    };
-
-    const auto join = [](SessionAPI& api, auto response) { api.join("123456", config(), response); };
-    const auto update = [](SessionAPI& api, auto response) { api.update("act", "\"one\"", response); };
-    const auto status = [](SessionAPI& api, auto response) { api.status(response); };
-    const auto commit = [](SessionAPI& api, auto response) { api.commit(response); };
-    const auto reset = [](SessionAPI& api, auto) { api.reset(); };
-    const auto upload = [](SessionAPI& api, auto response) {
-        api.upload(AcquisitionObject::documentBackImage, "QUJD", response);
-    };
-    const auto lastUpload = [upload](SessionAPI& api, auto response) {
-        Attempts::shared().setRetryLimit(1);
-        upload(api, response);
-    };
-    constexpr std::string_view session =
-        R"({"response-type":"data","tid":"T1","idp-config":{"retry-limit":"2",)"
-        R"("update-endpoint":"https://id.example/update","status-endpoint":"https://id.example/status",)"
-        R"("resume-endpoint":"https://id.example/resume"},)"
-        R"("idp-biodata":{"biodata-endpoint":"https://id.example/upload"},)"
-        R"("idp-facemap":{"ocridscan-endpoint":"https://id.example/scan"}})";
-    constexpr std::string_view noAddress =
-        R"({"tid":"T2","idp-config":{"update-endpoint":"https://id.example/update"}})";
-    const Step steps[] = {
-        {"join", join, session},
-        {"settings", [](SessionAPI&, auto) { log::print("= " + Config::ocrIDScanBaseURL()); }},
-        {"update", update},
-        {"commit", commit, "[]"},
-        {"upload", upload, "[]"},
-        {"refused upload", upload, R"({"response-type":"fail","response-code":"STATUS_BAD_BIODATA"})"},
-        {"exhausted upload", upload},
-        {"status without an answer", status, ""},
-        {"close button", [](SessionAPI& api, auto) { api.closeButtonPressed(); }},
-        {"update without network",
-         [&](SessionAPI& api, auto response) {
-             network->setReachable(false);
-             update(api, response);
-         }},
-        {"status without network", status},
-        {"commit without network", commit},
-        {"upload without network", lastUpload, ""},
-        {"upload without an address",
-         [&](SessionAPI& api, auto response) {
-             network->setReachable(true);
-             storeJoinAnswer(noAddress);
-             lastUpload(api, response);
-         },
-         ""},
-        {"join without network",
-         [&](SessionAPI& api, auto response) {
-             network->setReachable(false);
-             join(api, response);
-         }},
-        {"refused join",
-         [&](SessionAPI& api, auto response) {
-             network->setReachable(true);
-             join(api, response);
-         },
-         R"({"response-type":"fail","response-code":"STATUS_INVALID_ACTIVATION_CODE"})"},
-        {"reset", reset},
-        {"reset again", reset},
-        {"join without an answer", join, ""},
-        {"update without a session", update},
-        {"status without a session", status},
-        {"commit without a session", commit},
-        {"upload without a session", lastUpload},
-        {"report without a session",
-         [](SessionAPI&, auto) {
-             for (const auto each : allInterfaceVersions) {
-                 KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
-             }
-         }},
-    };
-    for (const auto version : allInterfaceVersions) {
-        auto expected = expectedJournals(namesOf(version).code);
-        const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", namesOf(version).code));
-        for (const auto& step : steps) {
-            SCOPED_TRACE(std::string{step.name} + ", " + std::string{namesOf(version).sessionApi});
-            EXPECT_THAT(journalOf([&](auto response) { step.act(*api, response); }, step.answer),
-                        testing::ElementsAreArray(expected[step.name]));
-        }
-    }
 }
 
 } // namespace

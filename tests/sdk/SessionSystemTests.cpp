@@ -1,3 +1,4 @@
+#include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 #include "support/ScriptedUrlSessions.hpp"
@@ -25,9 +26,7 @@ TEST_F(SessionsAndTheSystem, AMachineWithoutThreadsAnswers) {
     exhausted->isExhausted = true;
     services.urlSessions = exhausted;
     platform::install(services);
-    const auto answered = join(*session);
-    EXPECT_EQ(answered.times, 1);
-    EXPECT_EQ(answered.code(), ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
 }
 
 TEST_F(SessionsAndTheSystem, AnAnswerThatCannotBeStoredFailsTheJoin) {
@@ -76,6 +75,18 @@ TEST_F(SessionsAndTheSystem, AForkedChildIsAnsweredWithFailures) {
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(answerTo([&](auto response) { session->status(response); }).succeeded(IdvEvents::SESSION_STATUS))
         << "still";
+}
+
+TEST_F(SessionsAndTheSystem, HangingNoticesHoldUpNoRequest) {
+    constexpr int asManyAsAServerGets = 6;
+    EXPECT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    const auto stored = storedSession();
+    service.inject(simulator::Endpoint::update, simulator::Fault::drop());
+    for (int i = 0; i < asManyAsAServerGets; ++i) {
+        CommunicationSecurityManager::shared().updateFailureOnServer({}, &*stored);
+    }
+    ASSERT_TRUE(service.waitForRequests(1 + asManyAsAServerGets, std::chrono::seconds{30}));
+    EXPECT_TRUE(answerTo([&](auto response) { session->status(response); }).succeeded(IdvEvents::SESSION_STATUS));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <kivo/platform/LinuxServices.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -77,6 +78,27 @@ std::vector<simulator::RecordedRequest> HostFixture::requestsTo(simulator::Endpo
     auto requests = service.requests();
     std::erase_if(requests, [&](const auto& request) { return request.endpoint != endpoint; });
     return requests;
+}
+
+std::vector<HostFixture::Operation> HostFixture::operationsOf(const std::shared_ptr<KivoAPI>& session) {
+    using enum simulator::Endpoint;
+    using enum ResponseCode;
+    return {
+        {join, [=](auto done) { session->join("123456", config(), done); }, IdvEvents::JOIN_SESSION,
+         INVALID_JOIN_SESSION},
+        {update, [=](auto done) { session->update("inform", "m", done); }, IdvEvents::UPDATE_SESSION,
+         INVALID_UPDATE_SESSION},
+        {status, [=](auto done) { session->status(done); }, IdvEvents::SESSION_STATUS, INVALID_STATUS_SESSION},
+        {commit, [=](auto done) { session->commit(done); }, IdvEvents::COMMIT_SESSION, INVALID_COMMIT_SESSION},
+        {upload, [=](auto done) { session->upload(AcquisitionObject::selfieImage, "d", done); },
+         IdvEvents::UPLOAD_DOCUMENT, BIODATA_UPLOAD_FAILED},
+    };
+}
+
+std::ptrdiff_t HostFixture::operationsAt(simulator::Endpoint endpoint) const {
+    return std::ranges::count_if(requestsTo(endpoint), [](const auto& request) {
+        return !request.body.contains("\"os\":\"I\"") && !request.body.contains("Attempts count");
+    });
 }
 
 std::shared_ptr<AcquisitionConfig> HostFixture::config(SDKEnv environment) {

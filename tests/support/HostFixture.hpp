@@ -68,6 +68,21 @@ protected:
     /// The requests received so far that went to one endpoint.
     std::vector<simulator::RecordedRequest> requestsTo(simulator::Endpoint endpoint) const;
 
+    /// One of the requests of a session, and what its host hears when it succeeds or does not get through.
+    struct Operation {
+        simulator::Endpoint endpoint;
+        Call call;
+        IdvEvents event;
+        ResponseCode transportFailure;
+    };
+
+    /// All of them.
+    static std::vector<Operation> operationsOf(const std::shared_ptr<KivoAPI>& session);
+
+    /// How many operations have come to an endpoint. The notices about failures and attempts, which arrive at one of
+    /// the endpoints at any time, do not count.
+    std::ptrdiff_t operationsAt(simulator::Endpoint endpoint) const;
+
     static std::shared_ptr<AcquisitionConfig> config(SDKEnv environment = SDKEnv::TEST);
 
     TemporaryFolder folder;

@@ -2,6 +2,8 @@
 
 #include "support/TemporaryFolder.hpp"
 
+#include <kivo/simulator/CertificateAuthority.hpp>
+
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
@@ -9,9 +11,13 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
+
+struct ssl_ctx_st;
+struct bio_st;
 
 namespace kivo::test {
 
@@ -34,19 +40,18 @@ inline TestReply reply(int status, const std::string& body = "", const std::stri
 }
 
 /// An https server on a free loopback port that leaves every byte of an answer to its handler.
-///
-/// Its certificate, for "localhost", is made at start and signed by itself.
 class TestTlsServer {
 public:
-    /// Receives a request as it came, head and body (over HTTP/2 the payloads of their frames). Called on the
-    /// connection's thread.
+    /// Receives a request as it came, head and body (over HTTP/2 the payloads of their frames, without TLS whatever
+    /// comes). Called on the connection's thread.
     using Handler = std::function<TestReply(const std::string& request)>;
 
     enum class Protocol { tls, tls11, tls12, http2, plain };
 
-    explicit TestTlsServer(Handler handler, Protocol protocol = Protocol::tls);
-    /// Presents the certificates of `chain`, whether they fit together or not, the first of them with its key (PEM).
-    TestTlsServer(Handler handler, const std::string& chain, const std::string& privateKey);
+    /// Presents the chain of a certificate, whether its parts fit together or not: by default one for "localhost" that
+    /// is signed by itself.
+    explicit TestTlsServer(Handler handler, Protocol protocol = Protocol::tls,
+                           const simulator::IssuedCertificate& certificate = selfSigned());
     TestTlsServer(const TestTlsServer&) = delete;
     TestTlsServer& operator=(const TestTlsServer&) = delete;
     ~TestTlsServer();
@@ -59,7 +64,7 @@ public:
     const std::filesystem::path& certificateFile() const { return certificateFile_; }
 
     /// The certificate in DER form.
-    const std::string& certificate() const { return certificate_; }
+    std::string certificate() const;
 
     int connections() const { return connections_; }
 
@@ -75,33 +80,27 @@ public:
     std::vector<std::string> requests() const;
 
 private:
-    struct Context;
-    struct Stream;
+    class Connection;
 
-    void present(const std::string& chain, const std::string& privateKey);
-    void start();
-    void listen();
+    static simulator::IssuedCertificate selfSigned();
     void accept();
-    void serve(int descriptor);
-    void serveHttp1(Stream& stream);
-    void serveHttp2(Stream& stream);
-    bool answer(Stream& stream, const std::string& request, std::uint32_t http2Stream = 0);
+    void serve(Connection& connection);
+    bool answer(Connection& connection, const std::string& request, std::uint32_t http2Stream);
 
     const Handler handler_;
     const Protocol protocol_;
-    std::unique_ptr<Context> context_;
     const TemporaryFolder folder_;
-    std::filesystem::path certificateFile_;
-    std::string certificate_;
-    int listener_ = -1;
+    const std::filesystem::path certificateFile_;
+    std::shared_ptr<ssl_ctx_st> context_;
+    std::shared_ptr<bio_st> listener_;
     std::uint16_t port_ = 0;
-    std::atomic<bool> stopping_{false};
     std::atomic<int> connections_{0};
     std::atomic<int> handshakes_{0};
     std::atomic<int> resumptions_{0};
     std::atomic<int> ended_{0};
     mutable std::mutex mutex_;
     std::vector<std::string> requests_;
+    std::set<int> open_;
     std::list<std::thread> threads_;
     std::thread acceptor_;
 };

@@ -1,0 +1,221 @@
+#pragma once
+
+#include "Configuration/session/ApplicationInformation.hpp"
+#include "Configuration/logging/Log.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "impl/SessionAPI.hpp"
+#include "services/acquisition/facemap/facetec/UIStateManager.hpp"
+#include "support/HostFixture.hpp"
+#include "support/PropertyLists.hpp"
+#include "support/ScriptedUrlSessions.hpp"
+
+#include <kivo/platform/LinuxServices.hpp>
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace kivo::test {
+
+inline std::string replaced(std::string text, std::string_view what, std::string_view with) {
+    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
+}
+
+/// A log line as "level operation: message" once its form is checked; any other line as it is.
+inline std::string plain(std::string line) {
+    constexpr std::string_view separator = " \u2013 ";
+    for (const auto& [marker, level] :
+         {std::pair{"\u2753", "debug"}, {"\u2139\uFE0F", "info"}, {"\u26A0\uFE0F", "warning"}, {"\u274C", "error"}}) {
+        if (line.starts_with(marker)) {
+            const auto place = line.find(separator) + separator.size();
+            const auto operation = line.find(separator, place);
+            EXPECT_THAT(line.substr(place, operation - place), testing::MatchesRegex("[A-Za-z]+\\.[ch]pp:[0-9]+"));
+            const auto rest = line.substr(operation + separator.size());
+            const auto message = rest.find(separator);
+            return std::string{level} + " " + rest.substr(0, message) + ": " + rest.substr(message + separator.size());
+        }
+    }
+    return line;
+}
+
+/// Prints the pages that it is asked to open.
+struct PrintingWorkspace final : platform::Workspace {
+    void open(const std::string& url) override { log::print("open " + url); }
+
+    void vibrate() override {}
+};
+
+/// A host over a network that the test answers for. All that can be seen of the SDK is printed on standard output: its
+/// log lines, "> " and each request as it is sent, "= " and what the host hears, and how far the screens have come.
+class SessionJournal : public ::testing::Test {
+protected:
+    using Act = std::function<void(SessionAPI& api, IdvCompletion response)>;
+
+    /// Something to do, and the answer to the first request that it leads to; "" is a time-out.
+    struct Step {
+        std::string name;
+        Act act;
+        std::string_view answer = "{}";
+        bool hasNetwork = true;
+    };
+
+    static constexpr bool withoutNetwork = false;
+
+    SessionJournal() {
+        folder.write("Host.bundle/Info.plist",
+                     propertyList("<dict><key>CFBundleShortVersionString</key><string>2.1</string></dict>"));
+        auto services = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
+                                                 .dataFolder = folder.path() / "data",
+                                                 .trustedCertificates = {}});
+        device->addresses = {{"lo", platform::AddressFamily::ipv4, "127.0.0.1"},
+                             {"en0", platform::AddressFamily::ipv4, "192.0.2.7"},
+                             {"pdp_ip0", platform::AddressFamily::ipv6, "2001:db8::7"}};
+        services.mainQueue = mainLoop;
+        services.reachability = network;
+        services.urlSessions = sessions;
+        services.device = device;
+        services.workspace = std::make_shared<PrintingWorkspace>();
+        platform::install(services);
+        KivoSDK::setLogLevel(LogLevel::debug);
+        testing::internal::CaptureStdout();
+        // Said once, in whatever version is first.
+        CommunicationSecurityManager::shared().setSdkEnvironment(SDKEnv::TEST);
+        Environment::applicationInformation();
+        testing::internal::GetCapturedStdout();
+        sessions->onRequest = [](const platform::UrlRequest& request) {
+            log::print("> " + request.url + " " + request.body);
+        };
+    }
+
+    static std::shared_ptr<AcquisitionConfig> config(SDKEnv environment = SDKEnv::TEST) {
+        return std::make_shared<AcquisitionConfig>(environment, "PASSPORT", "P6M", "0.8", "UTO", "face");
+    }
+
+    static std::pair<bool, bool> currentScreenState() {
+        return {UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess,
+                UIStateManager::shared().faceAuthState == FaceAuthStatus::faceAuthSuccess};
+    }
+
+    void setScreenState(bool isDone) {
+        UIStateManager::shared().docAuthState =
+            isDone ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
+        UIStateManager::shared().faceAuthState =
+            isDone ? FaceAuthStatus::faceAuthSuccess : FaceAuthStatus::faceAuthFailedOrInitialized;
+        screenState = currentScreenState();
+    }
+
+    void printNewScreenState() {
+        const auto now = currentScreenState();
+        if (std::exchange(screenState, now) != now) {
+            log::print(std::string{"document "} + (now.first ? "done" : "to do") + ", face " +
+                       (now.second ? "done" : "to do"));
+        }
+    }
+
+    /// Prints what the host hears.
+    IdvCompletion host() {
+        return [this](const IdvOutcome& outcome) {
+            printNewScreenState();
+            log::print("= " +
+                       (outcome ? std::string{IdvEventsHelper::eventName((*outcome)->responseType())} + " " +
+                                      (*outcome)->data()
+                                : std::string{name(outcome.error())}) +
+                       (isMainQueueRunning ? " on the main queue" : ""));
+        };
+    }
+
+    static void expectUsualLimits(const ScriptedUrlSessions::Request& request) {
+        using namespace std::chrono_literals;
+        EXPECT_EQ(request.request.method, "POST");
+        EXPECT_EQ(request.request.timeout, 60s);
+        EXPECT_EQ(request.configuration.requestTimeout, 180s);
+        EXPECT_EQ(request.configuration.resourceTimeout, 180s);
+        EXPECT_EQ(request.configuration.responseLimit, std::size_t{1} << 20);
+        EXPECT_THAT(request.configuration.headers,
+                    testing::ElementsAre(testing::Pair("Content-Type", "application/json; charset=UTF-8")));
+    }
+
+    /// What a step leads to. Requests after its first one are answered with "{}".
+    std::vector<std::string> journalOf(const Step& step, SessionAPI& api) {
+        testing::internal::CaptureStdout();
+        network->setReachable(step.hasNetwork);
+        step.act(api, host());
+        for (auto answer = step.answer; answered < sessions->requests.size(); answer = "{}") {
+            const auto request = sessions->requests[answered++];
+            expectUsualLimits(request);
+            if (answer.empty()) {
+                request.answer(std::unexpected{platform::UrlError{platform::UrlErrorKind::timedOut, "no answer"}});
+            } else {
+                request.answer(std::string{answer});
+            }
+        }
+        isMainQueueRunning = true;
+        mainLoop->drain();
+        isMainQueueRunning = false;
+        printNewScreenState();
+        std::istringstream output{testing::internal::GetCapturedStdout()};
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(output, line);) {
+            lines.push_back(plain(line));
+        }
+        return lines;
+    }
+
+    void expectJournalsOf(const std::vector<Step>& steps);
+
+    TemporaryFolder folder;
+    std::shared_ptr<FixedDevice> device = std::make_shared<FixedDevice>();
+    std::shared_ptr<simulator::Reachability> network = std::make_shared<simulator::Reachability>();
+    std::shared_ptr<platform::RunLoop> mainLoop =
+        std::make_shared<platform::RunLoop>(std::make_shared<platform::ManualClock>());
+    std::shared_ptr<ScriptedUrlSessions> sessions = std::make_shared<ScriptedUrlSessions>();
+    std::size_t answered = 0;
+    bool isMainQueueRunning = false;
+    std::pair<bool, bool> screenState;
+};
+
+/// The journal of each step as the data file has it, for one version.
+inline std::map<std::string, std::vector<std::string>> expectedJournals(std::string_view version) {
+    const std::pair<std::string_view, std::string> abbreviations[] = {
+        {"CONFIG", "[target-env: TEST, kivo-app-doclist: PASSPORT, kivo-expiry-grace: P6M, kivo-facematch-min: 0.8, "
+                   "kivo-doc-issuers: UTO, kivo-images: face]"},
+        {"CLIENT", "KivoBE_" + std::string{version} + "0"},
+        {"SDK_VERSION", KIVO_SDK_VERSION},
+        {"VERSION", std::string{version}},
+    };
+    std::map<std::string, std::vector<std::string>> journals;
+    std::ifstream file{KIVO_TEST_DATA "/session-journal.txt"};
+    std::string step;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("== ")) {
+            step = line.substr(3);
+        } else if (!step.empty() && !line.empty() && line.substr(0, 2) <= version && version <= line.substr(3, 2)) {
+            line = line.substr(6);
+            for (const auto& [what, with] : abbreviations) {
+                line = replaced(line, what, with);
+            }
+            journals[step].push_back(line);
+        }
+    }
+    return journals;
+}
+
+/// Goes all the steps with one version after the other.
+inline void SessionJournal::expectJournalsOf(const std::vector<Step>& steps) {
+    for (const auto version : allInterfaceVersions) {
+        auto expected = expectedJournals(namesOf(version).code);
+        const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", namesOf(version).code));
+        setScreenState(/*isDone=*/true);
+        for (const auto& step : steps) {
+            SCOPED_TRACE(step.name + ", " + std::string{namesOf(version).sessionApi});
+            EXPECT_THAT(journalOf(step, *api), testing::ElementsAreArray(expected[step.name]));
+        }
+    }
+}
+
+} // namespace kivo::test
