@@ -2,14 +2,37 @@
 
 #include "Configuration/environment/SdkBundle.hpp"
 #include "platform/bundle/FolderBundles.hpp"
+#include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 
 #include <kivo/platform/LinuxServices.hpp>
-
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <string>
 
 namespace kivo::test {
+
+void HostEars::restart() {
+    heard.clear();
+    start_ = clock_->now();
+}
+
+std::string HostEars::said(const IdvOutcome& outcome) {
+    return std::string{outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error())};
+}
+
+void HostEars::livenessCheckDidComplete(IdvOutcome result) {
+    using enum FaceAuthStatus;
+    UIStateManager::shared().faceAuthState = result ? faceAuthSuccess : faceAuthFailedOrInitialized;
+    hear(said(result));
+}
+
+void HostEars::hear(const std::string& text) {
+    thread = std::this_thread::get_id();
+    const auto delay = (clock_->now() - start_) / 1ms;
+    heard.push_back(delay > 0 ? text + " after " + std::to_string(delay) + " ms" : text);
+    onHeard();
+}
 
 platform::Size ChosenFonts::measure(std::string_view text, std::string_view /*name*/, double pointSize,
                                     double widthLimit) {
@@ -43,6 +66,18 @@ void HostScreenFixture::addColor(const std::string& name, const platform::Color&
                      component(color.blue) + R"(,"alpha":)" + component(color.alpha) + "}}}]}");
 }
 
+void HostScreenFixture::addLayout() const {
+    std::filesystem::create_directory(folder.path() / "Host.bundle");
+    std::filesystem::copy(*kivo::sdkBundle()->pathForResource("ZORFramework", "storyboard"),
+                          folder.path() / "Host.bundle");
+}
+
+HostScreenFixture::Theme HostScreenFixture::closableTheme() {
+    auto theme = makeTheme();
+    theme->zorCloseButtonAppearance->closeButtonIsHidden = false;
+    return theme;
+}
+
 std::shared_ptr<platform::ViewController> HostScreenFixture::instantiate(std::string_view identifier) {
     const auto storyboard = platform::Storyboard::open("ZORFramework", sdkBundle());
     if (!storyboard) {
@@ -65,6 +100,23 @@ void HostScreenFixture::push(const std::shared_ptr<platform::ViewController>& sc
 void HostScreenFixture::pop() {
     navigation->popViewController(/*animated=*/true);
     settle();
+}
+
+void HostScreenFixture::goBack() {
+    EXPECT_TRUE(navigation->navigationBar()->find<platform::Button>("backButton")->tap());
+    settle();
+}
+
+void HostScreenFixture::settle() const {
+    while (mainLoop->drain() > 0) {
+    }
+}
+
+void HostScreenFixture::advance(std::chrono::milliseconds time) const {
+    for (settle(); time > 0ms; time -= 1ms) {
+        clock->advance(1ms);
+        settle();
+    }
 }
 
 void Keys::press(platform::ViewController& screen, std::string_view key) {

