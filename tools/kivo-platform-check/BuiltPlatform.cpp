@@ -1,4 +1,4 @@
-#include "BuiltPlatform.hpp"
+#include "PlatformCheck.hpp"
 
 #include <kivo/platform/RunLoop.hpp>
 

@@ -39,9 +39,10 @@ private:
 Checks allChecks() {
     Checks all;
     for (const auto checks :
-         {servicesChecks, mainQueueChecks, serialQueueChecks, clockChecks, notificationChecks, textChecks, urlChecks,
-          keychainChecks, trustChecks, urlAnswerChecks, urlRequestChecks, urlTaskChecks, urlDelegateChecks,
-          bundleChecks, deviceChecks, fontsChecks, reachabilityChecks, workspaceChecks, cameraChecks}) {
+         {servicesChecks,     mainQueueChecks,  runLoopChecks,      serialQueueChecks, clockChecks,
+          notificationChecks, textChecks,       urlChecks,          keychainChecks,    trustChecks,
+          urlAnswerChecks,    urlRequestChecks, urlTaskChecks,      urlDelegateChecks, bundleChecks,
+          deviceChecks,       fontsChecks,      reachabilityChecks, workspaceChecks,   cameraChecks}) {
         for (auto& each : checks()) {
             all.push_back(std::move(each));
         }

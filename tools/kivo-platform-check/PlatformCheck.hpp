@@ -65,6 +65,9 @@ struct ServicesUnderTest {
     std::function<std::vector<std::string_view>(std::string_view)> characters = text::characters;
 };
 
+/// The services of the platform that this program was built for. `BuiltPlatform.cpp` alone names them.
+ServicesUnderTest builtPlatform();
+
 /// One sentence about one seam.
 struct Promise {
     std::string seam;

@@ -1,8 +1,5 @@
 #include "Trial.hpp"
 
-#include <kivo/platform/RunLoop.hpp>
-
-#include <algorithm>
 #include <atomic>
 #include <latch>
 #include <thread>
@@ -12,7 +9,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::ManualClock;
-using platform::RunLoop;
 using std::chrono::steady_clock;
 
 std::vector<int> upTo(int count) {
@@ -105,75 +101,6 @@ void keepsOrderFromWithin(Trial& trial) {
     trial.expectEqual("the order of the blocks", *order, "abc");
 }
 
-void loopFollowsItsClock(Trial& trial) {
-    const auto clock = std::make_shared<ManualClock>();
-    RunLoop loop{clock};
-    std::string order;
-    loop.asyncAfter(3s, [&] { order += 'c'; });
-    loop.asyncAfter(1s, [&] { order += 'a'; });
-    loop.asyncAfter(1s, [&] { order += 'b'; });
-    loop.asyncAfter(-1s, [&] { order += '0'; });
-    clock->advance(1ns);
-    loop.asyncAfter(std::chrono::nanoseconds::max(), [&] { order += '!'; });
-    loop.drain();
-    clock->advance(1s - 2ns);
-    trial.expectEqual("blocks a nanosecond early", loop.drain(), 0U);
-    clock->advance(1ns);
-    trial.expectEqual("blocks in time", loop.drain(), 2U);
-    clock->advance(10s);
-    loop.drain();
-    trial.expectEqual("the order of the blocks", order, "0abc");
-}
-
-void drainEnds(Trial& trial) {
-    RunLoop loop{std::make_shared<ManualClock>()};
-    int runs = 0;
-    std::function<void()> again = [&] {
-        ++runs;
-        loop.async(again);
-    };
-    loop.async(again);
-    trial.expectEqual("blocks of the first drain", loop.drain(), 1U);
-    trial.expectEqual("blocks of the second drain", loop.drain(), 1U);
-    trial.expectEqual("blocks run", runs, 2);
-}
-
-void loopRunsInABlock(Trial& trial) {
-    RunLoop loop{std::make_shared<ManualClock>()};
-    std::string order;
-    loop.async([&] {
-        order += 'a';
-        loop.async([&] { order += 'c'; });
-        trial.expect(loop.runUntil([&] { return order.ends_with('c'); }, std::chrono::nanoseconds::max()),
-                     "runUntil() tells that its condition holds");
-        order += 'd';
-    });
-    loop.async([&] { order += 'b'; });
-    loop.drain();
-    trial.expectEqual("the order of the blocks", order, "abcd");
-}
-
-void loopRunsAndStops(Trial& trial) {
-    RunLoop loop;
-    trial.expect(!loop.isCurrent(), "a loop that nobody has run is on no thread");
-    bool isCurrent = false;
-    std::thread{[&] {
-        loop.async([&] {
-            isCurrent = loop.isCurrent();
-            loop.stop();
-        });
-        loop.run();
-    }}.join();
-    trial.expect(isCurrent, "the loop is current on the thread that runs it");
-    trial.expect(!loop.isCurrent(), "and on no other thread");
-    trial.expect(!loop.runUntil([] { return false; }, 5ms), "runUntil() ends after its limit");
-    const auto clock = std::make_shared<ManualClock>();
-    {
-        const RunLoop gone{clock};
-    }
-    clock->advance(1s);
-}
-
 void queueRunsInOrder(Trial& trial) {
     const auto order = std::make_shared<std::vector<int>>();
     const auto caller = std::this_thread::get_id();
@@ -244,6 +171,28 @@ void syncKeepsItsPlace(Trial& trial) {
     trial.expectEqual("the order of the blocks", order, "abc");
 }
 
+void syncNeverOverlaps(Trial& trial) {
+    // Neither counter is guarded: the queue has to.
+    int count = 0;
+    int steps = 0;
+    {
+        platform::SerialQueue queue{"dev.kivo.check"};
+        std::vector<std::jthread> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([&] {
+                for (int i = 0; i < 500; ++i) {
+                    int before = 0;
+                    queue.sync([&] { before = ++count; });
+                    queue.async([&, before] { steps += count++ < before ? 1 : 0; });
+                }
+            });
+        }
+        threads.clear();
+    }
+    trial.expectEqual("blocks run of 4000", count, 4000);
+    trial.expectEqual("blocks that ran before an earlier one", steps, 0);
+}
+
 void clockRises(Trial& trial) {
     const auto clock = trial.under.makeClock();
     auto last = clock->now();
@@ -276,16 +225,11 @@ void manualClockStands(Trial& trial) {
 
 Checks mainQueueChecks() {
     const auto* const seam = "MainQueue";
-    const auto* const loop = "RunLoop";
     return {
         {seam, "runs blocks later, in the order in which they came", runsInOrder},
         {seam, "takes blocks of every thread and runs each once, on its own thread", takesBlocksOfEveryThread},
         {seam, "runs a delayed block when it is due and never sooner", delaysBlocks},
         {seam, "runs what a block hands over after what was waiting already", keepsOrderFromWithin},
-        {loop, "follows its clock to the nanosecond", loopFollowsItsClock},
-        {loop, "drains what is due and no more", drainEnds},
-        {loop, "keeps the order in a block that runs the loop", loopRunsInABlock},
-        {loop, "belongs to the thread that runs it, and ends when it is told", loopRunsAndStops},
     };
 }
 
@@ -296,6 +240,7 @@ Checks serialQueueChecks() {
         {seam, "runs one block at a time, whatever thread they come from", queueRunsOneAtATime},
         {seam, "may go in one of its own blocks", queueGoesInItsBlock},
         {seam, "keeps a block's place with sync(), also from inside", syncKeepsItsPlace},
+        {seam, "runs no two blocks at once with sync() and async()", syncNeverOverlaps},
     };
 }
 

@@ -124,6 +124,7 @@ using Checks = std::vector<Check>;
 
 Checks servicesChecks();
 Checks mainQueueChecks();
+Checks runLoopChecks();
 Checks serialQueueChecks();
 Checks clockChecks();
 Checks notificationChecks();

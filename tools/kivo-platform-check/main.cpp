@@ -1,4 +1,4 @@
-#include "BuiltPlatform.hpp"
+#include "PlatformCheck.hpp"
 
 #include <algorithm>
 #include <array>
