@@ -93,6 +93,9 @@ void keepsTimeLimits(Trial& trial) {
                           rig.summaryOf(*session, {.url = rig.url(), .timeout = row.request}), "timedOut");
         trial.expect(steady_clock::now() - start < 5s, "the shortest limit counts");
     }
+    rig.answer(Fault::slowBody(60s));
+    trial.expectEqual("an answer that comes byte by byte",
+                      rig.summaryOf(*rig.session(), {.url = rig.url(), .timeout = 150ms}), "timedOut");
 }
 
 void judgesServers(Trial& trial) {
