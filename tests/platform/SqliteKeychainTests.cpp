@@ -102,22 +102,24 @@ TEST_F(SqliteKeychainTest, ADatabaseThatIsReplacedWhileOpenIsTakenUp) {
 TEST_F(SqliteKeychainTest, LeavesTheDatabaseOfANewerReleaseAlone) {
     const auto keychain = open();
     ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
-    for (const auto* change : {"SELECT 1", "ALTER TABLE items RENAME TO entries"}) {
-        execute(change);
-        execute("PRAGMA user_version = 2");
-        execute("PRAGMA application_id = 0x4B490002");
-        for (const auto& each : {keychain, open()}) {
-            EXPECT_EQ(read(*each, "one"), std::to_string(errSecNotAvailable));
-            EXPECT_EQ(each->SecItemUpdate(item("one"), value("new")), errSecNotAvailable);
-        }
+    const auto markAs = [this](const std::string& version) {
+        execute(("PRAGMA user_version = " + version).c_str());
+        execute(("PRAGMA application_id = 0x4B49000" + version).c_str());
+    };
+    const auto expectRefusals = [&](Keychain& refusing) {
+        EXPECT_EQ(read(refusing, "one"), std::to_string(errSecNotAvailable));
+        EXPECT_EQ(refusing.SecItemUpdate(item("one"), value("new")), errSecNotAvailable);
         EXPECT_THAT(diagnostics->texts().back(), HasSubstr("newer release"));
         EXPECT_THAT(filesPutAside(), IsEmpty());
-        if (change == std::string_view{"SELECT 1"}) {
-            execute("PRAGMA user_version = 1");
-            execute("PRAGMA application_id = 0x4B490001");
-            EXPECT_EQ(read(*keychain, "one"), "value");
-        }
-    }
+    };
+    markAs("2");
+    expectRefusals(*open());
+    markAs("1");
+    EXPECT_EQ(read("one"), "value");
+    execute("ALTER TABLE items RENAME TO entries");
+    markAs("2");
+    expectRefusals(*keychain);
+    EXPECT_TRUE(fs::exists(folder / "keychain.key"));
 }
 
 TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) {
