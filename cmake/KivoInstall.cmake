@@ -42,8 +42,8 @@ if(kivo_has_objc)
 endif()
 
 if(KIVO_TOOLS)
-  set_target_properties(kivo-demo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-  install(TARGETS kivo-demo kivo-pins)
+  set_target_properties(kivo-demo kivo-platform-check PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS kivo-demo kivo-pins kivo-platform-check)
   install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kivo-demo.bundle DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 

@@ -27,6 +27,10 @@ TEST(CurlAnswer, CountsOnlyWhenItCameAsAWhole) {
         std::string seen;
         After after = After::close;
     } rows[] = {
+        {head + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\nX-Late: 1\r\n\r\n", "200 abc"},
+        {"HTTP/1.1 102 Wait\r\nX-Early: 1\r\n\r\n" + test::reply(201, "made").bytes, "201 made"},
+        {head + "Transfer-Encoding: chunked\r\n\r\nzz\r\n", "badAnswer", After::hold},
+        {"garbage instead of http\r\n\r\n", "badAnswer"},
         {head + "Content-Le", "connectionLost"},
         {head + "Content-Length: 0\r\n", "connectionLost"},
         {"HTTP/1.1 307 See there\r\nContent-Length: 0\r\nLocation: /\r\n", "connectionLost"},
