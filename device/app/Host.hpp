@@ -11,7 +11,7 @@ namespace kivo::device::app {
 
 class HomeScreen;
 
-/// A host application as an integrator would write it: a start screen from which a person goes the road by hand.
+/// A host application as an integrator would write it: a start screen with a button for each call of a session.
 /// Main thread.
 class Host : public std::enable_shared_from_this<Host> {
 public:

@@ -133,7 +133,7 @@ int main(int argc, char** argv) {
     QCommandLineParser arguments;
     arguments.setApplicationDescription(
         "Shows the screens of a host with libkivo against a simulated identity service,\n"
-        "to go the road by hand. The service knows the activation code 123456.");
+        "for a session by hand. The service knows the activation code 123456.");
     arguments.addHelpOption();
     const QCommandLineOption version{"interface", "Interface version to load: " + versions() + ".", "NN",
                                      QString::fromUtf8(SdkVersions::all().back())};

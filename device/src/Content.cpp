@@ -196,13 +196,13 @@ QFont shownFont(const platform::TextField& field) {
     return font;
 }
 
-void drawContent(QPainter& painter, platform::View& view, const Moment& moment) {
+void drawContent(QPainter& painter, platform::View& view, const DrawState& state) {
     if (const auto* label = dynamic_cast<platform::Label*>(&view)) {
         drawLabel(painter, *label);
     } else if (const auto* button = dynamic_cast<platform::Button*>(&view)) {
         drawButton(painter, *button);
     } else if (const auto* field = dynamic_cast<platform::TextField*>(&view)) {
-        if (!moment.isDrawnElsewhere(*field)) {
+        if (!state.isDrawnElsewhere(*field)) {
             drawField(painter, *field);
         }
     } else if (const auto* image = dynamic_cast<platform::ImageView*>(&view)) {
@@ -210,7 +210,7 @@ void drawContent(QPainter& painter, platform::View& view, const Moment& moment) 
     } else if (const auto* preview = dynamic_cast<platform::PreviewView*>(&view)) {
         drawPreview(painter, *preview);
     } else if (const auto* indicator = dynamic_cast<platform::ActivityIndicatorView*>(&view)) {
-        drawIndicator(painter, *indicator, moment.turn);
+        drawIndicator(painter, *indicator, state.turn);
     }
 }
 

@@ -10,7 +10,7 @@
 namespace kivo::device {
 
 /// The changing part of a drawing of a tree.
-struct Moment {
+struct DrawState {
     /// The turn of the activity indicators, from 0 to 1.
     double turn = 0;
     /// Whether a line edit draws the field's text.
@@ -18,7 +18,7 @@ struct Moment {
 };
 
 /// Draws a view's text, image or indicator, in the view's own coordinates.
-void drawContent(QPainter& painter, platform::View& view, const Moment& moment);
+void drawContent(QPainter& painter, platform::View& view, const DrawState& state);
 
 /// The area of a field's text, in the field's own coordinates.
 QRectF textArea(const platform::TextField& field);

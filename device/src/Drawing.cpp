@@ -58,7 +58,7 @@ void drawBorder(QPainter& painter, const QRectF& bounds, const platform::Layer& 
 }
 
 /// The view and its subviews, in its own coordinates and without its alpha.
-void drawOpaque(QPainter& painter, platform::View& view, const Moment& moment) {
+void drawOpaque(QPainter& painter, platform::View& view, const DrawState& state) {
     const auto bounds = toQt(view.bounds());
     const auto& layer = view.layer();
     if (hasShadow(layer)) {
@@ -76,17 +76,17 @@ void drawOpaque(QPainter& painter, platform::View& view, const Moment& moment) {
         }
     }
     painter.save();
-    drawContent(painter, view, moment);
+    drawContent(painter, view, state);
     painter.restore();
     for (const auto& subview : view.subviews()) {
-        drawTree(painter, *subview, moment);
+        drawTree(painter, *subview, state);
     }
     painter.restore();
     drawBorder(painter, bounds, layer);
 }
 
 /// Draws a translucent view as a whole, so that its overlapping subviews do not shine through each other.
-void drawTranslucent(QPainter& painter, platform::View& view, const Moment& moment) {
+void drawTranslucent(QPainter& painter, platform::View& view, const DrawState& state) {
     const auto area = (painter.hasClipping() ? painter.clipBoundingRect() : drawnArea(view)).toAlignedRect();
     const auto density = painter.device()->devicePixelRatioF();
     QImage sheet{(QSizeF{area.size()} * density).toSize(), QImage::Format_ARGB32_Premultiplied};
@@ -96,7 +96,7 @@ void drawTranslucent(QPainter& painter, platform::View& view, const Moment& mome
     onSheet.setRenderHints(painter.renderHints());
     onSheet.translate(-area.topLeft());
     onSheet.setClipRect(area);
-    drawOpaque(onSheet, view, moment);
+    drawOpaque(onSheet, view, state);
     onSheet.end();
     painter.setOpacity(painter.opacity() * view.alpha());
     painter.drawImage(area.topLeft(), sheet);
@@ -122,7 +122,7 @@ QRectF visiblePart(const platform::View& view) {
     return part;
 }
 
-void drawTree(QPainter& painter, platform::View& view, const Moment& moment) {
+void drawTree(QPainter& painter, platform::View& view, const DrawState& state) {
     if (view.isHidden() || view.alpha() <= 0) {
         return;
     }
@@ -134,9 +134,9 @@ void drawTree(QPainter& painter, platform::View& view, const Moment& moment) {
     painter.save();
     painter.translate(frame.topLeft());
     if (view.alpha() < 1) {
-        drawTranslucent(painter, view, moment);
+        drawTranslucent(painter, view, state);
     } else {
-        drawOpaque(painter, view, moment);
+        drawOpaque(painter, view, state);
     }
     painter.restore();
 }

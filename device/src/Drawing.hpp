@@ -13,7 +13,7 @@
 namespace kivo::device {
 
 /// Draws a view and all below it, in the coordinates of its superview. Skips the parts outside the painter's clip.
-void drawTree(QPainter& painter, platform::View& view, const Moment& moment);
+void drawTree(QPainter& painter, platform::View& view, const DrawState& state);
 
 /// Whether the view cuts off the parts of its subviews that lie outside it.
 bool clips(const platform::View& view);

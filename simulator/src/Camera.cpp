@@ -47,9 +47,9 @@ std::string pipelineFor(const std::filesystem::path& file) {
 }
 
 /// A session that refuses inputs or outputs on demand.
-class ChoosySession final : public CaptureSession {
+class RefusingSession final : public CaptureSession {
 public:
-    ChoosySession(std::shared_ptr<CaptureSession> session, Camera::Refusal refusal)
+    RefusingSession(std::shared_ptr<CaptureSession> session, Camera::Refusal refusal)
         : session_{std::move(session)}
         , refusal_{refusal} {}
 
@@ -178,7 +178,7 @@ bool Camera::isOn() const {
 }
 
 std::shared_ptr<CaptureSession> Camera::makeSession() {
-    return std::make_shared<ChoosySession>(camera_->makeSession(), refusal_);
+    return std::make_shared<RefusingSession>(camera_->makeSession(), refusal_);
 }
 
 std::shared_ptr<platform::CaptureDevice> Camera::defaultVideoDevice() {

@@ -72,9 +72,4 @@ std::string Display::showFinalStatus() {
     return shown ? "" : shown.error();
 }
 
-std::string Display::leaveFinalStatus() {
-    const auto tapped = person_.tap("backToHomeButton");
-    return tapped ? "" : tapped.error();
-}
-
 } // namespace demo

@@ -31,7 +31,6 @@ public:
 
     /// Presents the closing screen, as a host does at the end of the road.
     std::string showFinalStatus();
-    std::string leaveFinalStatus();
 
 private:
     bool boxesAreEmpty() const;

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 using namespace kivo;
 
 /// The wait for an answer that must not come.
-constexpr auto patienceForNothing = 500ms;
+constexpr auto waitForNoAnswer = 500ms;
 
 /// The answers to one call. They arrive on the transport's thread and are read on the main one.
 class Answers {
@@ -109,7 +109,7 @@ public:
             const auto reported = [&] { return hasReportSince(before); };
             platform::RunLoop::main()->runUntil([&] { return answered() || reported(); }, planned.patience);
             if (!answered()) {
-                platform::RunLoop::main()->runUntil(answered, patienceForNothing);
+                platform::RunLoop::main()->runUntil(answered, waitForNoAnswer);
             }
             if (faulty_) {
                 // A fault's outcome, and whether the version keeps that outcome from the host, are known only from the
@@ -180,10 +180,10 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     }
 
     // The code screen stays until the join has succeeded, and may deliver more than one code.
-    IdvCompletion heard;
+    IdvCompletion codeEntered;
     const auto typeCode = [&](std::string_view code) {
         return [&, code](IdvCompletion response) {
-            heard = std::move(response);
+            codeEntered = std::move(response);
             return display.typeCode(code);
         };
     };
@@ -191,12 +191,12 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     const auto showScreenAndTypeCode = [&](IdvCompletion response) {
         session->acquire(AcquisitionObject::activationCode, config, [&](const IdvOutcome& outcome) {
             code = outcome ? (*outcome)->data() : "";
-            heard(outcome);
+            codeEntered(outcome);
         });
         return typeCode("000000")(std::move(response));
     };
     const auto scanCode = [&](IdvCompletion response) {
-        heard = std::move(response);
+        codeEntered = std::move(response);
         return display.tap("scanQRCodeButton");
     };
     const auto scan = [&](AcquisitionObject object, std::string_view button) {
@@ -262,7 +262,7 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     }
     if (album) {
         display.showFinalStatus();
-        display.leaveFinalStatus();
+        display.tap("backToHomeButton");
     }
     session->reset();
     walker.step(statusAfterReset);

@@ -34,7 +34,7 @@ constexpr auto usage =
     "\n"
     "  --only KIND            only the leaf, or only the intermediate\n"
     "  --write FILE.plist     add the pins to a list, which is made if need be\n"
-    "  --check FILE.plist     tell whether one of the pins is in a list, and what is wrong with the list;\n"
+    "  --check FILE.plist     tell whether one of the pins is in a list, and the faults of the list;\n"
     "                         without a SOURCE, look at the list alone\n"
     "  --help                 this text\n"
     "\n"
@@ -142,13 +142,13 @@ ExitStatus write(const std::string& file, const std::vector<std::string>& found)
     if (std::filesystem::exists(file, unknown) || unknown) {
         auto list = pins::readList(file);
         if (!list) {
-            return complain(list.error() + "; move the file away to have a new list made");
+            return complain(list.error() + "; move it away to have a new list made");
         }
         if (!list->pins.empty() || !list->isArrayOfText) {
             complainOf(file, list->faults);
         }
         if (!list->isArrayOfText) {
-            return complain(file + " is not a list of pins; move the file away to have a new list made");
+            return complain(file + " is not a list of pins; move it away to have a new list made");
         }
         all = std::move(list->pins);
     }

@@ -110,7 +110,7 @@ std::shared_ptr<platform::ViewController> FaceTec::createSession(std::unique_ptr
     if (std::ranges::any_of(sessions, [](const auto& each) { return each->isShown && !each->isDone; })) {
         memory_->violations.emplace_back("A session was made while another one was going on");
     }
-    auto record = std::make_shared<ScanRecord>(ScanRecord{.kind = processor->kind(), .sessionToken = sessionToken});
+    auto record = std::make_shared<ScanRecord>(ScanRecord{.kind = processor->kind, .sessionToken = sessionToken});
     sessions.push_back(record);
     return std::make_shared<ScanScreen>(std::move(processor), script, waitsForPerson, customization_, std::move(record),
                                         memory_);

@@ -136,66 +136,39 @@ private:
     std::shared_ptr<ScanVerdict> verdict_;
 };
 
-class FaceScanProcessor final : public ScanProcessor {
-public:
-    explicit FaceScanProcessor(std::shared_ptr<platform::FaceTecFaceScanProcessorDelegate> delegate)
-        : delegate_{std::move(delegate)} {}
-
-    ScanRecord::Kind kind() const override { return ScanRecord::Kind::face; }
-
-    Numbers numbers() const override {
-        return {.cancelled = faceScanStatus::cancelled,
-                .timeout = faceScanStatus::timeout,
-                .contextSwitch = faceScanStatus::contextSwitch,
-                .cameraRefused = faceScanStatus::cameraRefused};
-    }
-
-    void process(const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict) override {
-        delegate_->processSessionWhileFaceTecSDKWaits(std::make_shared<FaceResult>(scan.status, script),
-                                                      std::make_shared<FaceCallback>(std::move(verdict)));
-    }
-
-    void done() override { delegate_->onFaceTecSDKCompletelyDone(); }
-
-private:
-    std::shared_ptr<platform::FaceTecFaceScanProcessorDelegate> delegate_;
-};
-
-class IDScanProcessor final : public ScanProcessor {
-public:
-    explicit IDScanProcessor(std::shared_ptr<platform::FaceTecIDScanProcessorDelegate> delegate)
-        : delegate_{std::move(delegate)} {}
-
-    ScanRecord::Kind kind() const override { return ScanRecord::Kind::idDocument; }
-
-    Numbers numbers() const override {
-        return {.cancelled = idScanStatus::cancelled,
-                .timeout = idScanStatus::timeout,
-                .contextSwitch = idScanStatus::contextSwitch,
-                .cameraRefused = idScanStatus::cameraRefused};
-    }
-
-    void process(const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict) override {
-        delegate_->processIDScanWhileFaceTecSDKWaits(std::make_shared<IDScanResult>(scan, script),
-                                                     std::make_shared<IDScanCallback>(std::move(verdict)));
-    }
-
-    void done() override { delegate_->onFaceTecSDKCompletelyDone(); }
-
-private:
-    std::shared_ptr<platform::FaceTecIDScanProcessorDelegate> delegate_;
-};
-
 } // namespace
 
 std::unique_ptr<ScanProcessor>
 makeScanProcessor(std::shared_ptr<platform::FaceTecFaceScanProcessorDelegate> faceScanProcessor) {
-    return std::make_unique<FaceScanProcessor>(std::move(faceScanProcessor));
+    return std::make_unique<ScanProcessor>(ScanProcessor{
+        .kind = ScanRecord::Kind::face,
+        .numbers = {.cancelled = faceScanStatus::cancelled,
+                    .timeout = faceScanStatus::timeout,
+                    .contextSwitch = faceScanStatus::contextSwitch,
+                    .cameraRefused = faceScanStatus::cameraRefused},
+        .process =
+            [faceScanProcessor](const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict) {
+                faceScanProcessor->processSessionWhileFaceTecSDKWaits(
+                    std::make_shared<FaceResult>(scan.status, script),
+                    std::make_shared<FaceCallback>(std::move(verdict)));
+            },
+        .done = [faceScanProcessor] { faceScanProcessor->onFaceTecSDKCompletelyDone(); }});
 }
 
 std::unique_ptr<ScanProcessor>
 makeScanProcessor(std::shared_ptr<platform::FaceTecIDScanProcessorDelegate> idScanProcessor) {
-    return std::make_unique<IDScanProcessor>(std::move(idScanProcessor));
+    return std::make_unique<ScanProcessor>(ScanProcessor{
+        .kind = ScanRecord::Kind::idDocument,
+        .numbers = {.cancelled = idScanStatus::cancelled,
+                    .timeout = idScanStatus::timeout,
+                    .contextSwitch = idScanStatus::contextSwitch,
+                    .cameraRefused = idScanStatus::cameraRefused},
+        .process =
+            [idScanProcessor](const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict) {
+                idScanProcessor->processIDScanWhileFaceTecSDKWaits(
+                    std::make_shared<IDScanResult>(scan, script), std::make_shared<IDScanCallback>(std::move(verdict)));
+            },
+        .done = [idScanProcessor] { idScanProcessor->onFaceTecSDKCompletelyDone(); }});
 }
 
 } // namespace kivo::simulator

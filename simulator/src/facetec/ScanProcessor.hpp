@@ -3,6 +3,7 @@
 #include <kivo/platform/FaceTec.hpp>
 #include <kivo/simulator/ScanScript.hpp>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -26,7 +27,7 @@ struct Scan {
     bool hasBack = true;
 };
 
-/// The kind of scan that a session makes, and the processor that waits for it.
+/// The kind of scan that a session makes, and the calls of the processor that waits for the scan.
 class ScanProcessor {
 public:
     /// The vendor's numbers for the endings that a person can choose.
@@ -37,12 +38,10 @@ public:
         int cameraRefused;
     };
 
-    virtual ~ScanProcessor() = default;
-
-    virtual ScanRecord::Kind kind() const = 0;
-    virtual Numbers numbers() const = 0;
-    virtual void process(const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict) = 0;
-    virtual void done() = 0;
+    ScanRecord::Kind kind;
+    Numbers numbers;
+    std::function<void(const Scan& scan, const ScanScript& script, std::shared_ptr<ScanVerdict> verdict)> process;
+    std::function<void()> done;
 };
 
 std::unique_ptr<ScanProcessor>

@@ -104,7 +104,7 @@ void ScanScreen::viewDidDisappear(bool /*animated*/) {
         return;
     }
     if (stage_ == Stage::made || stage_ == Stage::scanning || stage_ == Stage::waiting) {
-        handOver(processor_->numbers().contextSwitch);
+        handOver(processor_->numbers.contextSwitch);
     } else if (stage_ == Stage::judged) {
         close();
     }
@@ -112,7 +112,7 @@ void ScanScreen::viewDidDisappear(bool /*animated*/) {
 
 void ScanScreen::scan() {
     enter(Stage::scanning);
-    const auto numbers = processor_->numbers();
+    const auto numbers = processor_->numbers;
     show(page(waitsForPerson_ ? "There is no camera here: choose how the scan goes."
                               : "There is no camera here: the scan goes as it was planned."),
          {ending("finishScanButton", "Finish the scan", 0), ending("cancelScanButton", "Cancel", numbers.cancelled),
@@ -135,7 +135,7 @@ void ScanScreen::endScan(int status) {
 void ScanScreen::handOver(int status) {
     enter(Stage::waiting);
     show(page(status == 0 ? "Sending the scan" : "Stopping"),
-         {ending("switchAppButton", "Switch to another app", processor_->numbers().contextSwitch)});
+         {ending("switchAppButton", "Switch to another app", processor_->numbers.contextSwitch)});
     verdict_ = std::make_shared<Verdict>(std::static_pointer_cast<ScanScreen>(shared_from_this()));
     record_->results.push_back(status);
     if (status == 0 && script_.statusWhileWaiting) {
@@ -181,7 +181,7 @@ void ScanScreen::askAgain() {
     show(page("Please scan once more",
               hasPicture ? look_->guidanceCustomization.retryScreenSlideshowImages.front() : nullptr),
          {{"scanAgainButton", "Scan again", ifStillHere([this] { scan(); })},
-          ending("cancelScanButton", "Cancel", processor_->numbers().cancelled)});
+          ending("cancelScanButton", "Cancel", processor_->numbers.cancelled)});
     if (!waitsForPerson_) {
         later(0s, [this] { scan(); });
     }
