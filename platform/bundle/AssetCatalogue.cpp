@@ -1,7 +1,7 @@
 #include "platform/bundle/AssetCatalogue.hpp"
 
 #include "platform/json/Json.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <algorithm>
 #include <array>

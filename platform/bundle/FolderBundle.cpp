@@ -1,7 +1,7 @@
 #include "platform/bundle/FolderBundle.hpp"
 
 #include "platform/bundle/PropertyListReader.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <algorithm>
 #include <expected>

@@ -1,5 +1,5 @@
 #include "platform/bundle/PropertyListForms.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <expat.h>
 

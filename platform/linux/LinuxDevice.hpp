@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/DataFolder.hpp"
+#include "platform/posix/PrivateFolder.hpp"
 
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>

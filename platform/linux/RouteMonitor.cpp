@@ -1,7 +1,7 @@
 #include "platform/linux/RouteMonitor.hpp"
 
 #include "platform/posix/BackgroundThread.hpp"
-#include "platform/posix/FileDescriptor.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>

@@ -1,6 +1,6 @@
 #include "platform/linux/RouteTable.hpp"
 
-#include "platform/posix/FileDescriptor.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>

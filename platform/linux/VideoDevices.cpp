@@ -1,6 +1,6 @@
 #include "platform/camera/VideoDevices.hpp"
 
-#include "platform/posix/FileDescriptor.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <fcntl.h>
 #include <linux/videodev2.h>

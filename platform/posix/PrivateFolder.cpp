@@ -1,7 +1,5 @@
 #include "platform/posix/PrivateFolder.hpp"
 
-#include "platform/posix/QuotedPath.hpp"
-
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -56,8 +54,8 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
     return entry;
 }
 
-/// Goes by the descriptor, so that no link leads the change elsewhere. What can only be read keeps its mode. ENOSYS
-/// where the system has no /proc.
+/// Changes the mode through the descriptor, so that no link leads the change elsewhere. On a read-only file system the
+/// mode stays. ENOSYS where the system has no /proc.
 int changeMode(const FileDescriptor& descriptor, mode_t mode) {
     const auto path = "/proc/self/fd/" + std::to_string(descriptor.get());
     if (chmod(path.c_str(), mode) == 0 || errno == EROFS) {
@@ -95,7 +93,7 @@ std::vector<Step> stepsTo(const DataFolder& where) {
 
 std::expected<FileDescriptor, FileProblem> descend(int parent, const Step& step, const fs::path& path,
                                                    PrivateFolder::Missing missing) {
-    // Also a folder that cannot be read can be opened so, and opening a FIFO does not wait.
+    // O_PATH opens also a folder without read permission, and does not wait for the writer of a FIFO.
     const auto open = [&](int flags) {
         return FileDescriptor{openat(parent, step.name.c_str(), O_PATH | O_CLOEXEC | flags)};
     };
@@ -173,7 +171,7 @@ std::expected<PrivateFolder, FileProblem> PrivateFolder::open(const DataFolder& 
 
 std::expected<PrivateFolder::Lock, FileProblem>
 PrivateFolder::lock(std::chrono::steady_clock::time_point deadline) const {
-    // Of its own, since a lock belongs to what was opened: two threads would share that of the folder.
+    // A descriptor of its own: a lock belongs to the open file, so two threads would share the folder's lock.
     auto descriptor = readable(descriptor_.get());
     if (!descriptor) {
         return systemProblem(errno);
@@ -202,7 +200,7 @@ std::expected<bool, FileProblem> PrivateFolder::has(const char* name) const {
     if (!entry) {
         return std::unexpected{entry.error()};
     }
-    // A backup may have brought the file back so that others can read it.
+    // A restored backup may be readable by other users.
     if ((entry->st_mode & ofOthers) != 0) {
         if (const int error = changeMode(file, entry->st_mode & S_IRWXU); error != 0) {
             return systemProblem(error);

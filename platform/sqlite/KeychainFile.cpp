@@ -1,6 +1,5 @@
 #include "platform/sqlite/KeychainFile.hpp"
 
-#include "platform/posix/QuotedPath.hpp"
 #include "platform/sqlite/KeychainSchema.hpp"
 
 #include <sys/stat.h>

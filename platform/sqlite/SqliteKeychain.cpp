@@ -1,7 +1,7 @@
 #include "platform/sqlite/SqliteKeychain.hpp"
 
 #include "platform/openssl/SealedValue.hpp"
-#include "platform/posix/Turns.hpp"
+#include "platform/posix/DeadlineMutex.hpp"
 #include "platform/sqlite/KeychainFile.hpp"
 
 #include <sys/types.h>
@@ -128,7 +128,7 @@ private:
         user_ = getpid();
         std::vector<std::string> reports;
         OSStatus status = errSecNotAvailable;
-        if (const auto turn = turns_.take(deadline)) {
+        if (const auto lock = mutex_.lock(deadline)) {
             status = performAlone(purpose, operation, deadline);
             reports = file_.takeReports();
         } else {
@@ -318,7 +318,7 @@ private:
     /// The process that has used the keychain; 0 before the first call.
     std::atomic<pid_t> user_{0};
     std::atomic<bool> isForkTold_{false};
-    Turns turns_;
+    DeadlineMutex mutex_;
     KeychainFile file_;
 };
 

@@ -1,7 +1,7 @@
 #include "Sources.hpp"
 
 #include "platform/openssl/OpenSslObjects.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <kivo/platform/Services.hpp>
 

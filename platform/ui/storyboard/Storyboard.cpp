@@ -1,4 +1,4 @@
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 #include "platform/ui/ViewControllerState.hpp"
 #include "platform/ui/storyboard/Classes.hpp"
 #include "platform/ui/storyboard/Connections.hpp"

@@ -1,4 +1,4 @@
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -33,7 +33,7 @@ std::expected<std::optional<std::string>, std::string> readFile(const std::files
     if (!S_ISREG(status.st_mode)) {
         return std::unexpected{"is not a file"};
     }
-    // A byte more than its size shows that the file has grown since.
+    // Room for one byte more than the size shows whether the file has grown since.
     std::string bytes(std::min(static_cast<std::size_t>(status.st_size), largestFile) + 1, '\0');
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
     if (std::ferror(file.get()) != 0) {
