@@ -1,4 +1,5 @@
 #include <kivo/platform/Url.hpp>
+#include <kivo/platform/UrlSession.hpp>
 
 #include <arpa/inet.h>
 
@@ -39,7 +40,7 @@ bool isScheme(std::string_view text) {
            std::ranges::all_of(text, [](char c) { return isLetterOrDigit(c) || "+-."sv.contains(c); });
 }
 
-// Narrower than a registered name of RFC 3986, which may hold escapes and signs that readers of addresses disagree on.
+// Narrower than a registered name of RFC 3986: escapes and some signs mean different hosts to different programs.
 bool isHostName(std::string_view text) {
     return !text.empty() && !text.starts_with('.') && !text.contains("..") &&
            std::ranges::all_of(text, [](char c) { return isLetterOrDigit(c) || "-._~"sv.contains(c); });
@@ -51,7 +52,7 @@ bool isIPv6(const std::string& text) {
            ::inet_pton(AF_INET6, text.c_str(), &address) == 1;
 }
 
-// What follows the host and the port: path, query and fragment.
+// Whether a text is the end of an address after host and port: path, query and fragment.
 bool isRest(std::string_view text) {
     bool isInFragment = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -109,6 +110,40 @@ std::optional<Url> parseUrl(std::string_view text) {
     }
     url.port = *port;
     return url;
+}
+
+std::string_view name(UrlErrorKind kind) {
+    switch (kind) {
+    case UrlErrorKind::badUrl:
+        return "badUrl";
+    case UrlErrorKind::unsupportedScheme:
+        return "unsupportedScheme";
+    case UrlErrorKind::cannotFindHost:
+        return "cannotFindHost";
+    case UrlErrorKind::cannotConnect:
+        return "cannotConnect";
+    case UrlErrorKind::secureConnectionFailed:
+        return "secureConnectionFailed";
+    case UrlErrorKind::serverCertificateUntrusted:
+        return "serverCertificateUntrusted";
+    case UrlErrorKind::pinMismatch:
+        return "pinMismatch";
+    case UrlErrorKind::timedOut:
+        return "timedOut";
+    case UrlErrorKind::connectionLost:
+        return "connectionLost";
+    case UrlErrorKind::badAnswer:
+        return "badAnswer";
+    case UrlErrorKind::tooManyRedirects:
+        return "tooManyRedirects";
+    case UrlErrorKind::answerTooLarge:
+        return "answerTooLarge";
+    case UrlErrorKind::cancelled:
+        return "cancelled";
+    case UrlErrorKind::unknown:
+        return "unknown";
+    }
+    return "";
 }
 
 } // namespace kivo::platform

@@ -1,6 +1,6 @@
 #include "platform/bundle/FolderBundles.hpp"
 
-#include "platform/base/OwnFile.hpp"
+#include "platform/base/CodeLocation.hpp"
 #include "platform/bundle/FolderBundle.hpp"
 
 #include <algorithm>
@@ -38,8 +38,8 @@ private:
 
 fs::path installedSdkBundle() {
     constexpr auto name = "ZORFramework.bundle";
-    const auto library = ownFile().parent_path();
-    const auto program = executable().parent_path();
+    const auto library = libraryFile().parent_path();
+    const auto program = executableFile().parent_path();
     const std::array places{library / name, library.parent_path() / "share/kivo" / name,
                             library.parent_path().parent_path() / "share/kivo" / name,
                             program.parent_path() / "lib" / name, program.parent_path() / "share/kivo" / name};
@@ -64,7 +64,7 @@ std::vector<std::string> personLanguages() {
 std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBundle,
                                            std::shared_ptr<Diagnostics> diagnostics) {
     if (mainBundle.empty()) {
-        mainBundle = executable() += ".bundle";
+        mainBundle = executableFile() += ".bundle";
         if (mainBundle == ".bundle") {
             // No file exists below a file. A folder of the working directory must not pass for the host's bundle.
             mainBundle = "/dev/null/main.bundle";

@@ -1,6 +1,6 @@
 #include "platform/camera/Modules.hpp"
 
-#include "platform/base/OwnFile.hpp"
+#include "platform/base/CodeLocation.hpp"
 
 #include <dlfcn.h>
 
@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 fs::path placeOf(const char* file) {
     // Programs of the build tree contain the library's objects; the modules lie beside the library all the same.
-    const auto folder = ownFile().parent_path();
+    const auto folder = libraryFile().parent_path();
     const std::array places{folder / file, folder.parent_path() / "lib" / file};
     std::error_code error;
     return fs::exists(places.back(), error) && !fs::exists(places.front(), error) ? places.back() : places.front();

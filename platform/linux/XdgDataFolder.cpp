@@ -1,6 +1,6 @@
 #include "platform/linux/XdgDataFolder.hpp"
 
-#include "platform/base/OwnFile.hpp"
+#include "platform/base/CodeLocation.hpp"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -40,7 +40,7 @@ fs::path homeFolder() {
 std::string applicationName(const Bundle& mainBundle) {
     auto name = mainBundle.bundleIdentifier().value_or("");
     if (name.empty()) {
-        name = "executable." + executable().filename().string();
+        name = "executable." + executableFile().filename().string();
     }
     // An identifier is a name, never a path.
     std::ranges::replace(name, '/', '_');

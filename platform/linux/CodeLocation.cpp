@@ -1,4 +1,4 @@
-#include "platform/base/OwnFile.hpp"
+#include "platform/base/CodeLocation.hpp"
 
 #include <dlfcn.h>
 
@@ -10,7 +10,7 @@ namespace kivo::platform {
 
 namespace fs = std::filesystem;
 
-fs::path executable() {
+fs::path executableFile() {
     std::error_code error;
     auto file = fs::read_symlink("/proc/self/exe", error).string();
     // So Linux marks one that was replaced while it runs; what lies beside it is where it was.
@@ -21,14 +21,14 @@ fs::path executable() {
     return file;
 }
 
-fs::path ownFile() {
+fs::path libraryFile() {
     Dl_info info{};
     std::error_code error;
-    if (dladdr(reinterpret_cast<const void*>(&ownFile), &info) == 0 || !info.dli_fname) {
-        return executable();
+    if (dladdr(reinterpret_cast<const void*>(&libraryFile), &info) == 0 || !info.dli_fname) {
+        return executableFile();
     }
     auto file = fs::canonical(info.dli_fname, error);
-    return error ? executable() : file;
+    return error ? executableFile() : file;
 }
 
 } // namespace kivo::platform
