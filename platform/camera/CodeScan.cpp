@@ -15,7 +15,7 @@ CodeScan::CodeScan(std::shared_ptr<CodeReader> reader, std::shared_ptr<MetadataO
     , preview_{std::move(before)} {}
 
 std::error_code CodeScan::start() {
-    // The reader's library has tables that are gone when its exit handlers have run.
+    // The exit handlers of the reader's library destroy its tables.
     static const bool isAhead = (ExitGuard::shared().runAheadOfHandlersSoFar(), true);
     std::ignore = isAhead;
     if (!ExitGuard::shared().add(shared_from_this())) {
@@ -49,7 +49,7 @@ void CodeScan::take(std::shared_ptr<const VideoFrame> frame) {
     if (!frame || !frame->isWhole()) {
         return;
     }
-    // Declared before the lock: pictures are large, and their last references go outside it.
+    // Declared before the lock: pictures are large, and are to be destroyed outside the lock.
     std::shared_ptr<const VideoFrame> shown = frame;
     const std::scoped_lock lock{mutex_};
     if (isStopped_ || hasEnded_) {

@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path placeOf(const char* file) {
-    // Programs of the build tree contain the library's objects; the modules lie beside the library all the same.
+    // A program of the build tree contains the library's objects, but the modules lie beside the library in lib/.
     const auto folder = libraryFile().parent_path();
     const std::array places{folder / file, folder.parent_path() / "lib" / file};
     std::error_code error;
@@ -28,7 +28,7 @@ std::expected<const Module*, std::string> load() {
         return std::unexpected{std::string{Module::file} + " cannot be used: " + what + ". It is installed beside " +
                                "libkivo and needs " + Module::needs + "."};
     };
-    // Never closed: the libraries behind it keep threads and exit handlers.
+    // Never closed: the module's libraries keep threads and exit handlers.
     void* const loaded = ::dlopen(placeOf(Module::file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (loaded == nullptr) {
         return problem(::dlerror());
