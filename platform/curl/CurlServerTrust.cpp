@@ -1,6 +1,6 @@
 #include "platform/curl/CurlServerTrust.hpp"
 
-#include "platform/openssl/CertificateChain.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
 #include "platform/openssl/OpenSslObjects.hpp"
 
 #include <openssl/x509.h>
