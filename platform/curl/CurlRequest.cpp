@@ -1,6 +1,6 @@
 #include "platform/curl/CurlRequest.hpp"
 
-#include "platform/curl/HttpText.hpp"
+#include "platform/curl/HttpAnswer.hpp"
 
 #include <algorithm>
 #include <optional>
@@ -12,12 +12,20 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
+/// Whether a text may be a header's name or a method.
+bool isToken(std::string_view text) {
+    return !text.empty() && std::ranges::all_of(text, [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+               "!#$%&'*+-.^_`|~"sv.contains(c);
+    });
+}
+
 bool contains(const std::vector<HttpHeader>& headers, std::string_view name) {
     return std::ranges::any_of(headers, [name](const auto& header) { return sameName(header.first, name); });
 }
 
-// How a message is delimited follows from the body alone; a header that says otherwise would garble the connection. A
-// server that refuses an expectation would have the request sent twice.
+// Whether the header says where a message ends, or asks for an expectation. The end follows from the body alone;
+// another statement would garble the connection. A refused expectation would have the request sent twice.
 bool framesMessage(std::string_view name) {
     return sameName(name, "Content-Length") || sameName(name, "Transfer-Encoding") || sameName(name, "Expect");
 }
@@ -53,7 +61,8 @@ CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
     const auto addHeader = [&](const HttpHeader& header) {
         const auto value = trimmed(header.second);
         if (!framesMessage(header.first) && !(isAbroad && isCredential(header.first))) {
-            // libcurl takes "name:" for the wish to leave a header out, and "name;" for one without value.
+            // libcurl leaves a header out when it reads "name:", and sends a header without value when it reads
+            // "name;".
             add(header.first, value.empty() ? ";" : ": ", value);
         }
     };
