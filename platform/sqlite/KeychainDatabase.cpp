@@ -1,7 +1,10 @@
-#include "platform/sqlite/SqliteDatabase.hpp"
+#include "platform/sqlite/KeychainDatabase.hpp"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <string>
+#include <string_view>
 #include <thread>
 
 namespace kivo::platform {
@@ -9,6 +12,42 @@ namespace {
 
 constexpr std::chrono::milliseconds firstPause{1};
 constexpr std::chrono::milliseconds longestPause{50};
+
+// The header holds the version twice, so that a damaged number does not pass for the version of a newer release.
+constexpr std::int64_t formatVersion = 1;
+constexpr std::int64_t applicationBase = 0x4B490000;
+
+constexpr auto createVersion = "PRAGMA user_version = 1; PRAGMA application_id = 0x4B490001";
+
+constexpr auto createItems = R"(CREATE TABLE items(
+    id INTEGER PRIMARY KEY,
+    class TEXT NOT NULL,
+    service TEXT NOT NULL,
+    account TEXT NOT NULL,
+    access_group TEXT NOT NULL,
+    generic TEXT,
+    accessible TEXT,
+    value BLOB NOT NULL,
+    UNIQUE(class, service, account, access_group)))";
+
+// An index repeats every column that no seal protects: the check of the database compares the index with the table.
+constexpr auto createAttributes = "CREATE INDEX attributes ON items(generic, accessible)";
+
+constexpr auto actualSchema =
+    "SELECT group_concat(type || ' ' || name || ' ' || tbl_name || ' ' || coalesce(sql, ''), ';') "
+    "FROM (SELECT * FROM sqlite_master ORDER BY rowid)";
+
+/// Whether a finding of SQLite's check is only a page that the system could not read. The page itself may be sound.
+bool tellsOfUnreadPage(std::string_view finding) {
+    const auto damage = "error code=" + std::to_string(SQLITE_CORRUPT);
+    return (finding.contains("unable to get the page") && !finding.ends_with(damage)) ||
+           finding.contains("failed to get page");
+}
+
+std::string expectedSchema() {
+    return std::string{"table items items "} + createItems + ";index sqlite_autoindex_items_1 items ;" +
+           "index attributes items " + createAttributes;
+}
 
 } // namespace
 
@@ -114,7 +153,7 @@ int SqliteDatabase::lastError() const {
 }
 
 int SqliteDatabase::systemError() const {
-    // SQLite keeps no number for a write that failed; errno still holds it.
+    // SQLite keeps no error number of a failed write, but errno still holds the number.
     const int kept = sqlite3_system_errno(connection_);
     return kept != 0 ? kept : errno;
 }
@@ -140,6 +179,55 @@ bool SqliteDatabase::hasUnknownFormat() const {
 
 bool SqliteDatabase::isInTransaction() const {
     return sqlite3_get_autocommit(connection_) == 0;
+}
+
+KeychainState examine(SqliteDatabase& database) {
+    const auto version = database.number("PRAGMA user_version");
+    const auto application = database.number("PRAGMA application_id");
+    const auto schema = database.text(actualSchema);
+    if (!version || !application || !schema) {
+        // A failed query is no proof of damage.
+        return isDamage(database.lastError()) ? KeychainState::damaged : KeychainState::unknown;
+    }
+    if (*version == 0 && *application == 0 && schema->empty()) {
+        return KeychainState::fresh;
+    }
+    if (*application != applicationBase + *version) {
+        return KeychainState::damaged;
+    }
+    if (*version > formatVersion) {
+        return KeychainState::newer;
+    }
+    if (*version != formatVersion || *schema != expectedSchema()) {
+        return KeychainState::damaged;
+    }
+    const auto check = database.text("PRAGMA integrity_check(1)");
+    if (!check) {
+        return isDamage(database.lastError()) ? KeychainState::damaged : KeychainState::unknown;
+    }
+    if (tellsOfUnreadPage(*check)) {
+        return KeychainState::unknown;
+    }
+    return *check == "ok" ? KeychainState::sound : KeychainState::damaged;
+}
+
+int createSchema(SqliteDatabase& database) {
+    const auto statements =
+        std::string{"BEGIN IMMEDIATE;"} + createItems + ";" + createAttributes + ";" + createVersion + ";COMMIT";
+    return database.run(statements.c_str());
+}
+
+bool isDamage(int sqliteError) {
+    switch (sqliteError & 0xFF) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    // The statements are correct, so the fault lies in the tables or in the format.
+    case SQLITE_ERROR:
+    case SQLITE_MISMATCH:
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace kivo::platform

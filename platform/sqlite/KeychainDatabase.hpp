@@ -14,7 +14,7 @@
 
 namespace kivo::platform {
 
-/// A prepared statement for one run: it is reset when this goes.
+/// A prepared statement for one run, at whose end the destructor resets the statement.
 class SqliteStatement {
 public:
     explicit SqliteStatement(sqlite3_stmt* statement)
@@ -24,7 +24,7 @@ public:
     SqliteStatement& operator=(const SqliteStatement&) = delete;
     ~SqliteStatement();
 
-    /// Parameters are bound in order. The text must outlive the run.
+    /// Binds the next parameter. The text or bytes must outlive the run.
     void bindText(std::string_view text);
     void bindBlob(std::string_view bytes);
     void bindInteger(std::int64_t number);
@@ -33,7 +33,7 @@ public:
     /// SQLITE_ROW, SQLITE_DONE or an error.
     int step();
 
-    /// Columns of the current row; text and bytes are valid until the next step.
+    /// A column of the current row. The bytes are valid until the next step.
     std::string_view bytes(int column) const;
     std::int64_t integer(int column) const;
 
@@ -45,24 +45,24 @@ private:
 /// One open database, for one thread at a time.
 class SqliteDatabase {
 public:
-    /// Opens an existing file, to read only where the file does not allow more, or gives the error.
+    /// Opens an existing file, read-only when the file cannot be written. The error is SQLite's.
     static std::expected<std::unique_ptr<SqliteDatabase>, int> open(const std::filesystem::path& file);
 
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
     ~SqliteDatabase();
 
-    /// Until when statements wait for another process; from then on their error is SQLITE_BUSY.
+    /// The time until which statements wait for another process. After the deadline their error is SQLITE_BUSY.
     void setDeadline(std::chrono::steady_clock::time_point deadline) { deadline_ = deadline; }
 
     /// Runs statements that give no rows; SQLITE_OK or an error.
     int run(const char* statements);
 
-    /// The first value that a query gives; absent on an error, which `lastError` then names.
+    /// The first value of a query's result; absent on an error, which `lastError` then names.
     std::optional<std::int64_t> number(const std::string& query);
     std::optional<std::string> text(const std::string& query);
 
-    /// A statement is compiled once. Absent on an error, which `lastError` then names.
+    /// The statement with this text, which is compiled at first use. Absent on an error, which `lastError` then names.
     std::optional<SqliteStatement> prepare(const std::string& text);
 
     int lastError() const;
@@ -76,7 +76,7 @@ public:
     /// Whether the file can only be read.
     bool isReadOnly() const;
 
-    /// Whether the header asks for a format that SQLite does not write, as only damage makes it.
+    /// Whether the file's header names a format that SQLite never writes, which is a sign of damage.
     bool hasUnknownFormat() const;
 
     bool isInTransaction() const;
@@ -89,5 +89,26 @@ private:
     std::chrono::steady_clock::time_point deadline_;
     std::map<std::string, sqlite3_stmt*> statements_;
 };
+
+/// The result of examining a keychain's database.
+enum class KeychainState {
+    sound,
+    /// Empty: no item was ever stored.
+    fresh,
+    /// Made by a newer release of this library.
+    newer,
+    damaged,
+    /// The database gave an error, which `lastError` names.
+    unknown,
+};
+
+/// Examines the whole database: versions, tables, pages and indexes.
+KeychainState examine(SqliteDatabase& database);
+
+/// Fills a fresh database with its tables; SQLITE_OK or an error.
+int createSchema(SqliteDatabase& database);
+
+/// Whether an error of SQLite means that the file is damaged.
+bool isDamage(int sqliteError);
 
 } // namespace kivo::platform
