@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 fs::path executableFile() {
     std::error_code error;
     auto file = fs::read_symlink("/proc/self/exe", error).string();
-    // So Linux marks one that was replaced while it runs; what lies beside it is where it was.
+    // Linux marks a program that was replaced while it runs in this way. The files beside the program stay in place.
     constexpr std::string_view replaced = " (deleted)";
     if (file.ends_with(replaced) && !fs::exists(file, error)) {
         file.resize(file.size() - replaced.size());

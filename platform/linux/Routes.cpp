@@ -1,10 +1,13 @@
-#include "platform/linux/RouteTable.hpp"
+#include "platform/linux/Routes.hpp"
 
+#include "platform/posix/BackgroundThread.hpp"
 #include "platform/posix/Files.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -14,11 +17,12 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 namespace kivo::platform {
 namespace {
 
-// As large as the kernel's own dump blocks, so that nothing is cut off.
+// As large as the kernel's own blocks of a dump, so that no message is cut off.
 using Block = std::array<char, 32768>;
 
 constexpr unsigned deadHop = RTNH_F_DEAD | RTNH_F_LINKDOWN;
@@ -77,11 +81,12 @@ bool isStandingDefaultRoute(const nlmsghdr& message) {
             break;
         }
     }
-    // Without either the route refers to a next hop object, which the kernel drops together with its interface.
+    // A route without interface and without hops refers to a next hop object, which the kernel drops with its
+    // interface.
     return table == RT_TABLE_MAIN && leadsOut.value_or(true);
 }
 
-/// One walk through all routes; absent when they changed meanwhile and the walk must start over.
+/// Walks through all routes once. Absent when the routes changed meanwhile, so that the walk must be repeated.
 std::expected<std::optional<bool>, int> walkRoutes() {
     const FileDescriptor socket{::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)};
 
@@ -123,7 +128,34 @@ std::expected<std::optional<bool>, int> walkRoutes() {
     }
 }
 
+FileDescriptor subscribe() {
+    FileDescriptor socket{::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE)};
+    sockaddr_nl address{};
+    address.nl_family = AF_NETLINK;
+    address.nl_groups = RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE | RTMGRP_LINK;
+    const bool isBound =
+        socket && ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    return isBound ? std::move(socket) : FileDescriptor{};
+}
+
+// Reads the kernel's messages away. Their content does not matter, and neither do lost messages (ENOBUFS): the routes
+// are read again afterwards. False when the socket has failed.
+bool drain(const FileDescriptor& news) {
+    std::array<char, 4096> unused;
+    for (;;) {
+        if (::recv(news.get(), unused.data(), unused.size(), 0) >= 0 || errno == EINTR || errno == ENOBUFS) {
+            continue;
+        }
+        return errno == EAGAIN || errno == EWOULDBLOCK;
+    }
+}
+
 } // namespace
+
+struct RouteMonitor::Channel {
+    FileDescriptor news;
+    FileDescriptor end;
+};
 
 std::expected<bool, int> defaultRouteStands() {
     constexpr int mostWalks = 10;
@@ -137,6 +169,47 @@ std::expected<bool, int> defaultRouteStands() {
         }
     }
     return std::unexpected{EAGAIN};
+}
+
+std::expected<std::unique_ptr<RouteMonitor>, int> RouteMonitor::start(std::function<void()> changed) {
+    const auto channel = std::make_shared<Channel>();
+    channel->news = subscribe();
+    if (!channel->news) {
+        return std::unexpected{errno};
+    }
+    channel->end = FileDescriptor{::eventfd(0, EFD_CLOEXEC)};
+    if (!channel->end) {
+        return std::unexpected{errno};
+    }
+    const auto watch = [channel, changed = std::move(changed)] { run(*channel, changed); };
+    if (const auto error = startBackgroundThread("kivo-routes", watch)) {
+        return std::unexpected{error.value()};
+    }
+    return std::unique_ptr<RouteMonitor>{new RouteMonitor{channel}};
+}
+
+RouteMonitor::RouteMonitor(std::shared_ptr<Channel> channel)
+    : channel_{std::move(channel)} {}
+
+RouteMonitor::~RouteMonitor() {
+    eventfd_write(channel_->end.get(), 1);
+}
+
+void RouteMonitor::run(const Channel& channel, const std::function<void()>& changed) {
+    changed();
+    std::array polled{pollfd{channel.end.get(), POLLIN, 0}, pollfd{channel.news.get(), POLLIN, 0}};
+    for (;;) {
+        if (::poll(polled.data(), polled.size(), -1) < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return;
+        }
+        if (polled[0].revents != 0 || !drain(channel.news)) {
+            return;
+        }
+        changed();
+    }
 }
 
 } // namespace kivo::platform

@@ -6,11 +6,15 @@
 
 namespace kivo::platform {
 
-/// Watches the kernel's routes and interfaces on a thread of its own, which ends when this goes.
+/// Whether the main routing table holds an IPv4 or IPv6 default route through an interface that is up. The error is an
+/// error number of the kernel.
+std::expected<bool, int> defaultRouteStands();
+
+/// Watches the kernel's routes and interfaces on a thread of its own, which ends with the monitor.
 class RouteMonitor {
 public:
-    /// Calls `changed` on the thread: once at first, and whenever something may have changed since the last call. A
-    /// call under way when the monitor goes is not waited for. An error number when watching cannot begin.
+    /// Calls `changed` on the thread: once at first, then whenever routes or interfaces may have changed. The
+    /// destructor does not wait for a call in progress. The error is an error number.
     static std::expected<std::unique_ptr<RouteMonitor>, int> start(std::function<void()> changed);
 
     RouteMonitor(const RouteMonitor&) = delete;
