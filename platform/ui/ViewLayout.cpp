@@ -1,3 +1,4 @@
+#include <kivo/platform/ui/LayoutConstraint.hpp>
 #include <kivo/platform/ui/View.hpp>
 
 #include <algorithm>
@@ -174,6 +175,23 @@ Size View::sizeThatFits(double widthLimit) {
         needed.height = std::max(needed.height, vertical(subview->placement_).extent(fit.height));
     }
     return needed;
+}
+
+double LayoutConstraint::constant() const {
+    const auto view = view_.lock();
+    if (!view) {
+        return 0;
+    }
+    const auto& placement = view->placement();
+    return (attribute_ == Attribute::width ? placement.width : placement.height).value_or(0);
+}
+
+void LayoutConstraint::setConstant(double constant) {
+    if (const auto view = view_.lock()) {
+        auto placement = view->placement();
+        (attribute_ == Attribute::width ? placement.width : placement.height) = constant;
+        view->setPlacement(placement);
+    }
 }
 
 } // namespace kivo::platform

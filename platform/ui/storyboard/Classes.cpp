@@ -30,7 +30,7 @@ StoryboardClasses knownFromTheStart() {
     return all;
 }
 
-/// Made when first asked for: a host's static initialisers may ask as well.
+/// Made at first use: a host's static initialisers may use it as well.
 StoryboardClasses& registered() {
     static auto& all = *new StoryboardClasses{knownFromTheStart()};
     return all;
@@ -40,7 +40,7 @@ auto& screens() {
     return registered().screens;
 }
 
-/// The view classes that somebody registered, which come before the platform's own.
+/// The registered classes of views, which come before the view model's own.
 Views& registeredViews() {
     return registered().views;
 }

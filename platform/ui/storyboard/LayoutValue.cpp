@@ -1,4 +1,4 @@
-#include "platform/ui/storyboard/Values.hpp"
+#include "platform/ui/storyboard/LayoutValue.hpp"
 
 #include <algorithm>
 #include <array>
@@ -34,13 +34,13 @@ std::string words(double number) {
 
 } // namespace
 
-void Value::needObject() const {
+void LayoutValue::needObject() const {
     if (content.kind() != json::Kind::object) {
         where.fail("this must be an object; write it in braces.");
     }
 }
 
-Value Value::member(std::string_view name) const {
+LayoutValue LayoutValue::member(std::string_view name) const {
     needObject();
     const auto* const found = content.find(name);
     if (found == nullptr) {
@@ -49,7 +49,7 @@ Value Value::member(std::string_view name) const {
     return {*found, where.in(inQuotes(name)), bundle};
 }
 
-std::string Value::name() const {
+std::string LayoutValue::name() const {
     const auto* const name = content.text();
     if (name == nullptr || name->empty()) {
         where.fail("this must be a text that is not empty.");
@@ -57,7 +57,7 @@ std::string Value::name() const {
     return *name;
 }
 
-bool Value::flag() const {
+bool LayoutValue::flag() const {
     const auto flag = content.boolean();
     if (!flag) {
         where.fail("this must be true or false.");
@@ -65,7 +65,7 @@ bool Value::flag() const {
     return *flag;
 }
 
-double Value::number(double least, double most) const {
+double LayoutValue::number(double least, double most) const {
     const auto value = content.real();
     if (!value && content.kind() == json::Kind::number) {
         where.fail("this number is beyond all bounds; write a smaller one.");
@@ -76,7 +76,7 @@ double Value::number(double least, double most) const {
     return *value;
 }
 
-int Value::integer(int least, int most) const {
+int LayoutValue::integer(int least, int most) const {
     const bool isBeyondAll = content.kind() == json::Kind::number && !content.real();
     if (!content.integer() && !isBeyondAll) {
         where.fail("this must be a whole number.");
@@ -84,11 +84,11 @@ int Value::integer(int least, int most) const {
     return static_cast<int>(number(least, most));
 }
 
-double Value::points() const {
+double LayoutValue::points() const {
     return number(-furthestPoint, furthestPoint);
 }
 
-std::string Value::text() const {
+std::string LayoutValue::text() const {
     if (const auto* const text = content.text()) {
         return *text;
     }
@@ -98,7 +98,7 @@ std::string Value::text() const {
     return bundle.localizedString(member("key").name());
 }
 
-std::optional<Color> Value::color() const {
+std::optional<Color> LayoutValue::color() const {
     const auto word = name();
     if (word.starts_with('#')) {
         const auto color = hexColor(std::string_view{word}.substr(1));
@@ -115,11 +115,11 @@ std::optional<Color> Value::color() const {
     return found != common.end() ? std::optional{found->second} : bundle.color(word);
 }
 
-Font Value::font() const {
+Font LayoutValue::font() const {
     std::string family;
     double size = 0;
     bool isScaled = false;
-    eachMember([&](const std::string& name, const Value& value) {
+    eachMember([&](const std::string& name, const LayoutValue& value) {
         if (name == "name") {
             family = value.name();
         } else if (name == "size") {
@@ -138,7 +138,7 @@ Font Value::font() const {
     return font;
 }
 
-Placement Value::placement() const {
+Placement LayoutValue::placement() const {
     static const std::array<std::pair<std::string_view, std::optional<double> Placement::*>, 9> distances{
         {{"top", &Placement::top},
          {"left", &Placement::left},
@@ -150,7 +150,7 @@ Placement Value::placement() const {
          {"height", &Placement::height},
          {"minimumHeight", &Placement::minimumHeight}}};
     Placement placement;
-    eachMember([&](const std::string& name, const Value& value) {
+    eachMember([&](const std::string& name, const LayoutValue& value) {
         const auto found = std::ranges::find(distances, name, [](const auto& each) { return each.first; });
         if (name == "ignoresSafeArea") {
             placement.ignoresSafeArea = value.flag();
@@ -167,13 +167,13 @@ Placement Value::placement() const {
     return placement;
 }
 
-EdgeInsets Value::insets() const {
+EdgeInsets LayoutValue::insets() const {
     EdgeInsets insets;
     if (content.kind() == json::Kind::number) {
         const auto all = points();
         return {.top = all, .left = all, .bottom = all, .right = all};
     }
-    eachMember([&](const std::string& name, const Value& value) {
+    eachMember([&](const std::string& name, const LayoutValue& value) {
         auto* const edge = name == "top"      ? &insets.top
                            : name == "left"   ? &insets.left
                            : name == "bottom" ? &insets.bottom

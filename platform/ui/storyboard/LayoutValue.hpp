@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/json/Json.hpp"
-#include "platform/ui/storyboard/LayoutError.hpp"
 
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/ui/Color.hpp>
@@ -11,28 +10,54 @@
 
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 
 namespace kivo::platform::storyboard {
 
-/// One value of the file, with its place and the bundle in which it looks up names. Every reader fails with a
-/// `LayoutError`.
-struct Value {
+/// A fault of a storyboard, in one sentence for the person who lays out screens. Caught by `Storyboard`.
+class LayoutError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A place in a storyboard, in words: file, scene, view and member.
+class Where {
+public:
+    explicit Where(std::string file)
+        : words_{std::move(file)} {}
+
+    /// A place inside this one.
+    Where in(std::string_view part) const { return Where{words_ + ", " + std::string{part}}; }
+
+    [[noreturn]] void fail(std::string_view problem) const { throw LayoutError{words_ + ": " + std::string{problem}}; }
+
+private:
+    std::string words_;
+};
+
+inline std::string inQuotes(std::string_view text) {
+    return std::string{"\""}.append(text).append("\"");
+}
+
+/// A value of the file, with its place and the bundle in which names are looked up. Every function that reads the value
+/// throws a `LayoutError` when the value does not fit.
+struct LayoutValue {
     const json::Value& content;
     Where where;
     const Bundle& bundle;
 
     /// The member of that name; fails when it is missing.
-    Value member(std::string_view name) const;
+    LayoutValue member(std::string_view name) const;
 
     /// Calls `take(name, value)` for each member; fails when this is no object.
     template <class Take>
     void eachMember(const Take& take) const {
         needObject();
         for (const auto& [name, member] : content.members()) {
-            take(name, Value{member, where.in(inQuotes(name)), bundle});
+            take(name, LayoutValue{member, where.in(inQuotes(name)), bundle});
         }
     }
 
@@ -46,20 +71,20 @@ struct Value {
     /// A length or distance in points.
     double points() const;
 
-    /// A text, or `{"key": "..."}` for one of the bundle's string table.
+    /// A text, or `{"key": "..."}` for a text of the bundle's string table.
     std::string text() const;
 
-    /// "#RRGGBB", "#RRGGBBAA", a common colour, or the name of one in the catalogue; absent when the catalogue lacks
-    /// it.
+    /// "#RRGGBB", "#RRGGBBAA", a common colour, or the name of a colour in the catalogue; absent when the catalogue
+    /// lacks the colour.
     std::optional<Color> color() const;
 
-    /// `{"name": "...", "size": 17, "scaled": true}`; the system's font where the named one is not installed.
+    /// `{"name": "...", "size": 17, "scaled": true}`; the system's font where the named font is not installed.
     Font font() const;
 
     Placement placement() const;
     EdgeInsets insets() const;
 
-    /// One of a few words, each with what it stands for.
+    /// One of `words`, as the value that the word stands for.
     template <class T>
     T choice(std::initializer_list<std::pair<std::string_view, T>> words) const {
         const auto word = name();

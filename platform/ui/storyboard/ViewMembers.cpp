@@ -1,5 +1,5 @@
-// What each class of views can be told in a storyboard.
-#include "platform/ui/storyboard/Members.hpp"
+// The members that each class of views has in a storyboard.
+#include "platform/ui/storyboard/Scene.hpp"
 
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
@@ -17,11 +17,11 @@ namespace kivo::platform::storyboard {
 namespace {
 
 template <class T>
-using Setters = std::map<std::string, void (*)(T&, const Value&), std::less<>>;
+using Setters = std::map<std::string, void (*)(T&, const LayoutValue&), std::less<>>;
 
-void setLayer(View& view, const Value& value) {
+void setLayer(View& view, const LayoutValue& value) {
     view.changeLayer([&](Layer& layer) {
-        value.eachMember([&](const std::string& name, const Value& member) {
+        value.eachMember([&](const std::string& name, const LayoutValue& member) {
             if (name == "cornerRadius") {
                 layer.cornerRadius = member.number(0, 1000);
             } else if (name == "borderWidth") {
@@ -40,97 +40,98 @@ void setLayer(View& view, const Value& value) {
 
 const Setters<View> viewMembers{
     {"tag",
-     [](View& view, const Value& value) {
+     [](View& view, const LayoutValue& value) {
          view.setTag(value.integer(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
      }},
-    {"hidden", [](View& view, const Value& value) { view.setHidden(value.flag()); }},
-    {"alpha", [](View& view, const Value& value) { view.setAlpha(value.number(0, 1)); }},
-    {"placement", [](View& view, const Value& value) { view.setPlacement(value.placement()); }},
-    {"backgroundColor", [](View& view, const Value& value) { view.setBackgroundColor(value.color()); }},
-    {"tintColor", [](View& view, const Value& value) { view.setTintColor(value.color()); }},
+    {"hidden", [](View& view, const LayoutValue& value) { view.setHidden(value.flag()); }},
+    {"alpha", [](View& view, const LayoutValue& value) { view.setAlpha(value.number(0, 1)); }},
+    {"placement", [](View& view, const LayoutValue& value) { view.setPlacement(value.placement()); }},
+    {"backgroundColor", [](View& view, const LayoutValue& value) { view.setBackgroundColor(value.color()); }},
+    {"tintColor", [](View& view, const LayoutValue& value) { view.setTintColor(value.color()); }},
     {"layer", setLayer},
-    {"userInteractionEnabled", [](View& view, const Value& value) { view.setUserInteractionEnabled(value.flag()); }},
-    {"passesTouches", [](View& view, const Value& value) { view.setPassesTouches(value.flag()); }},
-    {"accessibilityLabel", [](View& view, const Value& value) { view.setAccessibilityLabel(value.text()); }},
+    {"userInteractionEnabled",
+     [](View& view, const LayoutValue& value) { view.setUserInteractionEnabled(value.flag()); }},
+    {"passesTouches", [](View& view, const LayoutValue& value) { view.setPassesTouches(value.flag()); }},
+    {"accessibilityLabel", [](View& view, const LayoutValue& value) { view.setAccessibilityLabel(value.text()); }},
 };
 
 const Setters<TextStyled> textMembers{
-    {"font", [](TextStyled& view, const Value& value) { view.setFont(value.font()); }},
+    {"font", [](TextStyled& view, const LayoutValue& value) { view.setFont(value.font()); }},
     {"textColor",
-     [](TextStyled& view, const Value& value) { view.setTextColor(value.color().value_or(view.textColor())); }},
+     [](TextStyled& view, const LayoutValue& value) { view.setTextColor(value.color().value_or(view.textColor())); }},
     {"textAlignment",
-     [](TextStyled& view, const Value& value) {
+     [](TextStyled& view, const LayoutValue& value) {
          using enum TextAlignment;
          view.setTextAlignment(
              value.choice<TextAlignment>({{"natural", natural}, {"left", left}, {"center", center}, {"right", right}}));
      }},
     {"adjustsFont",
-     [](TextStyled& view, const Value& value) { view.setAdjustsFontForContentSizeCategory(value.flag()); }},
+     [](TextStyled& view, const LayoutValue& value) { view.setAdjustsFontForContentSizeCategory(value.flag()); }},
 };
 
 const Setters<Label> labelMembers{
-    {"text", [](Label& view, const Value& value) { view.setText(value.text()); }},
-    {"shrinksToWords", [](Label& view, const Value& value) { view.setShrinksToWords(value.flag()); }},
+    {"text", [](Label& view, const LayoutValue& value) { view.setText(value.text()); }},
+    {"shrinksToWords", [](Label& view, const LayoutValue& value) { view.setShrinksToWords(value.flag()); }},
 };
 
 const Setters<Control> controlMembers{
-    {"enabled", [](Control& view, const Value& value) { view.setEnabled(value.flag()); }},
+    {"enabled", [](Control& view, const LayoutValue& value) { view.setEnabled(value.flag()); }},
 };
 
 const Setters<Button> buttonMembers{
-    {"title", [](Button& view, const Value& value) { view.setTitle(value.text()); }},
-    {"image", [](Button& view, const Value& value) { view.setImage(value.bundle.image(value.name())); }},
+    {"title", [](Button& view, const LayoutValue& value) { view.setTitle(value.text()); }},
+    {"image", [](Button& view, const LayoutValue& value) { view.setImage(value.bundle.image(value.name())); }},
     {"backgroundImage",
-     [](Button& view, const Value& value) { view.setBackgroundImage(value.bundle.image(value.name())); }},
+     [](Button& view, const LayoutValue& value) { view.setBackgroundImage(value.bundle.image(value.name())); }},
 };
 
 const Setters<TextField> fieldMembers{
-    {"text", [](TextField& view, const Value& value) { view.setText(value.text()); }},
-    {"placeholder", [](TextField& view, const Value& value) { view.setPlaceholder(value.text()); }},
+    {"text", [](TextField& view, const LayoutValue& value) { view.setText(value.text()); }},
+    {"placeholder", [](TextField& view, const LayoutValue& value) { view.setPlaceholder(value.text()); }},
     {"keyboard",
-     [](TextField& view, const Value& value) {
+     [](TextField& view, const LayoutValue& value) {
          using enum KeyboardType;
          view.setKeyboardType(value.choice<KeyboardType>({{"standard", standard},
                                                           {"asciiCapable", asciiCapable},
                                                           {"numberPad", numberPad},
                                                           {"namePhonePad", namePhonePad}}));
      }},
-    {"autocorrected", [](TextField& view, const Value& value) { view.setAutocorrected(value.flag()); }},
+    {"autocorrected", [](TextField& view, const LayoutValue& value) { view.setAutocorrected(value.flag()); }},
 };
 
 const Setters<StackView> stackMembers{
     {"axis",
-     [](StackView& view, const Value& value) {
+     [](StackView& view, const LayoutValue& value) {
          using enum StackView::Axis;
          view.setAxis(value.choice<StackView::Axis>({{"horizontal", horizontal}, {"vertical", vertical}}));
      }},
-    {"spacing", [](StackView& view, const Value& value) { view.setSpacing(value.number(0, 1000)); }},
+    {"spacing", [](StackView& view, const LayoutValue& value) { view.setSpacing(value.number(0, 1000)); }},
     {"alignment",
-     [](StackView& view, const Value& value) {
+     [](StackView& view, const LayoutValue& value) {
          using enum StackView::Alignment;
          view.setAlignment(value.choice<StackView::Alignment>(
              {{"fill", fill}, {"leading", leading}, {"center", center}, {"trailing", trailing}}));
      }},
     {"distribution",
-     [](StackView& view, const Value& value) {
+     [](StackView& view, const LayoutValue& value) {
          using enum StackView::Distribution;
          view.setDistribution(value.choice<StackView::Distribution>({{"fill", fill}, {"fillEqually", fillEqually}}));
      }},
-    {"margins", [](StackView& view, const Value& value) { view.setMargins(value.insets()); }},
+    {"margins", [](StackView& view, const LayoutValue& value) { view.setMargins(value.insets()); }},
 };
 
 const Setters<ImageView> imageMembers{
-    {"image", [](ImageView& view, const Value& value) { view.setImage(value.bundle.image(value.name())); }},
+    {"image", [](ImageView& view, const LayoutValue& value) { view.setImage(value.bundle.image(value.name())); }},
 };
 
 const Setters<ActivityIndicatorView> activityMembers{
-    {"color",
-     [](ActivityIndicatorView& view, const Value& value) { view.setColor(value.color().value_or(view.color())); }},
+    {"color", [](ActivityIndicatorView& view,
+                 const LayoutValue& value) { view.setColor(value.color().value_or(view.color())); }},
     {"animating", [](ActivityIndicatorView& view,
-                     const Value& value) { value.flag() ? view.startAnimating() : view.stopAnimating(); }},
+                     const LayoutValue& value) { value.flag() ? view.startAnimating() : view.stopAnimating(); }},
 };
 
-/// Calls `visit(object, setters)` for each class that the view is of, until one returns true.
+/// Calls `visit(object, setters)` for each class of the view, until a call returns true.
 template <class Visit>
 bool anyClass(View& view, const Visit& visit) {
     const auto as = [&]<class T>(const Setters<T>& setters) {
@@ -141,12 +142,12 @@ bool anyClass(View& view, const Visit& visit) {
            as(fieldMembers) || as(stackMembers) || as(imageMembers) || as(activityMembers);
 }
 
-/// Sets the one of a view's own members that has a name, and notes the names of all.
+/// Sets the member `name` if the view itself has such a member, and collects the names of all the view's own members.
 class OwnMembers final : public LayoutMembers {
 public:
     OwnMembers() = default;
 
-    OwnMembers(std::string_view name, const Value& value)
+    OwnMembers(std::string_view name, const LayoutValue& value)
         : name_{name}
         , value_{&value} {}
 
@@ -215,12 +216,12 @@ private:
     }
 
     std::string_view name_;
-    const Value* value_ = nullptr;
+    const LayoutValue* value_ = nullptr;
     bool hasSet_ = false;
     std::string names_;
 };
 
-bool setOwnMember(View& view, const std::string& name, const Value& value) {
+bool setOwnMember(View& view, const std::string& name, const LayoutValue& value) {
     OwnMembers members{name, value};
     if (auto* const described = dynamic_cast<DescribedInLayouts*>(&view)) {
         described->describe(members);
@@ -228,26 +229,26 @@ bool setOwnMember(View& view, const std::string& name, const Value& value) {
     return members.hasSet();
 }
 
-void addActions(const std::shared_ptr<Control>& control, const Value& value, Scene& scene) {
+void addActions(const std::shared_ptr<Control>& control, const LayoutValue& value, Scene& scene) {
     static const std::map<std::string, ControlEvent, std::less<>> events{
         {"touchUpInside", ControlEvent::touchUpInside},
         {"editingDidBegin", ControlEvent::editingDidBegin},
         {"editingChanged", ControlEvent::editingChanged},
         {"editingDidEnd", ControlEvent::editingDidEnd}};
-    value.eachMember([&](const std::string& name, const Value& action) {
+    value.eachMember([&](const std::string& name, const LayoutValue& action) {
         const auto event = events.find(name);
         if (event == events.end()) {
             action.where.fail("a control has no such event; it has touchUpInside, editingDidBegin, editingChanged and "
                               "editingDidEnd.");
         }
-        scene.wishes.push_back({control, event->second, action.name(), action.where});
+        scene.actions.push_back({control, event->second, action.name(), action.where});
     });
 }
 
-void addSegue(const std::shared_ptr<Control>& button, const Value& value, Scene& scene) {
+void addSegue(const std::shared_ptr<Control>& button, const LayoutValue& value, Scene& scene) {
     SegueDescription segue{.identifier = value.member("identifier").name(),
                            .destination = value.member("destination").name()};
-    value.eachMember([&](const std::string& name, const Value& member) {
+    value.eachMember([&](const std::string& name, const LayoutValue& member) {
         if (name == "kind") {
             using enum SegueDescription::Kind;
             segue.kind = member.choice<SegueDescription::Kind>({{"show", show}, {"present", present}});
@@ -260,7 +261,7 @@ void addSegue(const std::shared_ptr<Control>& button, const Value& value, Scene&
 
 } // namespace
 
-bool setMember(const std::shared_ptr<View>& view, const std::string& name, const Value& value, Scene& scene) {
+bool setMember(const std::shared_ptr<View>& view, const std::string& name, const LayoutValue& value, Scene& scene) {
     if (const auto control = std::dynamic_pointer_cast<Control>(view); control && name == "actions") {
         addActions(control, value, scene);
         return true;
