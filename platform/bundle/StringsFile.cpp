@@ -45,7 +45,7 @@ int hexDigit(char character) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-/// Reads the classic text form, entry by entry.
+/// Reads the form `"key" = "value";`, entry by entry.
 class StringsParser {
 public:
     explicit StringsParser(std::string_view text)

@@ -25,7 +25,7 @@ void Control::addAction(ControlEvent event, Action action) {
 
 void Control::sendActions(ControlEvent event) {
     const auto self = shared_from_this();
-    // A copy: an action may take the control away, or add another action.
+    // A copy: an action may remove the control, or add another action.
     const auto actions = actions_;
     for (const auto& [wanted, action] : actions) {
         if (wanted == event) {

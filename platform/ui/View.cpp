@@ -183,7 +183,7 @@ bool View::touch() {
     if (!isVisible()) {
         return false;
     }
-    // A view that refuses input is as good as glass: the tap goes to the one behind.
+    // A tap on a view that refuses input goes to the view behind.
     auto target = shared_from_this();
     for (auto view = target; view; view = view->superview()) {
         if (!view->isUserInteractionEnabled_) {
@@ -199,7 +199,7 @@ bool View::touch() {
 }
 
 bool View::handleTouch() {
-    // A copy: an action may take the view away, or add another one.
+    // A copy: an action may remove the view, or add another action.
     const auto actions = tapActions_;
     for (const auto& action : actions) {
         action();

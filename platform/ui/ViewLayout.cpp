@@ -19,7 +19,7 @@ struct Span {
 
     double margins() const { return near.value_or(0) + far.value_or(0); }
 
-    /// The length within `available`; absent when the view itself decides.
+    /// The length within `available`; absent when the view's own needs decide.
     std::optional<double> lengthIn(double available) const {
         if (length) {
             return std::max(*length, 0.0);
@@ -37,7 +37,7 @@ struct Span {
         return center ? start + (available - ownLength) / 2 + *center : start;
     }
 
-    /// What the superview needs for a view of `ownLength`.
+    /// The length that the superview needs for a view of `ownLength`.
     double extent(double ownLength) const { return ownLength + margins() + 2 * std::abs(center.value_or(0)); }
 };
 
@@ -99,7 +99,7 @@ void View::layoutIfNeeded() {
     while (auto next = root->superview()) {
         root = std::move(next);
     }
-    // A layout may change texts and so ask for another one; three are enough for every layout that settles at all.
+    // A layout may change texts, and so need another layout. A layout that settles at all settles within three.
     for (int pass = 0; pass < 3 && root->layoutIsPending_; ++pass) {
         root->layoutTree();
     }
