@@ -1,5 +1,6 @@
 #include "platform/bundle/FolderBundles.hpp"
 
+#include "platform/base/Ascii.hpp"
 #include "platform/base/CodeLocation.hpp"
 #include "platform/bundle/PropertyListReader.hpp"
 #include "platform/posix/Files.hpp"
@@ -19,11 +20,6 @@ namespace fs = std::filesystem;
 // Names come from outside: a name that leads out of the folder finds nothing.
 bool staysInFolder(std::string_view name) {
     return !name.empty() && name != "." && !name.contains('/') && !name.contains('\0') && !name.contains("..");
-}
-
-bool isLetterOrDigit(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9');
 }
 
 // An entry that cannot be examined exists: an unreadable resource must not pass for a missing resource.
@@ -90,7 +86,7 @@ std::vector<std::string> personLanguages() {
 std::vector<std::string> languageFolders(std::string_view locale) {
     const std::string name{locale.substr(0, locale.find_first_of(".@"))};
     const bool isName = std::ranges::all_of(
-        name, [](char character) { return isLetterOrDigit(character) || character == '_' || character == '-'; });
+        name, [](char character) { return ascii::isLetterOrDigit(character) || character == '_' || character == '-'; });
     if (name.empty() || !isName || name == "C" || name == "POSIX") {
         return {};
     }

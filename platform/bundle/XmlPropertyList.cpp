@@ -1,3 +1,4 @@
+#include "platform/base/Ascii.hpp"
 #include "platform/bundle/PropertyListReader.hpp"
 #include "platform/posix/Files.hpp"
 
@@ -18,10 +19,6 @@ constexpr auto notWellFormed = "is not a well-formed XML or binary property list
 
 bool isSpace(char character) {
     return std::string_view{" \t\r\n"}.contains(character);
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -50,7 +47,7 @@ std::optional<PropertyValue> integer(std::string_view text) {
 std::optional<PropertyValue> date(std::string_view text) {
     constexpr std::string_view form = "0000-00-00T00:00:00Z";
     const bool fits = std::ranges::equal(text, form, [](char character, char wanted) {
-        return wanted == '0' ? isDigit(character) : character == wanted;
+        return wanted == '0' ? ascii::isDigit(character) : character == wanted;
     });
     return fits ? std::optional{PropertyValue{std::string{text}}} : std::nullopt;
 }

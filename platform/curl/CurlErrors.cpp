@@ -13,9 +13,8 @@ std::string serverName(const Url& url) {
 std::string withReason(std::string text, std::string reason) {
     if (!reason.empty()) {
         // "Connection refused" continues a sentence here; an abbreviation such as SSL stays as it is.
-        const bool isWord = reason.size() > 1 && reason[1] >= 'a' && reason[1] <= 'z';
-        if (isWord && reason[0] >= 'A' && reason[0] <= 'Z') {
-            reason[0] = static_cast<char>(reason[0] - 'A' + 'a');
+        if (reason.size() > 1 && reason[1] >= 'a' && reason[1] <= 'z') {
+            reason[0] = ascii::lower(reason[0]);
         }
         text += ": " + reason;
     }

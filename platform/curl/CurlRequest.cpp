@@ -15,8 +15,7 @@ using std::string_view_literals::operator""sv;
 /// Whether a text may be a header's name or a method.
 bool isToken(std::string_view text) {
     return !text.empty() && std::ranges::all_of(text, [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-               "!#$%&'*+-.^_`|~"sv.contains(c);
+        return ascii::isLetterOrDigit(c) || "!#$%&'*+-.^_`|~"sv.contains(c);
     });
 }
 

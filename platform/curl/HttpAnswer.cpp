@@ -12,7 +12,7 @@ constexpr std::size_t usualHeaderCount = 8;
 
 // The number in a text of digits. A number that does not fit counts as the largest number, which is too large.
 std::optional<std::uint64_t> lengthIn(std::string_view text) {
-    const bool isNumber = !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+    const bool isNumber = !text.empty() && std::ranges::all_of(text, ascii::isDigit);
     if (!isNumber) {
         return std::nullopt;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Ascii.hpp"
+
 #include <kivo/platform/UrlSession.hpp>
 
 #include <algorithm>
@@ -14,8 +16,7 @@ namespace kivo::platform {
 
 /// Whether two names of headers are the same, in any case of their letters.
 inline bool sameName(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::ranges::equal(a, b, {}, lower, lower);
+    return std::ranges::equal(a, b, {}, ascii::lower, ascii::lower);
 }
 
 /// A header's value without the white space around it.

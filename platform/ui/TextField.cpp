@@ -16,6 +16,14 @@ std::size_t byteOffset(std::string_view text, std::size_t character) {
     return text::firstCharacters(text, character).value_or(text).size();
 }
 
+void replaceSubview(View& parent, std::shared_ptr<View>& slot, std::shared_ptr<View> view) {
+    if (slot) {
+        slot->removeFromSuperview();
+    }
+    slot = std::move(view);
+    parent.addSubview(slot);
+}
+
 double widthOf(const std::shared_ptr<View>& view) {
     return view ? view->frame().size.width : 0;
 }
@@ -55,19 +63,11 @@ void TextField::setAttributedPlaceholder(std::optional<AttributedText> placehold
 }
 
 void TextField::setLeftView(std::shared_ptr<View> view) {
-    if (leftView_) {
-        leftView_->removeFromSuperview();
-    }
-    leftView_ = std::move(view);
-    addSubview(leftView_);
+    replaceSubview(*this, leftView_, std::move(view));
 }
 
 void TextField::setRightView(std::shared_ptr<View> view) {
-    if (rightView_) {
-        rightView_->removeFromSuperview();
-    }
-    rightView_ = std::move(view);
-    addSubview(rightView_);
+    replaceSubview(*this, rightView_, std::move(view));
 }
 
 void TextField::layoutSubviews() {
