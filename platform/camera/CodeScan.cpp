@@ -79,13 +79,13 @@ void CodeScan::work() {
 
 void CodeScan::readPictures() {
     while (const auto picture = nextPicture()) {
-        const auto wishes = output_->wishes();
-        if (wishes.types.empty() || !wishes.queue) {
+        const auto subscription = output_->subscription();
+        if (subscription.types.empty() || !subscription.queue) {
             continue;
         }
-        auto objects = reader_->read(*picture, wishes.types);
+        auto objects = reader_->read(*picture, subscription.types);
         if (!objects.empty()) {
-            handOver(std::move(objects), wishes);
+            handOver(std::move(objects), subscription);
         }
     }
 }
@@ -97,7 +97,7 @@ std::shared_ptr<const VideoFrame> CodeScan::nextPicture() {
     return isStopped_ ? nullptr : std::exchange(waiting_, nullptr);
 }
 
-void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutput::Wishes& wishes) {
+void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutput::Subscription& subscription) {
     {
         const std::scoped_lock lock{mutex_};
         if (isStopped_) {
@@ -105,12 +105,12 @@ void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutpu
         }
         isHandingOver_ = true;
     }
-    wishes.queue->async([self = shared_from_this(), objects = std::move(objects), weak = wishes.delegate] {
+    subscription.queue->async([self = shared_from_this(), objects = std::move(objects), weak = subscription.delegate] {
         const auto delegate = weak.lock();
         if (delegate && !self->isStopped()) {
             delegate->didOutput(objects);
         }
-        self->goOn();
+        self->resume();
     });
 }
 
@@ -119,7 +119,7 @@ bool CodeScan::isStopped() const {
     return isStopped_;
 }
 
-void CodeScan::goOn() {
+void CodeScan::resume() {
     const std::scoped_lock lock{mutex_};
     isHandingOver_ = false;
     changed_.notify_all();

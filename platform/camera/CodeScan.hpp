@@ -19,7 +19,7 @@ namespace kivo::platform {
 /// Keeps the delegate, its queue and the types of code that the delegate wants. The session's thread reads them.
 class MetadataOutput final : public CaptureMetadataOutput {
 public:
-    struct Wishes {
+    struct Subscription {
         std::vector<MetadataObjectType> types;
         std::weak_ptr<CaptureMetadataOutputDelegate> delegate;
         std::shared_ptr<DispatchQueue> queue;
@@ -28,23 +28,23 @@ public:
     void setDelegate(std::weak_ptr<CaptureMetadataOutputDelegate> delegate,
                      std::shared_ptr<DispatchQueue> queue) override {
         const std::scoped_lock lock{mutex_};
-        wishes_.delegate = std::move(delegate);
-        wishes_.queue = std::move(queue);
+        subscription_.delegate = std::move(delegate);
+        subscription_.queue = std::move(queue);
     }
 
     void setObjectTypes(std::vector<MetadataObjectType> types) override {
         const std::scoped_lock lock{mutex_};
-        wishes_.types = std::move(types);
+        subscription_.types = std::move(types);
     }
 
-    Wishes wishes() const {
+    Subscription subscription() const {
         const std::scoped_lock lock{mutex_};
-        return wishes_;
+        return subscription_;
     }
 
 private:
     mutable std::mutex mutex_;
-    Wishes wishes_;
+    Subscription subscription_;
 };
 
 /// One run of a session: takes pictures, reads the newest picture on a thread of its own, and hands the codes over.
@@ -74,10 +74,10 @@ private:
     void work();
     void readPictures();
     std::shared_ptr<const VideoFrame> nextPicture();
-    void handOver(std::vector<MetadataObject> objects, const MetadataOutput::Wishes& wishes);
+    void handOver(std::vector<MetadataObject> objects, const MetadataOutput::Subscription& subscription);
     bool isStopped() const;
     /// Tells the thread that the delegate has taken the codes.
-    void goOn();
+    void resume();
 
     const std::shared_ptr<CodeReader> reader_;
     const std::shared_ptr<MetadataOutput> output_;

@@ -36,7 +36,7 @@ public:
     ~Loop() { curl_multi_cleanup(multi_); }
 
     void run() {
-        while (obey()) {
+        while (takeCommands()) {
             do {
                 int running = 0;
                 curl_multi_perform(multi_, &running);
@@ -61,7 +61,7 @@ private:
     };
 
     // Carries out the commands of other threads; false when the engine is to end.
-    bool obey() {
+    bool takeCommands() {
         {
             const std::scoped_lock lock{engine_.mutex_};
             std::swap(commands_.list, engine_.commands_.list);
@@ -88,7 +88,7 @@ private:
     void take(std::shared_ptr<CurlTransfer> transfer) {
         if (transfer->isCancelled() || commands_.stopping) {
             transfer->concludeCancelled();
-            hand(std::move(transfer));
+            handOver(std::move(transfer));
         } else if (mayStart(*transfer) && transfer->deadline() > std::chrono::steady_clock::now()) {
             begin(std::move(transfer));
         } else {
@@ -110,7 +110,7 @@ private:
         std::erase_if(waiting_, [&](const std::shared_ptr<CurlTransfer>& transfer) {
             if (transfer->deadline() <= now) {
                 transfer->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
-                hand(transfer);
+                handOver(transfer);
                 return true;
             }
             if (mayStart(*transfer)) {
@@ -132,7 +132,7 @@ private:
         if (isPrepared) {
             entry.transfer->concludeUnsent(CURLE_FAILED_INIT);
         }
-        hand(std::move(entry.transfer));
+        handOver(std::move(entry.transfer));
         handles_.giveBack(std::move(entry.easy));
     }
 
@@ -149,7 +149,7 @@ private:
             const bool isOver = ended.transfer->conclude(code);
             curl_multi_remove_handle(multi_, ended.easy.get());
             if (isOver) {
-                hand(std::move(ended.transfer));
+                handOver(std::move(ended.transfer));
             } else {
                 waiting_.insert(waiting_.begin(), std::move(ended.transfer));
             }
@@ -161,14 +161,14 @@ private:
     void finishCancelled(std::shared_ptr<CurlTransfer> transfer) {
         if (std::erase(waiting_, transfer) > 0) {
             transfer->concludeCancelled();
-            hand(std::move(transfer));
+            handOver(std::move(transfer));
             return;
         }
         auto ended = takeOut([&](const Active& entry) { return entry.transfer == transfer; });
         if (ended.transfer) {
             curl_multi_remove_handle(multi_, ended.easy.get());
             ended.transfer->concludeCancelled();
-            hand(std::move(ended.transfer));
+            handOver(std::move(ended.transfer));
             handles_.giveBack(std::move(ended.easy));
         }
     }
@@ -207,7 +207,7 @@ private:
         return entry;
     }
 
-    void hand(std::shared_ptr<CurlTransfer> transfer) {
+    void handOver(std::shared_ptr<CurlTransfer> transfer) {
         engine_.callBack([transfer = std::move(transfer)] { transfer->deliver(); });
     }
 

@@ -50,7 +50,7 @@ std::optional<UrlError> faultIn(const std::vector<HttpHeader>& headers) {
 } // namespace
 
 CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
-                               const std::vector<HttpHeader>& requestHeaders, bool carriesBody, bool isAbroad) {
+                               const std::vector<HttpHeader>& requestHeaders, bool carriesBody, bool isOnOtherServer) {
     std::vector<std::size_t> starts;
     starts.reserve(sessionHeaders.size() + requestHeaders.size() + 3);
     const auto add = [&](std::string_view name, std::string_view separator, std::string_view value) {
@@ -59,7 +59,7 @@ CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
     };
     const auto addHeader = [&](const HttpHeader& header) {
         const auto value = trimmed(header.second);
-        if (!framesMessage(header.first) && !(isAbroad && isCredential(header.first))) {
+        if (!framesMessage(header.first) && !(isOnOtherServer && isCredential(header.first))) {
             // libcurl leaves a header out when it reads "name:", and sends a header without value when it reads
             // "name;".
             add(header.first, value.empty() ? ";" : ": ", value);

@@ -13,11 +13,11 @@ namespace kivo::platform {
 
 /// A request's header lines as libcurl reads them. The object must not move while a transfer uses the lines.
 ///
-/// `isAbroad`: a redirect has led to another server, which must not receive credentials.
+/// `isOnOtherServer`: a redirect has led to another server, which must not receive credentials.
 class CurlHeaderList {
 public:
     CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders, const std::vector<HttpHeader>& requestHeaders,
-                   bool carriesBody, bool isAbroad);
+                   bool carriesBody, bool isOnOtherServer);
     CurlHeaderList(const CurlHeaderList&) = delete;
     CurlHeaderList& operator=(const CurlHeaderList&) = delete;
 

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t mostRedirects = 20;
 // A delegate usually answers at once, during the handshake. The session's other requests stand still for the answer,
 // for at most this time.
-constexpr std::chrono::milliseconds briefly{100};
+constexpr std::chrono::milliseconds delegatePatience{100};
 
 std::chrono::milliseconds shortestTimeout(const UrlRequest& request, const UrlSessionConfiguration& configuration) {
     const auto shortest = std::min({request.timeout, configuration.requestTimeout, configuration.resourceTimeout});
@@ -69,7 +69,7 @@ bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {
     sending_.emplace(easy, sockets);
     detail_ = {};
     answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
-    headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isAbroad_);
+    headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isOnOtherServer_);
     if (const auto code = setOptions(); code != CURLE_OK) {
         concludeUnsent(code);
         return false;
@@ -179,7 +179,7 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
             }
         });
         engine->holdUntil([this] { return isCancelled() || !awaitsVerdict(); },
-                          std::min(deadline_, std::chrono::steady_clock::now() + briefly));
+                          std::min(deadline_, std::chrono::steady_clock::now() + delegatePatience));
     }
     // The verdict is read once: if it came between two readings, the request would leave and then be sent again.
     const auto verdict = challenge_->verdict();
@@ -214,7 +214,7 @@ bool CurlTransfer::conclude(CURLcode code) {
     if (settings_->delegate && expected_ > 0) {
         noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
     }
-    const bool isOver = !goesOn(code);
+    const bool isOver = !needsFurtherExchange(code);
     if (isOver) {
         outcome_ = outcomeOf(code);
     }
@@ -232,7 +232,7 @@ void CurlTransfer::concludeUnsent(CURLcode code) {
     easy_ = nullptr;
 }
 
-bool CurlTransfer::goesOn(CURLcode code) {
+bool CurlTransfer::needsFurtherExchange(CURLcode code) {
     if (std::exchange(endedUnjudged_, false)) {
         return true;
     }
@@ -263,7 +263,7 @@ bool CurlTransfer::follow() {
     request_.url = location;
     destination_ = std::move(*address);
     const auto former = std::exchange(server_, keyOf(destination_));
-    isAbroad_ = isAbroad_ || server_ != former;
+    isOnOtherServer_ = isOnOtherServer_ || server_ != former;
     judged_.reset();
     challenge_.reset();
     return true;

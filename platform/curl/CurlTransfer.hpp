@@ -88,7 +88,7 @@ private:
     void setMethodAndBody(class CurlOptions& options);
     void setTrust(class CurlOptions& options);
     void setCallbacks(class CurlOptions& options);
-    bool goesOn(CURLcode code);
+    bool needsFurtherExchange(CURLcode code);
     bool follow();
     UrlOutcome outcomeOf(CURLcode code);
     /// libcurl's information about the exchange; a default value outside an exchange.
@@ -120,7 +120,7 @@ private:
     std::array<char, CURL_ERROR_SIZE> detail_{};
     HttpAnswer answer_;
     std::size_t redirects_ = 0;
-    bool isAbroad_ = false;
+    bool isOnOtherServer_ = false;
     std::optional<UrlError> redirectFault_;
     bool wantsFreshConnection_ = false;
     std::shared_ptr<const ServerTrust> judged_;

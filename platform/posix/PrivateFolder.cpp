@@ -35,7 +35,7 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
     }
     const bool isFolder = type == S_IFDIR;
     if (S_ISLNK(entry.st_mode)) {
-        return refusal(quoted(path) + " is a symbolic link; put what it leads to in its place.");
+        return refusal(quoted(path) + " is a symbolic link; replace the link by the entry that it leads to.");
     }
     if ((entry.st_mode & S_IFMT) != type) {
         return refusal(quoted(path) + (isFolder ? " is no folder" : " is no regular file") + "; remove it.");
@@ -45,8 +45,7 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
                        std::to_string(geteuid()) + ", who runs this program; remove it, or run as its owner.");
     }
     if ((entry.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        return refusal(quoted(path) +
-                       " can be written by other users; look at what it holds, then run \"chmod go-w\".");
+        return refusal(quoted(path) + " can be written by other users; check its contents, then run \"chmod go-w\".");
     }
     if (!isFolder && entry.st_nlink > 1) {
         return refusal(quoted(path) + " has a second name elsewhere; remove one of them.");

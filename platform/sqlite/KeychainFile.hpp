@@ -44,8 +44,8 @@ public:
     /// Reports the last error of the database and returns the keychain's status for the error.
     OSStatus failure();
 
-    /// Closes a database whose last failure says that it is damaged; false for any other failure. The next `open()`
-    /// examines the file and puts a damaged one aside.
+    /// Closes the database if its last failure is a sign of damage; false for any other failure. The next `open()`
+    /// examines the file, and puts a damaged file aside.
     bool closeIfDamaged();
 
     /// Keeps `text` for the diagnostics unless the last text kept was the same.

@@ -84,7 +84,8 @@ std::shared_ptr<ViewController> NavigationController::topViewController() const 
 
 void NavigationController::pushViewController(const std::shared_ptr<ViewController>& viewController, bool animated) {
     if (!viewController || viewController.get() == this || viewController->parent()) {
-        services().diagnostics->report("screens", "A screen was not pushed: there is none, or it is part of another.");
+        services().diagnostics->report("screens",
+                                       "A screen was not pushed: the screen is missing, or is part of another screen.");
         return;
     }
     viewController->state_->parent = this;
