@@ -19,7 +19,7 @@ namespace kivo::platform {
 ///
 /// The thread keeps the engine alive. After `stop()` the thread hands every transfer to the callback queue and ends.
 /// All functions except `holdUntil()` may be called from any thread and never wait for the network.
-class CurlEngine final : public Stoppable, public std::enable_shared_from_this<CurlEngine> {
+class CurlEngine final : public Stoppable {
 public:
     static std::shared_ptr<CurlEngine> start(std::shared_ptr<DispatchQueue> callbacks);
 
