@@ -1,5 +1,4 @@
 #include "FuzzInput.hpp"
-#include "platform/openssl/CertificateChain.hpp"
 #include "platform/openssl/OpenSslObjects.hpp"
 #include "platform/openssl/OpenSslTrust.hpp"
 

@@ -1,5 +1,5 @@
 #include "FuzzInput.hpp"
-#include "platform/bundle/FolderBundle.hpp"
+#include "platform/bundle/FolderBundles.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <kivo/platform/RunLoop.hpp>

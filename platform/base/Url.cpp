@@ -1,4 +1,7 @@
+#include "platform/base/Ascii.hpp"
+
 #include <kivo/platform/Url.hpp>
+#include <kivo/platform/UrlSession.hpp>
 
 #include <arpa/inet.h>
 
@@ -12,57 +15,41 @@ using std::string_view_literals::operator""sv;
 
 constexpr auto afterScheme = "://"sv;
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string lowered(std::string_view text) {
     std::string copy{text};
-    std::ranges::transform(copy, copy.begin(), lower);
+    std::ranges::transform(copy, copy.begin(), ascii::lower);
     return copy;
 }
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool isLetterOrDigit(char c) {
-    return isDigit(c) || (lower(c) >= 'a' && lower(c) <= 'z');
-}
-
-bool isHexDigit(char c) {
-    return isDigit(c) || (lower(c) >= 'a' && lower(c) <= 'f');
-}
-
 bool isScheme(std::string_view text) {
-    return !text.empty() && lower(text.front()) >= 'a' && lower(text.front()) <= 'z' &&
-           std::ranges::all_of(text, [](char c) { return isLetterOrDigit(c) || "+-."sv.contains(c); });
+    return !text.empty() && ascii::isLetter(text.front()) &&
+           std::ranges::all_of(text, [](char c) { return ascii::isLetterOrDigit(c) || "+-."sv.contains(c); });
 }
 
-// Narrower than a registered name of RFC 3986, which may hold escapes and signs that readers of addresses disagree on.
+// Narrower than a registered name of RFC 3986: escapes and some signs mean different hosts to different programs.
 bool isHostName(std::string_view text) {
     return !text.empty() && !text.starts_with('.') && !text.contains("..") &&
-           std::ranges::all_of(text, [](char c) { return isLetterOrDigit(c) || "-._~"sv.contains(c); });
+           std::ranges::all_of(text, [](char c) { return ascii::isLetterOrDigit(c) || "-._~"sv.contains(c); });
 }
 
 bool isIPv6(const std::string& text) {
     in6_addr address{};
-    return std::ranges::all_of(text, [](char c) { return isHexDigit(c) || c == ':' || c == '.'; }) &&
+    return std::ranges::all_of(text, [](char c) { return ascii::isHexDigit(c) || c == ':' || c == '.'; }) &&
            ::inet_pton(AF_INET6, text.c_str(), &address) == 1;
 }
 
-// What follows the host and the port: path, query and fragment.
+// Whether a text is the end of an address after host and port: path, query and fragment.
 bool isRest(std::string_view text) {
     bool isInFragment = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
         if (c == '%') {
-            if (i + 2 >= text.size() || !isHexDigit(text[i + 1]) || !isHexDigit(text[i + 2])) {
+            if (i + 2 >= text.size() || !ascii::isHexDigit(text[i + 1]) || !ascii::isHexDigit(text[i + 2])) {
                 return false;
             }
         } else if (c == '#' && !isInFragment) {
             isInFragment = true;
-        } else if (!isLetterOrDigit(c) && !"-._~!$&'()*+,;=:@/?"sv.contains(c)) {
+        } else if (!ascii::isLetterOrDigit(c) && !"-._~!$&'()*+,;=:@/?"sv.contains(c)) {
             return false;
         }
     }
@@ -109,6 +96,40 @@ std::optional<Url> parseUrl(std::string_view text) {
     }
     url.port = *port;
     return url;
+}
+
+std::string_view name(UrlErrorKind kind) {
+    switch (kind) {
+    case UrlErrorKind::badUrl:
+        return "badUrl";
+    case UrlErrorKind::unsupportedScheme:
+        return "unsupportedScheme";
+    case UrlErrorKind::cannotFindHost:
+        return "cannotFindHost";
+    case UrlErrorKind::cannotConnect:
+        return "cannotConnect";
+    case UrlErrorKind::secureConnectionFailed:
+        return "secureConnectionFailed";
+    case UrlErrorKind::serverCertificateUntrusted:
+        return "serverCertificateUntrusted";
+    case UrlErrorKind::pinMismatch:
+        return "pinMismatch";
+    case UrlErrorKind::timedOut:
+        return "timedOut";
+    case UrlErrorKind::connectionLost:
+        return "connectionLost";
+    case UrlErrorKind::badAnswer:
+        return "badAnswer";
+    case UrlErrorKind::tooManyRedirects:
+        return "tooManyRedirects";
+    case UrlErrorKind::answerTooLarge:
+        return "answerTooLarge";
+    case UrlErrorKind::cancelled:
+        return "cancelled";
+    case UrlErrorKind::unknown:
+        return "unknown";
+    }
+    return "";
 }
 
 } // namespace kivo::platform

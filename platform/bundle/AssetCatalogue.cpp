@@ -1,7 +1,7 @@
 #include "platform/bundle/AssetCatalogue.hpp"
 
 #include "platform/json/Json.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr auto contentsFile = "Contents.json";
 
-/// What is wrong with a set; never leaves this file.
+/// The fault of a set; caught in this source file.
 class Malformed : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -53,7 +53,7 @@ std::string text(const json::Value& object, const char* name) {
     return found != nullptr ? *found : std::string{};
 }
 
-/// The entry for every device that is not for a certain appearance, such as a dark one.
+/// Whether the entry is for every device and not only for a certain appearance, such as the dark appearance.
 bool isUniversal(const json::Value& entry) {
     return text(entry, "idiom") == "universal" && entry.find("appearances") == nullptr;
 }
@@ -74,7 +74,7 @@ double component(const json::Value& components, const char* name) {
         read = std::from_chars(written.data(), end, value);
     }
     value = isFraction || std::string_view{name} == "alpha" ? value : value / 255;
-    const bool isLevel = value >= 0 && value <= 1; // false for a number that is none, too
+    const bool isLevel = value >= 0 && value <= 1; // false for NaN too
     if (read.ec != std::errc{} || read.ptr != end || !isLevel) {
         throw Malformed{"has no usable \"" + std::string{name} + R"(" (write "0.5", "128" or "0x80"))"};
     }
@@ -99,8 +99,8 @@ Color readColor(const fs::path& set) {
     throw Malformed{"has no universal colour"};
 }
 
-/// In points, of a PNG file of so many pixels a point; zero for other files, absent for a PNG file with an impossible
-/// size.
+/// The size of a PNG file in points, at `scale` pixels a point. Zero for other files, absent for a PNG file with an
+/// impossible size.
 std::optional<Size> pictureSize(const fs::path& path, double scale) {
     std::array<unsigned char, 24> header{};
     std::ifstream file{path, std::ios::binary};
@@ -153,7 +153,7 @@ std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view nam
     return std::make_shared<const Image>(std::string{name}, set / file, *size);
 }
 
-/// What `read` gives, or how the set at `set` is malformed.
+/// The result of `read`, or the fault of the set at `set`.
 template <class Read>
 auto guarded(const fs::path& set, const Read& read) -> std::expected<decltype(read()), std::string> {
     try {

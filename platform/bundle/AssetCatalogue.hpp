@@ -18,10 +18,10 @@ public:
     explicit AssetCatalogue(std::filesystem::path bundle)
         : bundle_{std::move(bundle)} {}
 
-    /// Absent when there is no colour of that name; the error follows the file's name.
+    /// Absent when there is no colour of that name. The error names the file.
     std::expected<std::optional<Color>, std::string> color(std::string_view name) const;
 
-    /// Null when there is no image of that name; the error follows the file's name.
+    /// Null when there is no image of that name. The error names the file.
     std::expected<std::shared_ptr<const Image>, std::string> image(std::string_view name) const;
 
 private:

@@ -1,5 +1,5 @@
 #include "platform/base/Utf16.hpp"
-#include "platform/bundle/PropertyListForms.hpp"
+#include "platform/bundle/PropertyListReader.hpp"
 
 #include <kivo/platform/Text.hpp>
 
@@ -12,7 +12,7 @@
 namespace kivo::platform {
 namespace {
 
-/// The fault of a file. Used in this source file only.
+/// The fault of a file; caught in this source file.
 class Refused : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -22,12 +22,12 @@ public:
     throw Refused{"is a damaged binary property list"};
 }
 
-/// A moment as text such as 2026-01-31T08:15:00Z.
+/// A date as text such as 2026-01-31T08:15:00Z.
 std::string dateAfterMillennium(double seconds) {
     constexpr std::time_t millennium = 978307200; // property lists count from 2001-01-01T00:00:00Z
     constexpr double yearOne = -63113904000;
     constexpr double yearTenThousand = 252423993600;
-    const bool isDate = seconds >= yearOne && seconds < yearTenThousand; // false for a number that is none, too
+    const bool isDate = seconds >= yearOne && seconds < yearTenThousand; // false for NaN too
     if (!isDate) {
         damaged();
     }
@@ -38,7 +38,7 @@ std::string dateAfterMillennium(double seconds) {
     return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)};
 }
 
-/// Follows the references of a file from its top object on. Every number is checked where it is used.
+/// Follows the references of a file, from the top object down. Every number is checked where it is used.
 class BinaryReader {
 public:
     explicit BinaryReader(std::string_view bytes)
@@ -82,12 +82,12 @@ private:
         }
     }
 
-    /// Absent for what a property value has no type for.
+    /// Absent for a value for which `PropertyValue` has no type.
     std::optional<PropertyValue> value(std::uint64_t object, int depth) {
         if (depth > deepestPropertyList) {
             throw Refused{tooDeepPropertyList};
         }
-        // The position of the object's offset may have wrapped, and is inside the file all the same, or refused.
+        // The sum may have wrapped around; `number` refuses any position outside the file.
         const auto position = object < objects_ ? number(table_ + object * offsetSize_, offsetSize_) : bytes_.size();
         const auto marker = number(position, 1);
         const auto kind = marker >> 4;
@@ -130,7 +130,7 @@ private:
         return std::bit_cast<double>(bits);
     }
 
-    /// What has a length: text, data, a list or a dictionary.
+    /// A value with a length: text, data, a list or a dictionary.
     PropertyValue counted(std::uint64_t kind, std::uint64_t position, std::uint64_t count, int depth) {
         auto next = position + 1;
         if (count == 0xF) {

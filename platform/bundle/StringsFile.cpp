@@ -1,5 +1,6 @@
 #include "platform/bundle/StringsFile.hpp"
 
+#include "platform/base/Ascii.hpp"
 #include "platform/base/Utf16.hpp"
 #include "platform/bundle/PropertyListReader.hpp"
 
@@ -33,19 +34,17 @@ bool isSpace(char character) {
 }
 
 bool isBare(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9') || std::string_view{"_$.-/:"}.contains(character);
+    return ascii::isLetterOrDigit(character) || std::string_view{"_$.-/:"}.contains(character);
 }
 
 int hexDigit(char character) {
-    if (character >= '0' && character <= '9') {
-        return character - '0';
+    if (!ascii::isHexDigit(character)) {
+        return -1;
     }
-    const auto lower = static_cast<char>(character | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+    return ascii::isDigit(character) ? character - '0' : ascii::lower(character) - 'a' + 10;
 }
 
-/// Reads the classic text form, entry by entry.
+/// Reads the form `"key" = "value";`, entry by entry.
 class StringsParser {
 public:
     explicit StringsParser(std::string_view text)

@@ -1,5 +1,6 @@
-#include "platform/bundle/PropertyListForms.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/base/Ascii.hpp"
+#include "platform/bundle/PropertyListReader.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <expat.h>
 
@@ -18,10 +19,6 @@ constexpr auto notWellFormed = "is not a well-formed XML or binary property list
 
 bool isSpace(char character) {
     return std::string_view{" \t\r\n"}.contains(character);
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -50,7 +47,7 @@ std::optional<PropertyValue> integer(std::string_view text) {
 std::optional<PropertyValue> date(std::string_view text) {
     constexpr std::string_view form = "0000-00-00T00:00:00Z";
     const bool fits = std::ranges::equal(text, form, [](char character, char wanted) {
-        return wanted == '0' ? isDigit(character) : character == wanted;
+        return wanted == '0' ? ascii::isDigit(character) : character == wanted;
     });
     return fits ? std::optional{PropertyValue{std::string{text}}} : std::nullopt;
 }
@@ -81,10 +78,10 @@ PropertyValue text(std::string_view text) {
     return {std::string{text}};
 }
 
-/// Absent for a text that is no such value.
+/// Reads the text of an element; absent for a text of another form.
 using Reading = std::optional<PropertyValue> (*)(std::string_view text);
 
-/// How the text in an element is read; null for an element that holds none.
+/// The function that reads the element's text; null for an element without text.
 Reading readingOf(std::string_view element) {
     static constexpr std::array<std::pair<std::string_view, Reading>, 8> readings{{
         {"key", [](std::string_view whole) { return std::optional{text(whole)}; }},
@@ -104,7 +101,7 @@ Reading readingOf(std::string_view element) {
 class XmlReader {
 public:
     std::expected<PropertyValue, std::string> read(std::string_view xml) {
-        // Texts are UTF-8, whatever the file says of itself.
+        // Texts are UTF-8, whatever encoding the file declares.
         const std::unique_ptr<XML_ParserStruct, decltype([](XML_Parser each) { XML_ParserFree(each); })> owner{
             XML_ParserCreate("UTF-8")};
         parser_ = owner.get();
@@ -115,7 +112,7 @@ public:
         XML_SetCharacterDataHandler(parser_, [](void* self, const char* part, int size) {
             in(self).add({part, static_cast<std::size_t>(size)});
         });
-        // A property list needs no entities of its own, and those could unfold to far more than the file.
+        // A property list needs no entities of its own, which could unfold to far more bytes than the file has.
         XML_SetStartDoctypeDeclHandler(parser_, [](void* self, const char*, const char*, const char*, int defines) {
             in(self).refuseIf(defines != 0);
         });
@@ -130,7 +127,7 @@ public:
     }
 
 private:
-    /// A list or dictionary whose end is yet to come.
+    /// A list or dictionary that is still being read.
     struct Open {
         PropertyValue value;
         std::optional<std::string> key{};
@@ -182,7 +179,7 @@ private:
         --depth_;
         const auto text = std::exchange(text_, {});
         const auto reading = std::exchange(reading_, nullptr);
-        // Behind a problem, the elements no longer come in pairs.
+        // After a problem, the elements no longer come in pairs.
         if (!problem_.empty() || (depth_ == 0 && open_.empty() && !reading)) {
             return;
         }

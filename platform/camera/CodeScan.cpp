@@ -15,7 +15,7 @@ CodeScan::CodeScan(std::shared_ptr<CodeReader> reader, std::shared_ptr<MetadataO
     , preview_{std::move(before)} {}
 
 std::error_code CodeScan::start() {
-    // The reader's library has tables that are gone when its exit handlers have run.
+    // The exit handlers of the reader's library destroy its tables.
     static const bool isAhead = (ExitGuard::shared().runAheadOfHandlersSoFar(), true);
     std::ignore = isAhead;
     if (!ExitGuard::shared().add(shared_from_this())) {
@@ -49,7 +49,7 @@ void CodeScan::take(std::shared_ptr<const VideoFrame> frame) {
     if (!frame || !frame->isWhole()) {
         return;
     }
-    // Declared before the lock: pictures are large, and their last references go outside it.
+    // Declared before the lock: pictures are large, and are to be destroyed outside the lock.
     std::shared_ptr<const VideoFrame> shown = frame;
     const std::scoped_lock lock{mutex_};
     if (isStopped_ || hasEnded_) {
@@ -79,13 +79,13 @@ void CodeScan::work() {
 
 void CodeScan::readPictures() {
     while (const auto picture = nextPicture()) {
-        const auto wishes = output_->wishes();
-        if (wishes.types.empty() || !wishes.queue) {
+        const auto subscription = output_->subscription();
+        if (subscription.types.empty() || !subscription.queue) {
             continue;
         }
-        auto objects = reader_->read(*picture, wishes.types);
+        auto objects = reader_->read(*picture, subscription.types);
         if (!objects.empty()) {
-            handOver(std::move(objects), wishes);
+            handOver(std::move(objects), subscription);
         }
     }
 }
@@ -97,7 +97,7 @@ std::shared_ptr<const VideoFrame> CodeScan::nextPicture() {
     return isStopped_ ? nullptr : std::exchange(waiting_, nullptr);
 }
 
-void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutput::Wishes& wishes) {
+void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutput::Subscription& subscription) {
     {
         const std::scoped_lock lock{mutex_};
         if (isStopped_) {
@@ -105,12 +105,12 @@ void CodeScan::handOver(std::vector<MetadataObject> objects, const MetadataOutpu
         }
         isHandingOver_ = true;
     }
-    wishes.queue->async([self = shared_from_this(), objects = std::move(objects), weak = wishes.delegate] {
+    subscription.queue->async([self = shared_from_this(), objects = std::move(objects), weak = subscription.delegate] {
         const auto delegate = weak.lock();
         if (delegate && !self->isStopped()) {
             delegate->didOutput(objects);
         }
-        self->goOn();
+        self->resume();
     });
 }
 
@@ -119,7 +119,7 @@ bool CodeScan::isStopped() const {
     return isStopped_;
 }
 
-void CodeScan::goOn() {
+void CodeScan::resume() {
     const std::scoped_lock lock{mutex_};
     isHandingOver_ = false;
     changed_.notify_all();

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/camera/CodeReader.hpp"
-#include "platform/camera/MetadataOutput.hpp"
+#include "platform/camera/Modules.hpp"
 #include "platform/posix/ExitGuard.hpp"
 
+#include <kivo/platform/CaptureSession.hpp>
 #include <kivo/platform/FrameSource.hpp>
 
 #include <condition_variable>
@@ -11,23 +11,55 @@
 #include <mutex>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace kivo::platform {
 
-/// One run of a session: takes pictures, reads the newest one on a thread of its own, and hands over what it says.
+/// Keeps the delegate, its queue and the types of code that the delegate wants. The session's thread reads them.
+class MetadataOutput final : public CaptureMetadataOutput {
+public:
+    struct Subscription {
+        std::vector<MetadataObjectType> types;
+        std::weak_ptr<CaptureMetadataOutputDelegate> delegate;
+        std::shared_ptr<DispatchQueue> queue;
+    };
+
+    void setDelegate(std::weak_ptr<CaptureMetadataOutputDelegate> delegate,
+                     std::shared_ptr<DispatchQueue> queue) override {
+        const std::scoped_lock lock{mutex_};
+        subscription_.delegate = std::move(delegate);
+        subscription_.queue = std::move(queue);
+    }
+
+    void setObjectTypes(std::vector<MetadataObjectType> types) override {
+        const std::scoped_lock lock{mutex_};
+        subscription_.types = std::move(types);
+    }
+
+    Subscription subscription() const {
+        const std::scoped_lock lock{mutex_};
+        return subscription_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    Subscription subscription_;
+};
+
+/// One run of a session: takes pictures, reads the newest picture on a thread of its own, and hands the codes over.
 ///
-/// While a picture is read, or what it said waits to be taken, one newer picture waits and replaces the one before.
+/// While a picture is read, and while its codes wait for the delegate, only the newest of the further pictures is kept.
 class CodeScan final : public FrameSink, public Stoppable, public std::enable_shared_from_this<CodeScan> {
 public:
-    /// `before` is the preview so far, which the run goes on with.
+    /// `before` is the preview of the former run, which stays until the first picture.
     CodeScan(std::shared_ptr<CodeReader> reader, std::shared_ptr<MetadataOutput> output, PreviewFrame before);
 
-    /// Starts the thread; an error when there can be none.
+    /// Starts the thread; the error when the system has no more threads or the process is exiting.
     std::error_code start();
 
-    /// Ends the run. From now on nothing is taken any more; nothing is handed over either, when this is called on the
-    /// output's queue.
+    /// Ends the run: no further picture is taken. When the call comes on the output's queue, no further code is handed
+    /// over either.
     void stop() override;
 
     /// Whether the pictures have ended by themselves.
@@ -42,10 +74,10 @@ private:
     void work();
     void readPictures();
     std::shared_ptr<const VideoFrame> nextPicture();
-    void handOver(std::vector<MetadataObject> objects, const MetadataOutput::Wishes& wishes);
+    void handOver(std::vector<MetadataObject> objects, const MetadataOutput::Subscription& subscription);
     bool isStopped() const;
-    /// Lets the thread read again.
-    void goOn();
+    /// Tells the thread that the delegate has taken the codes.
+    void resume();
 
     const std::shared_ptr<CodeReader> reader_;
     const std::shared_ptr<MetadataOutput> output_;

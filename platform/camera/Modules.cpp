@@ -1,6 +1,6 @@
 #include "platform/camera/Modules.hpp"
 
-#include "platform/base/OwnFile.hpp"
+#include "platform/base/CodeLocation.hpp"
 
 #include <dlfcn.h>
 
@@ -15,8 +15,8 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path placeOf(const char* file) {
-    // Programs of the build tree contain the library's objects; the modules lie beside the library all the same.
-    const auto folder = ownFile().parent_path();
+    // A program of the build tree contains the library's objects, but the modules lie beside the library in lib/.
+    const auto folder = libraryFile().parent_path();
     const std::array places{folder / file, folder.parent_path() / "lib" / file};
     std::error_code error;
     return fs::exists(places.back(), error) && !fs::exists(places.front(), error) ? places.back() : places.front();
@@ -28,7 +28,7 @@ std::expected<const Module*, std::string> load() {
         return std::unexpected{std::string{Module::file} + " cannot be used: " + what + ". It is installed beside " +
                                "libkivo and needs " + Module::needs + "."};
     };
-    // Never closed: the libraries behind it keep threads and exit handlers.
+    // Never closed: the module's libraries keep threads and exit handlers.
     void* const loaded = ::dlopen(placeOf(Module::file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (loaded == nullptr) {
         return problem(::dlerror());

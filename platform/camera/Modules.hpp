@@ -1,20 +1,30 @@
 #pragma once
 
-#include "platform/camera/CodeReader.hpp"
-
+#include <kivo/platform/CaptureSession.hpp>
 #include <kivo/platform/FrameSource.hpp>
+#include <kivo/platform/VideoFrame.hpp>
 
 #include <expected>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kivo::platform {
 
-// GStreamer and the code reader bring some dozens of libraries along. They are linked to two modules that lie beside
-// libkivo and are loaded when they are first needed, so that a host which never scans neither loads nor installs them.
-// A module's file exports one of these records under the name `kivoModule`.
+// GStreamer and the code reader bring some dozens of libraries along. Two modules are linked to them, lie beside
+// libkivo and are loaded at their first use, so that a host that never scans neither loads nor installs these
+// libraries. The file of a module exports one of the records below under the name `kivoModule`.
 
-/// A module and the libkivo that loads it are made of one source: the version tells.
+/// Finds machine-readable codes in a picture. For one thread at a time.
+class CodeReader {
+public:
+    virtual ~CodeReader() = default;
+
+    /// The readable codes of these types, the code nearest to the middle of the picture first. The frame must be whole.
+    virtual std::vector<MetadataObject> read(const VideoFrame& frame, const std::vector<MetadataObjectType>& types) = 0;
+};
+
+/// A module works only with the libkivo of its own version.
 struct CodesModule {
     static constexpr auto file = "libkivo-codes.so";
     static constexpr auto needs = "zxing-cpp (Debian: libzxing2)";
@@ -31,7 +41,7 @@ struct CameraModule {
     std::shared_ptr<FrameSource> (*makePipeline)(const std::string& pipeline);
 };
 
-/// The module, which stays loaded; or what keeps it from being loaded, and what to do. Callable from any thread.
+/// The module, which stays loaded. The error says why the module cannot be loaded, and the remedy. Any thread.
 std::expected<const CodesModule*, std::string> codesModule();
 std::expected<const CameraModule*, std::string> cameraModule();
 

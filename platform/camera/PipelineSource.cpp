@@ -8,7 +8,7 @@
 namespace kivo::platform {
 namespace {
 
-/// Leaves the work to the module with GStreamer, which is loaded when it is needed.
+/// Leaves the work to the module with GStreamer, which is loaded at first use.
 class PipelineSource final : public FrameSource {
 public:
     explicit PipelineSource(std::string pipeline)
@@ -27,7 +27,7 @@ public:
     }
 
     void start(std::shared_ptr<FrameSink> sink) override {
-        // After a stop the camera may be another one, or gone.
+        // After a stop the first camera may be another device, or there may be none.
         const auto ready = source_ ? std::expected<void, std::string>{} : open();
         if (ready) {
             source_->start(std::move(sink));

@@ -6,11 +6,13 @@
 
 namespace kivo::platform {
 
-/// The first of the kernel's video devices that gives pictures, by number. One that may not be opened counts too, so
-/// that opening it says why.
+// Each platform defines these two functions.
+
+/// The kernel's video device with the lowest number that gives pictures. A device without permission counts too: the
+/// attempt to open it tells the reason.
 std::optional<std::filesystem::path> firstVideoDevice(const std::filesystem::path& devices = "/dev");
 
-/// How that device is read: in whichever form it gives, in a size that a code is read in quickly.
+/// The pipeline that reads a device, in any form that the device gives and in a size in which codes are read quickly.
 std::string cameraPipeline(const std::filesystem::path& device);
 
 } // namespace kivo::platform

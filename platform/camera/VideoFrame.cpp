@@ -5,7 +5,7 @@
 namespace kivo::platform {
 namespace {
 
-/// Larger than any camera; keeps sizes of a careless host from overflowing.
+/// More than any camera has; keeps the arithmetic on a host's sizes from overflowing.
 constexpr int largestSide = 1 << 15;
 
 std::size_t halved(int side) {

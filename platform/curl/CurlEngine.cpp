@@ -15,15 +15,15 @@
 namespace kivo::platform {
 namespace {
 
-// Further requests to the same server wait, as servers expect of a polite client. They wait here, not in libcurl: some
-// of its versions forget them when connections end together, and let none of them run out of time.
+// Further requests to the same server wait, as servers expect of a polite client. They wait here and not in libcurl:
+// some versions of libcurl forget waiting requests when connections end together, and do not time them out.
 constexpr std::ptrdiff_t requestsPerServer = 6;
 constexpr int longPollMs = 3'600'000;
 constexpr int blindPollMs = 20;
 
 } // namespace
 
-// Everything that belongs to the engine's thread alone.
+// The state that belongs to the engine's thread alone.
 class CurlEngine::Loop {
 public:
     explicit Loop(CurlEngine& engine)
@@ -36,7 +36,7 @@ public:
     ~Loop() { curl_multi_cleanup(multi_); }
 
     void run() {
-        while (obey()) {
+        while (takeCommands()) {
             do {
                 int running = 0;
                 curl_multi_perform(multi_, &running);
@@ -55,13 +55,13 @@ public:
 private:
     struct Active {
         std::shared_ptr<CurlTransfer> transfer;
-        /// The transfer may be gone before its handle has left the jar.
+        /// The transfer may be destroyed before its handle has left the jar.
         std::shared_ptr<const CookieJar> jar;
         EasyHandle easy;
     };
 
-    // Carries out what other threads asked for; false when the engine is to end.
-    bool obey() {
+    // Carries out the commands of other threads; false when the engine is to end.
+    bool takeCommands() {
         {
             const std::scoped_lock lock{engine_.mutex_};
             std::swap(commands_.list, engine_.commands_.list);
@@ -88,7 +88,7 @@ private:
     void take(std::shared_ptr<CurlTransfer> transfer) {
         if (transfer->isCancelled() || commands_.stopping) {
             transfer->concludeCancelled();
-            hand(std::move(transfer));
+            handOver(std::move(transfer));
         } else if (mayStart(*transfer) && transfer->deadline() > std::chrono::steady_clock::now()) {
             begin(std::move(transfer));
         } else {
@@ -101,7 +101,7 @@ private:
         return !transfer.awaitsVerdict() && std::ranges::count_if(active_, goesToTheSame) < requestsPerServer;
     }
 
-    // Lets those go on that waited for others to end, in the order they came, and ends those that waited too long.
+    // Begins the waiting transfers that may start now, in their order, and ends the transfers whose time is up.
     void startWaiting() {
         if (waiting_.empty()) {
             return;
@@ -110,7 +110,7 @@ private:
         std::erase_if(waiting_, [&](const std::shared_ptr<CurlTransfer>& transfer) {
             if (transfer->deadline() <= now) {
                 transfer->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
-                hand(transfer);
+                handOver(transfer);
                 return true;
             }
             if (mayStart(*transfer)) {
@@ -132,11 +132,11 @@ private:
         if (isPrepared) {
             entry.transfer->concludeUnsent(CURLE_FAILED_INIT);
         }
-        hand(std::move(entry.transfer));
+        handOver(std::move(entry.transfer));
         handles_.giveBack(std::move(entry.easy));
     }
 
-    // Hands over the exchanges that have ended since the last look.
+    // Takes the results of the exchanges that have ended since the last call.
     void collect() {
         int left = 0;
         while (const auto* const message = curl_multi_info_read(multi_, &left)) {
@@ -149,7 +149,7 @@ private:
             const bool isOver = ended.transfer->conclude(code);
             curl_multi_remove_handle(multi_, ended.easy.get());
             if (isOver) {
-                hand(std::move(ended.transfer));
+                handOver(std::move(ended.transfer));
             } else {
                 waiting_.insert(waiting_.begin(), std::move(ended.transfer));
             }
@@ -157,24 +157,24 @@ private:
         }
     }
 
-    // Does nothing with a transfer that has ended by itself.
+    // Does nothing when the transfer has ended already.
     void finishCancelled(std::shared_ptr<CurlTransfer> transfer) {
         if (std::erase(waiting_, transfer) > 0) {
             transfer->concludeCancelled();
-            hand(std::move(transfer));
+            handOver(std::move(transfer));
             return;
         }
         auto ended = takeOut([&](const Active& entry) { return entry.transfer == transfer; });
         if (ended.transfer) {
             curl_multi_remove_handle(multi_, ended.easy.get());
             ended.transfer->concludeCancelled();
-            hand(std::move(ended.transfer));
+            handOver(std::move(ended.transfer));
             handles_.giveBack(std::move(ended.easy));
         }
     }
 
-    // Waits until a connection or another thread has something, or a waiting transfer's time is up; true when it may be
-    // another thread.
+    // Waits for news of a connection, for a command of another thread, or until a waiting transfer's time is up. True
+    // when there may be a command.
     bool waitForWork() {
         curl_waitfd wake{engine_.wakeDescriptor_, CURL_WAIT_POLLIN, 0};
         const bool isBlind = engine_.wakeDescriptor_ < 0;
@@ -184,7 +184,7 @@ private:
         return isBlind || (wake.revents != 0 && ::read(engine_.wakeDescriptor_, &count, sizeof count) > 0);
     }
 
-    // How long it takes until the first of the waiting transfers has waited too long.
+    // The time until the first waiting transfer has waited too long.
     int patienceMs() const {
         auto patience = std::chrono::milliseconds{longPollMs};
         const auto now = std::chrono::steady_clock::now();
@@ -194,7 +194,7 @@ private:
         return static_cast<int>(std::max<std::int64_t>(patience.count(), 0));
     }
 
-    // Takes an entry out of those under way; an empty one when there is none such.
+    // Takes an entry out of the active entries; an empty entry when none is wanted.
     template <typename Predicate>
     Active takeOut(const Predicate& isWanted) {
         const auto found = std::ranges::find_if(active_, isWanted);
@@ -207,7 +207,7 @@ private:
         return entry;
     }
 
-    void hand(std::shared_ptr<CurlTransfer> transfer) {
+    void handOver(std::shared_ptr<CurlTransfer> transfer) {
         engine_.callBack([transfer = std::move(transfer)] { transfer->deliver(); });
     }
 
@@ -227,7 +227,7 @@ std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> cal
         const auto error = startBackgroundThread("kivo-network", [engine] {
             ExitGuard::markMemberThread();
             Loop{*engine}.run();
-            // Otherwise OpenSSL tidies up after this thread when it ends, which the exiting process does not wait for.
+            // Otherwise OpenSSL frees its data at the thread's end, for which an exiting process does not wait.
             OPENSSL_thread_stop();
             ExitGuard::shared().remove(engine.get());
         });
@@ -291,7 +291,7 @@ bool CurlEngine::holdUntil(const std::function<bool()>& decided, std::chrono::st
         [[maybe_unused]] const auto taken = ::read(wakeDescriptor_, &count, sizeof count);
         isDecided = decided();
     }
-    // What else the thread was woken for is still to do.
+    // The thread may have been woken for a command too, which is still to be carried out.
     wake();
     return isDecided;
 }
@@ -303,7 +303,7 @@ bool CurlEngine::isStopping() {
 
 void CurlEngine::wake() const {
     const std::uint64_t one = 1;
-    // Cannot fail but when the counter is full, and then the thread wakes anyway.
+    // Fails only when the counter is full, and then the thread wakes anyway.
     [[maybe_unused]] const auto written = ::write(wakeDescriptor_, &one, sizeof one);
 }
 

@@ -17,9 +17,9 @@ namespace kivo::platform {
 
 /// Drives the transfers of one session on a thread of its own, with the session's connections and cookies.
 ///
-/// The thread keeps the engine alive and ends after `stop()`, when every transfer has been handed to the callback
-/// queue. But for `holdUntil()`, all functions may be called from any thread and never wait for the network.
-class CurlEngine final : public Stoppable, public std::enable_shared_from_this<CurlEngine> {
+/// The thread keeps the engine alive. After `stop()` the thread hands every transfer to the callback queue and ends.
+/// All functions except `holdUntil()` may be called from any thread and never wait for the network.
+class CurlEngine final : public Stoppable {
 public:
     static std::shared_ptr<CurlEngine> start(std::shared_ptr<DispatchQueue> callbacks);
 
@@ -30,19 +30,19 @@ public:
 
     void add(std::shared_ptr<CurlTransfer> transfer);
 
-    /// Ends a transfer that says of itself that it is cancelled.
+    /// Ends a transfer whose `isCancelled()` is true.
     void cancel(std::shared_ptr<CurlTransfer> transfer);
 
-    /// Gives the transfers added from now on an empty jar; the others keep theirs.
+    /// Gives the transfers added from now on an empty cookie jar; earlier transfers keep their jar.
     void forgetCookies();
 
     void stop() override;
 
-    /// Engine's thread, inside a handshake: waits until `decided` says so. False when the deadline passes or the engine
-    /// is to end first. `wake()` has it look again.
+    /// Waits, on the engine's thread inside a handshake, until `decided()` is true. `wake()` makes the thread ask
+    /// again. False when the deadline passes first or the engine is to end.
     bool holdUntil(const std::function<bool()>& decided, std::chrono::steady_clock::time_point deadline);
 
-    /// Has the thread look after all its transfers.
+    /// Makes the thread look at all its transfers again.
     void wake() const;
 
     /// Puts `block` on the session's callback queue.

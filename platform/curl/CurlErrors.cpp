@@ -13,9 +13,8 @@ std::string serverName(const Url& url) {
 std::string withReason(std::string text, std::string reason) {
     if (!reason.empty()) {
         // "Connection refused" continues a sentence here; an abbreviation such as SSL stays as it is.
-        const bool isWord = reason.size() > 1 && reason[1] >= 'a' && reason[1] <= 'z';
-        if (isWord && reason[0] >= 'A' && reason[0] <= 'Z') {
-            reason[0] = static_cast<char>(reason[0] - 'A' + 'a');
+        if (reason.size() > 1 && reason[1] >= 'a' && reason[1] <= 'z') {
+            reason[0] = ascii::lower(reason[0]);
         }
         text += ": " + reason;
     }
@@ -26,7 +25,7 @@ std::string systemReason(int number) {
     return number == 0 ? std::string{} : std::system_category().message(number);
 }
 
-// libcurl reports an answer it cannot make sense of in the middle as a failure to receive.
+// libcurl reports an answer that turns malformed in the middle as a failure to receive.
 bool isMalformedAnswer(std::string_view detail) {
     return detail.contains("chunked-encoding") || detail.contains("response headers");
 }
@@ -82,7 +81,7 @@ UrlError urlError(const CurlFailure& failure) {
         return {connectionLost,
                 withReason(connectionLostError(failure.server).text, systemReason(failure.systemError))};
     case CURLE_OUT_OF_MEMORY:
-        // So libcurl calls a line of a head that is longer than it reads.
+        // libcurl's code for a line of a head that is longer than libcurl reads.
         return {answerTooLarge, "A line in the head of the answer from " + server + " is too long"};
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_WEIRD_SERVER_REPLY:

@@ -13,31 +13,31 @@
 
 namespace kivo::platform {
 
-/// What is known about an exchange that libcurl gave up.
+/// The facts about an exchange that libcurl gave up.
 struct CurlFailure {
     CURLcode code = CURLE_OK;
     /// The system's error number, or 0.
     int systemError = 0;
-    /// libcurl's own words; may be empty.
+    /// libcurl's own text; may be empty.
     std::string detail;
-    /// Where the last exchange went, after redirects.
+    /// The server of the last exchange, after redirects.
     Url server;
     std::chrono::milliseconds timeout{};
     std::string trustFile;
 };
 
-/// The failure in the terms of the session. The text names host and port, never path, query, headers or body.
+/// The failure as the session reports it. The text names host and port, never path, query, headers or body.
 UrlError urlError(const CurlFailure& failure);
 
 UrlError cancelledError();
 UrlError pinMismatchError(const Url& server);
-/// The connection ended too early for anybody to know what the server has made of the request.
+/// The connection ended before the answer, so the effect of the request on the server is unknown.
 UrlError connectionLostError(const Url& server);
 
-/// An answer that was refused for what `fault` says.
+/// The error for an answer that was refused because of `fault`.
 UrlError answerError(HttpAnswer::Fault fault, const HttpLimits& limits, const Url& server);
 
-/// Why a redirect to `address` is not followed; absent when it is.
+/// The reason why a redirect to `address` is not followed; absent when the redirect is followed.
 std::optional<UrlError> redirectError(const std::optional<Url>& address, const Url& from);
 UrlError tooManyRedirectsError(const Url& last);
 

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t spareHandles = 8;
 
-/// Takes the handle off the cookie jar, and frees what libcurl would otherwise lose at a reset.
+/// Takes the handle off the cookie jar. Frees memory that libcurl would otherwise leak at a reset.
 void leaveCookieJar(CURL* easy) {
     curl_easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr);
     curl_easy_setopt(easy, CURLOPT_SHARE, nullptr);
@@ -41,6 +41,22 @@ void CurlHandles::giveBack(EasyHandle easy) {
         curl_easy_reset(easy.get());
         spare_.push_back(std::move(easy));
     }
+}
+
+void setCommonOptions(CurlOptions& options) {
+    options.set(CURLOPT_NOSIGNAL, 1L);
+    // Otherwise giving a request up would wait for a name server that does not answer.
+    options.set(CURLOPT_QUICK_EXIT, 1L);
+    options.set(CURLOPT_PROTOCOLS_STR, "https");
+    options.set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    options.set(CURLOPT_SSL_VERIFYPEER, 1L);
+    options.set(CURLOPT_SSL_VERIFYHOST, 2L);
+    options.set(CURLOPT_TCP_NODELAY, 1L);
+    options.set(CURLOPT_TCP_KEEPALIVE, 1L);
+    options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    // An empty name turns the session's shared cookie jar on, without a file.
+    options.set(CURLOPT_COOKIEFILE, "");
 }
 
 } // namespace kivo::platform

@@ -1,6 +1,6 @@
 #include "platform/curl/CurlRequest.hpp"
 
-#include "platform/curl/HttpText.hpp"
+#include "platform/curl/HttpAnswer.hpp"
 
 #include <algorithm>
 #include <optional>
@@ -12,12 +12,19 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
+/// Whether a text may be a header's name or a method.
+bool isToken(std::string_view text) {
+    return !text.empty() && std::ranges::all_of(text, [](char c) {
+        return ascii::isLetterOrDigit(c) || "!#$%&'*+-.^_`|~"sv.contains(c);
+    });
+}
+
 bool contains(const std::vector<HttpHeader>& headers, std::string_view name) {
     return std::ranges::any_of(headers, [name](const auto& header) { return sameName(header.first, name); });
 }
 
-// How a message is delimited follows from the body alone; a header that says otherwise would garble the connection. A
-// server that refuses an expectation would have the request sent twice.
+// Whether the header says where a message ends, or asks for an expectation. The end follows from the body alone;
+// another statement would garble the connection. A refused expectation would have the request sent twice.
 bool framesMessage(std::string_view name) {
     return sameName(name, "Content-Length") || sameName(name, "Transfer-Encoding") || sameName(name, "Expect");
 }
@@ -43,7 +50,7 @@ std::optional<UrlError> faultIn(const std::vector<HttpHeader>& headers) {
 } // namespace
 
 CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
-                               const std::vector<HttpHeader>& requestHeaders, bool carriesBody, bool isAbroad) {
+                               const std::vector<HttpHeader>& requestHeaders, bool carriesBody, bool isOnOtherServer) {
     std::vector<std::size_t> starts;
     starts.reserve(sessionHeaders.size() + requestHeaders.size() + 3);
     const auto add = [&](std::string_view name, std::string_view separator, std::string_view value) {
@@ -52,8 +59,9 @@ CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
     };
     const auto addHeader = [&](const HttpHeader& header) {
         const auto value = trimmed(header.second);
-        if (!framesMessage(header.first) && !(isAbroad && isCredential(header.first))) {
-            // libcurl takes "name:" for the wish to leave a header out, and "name;" for one without value.
+        if (!framesMessage(header.first) && !(isOnOtherServer && isCredential(header.first))) {
+            // libcurl leaves a header out when it reads "name:", and sends a header without value when it reads
+            // "name;".
             add(header.first, value.empty() ? ";" : ": ", value);
         }
     };

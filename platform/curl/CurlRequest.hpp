@@ -11,13 +11,13 @@
 
 namespace kivo::platform {
 
-/// A request's header lines as libcurl reads them. The lines must stay where they are while a transfer uses them.
+/// A request's header lines as libcurl reads them. The object must not move while a transfer uses the lines.
 ///
-/// `isAbroad`: a redirect has led to another server, for which credentials are not meant.
+/// `isOnOtherServer`: a redirect has led to another server, which must not receive credentials.
 class CurlHeaderList {
 public:
     CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders, const std::vector<HttpHeader>& requestHeaders,
-                   bool carriesBody, bool isAbroad);
+                   bool carriesBody, bool isOnOtherServer);
     CurlHeaderList(const CurlHeaderList&) = delete;
     CurlHeaderList& operator=(const CurlHeaderList&) = delete;
 
@@ -28,10 +28,10 @@ private:
     std::vector<curl_slist> nodes_;
 };
 
-/// Whether a request of this kind announces a body, be it an empty one.
+/// Whether a request of this method announces a body, even an empty body.
 bool carriesBody(const UrlRequest& request);
 
-/// Where the request goes, or why there is no point in sending it.
+/// The destination of the request, or the reason why the request cannot be sent.
 std::expected<Url, UrlError> destinationOf(const UrlRequest& request, const std::vector<HttpHeader>& sessionHeaders);
 
 } // namespace kivo::platform

@@ -1,7 +1,7 @@
 #include "platform/curl/CurlServerTrust.hpp"
 
-#include "platform/openssl/CertificateChain.hpp"
 #include "platform/openssl/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
 
 #include <openssl/x509.h>
 #include <openssl/x509_vfy.h>
@@ -11,7 +11,7 @@
 namespace kivo::platform {
 namespace {
 
-// Owned by all copies of a delegate's handler together.
+// Owned by all copies of a delegate's handler together: the last copy refuses the server.
 class TrustAnswer {
 public:
     explicit TrustAnswer(std::shared_ptr<TrustChallenge> challenge)
@@ -66,7 +66,7 @@ std::function<void(AuthChallengeDisposition)> TrustChallenge::handlerFor(std::sh
 }
 
 void letJudge(SSL_CTX* context, TrustJudge& judge) {
-    // A later handshake on the same connection would ask a judge that may be gone.
+    // A later handshake on the same connection would ask a judge that may no longer exist.
     SSL_CTX_set_options(context, SSL_OP_NO_RENEGOTIATION);
     SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
     SSL_CTX_set_cert_verify_callback(context, &verify, &judge);

@@ -10,19 +10,19 @@
 
 namespace kivo::platform {
 
-/// The question to a delegate whether one server can be trusted, and its answer, which counts once.
+/// Asks a delegate whether a server can be trusted. Only the first answer counts.
 class TrustChallenge {
 public:
     enum class Verdict { open, accepted, refused };
 
-    /// `answered` is called with the verdict in place, on the thread that answers.
+    /// `answered` is called on the answering thread, after the verdict is set.
     explicit TrustChallenge(std::function<void()> answered);
 
     Verdict verdict() const { return verdict_; }
 
     void answer(Verdict verdict);
 
-    /// The handler for the delegate. When it is dropped uncalled, the server is refused.
+    /// The handler for the delegate. A handler that is destroyed uncalled refuses the server.
     static std::function<void(AuthChallengeDisposition)> handlerFor(std::shared_ptr<TrustChallenge> challenge);
 
 private:
@@ -30,9 +30,8 @@ private:
     const std::function<void()> answered_;
 };
 
-/// Decides about a server's chain, as `ServerTrust` describes it. The handshake waits for the decision, and with the
-/// handshake everything else on its thread: a judge who cannot decide yet refuses, and is asked again in a later
-/// handshake.
+/// Decides about a server's chain, as `ServerTrust` describes the chain. The handshake waits for the decision, and so
+/// does everything else on the thread. A judge that cannot decide yet refuses, and is asked again in a later handshake.
 class TrustJudge {
 public:
     virtual bool accepts(std::vector<Data> chain) = 0;
@@ -41,7 +40,7 @@ protected:
     ~TrustJudge() = default;
 };
 
-/// Puts the connections made from `context` under `judge`, which must outlive their handshakes.
+/// Makes `judge` decide about the connections made from `context`. The judge must outlive their handshakes.
 void letJudge(SSL_CTX* context, TrustJudge& judge);
 
 } // namespace kivo::platform

@@ -2,7 +2,6 @@
 
 #include "platform/curl/CurlEngine.hpp"
 #include "platform/curl/CurlErrors.hpp"
-#include "platform/curl/CurlOptions.hpp"
 #include "platform/posix/ExitGuard.hpp"
 
 #include <algorithm>
@@ -12,16 +11,16 @@ namespace kivo::platform {
 namespace {
 
 constexpr std::size_t mostRedirects = 20;
-// A delegate usually answers at once, in the handshake that asks. This long, at most, the session's other requests
-// stand still for the answer.
-constexpr std::chrono::milliseconds briefly{100};
+// A delegate usually answers at once, during the handshake. The session's other requests stand still for the answer,
+// for at most this time.
+constexpr std::chrono::milliseconds delegatePatience{100};
 
 std::chrono::milliseconds shortestTimeout(const UrlRequest& request, const UrlSessionConfiguration& configuration) {
     const auto shortest = std::min({request.timeout, configuration.requestTimeout, configuration.resourceTimeout});
     return std::clamp<std::chrono::milliseconds>(shortest, std::chrono::milliseconds{1}, std::chrono::hours{24 * 14});
 }
 
-// To libcurl zero means no limit at all.
+// Never 0, which libcurl takes for no limit.
 long millisecondsUntil(std::chrono::steady_clock::time_point deadline) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     return std::max(static_cast<long>(left.count()), 1L);
@@ -70,7 +69,7 @@ bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {
     sending_.emplace(easy, sockets);
     detail_ = {};
     answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
-    headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isAbroad_);
+    headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isOnOtherServer_);
     if (const auto code = setOptions(); code != CURLE_OK) {
         concludeUnsent(code);
         return false;
@@ -146,8 +145,8 @@ void CurlTransfer::setTrust(CurlOptions& options) {
         }
         return;
     }
-    // The peer stays verified, by nobody but the delegate: without store and without a resumed session, for which
-    // no chain would be presented.
+    // The delegate alone verifies the server: there is no store of certificates, and no resumed TLS session, in which
+    // the server would present no chain.
     options.set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
     options.set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     options.set(CURLOPT_SSL_VERIFYHOST, 0L);
@@ -180,9 +179,9 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
             }
         });
         engine->holdUntil([this] { return isCancelled() || !awaitsVerdict(); },
-                          std::min(deadline_, std::chrono::steady_clock::now() + briefly));
+                          std::min(deadline_, std::chrono::steady_clock::now() + delegatePatience));
     }
-    // The verdict is read once: a verdict between two readings would let the request leave and then send it again.
+    // The verdict is read once: if it came between two readings, the request would leave and then be sent again.
     const auto verdict = challenge_->verdict();
     endedUnjudged_ = verdict == TrustChallenge::Verdict::open;
     return verdict == TrustChallenge::Verdict::accepted;
@@ -193,7 +192,7 @@ void CurlTransfer::noteSent(std::uint64_t sent) {
         return;
     }
     sent_ = sent;
-    // While one announcement waits in the queue, it takes the newer number along.
+    // An announcement that still waits in the queue will take the newer number along.
     if (!announcing_.exchange(true)) {
         if (const auto engine = engine_.lock()) {
             engine->callBack([self = shared_from_this()] { self->announceSent(); });
@@ -215,7 +214,7 @@ bool CurlTransfer::conclude(CURLcode code) {
     if (settings_->delegate && expected_ > 0) {
         noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
     }
-    const bool isOver = !goesOn(code);
+    const bool isOver = !needsFurtherExchange(code);
     if (isOver) {
         outcome_ = outcomeOf(code);
     }
@@ -233,7 +232,7 @@ void CurlTransfer::concludeUnsent(CURLcode code) {
     easy_ = nullptr;
 }
 
-bool CurlTransfer::goesOn(CURLcode code) {
+bool CurlTransfer::needsFurtherExchange(CURLcode code) {
     if (std::exchange(endedUnjudged_, false)) {
         return true;
     }
@@ -254,7 +253,7 @@ bool CurlTransfer::follow() {
     if (redirectFault_) {
         return false;
     }
-    // As browsers do: "see other" means to fetch, and only POST turns into GET at the older codes.
+    // As browsers do: 303 turns every method but HEAD into GET; 301 and 302 turn only POST into GET.
     const bool isSeeOther = answer_.status() == 303 && request_.method != "HEAD";
     if (isSeeOther || (request_.method == "POST" && answer_.status() <= 302)) {
         request_.method = "GET";
@@ -264,7 +263,7 @@ bool CurlTransfer::follow() {
     request_.url = location;
     destination_ = std::move(*address);
     const auto former = std::exchange(server_, keyOf(destination_));
-    isAbroad_ = isAbroad_ || server_ != former;
+    isOnOtherServer_ = isOnOtherServer_ || server_ != former;
     judged_.reset();
     challenge_.reset();
     return true;
@@ -316,7 +315,7 @@ void CurlTransfer::deliver() {
     auto expected = State::underWay;
     const bool isCancelled = !state_.compare_exchange_strong(expected, State::delivered);
     auto outcome = isCancelled ? UrlOutcome{std::unexpected{cancelledError()}} : std::move(outcome_);
-    // A host may keep the task; the request's headers, cookies and captures go now.
+    // The host may keep the task, so the request's headers, cookies and captures are released now.
     const auto completion = std::exchange(completion_, nullptr);
     settings_.reset();
     request_ = {};

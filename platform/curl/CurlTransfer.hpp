@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/curl/CurlConnections.hpp"
 #include "platform/curl/CurlHandles.hpp"
 #include "platform/curl/CurlRequest.hpp"
-#include "platform/curl/CurlSending.hpp"
 #include "platform/curl/CurlServerTrust.hpp"
 #include "platform/curl/HttpAnswer.hpp"
 
@@ -24,21 +24,21 @@ namespace kivo::platform {
 
 class CurlEngine;
 
-/// What the requests of one session share.
+/// The settings of one session, shared by its requests.
 struct CurlSettings {
     UrlSessionConfiguration configuration;
-    /// Certificates to trust, PEM; empty for libcurl's own default.
+    /// The file of trusted certificates (PEM); empty for libcurl's own default.
     std::string trustFile;
     std::shared_ptr<UrlSessionDelegate> delegate;
     bool judgesServerTrust = false;
 };
 
-/// One request, from being handed over to its completion.
+/// One request, from `dataTask()` to its completion.
 ///
-/// Every exchange that libcurl runs for a transfer sends the request at most once. A redirect, a
-/// connection that had ended, and a server whose verdict came late each lead to a further exchange.
+/// Every exchange that libcurl runs for a transfer sends the request at most once. A redirect, a connection that had
+/// ended, and a late verdict about the server each lead to a further exchange.
 ///
-/// Belongs to the engine's thread until `conclude()`, then to the callback queue; `cancel()` comes from anywhere.
+/// Belongs to the engine's thread until `conclude()`, then to the callback queue. `cancel()` may come from any thread.
 class CurlTransfer final : public UrlSessionTask,
                            public std::enable_shared_from_this<CurlTransfer>,
                            private TrustJudge {
@@ -50,29 +50,30 @@ public:
 
     bool isCancelled() const { return state_ == State::cancelled; }
 
-    /// Host and port of the address: transfers with the same share connections. Empty when there is no point in sending
-    /// it.
+    /// Host and port of the address: transfers to the same server share connections. Empty when the request cannot be
+    /// sent.
     const std::string& server() const { return server_; }
 
-    /// Whether the delegate's verdict about the server is still open.
+    /// Whether the delegate has yet to give its verdict about the server.
     bool awaitsVerdict() const { return challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open; }
 
-    /// When the time for the whole exchange is up, counted from the handing over.
+    /// The end of the time for the whole request, which begins with `dataTask()`.
     std::chrono::steady_clock::time_point deadline() const { return deadline_; }
 
-    /// Engine's thread: the rest of the public functions but `deliver()`.
-    ///
-    /// Prepares `easy` for the next exchange; false when there is no point in one. `sockets` are the engine's.
+    // The engine's thread calls the rest of the public functions, except `deliver()`.
+
+    /// Prepares `easy` for the next exchange; false when no exchange is needed. `sockets` belong to the engine.
     bool prepare(CURL* easy, CurlSockets& sockets);
 
-    /// Takes the result of the exchange that ran on the prepared handle, or why there was none. False when another
-    /// exchange follows, for which the transfer must be prepared again.
+    /// Takes the result of the exchange on the prepared handle. False when a further exchange follows, for which the
+    /// transfer must be prepared again.
     bool conclude(CURLcode code);
     void concludeCancelled();
+
     /// Ends a transfer for which no exchange is under way.
     void concludeUnsent(CURLcode code);
 
-    /// The cookies of the transfer, whatever becomes of the session's meanwhile.
+    /// Sets the cookies of the transfer, which keeps them when the session gets an empty jar.
     void useJar(std::shared_ptr<const CookieJar> jar) { jar_ = std::move(jar); }
 
     const std::shared_ptr<const CookieJar>& jar() const { return jar_; }
@@ -87,10 +88,10 @@ private:
     void setMethodAndBody(class CurlOptions& options);
     void setTrust(class CurlOptions& options);
     void setCallbacks(class CurlOptions& options);
-    bool goesOn(CURLcode code);
+    bool needsFurtherExchange(CURLcode code);
     bool follow();
     UrlOutcome outcomeOf(CURLcode code);
-    /// What the handle tells of the exchange; nothing before it has begun.
+    /// libcurl's information about the exchange; a default value outside an exchange.
     template <typename T>
     T info(CURLINFO which) const;
 
@@ -111,7 +112,7 @@ private:
     std::string server_;
     std::atomic<State> state_{State::underWay};
 
-    /// Null but during an exchange.
+    /// Null outside an exchange.
     CURL* easy_ = nullptr;
     std::optional<CurlSending> sending_;
     std::shared_ptr<const CookieJar> jar_;
@@ -119,7 +120,7 @@ private:
     std::array<char, CURL_ERROR_SIZE> detail_{};
     HttpAnswer answer_;
     std::size_t redirects_ = 0;
-    bool isAbroad_ = false;
+    bool isOnOtherServer_ = false;
     std::optional<UrlError> redirectFault_;
     bool wantsFreshConnection_ = false;
     std::shared_ptr<const ServerTrust> judged_;

@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    /// The session's threads, and the locks that they held, stay with the parent of a forked process.
+    /// False in a forked child, which has neither the session's threads nor a way to release the locks they held.
     bool isOwnProcess() const { return ::getpid() == process_; }
 
     const std::shared_ptr<const CurlSettings> settings_;

@@ -7,8 +7,8 @@
 
 namespace kivo::platform {
 
-/// Sessions on libcurl. `trustedCertificates` (PEM) replaces the system's store; empty, `$SSL_CERT_FILE` does, and
-/// without that the system's store holds.
+/// Sessions on libcurl. `trustedCertificates` (PEM) replaces the system's store of certificates. When it is empty,
+/// `$SSL_CERT_FILE` replaces the store, if set.
 std::shared_ptr<UrlSessions> makeCurlUrlSessions(std::filesystem::path trustedCertificates);
 
 } // namespace kivo::platform

@@ -1,7 +1,5 @@
 #include "platform/curl/HttpAnswer.hpp"
 
-#include "platform/curl/HttpText.hpp"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -12,9 +10,9 @@ namespace {
 
 constexpr std::size_t usualHeaderCount = 8;
 
-// Digits and nothing else. A number that does not fit is as good as the largest one: too large.
+// The number in a text of digits. A number that does not fit counts as the largest number, which is too large.
 std::optional<std::uint64_t> lengthIn(std::string_view text) {
-    const bool isNumber = !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+    const bool isNumber = !text.empty() && std::ranges::all_of(text, ascii::isDigit);
     if (!isNumber) {
         return std::nullopt;
     }
@@ -133,7 +131,7 @@ HttpAnswer::Fault HttpAnswer::judgeLength() {
     if (length_ && *length_ > limits_.body) {
         return Fault::bodyTooLarge;
     }
-    // The body of a redirect counts for nothing, so its end does not matter.
+    // The body of a redirect is not used, so its end does not matter.
     return isHttp1_ && !isChunked && !length_ && !isRedirect() ? Fault::noLength : Fault::none;
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/base/Ascii.hpp"
+
 #include <kivo/platform/UrlSession.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -11,28 +14,39 @@
 
 namespace kivo::platform {
 
+/// Whether two names of headers are the same, in any case of their letters.
+inline bool sameName(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, {}, ascii::lower, ascii::lower);
+}
+
+/// A header's value without the white space around it.
+inline std::string_view trimmed(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t");
+    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
 /// The most bytes that an answer may have.
 struct HttpLimits {
-    /// Head, the heads of interim answers before it, and trailers together.
+    /// For the head, the heads of interim answers before it, and the trailers together.
     std::size_t head = 0;
     std::size_t body = 0;
 };
 
-/// An HTTP answer as it arrives, and whether it is whole.
+/// Collects an HTTP answer as it arrives, and judges whether the answer is whole.
 ///
-/// An answer that ends where its connection ends is refused: a part of such an answer looks like the whole.
+/// An answer whose end is only the end of its connection is refused: a part of such an answer looks like the whole.
 class HttpAnswer {
 public:
     enum class Fault { none, malformed, noLength, headTooLarge, bodyTooLarge };
 
     HttpAnswer() = default;
 
-    /// `toHead`: the request asked for no body.
+    /// `toHead`: the request has asked for the head alone.
     HttpAnswer(HttpLimits limits, bool toHead)
         : limits_{limits}
         , toHead_{toHead} {}
 
-    /// Takes a line of a head, the empty one at its end included, or of the trailers. False when the answer is faulty.
+    /// Takes a line of a head, the empty line at its end included, or of the trailers. False when the answer is faulty.
     bool takeLine(std::string_view line);
 
     /// Takes a part of the body. False when the answer is faulty.
@@ -40,7 +54,7 @@ public:
 
     Fault fault() const { return fault_; }
 
-    /// Whether the head came to its end and the body has as many bytes as the head announced.
+    /// Whether the head is complete and the body has as many bytes as the head announced.
     bool isWhole() const;
 
     /// Whether the answer sends the request on to another address.
@@ -48,7 +62,7 @@ public:
 
     int status() const { return status_; }
 
-    /// Gives the answer away.
+    /// Moves the answer out.
     UrlResponse release();
 
 private:

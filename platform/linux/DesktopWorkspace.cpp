@@ -1,5 +1,4 @@
-#include "platform/linux/DesktopWorkspace.hpp"
-
+#include "platform/linux/LinuxParts.hpp"
 #include "platform/posix/BackgroundThread.hpp"
 
 #include <kivo/platform/Url.hpp>
@@ -18,13 +17,13 @@
 namespace kivo::platform {
 namespace {
 
-// Anything else could start a program or be taken for an option.
+// Any other text could start a program or be taken for an option.
 bool isWebAddress(std::string_view text) {
     const auto url = parseUrl(text);
     return url && (url->scheme == "https" || url->scheme == "http");
 }
 
-/// How the browser is started: as a session of its own, without the host's files, terminal and signal settings.
+/// Starts the browser in a session of its own, without the host's files, terminal and signal settings.
 class DetachedStart {
 public:
     DetachedStart() {
@@ -74,8 +73,8 @@ public:
             return;
         }
         if (const auto child = DetachedStart{}.run("xdg-open", url)) {
-            // Without a thread to wait on, the ended child stays listed until the host ends; the page opens all the
-            // same.
+            // Without this thread, the ended child stays in the list of processes until the host ends. The page opens
+            // in any case.
             std::ignore = startBackgroundThread("kivo-browser", [child = *child] { waitForEnd(child); });
         }
     }

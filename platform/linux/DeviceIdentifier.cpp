@@ -1,7 +1,6 @@
 #include "platform/linux/DeviceIdentifier.hpp"
 
 #include "platform/posix/PrivateFolder.hpp"
-#include "platform/posix/QuotedPath.hpp"
 
 #include <sys/random.h>
 

@@ -1,5 +1,4 @@
-#include "platform/linux/FontconfigFonts.hpp"
-
+#include "platform/linux/LinuxParts.hpp"
 #include "platform/ui/TextEstimate.hpp"
 
 #include <fontconfig/fontconfig.h>

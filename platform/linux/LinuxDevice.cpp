@@ -1,7 +1,6 @@
 #include "platform/linux/LinuxDevice.hpp"
 
 #include "platform/linux/DeviceIdentifier.hpp"
-#include "platform/linux/InterfaceNames.hpp"
 
 #include <ifaddrs.h>
 #include <netdb.h>
@@ -9,13 +8,46 @@
 #include <sys/socket.h>
 #include <sys/utsname.h>
 
+#include <array>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 namespace kivo::platform {
 namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int cellularNames = 4;
+constexpr int firstWired = 2;
+constexpr int wiredNames = 3;
+
+enum class InterfaceKind { wireless, cellular, wired, other };
+
+std::string startOf(const fs::path& path) {
+    // One short line, or nothing when the interface has been removed meanwhile.
+    std::array<char, 4096> bytes{};
+    std::ifstream file{path};
+    file.read(bytes.data(), bytes.size());
+    return {bytes.data(), static_cast<std::size_t>(file.gcount())};
+}
+
+InterfaceKind kindOf(const fs::path& folder) {
+    std::error_code error;
+    if (fs::exists(folder / "wireless", error) || fs::exists(folder / "phy80211", error)) {
+        return InterfaceKind::wireless;
+    }
+    const auto name = folder.filename().string();
+    if (name.starts_with("wwan") || name.starts_with("ppp") || startOf(folder / "uevent").contains("DEVTYPE=wwan\n")) {
+        return InterfaceKind::cellular;
+    }
+    const bool isPhysical = fs::exists(folder / "device", error);
+    const bool isEthernet = startOf(folder / "type") == "1\n";
+    return isPhysical && isEthernet ? InterfaceKind::wired : InterfaceKind::other;
+}
 
 struct AddressesDeleter {
     void operator()(ifaddrs* addresses) const { freeifaddrs(addresses); }
@@ -75,7 +107,7 @@ public:
         InterfaceNames names;
         std::vector<InterfaceAddress> addresses;
         for (const auto* entry = all.get(); entry; entry = entry->ifa_next) {
-            // Asked for every entry, also those without an address, so that the numbering keeps to the system's order.
+            // Also for an entry without an address, so that the numbers follow the system's order.
             auto name = names.phoneName(entry->ifa_name);
             const int family = entry->ifa_addr ? entry->ifa_addr->sa_family : AF_UNSPEC;
             if (family == AF_INET || family == AF_INET6) {
@@ -100,6 +132,28 @@ private:
 };
 
 } // namespace
+
+InterfaceNames::InterfaceNames(fs::path classFolder)
+    : classFolder_{std::move(classFolder)} {}
+
+std::string InterfaceNames::phoneName(const std::string& interfaceName) {
+    const auto known = given_.find(interfaceName);
+    return known != given_.end() ? known->second : given_.emplace(interfaceName, newName(interfaceName)).first->second;
+}
+
+std::string InterfaceNames::newName(const std::string& interfaceName) {
+    switch (kindOf(classFolder_ / interfaceName)) {
+    case InterfaceKind::wireless:
+        return "en0";
+    case InterfaceKind::cellular:
+        return cellular_ < cellularNames ? "pdp_ip" + std::to_string(cellular_++) : interfaceName;
+    case InterfaceKind::wired:
+        return wired_ < wiredNames ? "en" + std::to_string(firstWired + wired_++) : interfaceName;
+    case InterfaceKind::other:
+        return interfaceName;
+    }
+    return interfaceName;
+}
 
 std::shared_ptr<Device> makeLinuxDevice(DataFolder dataFolder, std::shared_ptr<Diagnostics> diagnostics) {
     return std::make_shared<LinuxDevice>(std::move(dataFolder), std::move(diagnostics));

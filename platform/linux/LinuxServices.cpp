@@ -1,11 +1,8 @@
 #include "platform/base/DiagnosticsRelay.hpp"
 #include "platform/bundle/FolderBundles.hpp"
 #include "platform/curl/CurlUrlSession.hpp"
-#include "platform/linux/DesktopWorkspace.hpp"
-#include "platform/linux/FontconfigFonts.hpp"
 #include "platform/linux/LinuxDevice.hpp"
-#include "platform/linux/NetlinkReachability.hpp"
-#include "platform/linux/XdgDataFolder.hpp"
+#include "platform/linux/LinuxParts.hpp"
 #include "platform/openssl/OpenSslTrust.hpp"
 #include "platform/sqlite/SqliteKeychain.hpp"
 

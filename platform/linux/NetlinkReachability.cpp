@@ -1,7 +1,5 @@
-#include "platform/linux/NetlinkReachability.hpp"
-
-#include "platform/linux/RouteMonitor.hpp"
-#include "platform/linux/RouteTable.hpp"
+#include "platform/linux/LinuxParts.hpp"
+#include "platform/linux/Routes.hpp"
 
 #include <sys/socket.h>
 
@@ -37,8 +35,7 @@ std::expected<std::uint32_t, int> readFlags() {
     return *stands ? kSCNetworkReachabilityFlagsReachable : 0;
 }
 
-/// All targets of a service and the monitor they share. Targets are known by their address only, so that nothing here
-/// keeps one alive.
+/// All targets of a service and the monitor that they share. The keys are addresses, which keep no target alive.
 class Watches : public std::enable_shared_from_this<Watches> {
 public:
     void add(const Ref& target) {
@@ -47,7 +44,7 @@ public:
     }
 
     void remove(const NetworkReachabilityRef* target) {
-        // Declared before the lock: what they hold may call back in when it goes.
+        // Declared before the lock, and so destroyed after it: their destructors may call back into this object.
         std::unique_ptr<RouteMonitor> ended;
         std::map<const NetworkReachabilityRef*, Watch>::node_type removed;
         const std::scoped_lock lock{mutex_};
@@ -95,7 +92,7 @@ private:
         std::uint64_t number;
     };
 
-    /// `swap` exchanges settings of the watch for those it holds; doing so again takes the change back.
+    /// `swap` exchanges the watch's settings for its own. A second call takes the change back.
     template <typename Swap>
     int change(const NetworkReachabilityRef* target, Swap swap) {
         std::unique_ptr<RouteMonitor> ended;
@@ -121,7 +118,7 @@ private:
         if (!flags) {
             return flags.error();
         }
-        // A monitor that runs already does not look again by itself, and a change that it has seen is not told twice.
+        // A running monitor would not report the present difference by itself. A new monitor reports it at its start.
         const bool isStale = watch.told && *watch.told != *flags;
         if (!monitor_ || isStale) {
             auto monitor = RouteMonitor::start([weak = weak_from_this()] {
@@ -162,14 +159,14 @@ private:
                     }
                 });
             } catch (const std::system_error&) {
-                // The machine has no thread left for the queue; the next look at the routes may find one.
+                // The system has no thread left for the queue. The next change of the routes brings another attempt.
                 forgetTold(delivery.target);
             }
         }
     }
 
     void forgetTold(const std::weak_ptr<NetworkReachabilityRef>& target) {
-        // Declared before the lock: when it goes, its watch does.
+        // Declared before the lock, and so destroyed after it: the target's destructor removes its watch.
         const auto alive = target.lock();
         const std::scoped_lock lock{mutex_};
         if (const auto found = watches_.find(alive.get()); found != watches_.end()) {
@@ -187,7 +184,7 @@ private:
         {
             const std::scoped_lock lock{mutex_};
             auto& watch = watches_.at(target.get());
-            // A monitor that is just ending may hand over its last finding after the next one's first.
+            // An ending monitor may deliver its last flags after the first flags of the next monitor.
             if (watch.activation != delivery.activation || watch.lastDelivered > delivery.number) {
                 return;
             }

@@ -1,4 +1,5 @@
 #include "platform/base/Process.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <kivo/platform/RunLoop.hpp>
 
@@ -24,30 +25,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The longest time that can pass from `now` on, as far as a clock can tell.
+/// The longest time that a clock can count from `now` on.
 std::chrono::nanoseconds longestFrom(std::chrono::nanoseconds now) {
     return std::chrono::nanoseconds::max() - now;
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int number)
-        : number_{number} {}
-
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    ~Descriptor() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-
-    int get() const { return number_; }
-
-private:
-    int number_;
-};
 
 struct Delayed {
     Clock::Time deadline;
@@ -55,7 +36,7 @@ struct Delayed {
     std::function<void()> block;
 };
 
-/// The earliest deadline is the heap's top; equal deadlines keep the order in which they came.
+/// The order of the heap, whose top is the earliest deadline. Equal deadlines keep their order.
 bool laterThan(const Delayed& a, const Delayed& b) {
     return std::pair{a.deadline, a.order} > std::pair{b.deadline, b.order};
 }
@@ -97,7 +78,7 @@ public:
         arm();
     }
 
-    /// Time was moved by hand.
+    /// Called when a clock was moved by hand.
     void wake() {
         const std::scoped_lock lock{mutex_};
         signal();
@@ -126,7 +107,7 @@ public:
         return count;
     }
 
-    /// Waits until there may be something to drain, or `limit` has passed.
+    /// Waits until a block may be due, or until `limit` has passed.
     void wait(std::chrono::nanoseconds limit) const {
         pollfd wanted{.fd = poll_.get(), .events = POLLIN, .revents = 0};
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
@@ -144,12 +125,12 @@ private:
 
     void clearSignal() const {
         std::uint64_t count = 0;
-        // Neither read blocks: both descriptors were opened so.
+        // Neither read waits: both descriptors are non-blocking.
         std::ignore = read(event_.get(), &count, sizeof count); // NOLINT(clang-analyzer-unix.BlockInCriticalSection)
         std::ignore = read(timer_.get(), &count, sizeof count); // NOLINT(clang-analyzer-unix.BlockInCriticalSection)
     }
 
-    /// Makes the timer fire at the earliest deadline, where time passes by itself.
+    /// Makes the timer fire at the earliest deadline, if the clock advances by itself.
     void arm() const {
         if (!clock_->advancesByItself()) {
             return;
@@ -164,15 +145,15 @@ private:
     }
 
     const std::shared_ptr<Clock> clock_;
-    const Descriptor poll_{epoll_create1(EPOLL_CLOEXEC)};
-    const Descriptor event_{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
-    const Descriptor timer_{timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)};
+    const FileDescriptor poll_{epoll_create1(EPOLL_CLOEXEC)};
+    const FileDescriptor event_{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    const FileDescriptor timer_{timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)};
     std::atomic<std::thread::id> owner_;
     std::mutex mutex_;
     std::deque<std::function<void()>> ready_;
     std::vector<Delayed> delayed_;
     std::uint64_t order_ = 0;
-    /// Belongs to the loop's thread: a block may run the loop again, which then goes on with those after it.
+    /// Belongs to the loop's thread. A block may run the loop again; the inner run continues with the blocks after it.
     std::deque<std::function<void()>> due_;
 };
 

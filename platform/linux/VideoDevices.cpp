@@ -1,6 +1,6 @@
 #include "platform/camera/VideoDevices.hpp"
 
-#include "platform/posix/FileDescriptor.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <fcntl.h>
 #include <linux/videodev2.h>
@@ -30,7 +30,7 @@ std::optional<int> deviceNumber(const fs::path& device) {
     return parsed.ec == std::errc{} && parsed.ptr == end ? std::optional{number} : std::nullopt;
 }
 
-/// Cameras also have devices for other things than pictures.
+/// Whether the device gives pictures; a camera may have further devices for other data.
 bool givesPictures(const fs::path& device) {
     const FileDescriptor file{::open(device.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)};
     if (!file) {

@@ -1,6 +1,5 @@
-#include "platform/linux/XdgDataFolder.hpp"
-
-#include "platform/base/OwnFile.hpp"
+#include "platform/base/CodeLocation.hpp"
+#include "platform/linux/LinuxParts.hpp"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -40,9 +39,9 @@ fs::path homeFolder() {
 std::string applicationName(const Bundle& mainBundle) {
     auto name = mainBundle.bundleIdentifier().value_or("");
     if (name.empty()) {
-        name = "executable." + executable().filename().string();
+        name = "executable." + executableFile().filename().string();
     }
-    // An identifier is a name, never a path.
+    // The identifier becomes one name of a folder, never a path.
     std::ranges::replace(name, '/', '_');
     return name == "." || name == ".." ? "_" : name;
 }

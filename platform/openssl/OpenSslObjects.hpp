@@ -26,7 +26,7 @@ inline X509Pointer certificateIn(std::string_view der) {
     return X509Pointer{d2i_X509(nullptr, &begin, static_cast<long>(der.size()))};
 }
 
-/// The DER form of an object, by its own i2d function; empty when it has none.
+/// The DER form of an object, made by the i2d function of its type; empty when the function fails.
 template <class T, class Encode>
 std::string derOf(T* object, const Encode& encode) {
     const int size = encode(object, nullptr);

@@ -6,13 +6,28 @@
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 
 namespace kivo::platform {
 namespace {
 
-// Counted in seconds from the start: the system clock's own finer count ends in 2262, and certificates go on to 9999.
+constexpr std::size_t longestChain = 10;
+// OpenSSL's answer for an authority by its basic constraints. Other answers are guesses at old certificates.
+constexpr int isAuthority = 1;
+
+bool allowsBelow(X509* authority, std::size_t authoritiesBelow) {
+    const long limit = X509_get_pathlen(authority);
+    return limit < 0 || authoritiesBelow <= static_cast<std::size_t>(limit);
+}
+
+bool hasIssued(X509* authority, X509* certificate) {
+    return X509_check_issued(authority, certificate) == X509_V_OK && X509_check_ca(authority) == isAuthority &&
+           X509_verify(certificate, X509_get0_pubkey(authority)) == 1;
+}
+
+// In seconds: the system clock's own finer unit ends in the year 2262, and certificates may be valid until 9999.
 std::optional<std::chrono::sys_seconds> timeOf(const ASN1_TIME* time) {
     std::tm parts{};
     if (ASN1_TIME_to_tm(time, &parts) != 1) {
@@ -84,6 +99,26 @@ std::optional<std::string> externalForm(const EVP_PKEY& key) {
     }
     auto form = derOf(copy.get(), [](EVP_PKEY* each, unsigned char** end) { return i2d_PublicKey(each, end); });
     return form.empty() ? std::nullopt : std::optional{std::move(form)};
+}
+
+std::vector<X509*> linkedChain(X509* leaf, const STACK_OF(X509) * presented) {
+    std::vector<X509*> chain{leaf};
+    bool isComplete = false;
+    while (!isComplete && chain.size() < longestChain) {
+        isComplete = true;
+        for (int i = 0; i < sk_X509_num(presented) && isComplete; ++i) {
+            auto* const candidate = sk_X509_value(presented, i);
+            const bool isNew =
+                std::ranges::none_of(chain, [&](const X509* linked) { return X509_cmp(linked, candidate) == 0; });
+            if (isNew && allowsBelow(candidate, chain.size() - 1) && hasIssued(candidate, chain.back())) {
+                chain.push_back(candidate);
+                isComplete = false;
+            }
+        }
+    }
+    // A signature that did not fit is no error of the connection.
+    ERR_clear_error();
+    return chain;
 }
 
 } // namespace kivo::platform

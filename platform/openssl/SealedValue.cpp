@@ -14,7 +14,7 @@
 namespace kivo::platform {
 namespace {
 
-// A sealed value: this byte, the nonce, the text, the tag.
+// A sealed value consists of this byte, the nonce, the text and the tag.
 constexpr char formatVersion = 1;
 constexpr std::size_t nonceLength = 12;
 constexpr std::size_t tagLength = 16;
@@ -49,7 +49,7 @@ SealingKey::~SealingKey() {
 }
 
 void wipe(std::string& secret) {
-    // What a longer text left behind its end goes as well.
+    // The rest of a longer former text, behind the end, is overwritten as well.
     secret.resize(secret.capacity());
     OPENSSL_cleanse(secret.data(), secret.size());
     secret.clear();

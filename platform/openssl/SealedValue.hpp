@@ -9,7 +9,7 @@
 
 namespace kivo::platform {
 
-/// A key, wiped when it goes.
+/// A key that the destructor wipes.
 class SealingKey {
 public:
     static constexpr std::size_t size = 32;
@@ -21,18 +21,18 @@ public:
 
     const unsigned char* data() const { return bytes_.data(); }
 
-    /// Room for the key and for one byte more, which shows that a source is too long.
+    /// Room for the key and for one byte more, which shows whether a key's source is too long.
     std::span<unsigned char> room() { return bytes_; }
 
 private:
     std::array<unsigned char, size + 1> bytes_{};
 };
 
-/// Encrypts a value with AES-256-GCM and ties it to `identity`: it opens under the same identity only. Absent when
+/// Encrypts a value with AES-256-GCM and ties the result to `identity`: `unseal` needs the same identity. Absent when
 /// the cipher or the random source fails.
 std::optional<std::string> seal(const SealingKey& key, std::string_view identity, std::string_view value);
 
-/// The value again; absent when key, identity or a single bit differs.
+/// The value of a sealed value; absent when the key, the identity or a single bit differs.
 std::optional<std::string> unseal(const SealingKey& key, std::string_view identity, std::string_view sealed);
 
 } // namespace kivo::platform

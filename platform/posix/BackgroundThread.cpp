@@ -9,8 +9,8 @@
 namespace kivo::platform {
 
 std::error_code startBackgroundThread(const char* name, std::function<void()> body) {
-    // A thread inherits its creator's mask. Writing to a closed connection raises SIGPIPE, which would end the host;
-    // faults stay unblocked, for the host's crash reporter.
+    // A thread inherits its creator's mask. Writing to a closed connection raises SIGPIPE, which would end the host.
+    // Faults stay unblocked for the host's crash reporter.
     sigset_t blocked;
     sigset_t former;
     sigfillset(&blocked);

@@ -18,7 +18,7 @@ thread_local int callbacksOnThisThread = 0;
 } // namespace
 
 ExitGuard& ExitGuard::shared() {
-    // Never destroyed: threads that outlast the wait still reach it.
+    // Never destroyed: threads that outlast the wait still use the guard.
     static ExitGuard& guard = *new ExitGuard;
     return guard;
 }
@@ -82,7 +82,8 @@ void ExitGuard::stopAll() {
 
 CallbackScope::CallbackScope()
     : guard_{ExitGuard::shared()} {
-    // Counted before looking: the exiting thread either sees this callback and waits, or is seen here.
+    // The count comes before the look at `exiting_`: either the exiting thread sees this callback and waits for it, or
+    // this callback sees that the process is exiting.
     ++guard_.callbacks_;
     ++callbacksOnThisThread;
     open_ = !guard_.exiting_;

@@ -10,19 +10,19 @@
 
 namespace kivo::platform {
 
-/// Something with a thread that must not outlive the libraries it uses.
+/// An object with a thread that must not outlive the libraries that the thread uses.
 class Stoppable {
 public:
     virtual ~Stoppable() = default;
 
-    /// Makes the thread end soon. Callable from any thread, more than once; does not wait.
+    /// Makes the thread end soon, without waiting for the end. Callable from any thread, more than once.
     virtual void stop() = 0;
 };
 
 /// Keeps a process that exits with requests under way from crashing or hanging.
 ///
-/// When the process exits, every member is stopped, no callback starts any more, and the exiting thread waits up to
-/// two seconds for the members' threads and for callbacks in progress (not for one that called `exit()` itself).
+/// When the process exits, every member is stopped and no further callback starts. The exiting thread waits up to two
+/// seconds for the members' threads and for callbacks in progress, except a callback that called `exit()` itself.
 class ExitGuard {
 public:
     /// The process's guard.
@@ -34,15 +34,18 @@ public:
     /// Adds a member whose thread is about to start; false once the process is exiting.
     bool add(const std::shared_ptr<Stoppable>& member);
 
-    /// Has the members stopped before every exit handler that was registered until now. A library whose exit handler
-    /// takes away what a member's thread uses is made ready first, and this is called once after it.
+    /// Has the members stopped before any exit handler that is registered already. Call this function once after the
+    /// initialisation of a library whose exit handler frees objects that a member's thread uses.
     void runAheadOfHandlersSoFar();
 
-    /// Called by the thread that works for the member, as its first and its last act.
+    /// The member's thread calls this function first.
     static void markMemberThread();
+
+    /// The member's thread calls this function last.
     void remove(const Stoppable* member);
 
-    /// Holds `object` for ever: what a callback would have released must not be destroyed while the process exits.
+    /// Holds `object` for ever. A callback that is left out would have released the object, which must not be destroyed
+    /// while the process exits.
     void keep(std::shared_ptr<void> object);
 
 private:
@@ -51,7 +54,7 @@ private:
     ExitGuard() = default;
     void stopAll();
 
-    /// The process whose threads the members have: a child that was forked has none of them.
+    /// The process that the members' threads belong to: a forked child has none of the threads.
     std::atomic<pid_t> process_{0};
     std::mutex mutex_;
     std::condition_variable changed_;
@@ -61,7 +64,7 @@ private:
     std::atomic<bool> exiting_{false};
 };
 
-/// Stands around every call into the host. False when the process is exiting and the call must not be made.
+/// Surrounds every call into the host. False when the process is exiting and the call must not be made.
 class CallbackScope {
 public:
     CallbackScope();

@@ -1,7 +1,5 @@
 #include "platform/posix/PrivateFolder.hpp"
 
-#include "platform/posix/QuotedPath.hpp"
-
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -37,7 +35,7 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
     }
     const bool isFolder = type == S_IFDIR;
     if (S_ISLNK(entry.st_mode)) {
-        return refusal(quoted(path) + " is a symbolic link; put what it leads to in its place.");
+        return refusal(quoted(path) + " is a symbolic link; replace the link by the entry that it leads to.");
     }
     if ((entry.st_mode & S_IFMT) != type) {
         return refusal(quoted(path) + (isFolder ? " is no folder" : " is no regular file") + "; remove it.");
@@ -47,8 +45,7 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
                        std::to_string(geteuid()) + ", who runs this program; remove it, or run as its owner.");
     }
     if ((entry.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        return refusal(quoted(path) +
-                       " can be written by other users; look at what it holds, then run \"chmod go-w\".");
+        return refusal(quoted(path) + " can be written by other users; check its contents, then run \"chmod go-w\".");
     }
     if (!isFolder && entry.st_nlink > 1) {
         return refusal(quoted(path) + " has a second name elsewhere; remove one of them.");
@@ -56,8 +53,8 @@ std::expected<struct stat, FileProblem> judged(const FileDescriptor& descriptor,
     return entry;
 }
 
-/// Goes by the descriptor, so that no link leads the change elsewhere. What can only be read keeps its mode. ENOSYS
-/// where the system has no /proc.
+/// Changes the mode through the descriptor, so that no link leads the change elsewhere. On a read-only file system the
+/// mode stays. ENOSYS where the system has no /proc.
 int changeMode(const FileDescriptor& descriptor, mode_t mode) {
     const auto path = "/proc/self/fd/" + std::to_string(descriptor.get());
     if (chmod(path.c_str(), mode) == 0 || errno == EROFS) {
@@ -95,7 +92,7 @@ std::vector<Step> stepsTo(const DataFolder& where) {
 
 std::expected<FileDescriptor, FileProblem> descend(int parent, const Step& step, const fs::path& path,
                                                    PrivateFolder::Missing missing) {
-    // Also a folder that cannot be read can be opened so, and opening a FIFO does not wait.
+    // O_PATH opens also a folder without read permission, and does not wait for the writer of a FIFO.
     const auto open = [&](int flags) {
         return FileDescriptor{openat(parent, step.name.c_str(), O_PATH | O_CLOEXEC | flags)};
     };
@@ -173,7 +170,7 @@ std::expected<PrivateFolder, FileProblem> PrivateFolder::open(const DataFolder& 
 
 std::expected<PrivateFolder::Lock, FileProblem>
 PrivateFolder::lock(std::chrono::steady_clock::time_point deadline) const {
-    // Of its own, since a lock belongs to what was opened: two threads would share that of the folder.
+    // A descriptor of its own: a lock belongs to the open file, so two threads would share the folder's lock.
     auto descriptor = readable(descriptor_.get());
     if (!descriptor) {
         return systemProblem(errno);
@@ -202,7 +199,7 @@ std::expected<bool, FileProblem> PrivateFolder::has(const char* name) const {
     if (!entry) {
         return std::unexpected{entry.error()};
     }
-    // A backup may have brought the file back so that others can read it.
+    // A restored backup may be readable by other users.
     if ((entry->st_mode & ofOthers) != 0) {
         if (const int error = changeMode(file, entry->st_mode & S_IRWXU); error != 0) {
             return systemProblem(error);

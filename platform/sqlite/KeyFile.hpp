@@ -10,10 +10,10 @@ namespace kivo::platform {
 
 inline constexpr auto keyFileName = "keychain.key";
 
-/// Reads the key of a keychain. ENOENT without a key file, EBADMSG when the file holds no key.
+/// Reads the key of a keychain. The error is ENOENT without a key file, and EBADMSG when the file holds no key.
 std::expected<SealingKey, FileProblem> readKeyFile(const PrivateFolder& folder);
 
-/// Makes a new key, which is on the disk when this returns. Needs the folder's lock.
+/// Makes a new key and writes it to the disk. Needs the folder's lock.
 std::expected<SealingKey, FileProblem> createKeyFile(const PrivateFolder& folder);
 
 } // namespace kivo::platform

@@ -1,8 +1,5 @@
 #include "platform/sqlite/KeychainFile.hpp"
 
-#include "platform/posix/QuotedPath.hpp"
-#include "platform/sqlite/KeychainSchema.hpp"
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,7 +13,7 @@ namespace {
 
 constexpr auto databaseName = "keychain.db";
 
-// The database comes last: a new database must never meet the journal of an old one.
+// The database comes last: a new database must never find the journal of an old database.
 constexpr std::array suffixes{"-journal", "-wal", "-shm", ""};
 
 std::string timestamp() {
@@ -28,7 +25,7 @@ std::string timestamp() {
     return text.data();
 }
 
-/// The time and a number that no other file of the folder has got.
+/// A mark for a file's name, with the time and, if need be, a number that no other file of the folder has.
 std::string freeMark(const PrivateFolder& folder, const std::string& name, std::string_view state) {
     const auto mark = std::string{"."}.append(state).append("-").append(timestamp());
     auto candidate = mark;
@@ -41,7 +38,7 @@ std::string freeMark(const PrivateFolder& folder, const std::string& name, std::
 } // namespace
 
 KeychainFile::~KeychainFile() {
-    // A forked child that closed the connection would undo what its parent is about to write.
+    // In a forked child, closing the connection would undo the parent's unfinished write.
     if (database_ && process_ != getpid()) {
         [[maybe_unused]] auto* const left = database_.release();
     }
@@ -50,7 +47,7 @@ KeychainFile::~KeychainFile() {
 OSStatus KeychainFile::open(Purpose purpose, Deadline deadline) {
     deadline_ = deadline;
     lastFailure_ = SQLITE_OK;
-    // What could not be written when it was opened may be by now, and may have been by somebody else.
+    // A database that was read-only when opened may be writable now, and another process may have written to it.
     if (database_ && (isReadOnly_ || !isStillInPlace())) {
         close();
     }
@@ -77,7 +74,7 @@ OSStatus KeychainFile::openFiles(Purpose purpose) {
     }
     folder_ = std::move(*folder);
     databasePath_ = folder_->path() / databaseName;
-    // Held while the files are made, put aside or first looked at, so that two processes do not mend at once.
+    // Held while the files are made, put aside or examined, so that two processes do not replace files at once.
     const auto lock = folder_->lock(deadline_);
     if (!lock) {
         return statusOf(lock.error());
@@ -145,7 +142,7 @@ OSStatus KeychainFile::setUp() {
         return errSecDecode;
     }
     if (state == KeychainState::unknown) {
-        // A page that could not be read is no error to SQLite's check.
+        // SQLite's check reports no error for a page that could not be read.
         return database_->lastError() == SQLITE_OK ? statusOf(FileProblem{.error = EIO}) : failure();
     }
     if (state == KeychainState::newer) {
@@ -156,8 +153,8 @@ OSStatus KeychainFile::setUp() {
     if (isReadOnly_) {
         return errSecSuccess;
     }
-    // Nothing of a former value stays: the journal is emptied at every commit, freed room is overwritten, and nothing
-    // goes to temporary files. What was answered with success is on the disk.
+    // Nothing of a former value stays: every commit empties the journal, freed room is overwritten, and no temporary
+    // files are written. A successful change is on the disk.
     const bool isReady = database_->run("PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL; "
                                         "PRAGMA secure_delete = ON; PRAGMA temp_store = MEMORY") == SQLITE_OK &&
                          (state != KeychainState::fresh || createSchema(*database_) == SQLITE_OK);
@@ -210,7 +207,7 @@ OSStatus KeychainFile::createKey() {
         return statusOf(former.error());
     }
     if (*former) {
-        // Most of a key opens as much as the whole key, so the file is not kept beside the values that were put aside.
+        // A damaged key file may still hold most of the key, so the file is not kept beside the values put aside.
         if (const int error = folder_->remove(keyFileName); error != 0) {
             return statusOf(FileProblem{.error = error});
         }
@@ -226,8 +223,8 @@ OSStatus KeychainFile::createKey() {
 
 OSStatus KeychainFile::putDatabaseAside(std::string_view state, std::string_view why) {
     close();
-    // The host may have meant to delete a value, and no deletion reaches a damaged database any more. So the key is
-    // removed, before the database is moved.
+    // The host may have meant to delete a value, which is impossible in a damaged database. Without the key, no value
+    // can be read, so the key is removed before the database is moved.
     if (state == "corrupt") {
         if (const int error = folder_->remove(keyFileName); error != 0 && error != ENOENT) {
             return statusOf(FileProblem{.error = error});

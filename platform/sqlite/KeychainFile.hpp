@@ -2,7 +2,7 @@
 
 #include "platform/posix/PrivateFolder.hpp"
 #include "platform/sqlite/KeyFile.hpp"
-#include "platform/sqlite/SqliteDatabase.hpp"
+#include "platform/sqlite/KeychainDatabase.hpp"
 
 #include <kivo/platform/Keychain.hpp>
 
@@ -18,7 +18,7 @@
 
 namespace kivo::platform {
 
-/// The two files of a keychain, opened when first needed and mended when they are damaged. For one thread at a time.
+/// The two files of a keychain, which are opened at first use and replaced when damaged. For one thread at a time.
 class KeychainFile {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
@@ -32,8 +32,8 @@ public:
     KeychainFile& operator=(const KeychainFile&) = delete;
     ~KeychainFile();
 
-    /// Makes `database()` ready, which waits for other processes until the deadline. Every purpose but `read`
-    /// needs a writable database. `store` creates missing files, and `key()` is present after a `store`.
+    /// Makes `database()` ready, and waits for other processes until the deadline. Every purpose except `read` needs a
+    /// writable database. `store` creates missing files, and `key()` is present afterwards.
     OSStatus open(Purpose purpose, Deadline deadline);
 
     SqliteDatabase& database() { return *database_; }
@@ -41,17 +41,17 @@ public:
     /// Absent when the database was opened without its key.
     const std::optional<SealingKey>& key() const { return key_; }
 
-    /// The keychain's status for the last error of the database, which is reported.
+    /// Reports the last error of the database and returns the keychain's status for the error.
     OSStatus failure();
 
-    /// Closes a database whose last failure says that it is damaged; false for any other failure. The next `open()`
-    /// examines the file and puts a damaged one aside.
+    /// Closes the database if its last failure is a sign of damage; false for any other failure. The next `open()`
+    /// examines the file, and puts a damaged file aside.
     bool closeIfDamaged();
 
-    /// Keeps `text` for the diagnostics unless it was the last thing kept.
+    /// Keeps `text` for the diagnostics unless the last text kept was the same.
     void report(std::string text);
 
-    /// What there is to tell since the last time.
+    /// Takes the texts that were kept since the last call.
     std::vector<std::string> takeReports() { return std::exchange(reports_, {}); }
 
 private:

@@ -1,7 +1,7 @@
 #include "platform/sqlite/SqliteKeychain.hpp"
 
 #include "platform/openssl/SealedValue.hpp"
-#include "platform/posix/Turns.hpp"
+#include "platform/posix/DeadlineMutex.hpp"
 #include "platform/sqlite/KeychainFile.hpp"
 
 #include <sys/types.h>
@@ -20,7 +20,7 @@ namespace {
 
 using Purpose = KeychainFile::Purpose;
 
-/// What tells one item from another, and what its value is sealed with.
+/// The attributes that tell items apart. An item's value is sealed with them.
 struct Identity {
     std::string itemClass;
     std::string service;
@@ -46,7 +46,7 @@ Identity identityOf(const SqliteStatement& row, int column) {
     return {text(0), text(1), text(2), text(3)};
 }
 
-/// The condition that an item matches the attributes that a query gives.
+/// The SQL condition for the items that match a query's attributes.
 class Matching {
 public:
     explicit Matching(const KeychainAttributes& query)
@@ -117,7 +117,7 @@ private:
     template <typename Operation>
     OSStatus perform(Purpose purpose, Operation operation) {
         const auto deadline = std::chrono::steady_clock::now() + patience_;
-        // SQLite's locks and what other threads were at stay with the parent of a forked process.
+        // A forked child has neither SQLite's locks nor the threads that were using the keychain.
         if (const auto user = user_.load(); user != 0 && user != getpid()) {
             if (!isForkTold_.exchange(true)) {
                 diagnostics_->report("keychain", "The process was forked after its keychain was used, so the keychain "
@@ -128,13 +128,13 @@ private:
         user_ = getpid();
         std::vector<std::string> reports;
         OSStatus status = errSecNotAvailable;
-        if (const auto turn = turns_.take(deadline)) {
+        if (const auto lock = mutex_.lock(deadline)) {
             status = performAlone(purpose, operation, deadline);
             reports = file_.takeReports();
         } else {
-            reports.emplace_back("A call to the keychain waited too long for another thread's.");
+            reports.emplace_back("A call to the keychain waited too long for the call of another thread.");
         }
-        // The host's own code, which may call the keychain again.
+        // Outside the lock: the host's diagnostics may call the keychain again.
         for (const auto& report : reports) {
             diagnostics_->report("keychain", report);
         }
@@ -230,7 +230,7 @@ private:
         bool isSame;
     };
 
-    /// Whether a change leaves the item of this row as it is; the row's value and accessibility are columns 5 and 6.
+    /// Whether the item of this row is the same after a change. Columns 5 and 6 hold the value and the accessibility.
     bool isSame(const SqliteStatement& row, const Identity& identity, const KeychainAttributes& change) {
         if (change.kSecAttrAccessible && *change.kSecAttrAccessible != row.bytes(6)) {
             return false;
@@ -266,7 +266,7 @@ private:
             return file_.failure();
         }
         for (const auto& [identity, id, isSame] : found) {
-            // A value that is there already costs no wait for the disk.
+            // An unchanged item needs no write, and so no wait for the disk.
             if (isSame) {
                 continue;
             }
@@ -318,7 +318,7 @@ private:
     /// The process that has used the keychain; 0 before the first call.
     std::atomic<pid_t> user_{0};
     std::atomic<bool> isForkTold_{false};
-    Turns turns_;
+    DeadlineMutex mutex_;
     KeychainFile file_;
 };
 

@@ -57,7 +57,7 @@ std::shared_ptr<View> AlertController::loadView() {
 }
 
 void AlertController::choose(std::size_t index) {
-    // Under another screen it waits for its turn.
+    // An alert under another screen takes no answer.
     if (index >= actions_.size() || presentedViewController() || std::exchange(isAnswered_, true)) {
         return;
     }

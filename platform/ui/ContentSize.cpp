@@ -1,4 +1,3 @@
-#include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Font.hpp>
 #include <kivo/platform/ui/View.hpp>
 
@@ -18,13 +17,6 @@ double bodySize(ContentSizeCategory category) {
 }
 
 } // namespace
-
-std::optional<Font> Font::named(std::string_view name, double pointSize) {
-    if (!services().fonts->isInstalled(name)) {
-        return std::nullopt;
-    }
-    return Font{.name = std::string{name}, .pointSize = pointSize, .isScaled = false};
-}
 
 Font FontMetrics::scaledFont(Font base) {
     base.isScaled = true;

@@ -6,19 +6,20 @@ namespace kivo::platform {
 
 class View;
 
-/// Gives the keyboard's input to `view`, or to none. Tells nobody: the views' own doors do that.
+/// Gives the keyboard's input to `view`, or to no view when null. Does not call the views or their delegates.
 void setFirstResponder(const std::shared_ptr<View>& view);
 
-/// Whether `view` had the input until now; for a view that is being destroyed.
+/// Whether `view`, which is being destroyed, had the keyboard's input.
 bool wasFirstResponder(const View* view);
 
-/// Whether a view that a person can reach has the input now, and `view` is none.
+/// Whether `view` cannot take the input: a person cannot reach `view`, but can reach the view with the input.
 bool keepsInputFrom(View& view);
 
-/// Shows or hides the keyboard after the first responder, or its being in a window, has changed.
+/// Shows or hides the keyboard, after another view has become first responder or the first responder has entered or
+/// left a window.
 void updateKeyboard();
 
-/// Holds the keyboard still while the input moves from one view to the next.
+/// While it exists, the keyboard is neither shown nor hidden, so that the input can move from one view to the next.
 class FocusChange {
 public:
     FocusChange();

@@ -2,12 +2,58 @@
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/TextStyled.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace kivo::platform {
+
+void TextStyled::setFont(Font font) {
+    if (font != font_) {
+        font_ = std::move(font);
+        setNeedsLayout();
+        noteChange();
+    }
+}
+
+Font TextStyled::shownFont() const {
+    auto font = font_;
+    if (adjustsFont_) {
+        font.pointSize = FontMetrics::pointSize(font, contentSizeCategory());
+    }
+    return font;
+}
+
+void TextStyled::setTextColor(Color color) {
+    textColor_ = color;
+    noteChange();
+}
+
+void TextStyled::setTextAlignment(TextAlignment alignment) {
+    textAlignment_ = alignment;
+    noteChange();
+}
+
+void TextStyled::setAdjustsFontForContentSizeCategory(bool adjusts) {
+    if (std::exchange(adjustsFont_, adjusts) != adjusts) {
+        setNeedsLayout();
+        noteChange();
+    }
+}
+
+void TextStyled::contentSizeCategoryDidChange() {
+    if (adjustsFont_ && font_.isScaled) {
+        setNeedsLayout();
+        noteChange();
+    }
+}
+
+Size TextStyled::measure(std::string_view text, double widthLimit) const {
+    const auto font = shownFont();
+    return services().fonts->measure(text, font.name, font.pointSize, widthLimit);
+}
 
 Label::Label() {
     setUserInteractionEnabled(false);
@@ -39,7 +85,7 @@ Font Label::fittedFont(double width) const {
         if (const auto full = needed(); full > width) {
             font.pointSize = std::max(std::floor(font.pointSize * width / full), 1.0);
         }
-        // Widths do not quite go with the size.
+        // The width is not quite proportional to the size.
         while (font.pointSize > 1 && needed() > width) {
             font.pointSize -= 1;
         }

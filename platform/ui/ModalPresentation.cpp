@@ -1,4 +1,4 @@
-// Screens over screens. Each holds the one over it, and knows weakly the one below.
+// Screens over screens. Each screen holds the screen above it, and has a weak reference to the screen below.
 #include "platform/ui/ViewControllerState.hpp"
 
 #include <kivo/platform/Services.hpp>

@@ -1,5 +1,6 @@
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Color.hpp>
+#include <kivo/platform/ui/Font.hpp>
 #include <kivo/platform/ui/Image.hpp>
 
 namespace kivo::platform {
@@ -14,6 +15,13 @@ std::shared_ptr<const Image> Image::named(std::string_view name) {
 
 std::shared_ptr<const Image> Image::named(std::string_view name, const Bundle& bundle) {
     return bundle.image(name);
+}
+
+std::optional<Font> Font::named(std::string_view name, double pointSize) {
+    if (!services().fonts->isInstalled(name)) {
+        return std::nullopt;
+    }
+    return Font{.name = std::string{name}, .pointSize = pointSize, .isScaled = false};
 }
 
 } // namespace kivo::platform

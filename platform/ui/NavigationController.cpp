@@ -16,20 +16,20 @@ namespace {
 constexpr double barHeight = 44;
 constexpr double barMargin = 8;
 
-/// The screen on top fills the whole view, and the bar lies over its upper edge. Both have a place of their own; any
-/// other subview belongs to somebody else and stays where it is.
+/// The screen on top fills the whole view, and the bar lies over its upper edge. Any other subview belongs to the host
+/// and is placed by its own placement.
 class NavigationView final : public View {
 public:
     explicit NavigationView(std::shared_ptr<View> bar)
         : bar_{std::move(bar)} {}
 
-    /// Puts the screen's view below everything else, in the place of the former screen's.
+    /// Puts the screen's view below all other subviews, in place of the former screen's view.
     void show(const std::shared_ptr<View>& screenView) {
         const auto former = std::exchange(screenView_, screenView);
         if (former && former != screenView && former->superview().get() == this) {
             former->removeFromSuperview();
         }
-        // An edit that ended with the former screen may have brought another one.
+        // The end of an edit in the former screen may have changed the screen again.
         if (screenView && screenView == screenView_ && screenView->superview().get() != this) {
             insertSubview(screenView, 0);
         }
@@ -84,7 +84,8 @@ std::shared_ptr<ViewController> NavigationController::topViewController() const 
 
 void NavigationController::pushViewController(const std::shared_ptr<ViewController>& viewController, bool animated) {
     if (!viewController || viewController.get() == this || viewController->parent()) {
-        services().diagnostics->report("screens", "A screen was not pushed: there is none, or it is part of another.");
+        services().diagnostics->report("screens",
+                                       "A screen was not pushed: the screen is missing, or is part of another screen.");
         return;
     }
     viewController->state_->parent = this;
@@ -134,7 +135,7 @@ const std::shared_ptr<View>& NavigationController::navigationBar() {
     if (!navigationBar_) {
         navigationBar_ = std::make_shared<View>();
         navigationBar_->setIdentifier("navigationBar");
-        // Its texts are dark, and what lies under it may be too.
+        // The bar's texts are dark, and the screen under the bar may be dark too.
         navigationBar_->setBackgroundColor(Color::white(1, 0.92));
     }
     return navigationBar_;

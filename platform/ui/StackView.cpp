@@ -59,7 +59,7 @@ std::vector<double> StackView::widthsInRow(const Views& views, double available)
         widths.assign(views.size(), views.empty() ? 0 : rest / static_cast<double>(views.size()));
         return widths;
     }
-    // Views of a fixed width get theirs before the others share what is left.
+    // Views of a fixed width come first; the others share the rest.
     for (const auto& view : views) {
         rest -= view->placement().width.value_or(0);
     }

@@ -15,7 +15,7 @@ struct Read {
     std::size_t bytes = 1;
 };
 
-/// The first character of a text that is not empty.
+/// The first character of a text, which must not be empty.
 Read firstOf(std::string_view text) {
     utf8proc_int32_t character = 0;
     const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
@@ -27,7 +27,7 @@ bool isEastAsian(utf8proc_int32_t character) {
     return utf8proc_charwidth(character) == 2;
 }
 
-/// In parts of the point size.
+/// The width of a character, in parts of the point size.
 double widthOf(utf8proc_int32_t character) {
     constexpr double narrow = 0.28;
     constexpr double common = 0.54;

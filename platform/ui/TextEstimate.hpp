@@ -7,8 +7,8 @@
 
 namespace kivo::platform {
 
-/// A plain estimate of the size of `text`, by the kind of each character and the same on every machine: narrow, common,
-/// broad, East Asian wide, or without a width. Lines break between words, and inside a word wider than `widthLimit`.
+/// An estimate of the size of `text`, the same on every machine. Each character counts as narrow, common, broad, East
+/// Asian wide, or without a width. Lines break between words, and inside a word wider than `widthLimit`.
 Size estimateText(std::string_view text, double pointSize, double widthLimit);
 
 /// The parts of `text` inside which no line breaks: its words, and each East Asian character.

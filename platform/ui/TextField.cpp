@@ -11,9 +11,17 @@ namespace {
 
 constexpr double margin = 8;
 
-/// Where the character of that number begins, in bytes.
+/// The offset in bytes at which the character of that number begins.
 std::size_t byteOffset(std::string_view text, std::size_t character) {
     return text::firstCharacters(text, character).value_or(text).size();
+}
+
+void replaceSubview(View& parent, std::shared_ptr<View>& slot, std::shared_ptr<View> view) {
+    if (slot) {
+        slot->removeFromSuperview();
+    }
+    slot = std::move(view);
+    parent.addSubview(slot);
 }
 
 double widthOf(const std::shared_ptr<View>& view) {
@@ -55,19 +63,11 @@ void TextField::setAttributedPlaceholder(std::optional<AttributedText> placehold
 }
 
 void TextField::setLeftView(std::shared_ptr<View> view) {
-    if (leftView_) {
-        leftView_->removeFromSuperview();
-    }
-    leftView_ = std::move(view);
-    addSubview(leftView_);
+    replaceSubview(*this, leftView_, std::move(view));
 }
 
 void TextField::setRightView(std::shared_ptr<View> view) {
-    if (rightView_) {
-        rightView_->removeFromSuperview();
-    }
-    rightView_ = std::move(view);
-    addSubview(rightView_);
+    replaceSubview(*this, rightView_, std::move(view));
 }
 
 void TextField::layoutSubviews() {
@@ -82,7 +82,7 @@ void TextField::layoutSubviews() {
 
 Size TextField::sizeThatFits(double widthLimit) {
     const auto beside = 2 * margin + widthOf(leftView_) + widthOf(rightView_);
-    // One line however long the text is: it scrolls sideways.
+    // A long text stays in one line, which scrolls sideways.
     const auto text = measure(shownText().empty() ? " " : shownText(), 1e9);
     return {std::min(text.width + beside, widthLimit), text.height + 2 * margin};
 }
@@ -167,7 +167,7 @@ bool TextField::replaceCharacters(TextRange range, const std::string& replacemen
         delegate && !delegate->shouldChangeCharacters(*this, range, replacement)) {
         return false;
     }
-    // The delegate may have written another text.
+    // The delegate may have set another text.
     range = clamped(range);
     const auto begin = byteOffset(text_, range.location);
     const auto end = byteOffset(text_, range.location + range.length);
@@ -175,7 +175,7 @@ bool TextField::replaceCharacters(TextRange range, const std::string& replacemen
     if (attributedText_) {
         attributedText_->text = text_;
     }
-    // Counted anew: an accent typed after its letter joins it.
+    // Counted anew: an accent typed after its letter becomes part of the letter.
     const auto cursor = text::characterCount(std::string_view{text_}.substr(0, begin + replacement.size()));
     textDidChange();
     setSelection({.location = cursor, .length = 0});

@@ -12,6 +12,20 @@ namespace {
 
 constexpr double leastVisibleAlpha = 0.01;
 
+/// The first view that matches, depth first, in the tree below `root`; null without a match.
+template <class Predicate>
+std::shared_ptr<View> firstIn(const std::shared_ptr<View>& root, const Predicate& matches) {
+    if (matches(*root)) {
+        return root;
+    }
+    for (const auto& subview : root->subviews()) {
+        if (auto found = firstIn(subview, matches)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
 View::~View() {
@@ -66,27 +80,11 @@ void View::tellWindowAboutScreens() {
 }
 
 std::shared_ptr<View> View::find(std::string_view identifier) {
-    if (identifier_ == identifier) {
-        return shared_from_this();
-    }
-    for (const auto& subview : subviews_) {
-        if (auto found = subview->find(identifier)) {
-            return found;
-        }
-    }
-    return nullptr;
+    return firstIn(shared_from_this(), [&](const View& view) { return view.identifier_ == identifier; });
 }
 
 std::shared_ptr<View> View::viewWithTag(int tag) {
-    if (tag_ == tag) {
-        return shared_from_this();
-    }
-    for (const auto& subview : subviews_) {
-        if (auto found = subview->viewWithTag(tag)) {
-            return found;
-        }
-    }
-    return nullptr;
+    return firstIn(shared_from_this(), [&](const View& view) { return view.tag_ == tag; });
 }
 
 std::shared_ptr<Window> View::window() {
@@ -183,7 +181,7 @@ bool View::touch() {
     if (!isVisible()) {
         return false;
     }
-    // A view that refuses input is as good as glass: the tap goes to the one behind.
+    // A tap on a view that refuses input goes to the view behind.
     auto target = shared_from_this();
     for (auto view = target; view; view = view->superview()) {
         if (!view->isUserInteractionEnabled_) {
@@ -199,7 +197,7 @@ bool View::touch() {
 }
 
 bool View::handleTouch() {
-    // A copy: an action may take the view away, or add another one.
+    // A copy: an action may remove the view, or add another action.
     const auto actions = tapActions_;
     for (const auto& action : actions) {
         action();

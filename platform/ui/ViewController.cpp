@@ -84,7 +84,7 @@ void ViewController::removeFromParent() {
 }
 
 void ViewController::leaveParent() {
-    // Until here a screen on its way out may ask where it was.
+    // `willMoveFromParent` may still ask for the parent.
     willMoveFromParent();
     state_->parent = nullptr;
 }

@@ -19,18 +19,18 @@ struct SegueDescription {
 };
 
 struct ViewController::State {
-    /// Takes itself out of here before it goes; a plain pointer, as a container has its first children before it is
-    /// shared.
+    /// The parent's destructor resets this pointer. It is no weak pointer, because a container has its first children
+    /// before a shared pointer owns the container.
     ViewController* parent = nullptr;
     std::vector<std::shared_ptr<ViewController>> children{};
     std::shared_ptr<ViewController> presented{};
     std::weak_ptr<ViewController> presenting{};
-    /// Of a window's root screen only.
+    /// Set for a window's root screen only.
     std::weak_ptr<Window> window{};
     Appearance appearance = Appearance::disappeared;
     std::shared_ptr<NavigationItem> navigationItem{};
     std::optional<ContentSizeCategory> contentSizeOverride{};
-    /// What a storyboard laid out, until it becomes the screen's view.
+    /// The view made by the storyboard, until it becomes the screen's view.
     std::shared_ptr<View> storyboardView{};
     std::vector<SegueDescription> segues{};
 };

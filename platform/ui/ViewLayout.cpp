@@ -1,3 +1,4 @@
+#include <kivo/platform/ui/LayoutConstraint.hpp>
 #include <kivo/platform/ui/View.hpp>
 
 #include <algorithm>
@@ -18,7 +19,7 @@ struct Span {
 
     double margins() const { return near.value_or(0) + far.value_or(0); }
 
-    /// The length within `available`; absent when the view itself decides.
+    /// The length within `available`; absent when the view's own needs decide.
     std::optional<double> lengthIn(double available) const {
         if (length) {
             return std::max(*length, 0.0);
@@ -36,7 +37,7 @@ struct Span {
         return center ? start + (available - ownLength) / 2 + *center : start;
     }
 
-    /// What the superview needs for a view of `ownLength`.
+    /// The length that the superview needs for a view of `ownLength`.
     double extent(double ownLength) const { return ownLength + margins() + 2 * std::abs(center.value_or(0)); }
 };
 
@@ -98,7 +99,7 @@ void View::layoutIfNeeded() {
     while (auto next = root->superview()) {
         root = std::move(next);
     }
-    // A layout may change texts and so ask for another one; three are enough for every layout that settles at all.
+    // A layout may change texts, and so need another layout. A layout that settles at all settles within three.
     for (int pass = 0; pass < 3 && root->layoutIsPending_; ++pass) {
         root->layoutTree();
     }
@@ -174,6 +175,23 @@ Size View::sizeThatFits(double widthLimit) {
         needed.height = std::max(needed.height, vertical(subview->placement_).extent(fit.height));
     }
     return needed;
+}
+
+double LayoutConstraint::constant() const {
+    const auto view = view_.lock();
+    if (!view) {
+        return 0;
+    }
+    const auto& placement = view->placement();
+    return (attribute_ == Attribute::width ? placement.width : placement.height).value_or(0);
+}
+
+void LayoutConstraint::setConstant(double constant) {
+    if (const auto view = view_.lock()) {
+        auto placement = view->placement();
+        (attribute_ == Attribute::width ? placement.width : placement.height) = constant;
+        view->setPlacement(placement);
+    }
 }
 
 } // namespace kivo::platform

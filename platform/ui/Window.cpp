@@ -18,7 +18,7 @@ bool contains(const Screens& screens, const std::shared_ptr<ViewController>& scr
     return std::ranges::find(screens, screen) != screens.end();
 }
 
-/// The first of `screens` that is not among `others`; null when all are.
+/// The first of `screens` that is not among `others`; null when there is none.
 std::shared_ptr<ViewController> firstMissing(const Screens& screens, const Screens& others) {
     const auto found = std::ranges::find_if(screens, [&](const auto& screen) { return !contains(others, screen); });
     return found == screens.end() ? nullptr : *found;
@@ -116,7 +116,8 @@ void Window::layoutSubviews() {
         if (std::ranges::find(screenViews_, subview) == screenViews_.end()) {
             placeInScreen(*subview);
         } else if (subview->frame().size != frame().size) {
-            // A screen may have moved its view aside for the keyboard; it stays there until the display's size changes.
+            // A screen may have moved its view aside for the keyboard. The view then stays until the display's size
+            // changes.
             subview->setFrame(bounds());
         }
     }
@@ -147,12 +148,12 @@ void Window::updateScreens(bool animated, std::function<void()> completion) {
     const auto self = shared_from_this();
     Screens leaving;
     Screens arriving;
-    // A screen's own doings in these calls may move screens again, so every step looks anew at how they hang together.
+    // A screen's own functions may move screens again, so every step reads the hierarchy of screens anew.
     for (;;) {
         auto wanted = screensToShow();
         const auto left = firstMissing(shown_, wanted);
         if (const auto edited = Keyboard::firstResponder(); left && edited && edited->isDescendantOf(*left->view())) {
-            // Before the next screen is made: a field of its own may want the keyboard.
+            // Before the next screen is made, because one of its fields may take the keyboard.
             edited->resignFirstResponder();
             wanted = screensToShow();
         }
@@ -203,7 +204,7 @@ void Window::updateScreens(bool animated, std::function<void()> completion) {
 }
 
 void Window::arrangeViews() {
-    // A view that is taken away may end an edit, and whoever hears of that may change the screens again.
+    // Removing a view may end an edit, whose delegate may change the screens again.
     isArrangementDue_ = true;
     if (std::exchange(isArranging_, true)) {
         return;

@@ -1,5 +1,4 @@
-#include "platform/linux/DesktopWorkspace.hpp"
-
+#include "platform/linux/LinuxParts.hpp"
 #include "support/Eventually.hpp"
 #include "support/TemporaryFolder.hpp"
 

@@ -1,6 +1,5 @@
 #include "platform/linux/LinuxDevice.hpp"
 
-#include "platform/linux/InterfaceNames.hpp"
 #include "support/RecordedDiagnostics.hpp"
 #include "support/TemporaryFolder.hpp"
 

@@ -1,5 +1,4 @@
-#include "platform/linux/NetlinkReachability.hpp"
-
+#include "platform/linux/LinuxParts.hpp"
 #include "support/Eventually.hpp"
 
 #include <fcntl.h>

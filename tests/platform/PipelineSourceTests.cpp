@@ -103,10 +103,10 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
     const Case cases[] = {
         {"v4l2src device=/dev/video-none", "/dev/video-none", "connect the camera"},
         {"nonesuch ! decodebin", "nonesuch", "gstreamer1.0-plugins-good"},
-        {"decodebin ! ! decodebin", "syntax", "LinuxOptions::cameraPipeline"},
-        {file("none.png"), "none.png", "LinuxOptions::cameraPipeline"},
+        {"decodebin ! ! decodebin", "syntax", "correct the camera's pipeline"},
+        {file("none.png"), "none.png", "correct the camera's pipeline"},
         {"filesrc location=" KIVO_TEST_DATA "/../CMakeLists.txt ! decodebin", "text file", "pictures or video"},
-        {"videotestsrc ! audioconvert", "could not link", "LinuxOptions::cameraPipeline"},
+        {"videotestsrc ! audioconvert", "could not link", "correct the camera's pipeline"},
         {"videotestsrc ! identity error-after=3", "", "GST_DEBUG"},
         {"videotestsrc num-buffers=2", "have ended", "start the session anew"},
     };

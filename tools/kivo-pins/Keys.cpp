@@ -1,9 +1,9 @@
 #include "Keys.hpp"
 
 #include "NetworkManager/PublicKeyPins.hpp"
-#include "platform/posix/ReadFile.hpp"
 #include "platform/openssl/OpenSslObjects.hpp"
 #include "platform/openssl/OpenSslTrust.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <kivo/platform/Services.hpp>
 

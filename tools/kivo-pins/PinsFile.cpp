@@ -1,7 +1,7 @@
 #include "PinsFile.hpp"
 
 #include "platform/bundle/PropertyListReader.hpp"
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <plist/plist.h>
 

@@ -28,7 +28,7 @@ struct PropertyValue {
 
     std::variant<std::string, std::int64_t, double, bool, Bytes, List, Dictionary> value;
 
-    /// The text, or null when this is something else; likewise for the others.
+    /// The text, or null when the value has another type. The functions below do the same for their types.
     const std::string* text() const { return std::get_if<std::string>(&value); }
 
     const List* list() const { return std::get_if<List>(&value); }
@@ -51,7 +51,8 @@ public:
     /// A text of the information dictionary; absent when missing or not text.
     virtual std::optional<std::string> infoText(std::string_view key) const = 0;
 
-    /// Where the resource `name`.`type` lies; absent when the bundle has none. One that cannot be read is there.
+    /// The path of the resource `name`.`type`; absent when the bundle has no such resource. The path of an unreadable
+    /// resource is present.
     virtual std::optional<std::filesystem::path> pathForResource(std::string_view name,
                                                                  std::string_view type) const = 0;
 

@@ -13,7 +13,7 @@ public:
     virtual ~CaptureDevice() = default;
 };
 
-/// The machine's cameras, and what it takes to read codes with them. Main thread.
+/// The machine's cameras, and the objects that read codes with them. Main thread.
 class KIVO_EXPORT Camera {
 public:
     virtual ~Camera() = default;
@@ -21,13 +21,13 @@ public:
     /// A session without input and output.
     virtual std::shared_ptr<CaptureSession> makeSession() = 0;
 
-    /// The camera that a person would expect; null when there is none.
+    /// The camera that a person would expect to be used; null when there is no camera.
     virtual std::shared_ptr<CaptureDevice> defaultVideoDevice() = 0;
 
     /// Opens a camera; null when it cannot be opened.
     virtual std::shared_ptr<CaptureInput> makeInput(const std::shared_ptr<CaptureDevice>& device) = 0;
 
-    /// Null when codes cannot be read on this machine.
+    /// A new output; null when codes cannot be read on this machine.
     virtual std::shared_ptr<CaptureMetadataOutput> makeMetadataOutput() = 0;
 };
 

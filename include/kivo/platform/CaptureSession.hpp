@@ -12,19 +12,19 @@
 
 namespace kivo::platform {
 
-/// The kinds of code that can be looked for.
+/// The types of code that can be read.
 enum class MetadataObjectType { qr, ean8, ean13, pdf417 };
 
-/// Something found in a camera's picture.
+/// An object found in a camera's picture.
 struct MetadataObject {
-    /// Absent when the thing found is no machine-readable code.
+    /// Absent when the object is no machine-readable code.
     std::optional<MetadataObjectType> type;
-    /// What the code says; absent when it could not be read. A code that names no other character set is taken for
-    /// UTF-8 and handed over as it is: whether it is sound is for the reader to check.
+    /// The code's text; absent when the code could not be read. The text of a code that names no other character set
+    /// counts as UTF-8 and is passed on unchecked: the receiver must check that it is well-formed.
     std::optional<std::string> text;
 };
 
-/// Hears what is found, on the queue that was named along with it.
+/// Receives the objects that were found, on the queue that `setDelegate` names.
 class KIVO_EXPORT CaptureMetadataOutputDelegate {
 public:
     virtual ~CaptureMetadataOutputDelegate() = default;
@@ -48,19 +48,19 @@ public:
     virtual void setObjectTypes(std::vector<MetadataObjectType> types) = 0;
 };
 
-/// What to show of a camera.
+/// The picture of a camera to show.
 struct PreviewFrame {
     /// The newest picture; null before the first one. It is shared with the session: nothing is copied.
     std::shared_ptr<const VideoFrame> picture;
-    /// Grows with every picture, so that whoever draws knows whether there is a new one.
+    /// Grows with every picture, so that the drawing code knows whether the picture is new.
     std::uint64_t number = 0;
 };
 
 /// A camera at work. Main thread.
 ///
-/// Nothing is delivered from a session that has been stopped, when it is stopped on the queue of its output. A session
-/// that lacks its input or output runs without pictures, and one whose camera is lost stops by itself. Starting a
-/// session that runs, or stopping one that does not, changes nothing. The last reference to go stops it.
+/// After `stopRunning()` on the queue of the session's output, the session delivers nothing. A session without input or
+/// output runs without pictures. A session whose camera is lost stops by itself. Starting a running session, or
+/// stopping a stopped session, changes nothing. Releasing the last reference stops the session.
 class KIVO_EXPORT CaptureSession {
 public:
     virtual ~CaptureSession() = default;
@@ -74,7 +74,7 @@ public:
     virtual void startRunning() = 0;
     virtual void stopRunning() = 0;
 
-    /// Kept when the session stops. Callable from any thread.
+    /// The newest picture, which stays when the session stops. Callable from any thread.
     virtual PreviewFrame preview() const = 0;
 };
 

@@ -9,7 +9,7 @@
 
 namespace kivo::platform {
 
-/// A monotonic clock that a run loop keeps its delays by.
+/// A monotonic clock, by which a run loop measures its delays.
 class KIVO_EXPORT Clock {
 public:
     using Time = std::chrono::nanoseconds;
@@ -22,7 +22,7 @@ public:
     /// Whether time passes by itself, so that waiting for a deadline makes sense.
     virtual bool advancesByItself() const = 0;
 
-    /// Has `listener` called whenever time was moved by hand.
+    /// Calls `listener` whenever time was moved by hand.
     virtual void onAdvance(std::function<void()> listener) = 0;
 };
 
@@ -45,7 +45,7 @@ public:
 
     void onAdvance(std::function<void()> listener) override;
 
-    /// Moves time forward and wakes the run loops that keep to this clock. Callable from any thread.
+    /// Moves time forward and wakes the run loops that use this clock. Callable from any thread.
     void advance(Time by);
 
 private:

@@ -22,7 +22,7 @@ struct InterfaceAddress {
     std::string numericHost;
 };
 
-/// What the SDK asks about the device. Callable from any thread.
+/// The device's description. Callable from any thread.
 class KIVO_EXPORT Device {
 public:
     virtual ~Device() = default;

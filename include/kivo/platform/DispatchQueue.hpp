@@ -20,8 +20,9 @@ public:
     virtual void async(std::function<void()> block) = 0;
 };
 
-/// A queue that runs one block at a time, in order: on a thread of its own, which begins with the first `async`. Blocks
-/// still waiting when the last reference goes are run first.
+/// A queue that runs one block at a time, in order, on a thread of its own that starts with the first `async`. The
+/// thread receives none of the host's signals. The destructor waits for the blocks that are still to run, except when a
+/// block of the queue itself destroys the queue; then the blocks run afterwards.
 class KIVO_EXPORT SerialQueue final : public DispatchQueue {
 public:
     /// `label` names the thread for debuggers.
@@ -30,10 +31,11 @@ public:
     SerialQueue& operator=(const SerialQueue&) = delete;
     ~SerialQueue() override;
 
+    /// Throws `std::system_error` when the system has no thread left for the queue.
     void async(std::function<void()> block) override;
 
-    /// Runs `block` and returns when it has run; on the calling thread when the queue has nothing else to do, or when
-    /// called from one of its blocks.
+    /// Runs `block` and returns when it has run. The block runs on the calling thread when the queue has nothing else
+    /// to do, and when the call comes from a block of the queue.
     void sync(const std::function<void()>& block);
 
     const std::string& label() const;

@@ -18,7 +18,7 @@ namespace kivo::platform {
 class KIVO_EXPORT FaceTecCustomization {
 public:
     struct Guidance {
-        /// Pictures for the screen that asks to try again; empty: the vendor's own.
+        /// The pictures of the screen that asks to try again; empty for the vendor's own pictures.
         std::vector<std::shared_ptr<const Image>> retryScreenSlideshowImages;
     };
 
@@ -27,24 +27,24 @@ public:
     Guidance guidanceCustomization;
 };
 
-/// How a face session went, as the vendor's library hands it over.
+/// The result of a face session, as the vendor's library gives it.
 class KIVO_EXPORT FaceTecSessionResult {
 public:
     virtual ~FaceTecSessionResult() = default;
 
-    /// The vendor's number; 0: completed.
+    /// The vendor's number; 0 for a completed session.
     virtual int status() const = 0;
     virtual std::optional<std::string> sessionId() const = 0;
-    /// Base64. Megabytes: the reference stays good as long as the result.
+    /// Base64, some megabytes. The reference is valid as long as the result.
     virtual const std::optional<std::string>& faceScanBase64() const = 0;
     virtual const std::vector<std::string>& auditTrailCompressedBase64() const = 0;
     virtual const std::vector<std::string>& lowQualityAuditTrailCompressedBase64() const = 0;
 
-    /// For the log.
+    /// A text for the log.
     virtual std::string description() const = 0;
 };
 
-/// How an ID scan went.
+/// The result of an ID scan.
 class KIVO_EXPORT FaceTecIDScanResult {
 public:
     virtual ~FaceTecIDScanResult() = default;
@@ -57,12 +57,12 @@ public:
     virtual std::string description() const = 0;
 };
 
-/// The library waits on this for the server's verdict about a face scan. Main thread.
+/// Gives the waiting library the server's verdict about a face scan. Main thread.
 class KIVO_EXPORT FaceTecFaceScanResultCallback {
 public:
     virtual ~FaceTecFaceScanResultCallback() = default;
 
-    /// Hands the server's blob over. False: the library does not take the scan for good.
+    /// Passes the server's blob to the library. False when the library rejects the scan.
     virtual bool onFaceScanResultProceedToNextStep(const std::string& scanResultBlob) = 0;
     virtual void onFaceScanResultCancel() = 0;
     /// From 0 to 1.
@@ -70,7 +70,7 @@ public:
     virtual void onFaceScanUploadMessageOverride(const AttributedText& message) = 0;
 };
 
-/// The same for an ID scan.
+/// Gives the waiting library the server's verdict about an ID scan. Main thread.
 class KIVO_EXPORT FaceTecIDScanResultCallback {
 public:
     virtual ~FaceTecIDScanResultCallback() = default;
@@ -80,15 +80,15 @@ public:
     virtual void onIDScanUploadProgress(float progress) = 0;
 };
 
-/// Takes a session's result to the server. The library calls it on the main thread and holds it while its session
-/// lasts.
+/// Takes a session's result to the server. The library calls the delegate on the main thread, and holds a reference
+/// during the session.
 class KIVO_EXPORT FaceTecFaceScanProcessorDelegate {
 public:
     virtual ~FaceTecFaceScanProcessorDelegate() = default;
 
     virtual void processSessionWhileFaceTecSDKWaits(std::shared_ptr<FaceTecSessionResult> sessionResult,
                                                     std::shared_ptr<FaceTecFaceScanResultCallback> callback) = 0;
-    /// The library's screens are gone.
+    /// The library has closed its screens.
     virtual void onFaceTecSDKCompletelyDone() = 0;
 };
 

@@ -14,15 +14,16 @@ class KIVO_EXPORT FrameSink {
 public:
     virtual ~FrameSink() = default;
 
-    /// The newest picture. Returns at once and never calls back; of pictures that come faster than they can be looked
-    /// at, some are passed over.
+    /// Takes the newest picture. Returns at once and never calls back. When pictures come faster than they can be read,
+    /// some are dropped.
     virtual void take(std::shared_ptr<const VideoFrame> frame) = 0;
 
-    /// No more pictures will come. `reason` says why and what to do, for the person who runs the host.
+    /// Tells that no more pictures will come. `reason` gives the fault and the remedy, for the person who runs the
+    /// host.
     virtual void end(std::string reason) = 0;
 };
 
-/// Where a camera's pictures come from. Called on the main thread.
+/// The source of a camera's pictures. Called on the main thread.
 class KIVO_EXPORT FrameSource {
 public:
     virtual ~FrameSource() = default;
@@ -30,14 +31,14 @@ public:
     /// Whether there is a camera to open.
     virtual bool isThere() { return true; }
 
-    /// Opens the camera, or says what keeps it from being opened and what to do.
+    /// Opens the camera. The error gives the fault and the remedy.
     virtual std::expected<void, std::string> open() { return {}; }
 
-    /// Hands pictures to `sink` from now on, on any thread. A source that cannot start tells the sink so. Called again
-    /// only after `stop()`, also when the source has ended by itself.
+    /// Passes pictures to `sink` from now on, on any thread. A source that cannot start calls `sink->end()`. A second
+    /// call comes only after `stop()`, even when the source has ended by itself.
     virtual void start(std::shared_ptr<FrameSink> sink) = 0;
 
-    /// Stops and closes. Also called on a source that was not started, or not even opened.
+    /// Stops and closes the source. May come without `start()`, and without `open()`.
     virtual void stop() = 0;
 };
 

@@ -9,7 +9,7 @@
 
 namespace kivo::platform {
 
-/// A keychain's answer: 0 for success, else one of the numbers below.
+/// A keychain's answer: 0 for success, otherwise a number of the list below.
 using OSStatus = std::int32_t;
 
 inline constexpr OSStatus errSecSuccess = 0;
@@ -33,7 +33,7 @@ inline constexpr std::string_view kSecAttrAccessibleAfterFirstUnlockThisDeviceOn
 inline constexpr std::string_view kSecAttrAccessibleAlwaysThisDeviceOnly = "dku";
 inline constexpr std::string_view kSecAttrAccessibleWhenPasscodeSetThisDeviceOnly = "akpu";
 
-/// The attributes of an item, or the ones to match. An absent attribute is not stored, or not compared.
+/// The attributes of an item, or of a query. An absent attribute is not stored, or not compared.
 struct KeychainAttributes {
     std::string kSecClass{kSecClassGenericPassword};
     std::optional<std::string> kSecAttrService;
@@ -48,9 +48,9 @@ struct KeychainAttributes {
 
 /// The platform's store for small secrets. Calls may come from any thread; the store puts them in order.
 ///
-/// A call may wait for calls of other threads and processes, for five seconds in all with the Linux keychain; then the
-/// status is `errSecNotAvailable`. That is also the status in a child that was forked from a process which had used the
-/// Linux keychain.
+/// A call may wait for calls of other threads and processes, with the Linux keychain for five seconds in all. Then the
+/// status is `errSecNotAvailable`. The status is the same in a forked child of a process that had used the Linux
+/// keychain.
 ///
 /// An item is identified by class, service, account and access group (absent counts as empty). Every change is
 /// durable and whole when the call returns: after a crash at any moment an item has its old or its new value.
@@ -58,7 +58,7 @@ class KIVO_EXPORT Keychain {
 public:
     virtual ~Keychain() = default;
 
-    /// Adds an item; `errSecDuplicateItem` when one of the same identity exists.
+    /// Adds an item; `errSecDuplicateItem` when an item of the same identity exists.
     virtual OSStatus SecItemAdd(const KeychainAttributes& attributes) = 0;
 
     /// Finds one item. Fills `result` with its value when `kSecReturnData` is set; `errSecItemNotFound` without a
@@ -68,11 +68,11 @@ public:
     /// Changes value and accessibility, as far as given, of every matching item.
     virtual OSStatus SecItemUpdate(const KeychainAttributes& query, const KeychainAttributes& change) = 0;
 
-    /// Deletes every matching item, so that its value cannot be got back; `errSecItemNotFound` without a match.
+    /// Deletes every matching item beyond recovery; `errSecItemNotFound` without a match.
     virtual OSStatus SecItemDelete(const KeychainAttributes& query) = 0;
 };
 
-/// Overwrites a text that was secret, and empties it.
+/// Overwrites a secret text, and empties it.
 KIVO_EXPORT void wipe(std::string& secret);
 
 } // namespace kivo::platform

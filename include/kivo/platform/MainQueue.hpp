@@ -12,7 +12,7 @@ public:
     /// Runs `block` no sooner than `delay` from now. Callable from any thread.
     virtual void asyncAfter(std::chrono::nanoseconds delay, std::function<void()> block) = 0;
 
-    /// Whether the calling thread is the one on which this queue runs its blocks.
+    /// Whether the queue runs its blocks on the calling thread.
     virtual bool isCurrent() const = 0;
 };
 

@@ -11,19 +11,19 @@
 
 namespace kivo::platform {
 
-/// Something that happened, and the object it happened to.
+/// An event, and the object that the event concerns.
 struct Notification {
     std::string name;
     std::any object;
 };
 
-/// Keeps an observer registered; letting it go ends the calls.
+/// Keeps an observer registered. Releasing the observation ends the calls.
 class KIVO_EXPORT Observation {
 public:
     virtual ~Observation() = default;
 };
 
-/// Hands notifications to those who asked for them. Callable from any thread.
+/// Passes notifications to their observers. Callable from any thread.
 class KIVO_EXPORT NotificationCenter {
 public:
     using Observer = std::function<void(const Notification&)>;

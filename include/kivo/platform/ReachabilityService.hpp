@@ -29,12 +29,12 @@ public:
     virtual ~NetworkReachabilityRef() = default;
 };
 
-/// Tells whether the network can be reached, and when that changes. Callable from any thread.
+/// Tells whether the network can be reached, and calls back at a change. Callable from any thread.
 class KIVO_EXPORT ReachabilityService {
 public:
     using Ref = std::shared_ptr<NetworkReachabilityRef>;
 
-    /// What the service keeps for the callback: `info` is retained as long as the callback is set.
+    /// The service retains `info` as long as the callback is set.
     struct Context {
         std::shared_ptr<void> info;
     };
@@ -44,7 +44,7 @@ public:
 
     virtual ~ReachabilityService() = default;
 
-    /// Null on failure; `SCError()` then tells why.
+    /// Null on failure; `SCError()` then gives the reason.
     virtual Ref SCNetworkReachabilityCreateWithName(const std::string& hostname) = 0;
     virtual Ref SCNetworkReachabilityCreateWithAddress(const SocketAddress& address) = 0;
 

@@ -43,7 +43,7 @@ enum class FailureReason {
 struct KIVO_EXPORT UIResources {
     virtual ~UIResources() = default;
 
-    /// Where images and the string table are; null for the vendor's own.
+    /// The bundle of the images and the string table; null for the vendor's own.
     std::shared_ptr<Bundle> customBundle{};
     /// The table of `customBundle` with the texts; absent for the vendor's own.
     std::optional<std::string> customStringTableName{};
@@ -57,7 +57,7 @@ struct KIVO_EXPORT UIResources {
     bool isDynamicTypeEnabled = false;
 };
 
-/// How much of what was read a result screen shows.
+/// How much of the data a result screen shows.
 enum class NFCResultDataMode { none, simple, full };
 enum class VIZResultDataMode { none, simple, full };
 
@@ -69,11 +69,11 @@ struct VIZResultScreenConfiguration {
     VIZResultDataMode vizResultDataMode = VIZResultDataMode::full;
 };
 
-/// What a document reading is to do.
+/// The settings of a document reading.
 struct NFCWithAccessControlFlow {
     std::vector<DocumentType> allowedDocumentTypes{};
     std::shared_ptr<UIResources> uiResources{};
-    /// The document proxy: where the vendor sends what it reads, and the key that opens it.
+    /// The address of the document proxy, to which the vendor sends the document's data, and the proxy's access key.
     std::optional<std::string> baseUrl{};
     std::string accessKey{};
     int instructionsPlayCount = 0;
@@ -81,7 +81,8 @@ struct NFCWithAccessControlFlow {
     bool shouldShowDocumentSelection = true;
     int allowSkipReadingAfterAttempts = 0;
     bool shouldUsePinning = false;
-    /// What the document data is encrypted for, beyond the connection's own encryption; empty for nothing.
+    /// The pins of the keys with which the document's data is encrypted, in addition to the connection's own
+    /// encryption. Empty for no such encryption.
     std::vector<std::string> applicationLevelEncryptionPins{};
     NFCResultScreenConfiguration nfcResultScreenConfiguration{};
     VIZResultScreenConfiguration vizResultScreenConfiguration{};
@@ -95,10 +96,10 @@ class KIVO_EXPORT ReadIDSession {
 public:
     virtual ~ReadIDSession() = default;
 
-    /// The name under which the document proxy keeps what was read.
+    /// The name under which the document proxy keeps the document's data.
     virtual std::string sessionId() const = 0;
 
-    /// Tells the vendor that the session is of no more use here.
+    /// Tells the vendor that the SDK no longer needs the session.
     virtual void finish(std::function<void()> completionHandler) = 0;
 };
 
@@ -161,12 +162,12 @@ class KIVO_EXPORT ReadID {
 public:
     virtual ~ReadID() = default;
 
-    /// New looks with the vendor's defaults; never null. Asked for once, when
-    /// `ThemeCustomization::passportScanViewCustomization` is first read, and given back with every flow.
+    /// New resources with the vendor's defaults; never null. Called once, when
+    /// `ThemeCustomization::passportScanViewCustomization` is first read. Every flow carries the result.
     virtual std::shared_ptr<readid::UIResources> makeUIResources() = 0;
 
-    /// Presents the reading screens over `from` and calls `handler` once, on the main thread, when they are gone.
-    /// With an error nothing is presented and the handler is never called.
+    /// Presents the reading screens over `from`. Calls `handler` once, on the main thread, after the screens have
+    /// closed. With an error, no screen is presented and the handler is never called.
     virtual std::expected<void, readid::ReadIDError>
     identify(const std::shared_ptr<ViewController>& from, ModalPresentationStyle modalPresentationStyle,
              const std::shared_ptr<readid::NFCWithAccessControlFlow>& flow,

@@ -7,16 +7,17 @@
 
 namespace kivo::platform {
 
-/// The main queue as a loop that a host runs, or folds into the loop it already has.
+/// The main queue as a loop that a host runs, or runs as a part of the host's own loop. Each platform defines this
+/// class.
 ///
 /// A host without a loop of its own calls `RunLoop::main()->run()` on its main thread. A host with one polls
 /// `fileDescriptor()` for reading and calls `drain()` when it becomes readable.
 class KIVO_EXPORT RunLoop final : public MainQueue {
 public:
-    /// The loop that stands behind the default main queue. Its thread is the first one to run or drain it.
+    /// The loop behind the default main queue. The first thread that runs or drains the loop becomes its thread.
     static const std::shared_ptr<RunLoop>& main();
 
-    /// A loop whose delays follow `clock`; by default the machine's own.
+    /// A loop whose delays follow `clock`; by default the machine's own clock.
     explicit RunLoop(std::shared_ptr<Clock> clock = std::make_shared<SteadyClock>());
     RunLoop(const RunLoop&) = delete;
     RunLoop& operator=(const RunLoop&) = delete;
@@ -26,14 +27,14 @@ public:
     void asyncAfter(std::chrono::nanoseconds delay, std::function<void()> block) override;
     bool isCurrent() const override;
 
-    /// Runs blocks as they come until `stop()`. Blocks left over then wait for the next run.
+    /// Runs blocks as they come until `stop()`. The remaining blocks wait for the next run.
     void run();
 
     /// Runs until `done` holds or `limit` of real time has passed; returns whether `done` holds.
     bool runUntil(const std::function<bool()>& done, std::chrono::nanoseconds limit);
 
-    /// Ends `run()` once the blocks that were due together with the one in progress have run. Without a run, the next
-    /// one ends at once. Callable from any thread.
+    /// Ends `run()` after the block in progress and the blocks that were due together with it. Without a run in
+    /// progress, the next run ends at once. Callable from any thread.
     void stop();
 
     /// Runs the blocks that are due now, in order, and returns how many. Never waits.

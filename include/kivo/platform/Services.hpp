@@ -18,7 +18,7 @@
 
 namespace kivo::platform {
 
-/// Everything the SDK asks of the operating system and of the vendors, one pointer a service.
+/// The services of the operating system and of the vendors that the SDK uses, one pointer for each.
 ///
 /// The services of Linux have threads and locks, which a forked child does not inherit. In a child that does not
 /// execute a program, URL sessions made by the parent answer every request with a failure before the call returns, and
@@ -33,25 +33,25 @@ struct Services {
     std::shared_ptr<Bundles> bundles;
     std::shared_ptr<Device> device;
     std::shared_ptr<Workspace> workspace;
-    /// Receives reports also from services that were made before the diagnostics were installed.
+    /// Receives reports even of services that were made before the diagnostics were installed.
     std::shared_ptr<Diagnostics> diagnostics;
     std::shared_ptr<Fonts> fonts;
     std::shared_ptr<Camera> camera;
     /// The host's adapter to the face-scan vendor; null until one is installed.
     std::shared_ptr<FaceTec> faceTec;
-    /// Null until a host brings the document-reading vendor's library.
+    /// The host's adapter to the document-reading vendor; null until one is installed.
     std::shared_ptr<ReadID> readID;
 };
 
-/// Puts services in place of the default ones; a null pointer keeps the one in force. Call it on the main thread,
-/// before the first call to the SDK: what has been handed out by then stays in use.
+/// Replaces services. A null pointer keeps the present service. Call `install` on the main thread, before the first
+/// call to the SDK: a service that is already in use stays in use.
 KIVO_EXPORT void install(Services services);
 
-/// The services in force; none of the pointers is null but a vendor's. Callable from any thread.
+/// The present services. Only the vendors' pointers may be null. Callable from any thread.
 KIVO_EXPORT const Services& services();
 
-/// A fresh set of the services of the platform that the library was built for, complete but for the vendors' libraries.
-/// Without another `install`, these are in force.
+/// A fresh set of the services of the library's platform, complete except for the vendors' libraries. These services
+/// are used unless others are installed.
 KIVO_EXPORT Services defaultServices();
 
 } // namespace kivo::platform

@@ -9,11 +9,11 @@
 
 namespace kivo::platform {
 
-/// For whom, and for how long, a certificate was issued.
+/// The period and the host for which a certificate was issued.
 struct CertificateValidity {
     std::chrono::sys_seconds notBefore;
     std::chrono::sys_seconds notAfter;
-    /// Whether the certificate names the host that was asked about, by name or numeric address.
+    /// Whether the certificate names the host in question, by name or numeric address.
     bool namesHost = false;
 };
 

@@ -10,10 +10,10 @@
 
 namespace kivo::platform {
 
-/// The longest address that is looked at, in bytes.
+/// The length of the longest address that is accepted, in bytes.
 inline constexpr std::size_t longestUrl = 8192;
 
-/// Where an absolute address leads.
+/// The destination of an absolute address.
 struct Url {
     /// In lower case.
     std::string scheme;
@@ -23,9 +23,10 @@ struct Url {
     std::uint16_t port = 0;
 };
 
-/// Takes an absolute address of a server apart: scheme, "://", host, and then what RFC 3986 allows. Any thread.
+/// Parses the absolute address of a server: scheme, "://", host, and the further parts that RFC 3986 allows. Any
+/// thread.
 ///
-/// Absent for everything else: a relative address, an address without a host, a character that RFC 3986 does not allow,
+/// Absent for any other text: a relative address, an address without a host, a character that RFC 3986 does not allow,
 /// a host that is neither a name nor a numeric address, a port outside 1 to 65535, an address longer than `longestUrl`.
 /// User information is refused as well, because "https://bank.example@thief.example" leads to the thief.
 KIVO_EXPORT std::optional<Url> parseUrl(std::string_view text);

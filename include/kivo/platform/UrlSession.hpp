@@ -16,7 +16,7 @@
 
 namespace kivo::platform {
 
-/// Bytes as they travel, not necessarily text.
+/// Bytes of a message, not necessarily text.
 using Data = std::string;
 
 /// A header's name and value.
@@ -28,23 +28,22 @@ struct UrlRequest {
     std::string method = "GET";
     std::vector<HttpHeader> headers{};
     Data body{};
-    /// Longest time for the whole exchange, waiting included; the session's own limits hold as well, the shortest
-    /// governs.
+    /// The longest time for the whole exchange, waiting included. The shortest of this limit and the session's limits
+    /// counts.
     std::chrono::milliseconds timeout{60'000};
 };
 
-/// What all requests of a session share. Nothing is ever cached.
+/// The settings that all requests of a session share. Answers are never cached.
 struct UrlSessionConfiguration {
     /// Added to every request that does not carry a header of the same name.
     std::vector<HttpHeader> headers{};
     std::chrono::milliseconds requestTimeout{60'000};
     std::chrono::milliseconds resourceTimeout{60'000};
-    /// Longest time in which no byte goes either way; 0: as long as the others allow.
+    /// The longest time without a byte in either direction; 0 for no such limit.
     std::chrono::seconds idleTimeout{0};
     /// An answer whose body is longer than this many bytes fails with `UrlErrorKind::answerTooLarge`.
     std::size_t responseLimit = std::size_t{16} * 1024 * 1024;
-    /// The same for all that an answer says beside its body: its head, the interim answers before it (1xx), its
-    /// trailers.
+    /// The same limit for the head, the interim answers (1xx) before it, and the trailers together.
     std::size_t headLimit = std::size_t{64} * 1024;
 };
 
@@ -56,7 +55,7 @@ struct UrlResponse {
     std::optional<Data> body;
 };
 
-/// What kept a request from ending in an HTTP answer.
+/// Why a request ended without an HTTP answer.
 enum class UrlErrorKind {
     badUrl,
     unsupportedScheme,
@@ -95,10 +94,10 @@ public:
     virtual void cancel() = 0;
 };
 
-/// The certificate that a server proved to hold the key of, and those above it, each in DER form.
+/// A server's chain of certificates, each in DER form. The server has proved that it holds the key of the first.
 ///
-/// Leaf first; each one is signed by the next, which is an authority's. Whatever else the server presented is left out,
-/// so that a foreign certificate cannot stand in the chain of another.
+/// Each certificate is signed by the next certificate, which belongs to an authority. All other certificates that the
+/// server presented are left out, so that a foreign certificate cannot slip into the chain.
 struct ServerTrust {
     std::string host;
     std::vector<Data> chain;
@@ -112,43 +111,43 @@ class KIVO_EXPORT UrlSessionDelegate {
 public:
     virtual ~UrlSessionDelegate() = default;
 
-    /// Judges the server before any byte of a request leaves. `completionHandler` must be called exactly once; until
-    /// then the request waits, within its time limits. The session's other requests stand still for 0.1 seconds at most
-    /// and then go on.
+    /// Judges the server before any byte of a request leaves. `completionHandler` must be called exactly once. Until
+    /// then the request waits, within its time limits. The session's other requests stand still for at most 0.1
+    /// seconds.
+    ///
     /// A session whose delegate answers true to `judgesServerTrust()` makes no trust evaluation of its own.
     virtual void didReceiveChallenge(const ServerTrust* serverTrust,
                                      std::function<void(AuthChallengeDisposition)> completionHandler) = 0;
 
     virtual bool judgesServerTrust() const { return false; }
 
-    /// Bytes of a request's body sent so far, and in all.
+    /// The number of bytes of the request's body sent so far, and the body's length.
     virtual void didSendBodyData(const std::shared_ptr<UrlSessionTask>& task, std::uint64_t sent,
                                  std::uint64_t expected) = 0;
 };
 
 /// Sends requests side by side over https and reports each exactly once.
 ///
-/// Completions run one at a time on the session's callback queue, never on the caller's stack. When the last
-/// reference goes, requests still under way end with `cancelled`.
+/// Completions run one at a time on the session's callback queue, never on the caller's stack. Releasing the last
+/// reference ends the requests still under way with `cancelled`.
 ///
 /// A request is sent once. A request whose fate is unknown, because its connection ended before the answer, fails and
-/// is not repeated; only an https redirect of the server's (20 at most) sends the request on. An answer counts when it
-/// came as a whole: an answer without a length that comes neither in chunks nor in frames is refused (`badAnswer`). On
-/// HTTP/2 an answer without a length ends where the server ends its stream, also where the server does so early without
-/// naming an error.
+/// is not repeated. Only an https redirect of the server (at most 20) sends the request on. Only a whole answer counts:
+/// an answer without a length that comes neither in chunks nor in frames is refused (`badAnswer`). On HTTP/2 an answer
+/// without a length ends with the server's stream, even when the server ends the stream early without naming an error.
 ///
 /// Cookies are kept in memory, for the session's own requests only.
 class KIVO_EXPORT UrlSession {
 public:
     virtual ~UrlSession() = default;
 
-    /// Starts a request at once, or when six others of the session to the same server are under way, as soon as one of
-    /// them ends; the wait counts towards its timeouts. An address that `parseUrl()` refuses, or that is not https, is
+    /// Starts a request at once. While six requests of the session to the same server are under way, a further request
+    /// waits; the wait counts towards its timeouts. An address that `parseUrl()` refuses, or that is not https, is
     /// reported like any failure.
     virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
 
-    /// Forgets the cookies received so far. Requests handed over earlier may end with theirs; later requests know
-    /// neither those cookies nor any that an earlier request still receives. Callable from any thread; nothing by
+    /// Forgets the cookies received so far. Earlier requests may keep their cookies until they end. Later requests know
+    /// neither these cookies nor any that an earlier request still receives. Callable from any thread. Does nothing by
     /// default, for a session without cookies.
     virtual void forgetCookies() {}
 };
@@ -158,8 +157,8 @@ class KIVO_EXPORT UrlSessions {
 public:
     virtual ~UrlSessions() = default;
 
-    /// Makes a session. `delegate` may be null; without `delegateQueue` the session brings a serial queue of its own.
-    /// Throws `std::system_error` when the machine has no thread left for it.
+    /// Makes a session. `delegate` may be null. Without a `delegateQueue`, the session makes a serial queue of its own.
+    /// Throws `std::system_error` when the system has no thread left for the session.
     virtual std::shared_ptr<UrlSession> make(UrlSessionConfiguration configuration,
                                              std::shared_ptr<UrlSessionDelegate> delegate = nullptr,
                                              std::shared_ptr<DispatchQueue> delegateQueue = nullptr) = 0;

@@ -28,8 +28,8 @@ struct KIVO_EXPORT VideoFrame {
     /// Whether there are as many bytes as width, height and format ask for, and at least one pixel.
     bool isWhole() const;
 
-    /// The same picture in the format `rgb`; costs a conversion for any other. No bytes for a picture that is not
-    /// whole.
+    /// The bytes of the same picture in the format `rgb`; any other format is converted. Empty for a picture that is
+    /// not whole.
     std::vector<std::uint8_t> rgb() const;
 };
 

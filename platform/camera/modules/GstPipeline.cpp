@@ -1,18 +1,97 @@
-#include "GstPipeline.hpp"
-
-#include "GstFrame.hpp"
-#include "GstProblem.hpp"
 #include "platform/camera/Modules.hpp"
+
+#include <kivo/platform/FrameSource.hpp>
+#include <kivo/platform/VideoFrame.hpp>
 
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
+#include <gst/video/video.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kivo::platform {
 namespace {
+
+/// The form in which pictures are asked for: brightness apart from colour, so that the code reader needs no conversion.
+constexpr auto frameCaps = "video/x-raw,format=I420,colorimetry=(string)1:4:0:0";
+
+void appendPlane(std::vector<std::uint8_t>& bytes, const GstVideoFrame& frame, guint plane) {
+    const auto* row = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, plane));
+    const auto width = GST_VIDEO_FRAME_COMP_WIDTH(&frame, plane);
+    const auto height = GST_VIDEO_FRAME_COMP_HEIGHT(&frame, plane);
+    for (int y = 0; y < height; ++y, row += GST_VIDEO_FRAME_PLANE_STRIDE(&frame, plane)) {
+        bytes.insert(bytes.end(), row, row + width);
+    }
+}
+
+/// Copies a picture in the form `frameCaps`; null for a picture in any other form.
+std::shared_ptr<const VideoFrame> copyFrame(GstSample* sample) {
+    GstVideoInfo info;
+    GstVideoFrame mapped;
+    auto* const caps = gst_sample_get_caps(sample);
+    auto* const buffer = gst_sample_get_buffer(sample);
+    if (caps == nullptr || buffer == nullptr || !gst_video_info_from_caps(&info, caps) ||
+        GST_VIDEO_INFO_FORMAT(&info) != GST_VIDEO_FORMAT_I420 ||
+        !gst_video_frame_map(&mapped, &info, buffer, GST_MAP_READ)) {
+        return nullptr;
+    }
+    auto frame = std::make_shared<VideoFrame>();
+    frame->width = GST_VIDEO_FRAME_WIDTH(&mapped);
+    frame->height = GST_VIDEO_FRAME_HEIGHT(&mapped);
+    frame->format = VideoFrame::Format::i420;
+    frame->bytes.reserve(GST_VIDEO_INFO_SIZE(&info));
+    for (guint plane = 0; plane < 3; ++plane) {
+        appendPlane(frame->bytes, mapped, plane);
+    }
+    gst_video_frame_unmap(&mapped);
+    return frame;
+}
+
+std::string_view adviceFor(const GError& error) {
+    const auto is = [&](GQuark domain, int code) { return error.domain == domain && error.code == code; };
+    if (is(GST_PARSE_ERROR, GST_PARSE_ERROR_NO_SUCH_ELEMENT) || is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN) ||
+        is(GST_STREAM_ERROR, GST_STREAM_ERROR_CODEC_NOT_FOUND)) {
+        return "install the GStreamer plugins with it (Debian: gstreamer1.0-plugins-base, gstreamer1.0-plugins-good)";
+    }
+    if (is(GST_STREAM_ERROR, GST_STREAM_ERROR_WRONG_TYPE) || is(GST_STREAM_ERROR, GST_STREAM_ERROR_TYPE_NOT_FOUND)) {
+        return "name a file with pictures or video in it";
+    }
+    if (error.domain == GST_PARSE_ERROR) {
+        return "correct the camera's pipeline; gst-launch-1.0 takes the same text";
+    }
+    if (is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_BUSY)) {
+        return "close the program that uses the camera";
+    }
+    if (is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_FOUND)) {
+        return "connect the camera, or correct the camera's pipeline";
+    }
+    if (error.domain == GST_RESOURCE_ERROR) {
+        return "check that the camera is connected, that no other program uses it, and that this user may (group "
+               "\"video\")";
+    }
+    return "GST_DEBUG=3 in the environment shows more";
+}
+
+/// A line for the person who runs the host: GStreamer's own text and the remedy. `debug` is the debug text that comes
+/// with an error on the bus.
+std::string describe(const GError& error, std::string_view debug = {}) {
+    std::string text{"the camera gives no pictures: "};
+    text.append(error.message);
+    // The first line names a place in GStreamer's source; the other lines say what has happened.
+    if (const auto end = debug.find('\n'); end != std::string_view::npos) {
+        text.append(" (").append(debug.substr(end + 1)).append(")");
+    }
+    std::ranges::replace(text, '\n', ' ');
+    return text.append(" To do: ").append(adviceFor(error)).append(".");
+}
 
 struct Unref {
     void operator()(void* object) const { gst_object_unref(object); }
@@ -27,10 +106,10 @@ struct Unref {
 template <class Object>
 using Owned = std::unique_ptr<Object, Unref>;
 
-/// Where the pipeline's threads bring pictures and problems.
+/// Takes the pictures and problems of the pipeline's threads to the sink.
 class Outlet {
 public:
-    /// From now on everything goes to `sink`. What went wrong before is told at once.
+    /// Sends everything to `sink` from now on. A problem that came before is sent at once.
     void connect(std::shared_ptr<FrameSink> sink) {
         std::optional<std::string> problem;
         {
@@ -71,15 +150,14 @@ private:
 
     mutable std::mutex mutex_;
     std::shared_ptr<FrameSink> sink_;
-    /// The first one while there is nobody to tell.
+    /// The first problem that came before there was a sink.
     std::optional<std::string> problem_;
 };
 
-// What GStreamer calls holds its own reference to the outlet, which it gives back when it calls no more.
-
+/// Every callback registered with GStreamer holds a reference of its own, which GStreamer releases with the callback.
 using SharedOutlet = std::shared_ptr<Outlet>;
 
-void letGo(gpointer outlet) {
+void releaseOutlet(gpointer outlet) {
     delete static_cast<SharedOutlet*>(outlet);
 }
 
@@ -106,7 +184,7 @@ GstBusSyncReply onMessage(GstBus* /*bus*/, GstMessage* message, gpointer outlet)
         const Owned<gchar> ownedDebug{debug};
         (*static_cast<SharedOutlet*>(outlet))->end(describe(*error, debug != nullptr ? debug : ""));
     }
-    // Nobody reads the bus; who drops a message lets go of it.
+    // The bus has no reader: the message is dropped here, and dropping includes the release.
     gst_message_unref(message);
     return GST_BUS_DROP;
 }
@@ -126,7 +204,7 @@ public:
         if (auto made = make(); !made) {
             return made;
         }
-        // Opens devices and files, and needs no thread of the pipeline.
+        // READY opens devices and files, and starts no thread of the pipeline.
         if (gst_element_set_state(pipeline_.get(), GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) {
             auto problem = outlet_->problem().value_or("the camera cannot be opened");
             close();
@@ -157,7 +235,7 @@ private:
             const Owned<GError> owned{error};
             return std::unexpected{describe(*error)};
         }
-        // The newest picture only, at the pace at which the pictures were taken.
+        // The sink keeps only the newest picture, and gives pictures at the pace at which they were taken.
         const auto whole =
             description_ + " ! videoconvert ! appsink name=kivo max-buffers=1 drop=true caps=\"" + frameCaps + '"';
         Owned<GstElement> pipeline{gst_parse_launch_full(whole.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &error)};
@@ -176,9 +254,9 @@ private:
         GstAppSinkCallbacks callbacks{};
         callbacks.eos = onEnd;
         callbacks.new_sample = onSample;
-        gst_app_sink_set_callbacks(GST_APP_SINK(sink.get()), &callbacks, new SharedOutlet{outlet_}, letGo);
+        gst_app_sink_set_callbacks(GST_APP_SINK(sink.get()), &callbacks, new SharedOutlet{outlet_}, releaseOutlet);
         const Owned<GstBus> bus{gst_element_get_bus(pipeline_.get())};
-        gst_bus_set_sync_handler(bus.get(), onMessage, new SharedOutlet{outlet_}, letGo);
+        gst_bus_set_sync_handler(bus.get(), onMessage, new SharedOutlet{outlet_}, releaseOutlet);
     }
 
     void close() {
@@ -193,12 +271,12 @@ private:
     std::shared_ptr<Outlet> outlet_;
 };
 
-} // namespace
-
+/// The pictures of a GStreamer pipeline; `description` is the pipeline's text up to the element that gives pictures.
 std::shared_ptr<FrameSource> makeGstPipeline(const std::string& description) {
     return std::make_shared<GstPipelineSource>(description);
 }
 
+} // namespace
 } // namespace kivo::platform
 
 extern "C" KIVO_EXPORT const kivo::platform::CameraModule kivoModule;

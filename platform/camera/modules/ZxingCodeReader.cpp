@@ -33,7 +33,7 @@ ZXing::BarcodeFormats formatsOf(const std::vector<MetadataObjectType>& types) {
 }
 
 ZXing::ImageView viewOf(const VideoFrame& frame) {
-    // The plane of brightness comes first in both other formats.
+    // Both other formats begin with the plane of brightness.
     const auto format = frame.format == VideoFrame::Format::rgb ? ZXing::ImageFormat::RGB : ZXing::ImageFormat::Lum;
     return {frame.bytes.data(), frame.width, frame.height, format};
 }
@@ -41,7 +41,7 @@ ZXing::ImageView viewOf(const VideoFrame& frame) {
 std::string textOf(const ZXing::Result& result) {
     const auto& bytes = result.bytes();
     std::string plain{bytes.begin(), bytes.end()};
-    // The library guesses at what it does not know, and ends a text where it stops making sense: both would turn a
+    // The library guesses an unknown character set, and cuts a text off at the first malformed byte. Both would turn a
     // broken payload into a sound one.
     return result.hasECI() && !text::isUtf8(plain) ? result.text() : plain;
 }
@@ -56,15 +56,15 @@ public:
     std::vector<MetadataObject> read(const VideoFrame& frame, const std::vector<MetadataObjectType>& types) override {
         try {
             const auto hints = ZXing::DecodeHints{}.setFormats(formatsOf(types));
-            // Screens in dark mode show codes in white on black, which the library does not look for. One picture in a
-            // few is enough for them, and leaves the others their speed.
+            // Screens in dark mode show codes in white on black, which the library does not look for. Only every fourth
+            // picture without a code is read as a negative, so that reading stays fast.
             const bool isNegative = picturesWithout_ % negativeEvery == negativeEvery - 1;
             auto results = ZXing::ReadBarcodes(viewOf(isNegative ? negativeOf(frame) : frame), hints);
             picturesWithout_ = results.empty() ? picturesWithout_ + 1 : 0;
             std::ranges::stable_sort(results, {}, [&](const auto& result) { return distance(result, frame); });
             return objectsOf(results);
         } catch (const std::exception&) {
-            // A picture that cannot be read, for want of memory or otherwise, is one without a code.
+            // A picture that cannot be read, for want of memory or otherwise, counts as a picture without a code.
             return {};
         }
     }
@@ -95,7 +95,7 @@ private:
     VideoFrame negative_;
 };
 
-/// Has the library make the tables that it makes when they are first used, all of them for these two kinds.
+/// Makes the library build its tables now. The library builds them at first use, and all of them for these two kinds.
 void makeTables() {
     ZxingCodeReader reader;
     for (const auto type : {MetadataObjectType::qr, MetadataObjectType::pdf417}) {

@@ -32,7 +32,7 @@ StoryboardClasses knownFromTheStart() {
     return all;
 }
 
-/// Made when first asked for: a host's static initialisers may ask as well.
+/// Made at first use: a host's static initialisers may use it as well.
 StoryboardClasses& registered() {
     return Process::current().part<StoryboardClasses>([] { return new StoryboardClasses{knownFromTheStart()}; });
 }
@@ -41,7 +41,7 @@ auto& screens() {
     return registered().screens;
 }
 
-/// The view classes that somebody registered, which come before the platform's own.
+/// The registered classes of views, which come before the view model's own.
 Views& registeredViews() {
     return registered().views;
 }

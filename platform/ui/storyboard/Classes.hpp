@@ -8,7 +8,9 @@
 
 namespace kivo::platform::storyboard {
 
-/// The classes that storyboards know by name: registered ones, and the view model's own views.
+// The classes that storyboards know by name: registered classes, and the view model's own views.
+
+/// Whether a class of screens has this name.
 bool isScreenClass(const std::string& name);
 
 /// A new screen; null when there is no such class or its factory makes none.
@@ -17,7 +19,7 @@ std::shared_ptr<ViewController> makeScreen(const std::string& name);
 /// A new view; null when there is no such class or its factory makes none.
 std::shared_ptr<View> makeView(const std::string& name);
 
-/// Whether somebody registered the view class, be it in the place of the view model's own.
+/// Whether a class of views was registered under this name, even in the place of the view model's own class.
 bool isRegisteredView(const std::string& name);
 
 /// The known classes, for a message.

@@ -1,24 +1,35 @@
-#include "platform/posix/ReadFile.hpp"
+#include "platform/posix/Files.hpp"
 #include "platform/ui/ViewControllerState.hpp"
 #include "platform/ui/storyboard/Classes.hpp"
-#include "platform/ui/storyboard/Connections.hpp"
 #include "platform/ui/storyboard/Scene.hpp"
 
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Interface.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 
+#include <cxxabi.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <functional>
 #include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <typeinfo>
 #include <utility>
 
 namespace kivo::platform {
 
 using storyboard::ButtonSegue;
-using storyboard::Connections;
 using storyboard::inQuotes;
 using storyboard::LayoutError;
+using storyboard::LayoutValue;
+using storyboard::Purpose;
+using storyboard::readScene;
 using storyboard::Scene;
-using storyboard::Value;
 using storyboard::Where;
 
 struct Storyboard::Contents {
@@ -26,22 +37,13 @@ struct Storyboard::Contents {
     std::shared_ptr<Bundle> bundle;
     json::Value root;
 
-    Value rootValue() const { return {root, Where{file}, *bundle}; }
+    LayoutValue rootValue() const { return {root, Where{file}, *bundle}; }
 };
 
 namespace {
 
-/// A tree of views as deep as one may be has two levels a view, and some around it.
+/// The deepest allowed tree of views has two levels for each view, and a few levels around it.
 constexpr json::Limits limits{.bytes = largestFile, .depth = 256, .members = 200'000, .comments = true};
-
-/// A scene of the file, read but for its connections to a screen.
-struct ReadScene {
-    std::string className{};
-    std::string title{};
-    ModalPresentationStyle presentation = ModalPresentationStyle::automatic;
-    Scene views{};
-    Connections::Constraints constraints{};
-};
 
 std::string readWhole(const std::filesystem::path& path) {
     auto bytes = readFile(path);
@@ -74,49 +76,8 @@ json::Value parse(const std::string& bytes, const std::string& file) {
                " members and elements of lists; split it into several storyboards.");
 }
 
-void readConstraints(const Value& value, ReadScene& scene) {
-    value.eachMember([&](const std::string& name, const Value& constraint) {
-        const auto outlet = constraint.member("view").name();
-        const auto view = scene.views.outlets.find(outlet);
-        if (view == scene.views.outlets.end()) {
-            constraint.where.fail("no view of the scene has the outlet " + inQuotes(outlet) + ".");
-        }
-        using enum LayoutConstraint::Attribute;
-        const auto attribute =
-            constraint.member("dimension").choice<LayoutConstraint::Attribute>({{"width", width}, {"height", height}});
-        scene.constraints.emplace(name, std::make_shared<LayoutConstraint>(view->second, attribute));
-    });
-}
-
-enum class Purpose { check, use };
-
-ReadScene readScene(const Value& value, Purpose purpose) {
-    ReadScene scene;
-    scene.views.isTrial = purpose == Purpose::check;
-    scene.className = value.member("class").name();
-    if (!storyboard::isScreenClass(scene.className)) {
-        value.where.fail("there is no screen class " + inQuotes(scene.className) + "; use one of " +
-                         storyboard::knownScreens() + ", or register the class before the storyboard is opened.");
-    }
-    scene.views.view = storyboard::buildView(value.member("view"), scene.views);
-    value.eachMember([&](const std::string& name, const Value& member) {
-        if (name == "title") {
-            scene.title = member.text();
-        } else if (name == "presentation") {
-            using enum ModalPresentationStyle;
-            scene.presentation =
-                member.choice<ModalPresentationStyle>({{"automatic", automatic}, {"fullScreen", fullScreen}});
-        } else if (name == "constraints") {
-            readConstraints(member, scene);
-        } else if (name != "class" && name != "view") {
-            member.where.fail("a scene has no such member; it has class, title, presentation, view and constraints.");
-        }
-    });
-    return scene;
-}
-
-Value scenesOf(const Value& root) {
-    root.eachMember([](const std::string& name, const Value& member) {
+LayoutValue scenesOf(const LayoutValue& root) {
+    root.eachMember([](const std::string& name, const LayoutValue& member) {
         if (name != "scenes") {
             member.where.fail("a storyboard has no such member; it has \"scenes\".");
         }
@@ -124,7 +85,7 @@ Value scenesOf(const Value& root) {
     return root.member("scenes");
 }
 
-Value sceneValue(const Value& root, const std::string& identifier) {
+LayoutValue sceneValue(const LayoutValue& root, const std::string& identifier) {
     const auto scenes = scenesOf(root);
     const auto* const scene = scenes.content.find(identifier);
     if (scene == nullptr) {
@@ -133,7 +94,7 @@ Value sceneValue(const Value& root, const std::string& identifier) {
     return {*scene, root.where.in("scene " + inQuotes(identifier)), root.bundle};
 }
 
-void checkSegues(const Scene& scene, const Value& scenes) {
+void checkSegues(const Scene& scene, const LayoutValue& scenes) {
     for (auto segue = scene.segues.begin(); segue != scene.segues.end(); ++segue) {
         const auto& [identifier, destination, kind] = segue->description;
         if (scenes.content.find(destination) == nullptr) {
@@ -147,6 +108,81 @@ void checkSegues(const Scene& scene, const Value& scenes) {
         }
     }
 }
+
+/// The class's name without its namespaces.
+std::string className(const std::type_info& type) {
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> readable{
+        abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free};
+    std::string name{readable ? readable.get() : type.name()};
+    const auto colon = name.rfind(':');
+    return colon == std::string::npos ? name : name.substr(colon + 1);
+}
+
+/// Fills a screen's outlets from its scene, and collects the actions that the scene's controls may call.
+class Connections final : public Interface {
+public:
+    Connections(const Scene& scene, Where where)
+        : scene_{scene}
+        , where_{std::move(where)} {}
+
+    void action(std::string_view name, Action action) override {
+        actions_.insert_or_assign(std::string{name}, std::move(action));
+    }
+
+    /// Makes the scene's controls call the actions, for as long as the screen lives.
+
+    void connectActions(const std::shared_ptr<ViewController>& screen) const {
+        for (const auto& wanted : scene_.actions) {
+            const auto found = actions_.find(wanted.action);
+            if (found == actions_.end()) {
+                std::string known;
+                for (const auto& [name, action] : actions_) {
+                    known += (known.empty() ? "" : ", ") + name;
+                }
+                wanted.where.fail("the screen has no action " + inQuotes(wanted.action) + "; it has " +
+                                  (known.empty() ? "none" : known) + ".");
+            }
+            wanted.control->addAction(wanted.event,
+                                      [weak = std::weak_ptr{screen}, action = found->second](const auto& sender) {
+                                          if (const auto alive = weak.lock()) {
+                                              action(sender);
+                                          }
+                                      });
+        }
+    }
+
+protected:
+    bool hasOutlet(std::string_view name) const override {
+        return scene_.outlets.contains(name) || scene_.constraints.contains(name);
+    }
+
+    void connectView(std::string_view name, const std::type_info& wanted,
+                     const std::function<bool(const std::shared_ptr<View>&)>& take) override {
+        const auto found = scene_.outlets.find(name);
+        if (found == scene_.outlets.end()) {
+            where_.fail("no view has the outlet " + inQuotes(name) + "; give it to a " + className(wanted) + ".");
+        }
+        if (!take(found->second)) {
+            const auto& view = *found->second;
+            where_.fail("the view " + inQuotes(name) + " is a " + className(typeid(view)) +
+                        " where the screen needs a " + className(wanted) + "; change its \"type\".");
+        }
+    }
+
+    void connectConstraint(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) override {
+        const auto found = scene_.constraints.find(name);
+        if (found == scene_.constraints.end()) {
+            where_.fail("there is no constraint " + inQuotes(name) + R"(; add it to the scene's "constraints".)");
+        }
+        slot = found->second;
+    }
+
+private:
+    const Scene& scene_;
+    Where where_;
+    std::map<std::string, Action, std::less<>> actions_;
+};
 
 void connectSegues(const Scene& scene, const std::shared_ptr<ViewController>& screen) {
     for (const auto& segue : scene.segues) {
@@ -177,8 +213,8 @@ std::expected<std::shared_ptr<Storyboard>, std::string> Storyboard::open(std::st
         auto contents = std::make_unique<Contents>(path->string(), bundle, parse(readWhole(*path), path->string()));
         const auto root = contents->rootValue();
         const auto scenes = scenesOf(root);
-        scenes.eachMember([&](const std::string& identifier, const Value&) {
-            checkSegues(readScene(sceneValue(root, identifier), Purpose::check).views, scenes);
+        scenes.eachMember([&](const std::string& identifier, const LayoutValue&) {
+            checkSegues(readScene(sceneValue(root, identifier), Purpose::check), scenes);
         });
         return std::shared_ptr<Storyboard>{new Storyboard{std::move(contents)}};
     } catch (const LayoutError& error) {
@@ -194,21 +230,47 @@ std::expected<std::shared_ptr<ViewController>, std::string> Storyboard::instanti
         if (!screen) {
             value.where.fail("the class " + inQuotes(scene.className) + " made no screen; correct its factory.");
         }
-        Connections connections{scene.views, scene.constraints, value.where};
+        Connections connections{scene, value.where};
         screen->connect(connections);
         connections.connectActions(screen);
-        connectSegues(scene.views, screen);
+        connectSegues(scene, screen);
         screen->setModalPresentationStyle(scene.presentation);
         screen->navigationItem()->setTitle(scene.title);
         screen->storyboard_ = shared_from_this();
-        screen->state_->storyboardView = scene.views.view;
-        for (const auto& segue : scene.views.segues) {
+        screen->state_->storyboardView = scene.view;
+        for (const auto& segue : scene.segues) {
             screen->state_->segues.push_back(segue.description);
         }
         return screen;
     } catch (const LayoutError& error) {
         return std::unexpected{error.what()};
     }
+}
+
+bool ViewController::performSegue(std::string_view identifier) {
+    const auto self = shared_from_this();
+    const auto fail = [&](const std::string& problem) {
+        services().diagnostics->report("storyboard",
+                                       "The segue \"" + std::string{identifier} + "\" was not performed: " + problem);
+        return false;
+    };
+    const auto segue = std::ranges::find(state_->segues, identifier, &SegueDescription::identifier);
+    if (segue == state_->segues.end() || !storyboard_) {
+        return fail("this screen has none of that name.");
+    }
+    const auto destination = storyboard_->instantiate(segue->destination);
+    if (!destination) {
+        return fail(destination.error());
+    }
+    const auto kind = segue->kind;
+    prepareForSegue({.identifier = segue->identifier, .source = self, .destination = *destination});
+    const auto navigation = navigationController();
+    if (kind == SegueDescription::Kind::show && navigation) {
+        navigation->pushViewController(*destination, true);
+    } else {
+        present(*destination, true);
+    }
+    return true;
 }
 
 } // namespace kivo::platform

@@ -1,4 +1,4 @@
-#include "platform/bundle/FolderBundle.hpp"
+#include "platform/bundle/FolderBundles.hpp"
 #include "support/ScreenFixture.hpp"
 #include "support/TemporaryFolder.hpp"
 

@@ -1,6 +1,6 @@
 #include "platform/ui/TextEstimate.hpp"
 
-#include "platform/linux/FontconfigFonts.hpp"
+#include "platform/linux/LinuxParts.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

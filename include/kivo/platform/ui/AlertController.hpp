@@ -17,7 +17,7 @@ public:
     struct Action {
         std::string title;
         ActionStyle style = ActionStyle::standard;
-        /// Called once, when the alert has gone, if a person chose this answer.
+        /// Called once after the alert has closed, if the person chose this answer.
         std::function<void()> handler{};
     };
 
@@ -33,12 +33,12 @@ public:
 
     const std::vector<Action>& actions() const { return actions_; }
 
-    /// A person's choice: takes the alert away and calls the handler. A second choice, or an index that is none, does
-    /// nothing.
+    /// A person's choice: closes the alert and calls the handler. Does nothing after the first choice, and for an index
+    /// beyond the answers.
     void choose(std::size_t index);
 
 protected:
-    /// A box with the texts as labels and a button an action; the buttons' identifiers are their titles.
+    /// A box with the texts as labels and a button for each action. The buttons' identifiers are their titles.
     std::shared_ptr<View> loadView() override;
 
 private:

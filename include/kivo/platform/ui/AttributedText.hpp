@@ -8,7 +8,7 @@
 
 namespace kivo::platform {
 
-/// A text with attributes that hold over its whole length; an absent one is the view's own.
+/// A text with attributes for its whole length. The view's own attribute replaces an absent attribute.
 struct AttributedText {
     std::string text{};
     std::optional<Color> foregroundColor{};

@@ -20,10 +20,10 @@ struct Color {
 
     static constexpr Color clear() { return white(0, 0); }
 
-    /// The blue of buttons and links where nobody chose a colour.
+    /// The blue of buttons and links without a colour of their own.
     static constexpr Color systemBlue() { return {0, 122.0 / 255, 1, 1}; }
 
-    /// The colour of that name in the host's asset catalogue; absent when it has none.
+    /// The colour of that name in the host's asset catalogue; absent when the catalogue has no such colour.
     KIVO_EXPORT static std::optional<Color> named(std::string_view name);
 
     bool operator==(const Color&) const = default;

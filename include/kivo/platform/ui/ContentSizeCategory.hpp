@@ -5,7 +5,7 @@
 
 namespace kivo::platform {
 
-/// How large a person wants to read. Ordered from small to large; `large` is what a new phone is set to.
+/// The reading size that a person has chosen, from small to large. A new phone has the size `large`.
 enum class ContentSizeCategory {
     extraSmall,
     small,

@@ -11,7 +11,7 @@ namespace kivo::platform {
 
 enum class ControlEvent { touchUpInside, editingDidBegin, editingChanged, editingDidEnd };
 
-/// A view that a person operates. It has a text as buttons and fields do.
+/// A view that a person operates, and that has a text, such as a button or a field.
 class KIVO_EXPORT Control : public TextStyled {
 public:
     using Action = std::function<void(const std::shared_ptr<View>& sender)>;
@@ -20,10 +20,10 @@ public:
 
     void setEnabled(bool enabled);
 
-    /// Calls `action` at every such event, after the ones added before.
+    /// Calls `action` at every such event, after the actions added before.
     void addAction(ControlEvent event, Action action);
 
-    /// Calls the actions of an event as a person's doing would.
+    /// Calls the actions of an event, as if a person had caused it.
     void sendActions(ControlEvent event);
 
 private:

@@ -17,7 +17,7 @@ struct Font {
     /// Whether the size follows the person's content size category, in views that adjust to it; see `FontMetrics`.
     bool isScaled = false;
 
-    /// The font of that name; absent when it is not installed on this machine.
+    /// The font of that name; absent when no such font is installed on this machine.
     KIVO_EXPORT static std::optional<Font> named(std::string_view name, double pointSize);
 
     static Font system(double pointSize) { return {.name = {}, .pointSize = pointSize, .isScaled = false}; }
@@ -28,10 +28,10 @@ struct Font {
 /// How fonts grow and shrink with the content size category, after the body text style.
 class KIVO_EXPORT FontMetrics {
 public:
-    /// `base` marked as following the category; its own size is the one at `ContentSizeCategory::large`.
+    /// `base`, marked as following the category. The size of `base` is the size at `ContentSizeCategory::large`.
     static Font scaledFont(Font base);
 
-    /// The size that `font` has at `category`: its own unless it is scaled.
+    /// The size of `font` at `category`; the font's own size unless the font is scaled.
     static double pointSize(const Font& font, ContentSizeCategory category);
 };
 

@@ -7,7 +7,7 @@
 
 namespace kivo::platform {
 
-/// The typefaces of the machine. Any thread may ask which are installed; texts are measured on the main thread.
+/// The typefaces of the machine. `isInstalled` is callable from any thread, `measure` from the main thread.
 class KIVO_EXPORT Fonts {
 public:
     virtual ~Fonts() = default;

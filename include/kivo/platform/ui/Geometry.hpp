@@ -46,7 +46,7 @@ struct EdgeInsets {
     bool operator==(const EdgeInsets&) const = default;
 };
 
-/// `rect` without the stretches at its edges; never less than empty.
+/// `rect` without `insets`; its width and height are never negative.
 constexpr Rect inset(const Rect& rect, const EdgeInsets& insets) {
     const auto rest = [](double length, double taken) { return length > taken ? length - taken : 0; };
     return {.origin = {rect.origin.x + insets.left, rect.origin.y + insets.top},

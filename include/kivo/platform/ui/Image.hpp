@@ -12,14 +12,15 @@ namespace kivo::platform {
 
 class Bundle;
 
-/// A picture by name, in a file that whoever draws it decodes.
+/// A picture by name, in a file. The code that draws the picture decodes the file.
 struct Image {
     std::string name;
     std::filesystem::path file;
-    /// In points; zero where the catalogue does not tell.
+    /// In points; zero when the catalogue gives no size.
     Size size{};
 
-    /// The image of that name in the host's asset catalogue, or in the one of `bundle`; null when there is none.
+    /// The image of that name in the host's asset catalogue, or in the catalogue of `bundle`; null when the catalogue
+    /// has no such image.
     KIVO_EXPORT static std::shared_ptr<const Image> named(std::string_view name);
     KIVO_EXPORT static std::shared_ptr<const Image> named(std::string_view name, const Bundle& bundle);
 };

@@ -5,7 +5,7 @@
 
 namespace kivo::platform {
 
-/// Shows an image, scaled to fit. Taps go through it unless it is made to take input.
+/// Shows an image, scaled to fit. Taps pass through the view unless `setUserInteractionEnabled(true)` is called.
 class KIVO_EXPORT ImageView : public View {
 public:
     ImageView();

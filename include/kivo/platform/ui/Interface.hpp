@@ -33,8 +33,8 @@ public:
 
     void outlet(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) { connectConstraint(name, slot); }
 
-    /// The same for an outlet that the scene may lack. `slot` then holds a view that is in no tree, or a constraint of
-    /// no view, so that the screen need not ask.
+    /// Fills `slot` like `outlet`, for an outlet that the scene may lack. Without the outlet, `slot` gets a view that
+    /// is in no tree, or a constraint of no view, so that the screen needs no check.
     template <class T>
     void optionalOutlet(std::string_view name, std::shared_ptr<T>& slot) {
         if (hasOutlet(name)) {
@@ -44,8 +44,8 @@ public:
         }
     }
 
-    /// Names a method that controls of the scene can call. It is not called once the screen is gone; capture `this`,
-    /// never the screen's shared pointer.
+    /// Names a function that controls of the scene can call. It is not called after the screen's end, so capture `this`
+    /// and never the screen's shared pointer.
     virtual void action(std::string_view name, Action action) = 0;
 
 protected:

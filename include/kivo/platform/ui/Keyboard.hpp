@@ -10,24 +10,24 @@
 
 namespace kivo::platform {
 
-/// Posted to the default notification centre when the keyboard comes, with a `KeyboardFrame` as its object, and when it
-/// goes. Moving from one field to the next posts neither.
+/// Posted to the default notification centre before the keyboard appears, with a `KeyboardFrame` as the object, and
+/// before it disappears. Moving from one field to the next posts neither.
 inline constexpr std::string_view keyboardWillShow = "keyboardWillShow";
 inline constexpr std::string_view keyboardWillHide = "keyboardWillHide";
 
-/// Where the keyboard is before it moves, and after; in the window's coordinates.
+/// The keyboard's frame before and after its movement, in the window's coordinates.
 struct KeyboardFrame {
     std::optional<Rect> begin{};
     std::optional<Rect> end{};
 };
 
-/// The keyboard of the device. One view at a time has its input: the first responder.
+/// The keyboard of the device. One view at a time receives its input: the first responder.
 class KIVO_EXPORT Keyboard {
 public:
-    /// The view that has the input; null when none has.
+    /// The view that receives the input; null when no view does.
     static std::shared_ptr<View> firstResponder();
 
-    /// Whether the keyboard is on the display: it is while the first responder is in a window.
+    /// Whether the keyboard is on the display, which is so while the first responder is in a window.
     static bool isShown();
 };
 

@@ -6,7 +6,8 @@
 
 namespace kivo::platform {
 
-/// A text that cannot be edited, over as many lines as it needs. Taps go through it unless it is made to take input.
+/// A text that cannot be edited, over as many lines as the text needs. Taps pass through the label unless
+/// `setUserInteractionEnabled(true)` is called.
 class KIVO_EXPORT Label : public TextStyled {
 public:
     Label();
@@ -15,13 +16,13 @@ public:
 
     void setText(std::string text);
 
-    /// Whether a text is shown smaller where a line has no room for one of its words; false at first, and the word goes
-    /// on in the next line.
+    /// Whether the font shrinks when a word is wider than the line. False at first: the word continues in the next
+    /// line.
     bool shrinksToWords() const { return shrinksToWords_; }
 
     void setShrinksToWords(bool shrinks);
 
-    /// The shown font, as small as the words need at the view's present width.
+    /// The shown font, as small as the words need in the view's present width.
     Font fittedFont() const { return fittedFont(frame().size.width); }
 
     Size sizeThatFits(double widthLimit) override;

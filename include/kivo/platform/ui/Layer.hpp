@@ -12,7 +12,7 @@ struct Layer {
     double cornerRadius = 0;
     double borderWidth = 0;
     std::optional<Color> borderColor{};
-    /// Whether what lies outside the bounds is cut off.
+    /// Whether drawing outside the bounds is cut off.
     bool masksToBounds = false;
     std::optional<Color> shadowColor{};
     Size shadowOffset{};

@@ -7,7 +7,7 @@
 
 namespace kivo::platform {
 
-/// A handle on one dimension of a view's placement, as a storyboard gives it to a screen.
+/// A handle on the width or height of a view's placement, which a storyboard gives to a screen.
 class KIVO_EXPORT LayoutConstraint {
 public:
     enum class Attribute { width, height };
@@ -19,7 +19,7 @@ public:
         : view_{std::move(view)}
         , attribute_{attribute} {}
 
-    /// In points; 0 when the view is gone or has no such dimension.
+    /// In points; 0 when the view no longer exists or its placement lacks the dimension.
     double constant() const;
     void setConstant(double constant);
 

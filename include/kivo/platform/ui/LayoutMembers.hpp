@@ -14,8 +14,9 @@
 
 namespace kivo::platform {
 
-/// A view's side of its description in a storyboard: the view names the members that it has there beyond those of its
-/// base, each with what to do with a value. A value of the wrong type or out of bounds is an error of the storyboard.
+/// A view's side of its description in a storyboard: the view names the members that it has in addition to the members
+/// of its base class, each with a function that takes the value. A value of the wrong type or out of bounds is an error
+/// of the storyboard.
 class KIVO_EXPORT LayoutMembers {
 public:
     virtual ~LayoutMembers() = default;
@@ -23,23 +24,23 @@ public:
     virtual void flag(std::string_view name, const std::function<void(bool)>& set) = 0;
     virtual void integer(std::string_view name, int least, int most, const std::function<void(int)>& set) = 0;
     virtual void number(std::string_view name, double least, double most, const std::function<void(double)>& set) = 0;
-    /// A text, perhaps of the bundle's string table.
+    /// A text, which may come from the bundle's string table.
     virtual void text(std::string_view name, const std::function<void(std::string)>& set) = 0;
     /// A colour that the asset catalogue lacks sets nothing.
     virtual void color(std::string_view name, const std::function<void(Color)>& set) = 0;
     virtual void font(std::string_view name, const std::function<void(Font)>& set) = 0;
-    /// One of `words`; `set` hears its index.
+    /// One of `words`; `set` receives the word's index.
     virtual void choice(std::string_view name, const std::vector<std::string_view>& words,
                         const std::function<void(std::size_t)>& set) = 0;
 
-    /// Has a member's value put into `slot`, which must live as long as the view.
+    /// A function that puts a member's value into `slot`, which must live as long as the view.
     template <class T>
     static auto into(T& slot) {
         return [&slot](auto value) { slot = std::move(value); };
     }
 };
 
-/// A base, beside `View`, of view classes with members of their own in storyboards. Register the class with
+/// A second base class, beside `View`, of views with members of their own in storyboards. Register such a class with
 /// `Storyboard::registerView`.
 class KIVO_EXPORT DescribedInLayouts {
 public:

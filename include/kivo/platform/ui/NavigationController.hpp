@@ -9,11 +9,11 @@ namespace kivo::platform {
 
 /// A stack of screens under a navigation bar; the topmost is shown.
 ///
-/// Views that somebody else adds to the controller's own view, or to its bar, stay there above the screens until they
-/// are taken away.
+/// A view that the host adds to the controller's own view or to its bar stays there, above the screens, until the host
+/// removes the view.
 class KIVO_EXPORT NavigationController final : public ViewController {
 public:
-    /// An empty stack shows nothing until something is pushed.
+    /// An empty stack shows nothing until a screen is pushed.
     explicit NavigationController(const std::shared_ptr<ViewController>& root = nullptr);
 
     const std::vector<std::shared_ptr<ViewController>>& viewControllers() const { return children(); }
@@ -22,10 +22,10 @@ public:
 
     void pushViewController(const std::shared_ptr<ViewController>& viewController, bool animated);
 
-    /// Takes the topmost screen away and returns it; null when only the root is left.
+    /// Removes the topmost screen and returns it; null when only the root is left.
     std::shared_ptr<ViewController> popViewController(bool animated);
 
-    /// Takes every screen above `viewController` away.
+    /// Removes every screen above `viewController`.
     void popToViewController(const std::shared_ptr<ViewController>& viewController, bool animated);
 
     /// The bar at the top. Its tint colours the buttons; its items are the top screen's `navigationItem`.

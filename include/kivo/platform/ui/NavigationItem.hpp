@@ -19,11 +19,11 @@ struct BarButtonItem {
     std::shared_ptr<const Image> image{};
     Style style = Style::plain;
     std::function<void()> action{};
-    /// What a screen reader says; the title where this is empty.
+    /// The text for screen readers; when it is empty, they use the title.
     std::string accessibilityLabel{};
 };
 
-/// What a screen shows in the navigation bar while it is on top.
+/// The title and the buttons that a screen shows in the navigation bar while it is on top.
 class KIVO_EXPORT NavigationItem {
 public:
     const std::string& title() const { return title_; }
@@ -59,7 +59,7 @@ private:
     std::string title_;
     std::optional<BarButtonItem> left_;
     std::optional<BarButtonItem> right_;
-    /// How the bar that shows this item learns of changes.
+    /// Set by the bar that shows this item; called after every change.
     std::function<void()> changed_;
 };
 

@@ -4,9 +4,9 @@
 
 namespace kivo::platform {
 
-/// Where a view lies in its superview, unless a stack view places it. All in points.
+/// The place of a view in its superview, unless a stack view places the view. All numbers are in points.
 ///
-/// A dimension without a value comes from the two edges on its axis, else from what the view itself needs. A position
+/// A dimension without a value follows from the two edges on its axis, or else from the view's own needs. A position
 /// without a value is the superview's origin. In a screen's own view, distances count from the safe area.
 struct Placement {
     std::optional<double> top{};
@@ -18,9 +18,9 @@ struct Placement {
     std::optional<double> centerY{};
     std::optional<double> width{};
     std::optional<double> height{};
-    /// Counts where `height` is absent and the view itself decides.
+    /// Used when `height` is absent and the view's own needs decide.
     std::optional<double> minimumHeight{};
-    /// Whether distances count from the edges of the display also in a screen's own view.
+    /// Whether distances in a screen's own view count from the edges of the display.
     bool ignoresSafeArea = false;
 
     bool operator==(const Placement&) const = default;

@@ -10,8 +10,8 @@ namespace kivo::platform {
 
 /// A view with a camera's picture behind its subviews.
 ///
-/// Whoever draws the tree asks the session for its preview with every frame: the picture fills the view without being
-/// distorted, and what stands over at two sides is cut off. Without a session or a picture the view is black.
+/// The code that draws the tree asks the session for its preview with every frame. The picture fills the view without
+/// distortion, and is cut off at two sides where it does not fit. Without a session or a picture the view is black.
 class KIVO_EXPORT PreviewView : public View {
 public:
     const std::shared_ptr<CaptureSession>& previewSession() const { return previewSession_; }

@@ -4,7 +4,7 @@
 
 namespace kivo::platform {
 
-/// Shows a part of content that may be higher than itself.
+/// Shows a part of its content, which may be higher than the view.
 class KIVO_EXPORT ScrollView : public View {
 public:
     Size contentSize() const { return contentSize_; }
@@ -14,7 +14,7 @@ public:
 
     void setContentOffset(double offset);
 
-    /// Scrolls as little as it takes to show `view`, which lies somewhere below this one.
+    /// Scrolls as little as needed to show `view`, which must be in the tree below this view.
     void scrollTo(const View& view);
 
 protected:

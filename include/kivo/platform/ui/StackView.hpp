@@ -7,13 +7,14 @@
 
 namespace kivo::platform {
 
-/// Places its visible subviews one after the other; their own placement counts for width and height only.
+/// Places its visible subviews one after the other. Only the width and height of their own placement count.
 class KIVO_EXPORT StackView : public View {
 public:
     enum class Axis { horizontal, vertical };
     /// Across the axis.
     enum class Alignment { fill, leading, center, trailing };
-    /// Along the axis: each what it needs, with the last one of no fixed length taking the rest; or all the same.
+    /// Along the axis. `fill`: each subview gets the length that it needs, and the last subview without a fixed length
+    /// takes the rest. `fillEqually`: all subviews get the same length.
     enum class Distribution { fill, fillEqually };
 
     Axis axis() const { return axis_; }

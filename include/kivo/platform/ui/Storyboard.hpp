@@ -21,8 +21,8 @@ public:
     using Factory = std::function<std::shared_ptr<ViewController>()>;
     using ViewFactory = std::function<std::shared_ptr<View>()>;
 
-    /// Reads and checks the file; its classes must be registered by then. The error is one sentence for the person who
-    /// lays out screens: file, scene, view, what does not fit and what to do.
+    /// Reads and checks the file, whose classes must be registered before. The error is one sentence for the person who
+    /// lays out screens: file, scene, view, fault and remedy.
     static std::expected<std::shared_ptr<Storyboard>, std::string> open(std::string_view name,
                                                                         const std::shared_ptr<Bundle>& bundle);
 
@@ -30,12 +30,12 @@ public:
     Storyboard& operator=(const Storyboard&) = delete;
     ~Storyboard();
 
-    /// A new screen of the scene with that identifier, with every outlet and action connected, but `viewDidLoad` still
-    /// to come. The error names file, scene and outlet.
+    /// A new screen of the scene with that identifier. Every outlet and action is connected; `viewDidLoad` runs later.
+    /// The error names file, scene and outlet.
     std::expected<std::shared_ptr<ViewController>, std::string> instantiate(std::string_view identifier);
 
-    /// Lets storyboards make a class of screens, or of views, by the class's name. The last registration of a name
-    /// counts, so a host's class can replace a class of the SDK.
+    /// Registers a class of screens, or of views, under the name that storyboards use. The last registration of a name
+    /// counts, so that a host's class can replace a class of the SDK.
     static void registerScreen(std::string className, Factory factory);
     static void registerView(std::string className, ViewFactory factory);
 
@@ -53,8 +53,8 @@ struct StoryboardClasses {
     std::map<std::string, Storyboard::ViewFactory> views{};
 };
 
-/// The classes that storyboards know from the start beside the view model's own. The library that stands on the view
-/// model defines this function, so the classes are known without a call that registers them.
+/// The classes that storyboards know without registration, in addition to the view model's own. The library that stands
+/// on the view model defines this function.
 StoryboardClasses libraryClasses();
 
 } // namespace kivo::platform

@@ -13,7 +13,7 @@ namespace kivo::platform {
 
 class TextField;
 
-/// A stretch of a text, counted in user-perceived characters: a flag or a letter with its accents is one.
+/// A range of a text, in characters as a person counts them: a flag or a letter with its accents is one character.
 struct TextRange {
     std::size_t location = 0;
     std::size_t length = 0;
@@ -35,20 +35,20 @@ public:
 
     virtual void textFieldDidEndEditing(TextField& /*field*/) {}
 
-    /// Asked before a person's change; the delegate may write the field's text itself and refuse.
+    /// Called before a person's change. The delegate may set the field's text itself and return false.
     virtual bool shouldChangeCharacters(TextField& /*field*/, TextRange /*range*/, const std::string& /*replacement*/) {
         return true;
     }
 
-    /// Asked when the delete key is pressed, also in an empty field.
+    /// Called when the delete key is pressed, even in an empty field.
     virtual bool keyboardInputShouldDelete(TextField& /*field*/) { return true; }
 };
 
-/// One line of text that a person edits. `insertText`, `deleteBackward` and `paste` are the doors for a person's input,
-/// from a real keyboard and from a simulated one alike.
+/// One line of text that a person edits. A person's input, from a real or a simulated keyboard, comes through
+/// `insertText`, `deleteBackward` and `paste`.
 class KIVO_EXPORT TextField : public Control {
 public:
-    /// The plain text; of an attributed text its characters.
+    /// The plain text, or the characters of the attributed text.
     const std::string& text() const { return text_; }
 
     /// Replaces the text and drops the attributes. The cursor goes to the end; no event is sent.
@@ -56,7 +56,7 @@ public:
 
     const std::optional<AttributedText>& attributedText() const { return attributedText_; }
 
-    /// Replaces the text; absent leaves an empty one.
+    /// Replaces the text. An absent text makes the field empty.
     void setAttributedText(std::optional<AttributedText> text);
 
     const std::string& placeholder() const { return placeholder_; }
@@ -87,8 +87,8 @@ public:
 
     void setRightView(std::shared_ptr<View> view);
 
-    // Editing by a person. Each returns whether the field took the change; it does so only while a person could reach
-    // it.
+    // Editing by a person. Each function returns whether the field took the change. A field that a person cannot reach
+    // takes no change.
 
     /// Typing, or an input method's result: replaces the selection. Begins editing if need be.
     virtual bool insertText(const std::string& text);
@@ -99,10 +99,10 @@ public:
     /// Pasting; the same as typing all at once.
     bool paste(const std::string& text) { return insertText(text); }
 
-    /// What is selected; an empty one is the cursor. At first the end of the text.
+    /// The selected range; an empty range is the cursor. At first the end of the text.
     TextRange selection() const { return selection_; }
 
-    /// Clamped to the text.
+    /// Selects `selection`, cut to the text's length.
     void setSelection(TextRange selection);
 
     bool canBecomeFirstResponder() const override { return isEnabled() && isUserInteractionEnabled(); }

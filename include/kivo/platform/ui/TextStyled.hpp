@@ -8,14 +8,14 @@ namespace kivo::platform {
 
 enum class TextAlignment { natural, left, center, right };
 
-/// What views with a text have in common: the text's look, and its growing with the reading size.
+/// The base class of views with a text: the text's look, and its size, which may follow the reading size.
 class KIVO_EXPORT TextStyled : public View {
 public:
     const Font& font() const { return font_; }
 
     void setFont(Font font);
 
-    /// The font as it is drawn: at the size for the reading size that holds here, when the view adjusts to it.
+    /// The font as it is drawn. Its size follows the view's reading size if the view adjusts the font.
     Font shownFont() const;
 
     const Color& textColor() const { return textColor_; }

@@ -21,10 +21,10 @@ namespace kivo::platform {
 class ViewController;
 class Window;
 
-/// What a view is to a person who cannot see it.
+/// The role of a view for a person who cannot see it.
 enum class AccessibilityRole { none, text, button, textField, image, progress, alert };
 
-/// A rectangle of the screen and the views inside it. It draws nothing: whoever shows the tree does.
+/// A rectangle of the screen and the views inside it. A view draws nothing: the device that shows the tree draws.
 ///
 /// Made with `std::make_shared` and owned by its superview. Main thread only, like everything of the view model.
 class KIVO_EXPORT View : public std::enable_shared_from_this<View> {
@@ -49,26 +49,26 @@ public:
 
     std::shared_ptr<View> superview() const { return superview_.lock(); }
 
-    /// Puts `view` on top of the other subviews, taking it from where it was.
+    /// Puts `view` on top of the other subviews, and removes it from its former superview.
     void addSubview(const std::shared_ptr<View>& view);
 
-    /// The same below the subviews from `index` on; an index past the end puts it on top.
+    /// Puts `view` below the subviews from `index` on; an index past the end puts it on top.
     void insertSubview(const std::shared_ptr<View>& view, std::size_t index);
     void removeFromSuperview();
 
-    /// This view or the first one below it, depth first, with that identifier; null when there is none.
+    /// The first view with that identifier, depth first, among this view and the views below; null without a match.
     std::shared_ptr<View> find(std::string_view identifier);
 
-    /// The same for a tag.
+    /// The first view with that tag, in the same order; null without a match.
     std::shared_ptr<View> viewWithTag(int tag);
 
-    /// `find` for a view of a known class; null also when the view is of another one.
+    /// `find` for a view of a known class; null also when the view has another class.
     template <class T>
     std::shared_ptr<T> find(std::string_view identifier) {
         return std::dynamic_pointer_cast<T>(find(identifier));
     }
 
-    /// The window at the root of the tree; null while the view is in none.
+    /// The window at the root of the tree; null while the view is in no window.
     std::shared_ptr<Window> window();
 
     bool isDescendantOf(const View& view) const;
@@ -79,11 +79,12 @@ public:
 
     void setHidden(bool hidden);
 
-    /// Whether a person sees the view: neither it nor a view around it is hidden or transparent, and it is in a window.
+    /// Whether a person sees the view: it is in a window, and neither the view nor a view around it is hidden or
+    /// transparent.
     bool isVisible();
 
-    /// Whether a person can operate the view: it is visible, no view around it refuses input, and no screen covers its
-    /// own.
+    /// Whether a person can operate the view: it is visible, no view around it refuses input, and no other screen
+    /// covers its screen.
     bool isReachable();
 
     double alpha() const { return alpha_; }
@@ -94,7 +95,7 @@ public:
 
     void setBackgroundColor(std::optional<Color> color);
 
-    /// The colour of what can be tapped, and of the text cursor; inherited where absent.
+    /// The colour of buttons, links and the text cursor. A view without a colour has the colour of its superview.
     std::optional<Color> tintColor() const;
     void setTintColor(std::optional<Color> color);
 
@@ -105,7 +106,7 @@ public:
 
     // Layout.
 
-    /// In the coordinates of the superview.
+    /// The view's place in the coordinates of the superview.
     const Rect& frame() const { return frame_; }
 
     void setFrame(const Rect& frame);
@@ -120,20 +121,20 @@ public:
 
     void setPlacement(const Placement& placement);
 
-    /// What the view needs when it may be no wider than `widthLimit`; a plain view needs what its subviews need.
+    /// The size that the view needs when its width is limited. A plain view needs the size that its subviews need.
     virtual Size sizeThatFits(double widthLimit);
 
-    /// `sizeThatFits`, with `placement` deciding the dimensions that it gives; remembered until something changes.
+    /// `sizeThatFits`, except that `placement` decides the dimensions that it gives. Remembered until a change.
     Size fittingSize(double widthLimit);
 
     /// How far the display's cut-outs and the bars reach into a screen's own view; zero for every other view.
     const EdgeInsets& safeAreaInsets() const { return safeAreaInsets_; }
 
-    /// Says that the view needs another size or that its subviews need other places. Setters do this themselves.
+    /// Marks the view for a new layout. Setters call this function themselves.
     void setNeedsLayout();
 
-    /// Gives every view of the whole tree its frame, if anything asked for it. Whoever looks at frames calls this
-    /// first; a screen is laid out before `viewDidAppear`.
+    /// Gives every view of the whole tree its frame, if any view is marked for a new layout. Call this function before
+    /// reading frames. A screen is laid out before `viewDidAppear`.
     void layoutIfNeeded();
 
     // Input.
@@ -142,20 +143,20 @@ public:
 
     void setUserInteractionEnabled(bool enabled);
 
-    /// Whether a touch between the subviews goes to what lies behind this view; false at first.
+    /// Whether a touch between the subviews goes to the view behind this view; false at first.
     bool passesTouches() const { return passesTouches_; }
 
     void setPassesTouches(bool passes) { passesTouches_ = passes; }
 
-    /// Calls `action` when the view, or one above it that takes no touches itself, is tapped.
+    /// Calls `action` when the view is tapped, or a view in front that takes no touches itself.
     void addTapAction(std::function<void()> action);
 
-    /// A person's tap that has met this view, wherever in it. Which view a finger meets is the question of
-    /// `Window::hitTest`: this function does not look for views of the same screen that cover this one.
+    /// A person's tap on this view. `Window::hitTest` finds the view under a finger: this function does not look for
+    /// views of the same screen that cover this view.
     ///
-    /// A view that refuses input passes the tap on to the view around it, and from there the tap goes up to the first
-    /// view that wants it. Nothing happens where the view is not visible, where another screen covers this one, or
-    /// where a disabled control comes first. Returns whether a view took the tap.
+    /// A view that refuses input passes the tap to its superview, and so on up to the first view that takes the tap.
+    /// Nothing happens when the view is not visible, when another screen covers its screen, or when a disabled control
+    /// comes first. Returns whether a view took the tap.
     bool touch();
 
     virtual bool canBecomeFirstResponder() const { return false; }
@@ -166,7 +167,7 @@ public:
     virtual bool resignFirstResponder();
     bool isFirstResponder() const;
 
-    /// Makes whichever view below this one has the keyboard give it up. Returns whether none has it now.
+    /// Ends the editing of a view in this view's tree. Returns whether no view of the tree has the keyboard now.
     bool endEditing();
 
     // Reading size.
@@ -179,31 +180,32 @@ public:
 
     void setMaximumContentSizeCategory(std::optional<ContentSizeCategory> category);
 
-    /// The category that holds here: the window's, overridden by a screen's, within the limits of the views around.
+    /// The category of this view: the category of the window or, if set, of the screen, within the limits of the views
+    /// around.
     ContentSizeCategory contentSizeCategory() const;
 
     // Assistive technology.
 
-    /// What a screen reader says; by default the view's text.
+    /// The text for screen readers; by default the text that the view shows.
     std::string accessibilityLabel() const;
     void setAccessibilityLabel(std::string label);
 
     virtual AccessibilityRole accessibilityRole() const { return AccessibilityRole::none; }
 
-    /// The text that the view shows; empty for views without one.
+    /// The text that the view shows; empty for views without a text.
     virtual std::string shownText() const { return {}; }
 
 protected:
-    /// Places the subviews inside this view's frame. By default each after its `placement`.
+    /// Places the subviews inside this view's frame; by default each subview by its `placement`.
     virtual void layoutSubviews();
 
-    /// What happens on a tap that reached this view. Returns whether it wanted the tap.
+    /// Handles a tap that reached this view. Returns whether the view took the tap.
     virtual bool handleTouch();
 
-    /// Gives `subview` its frame inside `area` after its placement.
+    /// Gives `subview` its frame inside `area`, by its placement.
     static void place(View& subview, const Rect& area);
 
-    /// The same inside this view, as far as no cut-out and no bar reaches.
+    /// Gives `subview` its frame inside this view, except the parts under cut-outs and bars.
     void placeInScreen(View& subview) const;
 
     /// Called when the reading size may have changed, before the layout.
@@ -224,7 +226,7 @@ private:
 
     virtual Window* asWindow() { return nullptr; }
 
-    /// Whether the view takes part in input at all; a control that is disabled does not.
+    /// Whether the view takes part in input; a disabled control does not.
     virtual bool isOperable() const { return isUserInteractionEnabled_; }
 
     void setSafeAreaInsets(const EdgeInsets& insets);

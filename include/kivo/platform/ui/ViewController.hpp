@@ -19,22 +19,22 @@ class Storyboard;
 class ViewController;
 class Window;
 
-/// A passage from one screen to another, laid out in the storyboard.
+/// The way from one screen to another, as the storyboard describes it.
 struct Segue {
     std::string identifier;
     std::shared_ptr<ViewController> source;
     std::shared_ptr<ViewController> destination;
 };
 
-/// `automatic` lays a presented screen over the one below, which stays in place and does not disappear; `fullScreen`
-/// makes the one below disappear.
+/// `automatic` lays a presented screen over the presenting screen, which does not disappear. With `fullScreen` the
+/// presenting screen disappears.
 enum class ModalPresentationStyle { automatic, fullScreen };
 
-/// A screen: a view, and what it does while it comes and goes. Main thread only.
+/// A screen: a view, and the functions called while the screen appears and disappears. Main thread only.
 ///
 /// `...WillAppear` and `...WillDisappear` run inside the call that moves the screen; `...DidAppear`, `...DidDisappear`
-/// and the call's completion run on the main queue afterwards, in this order, animated or not: whoever draws the tree
-/// animates at its own pace. A screen that leaves is released unless somebody else holds it.
+/// and the call's completion run on the main queue afterwards, in this order, animated or not: the device that
+/// draws the tree animates at its own pace. A screen that leaves is released, unless the host holds a reference.
 class KIVO_EXPORT ViewController : public std::enable_shared_from_this<ViewController> {
 public:
     ViewController();
@@ -59,11 +59,11 @@ public:
 
     virtual void viewDidDisappear(bool /*animated*/) {}
 
-    /// The screen leaves the stack or the screen that it is part of, which it may still ask for. Called also while
-    /// other screens cover it.
+    /// The screen is about to leave its stack or its parent, which `parent()` still returns. Called even while other
+    /// screens cover this screen.
     virtual void willMoveFromParent() {}
 
-    /// The person has taken this screen off its stack with the navigation bar's "Back".
+    /// The person has removed this screen from its stack with the navigation bar's "Back".
     virtual void didGoBack() {}
 
     /// The reading size changed while the view was loaded.
@@ -72,21 +72,21 @@ public:
     /// Called between making a segue's destination and showing it.
     virtual void prepareForSegue(const Segue& /*segue*/) {}
 
-    /// Whoever shows the tree should ask again how the status bar looks.
+    /// Tells the device that draws the tree to update the status bar.
     void setNeedsStatusBarAppearanceUpdate();
 
     // Where the screen is.
 
-    /// The navigation controller whose stack holds this screen, or one of its parents; null when there is none.
+    /// The navigation controller whose stack holds this screen or a parent of it; null without such a controller.
     std::shared_ptr<NavigationController> navigationController();
     std::shared_ptr<ViewController> parent() const;
     const std::vector<std::shared_ptr<ViewController>>& children() const;
 
-    /// The window that this screen belongs to, also while others cover it and its view is in no window; null when it is
-    /// in no hierarchy on display.
+    /// The window that this screen belongs to, even while other screens cover it and its view is in no window. Null
+    /// when the screen belongs to no window.
     std::shared_ptr<Window> windowOfScreen() const;
 
-    /// Makes `child` part of this screen; its view is yours to add.
+    /// Makes `child` part of this screen. The caller adds the child's view.
     void addChild(const std::shared_ptr<ViewController>& child);
     void removeFromParent();
 
@@ -95,15 +95,15 @@ public:
 
     // Modal presentation.
 
-    /// Shows `viewController` over this screen, or over the one that this screen already presents.
+    /// Shows `viewController` over this screen, or over the screen that this screen already presents.
     void present(const std::shared_ptr<ViewController>& viewController, bool animated,
                  std::function<void()> completion = {});
 
-    /// Takes away what this screen presents or, when it presents nothing, this screen itself. `completion` runs in any
-    /// case, also when there was nothing to take away.
+    /// Closes the screens that this screen presents or, when it presents none, this screen itself. `completion` runs in
+    /// any case, even when no screen was closed.
     void dismiss(bool animated, std::function<void()> completion = {});
 
-    /// Takes only this screen away. A screen that this screen presents stays, over the screen below. `completion` runs
+    /// Closes only this screen. A screen that this screen presents stays, over the presenting screen. `completion` runs
     /// in any case.
     void dismissAlone(bool animated, std::function<void()> completion = {});
 
@@ -116,18 +116,18 @@ public:
 
     // Storyboard.
 
-    /// The storyboard that made this screen; null when none did.
+    /// The storyboard that made this screen; null for a screen made otherwise.
     const std::shared_ptr<Storyboard>& storyboard() const { return storyboard_; }
 
-    /// Goes along the segue of that name: makes its destination, prepares and shows it. False, with a diagnostic, when
-    /// this screen has no such segue or its destination cannot be made.
+    /// Makes the destination of the segue with that name, prepares and shows it. False, with a diagnostic, when this
+    /// screen has no such segue or its destination cannot be made.
     bool performSegue(std::string_view identifier);
 
-    /// Overrides the reading size for this screen and its children; absent takes the override back.
+    /// Overrides the reading size for this screen and its children. An absent category removes the override.
     void overrideContentSizeCategory(std::optional<ContentSizeCategory> category);
 
 protected:
-    /// Makes the view; by default what the storyboard says, else a plain one.
+    /// Makes the view; by default the storyboard's view, or else a plain view.
     virtual std::shared_ptr<View> loadView();
 
     /// Names the outlets and actions that the storyboard must connect; runs when the view is loaded, before
@@ -151,7 +151,7 @@ private:
 
     void leaveParent();
     void tellTraitChange();
-    /// Cuts this screen and those over it from the screens they were presented on.
+    /// Separates this screen, and the screens over it, from their presenting screens.
     void forgetPresentation();
 
     std::unique_ptr<State> state_;

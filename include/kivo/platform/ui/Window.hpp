@@ -9,7 +9,7 @@
 
 namespace kivo::platform {
 
-/// Follows what a window shows, so as to draw it. Main thread.
+/// Follows the contents of a window in order to draw them. Main thread.
 class KIVO_EXPORT WindowObserver {
 public:
     virtual ~WindowObserver() = default;
@@ -25,7 +25,7 @@ public:
 
 /// The whole display of a phone: its size, its reading size, and the screens on it.
 ///
-/// Views that somebody else adds stay there, above every screen, until they are taken away.
+/// A view that the host adds stays above every screen until the host removes the view.
 class KIVO_EXPORT Window final : public View {
 public:
     /// A window of that size in points.
@@ -71,11 +71,11 @@ private:
 
     Window* asWindow() override { return this; }
 
-    /// Brings the screens' life cycles and views in line with how the screens hang together now.
+    /// Brings the screens' life cycles and views in line with the present hierarchy of screens.
     void updateScreens(bool animated, std::function<void()> completion = {});
-    /// The presented screens from the topmost one that fills the display on.
+    /// The presented screens, from the topmost screen that fills the display upwards.
     Screens stackedScreens() const;
-    /// These and their children.
+    /// The stacked screens and their children.
     Screens screensToShow() const;
     void arrangeViews();
     void arrangeViewsOnce();

@@ -1,0 +1,121 @@
+#include "platform/curl/CurlConnections.hpp"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <openssl/ssl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace kivo::platform {
+namespace {
+
+using AddressOf = int (*)(int, sockaddr*, socklen_t*);
+
+sockaddr_storage addressFrom(AddressOf read, curl_socket_t socket) {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    if (read(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        address.ss_family = AF_UNSPEC;
+    }
+    return address;
+}
+
+int portOf(const sockaddr_storage& address) {
+    // The port has the same place in the addresses of both families.
+    return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
+}
+
+// A connection that was reset has no peer any more.
+bool leadsTo(curl_socket_t socket, std::string_view peer) {
+    const auto address = addressFrom(::getpeername, socket);
+    std::array<char, INET6_ADDRSTRLEN> buffer{};
+    const void* const bytes = address.ss_family == AF_INET6
+                                  ? static_cast<const void*>(&reinterpret_cast<const sockaddr_in6&>(address).sin6_addr)
+                                  : &reinterpret_cast<const sockaddr_in&>(address).sin_addr;
+    return address.ss_family == AF_UNSPEC ||
+           (::inet_ntop(address.ss_family, bytes, buffer.data(), buffer.size()) != nullptr && peer == buffer.data());
+}
+
+bool speaksHttp2(const curl_tlssessioninfo* tls) {
+    const unsigned char* name = nullptr;
+    unsigned int size = 0;
+    if (tls != nullptr && tls->internals != nullptr) {
+        SSL_get0_alpn_selected(static_cast<const SSL*>(tls->internals), &name, &size);
+    }
+    return size == 2 && name[0] == 'h' && name[1] == '2';
+}
+
+} // namespace
+
+curl_socket_t CurlSockets::open(const curl_sockaddr& address) {
+    // Programs that the host starts must not inherit the connections.
+    const auto socket = ::socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
+    if (socket >= 0) {
+        open_.push_back(socket);
+    }
+    return socket;
+}
+
+void CurlSockets::close(curl_socket_t socket) {
+    std::erase(open_, socket);
+    ::close(socket);
+}
+
+bool CurlSockets::hasEnded(std::string_view peer, int localPort, bool isSilent) const {
+    for (const auto socket : open_) {
+        if (portOf(addressFrom(::getsockname, socket)) == localPort && leadsTo(socket, peer)) {
+            pollfd one{.fd = socket, .events = POLLIN | POLLRDHUP, .revents = 0};
+            return ::poll(&one, 1, 0) > 0 && (isSilent || (one.revents & ~POLLIN) != 0);
+        }
+    }
+    return false;
+}
+
+void CurlSending::watch(CurlOptions& options) {
+    options.set(CURLOPT_OPENSOCKETDATA, this);
+    options.set(
+        CURLOPT_OPENSOCKETFUNCTION, +[](void* self, curlsocktype, curl_sockaddr* address) -> curl_socket_t {
+            auto& sending = *static_cast<CurlSending*>(self);
+            return sending.mayConnect() ? sending.sockets_.open(*address) : CURL_SOCKET_BAD;
+        });
+    // Connections outlive the exchange that made them, and so do the sockets.
+    options.set(CURLOPT_CLOSESOCKETDATA, &sockets_);
+    options.set(
+        CURLOPT_CLOSESOCKETFUNCTION, +[](void* sockets, curl_socket_t socket) {
+            static_cast<CurlSockets*>(sockets)->close(socket);
+            return 0;
+        });
+    options.set(CURLOPT_PREREQDATA, this);
+    options.set(
+        CURLOPT_PREREQFUNCTION, +[](void* self, char* peer, char*, int, int localPort) {
+            const bool maySend = static_cast<CurlSending*>(self)->maySend(peer, localPort);
+            return maySend ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+        });
+}
+
+bool CurlSending::hasLeft() const {
+    return sentBefore_ && info<long>(CURLINFO_REQUEST_SIZE) > *sentBefore_;
+}
+
+bool CurlSending::mayConnect() {
+    wouldRepeat_ = wouldRepeat_ || hasLeft();
+    sentBefore_.reset();
+    return !wouldRepeat_;
+}
+
+bool CurlSending::maySend(std::string_view peer, int localPort) {
+    wouldRepeat_ = wouldRepeat_ || hasLeft();
+    const bool isReused = info<long>(CURLINFO_NUM_CONNECTS) == 0;
+    if (!wouldRepeat_ && isReused) {
+        // On HTTP/2 the server may speak without being asked.
+        const bool isSilent = !speaksHttp2(info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR));
+        isConnectionOver_ = sockets_.hasEnded(peer, localPort, isSilent);
+    }
+    sentBefore_ = info<long>(CURLINFO_REQUEST_SIZE);
+    return !wouldRepeat_ && !isConnectionOver_;
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/curl/CurlHandles.hpp"
+
+#include <curl/curl.h>
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kivo::platform {
+
+/// The sockets of one engine's connections. Engine's thread.
+class CurlSockets {
+public:
+    curl_socket_t open(const curl_sockaddr& address);
+    void close(curl_socket_t socket);
+
+    /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
+    /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
+    /// connection for a sign of life.
+    bool hasEnded(std::string_view peer, int localPort, bool isSilent) const;
+
+private:
+    std::vector<curl_socket_t> open_;
+};
+
+/// Watches over one exchange, so that its request leaves at most once and never over a connection that has ended.
+///
+/// libcurl sends a request again when a connection that was used before ends without an answer. The client cannot know
+/// then whether the server has read the request. The object must not move while the exchange runs. Engine's thread.
+class CurlSending {
+public:
+    CurlSending(CURL* easy, CurlSockets& sockets)
+        : easy_{easy}
+        , sockets_{sockets} {}
+
+    CurlSending(const CurlSending&) = delete;
+    CurlSending& operator=(const CurlSending&) = delete;
+
+    void watch(CurlOptions& options);
+
+    /// Whether the exchange ended because libcurl was about to send again.
+    bool wouldRepeat() const { return wouldRepeat_; }
+
+    /// Whether the exchange ended before a byte of the request had left, because the server had ended the connection.
+    bool isConnectionOver() const { return isConnectionOver_; }
+
+private:
+    bool hasLeft() const;
+    bool mayConnect();
+    bool maySend(std::string_view peer, int localPort);
+
+    template <typename T>
+    T info(CURLINFO which) const {
+        T value{};
+        curl_easy_getinfo(easy_, which, &value);
+        return value;
+    }
+
+    CURL* const easy_;
+    CurlSockets& sockets_;
+    /// The number of bytes sent, to a proxy for example, before the request itself was about to leave.
+    std::optional<long> sentBefore_;
+    bool wouldRepeat_ = false;
+    bool isConnectionOver_ = false;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <cstdint>
+#include <expected>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kivo::platform {
+
+/// A prepared statement for one run, at whose end the destructor resets the statement.
+class SqliteStatement {
+public:
+    explicit SqliteStatement(sqlite3_stmt* statement)
+        : statement_{statement} {}
+
+    SqliteStatement(const SqliteStatement&) = delete;
+    SqliteStatement& operator=(const SqliteStatement&) = delete;
+    ~SqliteStatement();
+
+    /// Binds the next parameter. The text or bytes must outlive the run.
+    void bindText(std::string_view text);
+    void bindBlob(std::string_view bytes);
+    void bindInteger(std::int64_t number);
+    void bindNull();
+
+    /// SQLITE_ROW, SQLITE_DONE or an error.
+    int step();
+
+    /// A column of the current row. The bytes are valid until the next step.
+    std::string_view bytes(int column) const;
+    std::int64_t integer(int column) const;
+
+private:
+    sqlite3_stmt* const statement_;
+    int bound_ = 0;
+};
+
+/// One open database, for one thread at a time.
+class SqliteDatabase {
+public:
+    /// Opens an existing file, read-only when the file cannot be written. The error is SQLite's.
+    static std::expected<std::unique_ptr<SqliteDatabase>, int> open(const std::filesystem::path& file);
+
+    SqliteDatabase(const SqliteDatabase&) = delete;
+    SqliteDatabase& operator=(const SqliteDatabase&) = delete;
+    ~SqliteDatabase();
+
+    /// The time until which statements wait for another process. After the deadline their error is SQLITE_BUSY.
+    void setDeadline(std::chrono::steady_clock::time_point deadline) { deadline_ = deadline; }
+
+    /// Runs statements that give no rows; SQLITE_OK or an error.
+    int run(const char* statements);
+
+    /// The first value of a query's result; absent on an error, which `lastError` then names.
+    std::optional<std::int64_t> number(const std::string& query);
+    std::optional<std::string> text(const std::string& query);
+
+    /// The statement with this text, which is compiled at first use. Absent on an error, which `lastError` then names.
+    std::optional<SqliteStatement> prepare(const std::string& text);
+
+    int lastError() const;
+
+    /// The errno behind the last error, or 0.
+    int systemError() const;
+
+    /// Rows changed by the last statement.
+    std::int64_t changes() const;
+
+    /// Whether the file can only be read.
+    bool isReadOnly() const;
+
+    /// Whether the file's header names a format that SQLite never writes, which is a sign of damage.
+    bool hasUnknownFormat() const;
+
+    bool isInTransaction() const;
+
+private:
+    explicit SqliteDatabase(sqlite3* connection);
+    static int wait(void* self, int attempt);
+
+    sqlite3* const connection_;
+    std::chrono::steady_clock::time_point deadline_;
+    std::map<std::string, sqlite3_stmt*> statements_;
+};
+
+/// The result of examining a keychain's database.
+enum class KeychainState {
+    sound,
+    /// Empty: no item was ever stored.
+    fresh,
+    /// Made by a newer release of this library.
+    newer,
+    damaged,
+    /// The database gave an error, which `lastError` names.
+    unknown,
+};
+
+/// Examines the whole database: versions, tables, pages and indexes.
+KeychainState examine(SqliteDatabase& database);
+
+/// Fills a fresh database with its tables; SQLITE_OK or an error.
+int createSchema(SqliteDatabase& database);
+
+/// Whether an error of SQLite means that the file is damaged.
+bool isDamage(int sqliteError);
+
+} // namespace kivo::platform
