@@ -5,7 +5,6 @@
 #include <kivo/device/Fonts.hpp>
 #include <kivo/kivo.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
-#include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
 #include <gtest/gtest.h>
@@ -33,22 +32,14 @@ protected:
     ~DeviceFixture() override { session->setContext(nullptr); }
 
     /// Shows the activation code screen as a session does; its codes go to `code`.
-    void showCodeScreen(const std::shared_ptr<ThemeCustomization>& theme = std::make_shared<ThemeCustomization>()) {
-        const auto config = std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT", "P6M", "0.8", "UTO", "face");
+    void showCodeScreen(CodeTextFieldStyle style = CodeTextFieldStyle::boxed) {
+        const auto theme = std::make_shared<ThemeCustomization>();
+        theme->codeTextFieldStyle = style;
+        theme->maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge;
         session->setTheme(theme);
-        session->acquire(AcquisitionObject::activationCode, config, [this](const IdvOutcome& outcome) {
+        session->acquire(AcquisitionObject::activationCode, nullptr, [this](const IdvOutcome& outcome) {
             code = outcome ? (*outcome)->data() : std::string{name(outcome.error())};
         });
-        mainLoop->drain();
-    }
-
-    /// Shows a screen as the storyboard lays it out.
-    void showScene(const std::string& identifier) {
-        const auto storyboard = platform::Storyboard::open("ZORFramework", platform::services().bundles->main());
-        ASSERT_TRUE(storyboard) << storyboard.error();
-        const auto screen = (*storyboard)->instantiate(identifier);
-        ASSERT_TRUE(screen) << screen.error();
-        navigation->pushViewController(*screen, /*animated=*/false);
         mainLoop->drain();
     }
 
