@@ -3,7 +3,6 @@
 #include <kivo/device/PhoneView.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/simulator/FaceTec.hpp>
-#include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/ReadID.hpp>
 
 #include <QClipboard>
@@ -119,17 +118,15 @@ protected:
         if (IsSkipped()) {
             return;
         }
-        auto services = platform::linuxServices(
-            {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service.trustedCertificates()});
+        installServices({}, service.trustedCertificates());
         services.fonts = device::fonts();
-        services.mainQueue = mainLoop;
         services.faceTec = faceTec;
         services.readID = std::make_shared<simulator::ReadID>(simulator::Reading::byPerson());
         platform::install(services);
         const auto page = service.joinPage();
         Deployment::install({.joinPages = {page, page, page, page}});
         faceTec->waitsForPerson = true;
-        session->join("123456", config, answer());
+        session->join("123456", config(), answer());
         ASSERT_TRUE(await([&] { return heard == "JOIN_SESSION"; })) << heard;
     }
 
@@ -144,13 +141,11 @@ protected:
 
     void acquire(AcquisitionObject object) {
         heard.clear();
-        session->acquire(object, config, answer());
+        session->acquire(object, nullptr, answer());
     }
 
     simulator::IdentityService service;
     std::shared_ptr<simulator::FaceTec> faceTec = std::make_shared<simulator::FaceTec>();
-    std::shared_ptr<AcquisitionConfig> config =
-        std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face");
     std::string heard;
 };
 

@@ -1,27 +1,19 @@
 #pragma once
 
-#include "support/TemporaryFolder.hpp"
+#include "support/HostFixture.hpp"
 
 #include <kivo/device/Fonts.hpp>
-#include <kivo/kivo.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 
 namespace kivo::test {
 
 /// A host that draws with Qt, in front of a session that shows screens.
-class DeviceFixture : public ::testing::Test {
+class DeviceFixture : public OfflineHost {
 protected:
     DeviceFixture() {
-        auto services = platform::linuxServices(
-            {.mainBundle = {}, .dataFolder = folder.path() / "data", .trustedCertificates = {}});
+        installServices({});
         services.fonts = device::fonts();
-        services.mainQueue = mainLoop;
         platform::install(services);
         session = KivoSDK::load("KEY", "18");
         navigation = std::make_shared<platform::NavigationController>(host);
@@ -43,9 +35,6 @@ protected:
         mainLoop->drain();
     }
 
-    TemporaryFolder folder;
-    std::shared_ptr<platform::ManualClock> clock = std::make_shared<platform::ManualClock>();
-    std::shared_ptr<platform::RunLoop> mainLoop = std::make_shared<platform::RunLoop>(clock);
     std::shared_ptr<platform::ViewController> host = std::make_shared<platform::ViewController>();
     std::shared_ptr<platform::NavigationController> navigation;
     std::shared_ptr<platform::Window> window = std::make_shared<platform::Window>();

@@ -38,7 +38,7 @@ TEST_F(ScreenLayout, ShowsEverythingAtEveryReadingSize) {
     expectNoFaults("boxes");
     showCodeScreen(CodeTextFieldStyle::single);
     expectNoFaults("one field");
-    const auto bundle = services().bundles->main();
+    const auto bundle = services.bundles->main();
     const auto storyboard = Storyboard::open("ZORFramework", bundle);
     ASSERT_TRUE(storyboard) << storyboard.error();
     std::ifstream file{*bundle->pathForResource("ZORFramework", "storyboard")};

@@ -1,16 +1,9 @@
 #import "Host.h"
-#include "support/TemporaryFolder.hpp"
+#include "support/HostFixture.hpp"
 
-#include <kivo/kivo.hpp>
 #import <kivo/objc/KivoNative.h>
-#include <kivo/platform/Clock.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/TextField.hpp>
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <string>
 
 /// Counts how often the closing screen has said goodbye. Owns the screen, if it is told to.
 @interface Farewells : NSObject <FinalStatusVCDelegate> {
@@ -47,13 +40,10 @@ using namespace std::chrono_literals;
 namespace platform = kivo::platform;
 
 /// A host's own screens, on a display, with a clock that the test moves.
-class ObjCHostScreens : public testing::Test {
+class ObjCHostScreens : public kivo::test::OfflineHost {
 protected:
     ObjCHostScreens() {
-        auto services = platform::linuxServices(
-            {.mainBundle = folder.path() / "Host.bundle", .dataFolder = folder.path(), .trustedCertificates = {}});
-        services.mainQueue = loop;
-        platform::install(services);
+        installServices(bundle());
         window->setRootViewController([start nativeViewController]);
         settle();
     }
@@ -67,13 +57,10 @@ protected:
 
     void settle(std::chrono::milliseconds time = 0ms) {
         clock->advance(time);
-        loop->drain();
+        mainLoop->drain();
         window->layoutIfNeeded();
     }
 
-    kivo::test::TemporaryFolder folder;
-    std::shared_ptr<platform::ManualClock> clock = std::make_shared<platform::ManualClock>();
-    std::shared_ptr<platform::RunLoop> loop = std::make_shared<platform::RunLoop>(clock);
     std::shared_ptr<platform::Window> window = std::make_shared<platform::Window>();
     NSAutoreleasePool* pool = [NSAutoreleasePool new];
     KivoViewController* start = [KivoViewController new];

@@ -42,8 +42,7 @@ protected:
     }
 
     static simulator::IdentityServiceConfiguration withKey(KeyType keyType) {
-        auto configuration = defaultConfiguration();
-        configuration.hostPerEndpoint = true;
+        auto configuration = defaultConfiguration(/*hostPerEndpoint=*/true);
         configuration.keyType = keyType;
         return configuration;
     }

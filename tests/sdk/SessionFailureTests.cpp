@@ -13,13 +13,7 @@ using enum ResponseCode;
 class SessionFailures : public test::HostFixture {
 protected:
     SessionFailures()
-        : HostFixture{separateHosts()} {}
-
-    static simulator::IdentityServiceConfiguration separateHosts() {
-        auto configuration = defaultConfiguration();
-        configuration.hostPerEndpoint = true;
-        return configuration;
-    }
+        : HostFixture{defaultConfiguration(/*hostPerEndpoint=*/true)} {}
 
     /// Joins a sound session with attempts.
     void prepare() {

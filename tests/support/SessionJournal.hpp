@@ -6,7 +6,6 @@
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "support/HostFixture.hpp"
-#include "support/PropertyLists.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
 #include <gmock/gmock.h>
@@ -41,16 +40,9 @@ inline std::string plain(std::string line) {
     return line;
 }
 
-/// Prints the pages that it is asked to open.
-struct PrintingWorkspace final : platform::Workspace {
-    void open(const std::string& url) override { log::print("open " + url); }
-
-    void vibrate() override {}
-};
-
 /// A host over a network that the test answers for. All that can be seen of the SDK is printed on standard output: its
 /// log lines, "> " and each request as it is sent, "= " and what the host hears, and how far the screens have come.
-class SessionJournal : public ::testing::Test {
+class SessionJournal : public OfflineHost {
 protected:
     using Act = std::function<void(SessionAPI& api, IdvCompletion response)>;
 
@@ -65,19 +57,11 @@ protected:
     static constexpr bool withoutNetwork = false;
 
     SessionJournal() {
-        folder.write("Host.bundle/Info.plist",
-                     propertyList("<dict><key>CFBundleShortVersionString</key><string>2.1</string></dict>"));
-        auto services = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
-                                                 .dataFolder = folder.path() / "data",
-                                                 .trustedCertificates = {}});
         device->addresses = {{"lo", platform::AddressFamily::ipv4, "127.0.0.1"},
                              {"en0", platform::AddressFamily::ipv4, "192.0.2.7"},
                              {"pdp_ip0", platform::AddressFamily::ipv6, "2001:db8::7"}};
-        services.mainQueue = mainLoop;
-        services.reachability = network;
+        installServices(bundle());
         services.urlSessions = sessions;
-        services.device = device;
-        services.workspace = std::make_shared<PrintingWorkspace>();
         platform::install(services);
         KivoSDK::setLogLevel(LogLevel::debug);
         testing::internal::CaptureStdout();
@@ -88,10 +72,6 @@ protected:
         sessions->onRequest = [](const platform::UrlRequest& request) {
             log::print("> " + request.url + " " + request.body);
         };
-    }
-
-    static std::shared_ptr<AcquisitionConfig> config(SDKEnv environment = SDKEnv::TEST) {
-        return std::make_shared<AcquisitionConfig>(environment, "PASSPORT", "P6M", "0.8", "UTO", "face");
     }
 
     static std::pair<bool, bool> currentScreenState() {
@@ -156,6 +136,9 @@ protected:
         mainLoop->drain();
         isMainQueueRunning = false;
         printNewScreenState();
+        for (const auto& url : std::exchange(workspace->opened, {})) {
+            log::print("open " + url);
+        }
         std::istringstream output{testing::internal::GetCapturedStdout()};
         std::vector<std::string> lines;
         for (std::string line; std::getline(output, line);) {
@@ -166,11 +149,6 @@ protected:
 
     void expectJournalsOf(const std::vector<Step>& steps);
 
-    TemporaryFolder folder;
-    std::shared_ptr<FixedDevice> device = std::make_shared<FixedDevice>();
-    std::shared_ptr<simulator::Reachability> network = std::make_shared<simulator::Reachability>();
-    std::shared_ptr<platform::RunLoop> mainLoop =
-        std::make_shared<platform::RunLoop>(std::make_shared<platform::ManualClock>());
     std::shared_ptr<ScriptedUrlSessions> sessions = std::make_shared<ScriptedUrlSessions>();
     std::size_t answered = 0;
     bool isMainQueueRunning = false;
