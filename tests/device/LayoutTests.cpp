@@ -4,6 +4,7 @@
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/Storyboard.hpp>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -32,31 +33,24 @@ protected:
     }
 };
 
-TEST_F(ScreenLayout, OfTheCodeScreenShowsEverythingAtEveryReadingSize) {
-    for (const auto style : {CodeTextFieldStyle::boxed, CodeTextFieldStyle::single}) {
-        const auto theme = std::make_shared<ThemeCustomization>();
-        theme->codeTextFieldStyle = style;
-        theme->maximumContentSizeCategoryLimit = ContentSizeCategory::accessibilityExtraExtraExtraLarge;
-        showCodeScreen(theme);
-        expectNoFaults(style == CodeTextFieldStyle::boxed ? "boxes" : "one field");
-        navigation->popToViewController(host, /*animated=*/false);
-    }
-}
-
-TEST_F(ScreenLayout, OfEverySceneShowsEverythingAtEveryReadingSize) {
-    showCodeScreen(); // makes the screens' classes known
-    navigation->popToViewController(host, /*animated=*/false);
-    const auto file = services().bundles->main()->pathForResource("ZORFramework", "storyboard");
-    ASSERT_TRUE(file);
-    const auto storyboard = nlohmann::json::parse(std::ifstream{*file}, nullptr, true, /*ignore_comments=*/true);
-    for (const auto& [identifier, scene] : storyboard.at("scenes").items()) {
-        showScene(identifier);
+TEST_F(ScreenLayout, ShowsEverythingAtEveryReadingSize) {
+    showCodeScreen();
+    expectNoFaults("boxes");
+    showCodeScreen(CodeTextFieldStyle::single);
+    expectNoFaults("one field");
+    const auto bundle = services.bundles->main();
+    const auto storyboard = Storyboard::open("ZORFramework", bundle);
+    ASSERT_TRUE(storyboard) << storyboard.error();
+    std::ifstream file{*bundle->pathForResource("ZORFramework", "storyboard")};
+    const auto layout = nlohmann::json::parse(file, nullptr, true, /*ignore_comments=*/true);
+    for (const auto& [identifier, scene] : layout.at("scenes").items()) {
+        const auto screen = (*storyboard)->instantiate(identifier);
+        ASSERT_TRUE(screen) << screen.error();
+        navigation->pushViewController(*screen, /*animated=*/false);
+        mainLoop->drain();
         expectNoFaults(identifier);
         navigation->popToViewController(host, /*animated=*/false);
     }
-}
-
-TEST_F(ScreenLayout, OfAnAlertShowsItsTextsAndAnswers) {
     const auto alert = std::make_shared<AlertController>("", "Are you sure, you want to terminate the process?");
     alert->addAction({.title = "OK"});
     alert->addAction({.title = "Cancel"});
@@ -67,21 +61,22 @@ TEST_F(ScreenLayout, OfAnAlertShowsItsTextsAndAnswers) {
 }
 
 TEST_F(ScreenLayout, FaultsAreNamed) {
-    struct Case {
-        std::string fault;
-        Placement first;
-        Placement second;
-    };
-
     const Placement above{.top = 0, .left = 0, .width = 200, .height = 40};
     const Placement below{.top = 60, .left = 0, .width = 200, .height = 40};
-    for (const auto& [fault, first, second] : {
-             Case{R"("first" and "second" overlap)", above, {.top = 30, .left = 0, .width = 200, .height = 40}},
-             Case{R"("first" is too small for its text)", {.top = 0, .left = 0, .width = 40, .height = 20}, below},
-             Case{R"("second" is too small for its text)", above, {.top = 60, .left = 0, .width = 20, .height = 20}},
-             Case{R"("second" is partly or wholly out of sight)", above, {.left = 0, .bottom = -60, .height = 40}},
-             Case{R"("second" has no room)", above, {.top = 60, .left = 0, .width = 0, .height = 0}},
-         }) {
+
+    const struct {
+        const char* fault;
+        Placement first;
+        Placement second;
+    } rows[] = {
+        {R"("first" and "second" overlap)", above, {.top = 30, .left = 0, .width = 200, .height = 40}},
+        {R"("first" is too small for its text)", {.top = 0, .left = 0, .width = 40, .height = 20}, below},
+        {R"("second" is too small for its text)", above, {.top = 60, .left = 0, .width = 20, .height = 20}},
+        {R"("second" is partly or wholly out of sight)", above, {.left = 0, .bottom = -60, .height = 40}},
+        {R"("second" has no room)", above, {.top = 60, .left = 0, .width = 0, .height = 0}},
+    };
+
+    for (const auto& [fault, first, second] : rows) {
         const auto label = std::make_shared<Label>();
         label->setIdentifier("first");
         label->setText("A text of some length");

@@ -16,6 +16,7 @@
 #include <QClipboard>
 #include <QInputMethodEvent>
 #include <QLineEdit>
+#include <QMetaEnum>
 #include <QTest>
 
 namespace kivo::test {
@@ -23,7 +24,8 @@ namespace {
 
 using namespace platform;
 using testing::Contains;
-using testing::Not;
+using testing::Each;
+using testing::MatchesRegex;
 
 class Phone : public DeviceFixture {
 protected:
@@ -51,16 +53,12 @@ protected:
         QApplication::processEvents();
     }
 
-    /// Shows one field, empty and without any help.
-    std::shared_ptr<TextField> showField() {
-        auto field = std::make_shared<TextField>();
-        field->setIdentifier("field");
-        field->setPlacement({.top = 100, .left = 20, .width = 200, .height = 40});
+    /// Shows this view and nothing else.
+    void showAlone(const std::shared_ptr<View>& view) {
         const auto screen = std::make_shared<ViewController>();
-        screen->view()->addSubview(field);
+        screen->view()->addSubview(view);
         window->setRootViewController(screen);
-        tap("field");
-        return field;
+        settle();
     }
 
     std::string textOf(const char* name) const { return window->find<TextField>(name)->text(); }
@@ -68,26 +66,18 @@ protected:
     device::PhoneView phone{window};
 };
 
-TEST_F(Phone, TypedKeysGoFromBoxToBoxAndSendTheCode) {
-    showCodeScreen();
-    settle();
-    tap("textFieldDigitOne");
-    ASSERT_TRUE(edit("textFieldDigitOne")->hasFocus());
-    for (const char key : {'4', '7', '1', '1'}) {
-        QTest::keyClick(QApplication::focusWidget(), key);
+struct Refusing final : TextFieldDelegate {
+    bool shouldChangeCharacters(TextField& /*field*/, TextRange /*range*/, const std::string& text) override {
+        return text != "x";
     }
-    EXPECT_TRUE(edit("textFieldDigitFive")->hasFocus());
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace);
-    EXPECT_EQ(textOf("textFieldDigitFour"), "");
-    for (const char key : {'5', '0', '8'}) {
-        QTest::keyClick(QApplication::focusWidget(), key);
-    }
-    settle();
-    EXPECT_EQ(code, "471508");
-}
+};
 
 TEST_F(Phone, EditingGoesThroughTheFieldAndShowsWhatItMadeOfIt) {
-    const auto field = showField();
+    const auto field = std::make_shared<TextField>();
+    field->setIdentifier("field");
+    field->setPlacement({.top = 100, .left = 20, .width = 200, .height = 40});
+    showAlone(field);
+    tap("field");
     auto* const line = edit("field");
     QTest::keyClicks(line, "name");
     QTest::keyClick(line, Qt::Key_Home);
@@ -112,33 +102,20 @@ TEST_F(Phone, EditingGoesThroughTheFieldAndShowsWhatItMadeOfIt) {
     field->setText("from the host");
     settle();
     EXPECT_EQ(line->text(), "from the host");
-}
 
-TEST_F(Phone, AFieldThatRefusesKeepsItsText) {
-    struct Refusing final : TextFieldDelegate {
-        bool shouldChangeCharacters(TextField& /*field*/, TextRange /*range*/, const std::string& text) override {
-            return text != "x";
-        }
-    };
-
-    const auto field = showField();
     const auto refusing = std::make_shared<Refusing>();
     field->setDelegate(refusing);
-    QTest::keyClicks(edit("field"), "axb");
-    EXPECT_EQ(field->text(), "ab");
-    EXPECT_EQ(edit("field")->text(), "ab");
+    QTest::keyClicks(line, "!x?");
+    EXPECT_EQ(field->text(), "from the host!?");
+    EXPECT_EQ(line->text(), "from the host!?");
 }
 
 TEST_F(Phone, ShowsChangesAsTheyHappenAndRepaintsNothingElse) {
     const auto box = std::make_shared<View>();
-    box->setFrame({.origin = {50, 100}, .size = {20, 20}});
     box->setPlacement({.top = 100, .left = 50, .width = 20, .height = 20});
     box->setBackgroundColor(Color::black());
-    const auto screen = std::make_shared<ViewController>();
-    screen->view()->addSubview(box);
     window->setSafeArea({});
-    window->setRootViewController(screen);
-    settle();
+    showAlone(box);
 
     struct Watcher final : QObject {
         bool eventFilter(QObject* /*watched*/, QEvent* event) override {
@@ -185,19 +162,13 @@ TEST_F(Phone, ACoveredButtonCannotBeTapped) {
     EXPECT_NE(window->visibleViewController(), alert);
 }
 
-/// A line for each control or text: role, name, and whether it can be pressed.
+/// A line for each control or text: its role and its name.
 void describe(QAccessibleInterface* element, std::vector<std::string>& lines) {
     for (int i = 0; i < element->childCount(); ++i) {
         auto* const child = element->child(i);
         if (!child->state().invisible) {
-            const auto role = child->role() == QAccessible::PushButton     ? "button "
-                              : child->role() == QAccessible::EditableText ? "field "
-                              : child->role() == QAccessible::StaticText   ? "text "
-                              : child->role() == QAccessible::Animation    ? "progress "
-                              : child->role() == QAccessible::AlertMessage ? "alert "
-                              : child->role() == QAccessible::Graphic      ? "image "
-                                                                           : "? ";
-            lines.push_back(role + child->text(QAccessible::Name).toStdString());
+            const auto* const role = QMetaEnum::fromType<QAccessible::Role>().valueToKey(child->role());
+            lines.push_back(std::string{role} + ' ' + child->text(QAccessible::Name).toStdString());
         }
         describe(child, lines);
     }
@@ -210,12 +181,13 @@ TEST_F(Phone, EveryElementHasARoleAndANameForAssistiveTechnology) {
     settle();
     std::vector<std::string> lines;
     describe(QAccessible::queryAccessibleInterface(&phone), lines);
-    for (const auto* expected : {"text Get started", "text Enter your activation code",
-                                 "field Activation code, character 1 of 6", "field Activation code, character 6 of 6",
-                                 "button Scan the QR code", "button Back", "progress Please wait"}) {
+    for (const auto* expected :
+         {"StaticText Get started", "StaticText Enter your activation code",
+          "EditableText Activation code, character 1 of 6", "EditableText Activation code, character 6 of 6",
+          "Button Scan the QR code", "Button Back", "Animation Please wait"}) {
         EXPECT_THAT(lines, Contains(expected));
     }
-    EXPECT_THAT(lines, Not(Contains(testing::AnyOf(testing::StartsWith("?"), testing::EndsWith(" ")))));
+    EXPECT_THAT(lines, Each(MatchesRegex("(Button|EditableText|StaticText|Animation|Graphic) .*[^ ]")));
 }
 
 TEST_F(Phone, AssistiveTechnologyAndTheKeyboardPressButtons) {
@@ -224,10 +196,7 @@ TEST_F(Phone, AssistiveTechnologyAndTheKeyboardPressButtons) {
     button->setIdentifier("button");
     button->setTitle("Go on");
     button->addAction(ControlEvent::touchUpInside, [&](const auto&) { ++taps; });
-    const auto screen = std::make_shared<ViewController>();
-    screen->view()->addSubview(button);
-    window->setRootViewController(screen);
-    settle();
+    showAlone(button);
     auto* const control = phone.findChild<QWidget*>("button");
     ASSERT_NE(control, nullptr);
     QAccessible::queryAccessibleInterface(control)->actionInterface()->doAction(

@@ -39,7 +39,11 @@ TEST_F(ObjCObjects, CannotBeMadeWithoutValues) {
     }
 }
 
-TEST_F(ObjCObjects, NamesAndSettingsAreTheLibrarys) {
+TEST_F(ObjCObjects, NumbersNamesAndSettingsAreTheLibrarys) {
+    ::ObjCError* const error = [[[::ObjCError alloc] initWithErrorName:@"" message:@"" code:0
+                                                        genericMessage:@""] autorelease];
+    error.code = NSIntegerMin + 1120;
+    EXPECT_EQ(error.code, NSIntegerMin + 1120);
     EXPECT_EQ(text([SDKEnvHelper environmentNameFrom:SDKEnvPREPROD]), "PREPROD");
     EXPECT_EQ(text([SDKEnvHelper environmentNameFrom:static_cast<SDKEnv>(NSInteger{1} << 32)]), "");
     EXPECT_EQ(text([IdvEventsHelper eventNameFrom:IdvEventsOCR_SCAN]), "OCR_SCAN");
@@ -67,11 +71,9 @@ TEST_F(ObjCObjects, NamesAndSettingsAreTheLibrarys) {
 
     KivoDeployment* const deployment = [[KivoDeployment new] autorelease];
     deployment.joinPages = @[ @"https://a.example", @"https://b.example" ];
-    deployment.faceTecProduction = YES;
     [deployment install];
-    EXPECT_EQ(kivo::Deployment::current().joinPages,
-              (std::array<std::string, 4>{"https://a.example", "https://b.example"}));
-    EXPECT_TRUE(kivo::Deployment::current().faceTecProduction);
+    EXPECT_EQ(kivo::Deployment::current().joinPage(kivo::SDKEnv::PREPROD), "https://b.example");
+    EXPECT_EQ(kivo::Deployment::current().joinPage(kivo::SDKEnv::DEV), "");
     EXPECT_TRUE([[KivoDeployment current].joinPages isEqual:deployment.joinPages]);
 
     EXPECT_EQ([KivoFont fontWithName:@"No such font" size:12], nil);
@@ -83,17 +85,6 @@ TEST_F(ObjCObjects, NamesAndSettingsAreTheLibrarys) {
         [::ActivationResponse responseWithText:@"{\"app-config\":{\"app-doclist\":\"true\"}}"];
     EXPECT_TRUE([::ActivationResponse isDocumentListAvailableWithSessionObj:session]);
     EXPECT_FALSE([::ActivationResponse isDocumentListAvailableWithSessionObj:nil]);
-}
-
-TEST_F(ObjCObjects, AnErrorHoldsACodeOfAnySize) {
-    const NSInteger large = NSIntegerMin + 1120;
-    ::ObjCError* const error = [[[::ObjCError alloc] initWithErrorName:@"NAME"
-                                                               message:@"m"
-                                                                  code:large
-                                                        genericMessage:@"g"] autorelease];
-    EXPECT_EQ(error.code, large);
-    error.code = NSIntegerMax;
-    EXPECT_EQ(error.code, NSIntegerMax);
 }
 
 TEST_F(ObjCObjects, AnArchiveHoldsEveryFieldWithItsType) {
@@ -114,14 +105,11 @@ TEST_F(ObjCObjects, AnArchiveHoldsEveryFieldWithItsType) {
     config.ENVIRONMENT = static_cast<SDKEnv>(4);
     EXPECT_EQ([[config getAsDictionary] count], 0U);
 
-    NSDictionary* const fields = @{
-        @"ENVIRONMENT" : @3,
-        @"KIVO_APP_DOCLIST" : @"a",
-        @"KIVO_EXPIRE_GRACE" : @"b",
-        @"KIVO_FACEMATCH_MIN" : @"c",
-        @"KIVO_DOC_ISSUERS" : @"d",
-        @"KIVO_IMAGES" : @"",
-    };
+    NSMutableDictionary* const fields = [NSMutableDictionary dictionaryWithObject:@3 forKey:@"ENVIRONMENT"];
+    for (NSString* key in
+         @[ @"KIVO_APP_DOCLIST", @"KIVO_EXPIRE_GRACE", @"KIVO_FACEMATCH_MIN", @"KIVO_DOC_ISSUERS", @"KIVO_IMAGES" ]) {
+        [fields setObject:@"" forKey:key];
+    }
     const auto readWith = [&](NSString* key, id replacement) {
         NSMutableData* const data = [NSMutableData data];
         NSKeyedArchiver* const archiver = [[[NSKeyedArchiver alloc] initForWritingWithMutableData:data] autorelease];

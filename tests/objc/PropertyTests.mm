@@ -59,56 +59,49 @@ std::vector<Member> membersOf(const char* header, const std::string& className) 
 
 /// Something else than `current` for a member of the C++ type `type`.
 id another(const std::string& type, id current, int number) {
-    if (type.contains("Settings")) {
-        return @{@"key" : [NSString stringWithFormat:@"%d", number]};
+    NSString* const name = [NSString stringWithFormat:@"/%d", number];
+    const std::pair<const char*, id> samples[] = {
+        {"Settings", @{@"key" : name}},
+        {"array", @[ @"a", @"b", @"c", name ]},
+        {"string", name},
+        {"Color", [KivoColor colorWithRed:0.01 * number green:0 blue:0.5 alpha:1]},
+        {"Font", [KivoFont systemFontOfSize:number]},
+        {"Image", [KivoImage imageWithContentsOfFile:name]},
+        {"double", [NSNumber numberWithInt:100 + number]},
+        {"_ptr<", current},
+    };
+    for (const auto& [part, sample] : samples) {
+        if (type.contains(part)) {
+            return sample;
+        }
     }
-    if (type.contains("array")) {
-        return @[ @"a", @"b", @"c", [NSString stringWithFormat:@"%d", number] ];
-    }
-    if (type.contains("string")) {
-        return [NSString stringWithFormat:@"text %d", number];
-    }
-    if (type.contains("Color")) {
-        return [KivoColor colorWithRed:0.01 * number green:0 blue:0.5 alpha:1];
-    }
-    if (type.contains("Font")) {
-        return [KivoFont systemFontOfSize:number];
-    }
-    if (type.contains("Image")) {
-        return [KivoImage imageWithContentsOfFile:[NSString stringWithFormat:@"/%d.png", number]];
-    }
-    if (type == "double" || type == "int" || type == "std::optional<double>") {
-        return [NSNumber numberWithInt:100 + number];
-    }
-    if (type.contains("_ptr<")) {
-        return current;
-    }
-    return [NSNumber numberWithInt:[current intValue] == 0];
+    return [NSNumber numberWithInt:type == "int" ? 100 + number : [current intValue] == 0];
 }
 
 TEST(ObjCProperties, AreThoseOfTheLibraryAndKeepTheirValuesApart) {
     @autoreleasepool {
+        KivoViewController* const closing =
+            [KivoViewController viewControllerWithNative:std::make_shared<kivo::FinalStatusVC>()];
+
         const struct {
             const char* header;
             const char* className;
             id object;
         } classes[] = {
-            {"kivo/ThemeCustomization.hpp", "ThemeCustomization", [[ThemeCustomization new] autorelease]},
-            {"kivo/ZorCloseButtonAppearance.hpp", "ZorCloseButtonAppearance",
-             [[ZorCloseButtonAppearance new] autorelease]},
-            {"kivo/platform/ReadID.hpp", "UIResources", ThemeCustomization.passportScanViewCustomization},
-            {"kivo/ReadIDUIResourcesWrapper.hpp", "ReadIDUIResourcesWrapper",
-             [[ReadIDUIResourcesWrapper new] autorelease]},
-            {"kivo/Deployment.hpp", "Deployment", [[KivoDeployment new] autorelease]},
-            {"kivo/ActivationResponse.hpp", "ActivationResponse", [[::ActivationResponse new] autorelease]},
-            {"kivo/FinalStatusVC.hpp", "FinalStatusVC",
-             [KivoViewController viewControllerWithNative:std::make_shared<kivo::FinalStatusVC>()]},
-            {"kivo/LuOTPView.hpp", "LuOTPView", [[LuOTPView new] autorelease]},
-            {"kivo/LuOTPTextField.hpp", "LuOTPTextField", [[LuOTPTextField new] autorelease]},
-            {"kivo/AcquisitionConfig.hpp", "AcquisitionConfig", [Host config]},
+            {"kivo/ThemeCustomization.hpp", "ThemeCustomization", [ThemeCustomization new]},
+            {"kivo/ZorCloseButtonAppearance.hpp", "ZorCloseButtonAppearance", [ZorCloseButtonAppearance new]},
+            {"kivo/platform/ReadID.hpp", "UIResources", [ThemeCustomization.passportScanViewCustomization retain]},
+            {"kivo/ReadIDUIResourcesWrapper.hpp", "ReadIDUIResourcesWrapper", [ReadIDUIResourcesWrapper new]},
+            {"kivo/Deployment.hpp", "Deployment", [KivoDeployment new]},
+            {"kivo/ActivationResponse.hpp", "ActivationResponse", [::ActivationResponse new]},
+            {"kivo/FinalStatusVC.hpp", "FinalStatusVC", [closing retain]},
+            {"kivo/LuOTPView.hpp", "LuOTPView", [LuOTPView new]},
+            {"kivo/LuOTPTextField.hpp", "LuOTPTextField", [LuOTPTextField new]},
+            {"kivo/AcquisitionConfig.hpp", "AcquisitionConfig", [[Host config] retain]},
         };
 
         for (const auto& each : classes) {
+            [each.object autorelease];
             const auto members = membersOf(each.header, each.className);
             EXPECT_FALSE(members.empty()) << each.className;
             NSMutableDictionary* const values = [NSMutableDictionary dictionary];

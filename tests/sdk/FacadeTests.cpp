@@ -3,6 +3,7 @@
 #include "support/HostFixture.hpp"
 
 #include <map>
+#include <set>
 
 namespace kivo {
 namespace {
@@ -143,19 +144,16 @@ TEST_F(Facade, CollectsTheApplicationInformationOnce) {
 
 TEST(NetworkAddress, IsTheLastOneOfAReportedInterface) {
     using enum platform::AddressFamily;
-    const auto addressOn = [](const char* interface, platform::AddressFamily family = ipv4) {
-        return Environment::networkIpAddress(std::vector<platform::InterfaceAddress>{{interface, family, "192.0.2.7"}});
-    };
-    for (const auto* reported : {"en0", "en2", "en3", "en4", "pdp_ip0", "pdp_ip1", "pdp_ip2", "pdp_ip3"}) {
-        EXPECT_EQ(addressOn(reported), "192.0.2.7") << reported;
-        EXPECT_EQ(addressOn(reported, other), "") << reported;
+    const std::set<std::string> reported{"en0", "en2", "en3", "en4", "pdp_ip0", "pdp_ip1", "pdp_ip2", "pdp_ip3"};
+    std::vector<platform::InterfaceAddress> all{{"en0", ipv6, "2001:db8::1"}};
+    for (const auto* name : {"en", "en0", "en00", "en1", "en2", "en3", "en4", "en5", "pdp_ip", "pdp_ip0", "pdp_ip1",
+                             "pdp_ip2", "pdp_ip3", "pdp_ip4", "lo", "eth0", ""}) {
+        all.push_back({name, other, "nowhere"});
+        const auto before = Environment::networkIpAddress(all);
+        all.push_back({name, ipv4, std::string{"at "} + name});
+        EXPECT_EQ(Environment::networkIpAddress(all), reported.contains(name) ? all.back().numericHost : before);
+        EXPECT_NE(before, "nowhere") << name;
     }
-    for (const auto* ignored : {"en1", "en5", "en", "en00", "pdp_ip4", "pdp_ip", "lo", "eth0", ""}) {
-        EXPECT_EQ(addressOn(ignored), "") << ignored;
-    }
-    const std::vector<platform::InterfaceAddress> all{
-        {"pdp_ip0", ipv4, "192.0.2.1"}, {"en0", ipv6, "2001:db8::1"}, {"en1", ipv4, "192.0.2.2"}};
-    EXPECT_EQ(Environment::networkIpAddress(all), "2001:db8::1");
 }
 
 } // namespace

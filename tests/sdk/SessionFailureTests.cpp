@@ -2,6 +2,8 @@
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
+#include <set>
+
 namespace kivo {
 namespace {
 
@@ -13,13 +15,7 @@ using enum ResponseCode;
 class SessionFailures : public test::HostFixture {
 protected:
     SessionFailures()
-        : HostFixture{separateHosts()} {}
-
-    static simulator::IdentityServiceConfiguration separateHosts() {
-        auto configuration = defaultConfiguration();
-        configuration.hostPerEndpoint = true;
-        return configuration;
-    }
+        : HostFixture{defaultConfiguration(/*hostPerEndpoint=*/true)} {}
 
     /// Joins a sound session with attempts.
     void prepare() {
@@ -46,11 +42,14 @@ TEST_F(SessionFailures, ATransportFailureEndsInTheOperationsOwnCodeAndIsNotSentA
         {"too long", Fault::largeBody((std::size_t{1} << 20) + 1)},
         {"expired", Fault::certificate(CertificateFlaw::expired), 0},
     };
+    std::set<std::thread::id> threads;
     for (const auto& [endpoint, call, event, transportFailure] : operations) {
         for (const auto& [what, fault, arrives] : rows) {
             SCOPED_TRACE(std::string{name(endpoint)} + ": " + what);
             prepare();
-            ASSERT_TRUE(answerTo(call).succeeded(event)) << "opens the connection that the next request takes";
+            const auto answered = answerTo(call);
+            ASSERT_TRUE(answered.succeeded(event)) << "opens the connection that the next request takes";
+            threads.insert(answered.thread);
             const auto before = operationsAt(endpoint);
             service.inject(endpoint, fault);
             EXPECT_EQ(answerTo(call).code(), transportFailure);
@@ -61,6 +60,8 @@ TEST_F(SessionFailures, ATransportFailureEndsInTheOperationsOwnCodeAndIsNotSentA
             EXPECT_EQ(operationsAt(endpoint), before + arrives);
         }
     }
+    EXPECT_EQ(threads.size(), 1U) << "answers come on the transport's thread";
+    EXPECT_FALSE(threads.contains(std::this_thread::get_id()));
 }
 
 /// An object of 80,000 members, which is more than is read.
@@ -146,7 +147,11 @@ TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
 
 TEST_F(SessionFailures, ANetworkThatComesOrGoesLaterIsNoticedWithoutAJoin) {
     storeJoinAnswer(R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":"http://nowhere"}})");
-    const auto status = [&] { return answerTo([&](auto response) { session->status(response); }).code(); };
+    const auto status = [&] {
+        const auto answered = answerTo([&](auto response) { session->status(response); });
+        EXPECT_EQ(answered.thread == std::this_thread::get_id(), answered.code() == NETWORK_ERROR);
+        return answered.code();
+    };
     for (const bool isReachable : {false, true, false}) {
         network->setReachable(isReachable);
         EXPECT_EQ(status(), isReachable ? INVALID_STATUS_SESSION : NETWORK_ERROR);

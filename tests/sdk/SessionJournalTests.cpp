@@ -85,12 +85,10 @@ TEST_F(SessionJournal, OfRequests) {
 }
 
 TEST_F(SessionJournal, OfScreens) {
-    const auto acquire = [](AcquisitionObject object) -> Act {
-        return [object](auto& api, auto response) { api.acquire(object, nullptr, response); };
-    };
     std::vector<Step> steps{
         {"join", [](auto& api, auto response) { api.join("123456", config(), response); }, joined},
-        {"acquired code", acquire(AcquisitionObject::activationCode)},
+        {"acquired code",
+         [](auto& api, auto response) { api.acquire(AcquisitionObject::activationCode, nullptr, response); }},
         {"typed and scanned code",
          [](auto& api, auto) {
              api.activationCodeEntered("123456");

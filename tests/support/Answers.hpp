@@ -4,7 +4,9 @@
 
 #include <kivo/platform/UrlSession.hpp>
 
+#include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -15,17 +17,18 @@
 namespace kivo::test {
 
 /// Collects what completions receive, in order. Copies share the collection.
-class Answers {
+template <class Outcome>
+class Collected {
 public:
     struct Entry {
         std::string tag;
-        platform::UrlOutcome outcome;
+        Outcome outcome;
         std::thread::id thread;
     };
 
     /// A completion whose outcome is kept under `tag`.
-    platform::UrlCompletion completion(std::string tag = "") {
-        return [state = state_, tag = std::move(tag)](platform::UrlOutcome outcome) {
+    std::function<void(Outcome)> completion(std::string tag = "") {
+        return [state = state_, tag = std::move(tag)](Outcome outcome) {
             {
                 const std::scoped_lock lock{state->mutex};
                 state->entries.push_back({tag, std::move(outcome), std::this_thread::get_id()});
@@ -34,10 +37,10 @@ public:
         };
     }
 
-    /// The entries once there are `count`, or those that came within a long time.
-    std::vector<Entry> wait(std::size_t count = 1) {
+    /// The entries once there are `count`, or those that came within the limit.
+    std::vector<Entry> wait(std::size_t count = 1, std::chrono::milliseconds limit = patience) {
         std::unique_lock lock{state_->mutex};
-        state_->changed.wait_for(lock, patience, [&] { return state_->entries.size() >= count; });
+        state_->changed.wait_for(lock, limit, [&] { return state_->entries.size() >= count; });
         return state_->entries;
     }
 
@@ -56,6 +59,8 @@ private:
 
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
+
+using Answers = Collected<platform::UrlOutcome>;
 
 /// Sends one request and waits for its outcome.
 inline platform::UrlOutcome exchange(platform::UrlSession& session, platform::UrlRequest request) {

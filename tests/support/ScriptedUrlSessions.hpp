@@ -63,27 +63,25 @@ public:
         if (isExhausted) {
             throw std::system_error{std::make_error_code(std::errc::resource_unavailable_try_again)};
         }
-        return std::make_shared<Session>(*this, std::move(configuration), std::move(delegate), std::move(queue));
+        Request request;
+        request.configuration = std::move(configuration);
+        request.delegate_ = std::move(delegate);
+        request.queue_ = std::move(queue);
+        return std::make_shared<Session>(*this, std::move(request));
     }
 
 private:
     class Session final : public platform::UrlSession, public std::enable_shared_from_this<Session> {
     public:
-        Session(ScriptedUrlSessions& owner, platform::UrlSessionConfiguration configuration,
-                std::shared_ptr<platform::UrlSessionDelegate> delegate, std::shared_ptr<platform::DispatchQueue> queue)
+        Session(ScriptedUrlSessions& owner, Request unsent)
             : owner_{owner}
-            , configuration_{std::move(configuration)}
-            , delegate_{std::move(delegate)}
-            , queue_{std::move(queue)} {}
+            , unsent_{std::move(unsent)} {}
 
         std::shared_ptr<platform::UrlSessionTask> dataTask(platform::UrlRequest request,
                                                            platform::UrlCompletion completion) override {
-            auto& kept = owner_.requests.emplace_back();
+            auto& kept = owner_.requests.emplace_back(unsent_);
             kept.request = std::move(request);
-            kept.configuration = configuration_;
             kept.completion_ = std::move(completion);
-            kept.delegate_ = delegate_;
-            kept.queue_ = queue_;
             kept.session_ = weak_from_this();
             if (owner_.onRequest) {
                 owner_.onRequest(kept.request);
@@ -93,9 +91,7 @@ private:
 
     private:
         ScriptedUrlSessions& owner_;
-        const platform::UrlSessionConfiguration configuration_;
-        std::shared_ptr<platform::UrlSessionDelegate> delegate_;
-        std::shared_ptr<platform::DispatchQueue> queue_;
+        const Request unsent_;
     };
 };
 

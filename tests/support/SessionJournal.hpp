@@ -6,7 +6,6 @@
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "support/HostFixture.hpp"
-#include "support/PropertyLists.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
 #include <kivo/platform/LinuxServices.hpp>
@@ -15,16 +14,10 @@
 
 #include <fstream>
 #include <map>
+#include <regex>
 #include <sstream>
 
 namespace kivo::test {
-
-inline std::string replaced(std::string text, std::string_view what, std::string_view with) {
-    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
-        text.replace(at, what.size(), with);
-    }
-    return text;
-}
 
 /// A log line as "level operation: message" once its form is checked; any other line as it is.
 inline std::string plain(std::string line) {
@@ -43,16 +36,35 @@ inline std::string plain(std::string line) {
     return line;
 }
 
-/// Prints the pages that it is asked to open.
-struct PrintingWorkspace final : platform::Workspace {
-    void open(const std::string& url) override { log::print("open " + url); }
-
-    void vibrate() override {}
-};
+/// The journal of each step as the data file has it, for one version.
+inline std::map<std::string, std::vector<std::string>> expectedJournals(std::string_view version) {
+    const std::pair<const char*, std::string> abbreviations[] = {
+        {"CONFIG", "[target-env: TEST, kivo-app-doclist: PASSPORT, kivo-expiry-grace: P6M, kivo-facematch-min: 0.8, "
+                   "kivo-doc-issuers: UTO, kivo-images: face]"},
+        {"CLIENT", "KivoBE_" + std::string{version} + "0"},
+        {"SDK_VERSION", KIVO_SDK_VERSION},
+        {"VERSION", std::string{version}},
+    };
+    std::map<std::string, std::vector<std::string>> journals;
+    std::ifstream file{KIVO_TEST_DATA "/session-journal.txt"};
+    std::string step;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("== ")) {
+            step = line.substr(3);
+        } else if (!step.empty() && !line.empty() && line.substr(0, 2) <= version && version <= line.substr(3, 2)) {
+            line = line.substr(6);
+            for (const auto& [what, with] : abbreviations) {
+                line = std::regex_replace(line, std::regex{what}, with);
+            }
+            journals[step].push_back(line);
+        }
+    }
+    return journals;
+}
 
 /// A host over a network that the test answers for. All that can be seen of the SDK is printed on standard output: its
 /// log lines, "> " and each request as it is sent, "= " and what the host hears, and how far the screens have come.
-class SessionJournal : public ::testing::Test {
+class SessionJournal : public OfflineHost {
 protected:
     using Act = std::function<void(SessionAPI& api, IdvCompletion response)>;
 
@@ -67,19 +79,11 @@ protected:
     static constexpr bool withoutNetwork = false;
 
     SessionJournal() {
-        folder.write("Host.bundle/Info.plist",
-                     propertyList("<dict><key>CFBundleShortVersionString</key><string>2.1</string></dict>"));
-        auto services = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
-                                                 .dataFolder = folder.path() / "data",
-                                                 .trustedCertificates = {}});
         device->addresses = {{"lo", platform::AddressFamily::ipv4, "127.0.0.1"},
                              {"en0", platform::AddressFamily::ipv4, "192.0.2.7"},
                              {"pdp_ip0", platform::AddressFamily::ipv6, "2001:db8::7"}};
-        services.mainQueue = mainLoop;
-        services.reachability = network;
+        installServices(bundle());
         services.urlSessions = sessions;
-        services.device = device;
-        services.workspace = std::make_shared<PrintingWorkspace>();
         platform::install(services);
         KivoSDK::setLogLevel(LogLevel::debug);
         testing::internal::CaptureStdout();
@@ -92,28 +96,25 @@ protected:
         };
     }
 
-    static std::shared_ptr<AcquisitionConfig> config(SDKEnv environment = SDKEnv::TEST) {
-        return std::make_shared<AcquisitionConfig>(environment, "PASSPORT", "P6M", "0.8", "UTO", "face");
-    }
-
-    static std::pair<bool, bool> currentScreenState() {
-        return {UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess,
-                UIStateManager::shared().faceAuthState == FaceAuthStatus::faceAuthSuccess};
+    static std::string currentScreenState() {
+        const bool isDocumentDone = UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess;
+        const bool isFaceDone = UIStateManager::shared().faceAuthState == FaceAuthStatus::faceAuthSuccess;
+        return std::string{"document "} + (isDocumentDone ? "done" : "to do") + ", face " +
+               (isFaceDone ? "done" : "to do");
     }
 
     void setScreenState(bool isDone) {
-        UIStateManager::shared().docAuthState =
-            isDone ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
-        UIStateManager::shared().faceAuthState =
-            isDone ? FaceAuthStatus::faceAuthSuccess : FaceAuthStatus::faceAuthFailedOrInitialized;
+        using enum DocAuthStatus;
+        using enum FaceAuthStatus;
+        UIStateManager::shared().docAuthState = isDone ? docAuthSuccess : docAuthFailedOrInitialized;
+        UIStateManager::shared().faceAuthState = isDone ? faceAuthSuccess : faceAuthFailedOrInitialized;
         screenState = currentScreenState();
     }
 
     void printNewScreenState() {
         const auto now = currentScreenState();
         if (std::exchange(screenState, now) != now) {
-            log::print(std::string{"document "} + (now.first ? "done" : "to do") + ", face " +
-                       (now.second ? "done" : "to do"));
+            log::print(now);
         }
     }
 
@@ -158,6 +159,9 @@ protected:
         mainLoop->drain();
         isMainQueueRunning = false;
         printNewScreenState();
+        for (const auto& url : std::exchange(workspace->opened, {})) {
+            log::print("open " + url);
+        }
         std::istringstream output{testing::internal::GetCapturedStdout()};
         std::vector<std::string> lines;
         for (std::string line; std::getline(output, line);) {
@@ -166,56 +170,23 @@ protected:
         return lines;
     }
 
-    void expectJournalsOf(const std::vector<Step>& steps);
+    /// Goes all the steps with one version after the other.
+    void expectJournalsOf(const std::vector<Step>& steps) {
+        for (const auto version : allInterfaceVersions) {
+            auto expected = expectedJournals(namesOf(version).code);
+            const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", namesOf(version).code));
+            setScreenState(/*isDone=*/true);
+            for (const auto& step : steps) {
+                SCOPED_TRACE(step.name + ", " + std::string{namesOf(version).sessionApi});
+                EXPECT_THAT(journalOf(step, *api), testing::ElementsAreArray(expected[step.name]));
+            }
+        }
+    }
 
-    TemporaryFolder folder;
-    std::shared_ptr<FixedDevice> device = std::make_shared<FixedDevice>();
-    std::shared_ptr<simulator::Reachability> network = std::make_shared<simulator::Reachability>();
-    std::shared_ptr<platform::RunLoop> mainLoop =
-        std::make_shared<platform::RunLoop>(std::make_shared<platform::ManualClock>());
     std::shared_ptr<ScriptedUrlSessions> sessions = std::make_shared<ScriptedUrlSessions>();
     std::size_t answered = 0;
     bool isMainQueueRunning = false;
-    std::pair<bool, bool> screenState;
+    std::string screenState;
 };
-
-/// The journal of each step as the data file has it, for one version.
-inline std::map<std::string, std::vector<std::string>> expectedJournals(std::string_view version) {
-    const std::pair<std::string_view, std::string> abbreviations[] = {
-        {"CONFIG", "[target-env: TEST, kivo-app-doclist: PASSPORT, kivo-expiry-grace: P6M, kivo-facematch-min: 0.8, "
-                   "kivo-doc-issuers: UTO, kivo-images: face]"},
-        {"CLIENT", "KivoBE_" + std::string{version} + "0"},
-        {"SDK_VERSION", KIVO_SDK_VERSION},
-        {"VERSION", std::string{version}},
-    };
-    std::map<std::string, std::vector<std::string>> journals;
-    std::ifstream file{KIVO_TEST_DATA "/session-journal.txt"};
-    std::string step;
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("== ")) {
-            step = line.substr(3);
-        } else if (!step.empty() && !line.empty() && line.substr(0, 2) <= version && version <= line.substr(3, 2)) {
-            line = line.substr(6);
-            for (const auto& [what, with] : abbreviations) {
-                line = replaced(line, what, with);
-            }
-            journals[step].push_back(line);
-        }
-    }
-    return journals;
-}
-
-/// Goes all the steps with one version after the other.
-inline void SessionJournal::expectJournalsOf(const std::vector<Step>& steps) {
-    for (const auto version : allInterfaceVersions) {
-        auto expected = expectedJournals(namesOf(version).code);
-        const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", namesOf(version).code));
-        setScreenState(/*isDone=*/true);
-        for (const auto& step : steps) {
-            SCOPED_TRACE(step.name + ", " + std::string{namesOf(version).sessionApi});
-            EXPECT_THAT(journalOf(step, *api), testing::ElementsAreArray(expected[step.name]));
-        }
-    }
-}
 
 } // namespace kivo::test
