@@ -10,6 +10,7 @@
 
 #include <kivo/simulator/Reachability.hpp>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -31,9 +32,15 @@ protected:
         services.urlSessions = network;
         services.reachability = std::make_shared<simulator::Reachability>();
         platform::install(services);
-        Settings::shared().shouldApplyRetryLimit = false;
+        limitAttempts(false);
         join();
     }
+
+    static void limitAttempts(bool isLimited) { Settings::shared().shouldApplyRetryLimit = isLimited; }
+
+    static void leaveAttempts(int count) { NetworkManager::shared().retryLimit = count; }
+
+    static std::int64_t attemptsLeft() { return NetworkManager::shared().retryLimit; }
 
     /// Joins anew: nothing is acquired, five attempts are left, and no request has been sent.
     void join(const Joined& joined = {}) const {
@@ -43,7 +50,7 @@ protected:
             R"(},"idp-facemap":{"facemap-endpoint":"https://face.example/v1","ocridscan-endpoint":"https://id.example",)"
             R"("facemap-device-key":"device-key","facemap-public-key":"public-key")" +
             (joined.facemap.empty() ? "" : ',' + joined.facemap) + "}}");
-        NetworkManager::shared().retryLimit = 5;
+        leaveAttempts(5);
         UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
         UIStateManager::shared().faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
         network->requests.clear();

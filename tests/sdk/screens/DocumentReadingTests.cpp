@@ -22,7 +22,7 @@ constexpr auto noneListed = "false";
 
 class DocumentReading : public test::VendorScreens {
 protected:
-    DocumentReading() { Settings::shared().shouldApplyRetryLimit = true; }
+    DocumentReading() { limitAttempts(true); }
 
     /// The screen with a reading under way: the passport chosen from the list or, without a list, begun by itself.
     std::shared_ptr<AuthMenuVC> reading(const test::Joined& joined, const Theme& theme = nullptr) {
@@ -126,7 +126,7 @@ TEST_F(DocumentReading, ChecksBeforeItReads) {
     struct Row {
         const char* what;
         const char* biodata;
-        std::int64_t attemptsLeft;
+        int attemptsLeft;
         Texts heard;
     };
 
@@ -142,7 +142,7 @@ TEST_F(DocumentReading, ChecksBeforeItReads) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         join({.biodata = row.biodata});
-        NetworkManager::shared().retryLimit = row.attemptsLeft;
+        leaveAttempts(row.attemptsLeft);
         const auto screen = pushed<AuthMenuVC>();
         choose(*screen, 1);
         EXPECT_EQ(ears->heard, row.heard);

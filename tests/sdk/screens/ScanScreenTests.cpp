@@ -63,8 +63,8 @@ TEST_F(ScanScreens, SayWhatKeepsThemFromScanning) {
             }
         };
         join({.facemap = row.facemap});
-        Settings::shared().shouldApplyRetryLimit = true;
-        NetworkManager::shared().retryLimit = row.hasAttempt ? 1 : 0;
+        limitAttempts(true);
+        leaveAttempts(row.hasAttempt ? 1 : 0);
         scanner->makesScreens = row.vendorMakesScreens;
 
         const auto screen = pushed<LiveNessCheckVC>();
@@ -307,15 +307,15 @@ TEST_F(ScanScreens, CountAFaceScanWhereAttemptsAreLimitedAndNoCardScan) {
     faceScan();
     handOverFace();
     EXPECT_THAT(attempts(), IsEmpty());
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 5);
-    Settings::shared().shouldApplyRetryLimit = true;
+    EXPECT_EQ(attemptsLeft(), 5);
+    limitAttempts(true);
     handOverFace();
     EXPECT_EQ(attempts().size(), 1U);
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 4);
+    EXPECT_EQ(attemptsLeft(), 4);
     cardScan();
     handOverCard();
     EXPECT_EQ(attempts().size(), 1U);
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 4);
+    EXPECT_EQ(attemptsLeft(), 4);
 }
 
 TEST_F(ScanScreens, AnswerTheHostWhenTheLibraryDoesNotWaitForTheUpload) {
