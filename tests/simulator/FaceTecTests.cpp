@@ -151,7 +151,7 @@ TEST_F(SimulatedFaceTec, EndsWhenItsScreenIsTakenAway) {
     EXPECT_EQ(answer(), "CONTEXT_SWITCH");
 }
 
-TEST_F(SimulatedFaceTec, GoesOnFromARefusedScanAndHearsOfASlowUpload) {
+TEST_F(SimulatedFaceTec, GoesOnFromARefusedScanAndHearsHowASlowUploadGoes) {
     scanner->faceScan.scanBytes = std::size_t{10} * 1024 * 1024;
     service.inject(Endpoint::facemap, Fault::anotherScan(), Calls::only(1));
     scanFace();
@@ -162,14 +162,6 @@ TEST_F(SimulatedFaceTec, GoesOnFromARefusedScanAndHearsOfASlowUpload) {
 
     service.inject(Endpoint::facemap, Fault::slowReader(scanner->faceScan.scanBytes / 2));
     scanFace();
-    ASSERT_TRUE(mainLoop->runUntil([this] { return !record().uploadProgress.empty(); }, 20s));
-    clock->advance(5s);
-    mainLoop->drain();
-    EXPECT_THAT(record().uploadMessages, IsEmpty());
-    clock->advance(1s);
-    mainLoop->drain();
-    ASSERT_EQ(record().uploadMessages.size(), 1U);
-    EXPECT_EQ(record().uploadMessages[0].text, "Still sending");
     EXPECT_EQ(answer(), "FACE_SCAN");
     const auto progress = record().uploadProgress;
     EXPECT_GE(progress.size(), 2U);
