@@ -1,234 +1,273 @@
-#include "support/ScreenFixture.hpp"
+#include "NetworkManager/StoredSession.hpp"
+#include "support/AcquisitionRoad.hpp"
 
 #include <kivo/platform/ui/AlertController.hpp>
-#include <kivo/simulator/FaceTec.hpp>
-#include <kivo/simulator/Person.hpp>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <fstream>
 
 namespace kivo::simulator {
 namespace {
 
 using namespace std::chrono_literals;
+using enum AcquisitionObject;
+using test::AcquisitionRoad;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+using Texts = std::vector<std::string>;
 
-constexpr auto done = -1;
-
-/// Answers each result as told, for both kinds of scans, and notes the statuses that it got.
-class Processor final : public platform::FaceTecFaceScanProcessorDelegate,
-                        public platform::FaceTecIDScanProcessorDelegate {
-public:
-    void
-    processSessionWhileFaceTecSDKWaits(std::shared_ptr<platform::FaceTecSessionResult> result,
-                                       std::shared_ptr<platform::FaceTecFaceScanResultCallback> callback) override {
-        heard.push_back(result->status());
-        faceResult = result;
-        faceCallbacks.push_back(callback);
-        if (result->status() != 0) {
-            callback->onFaceScanResultCancel();
-        } else if (!blob.empty()) {
-            isSuccess = callback->onFaceScanResultProceedToNextStep(blob);
-        }
-    }
-
-    void processIDScanWhileFaceTecSDKWaits(std::shared_ptr<platform::FaceTecIDScanResult> result,
-                                           std::shared_ptr<platform::FaceTecIDScanResultCallback> callback) override {
-        heard.push_back(result->status());
-        sides.push_back({result->frontImagesCompressedBase64().size(), result->backImagesCompressedBase64().size()});
-        if (result->status() != 0) {
-            callback->onIDScanResultCancel();
-        } else {
-            isSuccess = callback->onIDScanResultProceedToNextStep(blob);
-        }
-    }
-
-    void onFaceTecSDKCompletelyDone() override {
-        heard.push_back(done);
-        screenWasGone = !start.lock()->presentedViewController();
-    }
-
-    std::weak_ptr<platform::ViewController> start;
-    /// Empty: keeps the library waiting.
-    std::string blob = "from the server";
-    std::vector<int> heard;
-    std::vector<std::pair<std::size_t, std::size_t>> sides;
-    std::shared_ptr<platform::FaceTecSessionResult> faceResult;
-    std::vector<std::shared_ptr<platform::FaceTecFaceScanResultCallback>> faceCallbacks;
-    bool isSuccess = false;
-    bool screenWasGone = false;
-};
-
-class SimulatedFaceTec : public test::ScreenFixture {
+/// Scans of faces and cards, on the SDK's own screens.
+class SimulatedFaceTec : public AcquisitionRoad {
 protected:
-    SimulatedFaceTec() {
-        window_->setRootViewController(start_);
-        processor_->start = start_;
-        vendor_.initializeInDevelopmentMode("device key", "encryption key", [](bool) {});
-        settle();
-    }
+    ~SimulatedFaceTec() override { EXPECT_THAT(scanner->violations(), IsEmpty()); }
 
-    template <class Delegate>
-    void begin() {
-        const auto screen = vendor_.createSessionVC(std::shared_ptr<Delegate>{processor_}, "token");
-        ASSERT_TRUE(screen);
-        start_->present(screen, true);
-        settle();
-    }
-
-    void scanFace() { begin<platform::FaceTecFaceScanProcessorDelegate>(); }
-
-    void scanCard() { begin<platform::FaceTecIDScanProcessorDelegate>(); }
-
-    std::shared_ptr<platform::ViewController> start_ = std::make_shared<platform::ViewController>();
-    std::shared_ptr<Processor> processor_ = std::make_shared<Processor>();
-    FaceTec vendor_;
-    Person person_{window_, loop_, clock_};
+    ScanRecord record() const { return scanner->sessions().back(); }
 };
 
 TEST_F(SimulatedFaceTec, FollowsTheScript) {
-    using Sides = ScanScript::Sides;
-
-    struct Case {
+    struct Row {
+        const char* what;
         ScanScript script;
-        std::vector<int> heard;
-        bool isSuccess = false;
+        std::vector<int> results;
+        const char* heard;
     };
 
-    const std::vector<Case> cases{
-        {{}, {0, done}, true},
-        {{.status = faceScanStatus::timeout}, {8, done}},
-        {{.retries = 2}, {0, 0, 0, done}, true},
-        {{.status = faceScanStatus::cancelled, .retries = 1}, {0, 2, done}},
-        {{.takesResultBlob = false}, {0, done}},
-        {{.givesResult = false}, {done}},
-        {{.scanTime = 2s}, {0, done}, true},
+    const std::vector<Row> rows{
+        {"one good scan", {}, {0}, "FACE_SCAN"},
+        {"a scan that takes time", {.scanTime = 2s}, {0}, "FACE_SCAN"},
+        {"a time-out", {.status = faceScanStatus::timeout}, {8}, "TIMEOUT"},
+        {"content with the third scan", {.retries = 2}, {0, 0, 0}, "FACE_SCAN"},
+        {"low memory in the second",
+         {.status = faceScanStatus::lowMemory, .retries = 1},
+         {0, 9},
+         "FACE_SCAN_LOW_MEMORY"},
+        {"a blob not taken for good", {.takesResultBlob = false}, {0}, ""},
+        {"no result at all", {.givesResult = false}, {}, "FACESCAN_NO_SESSION_RESULT"},
+        {"a session without a name", {.sessionId = std::nullopt}, {0}, "FACE_SCAN"},
+        {"neither scan nor pictures", {.hasScan = false, .images = 0}, {0}, "UNKNOWN_ERROR"},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(testing::Message() << "case " << &each - cases.data());
-        processor_->heard.clear();
-        processor_->isSuccess = false;
-        vendor_.faceScan = each.script;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        scanner->faceScan = row.script;
         scanFace();
-        EXPECT_TRUE(person_.waitFor([&] { return vendor_.sessions().back().isDone; }, 3s));
-        EXPECT_EQ(processor_->heard, each.heard);
-        EXPECT_EQ(processor_->isSuccess, each.isSuccess);
-        EXPECT_TRUE(processor_->screenWasGone);
+        EXPECT_TRUE(becomes([&] { return record().isDone; }));
+        pass();
+        EXPECT_EQ(record().results, row.results);
+        EXPECT_EQ(heard, row.heard);
     }
-    const std::vector<std::pair<Sides, std::vector<std::pair<std::size_t, std::size_t>>>> cards{
-        {Sides::front, {{1, 0}}},
-        {Sides::frontAndBack, {{1, 1}}},
-        {Sides::frontThenBack, {{1, 0}, {0, 1}}},
-    };
-    for (const auto& [sides, expected] : cards) {
-        processor_->sides.clear();
-        vendor_.idScan.sides = sides;
-        scanCard();
-        EXPECT_EQ(processor_->sides, expected);
-        EXPECT_TRUE(processor_->isSuccess);
-    }
-    EXPECT_THAT(vendor_.violations(), IsEmpty());
+    scanner->faceScan = {.makesScreen = false};
+    scanFace();
+    EXPECT_EQ(answer(), "FACETEC_INITIALIZATION_FAILED");
 }
 
-TEST_F(SimulatedFaceTec, HandsOverWhatTheScriptSaysOfAScan) {
-    vendor_.faceScan = {.sessionId = std::nullopt, .scanBytes = std::size_t{10} * 1024 * 1024, .images = 2};
-    scanFace();
-    EXPECT_EQ(processor_->faceResult->faceScanBase64()->size(), std::size_t{10} * 1024 * 1024);
-    EXPECT_EQ(processor_->faceResult->auditTrailCompressedBase64().size(), 2U);
-    EXPECT_FALSE(processor_->faceResult->sessionId());
-    vendor_.faceScan = {.hasScan = false, .images = 0};
-    scanFace();
-    EXPECT_FALSE(processor_->faceResult->faceScanBase64());
-    EXPECT_THAT(processor_->faceResult->lowQualityAuditTrailCompressedBase64(), IsEmpty());
-    vendor_.faceScan = {.makesScreen = false};
-    EXPECT_FALSE(
-        vendor_.createSessionVC(std::shared_ptr<platform::FaceTecFaceScanProcessorDelegate>{processor_}, "token"));
+TEST_F(SimulatedFaceTec, ShowsTheSidesOfACardAsTheScriptSays) {
+    using enum ScanScript::Sides;
+    const std::pair<ScanScript::Sides, Texts> rows[] = {
+        {front, {"front"}},
+        {frontAndBack, {"front and back"}},
+        {frontThenBack, {"front", "back"}},
+    };
+    for (const auto& [sides, expected] : rows) {
+        const auto before = requestsTo(Endpoint::idScan).size();
+        scanner->idScan.sides = sides;
+        acquire(ocrScan);
+        EXPECT_EQ(answer(), "OCR_SCAN");
+        const auto requests = requestsTo(Endpoint::idScan);
+        Texts sent;
+        for (auto at = before; at < requests.size(); ++at) {
+            const bool hasFront = requests[at].body.contains("idScanFrontImage");
+            const bool hasBack = requests[at].body.contains("idScanBackImage");
+            sent.emplace_back(hasFront && hasBack ? "front and back" : hasFront ? "front" : "back");
+        }
+        EXPECT_EQ(sent, expected);
+    }
+    EXPECT_THAT(service.violations(), IsEmpty());
 }
 
 TEST_F(SimulatedFaceTec, EndsASessionAtOnceAfterAFailedInitialisation) {
-    std::vector<bool> outcomes;
-    vendor_.initializationStatus = faceScanStatus::encryptionKeyInvalid;
-    vendor_.initializationTime = 1s;
-    vendor_.initializeInProductionMode("production key", "device key", "wrong key",
-                                       [&](bool isGood) { outcomes.push_back(isGood); });
-    settle();
-    EXPECT_THAT(outcomes, IsEmpty());
-    clock_->advance(1s);
-    settle();
-    EXPECT_THAT(outcomes, ElementsAre(false));
-    EXPECT_TRUE(vendor_.initializations().back().isProduction);
-    scanFace();
-    EXPECT_THAT(processor_->heard, ElementsAre(faceScanStatus::encryptionKeyInvalid, done));
+    scanner->initializationStatus = faceScanStatus::encryptionKeyInvalid;
+    scanner->initializationTime = 1s;
+    acquire(facemapScan);
+    const auto begun = clock->now();
+    EXPECT_EQ(answer(), "FACETEC_INITIALIZATION_FAILED");
+    EXPECT_GE(clock->now() - begun, 1s);
+    tap("nextButton");
+    EXPECT_EQ(answer(), "ENCRYPTION_KEY_INVALID");
 }
 
 TEST_F(SimulatedFaceTec, LetsAPersonDecide) {
-    struct Case {
+    struct Row {
         std::vector<const char*> taps;
-        std::vector<int> face;
-        std::vector<int> card;
+        const char* face;
+        const char* card;
     };
 
-    const std::vector<Case> cases{
-        {{"finishScanButton", "continueButton"}, {0, done}, {0, done}},
-        {{"cancelScanButton"}, {2, done}, {2, done}},
-        {{"timeOutButton"}, {8, done}, {3, done}},
-        {{"refuseCameraButton"}, {4, done}, {5, done}},
-        {{"switchAppButton"}, {5, done}, {4, done}},
+    const Row rows[] = {
+        {{"finishScanButton", "continueButton"}, "FACE_SCAN", "OCR_SCAN"},
+        // The session API keeps from the host that a person only went back to the introduction.
+        {{"cancelScanButton"}, "", "CANCELLED"},
+        {{"timeOutButton"}, "TIMEOUT", "TIMEOUT"},
+        {{"refuseCameraButton"}, "CAMERA_PERMISSION_ERROR", "CAMERA_PERMISSION_DENIED"},
+        {{"switchAppButton"}, "CONTEXT_SWITCH", "CONTEXT_SWITCH"},
     };
-    vendor_.waitsForPerson = true;
-    window_->setSize({320, 400});
-    person_.setReadingSize(platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge);
-    for (const auto& each : cases) {
+    scanner->waitsForPerson = true;
+    window->setSize({320, 400});
+    person.setReadingSize(platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge);
+    for (const auto& row : rows) {
         for (const bool isFace : {true, false}) {
-            processor_->heard.clear();
-            isFace ? scanFace() : scanCard();
-            for (const auto* tap : each.taps) {
-                const auto outcome = person_.tap(tap);
-                EXPECT_TRUE(outcome) << outcome.error();
+            isFace ? scanFace() : acquire(ocrScan);
+            for (const auto* button : row.taps) {
+                tap(button);
             }
-            EXPECT_EQ(processor_->heard, isFace ? each.face : each.card) << each.taps.front();
+            const std::string expected = isFace ? row.face : row.card;
+            EXPECT_TRUE(becomes([&] { return expected.empty() ? person.sees("Start the scan") : !heard.empty(); }));
+            EXPECT_EQ(heard, expected) << row.taps.front();
         }
     }
-    processor_->heard.clear();
-    vendor_.faceScan.retries = 1;
-    vendor_.setOverrideResultScreenSuccessMessage("Welcome");
+    scanner->faceScan.retries = 1;
     scanFace();
-    EXPECT_TRUE(person_.tap("finishScanButton"));
-    EXPECT_TRUE(person_.sees("once more"));
-    EXPECT_TRUE(person_.tap("scanAgainButton"));
-    EXPECT_TRUE(person_.tap("finishScanButton"));
-    EXPECT_TRUE(person_.sees("Welcome"));
-    EXPECT_TRUE(person_.tap("continueButton"));
-    EXPECT_THAT(processor_->heard, ElementsAre(0, 0, done));
-    EXPECT_THAT(vendor_.violations(), IsEmpty());
+    tap("refuseCameraButton");
+    EXPECT_EQ(answer(), "CAMERA_PERMISSION_ERROR");
+    for (const auto* button : {"nextButton", "finishScanButton", "scanAgainButton", "finishScanButton"}) {
+        tap(button);
+    }
+    EXPECT_TRUE(becomes([this] { return person.sees("Welcome to Utopia Bank"); }));
+    tap("continueButton");
+    EXPECT_EQ(answer(), "FACE_SCAN");
 }
 
 TEST_F(SimulatedFaceTec, EndsWhenItsScreenIsTakenAway) {
-    processor_->blob.clear();
-    vendor_.waitsForPerson = true;
+    scanner->waitsForPerson = true;
     scanFace();
-    start_->present(std::make_shared<platform::AlertController>("", "On top"), true);
-    settle();
-    EXPECT_THAT(processor_->heard, IsEmpty());
-    start_->dismiss(true);
-    settle();
-    EXPECT_THAT(processor_->heard, ElementsAre(faceScanStatus::contextSwitch, done));
+    EXPECT_TRUE(becomes([this] { return record().isShown; }));
+    window->visibleViewController()->present(std::make_shared<platform::AlertController>("", "On top"), true);
+    pass();
+    EXPECT_EQ(heard, "");
+    navigation->dismiss(true);
+    EXPECT_EQ(answer(), "CONTEXT_SWITCH");
 }
 
-TEST_F(SimulatedFaceTec, NotesWhatAProcessorMustNotDo) {
-    processor_->blob.clear();
+TEST_F(SimulatedFaceTec, GoesOnFromARefusedScanAndHearsHowASlowUploadGoes) {
+    scanner->faceScan.scanBytes = std::size_t{10} * 1024 * 1024;
+    service.inject(Endpoint::facemap, Fault::anotherScan(), Calls::only(1));
     scanFace();
-    const auto callback = processor_->faceCallbacks.back();
-    callback->onFaceScanUploadProgress(1.5F);
+    EXPECT_EQ(answer(), "FACE_SCAN");
+    EXPECT_EQ(scanner->successMessage(), "Welcome to Utopia Bank");
+    EXPECT_THAT(record().blobsTaken, ElementsAre(false, true));
+    EXPECT_EQ(requestsTo(Endpoint::facemap).size(), 2U);
+
+    service.inject(Endpoint::facemap, Fault::slowReader(scanner->faceScan.scanBytes / 2));
     scanFace();
-    callback->onFaceScanResultCancel();
-    callback->onFaceScanResultCancel();
-    callback->onFaceScanUploadMessageOverride({.text = "late"});
-    settle();
-    EXPECT_EQ(vendor_.sessions().front().cancels, 1);
-    EXPECT_THAT(vendor_.violations(), ElementsAre(HasSubstr("1.5"), HasSubstr("another one"), HasSubstr("cancelled"),
-                                                  HasSubstr("upload message")));
+    EXPECT_EQ(answer(), "FACE_SCAN");
+    const auto progress = record().uploadProgress;
+    EXPECT_GE(progress.size(), 2U);
+    EXPECT_TRUE(std::ranges::is_sorted(progress));
+    EXPECT_GT(progress.front(), 0);
+    EXPECT_LT(progress.front(), 1);
+    EXPECT_EQ(progress.back(), 1);
+    EXPECT_THAT(service.violations(), IsEmpty());
+}
+
+TEST_F(SimulatedFaceTec, BreaksOffInTheMiddleOfAnUpload) {
+    service.inject(Endpoint::facemap, Fault::drop());
+    scanner->faceScan.statusWhileWaiting = faceScanStatus::contextSwitch;
+    scanFace();
+    EXPECT_EQ(answer(), "CONTEXT_SWITCH");
+    EXPECT_TRUE(person.sees("Start the scan")) << person.screenInWords();
+}
+
+TEST_F(SimulatedFaceTec, GetsNoScanSentToAServerThatIsNotPinned) {
+    acquire(facemapScan);
+    pin(service.pins().leaf);
+    service.inject(Endpoint::facemap, Fault::certificate(CertificateFlaw::selfSigned));
+    tap("nextButton");
+    EXPECT_EQ(answer(), "UNSECURE_SERVER_PINNING_FAILED");
+    EXPECT_THAT(requestsTo(Endpoint::facemap), IsEmpty());
+    ASSERT_TRUE(becomes([this] { return record().isDone; }));
+    service.clearFaults();
+    EXPECT_TRUE(becomes([this] { return person.sees("Start the scan"); }));
+    tap("nextButton");
+    EXPECT_EQ(answer(), "FACE_SCAN");
+}
+
+/// Keeps the library waiting.
+struct IdleProcessor final : platform::FaceTecFaceScanProcessorDelegate {
+    std::shared_ptr<platform::FaceTecFaceScanResultCallback> callback{};
+
+    void processSessionWhileFaceTecSDKWaits(std::shared_ptr<platform::FaceTecSessionResult> /*result*/,
+                                            std::shared_ptr<platform::FaceTecFaceScanResultCallback> given) override {
+        callback = std::move(given);
+    }
+
+    void onFaceTecSDKCompletelyDone() override {}
+};
+
+TEST_F(AcquisitionRoad, ACarefulLibraryNotesWhatAProcessorMustNotDo) {
+    scanner->initializeInDevelopmentMode("device key", "encryption key", [](bool) {});
+    const auto begin = [this] {
+        auto processor = std::make_shared<IdleProcessor>();
+        start->present(scanner->createSessionVC(processor, "token"), true);
+        mainLoop->drain();
+        return processor;
+    };
+    const auto processor = begin();
+    processor->callback->onFaceScanUploadProgress(1.5F);
+    begin();
+    processor->callback->onFaceScanResultCancel();
+    processor->callback->onFaceScanResultCancel();
+    processor->callback->onFaceScanUploadMessageOverride({.text = "late"});
+    mainLoop->drain();
+    EXPECT_EQ(scanner->sessions().front().cancels, 1);
+    EXPECT_THAT(scanner->violations(), ElementsAre(HasSubstr("1.5"), HasSubstr("another one"), HasSubstr("cancelled"),
+                                                   HasSubstr("upload message")));
+}
+
+TEST_F(AcquisitionRoad, TellsNoSecretAtTheDefaultLevel) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    KivoSDK::load("recognisable-key", "18");
+    acquire(nfcScan);
+    const auto joined = storedSession();
+    ASSERT_TRUE(joined);
+    tap("idCardOptionContainerView");
+    EXPECT_EQ(answer(), "DOCUMENT_SCAN");
+    scanFace();
+    EXPECT_EQ(answer(), "FACE_SCAN");
+    service.inject(Endpoint::idScan, Fault::answer(R"({"recognisable":"answer"})"));
+    acquire(ocrScan);
+    EXPECT_EQ(answer(), "OCR_SCAN_FAILED");
+    service.inject(Endpoint::update, Fault::answer(R"({"response-type":"fail","response-message":"recognisable"})"));
+    const Call calls[] = {
+        [&](auto done) { session->upload(selfieImage, "recognisable-data", done); },
+        [&](auto done) { session->update("inform", "recognisable-message", done); },
+        [&](auto done) { session->commit(done); },
+        [&](auto done) { session->join("recognisable-code", config(), done); },
+    };
+    for (const auto& call : calls) {
+        EXPECT_EQ(answerTo(call).times, 1);
+    }
+    session->reset();
+    const auto printed = testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
+
+    Texts secrets{"recognisable", "123456", "simulated-", "ERIKSSON", "https://"};
+    for (const auto* settings : {&joined->idpConfig, &joined->idpBiodata, &joined->idpFaceMap}) {
+        for (const auto& [key, value] : *settings) {
+            secrets.push_back(value.size() > 4 ? value : "https://");
+        }
+    }
+    std::ifstream certificate{service.trustedCertificates()};
+    std::getline(certificate, secrets.emplace_back());
+    std::getline(certificate, secrets.emplace_back());
+    EXPECT_THAT(printed, HasSubstr("KivoBE_180(configuration: [target-env: TEST"));
+    EXPECT_THAT(printed, HasSubstr("FaceScan success"));
+    EXPECT_THAT(printed, Not(testing::ContainsRegex("[^A-Za-z0-9]" + joined->tId + "[^A-Za-z0-9]")));
+    for (const auto& secret : secrets) {
+        EXPECT_THAT(printed, Not(HasSubstr(secret)));
+    }
 }
 
 } // namespace

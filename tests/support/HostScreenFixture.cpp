@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <sstream>
 #include <string>
 
 namespace kivo::test {
@@ -131,6 +132,21 @@ void Keys::press(platform::ViewController& screen, std::string_view key) {
     } else {
         field->insertText(std::string{key});
     }
+}
+
+void Keys::pressAll(platform::ViewController& screen, std::string_view keys) {
+    std::istringstream rest{std::string{keys}};
+    for (std::string key; std::getline(rest, key, '|');) {
+        press(screen, key);
+    }
+}
+
+std::string Keys::barred(const Texts& texts) {
+    std::string all;
+    for (const auto& text : texts) {
+        all += (&text == texts.data() ? "" : "|") + text;
+    }
+    return all;
 }
 
 int Keys::focus() {

@@ -27,6 +27,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace kivo::test {
@@ -103,19 +104,12 @@ public:
 
 /// A screen's identifier in the storyboard.
 template <class Screen>
-inline constexpr const char* scene = nullptr;
-template <>
-inline constexpr const char* scene<QRCodeVC> = "QRCodeVC";
-template <>
-inline constexpr const char* scene<QRCodeScannerVC> = "QRCodeScannerVC";
-template <>
-inline constexpr const char* scene<AuthMenuVC> = "AuthMenuVCID";
-template <>
-inline constexpr const char* scene<LiveNessCheckVC> = "LivenessCheckVCID";
-template <>
-inline constexpr const char* scene<OCRScanInitializeVC> = "OCRScanInitializeVC";
-template <>
-inline constexpr const char* scene<FinalStatusVC> = "FinalStatusVC";
+inline constexpr const char* scene = std::is_same_v<Screen, QRCodeVC>              ? "QRCodeVC"
+                                     : std::is_same_v<Screen, QRCodeScannerVC>     ? "QRCodeScannerVC"
+                                     : std::is_same_v<Screen, AuthMenuVC>          ? "AuthMenuVCID"
+                                     : std::is_same_v<Screen, LiveNessCheckVC>     ? "LivenessCheckVCID"
+                                     : std::is_same_v<Screen, OCRScanInitializeVC> ? "OCRScanInitializeVC"
+                                                                                   : "FinalStatusVC";
 
 /// A host application that shows screens of any kind and hears their delegates: a window with a navigation controller,
 /// the SDK's own storyboard, a main bundle that the test fills, no vendor's library, and time that stands still.
@@ -229,6 +223,12 @@ class Keys {
 public:
     /// "@3" goes to box three, "<" is the delete key, anything else comes in one piece: a keystroke or a paste.
     static void press(platform::ViewController& screen, std::string_view key);
+
+    /// Presses keys one after the other, written with bars between them: "1|2|@1|9".
+    static void pressAll(platform::ViewController& screen, std::string_view keys);
+
+    /// The texts of several fields in the same way: "9|2||".
+    static std::string barred(const Texts& texts);
 
     /// The tag of the field that has the keyboard; 0 when none has.
     static int focus();

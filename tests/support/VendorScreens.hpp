@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
@@ -10,6 +9,7 @@
 
 #include <kivo/simulator/Reachability.hpp>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -31,9 +31,15 @@ protected:
         services.urlSessions = network;
         services.reachability = std::make_shared<simulator::Reachability>();
         platform::install(services);
-        Attempts::shared().setShouldApplyRetryLimit(false);
+        limitAttempts(false);
         join();
     }
+
+    static void limitAttempts(bool isLimited) { Attempts::shared().setShouldApplyRetryLimit(isLimited); }
+
+    static void leaveAttempts(int count) { Attempts::shared().setRetryLimit(count); }
+
+    static std::int64_t attemptsLeft() { return Attempts::shared().retryLimit(); }
 
     /// Joins anew: nothing is acquired, five attempts are left, and no request has been sent.
     void join(const Joined& joined = {}) const {
@@ -43,7 +49,7 @@ protected:
             R"(},"idp-facemap":{"facemap-endpoint":"https://face.example/v1","ocridscan-endpoint":"https://id.example",)"
             R"("facemap-device-key":"device-key","facemap-public-key":"public-key")" +
             (joined.facemap.empty() ? "" : ',' + joined.facemap) + "}}");
-        Attempts::shared().setRetryLimit(5);
+        leaveAttempts(5);
         UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
         UIStateManager::shared().faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
         network->requests.clear();

@@ -80,30 +80,30 @@ TEST_F(Closing, LeavesAScreenAloneInItsStackWhereItIs) {
 TEST_F(Closing, ReleasesTheCodeScreenOnEveryOtherWayOut) {
     const auto theme = makeTheme();
     theme->codeTextFieldStyle = CodeTextFieldStyle::boxed;
-    const std::pair<const char*, std::function<void(ViewController&)>> ways[] = {
-        {"back", [](auto&) {}},
-        {"in the middle of a code", [](auto& screen) { Keys::press(screen, "1"); }},
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"back", [] {}},
+        {"in the middle of a code", [this] { Keys::press(*navigation, "1"); }},
         {"after a visit to the scanner",
-         [this](auto& screen) {
-             screen.performSegue("scannerSegueID");
+         [this] {
+             navigation->topViewController()->performSegue("scannerSegueID");
              settle();
              pop();
          }},
         {"when the host takes it away as soon as it has the code",
-         [this](auto& screen) {
+         [this] {
              ears->onHeard = [this] { navigation->popViewController(/*animated=*/false); };
-             Keys::press(screen, "123456");
+             Keys::press(*navigation, "123456");
          }},
     };
     for (const auto& [what, leave] : ways) {
         const std::weak_ptr weak = pushed<QRCodeVC>(theme);
-        leave(*navigation->topViewController());
+        leave();
         navigation->popToViewController(host, /*animated=*/true);
         settle();
         EXPECT_TRUE(weak.expired()) << what;
     }
     // The single field delivers from elsewhere.
-    std::weak_ptr weak = pushed<QRCodeVC>();
+    const std::weak_ptr weak = pushed<QRCodeVC>();
     ASSERT_TRUE(navigation->topViewController()->view()->find("activationCodeTextField")->touch());
     Keys::press(*navigation, "123456");
     settle();
@@ -125,7 +125,7 @@ TEST_F(Closing, OfTheFinalScreenIsToldATenthOfASecondAfterItBegan) {
     presented<FinalStatusVC>();
     bare->dismiss(true);
     advance(1s);
-    EXPECT_THAT(ears->heard, ElementsAre("gone after 100 ms")) << "whoever takes the screen away";
+    EXPECT_THAT(ears->heard, ElementsAre("gone after 100 ms")) << "also when the host takes the screen away";
 
     bare->present(std::make_shared<FinalStatusVC>(), /*animated=*/true);
     settle();

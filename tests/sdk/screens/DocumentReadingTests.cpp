@@ -1,4 +1,3 @@
-include "NetworkManager/Attempts.hpp"
 #include "support/VendorScreens.hpp"
 
 #include <kivo/ReadIDUIResourcesWrapper.hpp>
@@ -23,7 +22,7 @@ constexpr auto noneListed = "false";
 
 class DocumentReading : public test::VendorScreens {
 protected:
-    DocumentReading() { Attempts::shared().setShouldApplyRetryLimit(true); }
+    DocumentReading() { limitAttempts(true); }
 
     /// The screen with a reading under way: the passport chosen from the list or, without a list, begun by itself.
     std::shared_ptr<AuthMenuVC> reading(const test::Joined& joined, const Theme& theme = nullptr) {
@@ -48,42 +47,42 @@ protected:
         settle();
     }
 
+    void readPageAndChip() {
+        reader->succeed(VIZNFC{.viz = {}, .nfc = {.readIDSession = vendorSession}});
+        settle();
+    }
+
     std::shared_ptr<VendorSession> vendorSession = std::make_shared<VendorSession>();
 };
 
 TEST_F(DocumentReading, ReportsAFailureAndStaysOnlyWhereDocumentsAreListed) {
-    struct Row {
-        FailureReason reason;
-        ResponseCode listed;
-        ResponseCode unlisted;
-    };
-
     using enum FailureReason;
-    const Row rows[] = {
-        {backgroundTimeout, BACKGROUND_TIMEOUT, BACKGROUND_TIMEOUT},
-        {sessionExpired, SESSION_EXPIRED, SESSION_EXPIRED},
-        {authorisationError, AUTHORISATION_ERROR, AUTHORISATION_ERROR},
-        {serverSessionError, SERVER_SESSION_ERROR, SERVER_SESSION_ERROR},
-        {sslError, SSL_ERROR, SSL_ERROR},
-        {nfcAccessControlError, NFC_ACCESS_CONTROL_ERROR, NFC_ACCESS_CONTROL_ERROR},
-        {connectionError, CONNECTION_ERROR, CONNECTION_ERROR},
-        {tooManyRequestsError, TOO_MANY_REQUESTS, TOO_MANY_REQUESTS},
-        {nfcError, NFC_ERROR, NFC_ERROR},
-        {userCancelled, USER_CANCELLED, CANCELLED_BY_USER},
-        {cameraPermissionDenied, CAMERA_PERMISSION_DENIED, CAMERA_PERMISSION_DENIED},
-        {noChip, NO_CHIP, NO_CHIP},
-        {unsupportedDocument, UNSUPPORTED_DOCUMENT, UNSUPPORTED_DOCUMENT},
-        {backNavigation, BACK_NAVIGATION, CANCELLED_BY_USER},
-        {wrongDocumentType, WRONG_DOCUMENT_TYPE, WRONG_DOCUMENT_TYPE},
-        {vizCaptureTimeout, VIZ_CAPTURE_TIMEOUT, VIZ_CAPTURE_TIMEOUT},
-        {FailureReason::other, UNKNOWN_ERROR, UNKNOWN_ERROR},
+    const std::pair<FailureReason, ResponseCode> rows[] = {
+        {backgroundTimeout, BACKGROUND_TIMEOUT},
+        {sessionExpired, SESSION_EXPIRED},
+        {authorisationError, AUTHORISATION_ERROR},
+        {serverSessionError, SERVER_SESSION_ERROR},
+        {sslError, SSL_ERROR},
+        {nfcAccessControlError, NFC_ACCESS_CONTROL_ERROR},
+        {connectionError, CONNECTION_ERROR},
+        {tooManyRequestsError, TOO_MANY_REQUESTS},
+        {nfcError, NFC_ERROR},
+        {userCancelled, USER_CANCELLED},
+        {cameraPermissionDenied, CAMERA_PERMISSION_DENIED},
+        {noChip, NO_CHIP},
+        {unsupportedDocument, UNSUPPORTED_DOCUMENT},
+        {backNavigation, BACK_NAVIGATION},
+        {wrongDocumentType, WRONG_DOCUMENT_TYPE},
+        {vizCaptureTimeout, VIZ_CAPTURE_TIMEOUT},
+        {FailureReason::other, UNKNOWN_ERROR},
     };
-    for (const auto& row : rows) {
+    for (const auto& [reason, code] : rows) {
         for (const bool listed : {true, false}) {
-            SCOPED_TRACE(std::string{name(row.listed)} + (listed ? " with a list" : " without"));
+            SCOPED_TRACE(std::string{name(code)} + (listed ? " with a list" : " without"));
             auto screen = reading({.documentList = listed ? allListed : noneListed});
-            reader->fail(row.reason);
-            EXPECT_THAT(ears->heard, ElementsAre(name(listed ? row.listed : row.unlisted)));
+            reader->fail(reason);
+            const bool leaves = reason == userCancelled || reason == backNavigation;
+            EXPECT_THAT(ears->heard, ElementsAre(name(leaves && !listed ? CANCELLED_BY_USER : code)));
             EXPECT_THAT(attempts(), ElementsAre(HasSubstr(":Attempts count decremented to 4")));
             advance(99ms);
             EXPECT_TRUE(isOnTop(screen));
@@ -127,7 +126,7 @@ TEST_F(DocumentReading, ChecksBeforeItReads) {
     struct Row {
         const char* what;
         const char* biodata;
-        std::int64_t attemptsLeft;
+        int attemptsLeft;
         Texts heard;
     };
 
@@ -143,7 +142,7 @@ TEST_F(DocumentReading, ChecksBeforeItReads) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         join({.biodata = row.biodata});
-        Attempts::shared().setRetryLimit(row.attemptsLeft);
+        leaveAttempts(row.attemptsLeft);
         const auto screen = pushed<AuthMenuVC>();
         choose(*screen, 1);
         EXPECT_EQ(ears->heard, row.heard);
@@ -185,7 +184,7 @@ TEST_F(DocumentReading, TellsTheServiceOfAChipAndReportsItsAnswer) {
             SCOPED_TRACE(std::string{row.what} + " with the list " + list);
             const auto screen = reading({.documentList = list});
             vendorSession->finished = 0;
-            readChip();
+            list == allListed ? readChip() : readPageAndChip();
             EXPECT_EQ(UIStateManager::shared().docAuthState, DocAuthStatus::docAuthSuccess) << "before the answer";
             EXPECT_TRUE(hasOverlay());
             ASSERT_EQ(network->requests.size(), 2U);
@@ -204,40 +203,21 @@ TEST_F(DocumentReading, TellsTheServiceOfAChipAndReportsItsAnswer) {
     }
 }
 
-TEST_F(DocumentReading, TakesAChipWithOrWithoutAPageAndNothingFromAPageAlone) {
-    const VIZResult page{.mrzData = {.mrz = {.lines = {"P<SECRET", "LINE<TWO"}}}};
-    const auto heardAfter = [&](auto value) {
-        reading({});
-        reader->succeed(value);
-        settle();
-        EXPECT_EQ(attempts().size(), 1U);
-        std::string notice;
-        if (network->requests.size() == 2) {
-            notice = network->requests[0].request.body;
-            network->requests[0].answer("{}");
-        }
-        advance(1s);
-        EXPECT_EQ(ears->heard, notice.empty() ? Texts{} : Texts{"DOCUMENT_SCAN after 300 ms"});
-        return notice;
-    };
-    EXPECT_EQ(heardAfter(VIZNFC{.viz = page, .nfc = {.readIDSession = vendorSession}}),
-              R"({"opaqueId":"T1","sessionId":"R1"})");
-    EXPECT_EQ(heardAfter(NFCOnly{}), R"({"opaqueId":"T1","sessionId":""})") << "a chip without a session";
-    EXPECT_EQ(heardAfter(VIZOnly{.viz = page}), "");
-}
+TEST_F(DocumentReading, TellsTheServiceOfAChipWithoutASessionAndNothingOfAPageAlone) {
+    reading({});
+    reader->succeed(NFCOnly{});
+    settle();
+    EXPECT_EQ(network->requests[0].request.body, R"({"opaqueId":"T1","sessionId":""})");
 
-TEST_F(DocumentReading, NeedsAnAddressForTheNotice) {
-    const auto screen = reading({.biodata = R"("biodata-proxy":"https://proxy","biodata-access-key":"A")"});
-    readChip();
-    EXPECT_TRUE(hasOverlay());
+    reading({});
+    reader->succeed(VIZOnly{.viz = {.mrzData = {.mrz = {.lines = {"P<SECRET", "LINE<TWO"}}}}});
     advance(1s);
-    EXPECT_THAT(ears->heard, ElementsAre("INVALID_BIODATA_ENDPOINT after 100 ms"));
-    EXPECT_FALSE(hasOverlay());
-    EXPECT_EQ(vendorSession->finished, 0);
-    EXPECT_TRUE(isOnTop(screen));
+    EXPECT_EQ(network->requests.size(), attempts().size()) << "no notice";
+    EXPECT_EQ(attempts().size(), 1U);
+    EXPECT_THAT(ears->heard, IsEmpty());
 }
 
-TEST_F(DocumentReading, CoversTheScreenUnlessTheThemeForbidsItOrTheHostTakesItAway) {
+TEST_F(DocumentReading, CoversTheScreenUntilTheAnswerOrTheScreensEnd) {
     const auto theme = makeTheme();
     theme->enableActivityIndicator = false;
     reading({}, theme);
@@ -254,6 +234,14 @@ TEST_F(DocumentReading, CoversTheScreenUnlessTheThemeForbidsItOrTheHostTakesItAw
     network->requests[0].answer("{}");
     advance(1s);
     EXPECT_THAT(ears->heard, ElementsAre("DOCUMENT_SCAN after 300 ms"));
+
+    const auto screen = reading({.biodata = R"("biodata-proxy":"https://proxy","biodata-access-key":"A")"});
+    readChip();
+    EXPECT_TRUE(hasOverlay());
+    advance(1s);
+    EXPECT_THAT(ears->heard, ElementsAre("INVALID_BIODATA_ENDPOINT after 100 ms")) << "without an address to notify";
+    EXPECT_FALSE(hasOverlay());
+    EXPECT_TRUE(isOnTop(screen));
 }
 
 TEST_F(DocumentReading, HandsTheSessionsSettingsToTheLibrary) {

@@ -141,6 +141,8 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
         const char* what;
         bool hasTheme;
         bool karbonInstalled;
+        /// Whether the theme follows the reading size; if not, it says so while the screen is covered.
+        bool follows;
         ContentSizeCategory size;
         /// The size of the body text, which is 14, 16, 17 and 28 points at extra small, medium, large and accessibility
         /// medium.
@@ -149,13 +151,15 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
 
     using enum ContentSizeCategory;
     const Row rows[] = {
-        {"no theme, no fonts", false, false, large, 17},
-        {"no theme", false, true, large, 17},
-        {"no theme, smallest", false, true, extraSmall, 14},
-        {"theme, no fonts", true, false, large, 17},
-        {"theme", true, true, large, 17},
-        {"theme, smallest", true, true, extraSmall, 16},
-        {"theme, largest", true, true, accessibilityExtraExtraExtraLarge, 28},
+        {"no theme, no fonts", false, false, true, large, 17},
+        {"no theme", false, true, true, large, 17},
+        {"no theme, smallest", false, true, true, extraSmall, 14},
+        {"theme, no fonts", true, false, true, large, 17},
+        {"theme", true, true, true, large, 17},
+        {"theme, smallest", true, true, true, extraSmall, 16},
+        {"theme, largest", true, true, true, accessibilityExtraExtraExtraLarge, 28},
+        {"theme without reading sizes, smallest", true, true, false, extraSmall, 17},
+        {"theme without reading sizes, largest", true, true, false, accessibilityExtraExtraExtraLarge, 17},
     };
     for (const auto& row : rows) {
         for (const auto& [show, title, titleSizeWithoutTheme, texts] : screens) {
@@ -170,6 +174,11 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
                 theme->primaryButtonFont = theme->descriptionInfoFont;
             }
             const auto screen = show(theme);
+            if (!row.follows) {
+                theme->enableDynamicTextSizes = false;
+                cover();
+                pop();
+            }
             window->setPreferredContentSizeCategory(row.size);
             const auto expectFont = [&](const char* name, const char* font, double size) {
                 const auto shown = outlet<TextStyled>(*screen, name)->shownFont();
@@ -187,28 +196,6 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
                 EXPECT_FALSE(box->adjustsFontForContentSizeCategory()) << "boxes keep their size";
             }
         }
-    }
-}
-
-TEST_F(Look, FollowsNoReadingSizeWhereTheThemeSaysSo) {
-    const auto theme = makeTheme();
-    for (const auto& [show, name] : {std::pair{code, "orTitleLabel"}, std::pair{scanner, "scanManuallyButton"},
-                                     std::pair{document, "scanPassportLabel"}, std::pair{face, "nextButton"},
-                                     std::pair{final, "backToHomeButton"}}) {
-        theme->enableDynamicTextSizes = true;
-        const auto text = outlet<TextStyled>(*show(theme), name);
-        const auto size = [&](ContentSizeCategory category) {
-            window->setPreferredContentSizeCategory(category);
-            return text->shownFont().pointSize;
-        };
-        using enum ContentSizeCategory;
-        const auto usual = size(large);
-        EXPECT_NE(size(accessibilityMedium), usual) << name;
-        theme->enableDynamicTextSizes = false;
-        cover();
-        pop();
-        EXPECT_EQ(size(accessibilityMedium), usual) << name;
-        EXPECT_EQ(size(extraSmall), usual) << name;
     }
 }
 

@@ -130,5 +130,102 @@ TEST_F(QRScanningScreen, IsReleasedWhileItWaitsToLookAgain) {
     EXPECT_FALSE(camera->isOn());
 }
 
+/// A camera, its session, input and output in one, whose sight is what a test says.
+struct FakeCamera final : platform::Camera,
+                          platform::CaptureSession,
+                          platform::CaptureDevice,
+                          platform::CaptureInput,
+                          platform::CaptureMetadataOutput,
+                          std::enable_shared_from_this<FakeCamera> {
+    bool running = false;
+    std::vector<platform::MetadataObjectType> types{};
+    std::weak_ptr<platform::CaptureMetadataOutputDelegate> listener{};
+    std::shared_ptr<platform::DispatchQueue> queue{};
+
+    std::shared_ptr<platform::CaptureSession> makeSession() override { return shared_from_this(); }
+
+    std::shared_ptr<platform::CaptureDevice> defaultVideoDevice() override { return shared_from_this(); }
+
+    std::shared_ptr<platform::CaptureInput> makeInput(const std::shared_ptr<CaptureDevice>& /*device*/) override {
+        return shared_from_this();
+    }
+
+    std::shared_ptr<platform::CaptureMetadataOutput> makeMetadataOutput() override { return shared_from_this(); }
+
+    bool canAddInput(const CaptureInput& /*input*/) const override { return true; }
+
+    void addInput(std::shared_ptr<CaptureInput> /*input*/) override {}
+
+    bool canAddOutput(const CaptureMetadataOutput& /*output*/) const override { return true; }
+
+    void addOutput(std::shared_ptr<CaptureMetadataOutput> /*output*/) override {}
+
+    bool isRunning() const override { return running; }
+
+    void startRunning() override { running = true; }
+
+    void stopRunning() override { running = false; }
+
+    platform::PreviewFrame preview() const override { return {}; }
+
+    void setDelegate(std::weak_ptr<platform::CaptureMetadataOutputDelegate> delegate,
+                     std::shared_ptr<platform::DispatchQueue> on) override {
+        listener = std::move(delegate);
+        queue = std::move(on);
+    }
+
+    void setObjectTypes(std::vector<platform::MetadataObjectType> wanted) override { types = std::move(wanted); }
+};
+
+struct VibratingWorkspace final : platform::Workspace {
+    std::function<void()> onVibration = [] {};
+
+    void open(const std::string& /*url*/) override {}
+
+    void vibrate() override { onVibration(); }
+};
+
+TEST_F(QRScanningScreen, TakesTheFirstObjectOnlyOfTheFourKindsAndThenStops) {
+    const auto fake = std::make_shared<FakeCamera>();
+    const auto workspace = std::make_shared<VibratingWorkspace>();
+    platform::Services services;
+    services.camera = fake;
+    services.workspace = workspace;
+    platform::install(services);
+    bool runsWhenHeard = false;
+    int vibrations = 0;
+    workspace->onVibration = [&] { vibrations += ears->heard.empty() ? 1 : 0; };
+    ears->onHeard = [&] { runsWhenHeard = fake->running; };
+
+    using enum platform::MetadataObjectType;
+    const platform::MetadataObject code{.type = qr, .text = R"({"code":"A"})"};
+    const platform::MetadataObject face{};
+    const platform::MetadataObject unread{.type = qr, .text = {}};
+
+    struct Row {
+        std::vector<platform::MetadataObject> objects;
+        test::Texts heard;
+        bool stops;
+    };
+
+    for (const auto& row : std::vector<Row>{{{code, face}, {"scanned A"}, true},
+                                            {{face, code}, {}, false},
+                                            {{unread, code}, {}, false},
+                                            {{}, {}, true}}) {
+        vibrations = 0;
+        const auto screen = pushed<QRCodeScannerVC>();
+        EXPECT_TRUE(fake->running);
+        EXPECT_EQ(fake->types, (std::vector{qr, ean8, ean13, pdf417}));
+        EXPECT_EQ(fake->queue, mainLoop);
+        EXPECT_EQ(outlet<platform::PreviewView>(*screen, "qrCodeScannerView")->previewSession(), fake);
+        fake->listener.lock()->didOutput(row.objects);
+        EXPECT_EQ(ears->heard, row.heard);
+        EXPECT_EQ(vibrations, row.heard.empty() ? 0 : 1) << "before the code is told";
+        EXPECT_EQ(runsWhenHeard, !row.heard.empty());
+        EXPECT_EQ(fake->running, !row.stops);
+        runsWhenHeard = false;
+    }
+}
+
 } // namespace
 } // namespace kivo

@@ -43,30 +43,24 @@ TEST_F(SharedViews, RoundCornersClipExactlyWhenThereIsARadius) {
     EXPECT_EQ(ui::borderColorExt(view), std::nullopt);
 }
 
-TEST_F(SharedViews, PaddingIsAsHighAsTheFieldIsNow) {
-    const auto field = std::make_shared<TextField>();
-    EXPECT_EQ(ui::paddingLeftCustom(*field), 0);
-    field->setFrame({.origin = {}, .size = {.width = 200, .height = 44}});
-    ui::setPaddingLeftCustom(*field, 12);
-    ui::setPaddingRightCustom(*field, 8);
-    EXPECT_EQ(ui::paddingLeftCustom(*field), 12);
-    EXPECT_EQ(ui::paddingRightCustom(*field), 8);
-    EXPECT_EQ(field->leftView()->frame().size.height, 44);
-}
-
-TEST_F(SharedViews, PlaceholdersTakeAColourAndKeepTheirText) {
+TEST_F(SharedViews, FieldsTakePaddingAPlaceholdersColourAndLetterSpace) {
     TextField field;
-    EXPECT_EQ(ui::placeHolderColor(field), std::nullopt);
+    EXPECT_EQ(ui::paddingLeftCustom(field), 0);
+    field.setFrame({.origin = {}, .size = {.width = 200, .height = 44}});
+    ui::setPaddingLeftCustom(field, 12);
+    ui::setPaddingRightCustom(field, 8);
+    EXPECT_EQ(ui::paddingLeftCustom(field), 12);
+    EXPECT_EQ(ui::paddingRightCustom(field), 8);
+    EXPECT_EQ(field.leftView()->frame().size.height, 44) << "as high as the field";
+
     ui::setPlaceHolderColor(field, std::nullopt);
     EXPECT_FALSE(field.attributedPlaceholder());
+    EXPECT_EQ(ui::placeHolderColor(field), std::nullopt);
     field.setPlaceholder("Code");
     ui::setPlaceHolderColor(field, Color::white(0.5));
     EXPECT_EQ(ui::placeHolderColor(field), Color::white(0.5));
     EXPECT_EQ(field.placeholder(), "Code");
-}
 
-TEST_F(SharedViews, LetterSpaceTurnsThePlainTextIntoAnAttributedOne) {
-    TextField field;
     EXPECT_EQ(ui::letterSpace(field), 0);
     field.setText("123");
     ui::setLetterSpace(field, 8);
@@ -95,14 +89,13 @@ TEST_F(SharedViews, TheCloseBarButtonAsksBeforeItCloses) {
     for (const auto& [answer, stays] : {std::pair{1, true}, std::pair{0, false}}) {
         item->action();
         settle();
-        const auto alert = std::dynamic_pointer_cast<AlertController>(window->visibleViewController());
-        ASSERT_NE(alert, nullptr);
-        EXPECT_EQ(alert->title(), "");
-        EXPECT_EQ(alert->message(), "Are you sure, you want to terminate the process?");
-        ASSERT_EQ(alert->actions().size(), 2U);
-        EXPECT_EQ(alert->actions()[0].title, "OK");
-        EXPECT_EQ(alert->actions()[1].title, "Cancel");
-        alert->choose(static_cast<std::size_t>(answer));
+        ASSERT_NE(alert(), nullptr);
+        EXPECT_EQ(alert()->title(), "");
+        EXPECT_EQ(alert()->message(), "Are you sure, you want to terminate the process?");
+        ASSERT_EQ(alert()->actions().size(), 2U);
+        EXPECT_EQ(alert()->actions()[0].title, "OK");
+        EXPECT_EQ(alert()->actions()[1].title, "Cancel");
+        alert()->choose(static_cast<std::size_t>(answer));
         settle();
         EXPECT_EQ(navigation->topViewController() == screen, stays);
     }
@@ -164,11 +157,11 @@ TEST_F(SharedViews, OneOverlayCoversTheNavigationControllerUntilItHasFaded) {
     EXPECT_TRUE(wheel->isAnimating());
     EXPECT_EQ(wheel->style(), platform::ActivityIndicatorView::Style::large);
 
-    const auto alert = std::make_shared<AlertController>("", "Wait");
+    const auto question = std::make_shared<AlertController>("", "Wait");
     const std::pair<const char*, std::function<void()>> changes[] = {
-        {"push", [&] { push(std::make_shared<ViewController>()); }},
-        {"alert", [&] { navigation->present(alert, true); }},
-        {"answer", [&] { alert->dismiss(true); }},
+        {"push", [&] { cover(); }},
+        {"alert", [&] { navigation->present(question, true); }},
+        {"answer", [&] { question->dismiss(true); }},
         {"turned display", [&] { window->setSize({.width = 844, .height = 390}); }},
         {"pop", [&] { pop(); }},
     };
@@ -182,7 +175,7 @@ TEST_F(SharedViews, OneOverlayCoversTheNavigationControllerUntilItHasFaded) {
     const auto banner = std::make_shared<View>();
     banner->setPlacement({.top = 0, .left = 0, .width = 50, .height = 50});
     window->addSubview(banner);
-    push(std::make_shared<ViewController>());
+    cover();
     EXPECT_EQ(banner->window(), window) << "what the host lays over everything stays, too";
     EXPECT_EQ(window->hitTest({.x = 10, .y = 10}), banner);
     EXPECT_EQ(window->hitTest({.x = 100, .y = 100}), overlay);
