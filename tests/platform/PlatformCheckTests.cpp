@@ -280,23 +280,13 @@ struct BrokenDevice final : Broken<Device> {
 
     std::string systemVersion() override { return real->systemVersion(); }
 
-    std::optional<std::string> identifierForVendor() override {
-        auto identifier = real->identifierForVendor();
-        if (has("changes its identifier")) {
-            identifier->back() = ++calls % 2 == 0 ? 'A' : 'B';
-        }
-        return identifier;
-    }
+    std::optional<std::string> identifierForVendor() override { return std::to_string(++calls); }
 
     std::vector<InterfaceAddress> interfaceAddresses() override {
-        auto all = real->interfaceAddresses();
-        for (auto& each : all) {
-            each.family = has("mixes families") ? AddressFamily::ipv6 : each.family;
-        }
-        return all;
+        return {{.interfaceName = "en0", .family = AddressFamily::ipv6, .numericHost = "192.0.2.7"}};
     }
 
-    std::string machine() override { return has("has no name") ? "" : real->machine(); }
+    std::string machine() override { return ""; }
 
     int calls = 0;
 };
@@ -312,7 +302,7 @@ struct BrokenWorkspace final : Broken<Workspace> {
 struct BrokenFonts final : Broken<Fonts> {
     using Broken::Broken;
 
-    bool isInstalled(std::string_view name) override { return has("has every font") || real->isInstalled(name); }
+    bool isInstalled(std::string_view) override { return true; }
 
     Size measure(std::string_view text, std::string_view name, double pointSize, double) override {
         return real->measure(text, name, pointSize, 1e6);
@@ -412,83 +402,70 @@ ServicesUnderTest broken(const std::string& seam, const std::string& fault) {
 }
 
 struct Fault {
-    const char* seam;
-    const char* name;
-    /// The beginning of the promise that the fault breaks.
-    const char* promise;
+    std::string seam;
+    std::string name;
+    /// How the promises begin that the fault breaks.
+    std::vector<std::string> broken;
 };
 
 const Fault faults[] = {
-    {"Services", "lack one", "are all there"},
-    {"MainQueue", "runs blocks out of order", "runs blocks later, in the order"},
-    {"MainQueue", "runs blocks on the caller's stack", "runs blocks later, in the order"},
-    {"MainQueue", "is current everywhere", "takes blocks of every thread"},
-    {"MainQueue", "drops delayed blocks", "runs a delayed block"},
-    {"MainQueue", "hurries", "runs a delayed block"},
-    {"DispatchQueue", "has many threads", "runs blocks in order"},
-    {"DispatchQueue", "has many threads", "runs one block at a time"},
-    {"Clock", "goes back", "never goes back"},
-    {"NotificationCenter", "posts nothing", "calls the observers"},
-    {"Text", "loses characters", "counts characters"},
-    {"Url", "cuts ports off", "names the server"},
-    {"Url", "cuts ports off", "refuses what is no address"},
-    {"Keychain", "forgets", "adds, finds"},
-    {"Keychain", "forgets changes", "adds, finds"},
-    {"Keychain", "gives another item's value", "keeps items apart"},
-    {"Keychain", "misses items", "takes an absent attribute"},
-    {"Keychain", "ignores the accessibility", "matches and changes"},
-    {"Keychain", "tells unasked", "gives a value only"},
-    {"Keychain", "ends values at a zero", "keeps every byte"},
-    {"Keychain", "has data of its own", "keeps every change"},
-    {"Keychain", "has data of its own", "shows each change"},
-    {"Keychain", "forgets", "serves many threads"},
-    {"Keychain", "writes values down", "leaves no value"},
-    {"Trust", "digests wrongly", "digests with"},
-    {"Trust", "gives the certificate for its key", "gives keys"},
-    {"Trust", "names every host", "knows for whom"},
-    {"UrlSession", "never answers", "reports every HTTP answer"},
-    {"UrlSession", "answers twice", "completes each request once"},
-    {"UrlSession", "answers side by side", "completes each request once"},
-    {"UrlSession", "answers on another queue", "completes on the given queue"},
-    {"UrlSession", "takes half an answer", "refuses an answer"},
-    {"UrlSession", "reveals addresses", "refuses an answer"},
-    {"UrlSession", "has no bound", "bounds body and head"},
-    {"UrlSession", "has one time limit", "keeps the shortest"},
-    {"UrlSession", "trusts every server", "sends nothing to a server that it cannot"},
-    {"UrlSession", "sends twice", "sends no request twice"},
-    {"UrlSession", "drops headers", "sends the request as it is"},
-    {"UrlSession", "follows http", "sends over https only"},
-    {"UrlSession", "changes methods", "follows redirects with"},
-    {"UrlSession", "is the same for all", "keeps cookies"},
-    {"UrlSession", "does not cancel", "cancels before"},
-    {"UrlSession", "does not cancel", "reports no answer of a request"},
-    {"UrlSession", "is the same for all", "ends its requests"},
-    {"UrlSession", "asks nobody", "asks the delegate"},
-    {"UrlSession", "trusts every server", "sends nothing to a server that the delegate"},
-    {"UrlSession", "trusts every server", "waits for the delegate"},
-    {"UrlSession", "asks nobody", "tells the delegate"},
-    {"Bundle", "lies", "answers from the information"},
-    {"Bundle", "leaves its folder", "finds its resources"},
-    {"Bundle", "reads texts only", "reads every type"},
-    {"Bundle", "has no texts", "gives texts"},
-    {"Bundle", "has no pictures", "reads colours"},
-    {"Device", "changes its identifier", "keeps its identifier"},
-    {"Device", "has no name", "tells the system's version"},
-    {"Device", "mixes families", "lists addresses"},
-    {"Workspace", "complains", "returns at once"},
-    {"Fonts", "has every font", "take no other typeface"},
-    {"Fonts", "breaks no lines", "measure text"},
-    {"ReachabilityService", "has no flags", "reads the flags"},
-    {"ReachabilityService", "has no error number", "refuses what it cannot watch"},
-    {"ReachabilityService", "drops the info", "holds a callback's info"},
-    {"ReachabilityService", "tells no change", "tells each change"},
-    {"ReachabilityService", "tells no change", "tells a change between"},
-    {"ReachabilityService", "drops the info", "hands target and info"},
-    {"ReachabilityService", "calls for ever", "calls nobody after"},
-    {"Camera", "sees nothing", "reads the newest"},
-    {"Camera", "sees nothing", "shows its newest"},
-    {"Camera", "stays on", "delivers nothing"},
-    {"Camera", "stays on", "ends with its camera"},
+    {"Services", "lack one", {"are all there"}},
+    {"MainQueue", "runs blocks out of order", {"runs blocks later, in the order"}},
+    {"MainQueue", "runs blocks on the caller's stack", {"runs blocks later, in the order"}},
+    {"MainQueue", "is current everywhere", {"takes blocks of every thread"}},
+    {"MainQueue", "drops delayed blocks", {"runs a delayed block"}},
+    {"MainQueue", "hurries", {"runs a delayed block"}},
+    {"DispatchQueue", "has many threads", {"runs blocks in order", "runs one block at a time"}},
+    {"Clock", "goes back", {"never goes back"}},
+    {"NotificationCenter", "posts nothing", {"calls the observers"}},
+    {"Text", "loses characters", {"counts characters"}},
+    {"Url", "cuts ports off", {"names the server", "refuses what is no address"}},
+    {"Keychain", "forgets", {"adds, finds", "serves many threads"}},
+    {"Keychain", "forgets changes", {"adds, finds"}},
+    {"Keychain", "gives another item's value", {"keeps items apart"}},
+    {"Keychain", "misses items", {"takes an absent attribute"}},
+    {"Keychain", "ignores the accessibility", {"matches and changes"}},
+    {"Keychain", "tells unasked", {"gives a value only"}},
+    {"Keychain", "ends values at a zero", {"keeps every byte"}},
+    {"Keychain", "has data of its own", {"keeps every change", "shows each change"}},
+    {"Keychain", "writes values down", {"leaves no value"}},
+    {"Trust", "digests wrongly", {"digests with"}},
+    {"Trust", "gives the certificate for its key", {"gives keys"}},
+    {"Trust", "names every host", {"knows for whom"}},
+    {"UrlSession", "never answers", {"reports every HTTP answer"}},
+    {"UrlSession", "answers twice", {"completes each request once"}},
+    {"UrlSession", "answers side by side", {"completes each request once"}},
+    {"UrlSession", "answers on another queue", {"completes on the given queue"}},
+    {"UrlSession", "takes half an answer", {"refuses an answer"}},
+    {"UrlSession", "reveals addresses", {"refuses an answer"}},
+    {"UrlSession", "has no bound", {"bounds body and head"}},
+    {"UrlSession", "has one time limit", {"keeps the shortest"}},
+    {"UrlSession",
+     "trusts every server",
+     {"sends nothing to a server that it cannot", "sends nothing to a server that the delegate",
+      "waits for the delegate"}},
+    {"UrlSession", "sends twice", {"sends no request twice"}},
+    {"UrlSession", "drops headers", {"sends the request as it is"}},
+    {"UrlSession", "follows http", {"sends over https only"}},
+    {"UrlSession", "changes methods", {"follows redirects with"}},
+    {"UrlSession", "is the same for all", {"keeps cookies", "ends its requests"}},
+    {"UrlSession", "does not cancel", {"cancels before", "reports no answer of a request"}},
+    {"UrlSession", "asks nobody", {"asks the delegate", "tells the delegate"}},
+    {"Bundle", "lies", {"answers from the information"}},
+    {"Bundle", "leaves its folder", {"finds its resources"}},
+    {"Bundle", "reads texts only", {"reads every type"}},
+    {"Bundle", "has no texts", {"gives texts"}},
+    {"Bundle", "has no pictures", {"reads colours"}},
+    {"Device", "is a stranger", {"keeps its identifier", "tells the system's version", "lists addresses"}},
+    {"Workspace", "complains", {"returns at once"}},
+    {"Fonts", "have and break nothing", {"take no other typeface", "measure text"}},
+    {"ReachabilityService", "has no flags", {"reads the flags"}},
+    {"ReachabilityService", "has no error number", {"refuses what it cannot watch"}},
+    {"ReachabilityService", "drops the info", {"holds a callback's info", "hands target and info"}},
+    {"ReachabilityService", "tells no change", {"tells each change", "tells a change between"}},
+    {"ReachabilityService", "calls for ever", {"calls nobody after"}},
+    {"Camera", "sees nothing", {"reads the newest", "shows its newest"}},
+    {"Camera", "stays on", {"delivers nothing", "ends with its camera"}},
 };
 
 std::vector<std::string> seams() {
@@ -521,12 +498,15 @@ TEST_P(PlatformCheck, FindsEachFault) {
     // Nothing can stand in for the library's own loop.
     bool isTried = GetParam() == "RunLoop";
     for (const auto& fault : faults) {
-        if (fault.seam == GetParam()) {
-            isTried = true;
+        if (fault.seam != GetParam()) {
+            continue;
+        }
+        isTried = true;
+        for (const auto& beginning : fault.broken) {
             const auto findings = check(broken(fault.seam, fault.name), [&](const auto& promise) {
-                return promise.seam == fault.seam && promise.text.starts_with(fault.promise);
+                return promise.seam == fault.seam && promise.text.starts_with(beginning);
             });
-            ASSERT_EQ(findings.size(), 1U) << fault.promise;
+            ASSERT_EQ(findings.size(), 1U) << beginning;
             EXPECT_NE(findings.front().result, Result::kept) << fault.name << ": " << text(findings.front());
         }
     }
