@@ -2,8 +2,8 @@
 // then what is kept in memory while a camera is faster than the reader.
 //
 // usage: kivo-bench-camera [ROUNDS]
-#include "linux/camera/CodeScan.hpp"
-#include "linux/camera/Modules.hpp"
+#include "platform/camera/CodeScan.hpp"
+#include "platform/camera/Modules.hpp"
 
 #include <kivo/simulator/Camera.hpp>
 

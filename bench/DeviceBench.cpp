@@ -2,6 +2,7 @@
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/PhoneView.hpp>
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 

@@ -7,6 +7,7 @@
 #include "Allocations.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 

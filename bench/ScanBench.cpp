@@ -2,10 +2,11 @@
 // service, each over a new connection and in a process of its own.
 //
 // usage: kivo-bench-scan [ROUNDS]
-#include "Configuration/environment/Config.hpp"
+#include "Configuration/session/Config.hpp"
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>

@@ -4,6 +4,7 @@
 //
 // usage: kivo-bench-sessions [SESSIONS]
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Person.hpp>

@@ -1,5 +1,5 @@
-#include "AssetCatalogue.hpp"
 #include "FuzzInput.hpp"
+#include "platform/bundle/AssetCatalogue.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <cmath>

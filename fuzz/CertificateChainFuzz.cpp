@@ -1,7 +1,7 @@
 #include "FuzzInput.hpp"
-#include "linux/CertificateChain.hpp"
-#include "linux/OpenSslObjects.hpp"
-#include "linux/OpenSslTrust.hpp"
+#include "platform/openssl/CertificateChain.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "FolderBundles.hpp"
+#include "platform/bundle/FolderBundles.hpp"
 
 #include <kivo/LuOTPView.hpp>
 #include <kivo/platform/MainQueue.hpp>
@@ -27,7 +27,7 @@ public:
 } // namespace
 
 /// The few services that the readers ask for, in the place of the machine's own.
-Services linuxServices(const LinuxOptions& /*options*/) {
+Services defaultServices() {
     Services services;
     services.diagnostics = std::make_shared<NoDiagnostics>();
     services.bundles = makeFolderBundles("/nonexistent", "/nonexistent", services.diagnostics);

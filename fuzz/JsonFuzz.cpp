@@ -1,5 +1,5 @@
 #include "FuzzInput.hpp"
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 namespace json = kivo::json;
 using kivo::fuzz::require;

@@ -1,6 +1,6 @@
 #include "FuzzInput.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
-#include "PropertyListReader.hpp"
+#include "platform/bundle/PropertyListReader.hpp"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (const auto root = kivo::platform::readPropertyList(kivo::fuzz::textOf(data, size))) {

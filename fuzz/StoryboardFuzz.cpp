@@ -1,5 +1,5 @@
-#include "FolderBundle.hpp"
 #include "FuzzInput.hpp"
+#include "platform/bundle/FolderBundle.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <kivo/platform/RunLoop.hpp>

@@ -1,5 +1,5 @@
 #include "FuzzInput.hpp"
-#include "StringsFile.hpp"
+#include "platform/bundle/StringsFile.hpp"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto table = kivo::platform::readStringsFile(kivo::fuzz::textOf(data, size));

@@ -9,6 +9,7 @@
 #include <kivo/device/MainLoop.hpp>
 #include <kivo/device/PhoneView.hpp>
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>

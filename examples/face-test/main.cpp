@@ -1,5 +1,6 @@
 // A host's own test of its face step: the first scan times out, the second one is sent, taken and welcomed.
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Person.hpp>

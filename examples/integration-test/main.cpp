@@ -1,5 +1,6 @@
 // A host's own test: it meets a refusal, a lost connection and a good answer, without a network.
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 

@@ -1,6 +1,6 @@
-#include "linux/DesktopWorkspace.hpp"
+#include "platform/linux/DesktopWorkspace.hpp"
 
-#include "linux/BackgroundThread.hpp"
+#include "platform/posix/BackgroundThread.hpp"
 
 #include <kivo/platform/Url.hpp>
 

@@ -1,7 +1,7 @@
-#include "linux/DeviceIdentifier.hpp"
+#include "platform/linux/DeviceIdentifier.hpp"
 
-#include "linux/PrivateFolder.hpp"
-#include "linux/QuotedPath.hpp"
+#include "platform/posix/PrivateFolder.hpp"
+#include "platform/posix/QuotedPath.hpp"
 
 #include <sys/random.h>
 

@@ -1,6 +1,6 @@
-#include "linux/FontconfigFonts.hpp"
+#include "platform/linux/FontconfigFonts.hpp"
 
-#include "ui/TextEstimate.hpp"
+#include "platform/ui/TextEstimate.hpp"
 
 #include <fontconfig/fontconfig.h>
 

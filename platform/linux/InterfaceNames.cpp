@@ -1,4 +1,4 @@
-#include "linux/InterfaceNames.hpp"
+#include "platform/linux/InterfaceNames.hpp"
 
 #include <array>
 #include <cstddef>

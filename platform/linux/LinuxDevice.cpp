@@ -1,7 +1,7 @@
-#include "linux/LinuxDevice.hpp"
+#include "platform/linux/LinuxDevice.hpp"
 
-#include "linux/DeviceIdentifier.hpp"
-#include "linux/InterfaceNames.hpp"
+#include "platform/linux/DeviceIdentifier.hpp"
+#include "platform/linux/InterfaceNames.hpp"
 
 #include <ifaddrs.h>
 #include <netdb.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/DataFolder.hpp"
+#include "platform/posix/DataFolder.hpp"
 
 #include <kivo/platform/Device.hpp>
 #include <kivo/platform/Diagnostics.hpp>

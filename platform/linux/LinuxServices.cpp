@@ -1,17 +1,17 @@
-#include "DiagnosticsRelay.hpp"
-#include "FolderBundles.hpp"
-#include "linux/CurlUrlSession.hpp"
-#include "linux/DataFolder.hpp"
-#include "linux/DesktopWorkspace.hpp"
-#include "linux/FontconfigFonts.hpp"
-#include "linux/LinuxDevice.hpp"
-#include "linux/NetlinkReachability.hpp"
-#include "linux/OpenSslTrust.hpp"
-#include "linux/SqliteKeychain.hpp"
+#include "platform/base/DiagnosticsRelay.hpp"
+#include "platform/bundle/FolderBundles.hpp"
+#include "platform/curl/CurlUrlSession.hpp"
+#include "platform/linux/DesktopWorkspace.hpp"
+#include "platform/linux/FontconfigFonts.hpp"
+#include "platform/linux/LinuxDevice.hpp"
+#include "platform/linux/NetlinkReachability.hpp"
+#include "platform/linux/XdgDataFolder.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
+#include "platform/sqlite/SqliteKeychain.hpp"
 
 #include <kivo/platform/FrameCamera.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/RunLoop.hpp>
-#include <kivo/platform/Services.hpp>
 
 namespace kivo::platform {
 
@@ -32,6 +32,10 @@ Services linuxServices(const LinuxOptions& options) {
     services.fonts = makeFontconfigFonts();
     services.camera = makeFrameCamera(makePipelineSource(options.cameraPipeline));
     return services;
+}
+
+Services defaultServices() {
+    return linuxServices();
 }
 
 } // namespace kivo::platform

@@ -1,7 +1,7 @@
-#include "linux/NetlinkReachability.hpp"
+#include "platform/linux/NetlinkReachability.hpp"
 
-#include "linux/RouteMonitor.hpp"
-#include "linux/RouteTable.hpp"
+#include "platform/linux/RouteMonitor.hpp"
+#include "platform/linux/RouteTable.hpp"
 
 #include <sys/socket.h>
 

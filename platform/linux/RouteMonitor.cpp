@@ -1,7 +1,7 @@
-#include "linux/RouteMonitor.hpp"
+#include "platform/linux/RouteMonitor.hpp"
 
-#include "linux/BackgroundThread.hpp"
-#include "linux/FileDescriptor.hpp"
+#include "platform/posix/BackgroundThread.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>

@@ -1,6 +1,6 @@
-#include "linux/RouteTable.hpp"
+#include "platform/linux/RouteTable.hpp"
 
-#include "linux/FileDescriptor.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>

@@ -1,4 +1,5 @@
-#include "FirstResponder.hpp"
+#include "platform/base/Process.hpp"
+#include "platform/ui/FirstResponder.hpp"
 
 #include <kivo/platform/NotificationCenter.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
@@ -20,8 +21,7 @@ struct Focus {
 };
 
 Focus& focus() {
-    static auto& only = *new Focus;
-    return only;
+    return Process::current().part<Focus>([] { return new Focus; });
 }
 
 KeyboardFrame risingFrame(const Window& window) {

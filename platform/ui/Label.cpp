@@ -1,4 +1,4 @@
-#include "TextEstimate.hpp"
+#include "platform/ui/TextEstimate.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Label.hpp>

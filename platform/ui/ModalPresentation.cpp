@@ -1,5 +1,5 @@
 // Screens over screens. Each holds the one over it, and knows weakly the one below.
-#include "ViewControllerState.hpp"
+#include "platform/ui/ViewControllerState.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Window.hpp>

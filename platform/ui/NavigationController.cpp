@@ -1,4 +1,4 @@
-#include "ViewControllerState.hpp"
+#include "platform/ui/ViewControllerState.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Button.hpp>

@@ -1,4 +1,4 @@
-#include "TextEstimate.hpp"
+#include "platform/ui/TextEstimate.hpp"
 
 #include <utf8proc.h>
 

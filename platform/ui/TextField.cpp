@@ -1,4 +1,4 @@
-#include "FirstResponder.hpp"
+#include "platform/ui/FirstResponder.hpp"
 
 #include <kivo/platform/Text.hpp>
 #include <kivo/platform/ui/TextField.hpp>

@@ -1,4 +1,4 @@
-#include "FirstResponder.hpp"
+#include "platform/ui/FirstResponder.hpp"
 
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/View.hpp>

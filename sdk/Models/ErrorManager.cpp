@@ -2,7 +2,7 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 #include <algorithm>
 

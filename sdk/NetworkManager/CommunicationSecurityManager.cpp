@@ -2,9 +2,10 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CertificateDates.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
+#include "platform/base/Process.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -37,9 +38,12 @@ void warnWhenNear(std::chrono::year_month_day date, SDKEnv environment, std::str
 } // namespace
 
 CommunicationSecurityManager& CommunicationSecurityManager::shared() {
-    // Never destroyed: completions may still arrive while the process exits.
-    static auto& manager = *new std::shared_ptr<CommunicationSecurityManager>{new CommunicationSecurityManager};
-    return *manager;
+    using Shared = std::shared_ptr<CommunicationSecurityManager>;
+    return *platform::Process::current().part<Shared>([] {
+        auto manager = std::make_unique<Shared>(new CommunicationSecurityManager);
+        (*manager)->notices_ = std::make_unique<RequestSender>(*manager);
+        return manager.release();
+    });
 }
 
 CommunicationSecurityManager::CommunicationSecurityManager()
@@ -165,11 +169,15 @@ CertificateExpiryDates CommunicationSecurityManager::certificateExpiryDates(bool
 }
 
 void CommunicationSecurityManager::updateRetryCountLimitOnServer(const ActivationResponse* activationSession) {
-    constexpr std::string_view function = "updateRetryCountLimitOnServer(activationSession:)";
-    const auto remaining = --NetworkManager::shared().retryLimit;
-    if (activationSession == nullptr) {
-        return;
+    const auto remaining = Attempts::shared().count();
+    if (activationSession != nullptr) {
+        tellRemainingAttempts(remaining, *activationSession);
     }
+}
+
+void CommunicationSecurityManager::tellRemainingAttempts(std::int64_t remaining,
+                                                         const ActivationResponse& activationSession) {
+    constexpr std::string_view function = "updateRetryCountLimitOnServer(activationSession:)";
     if (!isNetworkAvailable()) {
         log::debug(function, "**UPDATE RetryL: Network unavailable**");
         return;
@@ -177,9 +185,9 @@ void CommunicationSecurityManager::updateRetryCountLimitOnServer(const Activatio
     const auto notice =
         json::Value::object({{RequestKeys::action, "inform"},
                              {RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining)},
-                             {RequestKeys::tid, activationSession->tId}});
-    NetworkManager::shared().sendNotice(
-        settingIn(activationSession->idpConfig, KivoResponseKeys::updateEndpoint), notice,
+                             {RequestKeys::tid, activationSession.tId}});
+    notices_->send(
+        settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), notice,
         [function, remaining](const platform::Data&) {
             log::debug(function, [&] {
                 return "**Update RetryL succeeded, current counter " + std::to_string(remaining) + "**";
@@ -221,7 +229,7 @@ void CommunicationSecurityManager::sendNotice(std::string_view function, const j
         log::debug(function, "**Inform Server: Network unavailable**");
         return;
     }
-    NetworkManager::shared().sendNotice(
+    notices_->send(
         settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), notice,
         [function](const platform::Data& answer) { log::debug(function, answer); },
         [function](const TransportError& error) { log::debug(function, [&] { return error.description(); }); });

@@ -3,7 +3,7 @@
 #include "Models/ActivationSessionModel.hpp"
 #include "Models/ServerReportModel.hpp"
 #include "NetworkManager/Reachability.hpp"
-#include "json/Json.hpp"
+#include "NetworkManager/RequestSender.hpp"
 
 #include <kivo/SDKEnv.hpp>
 #include <kivo/platform/NotificationCenter.hpp>
@@ -64,8 +64,11 @@ public:
     /// The certificates' dates for the current environment. With `warn`, prints those that are near.
     CertificateExpiryDates certificateExpiryDates(bool warn) const;
 
-    /// Counts one attempt, and tells the session how many remain.
+    /// Counts an attempt that has been made, and tells the session how many remain.
     void updateRetryCountLimitOnServer(const ActivationResponse* activationSession);
+
+    /// Tells the session how many attempts remain.
+    void tellRemainingAttempts(std::int64_t remaining, const ActivationResponse& activationSession);
 
     /// Tells the session that a vendor library failed.
     void informSessionStateOnThirdPartySdkFailures(const ServerReportModel& reportModel,
@@ -74,6 +77,9 @@ public:
     /// Sends the session a full failure report, under the session's own transaction identifier.
     void updateFailureOnServer(const ServerReportModel& reportModel, const ActivationResponse* activationSession);
 
+    /// Forgets the cookies that came with the answers to notices.
+    void forgetCookies() { notices_->forgetCookies(); }
+
 private:
     CommunicationSecurityManager();
 
@@ -81,6 +87,7 @@ private:
     void checkForReachability(const platform::Notification& notification);
     void sendNotice(std::string_view function, const json::Value& notice, const ActivationResponse& activationSession);
 
+    std::unique_ptr<RequestSender> notices_;
     mutable std::mutex mutex_;
     std::optional<SDKEnv> sdkEnvironment_;
     std::shared_ptr<Reachability> reachability_;

@@ -1,5 +1,7 @@
 #include "NetworkManager/KeychainWrapper.hpp"
 
+#include "platform/base/Process.hpp"
+
 #include <kivo/platform/Services.hpp>
 
 #include <utility>
@@ -33,10 +35,10 @@ std::string constantOf(KeychainItemAccessibility accessibility) {
 } // namespace
 
 KeychainWrapper& KeychainWrapper::standard() {
-    // Never destroyed: completions may still arrive while the process exits.
-    static auto& store = *new KeychainWrapper{
-        services().keychain, services().bundles->main()->bundleIdentifier().value_or("SwiftKeychainWrapper")};
-    return store;
+    return platform::Process::current().part<KeychainWrapper>([] {
+        return new KeychainWrapper{services().keychain,
+                                   services().bundles->main()->bundleIdentifier().value_or("SwiftKeychainWrapper")};
+    });
 }
 
 KeychainWrapper::KeychainWrapper(std::shared_ptr<Keychain> keychain, std::string serviceName,

@@ -1,108 +1,18 @@
 #include "NetworkManager/NetworkManager.hpp"
 
-#include "Configuration/logging/Log.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/PublicKeyPins.hpp"
-
-#include <kivo/platform/Services.hpp>
-
-#include <expected>
-#include <system_error>
-#include <utility>
+#include "platform/base/Process.hpp"
 
 namespace kivo {
-namespace {
-
-using namespace std::chrono_literals;
-
-constexpr std::string_view sendFunction = "sendRequest(urlString:params:success:failure:)";
-
-std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
-    if (!outcome) {
-        return std::unexpected{TransportError{.cause = outcome.error().kind, .text = outcome.error().text}};
-    }
-    const int status = outcome->status;
-    if (status < 200 || status > 299) {
-        return std::unexpected{TransportError{
-            .cause = {}, .httpStatus = status, .text = "The server answered with status " + std::to_string(status)}};
-    }
-    if (!outcome->body) {
-        return std::unexpected{
-            TransportError{.cause = {}, .httpStatus = status, .text = "The server answered without a body"}};
-    }
-    return std::move(*outcome->body);
-}
-
-} // namespace
-
-std::string TransportError::description() const {
-    return "TransportError(" + (cause ? std::string{name(*cause)} : "status " + std::to_string(httpStatus)) +
-           "): " + text;
-}
-
-platform::UrlSessionConfiguration backendSessionConfiguration() {
-    platform::UrlSessionConfiguration configuration;
-    configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
-    configuration.requestTimeout = 180s;
-    configuration.resourceTimeout = 180s;
-    configuration.responseLimit = longestAnswer;
-    return configuration;
-}
 
 NetworkManager& NetworkManager::shared() {
-    // Never destroyed: completions may still arrive while the process exits.
-    static auto& manager = *new NetworkManager;
-    return manager;
-}
-
-void NetworkManager::send(Way way, const std::string& urlString, const json::Value& params, Success success,
-                          Failure failure) {
-    platform::UrlRequest request;
-    request.url = urlString;
-    request.method = "POST";
-    request.timeout = 60s;
-    request.body = json::write(params).value_or("");
-    std::shared_ptr<platform::UrlSession> session;
-    try {
-        session = sessionFor(way);
-    } catch (const std::system_error& noThread) {
-        const TransportError error{.cause = platform::UrlErrorKind::unknown, .text = noThread.what()};
-        log::debug(sendFunction, [&] { return error.description(); });
-        failure(error);
-        return;
-    }
-    session->dataTask(std::move(request),
-                      [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
-                          auto body = bodyOf(std::move(outcome));
-                          if (body) {
-                              success(std::move(*body));
-                              return;
-                          }
-                          log::debug(sendFunction, [&] { return body.error().description(); });
-                          failure(body.error());
-                      });
+    return platform::Process::current().part<NetworkManager>(
+        [] { return new NetworkManager{CommunicationSecurityManager::shared().serverJudge()}; });
 }
 
 void NetworkManager::forgetCookies() {
-    const std::scoped_lock lock{mutex_};
-    for (const auto& way : sessions_) {
-        for (const auto& session : way) {
-            if (session) {
-                session->forgetCookies();
-            }
-        }
-    }
-}
-
-std::shared_ptr<platform::UrlSession> NetworkManager::sessionFor(Way way) {
-    const bool isPinned = pinsAreInForce(*platform::services().bundles->main());
-    const auto judge = isPinned ? CommunicationSecurityManager::shared().serverJudge() : nullptr;
-    const std::scoped_lock lock{mutex_};
-    auto& session = sessions_[static_cast<std::size_t>(way)][isPinned ? 1 : 0];
-    if (!session) {
-        session = platform::services().urlSessions->make(backendSessionConfiguration(), judge);
-    }
-    return session;
+    requests_.forgetCookies();
+    CommunicationSecurityManager::shared().forgetCookies();
 }
 
 } // namespace kivo

@@ -3,7 +3,7 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/KeychainWrapper.hpp"
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/Text.hpp>

@@ -20,19 +20,19 @@ IdvOutcome failed(ResponseCode code) {
 } // namespace
 
 const std::shared_ptr<SessionAPI>& SessionAPI::shared(InterfaceVersion version) {
-    static const auto& sessions = *new auto([] {
-        std::array<std::shared_ptr<SessionAPI>, allInterfaceVersions.size()> all;
+    using Sessions = std::array<std::shared_ptr<SessionAPI>, allInterfaceVersions.size()>;
+    const auto& sessions = platform::Process::current().part<Sessions>([] {
+        auto all = std::make_unique<Sessions>();
         for (const auto each : allInterfaceVersions) {
-            all[static_cast<std::size_t>(each)] = std::make_shared<SessionAPI>(each, KivoBE::shared(each));
+            (*all)[static_cast<std::size_t>(each)] = std::make_shared<SessionAPI>(each, KivoBE::shared(each));
         }
-        return all;
-    }());
+        return all.release();
+    });
     return sessions[static_cast<std::size_t>(version)];
 }
 
 SessionAPI::SessionAPI(InterfaceVersion version, MireloProxy& backendClient)
-    : version_{version}
-    , rules_{sessionRulesOf(version)}
+    : rules_{sessionRulesOf(version)}
     , backendClient_{backendClient} {}
 
 void SessionAPI::setDeviceCode(std::string deviceCode) {
@@ -75,10 +75,8 @@ void SessionAPI::setContext(std::shared_ptr<platform::ViewController> viewContro
 }
 
 void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) {
-    const auto [device, codeHasJoined] = withState([&](State& state) {
-        state.activationCode = forCode;
-        return std::pair{state.deviceCode, state.codeHasJoined};
-    });
+    const auto [device, codeHasJoined] =
+        withState([](const State& state) { return std::pair{state.deviceCode, state.codeHasJoined}; });
     *codeHasJoined = false;
     backendClient_.join(std::move(forCode), device, std::move(config),
                         [this, codeHasJoined, response = callable(std::move(response))](const IdvOutcome& outcome) {
@@ -135,14 +133,14 @@ void SessionAPI::update(std::string action, std::string message, IdvCompletion r
 }
 
 void SessionAPI::status(IdvCompletion response) {
-    backendClient_.status(tid(), reportingFailures(std::move(response)));
+    backendClient_.status(reportingFailures(std::move(response)));
 }
 
 void SessionAPI::commit(IdvCompletion response) {
     if (rules_.logsCommit) {
         log::debug("commit(response:)", "Calling commit");
     }
-    backendClient_.commit(tid(), reportingFailures(std::move(response)));
+    backendClient_.commit(reportingFailures(std::move(response)));
 }
 
 void SessionAPI::upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) {

@@ -80,7 +80,6 @@ private:
         std::weak_ptr<QRCodeVC> qrCodeVC;
         /// Of that screen; never null.
         std::shared_ptr<std::atomic<bool>> codeHasJoined = std::make_shared<std::atomic<bool>>(false);
-        std::string activationCode;
     };
 
     /// Reads the state, or changes it, under its lock.
@@ -101,7 +100,6 @@ private:
     void validateSendInformCallOnFailure(ResponseCode code);
     void informServerAboutSessionFailure(const ServerReportModel& reportModel, const ActivationResponse& session);
 
-    const InterfaceVersion version_;
     const SessionRules rules_;
     MireloProxy& backendClient_;
     mutable std::mutex mutex_;

@@ -1,5 +1,6 @@
 #include "Desktop.hpp"
 
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/ReadID.hpp>

@@ -4,6 +4,7 @@
 
 #include <kivo/device/Fonts.hpp>
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/platform/ui/Window.hpp>

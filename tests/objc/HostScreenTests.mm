@@ -4,6 +4,7 @@
 #include <kivo/kivo.hpp>
 #import <kivo/objc/KivoNative.h>
 #include <kivo/platform/Clock.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 

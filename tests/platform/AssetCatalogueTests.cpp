@@ -1,4 +1,4 @@
-#include "AssetCatalogue.hpp"
+#include "platform/bundle/AssetCatalogue.hpp"
 
 #include "support/TemporaryFolder.hpp"
 

@@ -1,4 +1,4 @@
-#include "linux/camera/Modules.hpp"
+#include "platform/camera/Modules.hpp"
 
 #include <kivo/simulator/Camera.hpp>
 

@@ -1,4 +1,4 @@
-#include "linux/camera/CodeScan.hpp"
+#include "platform/camera/CodeScan.hpp"
 
 #include "support/CaptureRig.hpp"
 

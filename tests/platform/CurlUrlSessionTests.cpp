@@ -1,4 +1,4 @@
-#include "linux/CurlUrlSession.hpp"
+#include "platform/curl/CurlUrlSession.hpp"
 
 #include "support/Answers.hpp"
 #include "support/TestTlsServer.hpp"

@@ -1,4 +1,4 @@
-#include "linux/DesktopWorkspace.hpp"
+#include "platform/linux/DesktopWorkspace.hpp"
 
 #include "support/Eventually.hpp"
 #include "support/TemporaryFolder.hpp"

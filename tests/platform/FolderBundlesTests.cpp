@@ -1,7 +1,7 @@
-#include "FolderBundles.hpp"
+#include "platform/bundle/FolderBundles.hpp"
 
-#include "PropertyListReader.hpp"
-#include "StringsFile.hpp"
+#include "platform/bundle/PropertyListReader.hpp"
+#include "platform/bundle/StringsFile.hpp"
 #include "support/PropertyLists.hpp"
 #include "support/RecordedDiagnostics.hpp"
 #include "support/TemporaryFolder.hpp"

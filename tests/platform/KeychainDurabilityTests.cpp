@@ -1,5 +1,5 @@
 #include "NetworkManager/KeychainWrapper.hpp"
-#include "linux/SealedValue.hpp"
+#include "platform/openssl/SealedValue.hpp"
 #include "support/KeychainFixture.hpp"
 
 #include <gmock/gmock.h>

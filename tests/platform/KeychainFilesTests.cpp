@@ -1,7 +1,7 @@
-#include "linux/DeviceIdentifier.hpp"
+#include "platform/linux/DeviceIdentifier.hpp"
 #include "support/KeychainFixture.hpp"
 
-#include <kivo/platform/Services.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>

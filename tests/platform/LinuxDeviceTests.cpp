@@ -1,6 +1,6 @@
-#include "linux/LinuxDevice.hpp"
+#include "platform/linux/LinuxDevice.hpp"
 
-#include "linux/InterfaceNames.hpp"
+#include "platform/linux/InterfaceNames.hpp"
 #include "support/RecordedDiagnostics.hpp"
 #include "support/TemporaryFolder.hpp"
 

@@ -1,4 +1,4 @@
-#include "linux/NetlinkReachability.hpp"
+#include "platform/linux/NetlinkReachability.hpp"
 
 #include "support/Eventually.hpp"
 

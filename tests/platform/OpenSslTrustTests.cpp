@@ -1,6 +1,6 @@
-#include "linux/OpenSslTrust.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
 
-#include "linux/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
 
 #include <gtest/gtest.h>
 #include <openssl/core_names.h>

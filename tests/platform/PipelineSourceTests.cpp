@@ -1,6 +1,8 @@
-#include "linux/camera/VideoDevices.hpp"
+#include "platform/camera/VideoDevices.hpp"
 #include "support/CaptureRig.hpp"
 #include "support/TemporaryFolder.hpp"
+
+#include <kivo/platform/LinuxServices.hpp>
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "linux/SealedValue.hpp"
+#include "platform/openssl/SealedValue.hpp"
 #include "support/KeychainFixture.hpp"
 
 #include <fcntl.h>

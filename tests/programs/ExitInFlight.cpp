@@ -1,7 +1,7 @@
 // Exits with requests under way. Arguments: how to exit, an address that never answers, one that answers at once, and
 // the certificate to trust.
 
-#include "linux/CurlUrlSession.hpp"
+#include "platform/curl/CurlUrlSession.hpp"
 
 #include <unistd.h>
 

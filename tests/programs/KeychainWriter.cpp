@@ -2,7 +2,7 @@
 // each step towards it that the system sees. Arguments: the keychain's folder, and the number of the step before which
 // the program kills itself (0: none).
 
-#include "linux/SqliteKeychain.hpp"
+#include "platform/sqlite/SqliteKeychain.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

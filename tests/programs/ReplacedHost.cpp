@@ -1,6 +1,6 @@
 // A host whose file is gone while it runs, as after an upgrade: says which bundle it finds beside where it was.
 
-#include "FolderBundles.hpp"
+#include "platform/bundle/FolderBundles.hpp"
 
 #include <kivo/platform/Diagnostics.hpp>
 

@@ -1,4 +1,4 @@
-#include "Configuration/environment/ApplicationInformation.hpp"
+#include "Configuration/session/ApplicationInformation.hpp"
 #include "impl/SessionAPI.hpp"
 #include "support/HostFixture.hpp"
 

@@ -1,10 +1,12 @@
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
 #include "support/ForgedCertificate.hpp"
 #include "support/HostFixture.hpp"
 #include "support/PropertyLists.hpp"
 #include "support/TestTlsServer.hpp"
+
+#include <kivo/platform/LinuxServices.hpp>
 
 #include <gmock/gmock.h>
 
@@ -239,7 +241,7 @@ TEST_F(Pinning, EveryOperationTellsAMismatchFromOtherFailures) {
         writeList(listOf({service.pins().leaf}));
         service.clearFaults();
         ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
-        NetworkManager::shared().retryLimit = 3;
+        Attempts::shared().setRetryLimit(3);
         service.inject(endpoint, Fault::reset());
         const auto failed = answerTo(call);
         EXPECT_FALSE(failed.outcome);

@@ -1,5 +1,5 @@
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
@@ -55,7 +55,7 @@ TEST_F(SessionConcurrency, NoAttemptIsLostOrToldTwice) {
     constexpr int attempts = 60;
     const auto session = KivoSDK::load("KEY", "18");
     ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
-    NetworkManager::shared().retryLimit = attempts;
+    Attempts::shared().setRetryLimit(attempts);
     const auto stored = storedSession();
     {
         std::vector<std::jthread> threads;
@@ -67,7 +67,7 @@ TEST_F(SessionConcurrency, NoAttemptIsLostOrToldTwice) {
             });
         }
     }
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 0);
+    EXPECT_EQ(Attempts::shared().retryLimit(), 0);
     ASSERT_TRUE(service.waitForRequests(1 + attempts, 60s));
     std::multiset<std::string> notices;
     for (const auto& request : requestsTo(simulator::Endpoint::update)) {

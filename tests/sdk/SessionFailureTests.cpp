@@ -1,4 +1,4 @@
-#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
@@ -52,7 +52,7 @@ protected:
         if (endpoint != Endpoint::join) {
             ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
         }
-        NetworkManager::shared().retryLimit = 3;
+        Attempts::shared().setRetryLimit(3);
     }
 
     /// An object of 80,000 members, which is more than is read.
@@ -188,7 +188,7 @@ TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
                 EXPECT_EQ(answerTo(operation.call).code(), operation.transportFailure) << name(operation.endpoint);
             }
         }
-        EXPECT_EQ(NetworkManager::shared().retryLimit, 2) << "an upload counts wherever it leads";
+        EXPECT_EQ(Attempts::shared().retryLimit(), 2) << "an upload counts wherever it leads";
     }
     Deployment::install({.joinPages = {"", "", "no page", ""}});
     EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);

@@ -1,7 +1,7 @@
-#include "Configuration/environment/ApplicationInformation.hpp"
-#include "Configuration/environment/Config.hpp"
 #include "Configuration/logging/Log.hpp"
-#include "NetworkManager/NetworkManager.hpp"
+#include "Configuration/session/ApplicationInformation.hpp"
+#include "Configuration/session/Config.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "impl/SessionAPI.hpp"
 #include "services/mirelo/impl/KivoBE.hpp"
@@ -9,6 +9,7 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/simulator/Reachability.hpp>
 
@@ -162,7 +163,7 @@ TEST_F(SessionJournal, EveryVersionSaysSendsAndAnswersWhatItShould) {
         api.upload(AcquisitionObject::documentBackImage, "QUJD", response);
     };
     const auto lastUpload = [upload](SessionAPI& api, auto response) {
-        NetworkManager::shared().retryLimit = 1;
+        Attempts::shared().setRetryLimit(1);
         upload(api, response);
     };
     constexpr std::string_view session =

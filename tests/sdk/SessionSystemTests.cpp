@@ -2,6 +2,8 @@
 #include "support/HostFixture.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
+#include <kivo/platform/LinuxServices.hpp>
+
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>

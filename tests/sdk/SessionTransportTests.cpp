@@ -1,5 +1,5 @@
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/Eventually.hpp"
 #include "support/HostFixture.hpp"
@@ -38,7 +38,7 @@ TEST_F(SessionTransport, NothingIsSentTwice) {
     };
     for (const auto& [endpoint, call] : all) {
         SCOPED_TRACE(name(endpoint));
-        NetworkManager::shared().retryLimit = 3;
+        Attempts::shared().setRetryLimit(3);
         const auto earlier = requestsTo(endpoint).size();
         answerTo(call);
         ASSERT_TRUE(test::eventually([&] { return requestsTo(endpoint).size() > earlier; }));

@@ -1,5 +1,5 @@
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/KeychainWrapper.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
@@ -87,7 +87,7 @@ TEST_F(SessionWire, AppliesTheRetryLimitOfTheAnswer) {
         {"{}", false, 77},
     };
     for (const auto& row : rows) {
-        NetworkManager::shared().retryLimit = 77;
+        Attempts::shared().setRetryLimit(77);
         service.clearFaults();
         service.inject(Endpoint::join, simulator::Fault::answer(R"({"response-type":"data","tid":"T1","idp-config":)" +
                                                                 row.idpConfig + "}"));
@@ -95,7 +95,7 @@ TEST_F(SessionWire, AppliesTheRetryLimitOfTheAnswer) {
         ASSERT_TRUE(joined.succeeded(IdvEvents::JOIN_SESSION)) << row.idpConfig;
         EXPECT_EQ((*joined.outcome)->data(), "T1");
         EXPECT_EQ(KivoSDK::shouldApplyRetryLimit(), row.applies) << row.idpConfig;
-        EXPECT_EQ(NetworkManager::shared().retryLimit, row.limit) << row.idpConfig;
+        EXPECT_EQ(Attempts::shared().retryLimit(), row.limit) << row.idpConfig;
         if (row.limit < 1) {
             const auto upload = [&](auto response) { session->upload(AcquisitionObject::selfieImage, "A", response); };
             EXPECT_EQ(answerTo(upload).code(), ResponseCode::RETRY_LIMIT_REACHED) << row.idpConfig;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Configuration/logging/Settings.hpp"
-#include "NetworkManager/NetworkManager.hpp"
+#include "Configuration/settings/Settings.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
@@ -101,8 +101,8 @@ protected:
     void joinWith(const std::string& list, const std::string& idpBiodata = biodata) {
         storeJoinAnswer(R"({"response-type":"data","tid":"T1","app-config":{"app-doclist":")" + list +
                         R"("},"idp-config":{"update-endpoint":"https://update"},"idp-biodata":{)" + idpBiodata + "}}");
-        Settings::shared().shouldApplyRetryLimit = true;
-        NetworkManager::shared().retryLimit = 5;
+        Attempts::shared().setShouldApplyRetryLimit(true);
+        Attempts::shared().setRetryLimit(5);
         UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
         network->requests.clear();
     }

@@ -1,6 +1,6 @@
 #include "support/ForgedCertificate.hpp"
 
-#include "linux/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
 
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>

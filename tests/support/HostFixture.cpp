@@ -1,5 +1,7 @@
 #include "support/HostFixture.hpp"
 
+#include <kivo/platform/LinuxServices.hpp>
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>

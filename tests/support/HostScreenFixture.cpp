@@ -1,7 +1,9 @@
 #include "support/HostScreenFixture.hpp"
 
 #include "Configuration/environment/SdkBundle.hpp"
-#include "FolderBundles.hpp"
+#include "platform/bundle/FolderBundles.hpp"
+
+#include <kivo/platform/LinuxServices.hpp>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/SqliteKeychain.hpp"
+#include "platform/sqlite/SqliteKeychain.hpp"
 #include "support/RecordedDiagnostics.hpp"
 #include "support/TemporaryFolder.hpp"
 

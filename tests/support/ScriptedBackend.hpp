@@ -22,9 +22,9 @@ public:
 
     void update(const ServerReportModel& report) override { reports.push_back(report); }
 
-    void status(std::string, IdvCompletion completion) override { completion(outcome); }
+    void status(IdvCompletion completion) override { completion(outcome); }
 
-    void commit(std::string, IdvCompletion completion) override { completion(outcome); }
+    void commit(IdvCompletion completion) override { completion(outcome); }
 
     void resumeInBrowser() override {}
 

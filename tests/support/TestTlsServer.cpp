@@ -1,6 +1,6 @@
 #include "support/TestTlsServer.hpp"
 
-#include "linux/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
 #include "support/Http2Frames.hpp"
 
 #include <kivo/simulator/CertificateAuthority.hpp>

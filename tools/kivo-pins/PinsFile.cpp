@@ -1,7 +1,7 @@
 #include "PinsFile.hpp"
 
-#include "PropertyListReader.hpp"
-#include "ReadFile.hpp"
+#include "platform/bundle/PropertyListReader.hpp"
+#include "platform/posix/ReadFile.hpp"
 
 #include <plist/plist.h>
 

@@ -1,8 +1,8 @@
 #include "PublicKey.hpp"
 
 #include "NetworkManager/PublicKeyPins.hpp"
-#include "linux/OpenSslObjects.hpp"
-#include "linux/OpenSslTrust.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslTrust.hpp"
 
 #include <openssl/core_names.h>
 #include <openssl/x509v3.h>

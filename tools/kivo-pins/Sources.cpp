@@ -1,7 +1,7 @@
 #include "Sources.hpp"
 
-#include "ReadFile.hpp"
-#include "linux/OpenSslObjects.hpp"
+#include "platform/openssl/OpenSslObjects.hpp"
+#include "platform/posix/ReadFile.hpp"
 
 #include <kivo/platform/Services.hpp>
 

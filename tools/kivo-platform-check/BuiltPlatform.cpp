@@ -1,5 +1,6 @@
 #include "PlatformCheck.hpp"
 
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/platform/RunLoop.hpp>
 
 #include <fcntl.h>

@@ -14,9 +14,7 @@
 #include <kivo/platform/Workspace.hpp>
 #include <kivo/platform/ui/Fonts.hpp>
 
-#include <filesystem>
 #include <memory>
-#include <string>
 
 namespace kivo::platform {
 
@@ -52,20 +50,8 @@ KIVO_EXPORT void install(Services services);
 /// The services in force; none of the pointers is null but a vendor's. Callable from any thread.
 KIVO_EXPORT const Services& services();
 
-/// Where the Linux services find things. Every default follows the desktop's conventions.
-struct LinuxOptions {
-    /// The host's bundle folder. Empty: the folder `<executable>.bundle` beside the executable.
-    std::filesystem::path mainBundle;
-    /// Where secrets and the device identifier are kept: a folder of this user, not a link, not writable by others.
-    /// Empty: `kivo/<bundle identifier>` below `$XDG_DATA_HOME`.
-    std::filesystem::path dataFolder;
-    /// Certificates (PEM) to trust instead of the system's. Empty: `$SSL_CERT_FILE`, else the system's store.
-    std::filesystem::path trustedCertificates;
-    /// A GStreamer pipeline to take the camera's pictures from; see `makePipelineSource`. Empty: the first camera.
-    std::string cameraPipeline{};
-};
-
-/// A fresh set of the Linux services, complete but for the vendors' libraries.
-KIVO_EXPORT Services linuxServices(const LinuxOptions& options = {});
+/// A fresh set of the services of the platform that the library was built for, complete but for the vendors' libraries.
+/// Without another `install`, these are in force.
+KIVO_EXPORT Services defaultServices();
 
 } // namespace kivo::platform

@@ -1,4 +1,6 @@
-#include "ui/storyboard/Classes.hpp"
+#include "platform/ui/storyboard/Classes.hpp"
+
+#include "platform/base/Process.hpp"
 
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
@@ -32,8 +34,7 @@ StoryboardClasses knownFromTheStart() {
 
 /// Made when first asked for: a host's static initialisers may ask as well.
 StoryboardClasses& registered() {
-    static auto& all = *new StoryboardClasses{knownFromTheStart()};
-    return all;
+    return Process::current().part<StoryboardClasses>([] { return new StoryboardClasses{knownFromTheStart()}; });
 }
 
 auto& screens() {

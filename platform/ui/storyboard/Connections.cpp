@@ -1,4 +1,4 @@
-#include "ui/storyboard/Connections.hpp"
+#include "platform/ui/storyboard/Connections.hpp"
 
 #include <cxxabi.h>
 

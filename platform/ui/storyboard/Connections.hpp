@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/storyboard/Scene.hpp"
+#include "platform/ui/storyboard/Scene.hpp"
 
 #include <kivo/platform/ui/Interface.hpp>
 

@@ -1,5 +1,5 @@
 // What each class of views can be told in a storyboard.
-#include "ui/storyboard/Members.hpp"
+#include "platform/ui/storyboard/Members.hpp"
 
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>

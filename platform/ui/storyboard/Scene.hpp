@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/ViewControllerState.hpp"
-#include "ui/storyboard/Values.hpp"
+#include "platform/ui/ViewControllerState.hpp"
+#include "platform/ui/storyboard/Values.hpp"
 
 #include <kivo/platform/ui/Control.hpp>
 

@@ -1,4 +1,4 @@
-#include "ui/ViewControllerState.hpp"
+#include "platform/ui/ViewControllerState.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>

@@ -1,8 +1,8 @@
-#include "ReadFile.hpp"
-#include "ui/ViewControllerState.hpp"
-#include "ui/storyboard/Classes.hpp"
-#include "ui/storyboard/Connections.hpp"
-#include "ui/storyboard/Scene.hpp"
+#include "platform/posix/ReadFile.hpp"
+#include "platform/ui/ViewControllerState.hpp"
+#include "platform/ui/storyboard/Classes.hpp"
+#include "platform/ui/storyboard/Connections.hpp"
+#include "platform/ui/storyboard/Scene.hpp"
 
 #include <kivo/platform/ui/NavigationItem.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>

@@ -1,4 +1,4 @@
-#include "ui/storyboard/Values.hpp"
+#include "platform/ui/storyboard/Values.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "json/Json.hpp"
-#include "ui/storyboard/LayoutError.hpp"
+#include "platform/json/Json.hpp"
+#include "platform/ui/storyboard/LayoutError.hpp"
 
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/ui/Color.hpp>

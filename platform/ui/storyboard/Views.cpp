@@ -1,6 +1,6 @@
-#include "ui/storyboard/Classes.hpp"
-#include "ui/storyboard/Members.hpp"
-#include "ui/storyboard/Scene.hpp"
+#include "platform/ui/storyboard/Classes.hpp"
+#include "platform/ui/storyboard/Members.hpp"
+#include "platform/ui/storyboard/Scene.hpp"
 
 namespace kivo::platform::storyboard {
 namespace {

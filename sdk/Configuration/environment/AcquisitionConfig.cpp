@@ -1,4 +1,4 @@
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 #include <kivo/AcquisitionConfig.hpp>
 

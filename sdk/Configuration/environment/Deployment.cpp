@@ -1,4 +1,5 @@
 #include "Configuration/environment/SdkBundle.hpp"
+#include "platform/base/Process.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
@@ -17,8 +18,7 @@ struct Installed {
 };
 
 Installed& installed() {
-    static auto& place = *new Installed;
-    return place;
+    return platform::Process::current().part<Installed>([] { return new Installed; });
 }
 
 Deployment readFrom(const platform::PropertyValue::Dictionary& root) {

@@ -1,6 +1,7 @@
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/logging/Settings.hpp"
+#include "Configuration/settings/Settings.hpp"
 #include "Models/InterfaceVersion.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "impl/SessionAPI.hpp"
 
 #include <kivo/KivoAPIProvider.hpp>
@@ -73,11 +74,11 @@ void KivoSDK::setRequestedSDKVersion(std::string version) {
 }
 
 bool KivoSDK::shouldApplyRetryLimit() {
-    return Settings::shared().shouldApplyRetryLimit;
+    return Attempts::shared().shouldApplyRetryLimit();
 }
 
 void KivoSDK::setShouldApplyRetryLimit(bool apply) {
-    Settings::shared().shouldApplyRetryLimit = apply;
+    Attempts::shared().setShouldApplyRetryLimit(apply);
 }
 
 } // namespace kivo

@@ -1,5 +1,8 @@
 #include "Configuration/logging/Log.hpp"
 
+#include "Configuration/settings/Settings.hpp"
+#include "platform/base/Process.hpp"
+
 #include <cstdio>
 
 namespace kivo::log {
@@ -28,6 +31,10 @@ std::string_view lastComponentOf(std::string_view path) {
 }
 
 } // namespace
+
+LogLevel threshold() {
+    return platform::Process::current().part<LogLevel>([] { return new LogLevel{Settings::shared().logLevel}; });
+}
 
 std::string format(LogLevel level, std::string_view file, unsigned line, std::string_view function,
                    std::string_view message) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Configuration/logging/Settings.hpp"
-
 #include <kivo/LogLevel.hpp>
 
 #include <concepts>
@@ -14,10 +12,12 @@
 
 namespace kivo::log {
 
-/// Whether lines of this level are printed. The threshold is taken from the settings at the first question.
+/// The threshold of this process, taken from the settings at the first question.
+LogLevel threshold();
+
+/// Whether lines of this level are printed.
 inline bool enabled(LogLevel level) {
-    static const LogLevel threshold = Settings::shared().logLevel;
-    return threshold <= level;
+    return threshold() <= level;
 }
 
 /// A log line as it is printed, without the line feed.

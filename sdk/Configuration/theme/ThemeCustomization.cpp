@@ -1,3 +1,5 @@
+#include "platform/base/Process.hpp"
+
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/Services.hpp>
 
@@ -26,8 +28,9 @@ std::shared_ptr<platform::readid::UIResources> vendorResources() {
 }
 
 std::atomic<DocumentListConfigurationStatus>& listStatus() {
-    static std::atomic status = DocumentListConfigurationStatus::notConfigured;
-    return status;
+    using Status = std::atomic<DocumentListConfigurationStatus>;
+    return platform::Process::current().part<Status>(
+        [] { return new Status{DocumentListConfigurationStatus::notConfigured}; });
 }
 
 } // namespace
@@ -49,8 +52,8 @@ ThemeCustomization::ThemeCustomization()
     , faceVerificationUICustomization{vendorDefaults()} {}
 
 const std::shared_ptr<platform::readid::UIResources>& ThemeCustomization::passportScanViewCustomization() {
-    static const auto& resources = *new auto(vendorResources());
-    return resources;
+    using Shared = std::shared_ptr<platform::readid::UIResources>;
+    return platform::Process::current().part<Shared>([] { return new Shared{vendorResources()}; });
 }
 
 DocumentListConfigurationStatus ThemeCustomization::documentListConfigurationStatus() {

@@ -1,7 +1,7 @@
 #include "services/acquisition/RetryLimit.hpp"
 
-#include "Configuration/logging/Settings.hpp"
-#include "NetworkManager/NetworkManager.hpp"
+#include "NetworkManager/Attempts.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "ui/Alerts.hpp"
 
 #include <kivo/platform/Services.hpp>
@@ -11,13 +11,19 @@
 namespace kivo {
 
 bool refusesFurtherAttempt(platform::ViewController& screen) {
-    if (!Settings::shared().shouldApplyRetryLimit || NetworkManager::shared().retryLimit >= 1) {
+    if (!Attempts::shared().areUsedUp()) {
         return false;
     }
     const auto texts = platform::services().bundles->main();
     ui::showAlert(screen, texts->localizedString("Retry_Limit_Title"), texts->localizedString("Retry_Limit_Message"),
                   {"OK"}, [](std::size_t) {});
     return true;
+}
+
+void countAttempt(const std::optional<ActivationResponse>& session) {
+    if (session && Attempts::shared().shouldApplyRetryLimit()) {
+        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*session);
+    }
 }
 
 } // namespace kivo

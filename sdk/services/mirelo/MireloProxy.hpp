@@ -26,8 +26,8 @@ public:
     /// Reports a failure to the session. Sent once; nobody is told how it went.
     virtual void update(const ServerReportModel& reportModel) = 0;
 
-    virtual void status(std::string tid, IdvCompletion completion) = 0;
-    virtual void commit(std::string tid, IdvCompletion completion) = 0;
+    virtual void status(IdvCompletion completion) = 0;
+    virtual void commit(IdvCompletion completion) = 0;
     virtual void resumeInBrowser() = 0;
     virtual void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) = 0;
     virtual void reset() = 0;

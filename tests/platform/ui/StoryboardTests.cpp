@@ -1,4 +1,4 @@
-#include "FolderBundle.hpp"
+#include "platform/bundle/FolderBundle.hpp"
 #include "support/ScreenFixture.hpp"
 #include "support/TemporaryFolder.hpp"
 

@@ -1,6 +1,6 @@
-#include "ui/TextEstimate.hpp"
+#include "platform/ui/TextEstimate.hpp"
 
-#include "linux/FontconfigFonts.hpp"
+#include "platform/linux/FontconfigFonts.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "Configuration/logging/Settings.hpp"
-#include "NetworkManager/NetworkManager.hpp"
+#include "Configuration/settings/Settings.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 #include "support/PropertyLists.hpp"
 #include "support/ScanScreens.hpp"
@@ -139,8 +139,8 @@ TEST_F(FaceScanScreen, DoesNotScanWithoutATokenOrAnAttempt) {
     EXPECT_FALSE(hasOverlay()) << "the overlay goes with the screen";
 
     joinWith(R"("facemap-token":"token")");
-    Settings::shared().shouldApplyRetryLimit = true;
-    NetworkManager::shared().retryLimit = 0;
+    Attempts::shared().setShouldApplyRetryLimit(true);
+    Attempts::shared().setRetryLimit(0);
     screen = shown();
     outlet<Button>(*screen, "nextButton")->tap();
     settle();
@@ -331,16 +331,16 @@ TEST_F(FaceScanScreen, TellsTheLibraryHowTheUploadGoes) {
 }
 
 TEST_F(FaceScanScreen, CountsTheAttemptWhereAttemptsAreLimited) {
-    NetworkManager::shared().retryLimit = 2;
+    Attempts::shared().setRetryLimit(2);
     pressNext(*shown());
     handOver();
     EXPECT_EQ(sessions->requests.size(), 1U);
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 2);
-    Settings::shared().shouldApplyRetryLimit = true;
+    EXPECT_EQ(Attempts::shared().retryLimit(), 2);
+    Attempts::shared().setShouldApplyRetryLimit(true);
     handOver();
     ASSERT_EQ(sessions->requests.size(), 3U);
     EXPECT_EQ(sessions->requests.back().request.url, "https://idp.example/update");
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 1);
+    EXPECT_EQ(Attempts::shared().retryLimit(), 1);
 }
 
 TEST_F(FaceScanScreen, DropsTheUploadWhenTheLibraryCancelsOrScansAgain) {

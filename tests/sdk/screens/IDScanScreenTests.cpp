@@ -1,5 +1,5 @@
-#include "Configuration/logging/Settings.hpp"
-#include "NetworkManager/NetworkManager.hpp"
+#include "Configuration/settings/Settings.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "support/ScanScreens.hpp"
 
@@ -73,8 +73,8 @@ TEST_F(IDScanScreen, ReportsWhatKeepsItFromScanning) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         joinWith(row.settings);
-        Settings::shared().shouldApplyRetryLimit = row.isLimited;
-        NetworkManager::shared().retryLimit = 0;
+        Attempts::shared().setShouldApplyRetryLimit(row.isLimited);
+        Attempts::shared().setRetryLimit(0);
         vendor->makesScreens = row.vendorMakesScreens;
         begun();
         EXPECT_EQ(reports->heard, row.reported);
@@ -169,12 +169,12 @@ TEST_F(IDScanScreen, DealsWithTheServersAnswer) {
 }
 
 TEST_F(IDScanScreen, PostsTheScan) {
-    Settings::shared().shouldApplyRetryLimit = true;
-    NetworkManager::shared().retryLimit = 1;
+    Attempts::shared().setShouldApplyRetryLimit(true);
+    Attempts::shared().setRetryLimit(1);
     begun();
     handOver();
     ASSERT_EQ(sessions->requests.size(), 1U) << "and counts no attempt";
-    EXPECT_EQ(NetworkManager::shared().retryLimit, 1);
+    EXPECT_EQ(Attempts::shared().retryLimit(), 1);
     const auto& request = sessions->requests.back().request;
     EXPECT_EQ(request.method, "POST");
     EXPECT_EQ(request.url, "https://id.example/idscan-only");

@@ -1,21 +1,20 @@
 #include "services/mirelo/impl/KivoBE.hpp"
 
-#include "Configuration/environment/ApplicationInformation.hpp"
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/session/ApplicationInformation.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
-#include "NetworkManager/TransportFailure.hpp"
+#include "platform/base/Process.hpp"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/Text.hpp>
 #include <kivo/platform/Url.hpp>
 
-#include <charconv>
-#include <cstdint>
 #include <utility>
 
 namespace kivo {
@@ -50,37 +49,18 @@ json::Object objectOf(const std::vector<std::pair<std::string, std::string>>& te
     return object;
 }
 
-/// A signed decimal number; 0 for any text that is not wholly one within 64 bits.
-std::int64_t retryLimitIn(std::string_view text) {
-    if (text.starts_with('+')) {
-        text.remove_prefix(1);
-        if (text.starts_with('-')) {
-            return 0;
-        }
-    }
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc{} && end == text.data() + text.size() ? number : 0;
-}
-
-void applyRetryLimit(const ActivationResponse& session) {
-    const auto limit = session.idpConfig.find(ResponseKeys::retryLimit);
-    Settings::shared().shouldApplyRetryLimit = limit != session.idpConfig.end();
-    if (limit == session.idpConfig.end()) {
-        return;
-    }
-    const auto number = retryLimitIn(limit->second);
-    NetworkManager::shared().retryLimit = number;
-    log::debug("setServerRetryLimit()", [&] { return "server retry limit " + std::to_string(number); });
-}
-
 } // namespace
 
 KivoBE& KivoBE::shared(InterfaceVersion version) {
-    static auto* const clients = new std::array<KivoBE, allInterfaceVersions.size()>{
-        KivoBE{InterfaceVersion::v140}, KivoBE{InterfaceVersion::v150}, KivoBE{InterfaceVersion::v160},
-        KivoBE{InterfaceVersion::v170}, KivoBE{InterfaceVersion::v180}};
-    return (*clients)[static_cast<std::size_t>(version)];
+    using Clients = std::array<std::unique_ptr<KivoBE>, allInterfaceVersions.size()>;
+    const auto& clients = platform::Process::current().part<Clients>([] {
+        auto all = std::make_unique<Clients>();
+        for (const auto each : allInterfaceVersions) {
+            (*all)[static_cast<std::size_t>(each)] = std::make_unique<KivoBE>(each);
+        }
+        return all.release();
+    });
+    return *clients[static_cast<std::size_t>(version)];
 }
 
 KivoBE::KivoBE(InterfaceVersion version)
@@ -140,7 +120,7 @@ IdvOutcome KivoBE::judgeJoin(JoinDone done) const {
         log::debug(function, [&] { return session->encode(); });
         return failed(responseCodeNamed(session->responseCode));
     }
-    applyRetryLimit(*session);
+    Attempts::shared().apply(*session);
     return succeeded(session->tId, IdvEvents::JOIN_SESSION);
 }
 
@@ -187,7 +167,7 @@ void KivoBE::update(std::string tid, std::string action, std::string message, Id
          completion);
 }
 
-void KivoBE::status(std::string /*tid*/, IdvCompletion completion) {
+void KivoBE::status(IdvCompletion completion) {
     send({.function = "status(tid:Completion:)",
           .name = "STATUS",
           .endpoint = ResponseKeys::statusEndpoint,
@@ -196,7 +176,7 @@ void KivoBE::status(std::string /*tid*/, IdvCompletion completion) {
          completion);
 }
 
-void KivoBE::commit(std::string /*tid*/, IdvCompletion completion) {
+void KivoBE::commit(IdvCompletion completion) {
     send({.function = "commit(tid:Completion:)",
           .name = "COMMIT",
           .endpoint = ResponseKeys::resumeEndpoint,
@@ -232,13 +212,15 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     const auto session = storedSession();
     const auto url = session ? settingIn(session->idpBiodata, ResponseKeys::biodataEndpoint) : std::string{};
     log::debug(function, [&] { return "upload url " + url; });
-    if (NetworkManager::shared().retryLimit < 1) {
-        completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
-        return;
-    }
-    if (!session) {
+    auto& attempts = Attempts::shared();
+    if (!session && attempts.retryLimit() >= 1) {
         log::debug(function, "upload biodata failed");
         completion(failed(ResponseCode::BIODATA_UPLOAD_FAILED));
+        return;
+    }
+    const auto remaining = attempts.take();
+    if (!remaining) {
+        completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
         return;
     }
     json::Object body;
@@ -252,9 +234,7 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     NetworkManager::shared().sendRequest(
         url, body, [finish](const platform::Data& answer) { finish(ErrorManager::refusalIn(answer)); },
         [finish](const TransportError& error) { finish(codeOf(error.cause, ResponseCode::BIODATA_UPLOAD_FAILED)); });
-    if (const auto current = storedSession()) {
-        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*current);
-    }
+    CommunicationSecurityManager::shared().tellRemainingAttempts(*remaining, *session);
 }
 
 void KivoBE::resumeInBrowser() {

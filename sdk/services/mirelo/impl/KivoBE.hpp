@@ -27,8 +27,8 @@ public:
               IdvCompletion sessionResponseCompletion) override;
     void update(std::string tid, std::string action, std::string message, IdvCompletion completion) override;
     void update(const ServerReportModel& reportModel) override;
-    void status(std::string tid, IdvCompletion completion) override;
-    void commit(std::string tid, IdvCompletion completion) override;
+    void status(IdvCompletion completion) override;
+    void commit(IdvCompletion completion) override;
     void resumeInBrowser() override;
     void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) override;
     void reset() override;

@@ -1,9 +1,9 @@
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 
-#include "Configuration/environment/Config.hpp"
-#include "Configuration/logging/Settings.hpp"
-#include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "Configuration/session/Config.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/StoredSession.hpp"
+#include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/ScanRequest.hpp"
 
 #include <kivo/platform/Services.hpp>
@@ -34,15 +34,6 @@ std::optional<platform::UrlRequest> enrollmentRequest(const FaceTecSessionResult
                                  {"auditTrailImage", auditTrailImage},
                                  {"lowQualityAuditTrailImage", lowQualityAuditTrailImage},
                                  {"externalDatabaseRefID", &externalDatabaseRefID}}));
-}
-
-void countAttempt() {
-    if (!Settings::shared().shouldApplyRetryLimit) {
-        return;
-    }
-    if (const auto session = storedSession()) {
-        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*session);
-    }
 }
 
 } // namespace
@@ -81,7 +72,9 @@ void EnrollmentProcessor::processSessionWhileFaceTecSDKWaits(std::shared_ptr<Fac
                 [callback](const std::string& blob) { return callback->onFaceScanResultProceedToNextStep(blob); },
             .cancel = [callback] { callback->onFaceScanResultCancel(); },
             .uploadProgress = [callback](float fraction) { callback->onFaceScanUploadProgress(fraction); }});
-    countAttempt();
+    if (Attempts::shared().shouldApplyRetryLimit()) {
+        countAttempt(storedSession());
+    }
     explainSlowUpload(callback);
 }
 

@@ -1,4 +1,4 @@
-#include "ui/DynamicType.hpp"
+#include "Configuration/theme/DynamicType.hpp"
 
 #include <kivo/FinalStatusVC.hpp>
 #include <kivo/platform/Services.hpp>

@@ -1,6 +1,7 @@
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/theme/DynamicType.hpp"
 #include "Configuration/theme/ThemeHelpers.hpp"
 #include "Models/ErrorManager.hpp"
 #include "services/acquisition/RetryLimit.hpp"
@@ -9,7 +10,6 @@
 #include "services/acquisition/facemap/facetec/ScanFailures.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "ui/ActivityOverlay.hpp"
-#include "ui/DynamicType.hpp"
 #include "ui/Leaving.hpp"
 
 #include <kivo/platform/Services.hpp>

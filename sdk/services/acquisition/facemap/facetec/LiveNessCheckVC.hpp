@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "services/acquisition/Settlement.hpp"
 #include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
-#include "ui/ThemeApplication.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ui/Interface.hpp>

@@ -1,6 +1,6 @@
 #include "services/acquisition/facemap/facetec/PhotoIDScanProcessor.hpp"
 
-#include "Configuration/environment/Config.hpp"
+#include "Configuration/session/Config.hpp"
 #include "services/acquisition/facemap/facetec/ScanRequest.hpp"
 
 #include <kivo/platform/Services.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 #include <cstddef>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "services/acquisition/facemap/facetec/ScanProcessor.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "NetworkManager/TransportFailure.hpp"
+#include "NetworkManager/RequestSender.hpp"
 #include "services/acquisition/facemap/facetec/ScanAnswer.hpp"
 
 #include <kivo/platform/Services.hpp>

@@ -1,7 +1,7 @@
 #include "services/acquisition/facemap/facetec/ScanRequest.hpp"
 
-#include "Configuration/environment/Config.hpp"
-#include "json/Json.hpp"
+#include "Configuration/session/Config.hpp"
+#include "platform/json/Json.hpp"
 
 #include <kivo/platform/Services.hpp>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Process.hpp"
+
 #include <atomic>
 
 namespace kivo {
@@ -11,8 +13,7 @@ enum class FaceAuthStatus { faceAuthSuccess = 0, faceAuthFailedOrInitialized = 1
 class UIStateManager {
 public:
     static UIStateManager& shared() {
-        static auto& manager = *new UIStateManager;
-        return manager;
+        return platform::Process::current().part<UIStateManager>([] { return new UIStateManager; });
     }
 
     // Atomic because a join's outcome, on the transport's thread, resets what the screens read on the main one.

@@ -1,5 +1,4 @@
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/logging/Settings.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
@@ -104,9 +103,7 @@ void AuthMenuVC::readingDidEnd(const readid::ReadIDResult& result) {
     } else {
         readingDidFail(result.error());
     }
-    if (Settings::shared().shouldApplyRetryLimit && qrCodeResponse_) {
-        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*qrCodeResponse_);
-    }
+    countAttempt(qrCodeResponse_);
 }
 
 void AuthMenuVC::readingDidSucceed(const readid::SuccessValue& value) {

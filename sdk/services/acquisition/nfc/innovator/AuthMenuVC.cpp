@@ -1,13 +1,13 @@
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/theme/DynamicType.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/ReadingFlow.hpp"
 #include "ui/ActivityOverlay.hpp"
-#include "ui/DynamicType.hpp"
 #include "ui/Leaving.hpp"
 
 #include <kivo/platform/Services.hpp>

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "Models/ActivationSessionModel.hpp"
 #include "services/acquisition/Settlement.hpp"
 #include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
 #include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
-#include "ui/ThemeApplication.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ReadID.hpp>

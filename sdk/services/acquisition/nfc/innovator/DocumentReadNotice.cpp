@@ -2,7 +2,6 @@
 
 #include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/StoredSession.hpp"
-#include "NetworkManager/TransportFailure.hpp"
 
 #include <kivo/platform/Services.hpp>
 

@@ -1,6 +1,6 @@
 #include "services/acquisition/qr/inhouse/QRCodeData.hpp"
 
-#include "json/Json.hpp"
+#include "platform/json/Json.hpp"
 
 namespace kivo {
 

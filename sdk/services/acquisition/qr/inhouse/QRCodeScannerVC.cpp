@@ -1,8 +1,8 @@
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
 
+#include "Configuration/theme/DynamicType.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeData.hpp"
 #include "ui/CloseConfirmation.hpp"
-#include "ui/DynamicType.hpp"
 #include "ui/Leaving.hpp"
 
 #include <kivo/platform/Services.hpp>

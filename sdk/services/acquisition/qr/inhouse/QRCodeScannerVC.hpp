@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "services/acquisition/qr/inhouse/QRScannerVCDelegate.hpp"
 #include "services/acquisition/qr/inhouse/QRScannerView.hpp"
-#include "ui/ThemeApplication.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ui/Interface.hpp>

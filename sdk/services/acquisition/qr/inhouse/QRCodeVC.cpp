@@ -1,9 +1,9 @@
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/theme/DynamicType.hpp"
 #include "services/acquisition/qr/inhouse/ActivationCode.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
-#include "ui/DynamicType.hpp"
 #include "ui/Keyboard.hpp"
 #include "ui/Leaving.hpp"
 

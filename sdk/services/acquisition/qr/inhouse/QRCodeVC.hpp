@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "services/acquisition/qr/inhouse/CodeBoxes.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVCDelegate.hpp"
 #include "services/acquisition/qr/inhouse/QRScannerVCDelegate.hpp"
-#include "ui/ThemeApplication.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ui/Interface.hpp>

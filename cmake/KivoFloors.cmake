@@ -1,0 +1,51 @@
+# The floors of the house. Each floor is a target of its own and sees its own headers and those of the floors that it
+# names, and no others: an include that points up does not compile.
+#
+# The headers of a floor are offered in a folder of the build tree, under the path by which they are included. What lies
+# there is one line that leads to the header in the source tree, so that messages and debuggers name the source tree.
+
+# kivo_floor(NAME ROOT dir [ROOMS dir...] [HEADERS file...] [STANDS_ON floor...] [LIBRARIES library...])
+#   ROOT       the folder from which the floor's headers are included
+#   ROOMS      the folders of the floor, below ROOT, with all that lies in them
+#   EXCEPT     a pattern of paths in ROOMS that belong to other targets
+#   HEADERS    the public headers that the floor defines, below include/
+#   STANDS_ON  the floors below that this one may include and call
+#   LIBRARIES  the libraries outside the project that the floor is built on
+function(kivo_floor name)
+  cmake_parse_arguments(PARSE_ARGV 1 floor "" "ROOT;EXCEPT" "ROOMS;HEADERS;STANDS_ON;LIBRARIES")
+  set(offered ${PROJECT_BINARY_DIR}/floors/${name})
+  set(sources)
+  foreach(room IN LISTS floor_ROOMS)
+    file(GLOB_RECURSE found CONFIGURE_DEPENDS ${floor_ROOT}/${room}/*.cpp)
+    file(GLOB_RECURSE headers RELATIVE ${floor_ROOT} CONFIGURE_DEPENDS ${floor_ROOT}/${room}/*.hpp)
+    if(floor_EXCEPT)
+      list(FILTER found EXCLUDE REGEX ${floor_EXCEPT})
+      list(FILTER headers EXCLUDE REGEX ${floor_EXCEPT})
+    endif()
+    list(APPEND sources ${found})
+    foreach(header IN LISTS headers)
+      kivo_offer_header(${offered} ${header} ${floor_ROOT}/${header})
+    endforeach()
+  endforeach()
+  foreach(header IN LISTS floor_HEADERS)
+    kivo_offer_header(${offered} ${header} ${PROJECT_SOURCE_DIR}/include/${header})
+  endforeach()
+  list(TRANSFORM floor_STANDS_ON PREPEND kivo_floor_)
+  if(sources)
+    add_library(kivo_floor_${name} OBJECT ${sources})
+    target_include_directories(kivo_floor_${name} PUBLIC ${offered})
+    target_compile_definitions(kivo_floor_${name} PRIVATE KIVO_SDK_VERSION="${PROJECT_VERSION}")
+    target_link_libraries(kivo_floor_${name} PUBLIC ${floor_STANDS_ON} PRIVATE kivo_compiler ${floor_LIBRARIES})
+    set_property(GLOBAL APPEND PROPERTY KIVO_OBJECTS $<TARGET_OBJECTS:kivo_floor_${name}>)
+  else()
+    add_library(kivo_floor_${name} INTERFACE)
+    target_include_directories(kivo_floor_${name} INTERFACE ${offered})
+    target_link_libraries(kivo_floor_${name} INTERFACE ${floor_STANDS_ON})
+  endif()
+  set_property(GLOBAL APPEND PROPERTY KIVO_FLOORS ${name})
+  set_property(GLOBAL APPEND PROPERTY KIVO_FLOOR_LIBRARIES ${floor_LIBRARIES})
+endfunction()
+
+function(kivo_offer_header offered path file)
+  file(CONFIGURE OUTPUT ${offered}/${path} CONTENT "#include \"${file}\"\n")
+endfunction()

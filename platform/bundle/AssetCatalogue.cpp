@@ -1,0 +1,197 @@
+#include "platform/bundle/AssetCatalogue.hpp"
+
+#include "platform/json/Json.hpp"
+#include "platform/posix/ReadFile.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <fstream>
+#include <span>
+#include <stdexcept>
+#include <system_error>
+
+namespace kivo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto contentsFile = "Contents.json";
+
+/// What is wrong with a set; never leaves this file.
+class Malformed : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+json::Value readContents(const fs::path& set) {
+    const auto bytes = readFile(set / contentsFile);
+    if (!bytes || !*bytes) {
+        throw Malformed{bytes ? "does not exist" : bytes.error()};
+    }
+    auto contents = json::read(**bytes);
+    if (!contents && contents.error().isBeyondLimits()) {
+        throw Malformed{"is larger or deeper than a file of a set may be"};
+    }
+    if (!contents || contents->kind() != json::Kind::object) {
+        throw Malformed{"is no JSON with an object in it"};
+    }
+    return std::move(*contents);
+}
+
+std::span<const json::Value> entries(const json::Value& contents, const char* name) {
+    const auto* const found = contents.find(name);
+    if (found == nullptr || found->kind() != json::Kind::array) {
+        throw Malformed{"has no list \"" + std::string{name} + "\""};
+    }
+    return found->elements();
+}
+
+std::string text(const json::Value& object, const char* name) {
+    const auto* const found = object.textOf(name);
+    return found != nullptr ? *found : std::string{};
+}
+
+/// The entry for every device that is not for a certain appearance, such as a dark one.
+bool isUniversal(const json::Value& entry) {
+    return text(entry, "idiom") == "universal" && entry.find("appearances") == nullptr;
+}
+
+/// "0.5" is a fraction; "128" and "0x80" count in 255ths.
+double component(const json::Value& components, const char* name) {
+    const auto written = text(components, name);
+    const auto end = written.data() + written.size();
+    const bool isHex = written.starts_with("0x") || written.starts_with("0X");
+    const bool isFraction = written.contains('.');
+    double value = -1;
+    std::from_chars_result read{};
+    if (isHex) {
+        unsigned whole = 0;
+        read = std::from_chars(written.data() + 2, end, whole, 16);
+        value = whole;
+    } else {
+        read = std::from_chars(written.data(), end, value);
+    }
+    value = isFraction || std::string_view{name} == "alpha" ? value : value / 255;
+    const bool isLevel = value >= 0 && value <= 1; // false for a number that is none, too
+    if (read.ec != std::errc{} || read.ptr != end || !isLevel) {
+        throw Malformed{"has no usable \"" + std::string{name} + R"(" (write "0.5", "128" or "0x80"))"};
+    }
+    return value;
+}
+
+Color readColor(const fs::path& set) {
+    const auto contents = readContents(set);
+    for (const auto& entry : entries(contents, "colors")) {
+        const auto* const color = isUniversal(entry) ? entry.find("color") : nullptr;
+        if (color == nullptr) {
+            continue;
+        }
+        const json::Value none;
+        const auto* const found = color->find("components");
+        const auto& components = found != nullptr ? *found : none;
+        return {.red = component(components, "red"),
+                .green = component(components, "green"),
+                .blue = component(components, "blue"),
+                .alpha = component(components, "alpha")};
+    }
+    throw Malformed{"has no universal colour"};
+}
+
+/// In points, of a PNG file of so many pixels a point; zero for other files, absent for a PNG file with an impossible
+/// size.
+std::optional<Size> pictureSize(const fs::path& path, double scale) {
+    std::array<unsigned char, 24> header{};
+    std::ifstream file{path, std::ios::binary};
+    file.read(reinterpret_cast<char*>(header.data()), header.size());
+    constexpr std::array<unsigned char, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    if (!file || !std::ranges::equal(signature, std::span{header}.first<8>())) {
+        return Size{};
+    }
+    const auto pixels = [&](std::size_t at) {
+        std::uint32_t number = 0;
+        for (const auto byte : std::span{header}.subspan(at, 4)) {
+            number = number << 8U | byte;
+        }
+        return number;
+    };
+    const auto width = pixels(16);
+    const auto height = pixels(20);
+    constexpr std::uint32_t longestSide = (std::uint32_t{1} << 31U) - 1; // in the PNG format itself
+    if (width == 0 || height == 0 || width > longestSide || height > longestSide) {
+        return std::nullopt;
+    }
+    return Size{width / scale, height / scale};
+}
+
+double scaleOf(const json::Value& entry) {
+    const auto scale = text(entry, "scale");
+    return scale == "3x" ? 3 : scale == "2x" ? 2 : 1;
+}
+
+std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view name) {
+    const auto contents = readContents(set);
+    const json::Value* best = nullptr;
+    for (const auto& entry : entries(contents, "images")) {
+        if (isUniversal(entry) && !text(entry, "filename").empty() && (!best || scaleOf(entry) > scaleOf(*best))) {
+            best = &entry;
+        }
+    }
+    if (!best) {
+        throw Malformed{"has no universal image with a file"};
+    }
+    const fs::path file{text(*best, "filename")};
+    std::error_code error;
+    if (file.has_parent_path() || !fs::is_regular_file(set / file, error)) {
+        throw Malformed{"names the file \"" + file.string() + "\", which is not in its folder"};
+    }
+    const auto size = pictureSize(set / file, scaleOf(*best));
+    if (!size) {
+        throw Malformed{"names the file \"" + file.string() + "\", whose picture has an impossible width or height"};
+    }
+    return std::make_shared<const Image>(std::string{name}, set / file, *size);
+}
+
+/// What `read` gives, or how the set at `set` is malformed.
+template <class Read>
+auto guarded(const fs::path& set, const Read& read) -> std::expected<decltype(read()), std::string> {
+    try {
+        return read();
+    } catch (const Malformed& problem) {
+        return std::unexpected{"\"" + (set / contentsFile).string() + "\" " + problem.what()};
+    }
+}
+
+} // namespace
+
+std::expected<std::optional<Color>, std::string> AssetCatalogue::color(std::string_view name) const {
+    const auto set = find(name, ".colorset");
+    return set ? guarded(*set, [&] { return std::optional{readColor(*set)}; }) : std::optional<Color>{};
+}
+
+std::expected<std::shared_ptr<const Image>, std::string> AssetCatalogue::image(std::string_view name) const {
+    const auto set = find(name, ".imageset");
+    return set ? guarded(*set, [&] { return readImage(*set, name); }) : nullptr;
+}
+
+std::optional<fs::path> AssetCatalogue::find(std::string_view name, std::string_view kind) const {
+    const auto folder = std::string{name}.append(kind);
+    std::error_code error;
+    for (fs::directory_iterator catalogue{bundle_, error}, end; !error && catalogue != end;
+         catalogue.increment(error)) {
+        if (catalogue->path().extension() != ".xcassets") {
+            continue;
+        }
+        std::error_code inside;
+        for (fs::recursive_directory_iterator entry{catalogue->path(), inside}, last; !inside && entry != last;
+             entry.increment(inside)) {
+            if (entry->path().filename() == folder) {
+                return entry->path();
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace kivo::platform

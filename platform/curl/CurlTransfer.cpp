@@ -1,0 +1,332 @@
+#include "platform/curl/CurlTransfer.hpp"
+
+#include "platform/curl/CurlEngine.hpp"
+#include "platform/curl/CurlErrors.hpp"
+#include "platform/curl/CurlOptions.hpp"
+#include "platform/posix/ExitGuard.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+constexpr std::size_t mostRedirects = 20;
+// A delegate usually answers at once, in the handshake that asks. This long, at most, the session's other requests
+// stand still for the answer.
+constexpr std::chrono::milliseconds briefly{100};
+
+std::chrono::milliseconds shortestTimeout(const UrlRequest& request, const UrlSessionConfiguration& configuration) {
+    const auto shortest = std::min({request.timeout, configuration.requestTimeout, configuration.resourceTimeout});
+    return std::clamp<std::chrono::milliseconds>(shortest, std::chrono::milliseconds{1}, std::chrono::hours{24 * 14});
+}
+
+// To libcurl zero means no limit at all.
+long millisecondsUntil(std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    return std::max(static_cast<long>(left.count()), 1L);
+}
+
+std::string keyOf(const std::expected<Url, UrlError>& destination) {
+    return destination ? destination->host + ":" + std::to_string(destination->port) : std::string{};
+}
+
+} // namespace
+
+CurlTransfer::CurlTransfer(UrlRequest request, UrlCompletion completion, std::shared_ptr<const CurlSettings> settings,
+                           std::weak_ptr<CurlEngine> engine)
+    : request_{std::move(request)}
+    , completion_{std::move(completion)}
+    , settings_{std::move(settings)}
+    , engine_{std::move(engine)}
+    , carriesBody_{platform::carriesBody(request_)}
+    , timeout_{shortestTimeout(request_, settings_->configuration)}
+    , deadline_{std::chrono::steady_clock::now() + timeout_}
+    , limits_{.head = settings_->configuration.headLimit, .body = settings_->configuration.responseLimit}
+    , destination_{destinationOf(request_, settings_->configuration.headers)}
+    , server_{keyOf(destination_)}
+    , expected_{request_.body.size()} {}
+
+void CurlTransfer::cancel() {
+    auto expected = State::underWay;
+    if (!state_.compare_exchange_strong(expected, State::cancelled)) {
+        return;
+    }
+    if (const auto engine = engine_.lock()) {
+        engine->cancel(shared_from_this());
+    }
+}
+
+bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {
+    if (!destination_) {
+        outcome_ = std::unexpected{destination_.error()};
+        return false;
+    }
+    if (challenge_ && challenge_->verdict() == TrustChallenge::Verdict::refused) {
+        outcome_ = std::unexpected{pinMismatchError(*destination_)};
+        return false;
+    }
+    easy_ = easy;
+    sending_.emplace(easy, sockets);
+    detail_ = {};
+    answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
+    headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isAbroad_);
+    if (const auto code = setOptions(); code != CURLE_OK) {
+        concludeUnsent(code);
+        return false;
+    }
+    return true;
+}
+
+CURLcode CurlTransfer::setOptions() {
+    CurlOptions options{easy_};
+    setCommonOptions(options);
+    options.set(CURLOPT_SHARE, jar_->get());
+    options.set(CURLOPT_PRIVATE, this);
+    options.set(CURLOPT_ERRORBUFFER, detail_.data());
+    options.set(CURLOPT_URL, request_.url.c_str());
+    options.set(CURLOPT_FRESH_CONNECT, wantsFreshConnection_ ? 1L : 0L);
+    options.set(CURLOPT_TIMEOUT_MS, millisecondsUntil(deadline_));
+    if (const auto idle = settings_->configuration.idleTimeout; idle.count() > 0) {
+        options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+        options.set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(idle.count()));
+    }
+    if (auto* const lines = headerLines_->get()) {
+        options.set(CURLOPT_HTTPHEADER, lines);
+    }
+    setMethodAndBody(options);
+    setTrust(options);
+    sending_->watch(options);
+    setCallbacks(options);
+    return options.result();
+}
+
+void CurlTransfer::setCallbacks(CurlOptions& options) {
+    options.set(CURLOPT_HEADERDATA, this);
+    options.set(
+        CURLOPT_HEADERFUNCTION, +[](char* bytes, std::size_t size, std::size_t count, void* self) {
+            const std::string_view line{bytes, size * count};
+            return static_cast<CurlTransfer*>(self)->answer_.takeLine(line) ? line.size() : 0;
+        });
+    options.set(CURLOPT_WRITEDATA, this);
+    options.set(
+        CURLOPT_WRITEFUNCTION, +[](char* bytes, std::size_t size, std::size_t count, void* self) {
+            const std::string_view part{bytes, size * count};
+            return static_cast<CurlTransfer*>(self)->answer_.takeBody(part) ? part.size() : 0;
+        });
+    if (settings_->delegate && expected_ > 0) {
+        options.set(CURLOPT_NOPROGRESS, 0L);
+        options.set(CURLOPT_XFERINFODATA, this);
+        options.set(
+            CURLOPT_XFERINFOFUNCTION, +[](void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+                static_cast<CurlTransfer*>(self)->noteSent(static_cast<std::uint64_t>(sent));
+                return 0;
+            });
+    }
+}
+
+void CurlTransfer::setMethodAndBody(CurlOptions& options) {
+    if (carriesBody_) {
+        options.set(CURLOPT_POST, 1L);
+        options.set(CURLOPT_POSTFIELDS, request_.body.data());
+        options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request_.body.size()));
+    }
+    if (request_.method == "HEAD" && !carriesBody_) {
+        options.set(CURLOPT_NOBODY, 1L);
+    } else if (request_.method != (carriesBody_ ? "POST" : "GET")) {
+        options.set(CURLOPT_CUSTOMREQUEST, request_.method.c_str());
+    }
+}
+
+void CurlTransfer::setTrust(CurlOptions& options) {
+    if (!settings_->judgesServerTrust) {
+        if (!settings_->trustFile.empty()) {
+            options.set(CURLOPT_CAINFO, settings_->trustFile.c_str());
+            options.set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+        }
+        return;
+    }
+    // The peer stays verified, by nobody but the delegate: without store and without a resumed session, for which
+    // no chain would be presented.
+    options.set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
+    options.set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+    options.set(CURLOPT_SSL_VERIFYHOST, 0L);
+    options.set(CURLOPT_SSL_SESSIONID_CACHE, 0L);
+    options.set(CURLOPT_SSL_CTX_DATA, this);
+    options.set(
+        CURLOPT_SSL_CTX_FUNCTION, +[](CURL*, void* context, void* self) {
+            auto& transfer = *static_cast<CurlTransfer*>(self);
+            letJudge(static_cast<SSL_CTX*>(context), transfer);
+            return CURLE_OK;
+        });
+}
+
+bool CurlTransfer::accepts(std::vector<Data> chain) {
+    const auto engine = engine_.lock();
+    if (!engine) {
+        return false;
+    }
+    if (!judged_ || judged_->chain != chain) {
+        judged_ = std::make_shared<const ServerTrust>(destination_->host, std::move(chain));
+        challenge_ = std::make_shared<TrustChallenge>([weak = engine_] {
+            if (const auto waiting = weak.lock()) {
+                waiting->wake();
+            }
+        });
+        engine->callBack([settings = settings_, challenge = challenge_, trust = judged_] {
+            const CallbackScope scope;
+            if (scope) {
+                settings->delegate->didReceiveChallenge(trust.get(), TrustChallenge::handlerFor(challenge));
+            }
+        });
+        engine->holdUntil([this] { return isCancelled() || !awaitsVerdict(); },
+                          std::min(deadline_, std::chrono::steady_clock::now() + briefly));
+    }
+    // The verdict is read once: a verdict between two readings would let the request leave and then send it again.
+    const auto verdict = challenge_->verdict();
+    endedUnjudged_ = verdict == TrustChallenge::Verdict::open;
+    return verdict == TrustChallenge::Verdict::accepted;
+}
+
+void CurlTransfer::noteSent(std::uint64_t sent) {
+    if (sent <= sent_) {
+        return;
+    }
+    sent_ = sent;
+    // While one announcement waits in the queue, it takes the newer number along.
+    if (!announcing_.exchange(true)) {
+        if (const auto engine = engine_.lock()) {
+            engine->callBack([self = shared_from_this()] { self->announceSent(); });
+        }
+    }
+}
+
+void CurlTransfer::announceSent() {
+    const CallbackScope scope;
+    announcing_ = false;
+    const std::uint64_t sent = sent_;
+    if (scope && sent > announced_) {
+        announced_ = sent;
+        settings_->delegate->didSendBodyData(shared_from_this(), sent, expected_);
+    }
+}
+
+bool CurlTransfer::conclude(CURLcode code) {
+    if (settings_->delegate && expected_ > 0) {
+        noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
+    }
+    const bool isOver = !goesOn(code);
+    if (isOver) {
+        outcome_ = outcomeOf(code);
+    }
+    easy_ = nullptr;
+    return isOver;
+}
+
+void CurlTransfer::concludeCancelled() {
+    outcome_ = std::unexpected{cancelledError()};
+    easy_ = nullptr;
+}
+
+void CurlTransfer::concludeUnsent(CURLcode code) {
+    outcome_ = outcomeOf(code);
+    easy_ = nullptr;
+}
+
+bool CurlTransfer::goesOn(CURLcode code) {
+    if (std::exchange(endedUnjudged_, false)) {
+        return true;
+    }
+    if (sending_ && sending_->isConnectionOver()) {
+        wantsFreshConnection_ = true;
+        return true;
+    }
+    return code == CURLE_OK && answer_.isRedirect() && answer_.isWhole() && follow();
+}
+
+bool CurlTransfer::follow() {
+    const auto* const location = info<const char*>(CURLINFO_REDIRECT_URL);
+    auto address = location != nullptr ? parseUrl(location) : std::nullopt;
+    redirectFault_ = redirectError(address, *destination_);
+    if (!redirectFault_ && ++redirects_ > mostRedirects) {
+        redirectFault_ = tooManyRedirectsError(*address);
+    }
+    if (redirectFault_) {
+        return false;
+    }
+    // As browsers do: "see other" means to fetch, and only POST turns into GET at the older codes.
+    const bool isSeeOther = answer_.status() == 303 && request_.method != "HEAD";
+    if (isSeeOther || (request_.method == "POST" && answer_.status() <= 302)) {
+        request_.method = "GET";
+        request_.body = {};
+        carriesBody_ = false;
+    }
+    request_.url = location;
+    destination_ = std::move(*address);
+    const auto former = std::exchange(server_, keyOf(destination_));
+    isAbroad_ = isAbroad_ || server_ != former;
+    judged_.reset();
+    challenge_.reset();
+    return true;
+}
+
+UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
+    if (!destination_) {
+        return std::unexpected{destination_.error()};
+    }
+    if (redirectFault_) {
+        return std::unexpected{*redirectFault_};
+    }
+    if (answer_.fault() != HttpAnswer::Fault::none) {
+        return std::unexpected{answerError(answer_.fault(), limits_, *destination_)};
+    }
+    if (code != CURLE_OK && challenge_ && challenge_->verdict() == TrustChallenge::Verdict::refused) {
+        return std::unexpected{pinMismatchError(*destination_)};
+    }
+    const bool isGone = code == CURLE_HTTP2 && answer_.status() == 0;
+    if (isGone || (sending_ && sending_->wouldRepeat()) || (code == CURLE_OK && !answer_.isWhole())) {
+        return std::unexpected{connectionLostError(*destination_)};
+    }
+    if (code != CURLE_OK) {
+        return std::unexpected{urlError({.code = code,
+                                         .systemError = static_cast<int>(info<long>(CURLINFO_OS_ERRNO)),
+                                         .detail = detail_.data(),
+                                         .server = *destination_,
+                                         .timeout = timeout_,
+                                         .trustFile = settings_->trustFile})};
+    }
+    return answer_.release();
+}
+
+template <typename T>
+T CurlTransfer::info(CURLINFO which) const {
+    T value{};
+    if (easy_) {
+        curl_easy_getinfo(easy_, which, &value);
+    }
+    return value;
+}
+
+void CurlTransfer::deliver() {
+    const CallbackScope scope;
+    if (!scope) {
+        ExitGuard::shared().keep(shared_from_this());
+        return;
+    }
+    auto expected = State::underWay;
+    const bool isCancelled = !state_.compare_exchange_strong(expected, State::delivered);
+    auto outcome = isCancelled ? UrlOutcome{std::unexpected{cancelledError()}} : std::move(outcome_);
+    // A host may keep the task; the request's headers, cookies and captures go now.
+    const auto completion = std::exchange(completion_, nullptr);
+    settings_.reset();
+    request_ = {};
+    headerLines_.reset();
+    jar_.reset();
+    judged_.reset();
+    challenge_.reset();
+    if (completion) {
+        completion(std::move(outcome));
+    }
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "platform/curl/CurlHandles.hpp"
+#include "platform/curl/CurlRequest.hpp"
+#include "platform/curl/CurlSending.hpp"
+#include "platform/curl/CurlServerTrust.hpp"
+#include "platform/curl/HttpAnswer.hpp"
+
+#include <kivo/platform/UrlSession.hpp>
+
+#include <curl/curl.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kivo::platform {
+
+class CurlEngine;
+
+/// What the requests of one session share.
+struct CurlSettings {
+    UrlSessionConfiguration configuration;
+    /// Certificates to trust, PEM; empty for libcurl's own default.
+    std::string trustFile;
+    std::shared_ptr<UrlSessionDelegate> delegate;
+    bool judgesServerTrust = false;
+};
+
+/// One request, from being handed over to its completion.
+///
+/// Every exchange that libcurl runs for a transfer sends the request at most once. A redirect, a
+/// connection that had ended, and a server whose verdict came late each lead to a further exchange.
+///
+/// Belongs to the engine's thread until `conclude()`, then to the callback queue; `cancel()` comes from anywhere.
+class CurlTransfer final : public UrlSessionTask,
+                           public std::enable_shared_from_this<CurlTransfer>,
+                           private TrustJudge {
+public:
+    CurlTransfer(UrlRequest request, UrlCompletion completion, std::shared_ptr<const CurlSettings> settings,
+                 std::weak_ptr<CurlEngine> engine);
+
+    void cancel() override;
+
+    bool isCancelled() const { return state_ == State::cancelled; }
+
+    /// Host and port of the address: transfers with the same share connections. Empty when there is no point in sending
+    /// it.
+    const std::string& server() const { return server_; }
+
+    /// Whether the delegate's verdict about the server is still open.
+    bool awaitsVerdict() const { return challenge_ && challenge_->verdict() == TrustChallenge::Verdict::open; }
+
+    /// When the time for the whole exchange is up, counted from the handing over.
+    std::chrono::steady_clock::time_point deadline() const { return deadline_; }
+
+    /// Engine's thread: the rest of the public functions but `deliver()`.
+    ///
+    /// Prepares `easy` for the next exchange; false when there is no point in one. `sockets` are the engine's.
+    bool prepare(CURL* easy, CurlSockets& sockets);
+
+    /// Takes the result of the exchange that ran on the prepared handle, or why there was none. False when another
+    /// exchange follows, for which the transfer must be prepared again.
+    bool conclude(CURLcode code);
+    void concludeCancelled();
+    /// Ends a transfer for which no exchange is under way.
+    void concludeUnsent(CURLcode code);
+
+    /// The cookies of the transfer, whatever becomes of the session's meanwhile.
+    void useJar(std::shared_ptr<const CookieJar> jar) { jar_ = std::move(jar); }
+
+    const std::shared_ptr<const CookieJar>& jar() const { return jar_; }
+
+    /// Callback queue: calls the completion.
+    void deliver();
+
+private:
+    enum class State { underWay, cancelled, delivered };
+
+    CURLcode setOptions();
+    void setMethodAndBody(class CurlOptions& options);
+    void setTrust(class CurlOptions& options);
+    void setCallbacks(class CurlOptions& options);
+    bool goesOn(CURLcode code);
+    bool follow();
+    UrlOutcome outcomeOf(CURLcode code);
+    /// What the handle tells of the exchange; nothing before it has begun.
+    template <typename T>
+    T info(CURLINFO which) const;
+
+    void noteSent(std::uint64_t sent);
+    void announceSent();
+
+    bool accepts(std::vector<Data> chain) override;
+
+    UrlRequest request_;
+    UrlCompletion completion_;
+    std::shared_ptr<const CurlSettings> settings_;
+    const std::weak_ptr<CurlEngine> engine_;
+    bool carriesBody_;
+    const std::chrono::milliseconds timeout_;
+    const std::chrono::steady_clock::time_point deadline_;
+    const HttpLimits limits_;
+    std::expected<Url, UrlError> destination_;
+    std::string server_;
+    std::atomic<State> state_{State::underWay};
+
+    /// Null but during an exchange.
+    CURL* easy_ = nullptr;
+    std::optional<CurlSending> sending_;
+    std::shared_ptr<const CookieJar> jar_;
+    std::optional<CurlHeaderList> headerLines_;
+    std::array<char, CURL_ERROR_SIZE> detail_{};
+    HttpAnswer answer_;
+    std::size_t redirects_ = 0;
+    bool isAbroad_ = false;
+    std::optional<UrlError> redirectFault_;
+    bool wantsFreshConnection_ = false;
+    std::shared_ptr<const ServerTrust> judged_;
+    std::shared_ptr<TrustChallenge> challenge_;
+    bool endedUnjudged_ = false;
+    UrlOutcome outcome_;
+
+    const std::uint64_t expected_;
+    std::atomic<std::uint64_t> sent_{0};
+    std::atomic<bool> announcing_{false};
+    std::uint64_t announced_ = 0;
+};
+
+} // namespace kivo::platform

@@ -1,0 +1,101 @@
+#include "platform/curl/CurlUrlSession.hpp"
+
+#include "platform/curl/CurlEngine.hpp"
+#include "platform/curl/CurlTransfer.hpp"
+#include "platform/curl/DeliveryQueue.hpp"
+#include "platform/posix/ExitGuard.hpp"
+
+#include <curl/curl.h>
+#include <openssl/ssl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <tuple>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+class CurlUrlSession final : public UrlSession {
+public:
+    CurlUrlSession(std::shared_ptr<const CurlSettings> settings, std::shared_ptr<DispatchQueue> callbacks)
+        : settings_{std::move(settings)}
+        , engine_{CurlEngine::start(std::move(callbacks))} {}
+
+    CurlUrlSession(const CurlUrlSession&) = delete;
+    CurlUrlSession& operator=(const CurlUrlSession&) = delete;
+
+    ~CurlUrlSession() override {
+        if (isOwnProcess()) {
+            engine_->stop();
+        }
+    }
+
+    std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) override {
+        auto transfer = std::make_shared<CurlTransfer>(std::move(request), std::move(completion), settings_, engine_);
+        if (!isOwnProcess()) {
+            transfer->concludeUnsent(CURLE_FAILED_INIT);
+            transfer->deliver();
+            return transfer;
+        }
+        engine_->add(transfer);
+        return transfer;
+    }
+
+    void forgetCookies() override {
+        if (isOwnProcess()) {
+            engine_->forgetCookies();
+        }
+    }
+
+private:
+    /// The session's threads, and the locks that they held, stay with the parent of a forked process.
+    bool isOwnProcess() const { return ::getpid() == process_; }
+
+    const std::shared_ptr<const CurlSettings> settings_;
+    const std::shared_ptr<CurlEngine> engine_;
+    const pid_t process_ = ::getpid();
+};
+
+void makeLibrariesReady() {
+    static const bool areReady = [] {
+        OPENSSL_init_ssl(0, nullptr);
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        ExitGuard::shared().runAheadOfHandlersSoFar();
+        return true;
+    }();
+    std::ignore = areReady;
+}
+
+class CurlUrlSessions final : public UrlSessions {
+public:
+    explicit CurlUrlSessions(std::string trustFile)
+        : trustFile_{std::move(trustFile)} {
+        makeLibrariesReady();
+    }
+
+    std::shared_ptr<UrlSession> make(UrlSessionConfiguration configuration,
+                                     std::shared_ptr<UrlSessionDelegate> delegate,
+                                     std::shared_ptr<DispatchQueue> delegateQueue) override {
+        const bool judgesServerTrust = delegate && delegate->judgesServerTrust();
+        auto settings = std::make_shared<const CurlSettings>(
+            CurlSettings{std::move(configuration), trustFile_, std::move(delegate), judgesServerTrust});
+        auto callbacks = delegateQueue ? std::move(delegateQueue) : std::make_shared<DeliveryQueue>();
+        return std::make_shared<CurlUrlSession>(std::move(settings), std::move(callbacks));
+    }
+
+private:
+    const std::string trustFile_;
+};
+
+} // namespace
+
+std::shared_ptr<UrlSessions> makeCurlUrlSessions(std::filesystem::path trustedCertificates) {
+    auto trustFile = trustedCertificates.string();
+    if (const char* const named = trustFile.empty() ? std::getenv("SSL_CERT_FILE") : nullptr) {
+        trustFile = named;
+    }
+    return std::make_shared<CurlUrlSessions>(std::move(trustFile));
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,99 @@
+#include "platform/openssl/SealedValue.hpp"
+
+#include <kivo/platform/Keychain.hpp>
+
+#include <openssl/crypto.h>
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace kivo::platform {
+namespace {
+
+// A sealed value: this byte, the nonce, the text, the tag.
+constexpr char formatVersion = 1;
+constexpr std::size_t nonceLength = 12;
+constexpr std::size_t tagLength = 16;
+constexpr std::size_t overhead = 1 + nonceLength + tagLength;
+
+struct FreeContext {
+    void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
+};
+
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, FreeContext>;
+
+unsigned char* bytes(char* text) {
+    return reinterpret_cast<unsigned char*>(text);
+}
+
+const unsigned char* bytes(std::string_view text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+int length(std::string_view text) {
+    return static_cast<int>(text.size());
+}
+
+bool fits(std::string_view text) {
+    return text.size() <= std::numeric_limits<int>::max() - overhead;
+}
+
+} // namespace
+
+SealingKey::~SealingKey() {
+    OPENSSL_cleanse(bytes_.data(), bytes_.size());
+}
+
+void wipe(std::string& secret) {
+    // What a longer text left behind its end goes as well.
+    secret.resize(secret.capacity());
+    OPENSSL_cleanse(secret.data(), secret.size());
+    secret.clear();
+}
+
+std::optional<std::string> seal(const SealingKey& key, std::string_view identity, std::string_view value) {
+    if (!fits(identity) || !fits(value)) {
+        return std::nullopt;
+    }
+    std::string sealed(overhead + value.size(), formatVersion);
+    auto* nonce = bytes(sealed.data() + 1);
+    auto* text = nonce + nonceLength;
+    auto* tag = text + value.size();
+    int written = 0;
+    const CipherContext context{EVP_CIPHER_CTX_new()};
+    const bool done = RAND_bytes(nonce, nonceLength) == 1 &&
+                      EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
+                      EVP_EncryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
+                      EVP_EncryptUpdate(context.get(), text, &written, bytes(value), length(value)) == 1 &&
+                      EVP_EncryptFinal_ex(context.get(), tag, &written) == 1 &&
+                      EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_GET_TAG, tagLength, tag) == 1;
+    return done ? std::optional{std::move(sealed)} : std::nullopt;
+}
+
+std::optional<std::string> unseal(const SealingKey& key, std::string_view identity, std::string_view sealed) {
+    if (!fits(identity) || !fits(sealed) || sealed.size() < overhead || sealed.front() != formatVersion) {
+        return std::nullopt;
+    }
+    std::optional<std::string> value{std::in_place, sealed.size() - overhead, '\0'};
+    std::string tag{sealed.substr(sealed.size() - tagLength)};
+    const auto* nonce = bytes(sealed.substr(1));
+    const auto* text = nonce + nonceLength;
+    int written = 0;
+    const CipherContext context{EVP_CIPHER_CTX_new()};
+    const bool done = EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce) == 1 &&
+                      EVP_DecryptUpdate(context.get(), nullptr, &written, bytes(identity), length(identity)) == 1 &&
+                      EVP_DecryptUpdate(context.get(), bytes(value->data()), &written, text, length(*value)) == 1 &&
+                      EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_SET_TAG, tagLength, tag.data()) == 1 &&
+                      EVP_DecryptFinal_ex(context.get(), bytes(tag.data()), &written) == 1;
+    if (!done) {
+        wipe(*value);
+        value.reset();
+    }
+    return value;
+}
+
+} // namespace kivo::platform

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <kivo/LogLevel.hpp>
+
+#include <atomic>
+#include <mutex>
+#include <string>
+
+namespace kivo {
+
+/// The facade's process-wide settings, kept where every floor can read them.
+class Settings {
+public:
+    static Settings& shared();
+
+    std::atomic<LogLevel> logLevel = LogLevel::info;
+
+    std::string version() const;
+    void setVersion(std::string version);
+    std::string requestedSDKVersion() const;
+    void setRequestedSDKVersion(std::string version);
+
+private:
+    mutable std::mutex mutex_;
+    std::string version_ = "183";
+    std::string requestedSDKVersion_;
+};
+
+} // namespace kivo
