@@ -1,5 +1,7 @@
 #include "PlatformCheck.hpp"
 
+#include <kivo/simulator/Reachability.hpp>
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -194,7 +196,7 @@ struct BrokenSessions final : Broken<UrlSessions> {
         if (has("has one time limit")) {
             configuration.requestTimeout = 60s;
         }
-        if (has("asks nobody")) {
+        if (has("asks no delegate")) {
             delegate = nullptr;
         } else if (has("trusts every server")) {
             delegate = std::make_shared<AcceptsAll>();
@@ -212,35 +214,6 @@ struct BrokenSessions final : Broken<UrlSessions> {
     }
 
     std::shared_ptr<UrlSession> kept;
-};
-
-struct BrokenReachability final : Broken<ReachabilityService> {
-    using Broken::Broken;
-
-    Ref SCNetworkReachabilityCreateWithName(const std::string& name) override {
-        return real->SCNetworkReachabilityCreateWithName(name);
-    }
-
-    Ref SCNetworkReachabilityCreateWithAddress(const SocketAddress& address) override {
-        return real->SCNetworkReachabilityCreateWithAddress(address);
-    }
-
-    bool SCNetworkReachabilitySetCallback(const Ref& target, Callback callback, Context context) override {
-        if (has("calls for ever") && !callback) {
-            return true;
-        }
-        return real->SCNetworkReachabilitySetCallback(target, callback, has("drops the info") ? Context{} : context);
-    }
-
-    bool SCNetworkReachabilitySetDispatchQueue(const Ref& target, std::shared_ptr<DispatchQueue> queue) override {
-        return has("tells no change") || real->SCNetworkReachabilitySetDispatchQueue(target, std::move(queue));
-    }
-
-    std::optional<std::uint32_t> SCNetworkReachabilityGetFlags(const Ref& target) override {
-        return has("has no flags") ? std::nullopt : real->SCNetworkReachabilityGetFlags(target);
-    }
-
-    std::int32_t SCError() const override { return has("has no error number") ? 0 : real->SCError(); }
 };
 
 struct BrokenBundle final : Broken<Bundle> {
@@ -356,7 +329,11 @@ void breakSeam(Services& services, const Setting& setting, const std::string& se
     } else if (seam == "UrlSession") {
         breakOne<BrokenSessions>(services.urlSessions, fault);
     } else if (seam == "ReachabilityService") {
-        breakOne<BrokenReachability>(services.reachability, fault);
+        // A network of its own, which nothing switches.
+        auto network = std::make_shared<simulator::Reachability>(true);
+        network->failGetFlags(fault == "has no flags" ? 5 : 0);
+        network->failSetCallback(fault == "takes no callback" ? 5 : 0);
+        services.reachability = network;
     } else if (seam == "Bundle") {
         breakOne<BrokenBundles>(services.bundles, fault);
     } else if (seam == "Device") {
@@ -409,7 +386,7 @@ struct Fault {
 };
 
 const Fault faults[] = {
-    {"Services", "lack one", {"are all there"}},
+    {"Services", "lack one", {"are complete"}},
     {"MainQueue", "runs blocks out of order", {"runs blocks later, in the order"}},
     {"MainQueue", "runs blocks on the caller's stack", {"runs blocks later, in the order"}},
     {"MainQueue", "is current everywhere", {"takes blocks of every thread"}},
@@ -419,7 +396,7 @@ const Fault faults[] = {
     {"Clock", "goes back", {"never goes back"}},
     {"NotificationCenter", "posts nothing", {"calls the observers"}},
     {"Text", "loses characters", {"counts characters"}},
-    {"Url", "cuts ports off", {"names the server", "refuses what is no address"}},
+    {"Url", "cuts ports off", {"names the server", "refuses a text"}},
     {"Keychain", "forgets", {"adds, finds", "serves many threads"}},
     {"Keychain", "forgets changes", {"adds, finds"}},
     {"Keychain", "gives another item's value", {"keeps items apart"}},
@@ -431,7 +408,7 @@ const Fault faults[] = {
     {"Keychain", "writes values down", {"leaves no value"}},
     {"Trust", "digests wrongly", {"digests with"}},
     {"Trust", "gives the certificate for its key", {"gives keys"}},
-    {"Trust", "names every host", {"knows for whom"}},
+    {"Trust", "names every host", {"tells whom"}},
     {"UrlSession", "never answers", {"reports every HTTP answer"}},
     {"UrlSession", "answers twice", {"completes each request once"}},
     {"UrlSession", "answers side by side", {"completes each request once"}},
@@ -448,9 +425,9 @@ const Fault faults[] = {
     {"UrlSession", "drops headers", {"sends the request as it is"}},
     {"UrlSession", "follows http", {"sends over https only"}},
     {"UrlSession", "changes methods", {"follows redirects with"}},
-    {"UrlSession", "is the same for all", {"keeps cookies", "ends its requests"}},
+    {"UrlSession", "is the same for all", {"keeps cookies", "cancels its requests"}},
     {"UrlSession", "does not cancel", {"cancels before", "reports no answer of a request"}},
-    {"UrlSession", "asks nobody", {"asks the delegate", "tells the delegate"}},
+    {"UrlSession", "asks no delegate", {"asks the delegate once", "tells the delegate"}},
     {"Bundle", "lies", {"answers from the information"}},
     {"Bundle", "leaves its folder", {"finds its resources"}},
     {"Bundle", "reads texts only", {"reads every type"}},
@@ -458,12 +435,12 @@ const Fault faults[] = {
     {"Bundle", "has no pictures", {"reads colours"}},
     {"Device", "is a stranger", {"keeps its identifier", "tells the system's version", "lists addresses"}},
     {"Workspace", "complains", {"returns at once"}},
-    {"Fonts", "have and break nothing", {"take no other typeface", "measure text"}},
+    {"Fonts", "have and break nothing", {"take no typeface", "measure a text"}},
     {"ReachabilityService", "has no flags", {"reads the flags"}},
-    {"ReachabilityService", "has no error number", {"refuses what it cannot watch"}},
-    {"ReachabilityService", "drops the info", {"holds a callback's info", "hands target and info"}},
-    {"ReachabilityService", "tells no change", {"tells each change", "tells a change between"}},
-    {"ReachabilityService", "calls for ever", {"calls nobody after"}},
+    {"ReachabilityService", "takes no callback", {"holds a callback's info"}},
+    {"ReachabilityService",
+     "sees another network",
+     {"tells each change", "tells a change between", "hands target and info", "makes no call"}},
     {"Camera", "sees nothing", {"reads the newest", "shows its newest"}},
     {"Camera", "stays on", {"delivers nothing", "ends with its camera"}},
 };

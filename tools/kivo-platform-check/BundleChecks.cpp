@@ -21,8 +21,8 @@ void answersFromInfo(Trial& trial) {
     const auto bundle = mainBundleOf(trial);
     trial.expectEqual("the identifier", required(bundle).bundleIdentifier(), "com.example.app");
     trial.expectEqual("a text", bundle->infoText("CFBundleIdentifier"), "com.example.app");
-    trial.expectEqual("what is no text", bundle->infoText("Count"), std::optional<std::string>{});
-    trial.expectEqual("what is missing", bundle->infoText("Other"), std::optional<std::string>{});
+    trial.expectEqual("a number asked for as text", bundle->infoText("Count"), std::optional<std::string>{});
+    trial.expectEqual("a missing text", bundle->infoText("Other"), std::optional<std::string>{});
 }
 
 void mayBeMissing(Trial& trial) {
@@ -140,8 +140,8 @@ Checks bundleChecks() {
     const auto* const seam = "Bundle";
     return {
         {seam, "answers from the information dictionary", answersFromInfo},
-        {seam, "may be missing and is empty then", mayBeMissing},
-        {seam, "finds its resources and none outside of it", findsResources},
+        {seam, "is empty where the application has none", mayBeMissing},
+        {seam, "finds its resources and no file outside of it", findsResources},
         {seam, "reads every type of a property list, XML and binary", readsPropertyLists},
         {seam, "gives texts of the development language, else the key", translates},
         {seam, "reads colours and images of the asset catalogue", readsColoursAndImages},

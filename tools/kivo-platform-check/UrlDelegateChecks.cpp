@@ -94,8 +94,9 @@ struct JudgedRig : UrlRig {
     }
 
     CookieServer other{trial};
-    /// Trusts the other server, of which there is nothing to be had here.
-    platform::Services strangers = trial.services(trial.write("nobody.pem", simulator::CertificateAuthority{}.root()));
+    /// Services that trust neither server.
+    platform::Services strangers =
+        trial.services(trial.write("stranger.pem", simulator::CertificateAuthority{}.root()));
 };
 
 void asksTheDelegate(Trial& trial) {
@@ -221,7 +222,7 @@ void followsUploads(Trial& trial) {
 Checks urlDelegateChecks() {
     const auto* const seam = "UrlSession";
     return {
-        {seam, "asks the delegate about a server, once a connection, on the callback queue", asksTheDelegate},
+        {seam, "asks the delegate once about each connection, on the callback queue", asksTheDelegate},
         {seam, "sends nothing to a server that the delegate refuses", sendsNothingToARefusedServer},
         {seam, "waits for the delegate within its limits, while others go on", waitsForTheDelegate},
         {seam, "leaves trust to the system where the delegate does not judge", leavesTrustToTheSystem},
