@@ -38,6 +38,7 @@ void mayBeMissing(Trial& trial) {
 
 void findsResources(Trial& trial) {
     trial.write("secret.plist", propertyList("<dict/>"));
+    trial.write("secret.strings", "\"key\" = \"stolen\";");
     const auto logo = trial.write("app.bundle/logo.png", "");
     const auto plain = trial.write("app.bundle/README", "");
     const auto help = trial.write("app.bundle/en.lproj/help.html", "");
@@ -46,7 +47,8 @@ void findsResources(Trial& trial) {
     trial.expectEqual("a picture", bundle->pathForResource("logo", "png"), std::optional{logo});
     trial.expectEqual("a file without a type", bundle->pathForResource("README", ""), std::optional{plain});
     trial.expectEqual("a page in a language", bundle->pathForResource("help", "html"), std::optional{help});
-    for (const std::string name : {"../secret", "en.lproj/help", "/etc/passwd", "..", ".", "", "missing"}) {
+    for (const std::string name :
+         {"../secret", "../../secret", "en.lproj/help", "/etc/passwd", "..", ".", "", "missing"}) {
         for (const auto* type : {"plist", "html"}) {
             trial.expect(!bundle->pathForResource(name, type), "no resource " + shown(name) + " of type " + type);
         }
@@ -86,6 +88,8 @@ void readsPropertyLists(Trial& trial) {
         const auto found = members ? members->find(key) : expected.end();
         trial.expect(members && found != members->end() && found->second == value, "the value of " + key);
     }
+    const PropertyValue flag{true};
+    trial.expect(flag.boolean() != nullptr && *flag.boolean() && !flag.text(), "a boolean and nothing else");
     trial.expect(bundle->propertyList("binary") == PropertyValue{PropertyValue::Dictionary{{"a", {std::string{"b"}}}}},
                  "the dictionary of the binary form");
     trial.expect(!bundle->propertyList("broken"), "no value of a broken list");
