@@ -181,7 +181,7 @@ TEST_F(KeychainDurabilityTest, AFullDiskLosesNothingAndForgetsNothingUnheard) {
     EXPECT_EQ(read("one") + " " + read("two"), "value later");
 }
 
-/// Damage to the database, seen through the store that the SDK uses.
+/// Damage to the files, seen through the store that the SDK uses.
 class KeychainDamageTest : public KeychainDurabilityTest {
 protected:
     void SetUp() override {
@@ -192,19 +192,24 @@ protected:
         key = contentOf(folder / "keychain.key");
     }
 
-    /// What the store gives for the first item after `damaged` took the place of the database. Storing must go on.
-    std::optional<std::string> valueFrom(const std::string& damaged) {
+    void put(const fs::path& path, const std::string& content) const {
+        parent.write(path, content);
+        chmod(path.c_str(), 0600);
+    }
+
+    /// What the store gives for the first item after these took the place of its files. Storing must go on.
+    std::optional<std::string> valueFrom(const std::string& database, const std::optional<std::string>& keyFile) {
         for (const auto& entry : fs::directory_iterator{folder}) {
             fs::remove(entry.path());
         }
-        parent.write(file, damaged);
-        chmod(file.c_str(), 0600);
-        parent.write(folder / "keychain.key", key);
-        chmod((folder / "keychain.key").c_str(), 0600);
+        diagnostics->clear();
+        put(file, database);
+        if (keyFile) {
+            put(folder / "keychain.key", *keyFile);
+        }
         KeychainWrapper store{open(), "com.example.host"};
         auto found = store.data("one");
-        isAside = !filesPutAside().empty();
-        isKeyGone = contentOf(folder / "keychain.key") != key;
+        isWrecked = !filesPutAside().empty() && contentOf(folder / "keychain.key") != key;
         EXPECT_TRUE(store.set("anew", "one"));
         EXPECT_EQ(store.data("one"), "anew");
         return found;
@@ -212,11 +217,10 @@ protected:
 
     std::string sound;
     std::string key;
-    bool isAside = false;
-    bool isKeyGone = false;
+    bool isWrecked = false;
 };
 
-TEST_F(KeychainDamageTest, AWreckIsPutAsideWithoutItsKey) {
+TEST_F(KeychainDamageTest, AWreckIsPutAsideWithoutItsKeyAndADatabaseWithoutItsKey) {
     auto overwritten = sound;
     overwritten.replace(4096, 6000, 6000, '\xEE');
     auto strange = sound;
@@ -226,26 +230,32 @@ TEST_F(KeychainDamageTest, AWreckIsPutAsideWithoutItsKey) {
 
     const struct {
         const char* how;
-        std::string content;
+        std::string database;
+        std::optional<std::string> keyFile;
+        const char* said = "is damaged; it is kept as";
+        const char* aside = "keychain.db.corrupt";
     } rows[] = {
-        {"no database", "this is not a database, whatever it says"},
-        {"cut off", sound.substr(0, 5000)},
-        {"overwritten in the middle", overwritten},
-        {"another table", strange},
-        {"half of a newer version", halfNewer},
+        {"no database", "this is not a database, whatever it says", key},
+        {"cut off", sound.substr(0, 5000), key},
+        {"overwritten in the middle", overwritten, key},
+        {"another table", strange, key},
+        {"half of a newer version", halfNewer, key},
+        {"no key", sound, std::nullopt, "has no usable key file", "keychain.db.without-key"},
+        {"a short key", sound, "short", "has no usable key file", "keychain.db.without-key"},
+        {"another key", sound, std::string(32, 'k'), "does not open with its key", nullptr},
     };
 
     for (const auto& row : rows) {
         SCOPED_TRACE(row.how);
-        diagnostics->clear();
-        EXPECT_EQ(valueFrom(row.content), std::nullopt);
-        EXPECT_TRUE(isAside && isKeyGone);
-        EXPECT_THAT(diagnostics->texts(), Contains(HasSubstr("is damaged; it is kept as")));
+        EXPECT_EQ(valueFrom(row.database, row.keyFile), std::nullopt);
+        EXPECT_EQ(isWrecked, row.database != sound);
+        EXPECT_THAT(diagnostics->texts(), Contains(HasSubstr(row.said)));
+        EXPECT_EQ(filesPutAside(), row.aside ? std::set<std::string>{row.aside} : std::set<std::string>{});
     }
 }
 
 TEST_F(KeychainDamageTest, AFlippedBitNeverSticksAndNeverChangesAValue) {
-    ASSERT_EQ(valueFrom(sound), "value");
+    ASSERT_EQ(valueFrom(sound, key), "value");
     // Every bit of the header; beyond, one bit of every byte that is not empty room.
     constexpr std::size_t header = 108;
     for (std::size_t at = 0; at < sound.size(); ++at) {
@@ -256,10 +266,9 @@ TEST_F(KeychainDamageTest, AFlippedBitNeverSticksAndNeverChangesAValue) {
             SCOPED_TRACE("byte " + std::to_string(at) + ", bit " + std::to_string(bit));
             auto flipped = sound;
             flipped[at] = static_cast<char>(flipped[at] ^ (1 << bit));
-            const auto found = valueFrom(flipped);
+            const auto found = valueFrom(flipped, key);
             ASSERT_TRUE(found == "value" || !found) << *found;
             ASSERT_FALSE(HasFailure()) << testing::PrintToString(diagnostics->texts());
-            diagnostics->clear();
         }
     }
 }

@@ -39,11 +39,12 @@ TEST(OpenSslTrust, ExportsRsaKeysAsPkcs1AndCurveKeysAsUncompressedPoints) {
     EXPECT_EQ(keyOf(edwards), std::nullopt);
 }
 
-TEST(OpenSslTrust, KnowsTheLastMomentThatACertificateCanName) {
+TEST(OpenSslTrust, KnowsTheFirstAndTheLastMomentOfACertificate) {
     const KeyPointer key{EVP_EC_gen("P-256")};
     constexpr std::chrono::sys_days lastDay = 9999y / 12 / 31;
     const auto validity = makeOpenSslTrust()->validity(certificateOn(key.get(), "99991231235959Z"), "");
     EXPECT_EQ(validity->notAfter, lastDay + 24h - 1s);
+    EXPECT_LT(std::chrono::abs(std::chrono::system_clock::now() - validity->notBefore), 1min);
 }
 
 } // namespace

@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
-#include <functional>
 #include <random>
 #include <string_view>
 #include <vector>
@@ -34,6 +33,8 @@ using test::value;
 using SqliteKeychainTest = test::KeychainFixture;
 
 TEST_F(SqliteKeychainTest, SealsEveryValueAnew) {
+    EXPECT_EQ(read("one"), "-25300");
+    EXPECT_FALSE(fs::exists(folder)) << "reading makes nothing";
     const std::string secret(64, 's');
     ASSERT_EQ(open()->SecItemAdd(item("one", secret)), errSecSuccess);
     const auto first = execute("SELECT value FROM items");
@@ -45,34 +46,6 @@ TEST_F(SqliteKeychainTest, SealsEveryValueAnew) {
     EXPECT_NE(first.substr(1, 12), second.substr(1, 12)) << "equal nonces give the key away";
     EXPECT_NE(first.substr(13, secret.size()), second.substr(13, secret.size()));
     EXPECT_EQ(first.find("sss"), std::string::npos);
-}
-
-TEST_F(SqliteKeychainTest, OpensNothingWithoutItsOwnKeyUntilTheNextAddition) {
-    const auto key = folder / "keychain.key";
-    const std::pair<const char*, std::function<void()>> rows[] = {
-        {"missing", [&] { fs::remove(key); }},
-        {"another one", [&] { parent.write(key, std::string(32, 'k')); }},
-        {"short", [&] { parent.write(key, "short"); }},
-    };
-    for (const auto& [how, spoil] : rows) {
-        SCOPED_TRACE(how);
-        fs::remove_all(parent.path() / "kivo");
-        EXPECT_EQ(read("one"), "-25300");
-        EXPECT_FALSE(fs::exists(folder)) << "reading makes nothing";
-        ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
-        spoil();
-        diagnostics->clear();
-        EXPECT_EQ(read("one"), std::to_string(errSecDecode));
-        EXPECT_EQ(diagnostics->texts().size(), 1U);
-        if (how == std::string_view{"another one"}) {
-            continue;
-        }
-        EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("has no usable key file")));
-        const auto keychain = open();
-        EXPECT_EQ(keychain->SecItemAdd(item("one", "anew")), errSecSuccess);
-        EXPECT_EQ(read(*keychain, "one"), "anew");
-        EXPECT_THAT(filesPutAside(), ElementsAre("keychain.db.without-key"));
-    }
 }
 
 TEST_F(SqliteKeychainTest, ASwappedOrAlteredValueDoesNotOpen) {

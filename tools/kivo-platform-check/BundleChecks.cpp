@@ -21,8 +21,8 @@ void answersFromInfo(Trial& trial) {
     const auto bundle = mainBundleOf(trial);
     trial.expectEqual("the identifier", required(bundle).bundleIdentifier(), "com.example.app");
     trial.expectEqual("a text", bundle->infoText("CFBundleIdentifier"), "com.example.app");
-    trial.expectEqual("what is no text", bundle->infoText("Count"), std::optional<std::string>{});
-    trial.expectEqual("what is missing", bundle->infoText("Other"), std::optional<std::string>{});
+    trial.expectEqual("a number asked for as text", bundle->infoText("Count"), std::optional<std::string>{});
+    trial.expectEqual("a missing text", bundle->infoText("Other"), std::optional<std::string>{});
 }
 
 void mayBeMissing(Trial& trial) {
@@ -38,6 +38,7 @@ void mayBeMissing(Trial& trial) {
 
 void findsResources(Trial& trial) {
     trial.write("secret.plist", propertyList("<dict/>"));
+    trial.write("secret.strings", "\"key\" = \"stolen\";");
     const auto logo = trial.write("app.bundle/logo.png", "");
     const auto plain = trial.write("app.bundle/README", "");
     const auto help = trial.write("app.bundle/en.lproj/help.html", "");
@@ -46,7 +47,8 @@ void findsResources(Trial& trial) {
     trial.expectEqual("a picture", bundle->pathForResource("logo", "png"), std::optional{logo});
     trial.expectEqual("a file without a type", bundle->pathForResource("README", ""), std::optional{plain});
     trial.expectEqual("a page in a language", bundle->pathForResource("help", "html"), std::optional{help});
-    for (const std::string name : {"../secret", "en.lproj/help", "/etc/passwd", "..", ".", "", "missing"}) {
+    for (const std::string name :
+         {"../secret", "../../secret", "en.lproj/help", "/etc/passwd", "..", ".", "", "missing"}) {
         for (const auto* type : {"plist", "html"}) {
             trial.expect(!bundle->pathForResource(name, type), "no resource " + shown(name) + " of type " + type);
         }
@@ -86,6 +88,8 @@ void readsPropertyLists(Trial& trial) {
         const auto found = members ? members->find(key) : expected.end();
         trial.expect(members && found != members->end() && found->second == value, "the value of " + key);
     }
+    const PropertyValue flag{true};
+    trial.expect(flag.boolean() != nullptr && *flag.boolean() && !flag.text(), "a boolean and nothing else");
     trial.expect(bundle->propertyList("binary") == PropertyValue{PropertyValue::Dictionary{{"a", {std::string{"b"}}}}},
                  "the dictionary of the binary form");
     trial.expect(!bundle->propertyList("broken"), "no value of a broken list");
@@ -140,8 +144,8 @@ Checks bundleChecks() {
     const auto* const seam = "Bundle";
     return {
         {seam, "answers from the information dictionary", answersFromInfo},
-        {seam, "may be missing and is empty then", mayBeMissing},
-        {seam, "finds its resources and none outside of it", findsResources},
+        {seam, "is empty where the application has none", mayBeMissing},
+        {seam, "finds its resources and no file outside of it", findsResources},
         {seam, "reads every type of a property list, XML and binary", readsPropertyLists},
         {seam, "gives texts of the development language, else the key", translates},
         {seam, "reads colours and images of the asset catalogue", readsColoursAndImages},

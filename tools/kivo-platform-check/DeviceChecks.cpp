@@ -122,7 +122,7 @@ void measuresText(Trial& trial) {
 } // namespace
 
 Checks servicesChecks() {
-    return {{"Services", "are all there, but for the vendors' libraries", isComplete}};
+    return {{"Services", "are complete but for the vendors' libraries", isComplete}};
 }
 
 Checks deviceChecks() {
@@ -134,13 +134,13 @@ Checks deviceChecks() {
 }
 
 Checks workspaceChecks() {
-    return {{"Workspace", "returns at once and is silent about what it does not open", opensQuietly}};
+    return {{"Workspace", "returns at once and reports no failure", opensQuietly}};
 }
 
 Checks fontsChecks() {
     return {
-        {"Fonts", "take no other typeface for a missing one", knowsFonts},
-        {"Fonts", "measure text by its lines, its size and the width limit", measuresText},
+        {"Fonts", "take no typeface for a missing one", knowsFonts},
+        {"Fonts", "measure a text by its lines, its size and the width limit", measuresText},
     };
 }
 

@@ -41,7 +41,7 @@ public:
 /// One implementation of the seam, and how the checks get at it. Everything is called on the main thread.
 struct ServicesUnderTest {
     std::function<platform::Services(const Setting&)> make;
-    /// Runs what is due on the main queue, and waits for more until the time has passed.
+    /// Runs the blocks of the main queue as they become due, for that time.
     std::function<void(std::chrono::milliseconds)> runMainQueue;
     /// Takes the network into the checks' hands until the object goes. The network begins unreachable. Null, or absent:
     /// changes of the network stay unchecked.
@@ -77,7 +77,7 @@ struct Promise {
 enum class Result {
     kept,
     broken,
-    /// The check had not what it needs.
+    /// The machine lacks something that the check needs.
     unchecked,
 };
 

@@ -229,7 +229,7 @@ Checks mainQueueChecks() {
         {seam, "runs blocks later, in the order in which they came", runsInOrder},
         {seam, "takes blocks of every thread and runs each once, on its own thread", takesBlocksOfEveryThread},
         {seam, "runs a delayed block when it is due and never sooner", delaysBlocks},
-        {seam, "runs what a block hands over after what was waiting already", keepsOrderFromWithin},
+        {seam, "runs the blocks of a block after those that waited already", keepsOrderFromWithin},
     };
 }
 
@@ -238,7 +238,7 @@ Checks serialQueueChecks() {
     return {
         {seam, "runs blocks in order on a thread of its own, the last ones before it goes", queueRunsInOrder},
         {seam, "runs one block at a time, whatever thread they come from", queueRunsOneAtATime},
-        {seam, "may go in one of its own blocks", queueGoesInItsBlock},
+        {seam, "can be released in one of its own blocks", queueGoesInItsBlock},
         {seam, "keeps a block's place with sync(), also from inside", syncKeepsItsPlace},
         {seam, "runs no two blocks at once with sync() and async()", syncNeverOverlaps},
     };
@@ -247,7 +247,7 @@ Checks serialQueueChecks() {
 Checks clockChecks() {
     return {
         {"Clock", "never goes back and moves on by itself", clockRises},
-        {"Clock", "stands still until it is advanced, where it is a manual one", manualClockStands},
+        {"Clock", "stands still until it is advanced (ManualClock)", manualClockStands},
     };
 }
 

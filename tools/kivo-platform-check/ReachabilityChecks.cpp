@@ -124,7 +124,7 @@ void keepsInfo(Trial& trial) {
     trial.expect(service.SCNetworkReachabilitySetCallback(target, ignore, {info}), "the callback is set");
     trial.expect(info.use_count() > 1, "the info is held while the callback is set");
     trial.expect(service.SCNetworkReachabilitySetCallback(target, nullptr, {}), "the callback is cleared");
-    trial.expectSoon("the info is let go", [&] { return info.use_count() == 1; });
+    trial.expectSoon("the info is released", [&] { return info.use_count() == 1; });
 }
 
 void pushesChanges(Trial& trial) {
@@ -206,12 +206,12 @@ Checks reachabilityChecks() {
     const auto* const seam = "ReachabilityService";
     return {
         {seam, "reads the flags of a name and of an address", readsFlags},
-        {seam, "refuses what it cannot watch, with an error number of the thread", tellsFailures},
+        {seam, "refuses a target that it cannot watch, with an error number for the thread", tellsFailures},
         {seam, "holds a callback's info as long as the callback", keepsInfo},
         {seam, "tells each change of the network once, on the queue", pushesChanges},
         {seam, "tells a change between reading and watching", tellsWhatChangedBefore},
-        {seam, "hands target and info to the callback, which may end both", handsTargetAndInfo},
-        {seam, "calls nobody after the end of callback, queue or target", endsItsCalls},
+        {seam, "hands target and info to the callback, which can release both", handsTargetAndInfo},
+        {seam, "makes no call after the end of callback, queue or target", endsItsCalls},
     };
 }
 

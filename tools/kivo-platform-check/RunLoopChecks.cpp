@@ -64,7 +64,7 @@ void loopRunsInABlock(Trial& trial) {
 
 void loopRunsAndStops(Trial& trial) {
     RunLoop loop;
-    trial.expect(!loop.isCurrent(), "a loop that nobody has run is on no thread");
+    trial.expect(!loop.isCurrent(), "a loop that has not run yet is current on no thread");
     bool isCurrent = false;
     std::thread{[&] {
         loop.async([&] {
@@ -130,9 +130,9 @@ Checks runLoopChecks() {
     const auto* const loop = "RunLoop";
     return {
         {loop, "follows its clock to the nanosecond", loopFollowsItsClock},
-        {loop, "drains what is due and no more", drainEnds},
+        {loop, "drains the blocks that are due and no others", drainEnds},
         {loop, "keeps the order in a block that runs the loop", loopRunsInABlock},
-        {loop, "tells a loop of the host's when there is work", loopTellsOthers},
+        {loop, "tells the host's own loop when there is work", loopTellsOthers},
         {loop, "takes blocks of every thread, while its clock advances", loopTakesBlocksOfEveryThread},
         {loop, "belongs to the thread that runs it, and ends when it is told", loopRunsAndStops},
     };

@@ -167,7 +167,7 @@ void refusesWhatIsNoAddress(Trial& trial) {
 Checks notificationChecks() {
     return {
         {"NotificationCenter", "calls the observers in order, while they are held", notifiesInOrder},
-        {"NotificationCenter", "lets an observer remove another and post again", observersMayChange},
+        {"NotificationCenter", "lets an observer remove another one and post again", observersMayChange},
     };
 }
 
@@ -181,7 +181,7 @@ Checks textChecks() {
 Checks urlChecks() {
     return {
         {"Url", "names the server to which every reader of the address is led", leadsToTheServer},
-        {"Url", "refuses what is no address of a server", refusesWhatIsNoAddress},
+        {"Url", "refuses a text that is no address of a server", refusesWhatIsNoAddress},
     };
 }
 

@@ -73,7 +73,7 @@ Checks trustChecks() {
     return {
         {seam, "digests with SHA-256 and encodes with base64", digestsAndEncodes},
         {seam, "gives keys in their external form", exportsKeys},
-        {seam, "knows for whom and how long a certificate is", knowsHostsAndTimes},
+        {seam, "tells whom a certificate names and how long it is valid", knowsHostsAndTimes},
     };
 }
 

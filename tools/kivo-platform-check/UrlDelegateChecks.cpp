@@ -74,7 +74,7 @@ public:
         trial.expect(std::ranges::is_sorted(reports_), "progress that rises");
         trial.expect(std::ranges::adjacent_find(reports_) == reports_.end(), "no report twice");
         trial.expect(!reports_.empty() && reports_.back() == std::pair(size, size),
-                     "the whole body at last, came " + (reports_.empty() ? "no report" : shown(reports_.back().first)));
+                     "the whole body at last, came " + (reports_.empty() ? "no report" : shown(reports_.back())));
     }
 
 private:
@@ -94,8 +94,9 @@ struct JudgedRig : UrlRig {
     }
 
     CookieServer other{trial};
-    /// Trusts the other server, of which there is nothing to be had here.
-    platform::Services strangers = trial.services(trial.write("nobody.pem", simulator::CertificateAuthority{}.root()));
+    /// Services that trust neither server.
+    platform::Services strangers =
+        trial.services(trial.write("stranger.pem", simulator::CertificateAuthority{}.root()));
 };
 
 void asksTheDelegate(Trial& trial) {
@@ -168,30 +169,31 @@ void waitsForTheDelegate(Trial& trial) {
     const Outcomes outcomes;
     auto session = rig.judged(judge);
     std::size_t asked = 0;
-    const auto next = [&](const std::string& tag, const std::function<void()>& act,
+    const auto next = [&](const std::string& tag, const std::function<void(platform::UrlSessionTask&)>& act,
                           std::chrono::milliseconds timeout = 60s) {
         const auto task = session->dataTask({.url = rig.url(), .timeout = timeout}, outcomes.completion(tag));
         if (isAsked(++asked)) {
-            act();
+            act(*task);
         }
         trial.expectSoon("the end of the request that is " + tag, [&] { return outcomes.count() == asked; });
     };
-    next("accepted late", [&] {
+    next("accepted late", [&](auto&) {
         trial.expectEqual("another server's answer meanwhile",
                           rig.summaryOf(*session, {.url = rig.other.url(), .timeout = 20s}), "200 cookie");
         trial.expectEqual("requests sent before the answer", rig.requests(), 0U);
         give(accept);
     });
     session = rig.judged(judge);
-    next("never judged", [] {}, 200ms);
-    next("refused late", [&] {
+    next("never judged", [](auto&) {}, 200ms);
+    next("cancelled meanwhile", [](auto& task) { task.cancel(); });
+    next("refused late", [&](auto&) {
         rig.summaryOf(*session, {.url = rig.other.url()});
         give(refuse);
     });
-    next("given up", [&] { session.reset(); });
-    trial.expectEqual(
-        "the outcomes", outcomes.summaries(),
-        Lines{"accepted late 200 hello", "never judged timedOut", "refused late pinMismatch", "given up cancelled"});
+    next("given up", [&](auto&) { session.reset(); });
+    trial.expectEqual("the outcomes", outcomes.summaries(),
+                      Lines{"accepted late 200 hello", "never judged timedOut", "cancelled meanwhile cancelled",
+                            "refused late pinMismatch", "given up cancelled"});
     trial.expectEqual("requests sent", rig.requests(), 1U);
     held.clear();
 }
@@ -221,7 +223,7 @@ void followsUploads(Trial& trial) {
 Checks urlDelegateChecks() {
     const auto* const seam = "UrlSession";
     return {
-        {seam, "asks the delegate about a server, once a connection, on the callback queue", asksTheDelegate},
+        {seam, "asks the delegate once about each connection, on the callback queue", asksTheDelegate},
         {seam, "sends nothing to a server that the delegate refuses", sendsNothingToARefusedServer},
         {seam, "waits for the delegate within its limits, while others go on", waitsForTheDelegate},
         {seam, "leaves trust to the system where the delegate does not judge", leavesTrustToTheSystem},

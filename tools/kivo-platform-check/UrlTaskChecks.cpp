@@ -147,7 +147,7 @@ void goesInItsCompletion(Trial& trial) {
     });
     owner.reset();
     trial.expectSoon("both requests end", [&] { return outcomes.count() + rig.heldOutcomes.count() == 2; });
-    trial.expectEqual("the one that ended the session", outcomes.summaries(), Lines{"200 quick"});
+    trial.expectEqual("the request that ended the session", outcomes.summaries(), Lines{"200 quick"});
     trial.expectEqual("the other one", rig.heldOutcomes.summaries(), Lines{"cancelled"});
 }
 
@@ -170,13 +170,13 @@ void endsUnsent(Trial& trial) {
     const Outcomes outcomes;
     trial.expectEqual("a malformed request need not wait",
                       rig.summaryOf(*rig.current, {.url = rig.url(), .method = ""}), "unknown");
-    trial.expectEqual("one whose time is up", rig.summaryOf(*rig.current, {.url = rig.url("status"), .timeout = 150ms}),
-                      "timedOut");
+    trial.expectEqual("a request whose time is up",
+                      rig.summaryOf(*rig.current, {.url = rig.url("status"), .timeout = 150ms}), "timedOut");
     rig.current->dataTask({.url = rig.url("status")}, outcomes.completion())->cancel();
-    trial.expectSoon("one that is cancelled ends", [&] { return outcomes.count() == 1; });
+    trial.expectSoon("a cancelled request ends", [&] { return outcomes.count() == 1; });
     rig.current->dataTask({.url = rig.url("status")}, outcomes.completion());
     rig.current.reset();
-    trial.expectSoon("one whose session goes ends", [&] { return outcomes.count() == 2; });
+    trial.expectSoon("a request without its session ends", [&] { return outcomes.count() == 2; });
     trial.expectEqual("how", outcomes.summaries(), Lines{"cancelled", "cancelled"});
     trial.expectEqual("requests sent", rig.requests(), mostAtOnce);
 }
@@ -190,10 +190,10 @@ Checks urlTaskChecks() {
         {seam, "completes on the given queue only, never on the caller's stack", completesOnTheQueue},
         {seam, "cancels before, during and after the exchange", cancels},
         {seam, "reports no answer of a request that was cancelled", staysCancelled},
-        {seam, "ends its requests when it goes", endsWithItsSession},
-        {seam, "may go in one of its completions", goesInItsCompletion},
-        {seam, "has six requests to a server under way, the others wait their turn", waitsItsTurn},
-        {seam, "ends a waiting request unsent when it must", endsUnsent},
+        {seam, "cancels its requests when its last reference goes", endsWithItsSession},
+        {seam, "can be released in one of its completions", goesInItsCompletion},
+        {seam, "has six requests to a server under way and the others wait in turn", waitsItsTurn},
+        {seam, "ends a waiting request unsent when it is cancelled or late", endsUnsent},
     };
 }
 

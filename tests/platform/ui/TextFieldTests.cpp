@@ -43,6 +43,12 @@ class TextFieldEditing : public test::ScreenFixture {
 protected:
     TextFieldEditing() { window_->setRootViewController(screen_); }
 
+    ~TextFieldEditing() override {
+        if (const auto editing = Keyboard::firstResponder()) {
+            editing->resignFirstResponder();
+        }
+    }
+
     std::shared_ptr<TextField> field(const std::string& name) {
         auto made = std::make_shared<TextField>();
         made->setIdentifier(name);
