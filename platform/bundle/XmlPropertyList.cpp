@@ -17,15 +17,15 @@ namespace {
 
 constexpr auto notWellFormed = "is not a well-formed XML or binary property list";
 
-bool isSpace(char character) {
+bool isXmlSpace(char character) {
     return std::string_view{" \t\r\n"}.contains(character);
 }
 
 std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isSpace(text.front())) {
+    while (!text.empty() && isXmlSpace(text.front())) {
         text.remove_prefix(1);
     }
-    while (!text.empty() && isSpace(text.back())) {
+    while (!text.empty() && isXmlSpace(text.back())) {
         text.remove_suffix(1);
     }
     return text;
@@ -60,7 +60,7 @@ std::optional<PropertyValue> data(std::string_view text) {
     bool isPadded = false;
     for (const char character : text) {
         const auto digit = digits.find(character);
-        if (character == '=' || isSpace(character)) {
+        if (character == '=' || isXmlSpace(character)) {
             isPadded = isPadded || character == '=';
         } else if (digit == digits.npos || isPadded) {
             return std::nullopt;
