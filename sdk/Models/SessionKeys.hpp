@@ -1,5 +1,8 @@
 #pragma once
 
+#include <kivo/ActivationResponse.hpp>
+
+#include <string>
 #include <string_view>
 
 /// The names under which the session travels and is stored.
@@ -63,5 +66,8 @@ struct StoredItems {
     static constexpr std::string_view joinAnswer = "qr_response";
     static constexpr std::string_view activationCode = "qr_code";
 };
+
+/// A setting's text; empty when it is missing.
+const std::string& settingIn(const ActivationResponse::Settings& settings, std::string_view key);
 
 } // namespace kivo

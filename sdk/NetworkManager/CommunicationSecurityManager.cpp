@@ -3,7 +3,6 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/Attempts.hpp"
-#include "NetworkManager/CertificateDates.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
 #include "platform/base/Process.hpp"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
-#include "Models/ServerReportModel.hpp"
+#include "Models/ErrorManager.hpp"
+#include "Models/SessionKeys.hpp"
+#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/Reachability.hpp"
-#include "NetworkManager/RequestSender.hpp"
 
 #include <kivo/SDKEnv.hpp>
 #include <kivo/platform/NotificationCenter.hpp>

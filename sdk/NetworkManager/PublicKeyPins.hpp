@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kivo/SDKEnv.hpp>
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
@@ -57,5 +58,20 @@ std::string mismatchReport(const platform::Trust& trust, const platform::Bundle&
 /// is nothing.
 std::optional<std::string> leafRemark(const platform::Trust& trust, const platform::ServerTrust& server,
                                       std::chrono::sys_seconds now);
+
+/// When the certificates of an environment's identity service expire.
+struct CertificateDates {
+    std::chrono::year_month_day leaf;
+    std::chrono::year_month_day intermediate;
+};
+
+/// The dates of an environment; absent where none are known.
+std::optional<CertificateDates> certificateDatesOf(SDKEnv environment);
+
+/// A date as the identity service reads it, such as 03/29/2031.
+std::string monthDayYear(std::chrono::year_month_day date);
+
+/// Whole days from `now` until `date` begins; negative once it is past.
+long daysUntil(std::chrono::year_month_day date, std::chrono::system_clock::time_point now);
 
 } // namespace kivo

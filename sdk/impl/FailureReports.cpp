@@ -1,7 +1,7 @@
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "impl/SessionAPI.hpp"
 
 namespace kivo {

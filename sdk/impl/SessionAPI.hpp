@@ -1,11 +1,10 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
+#include "Models/ErrorManager.hpp"
 #include "Models/InterfaceVersion.hpp"
-#include "Models/ServerReportModel.hpp"
+#include "Models/SessionKeys.hpp"
 #include "impl/SessionRules.hpp"
-#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
-#include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
+#include "services/acquisition/ScreenDelegates.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "services/mirelo/MireloProxy.hpp"
 

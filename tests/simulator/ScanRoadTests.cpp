@@ -1,5 +1,5 @@
 #include "Configuration/environment/SdkBundle.hpp"
-#include "NetworkManager/StoredSession.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
 #include <kivo/platform/ui/NavigationController.hpp>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Configuration/session/StoredSession.hpp"
 #include "Configuration/settings/Settings.hpp"
 #include "NetworkManager/Attempts.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "support/HostScreenFixture.hpp"
 #include "support/ScriptedUrlSessions.hpp"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Models/ServerReportModel.hpp"
+#include "Models/ErrorManager.hpp"
 
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>

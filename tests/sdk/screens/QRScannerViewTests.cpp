@@ -1,5 +1,4 @@
-#include "services/acquisition/qr/inhouse/QRScannerView.hpp"
-
+#include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
 #include "support/ScreenFixture.hpp"
 
 namespace kivo {

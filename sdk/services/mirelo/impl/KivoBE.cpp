@@ -2,12 +2,12 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Configuration/session/ApplicationInformation.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "platform/base/Process.hpp"
 
 #include <kivo/Deployment.hpp>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
 #include "Models/InterfaceVersion.hpp"
+#include "Models/SessionKeys.hpp"
 #include "services/mirelo/MireloProxy.hpp"
 #include "services/mirelo/impl/KivoBERules.hpp"
 

@@ -1,6 +1,6 @@
-#include "Configuration/theme/DynamicType.hpp"
+#include "Configuration/theme/ReadingSize.hpp"
 
-#include "ui/Fonts.hpp"
+#include <kivo/platform/ui/Window.hpp>
 
 namespace kivo::ui {
 
@@ -20,6 +20,21 @@ void followReadingSize(platform::TextStyled& text, const std::optional<platform:
     text.setAdjustsFontForContentSizeCategory(true);
     text.setFont(platform::FontMetrics::scaledFont(themeFont ? *themeFont
                                                              : namedOrSystemFont(fallback.name, fallback.pointSize)));
+}
+
+void followReadingSize(platform::TextStyled& text, const std::shared_ptr<ThemeCustomization>& theme,
+                       std::optional<platform::Font> ThemeCustomization::* font, FallbackFont fallback) {
+    followReadingSize(text, theme ? (*theme).*font : std::nullopt, fallback);
+}
+
+void overrideChildrenContentSizeCategories(platform::ViewController& screen) {
+    const auto window = screen.windowOfScreen();
+    if (!window) {
+        return;
+    }
+    for (const auto& child : screen.children()) {
+        child->overrideContentSizeCategory(window->preferredContentSizeCategory());
+    }
 }
 
 } // namespace kivo::ui

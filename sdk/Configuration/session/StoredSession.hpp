@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
+#include "Models/SessionKeys.hpp"
 
 #include <optional>
 #include <string>
@@ -24,5 +24,17 @@ bool storeActivationCode(std::string_view activationCode);
 
 /// Deletes the stored join answer. False when there was none, and with an error line when it could not be deleted.
 bool removeStoredJoinAnswer();
+
+/// Settings of the joined session, read afresh from the secure store at every access.
+struct Config {
+    /// Where face scans are posted; empty when missing.
+    static std::string facemapBaseURL();
+
+    /// Where ID scans are posted; empty when missing.
+    static std::string ocrIDScanBaseURL();
+
+    /// The face scan library's device key: absent without a stored session, empty when that has none.
+    static std::optional<std::string> DeviceKeyIdentifier();
+};
 
 } // namespace kivo

@@ -1,12 +1,14 @@
-#include "ui/ActivityOverlay.hpp"
+#include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace kivo::ui {
 namespace {
@@ -75,6 +77,15 @@ void hideActivityOverlay(ViewController& screen) {
         overlay->setAlpha(0);
         platform::services().mainQueue->asyncAfter(200ms, [overlay] { overlay->removeFromSuperview(); });
     });
+}
+
+void showAlert(platform::ViewController& screen, std::string title, std::string message,
+               const std::vector<std::string>& actions, const std::function<void(std::size_t)>& handler) {
+    const auto alert = std::make_shared<platform::AlertController>(std::move(title), std::move(message));
+    for (std::size_t index = 0; index < actions.size(); ++index) {
+        alert->addAction({.title = actions[index], .handler = [handler, index] { handler(index); }});
+    }
+    screen.present(alert, /*animated=*/true);
 }
 
 } // namespace kivo::ui

@@ -2,6 +2,11 @@
 
 #include <kivo/platform/ui/ViewController.hpp>
 
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
 namespace kivo::ui {
 
 /// The tag by which the overlay is found again.
@@ -13,5 +18,10 @@ void showActivityOverlay(platform::ViewController& screen);
 
 /// Fades the overlay out.
 void hideActivityOverlay(platform::ViewController& screen);
+
+/// Asks a person over the screen, with one button for each of `actions`. `handler` hears the index of the chosen one,
+/// once.
+void showAlert(platform::ViewController& screen, std::string title, std::string message,
+               const std::vector<std::string>& actions, const std::function<void(std::size_t)>& handler);
 
 } // namespace kivo::ui

@@ -1,9 +1,11 @@
-#include "ui/Keyboard.hpp"
+#include "ui/TextEntry.hpp"
 
 #include <kivo/platform/ui/Keyboard.hpp>
 
 #include <any>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace kivo::ui {
 namespace {
@@ -42,6 +44,20 @@ std::shared_ptr<platform::Observation> observe(std::string_view name, ViewContro
         });
 }
 
+using platform::AttributedText;
+using platform::TextField;
+using platform::View;
+
+double widthOf(const std::shared_ptr<View>& accessory) {
+    return accessory ? accessory->frame().size.width : 0;
+}
+
+std::shared_ptr<View> padding(const TextField& field, double width) {
+    auto view = std::make_shared<View>();
+    view->setFrame({.origin = {}, .size = {.width = width, .height = field.frame().size.height}});
+    return view;
+}
+
 } // namespace
 
 void removeKey(ViewController& screen) {
@@ -63,6 +79,44 @@ KeyboardAvoidance::KeyboardAvoidance(ViewController& screen)
 void KeyboardAvoidance::unsubscribeFromKeyboardNotifications() {
     willShow_.reset();
     willHide_.reset();
+}
+
+double paddingLeftCustom(const TextField& field) {
+    return widthOf(field.leftView());
+}
+
+void setPaddingLeftCustom(TextField& field, double width) {
+    field.setLeftView(padding(field, width));
+}
+
+double paddingRightCustom(const TextField& field) {
+    return widthOf(field.rightView());
+}
+
+void setPaddingRightCustom(TextField& field, double width) {
+    field.setRightView(padding(field, width));
+}
+
+std::optional<platform::Color> placeHolderColor(const TextField& field) {
+    const auto& placeholder = field.attributedPlaceholder();
+    return placeholder ? placeholder->foregroundColor : std::nullopt;
+}
+
+void setPlaceHolderColor(TextField& field, const std::optional<platform::Color>& color) {
+    if (color) {
+        field.setAttributedPlaceholder(AttributedText{.text = field.placeholder(), .foregroundColor = color});
+    }
+}
+
+double letterSpace(const TextField& field) {
+    const auto& text = field.attributedText();
+    return text && !text->text.empty() ? text->kern.value_or(0) : 0;
+}
+
+void setLetterSpace(TextField& field, double space) {
+    auto text = field.attributedText().value_or(AttributedText{.text = field.text()});
+    text.kern = space;
+    field.setAttributedText(std::move(text));
 }
 
 } // namespace kivo::ui

@@ -1,4 +1,4 @@
-#include "NetworkManager/StoredSession.hpp"
+#include "Configuration/session/StoredSession.hpp"
 
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
@@ -19,6 +19,19 @@ bool store(std::string_view value, std::string_view item) {
         return "The item \"" + std::string{item} + "\" could not be stored; see the keychain's diagnostics.";
     });
     return false;
+}
+
+std::optional<std::string> faceMapSetting(std::string_view key) {
+    const auto answer = storedJoinAnswer();
+    if (!answer) {
+        return std::nullopt;
+    }
+    const auto session = ActivationResponse::decode(*answer);
+    if (!session) {
+        return "";
+    }
+    log::debug("Config", [&] { return session->encode(); });
+    return settingIn(session->idpFaceMap, key);
 }
 
 } // namespace
@@ -66,6 +79,18 @@ bool removeStoredJoinAnswer() {
         log::error("reset()", "The session could not be deleted and is still stored; see the keychain's diagnostics.");
     }
     return removal == done;
+}
+
+std::string Config::facemapBaseURL() {
+    return faceMapSetting(KivoResponseKeys::facemapEndpoint).value_or("");
+}
+
+std::string Config::ocrIDScanBaseURL() {
+    return faceMapSetting(KivoResponseKeys::idScanEndpoint).value_or("");
+}
+
+std::optional<std::string> Config::DeviceKeyIdentifier() {
+    return faceMapSetting(KivoResponseKeys::faceMapDeviceKey);
 }
 
 } // namespace kivo

@@ -1,11 +1,32 @@
 #pragma once
 
+#include <kivo/platform/NotificationCenter.hpp>
 #include <kivo/platform/ui/TextField.hpp>
+#include <kivo/platform/ui/ViewController.hpp>
 
+#include <memory>
 #include <optional>
 
 /// Padding, placeholder colour and letter spacing of any text field. Lengths in points.
 namespace kivo::ui {
+
+/// Ends editing on the screen, which takes the keyboard away.
+void removeKey(platform::ViewController& screen);
+
+/// Has a tap on the screen's background do the same.
+void removeKeyOnBackgroundTap(platform::ViewController& screen);
+
+/// Moves a screen up by half the keyboard's height while the keyboard is shown. Ends when it is let go.
+class KeyboardAvoidance {
+public:
+    explicit KeyboardAvoidance(platform::ViewController& screen);
+
+    void unsubscribeFromKeyboardNotifications();
+
+private:
+    std::shared_ptr<platform::Observation> willShow_;
+    std::shared_ptr<platform::Observation> willHide_;
+};
 
 /// The width of the empty view at the field's left edge; 0 where there is none.
 double paddingLeftCustom(const platform::TextField& field);

@@ -1,4 +1,4 @@
-#include "services/acquisition/qr/inhouse/QRCodeData.hpp"
+#include "services/acquisition/qr/inhouse/ActivationCode.hpp"
 
 #include "platform/json/Json.hpp"
 
