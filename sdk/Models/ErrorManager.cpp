@@ -11,7 +11,7 @@
 namespace kivo {
 namespace {
 
-/// Takes over the member's text, if there is one. False when the member is something else.
+/// Copies the member's text, if the member exists. False when the member is not a text.
 bool takeText(const json::Value& object, std::string_view key, std::optional<std::string>& text) {
     const auto* const member = object.find(key);
     if (member == nullptr || member->kind() == json::Kind::null) {

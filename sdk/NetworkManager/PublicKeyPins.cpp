@@ -48,7 +48,7 @@ std::optional<std::string> certificatePin(const platform::Trust& trust, std::str
 
 std::optional<std::string> pinFault(std::string_view text) {
     constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    // The last digit of 32 bytes ends in two bits of nothing.
+    // 32 bytes fill all but two bits of the last digit, so those two bits are zero.
     constexpr std::string_view lastDigits = "AEIMQUYcgkosw048";
     if (text.find_first_of(" \t\r\n") != text.npos) {
         return "has white space in it";

@@ -90,7 +90,7 @@ private:
     void resetAcquisitionStateIfDue();
     /// Runs `work` on the main queue with the last activation code screen, if the screen still exists.
     void withCodeScreen(const std::function<void(QRCodeVC&)>& work);
-    /// An empty completion becomes a completion that does nothing.
+    /// Replaces an empty completion by a completion that does nothing.
     static IdvCompletion orNone(IdvCompletion response);
     IdvCompletion reportingFailures(IdvCompletion response);
     /// `leaving` lists the codes with which a person leaves the screen; without a list, the host learns of every

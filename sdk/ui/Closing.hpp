@@ -4,18 +4,20 @@
 
 #include <functional>
 
+/// The ways in which a screen closes. Main thread.
 namespace kivo::ui {
 
-/// Takes the screen off its navigation stack or, when it is in none, dismisses it. What lies over the screen stays.
-/// `left` runs at once after a pop, and when the dismissal is complete otherwise. False where the screen stays, alone
-/// in its stack or presented by no screen; `left` runs all the same.
+/// Removes the screen from its navigation stack, or dismisses a screen without a stack. Screens over the screen stay.
+/// `left` runs directly after a removal from the stack, otherwise after the dismissal. Returns false if the screen
+/// stays, because it is alone in its stack or not presented by a screen; `left` runs all the same.
 bool popOrDismiss(platform::ViewController& screen, std::function<void()> left = {}, bool animated = true);
 
-/// Puts a close button at the right of the screen's navigation bar; it asks before it closes. The bar takes the colour
-/// "Kivo.PrimaryColor" and the button the image "close-icon", each where the host's asset catalogue has it.
+/// Puts a close button at the right of the screen's navigation bar, which asks the person before the screen closes. The
+/// bar has the colour "Kivo.PrimaryColor" and the button the image "close-icon", if the host's asset catalogue has
+/// them.
 void setUpCloseBarButton(platform::ViewController& screen);
 
-/// Asks whether to leave, and takes the top screen away on "OK". Nothing else is reported.
+/// Asks whether to leave, and removes the top screen on "OK". The host is not told.
 void onCloseButtonAlertClick(platform::ViewController& screen);
 
 } // namespace kivo::ui

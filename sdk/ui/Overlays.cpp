@@ -39,7 +39,7 @@ std::shared_ptr<View> makeOverlay() {
     return overlay;
 }
 
-/// Runs `work` with the covered view, found now: a screen that hides its overlay may be popped before `work` runs.
+/// Runs `work` with the covered view. The view is found before, because the screen may be popped before `work` runs.
 void onMainQueue(ViewController& under, const std::function<void(View&)>& work) {
     platform::services().mainQueue->async([weak = std::weak_ptr{under.view()}, work] {
         if (const auto covered = weak.lock()) {
@@ -54,7 +54,7 @@ void showActivityOverlay(ViewController& screen) {
     onMainQueue(*coveredScreen(screen), [](View& covered) {
         auto former = covered.viewWithTag(activityOverlayTag);
         if (former && former->alpha() == 0) {
-            // Fading out, and not to take the new one along.
+            // The former overlay fades out, and its removal must not remove the new overlay.
             former->removeFromSuperview();
             former = nullptr;
         }

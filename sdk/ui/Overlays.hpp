@@ -7,20 +7,21 @@
 #include <string>
 #include <vector>
 
+/// Views over a screen: the activity overlay and alerts. Main thread.
 namespace kivo::ui {
 
-/// The tag by which the overlay is found again.
+/// The tag of the activity overlay.
 inline constexpr int activityOverlayTag = 999;
 
-/// Covers the screen, or the navigation controller it is in, with a grey veil and a turning wheel; one at a time. Main
-/// thread; the overlay comes and goes with the next turn of the main queue.
+/// Covers the screen, or its navigation controller, with a grey veil and an activity indicator; at most one overlay at
+/// a time. The overlay appears and disappears with the next turn of the main queue.
 void showActivityOverlay(platform::ViewController& screen);
 
 /// Fades the overlay out.
 void hideActivityOverlay(platform::ViewController& screen);
 
-/// Asks a person over the screen, with one button for each of `actions`. `handler` hears the index of the chosen one,
-/// once.
+/// Shows an alert over the screen, with a button for each of `actions`. `handler` runs once, with the index of the
+/// chosen button.
 void showAlert(platform::ViewController& screen, std::string title, std::string message,
                const std::vector<std::string>& actions, const std::function<void(std::size_t)>& handler);
 

@@ -7,16 +7,16 @@
 #include <memory>
 #include <optional>
 
-/// Padding, placeholder colour and letter spacing of any text field. Lengths in points.
+/// The keyboard, and the padding, placeholder colour and letter spacing of text fields. Lengths in points.
 namespace kivo::ui {
 
 /// Ends editing on the screen, which takes the keyboard away.
 void removeKey(platform::ViewController& screen);
 
-/// Has a tap on the screen's background do the same.
+/// Lets a tap on the screen's background end editing.
 void removeKeyOnBackgroundTap(platform::ViewController& screen);
 
-/// Moves a screen up by half the keyboard's height while the keyboard is shown. Ends when it is let go.
+/// Moves a screen up by half the keyboard's height while the keyboard is shown, as long as this object lives.
 class KeyboardAvoidance {
 public:
     explicit KeyboardAvoidance(platform::ViewController& screen);
@@ -28,20 +28,20 @@ private:
     std::shared_ptr<platform::Observation> willHide_;
 };
 
-/// The width of the empty view at the field's left edge; 0 where there is none.
+/// The width of the empty view at the field's left edge; 0 without such a view.
 double paddingLeftCustom(const platform::TextField& field);
 void setPaddingLeftCustom(platform::TextField& field, double width);
 
-/// The same at the right edge.
+/// The width at the right edge.
 double paddingRightCustom(const platform::TextField& field);
 void setPaddingRightCustom(platform::TextField& field, double width);
 
 /// Absent where the placeholder has no colour of its own.
 std::optional<platform::Color> placeHolderColor(const platform::TextField& field);
-/// No colour changes nothing.
+/// An absent colour changes nothing.
 void setPlaceHolderColor(platform::TextField& field, const std::optional<platform::Color>& color);
 
-/// 0 where the text has none.
+/// 0 for a text without letter spacing.
 double letterSpace(const platform::TextField& field);
 /// Keeps the other attributes of the field's text.
 void setLetterSpace(platform::TextField& field, double space);

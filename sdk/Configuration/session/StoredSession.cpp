@@ -72,7 +72,7 @@ bool removeStoredJoinAnswer() {
     if (!isText) {
         return false;
     }
-    // Also without an answer: a store that is locked or damaged seems to hold none.
+    // Removes even when no answer was read, because a locked or damaged store seems to hold no answer.
     using enum KeychainWrapper::Removal;
     const auto removal = KeychainWrapper::standard().remove(std::string{StoredItems::joinAnswer});
     if (removal == failed) {

@@ -1,4 +1,4 @@
-include "NetworkManager/Attempts.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "support/VendorScreens.hpp"
 
 #include <kivo/ReadIDUIResourcesWrapper.hpp>

@@ -54,7 +54,7 @@ void LiveNessCheckVC::viewWillAppear(bool /*animated*/) {
 }
 
 void LiveNessCheckVC::willMoveFromParent() {
-    // The overlay lies over the navigation controller, which stays.
+    // The overlay covers the navigation controller, which stays.
     ui::hideActivityOverlay(*this);
 }
 
@@ -148,7 +148,7 @@ void LiveNessCheckVC::onComplete(std::shared_ptr<const Settlement::Due> success)
             100ms, [self = self(), due = std::move(success)] { self->scanDidSucceed(*due); });
         return;
     }
-    // Without a code nothing is due: the server's answer has been reported already, if it was to be.
+    // Without a code no outcome is due, because the server's answer has been reported already.
     const auto code =
         result ? faceScanFailure(result->status()) : std::optional{ResponseCode::FACESCAN_NO_SESSION_RESULT};
     platform::services().mainQueue->asyncAfter(

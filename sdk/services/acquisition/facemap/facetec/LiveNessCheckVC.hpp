@@ -33,7 +33,7 @@ public:
 
     void setLatestSessionResult(std::shared_ptr<platform::FaceTecSessionResult> result) override;
 
-    /// Nothing names the person in the vendor's database, so this stays empty.
+    /// Always empty: the vendor's database has no entry for the person.
     std::string latestExternalDatabaseRefID() const override { return {}; }
 
     void scanDidFail(ResponseCode code) override;
@@ -53,7 +53,7 @@ private:
     void setContentHidden(bool hidden);
     void onLivenessButtonClick();
     void scanDidSucceed(const Settlement::Due& due);
-    /// `due` is null where there is no code to be told.
+    /// `due` is null without a code.
     void scanDidNotSucceed(const platform::FaceTecSessionResult* result, std::optional<ResponseCode> code,
                            const std::shared_ptr<const Settlement::Due>& due);
     void closeButtonTap();
