@@ -2,9 +2,9 @@
 // same simulated service, each over a new connection and in a process of its own.
 //
 // usage: kivo-bench-scan [ROUNDS]
-#include "Configuration/session/Config.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "Measuring.hpp"
-#include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
+#include "services/acquisition/facemap/facetec/ScanProcessor.hpp"
 
 #include <kivo/kivo.hpp>
 #include <kivo/platform/LinuxServices.hpp>

@@ -1,5 +1,5 @@
 #include "FuzzInput.hpp"
-#include "services/acquisition/qr/inhouse/QRCodeData.hpp"
+#include "services/acquisition/qr/inhouse/ActivationCode.hpp"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (const auto payload = kivo::QRCodeData::decode(kivo::fuzz::textOf(data, size))) {

@@ -22,10 +22,10 @@ struct AcquisitionConfigKeys {
     static constexpr std::string_view KIVO_IMAGES = "kivo-images";
 };
 
-/// What a host asks of one session: the environment and five constraints, which the SDK passes on unread.
+/// A host's requirements for a session: the environment and five constraints, which the SDK passes on unread.
 ///
-/// The identity service defines what the constraint texts mean. A configuration handed to `join` is read during
-/// that call; later changes have no effect on the session.
+/// The identity service defines the meaning of the constraint texts. `join` reads a configuration during the call;
+/// later changes have no effect on the session.
 class KIVO_EXPORT AcquisitionConfig {
 public:
     using Dictionary = std::vector<std::pair<std::string, std::string>>;
@@ -34,14 +34,14 @@ public:
                       std::string kivo_facematch_min, std::string kivo_doc_issuers, std::string kivo_images);
 
     /// The six values under the names of `AcquisitionConfigKeys`, in that order, the environment by its name.
-    /// Empty when `ENVIRONMENT` holds an integer that is no environment.
+    /// Empty when `ENVIRONMENT` holds an integer that is not an environment.
     Dictionary getAsDictionary() const;
 
     /// The configuration as JSON text for storage, keyed by the member names below.
     std::string encode() const;
 
-    /// Reads what `encode` wrote, up to 16 MiB. All six members must be there with their types, else a text says what
-    /// is wrong.
+    /// Reads the output of `encode`, up to 16 MiB. All six members must be present with their types; otherwise a text
+    /// names the fault.
     static std::expected<std::shared_ptr<AcquisitionConfig>, std::string> decode(std::string_view encoded);
 
     SDKEnv ENVIRONMENT;

@@ -7,7 +7,7 @@
 
 namespace kivo {
 
-/// What a call to `acquire` or `upload` is about. The integer travels with an upload as "acquisition-object".
+/// The subject of a call to `acquire` or `upload`. The integer travels with an upload as "acquisition-object".
 enum class AcquisitionObject {
     activationCode = 0,    ///< The activation code, typed or scanned.
     nfcScan = 1,           ///< A document's chip and printed page.

@@ -4,7 +4,7 @@
 
 namespace kivo {
 
-/// How the activation code is typed.
+/// The form in which a person types the activation code.
 enum class CodeTextFieldStyle {
     single = 0, ///< One text field for the whole code.
     boxed = 1,  ///< Six boxes of one character each.

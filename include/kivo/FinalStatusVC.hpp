@@ -9,7 +9,7 @@
 
 namespace kivo {
 
-/// Hears that the final status screen has gone. Called on the main thread.
+/// Learns that the final status screen has disappeared. Called on the main thread.
 class KIVO_EXPORT FinalStatusVCDelegate {
 public:
     virtual ~FinalStatusVCDelegate() = default;
@@ -18,11 +18,11 @@ public:
     /// returned, so a delegate that must live until then returns itself. Null by default.
     virtual std::shared_ptr<void> finalStatusWillDisappear() { return nullptr; }
 
-    /// Called 0.1 seconds after the screen begins to disappear, whether the person or the host took it away.
+    /// Called 0.1 seconds after the screen begins to disappear, whether the person or the host closed the screen.
     virtual void finalStatusDidDisappear() = 0;
 };
 
-/// The screen at the end: all is done, the application can be closed.
+/// The last screen: the session is complete, and the person can close the application.
 ///
 /// The SDK never presents the screen: a host makes it from a storyboard, where its class is "FinalStatusVC", sets the
 /// properties and presents it. The texts are the storyboard's. The button `backToHomeButton` dismisses the screen by
@@ -39,7 +39,7 @@ public:
     /// Gives the title its font and limits the reading size; null at first, which leaves the SDK's own font and no
     /// limits.
     std::shared_ptr<ThemeCustomization> themeObj;
-    /// The session that ends here, kept for the host: the screen does not read it. Null at first.
+    /// The session that ends, kept for the host: the screen does not read the session. Null at first.
     std::shared_ptr<const ActivationResponse> sessionObject;
 
     void viewWillAppear(bool animated) override;

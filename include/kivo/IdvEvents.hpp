@@ -28,7 +28,7 @@ struct RawValues<IdvEvents> {
 
 /// Names events.
 struct KIVO_EXPORT IdvEventsHelper {
-    /// The event's name as written above; empty for any other integer.
+    /// The event's name as declared above; empty for any other integer.
     static std::string_view eventName(IdvEvents from);
 };
 

@@ -11,17 +11,17 @@
 
 namespace kivo {
 
-/// A successful outcome: which step of the session succeeded, and what it yielded.
+/// A successful outcome: the step of the session that succeeded, and its data.
 ///
-/// The SDK keeps no reference once it has handed a result over; the host may change and share it as it likes.
+/// The SDK keeps no reference to a result that it has delivered; the host may change and share the result.
 class IdvResult {
 public:
     IdvResult(std::string data, IdvEvents responseType)
         : data_{std::move(data)}
         , responseType_{responseType} {}
 
-    /// The activation code for `SCAN_QR_CODE` and `UPLOAD_DOCUMENT`, empty for scans, else the session's transaction
-    /// identifier.
+    /// The activation code for `SCAN_QR_CODE` and `UPLOAD_DOCUMENT`, empty for scans, otherwise the session's
+    /// transaction identifier.
     const std::string& data() const { return data_; }
 
     void setData(std::string data) { data_ = std::move(data); }
@@ -35,11 +35,11 @@ private:
     IdvEvents responseType_;
 };
 
-/// How a call ends: with a result that is never null, or with the code of what went wrong.
+/// The outcome of a call: a result that is never null, or the code of the failure.
 using IdvOutcome = std::expected<std::shared_ptr<IdvResult>, ResponseCode>;
 
-/// Receives the outcome of a request, or each outcome of a screen. It must not throw; an empty one is allowed and drops
-/// the outcome.
+/// Receives the outcome of a request, or each outcome of a screen. It must not throw. An empty completion is
+/// allowed and drops the outcome.
 using IdvCompletion = std::function<void(IdvOutcome)>;
 
 } // namespace kivo

@@ -24,7 +24,8 @@ public:
     /// The session API behind this provider, shared by every provider of its version.
     const std::shared_ptr<KivoAPI>& provider() const { return provider_; }
 
-    /// The session API's theme object as it was when the provider was made. Replacing it here changes nothing there.
+    /// The session API's theme object when the provider was made. Replacing the object here does not change the
+    /// session.
     const std::shared_ptr<ThemeCustomization>& sdkTheme() const { return sdkTheme_; }
 
     void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) { sdkTheme_ = std::move(theme); }

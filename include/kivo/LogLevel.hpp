@@ -4,7 +4,7 @@
 
 namespace kivo {
 
-/// How much a log line matters; a line is printed when its level is not below the threshold.
+/// The importance of a log line; a line is printed when its level is not below the threshold.
 enum class LogLevel { verbose = 1, debug = 2, info = 3, warning = 4, error = 5 };
 
 template <>

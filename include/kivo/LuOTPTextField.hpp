@@ -10,19 +10,19 @@
 
 namespace kivo {
 
-/// One field of a `LuOTPView`. Its delegate is told of the delete key also when the field is empty.
+/// One field of a `LuOTPView`. The field reports the delete key to its delegate even when the field is empty.
 ///
-/// A storyboard knows it by its class name; `placeholderString`, `borderColorOfTextField` and `borderWidthOfTextField`
-/// are members there. Main thread only.
+/// In a storyboard, the class name is "LuOTPTextField"; `placeholderString`, `borderColorOfTextField` and
+/// `borderWidthOfTextField` are members there. Main thread only.
 class KIVO_EXPORT LuOTPTextField final : public platform::TextField, public platform::DescribedInLayouts {
 public:
     LuOTPTextField();
     ~LuOTPTextField() override;
 
-    /// What the empty field shows; empty at first.
+    /// The text that the empty field shows; empty at first.
     const std::string& placeholderString() const { return placeholderString_; }
 
-    /// Becomes the field's placeholder at once.
+    /// Changes the placeholder immediately.
     void setPlaceholderString(std::string placeholder);
 
     // Kept for the host: a `LuOTPView` gives its fields the border of its own properties.

@@ -12,7 +12,7 @@
 
 namespace kivo {
 
-/// The keyboard that a one-time code is typed on.
+/// The keyboard for a one-time code.
 enum class KeyboardType {
     numeric = 0,      ///< The number pad.
     alphabet = 1,     ///< The ASCII keyboard; a text without any letter is refused.
@@ -27,11 +27,11 @@ struct RawValues<KeyboardType> {
 
 /// A row of circular fields for a short one-time code, one character each.
 ///
-/// No screen of the SDK has one: a host puts the view into a screen of its own, in code or in a storyboard, where its
-/// class is "LuOTPView" and every property below is a member of the same name. The view makes its fields, or takes in
-/// those that a storyboard put into it, when it is laid out or first asked for a field: set the properties before. What
-/// was typed is kept apart from what the fields show, so that they can show a mask. Main thread only; lengths in
-/// points.
+/// No screen of the SDK has this view: a host puts the view into a screen of its own, in code or in a storyboard, where
+/// its class is "LuOTPView" and every property below is a member of the same name. The view makes its fields, or adopts
+/// the fields of a storyboard, when the view is laid out or first asked for a field: set the properties before. The
+/// view keeps the typed characters apart from the texts of the fields, so that the fields can show a mask. Main thread
+/// only; lengths in points.
 class KIVO_EXPORT LuOTPView final : public platform::View,
                                     public platform::TextFieldDelegate,
                                     public platform::DescribedInLayouts {
@@ -46,47 +46,47 @@ public:
     platform::Font otpTextFieldFont = platform::Font::system(20);
     /// Shows "*" for every character.
     bool otpTextFieldEntrySecureType = false;
-    /// Shows a blank for every character, whatever the mask says.
+    /// Shows a blank for every character, also where a mask is set.
     bool otpFilledEntryDisplay = false;
     /// Whether the text cursor is shown.
     bool shouldRequireCursor = true;
     platform::Color cursorColor = platform::Color::systemBlue();
     /// Width and height of a field.
     double otpTextFieldSize = 24;
-    /// Between two fields.
+    /// The distance between two fields.
     double otpTextFieldSeparatorSpace = 15;
     double otpTextFieldBorderWidth = 3;
     /// Kept for the host: the view uses one width and one colour for the borders of all its fields.
     double otpTextFieldActiveBorderWidth = 3;
-    /// Of an empty field.
+    /// The background of an empty field.
     platform::Color otpTextFieldDefaultBackgroundColor = platform::Color::clear();
-    /// Of a field with a character.
+    /// The background of a field with a character.
     platform::Color otpTextFieldEnteredBackgroundColor = platform::Color::clear();
     platform::Color otpTextFieldDefaultBorderColor = darkBlue;
-    /// Kept for the host, like the next one.
+    /// Kept for the host, like the next colour.
     platform::Color otpTextFieldActiveBorderColor = darkBlue;
     platform::Color otpTextFieldErrorBorderColor = darkBlue;
-    /// Of the characters; absent leaves the field's own.
+    /// The colour of the characters; absent leaves the field's own colour.
     std::optional<platform::Color> otpTextFieldFontColor;
 
-    /// Called with the code whenever a typed character has made it complete. The fields' borders are set afterwards.
+    /// Called with the code whenever a typed character makes the code complete. The fields' borders are set afterwards.
     std::function<void(std::string)> otpEnteredString;
-    /// Called with true when editing begins and with false when it ends, also in passing from one field to the next.
+    /// Called with true when editing begins and with false when editing ends, also between one field and the next.
     std::function<void(bool)> isEditing;
 
     /// The field being edited; null before the first.
     const std::shared_ptr<LuOTPTextField>& aciveTextField() const;
 
-    /// What was typed into each field, in order; an empty text for an empty field.
+    /// The text typed into each field, in order; an empty text for an empty field.
     const std::vector<std::string>& secureEntryData() const;
 
     /// Whether every field holds a character.
     bool hasEnteredAllOTP() const;
 
-    /// The field at a position, from 1; null when there is no such position.
+    /// The field at a position, from 1; null for any other position.
     std::shared_ptr<LuOTPTextField> field(int tag);
 
-    /// Gives the focus to the last field of a full row, else to the field being edited, else to the first field.
+    /// Gives the focus to the last field of a full row, otherwise to the edited field, otherwise to the first field.
     void getResponder();
 
     bool textFieldShouldBeginEditing(platform::TextField& field) override;

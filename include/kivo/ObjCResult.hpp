@@ -19,7 +19,7 @@ struct RawValues<ObjCResultStatus> {
     static constexpr int last = 1;
 };
 
-/// A failure spelled out in plain values.
+/// A failure as plain values.
 class ObjCError {
 public:
     ObjCError(std::string errorName, std::string message, std::int64_t code, std::string genericMessage)
@@ -37,7 +37,7 @@ public:
 
     void setMessage(std::string message) { message_ = std::move(message); }
 
-    /// The response code's number, 1001 to 3020 in what the SDK reports.
+    /// The response code's number, 1001 to 3020 in failures that the SDK reports.
     std::int64_t code() const { return code_; }
 
     void setCode(std::int64_t code) { code_ = code; }
@@ -53,7 +53,7 @@ private:
     std::string genericMessage_;
 };
 
-/// An outcome as one object, for hosts that cannot take `IdvOutcome`. Exactly one of success and error is set.
+/// An outcome as an object, for hosts that cannot use `IdvOutcome`. Exactly one of success and error is set.
 class ObjCResult {
 public:
     explicit ObjCResult(std::shared_ptr<IdvResult> success)
@@ -64,7 +64,7 @@ public:
 
     ObjCResultStatus status() const { return success_ ? ObjCResultStatus::success : ObjCResultStatus::failure; }
 
-    /// The very result that the session API delivered; null on failure.
+    /// The result object that the session API delivered; null on failure.
     const std::shared_ptr<IdvResult>& success() const { return success_; }
 
     /// Null on success.

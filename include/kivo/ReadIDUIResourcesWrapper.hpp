@@ -9,7 +9,7 @@ namespace kivo {
 
 /// The looks and texts of the vendor's document reading screens, as plain values.
 ///
-/// It holds nothing itself: every instance reads and writes the one object of the process,
+/// The wrapper holds no values: every instance reads and writes the shared object of the process,
 /// `ThemeCustomization::passportScanViewCustomization()`. Main thread only; set before a document is acquired. Sizes
 /// are in points.
 class KIVO_EXPORT ReadIDUIResourcesWrapper {
@@ -17,8 +17,8 @@ public:
     double textSize() const;
     void setTextSize(double size);
 
-    /// A font of the system where none was set; likewise for the other fonts. The document screen sets this one to its
-    /// theme's `primaryButtonFont`.
+    /// The system's font where no font was set; likewise for the other fonts. The document screen sets the button font
+    /// to its theme's `primaryButtonFont`.
     platform::Font buttonFont() const;
     void setButtonFont(platform::Font font);
 
@@ -38,7 +38,7 @@ public:
     bool isDynamicTypeEnabled() const;
     void setIsDynamicTypeEnabled(bool enabled);
 
-    /// The string table of the theme's `appBundle` with the vendor's texts; empty where none was set.
+    /// The string table of the theme's `appBundle` with the vendor's texts; empty where no table was set.
     std::string customStringTableName() const;
     void setCustomStringTableName(std::string name);
 };

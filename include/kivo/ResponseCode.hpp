@@ -7,7 +7,7 @@
 
 namespace kivo {
 
-/// Every way in which an operation of the SDK can fail, in fixed order.
+/// The failures of the SDK's operations, in fixed order.
 ///
 /// The identity service names a refusal by the case's name ("STATUS_INVALID_SESSION"); a host that stores or sends
 /// a failure uses `code`, whose numbers never change.
@@ -87,10 +87,10 @@ enum class ResponseCode {
 /// The number that a host sees, 1001 to 3020. A value outside the enumeration has 0 and empty texts.
 KIVO_EXPORT int code(ResponseCode responseCode);
 
-/// The case's name as written above.
+/// The case's name as declared above.
 KIVO_EXPORT std::string_view name(ResponseCode responseCode);
 
-/// What went wrong, in English, for logs and for hosts without a text of their own.
+/// The failure in English, for logs and for hosts without a text of their own.
 KIVO_EXPORT std::string_view message(ResponseCode responseCode);
 
 /// "Processing error", "Document scan error" or "Face scan error", by the range of the code.

@@ -14,7 +14,7 @@ struct KIVO_EXPORT SdkVersions {
     /// thread.
     static std::span<const std::string_view> all();
 
-    /// The first two characters of `version`, or "Invalid sdk version!" when it has fewer. Nothing is validated.
+    /// The first two characters of `fromVersion`, or "Invalid sdk version!" for a shorter text. No other check is made.
     static std::string getPreciseVersion(std::string_view fromVersion);
 };
 

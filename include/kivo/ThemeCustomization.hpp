@@ -17,15 +17,15 @@
 
 namespace kivo {
 
-/// The look and the wording of the SDK's screens, handed by reference to each of them. Main thread only.
+/// The looks and texts of the SDK's screens; all screens share the theme object. Main thread only.
 ///
-/// Make one, change what you want changed, and give it to the session before the first screen is shown. A screen reads
-/// it when it appears, so a later change reaches a screen the next time. Lengths are in points.
+/// Make a theme, change its properties, and set the theme on the session before the first screen is shown. A screen
+/// reads the theme when the screen appears, so a later change takes effect the next time. Lengths are in points.
 ///
 /// - An empty text leaves the storyboard's own text in place.
-/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made; it is the
+/// - A colour whose comment names an asset comes from the host's asset catalogue when the theme is made, and is the
 ///   other colour where the catalogue has no such name.
-/// - A font is absent where it is not installed; the screens then use the system font of the same size.
+/// - A font that is not installed is absent; the screens then use the system font of the same size.
 class KIVO_EXPORT ThemeCustomization {
 public:
     /// A theme with every default.
@@ -41,9 +41,9 @@ public:
 
     /// Where the document reading screens find their resources and texts; the host's main bundle. Never null at first.
     std::shared_ptr<platform::Bundle> appBundle;
-    /// Never null at first; without one, close buttons stay as the storyboard has them.
+    /// Never null at first; null leaves the close buttons of the storyboard unchanged.
     std::shared_ptr<ZorCloseButtonAppearance> zorCloseButtonAppearance;
-    /// Whether the document screen shows the activity overlay while the service is told of a reading.
+    /// Whether the document screen shows the activity overlay while the service is notified of a reading.
     bool enableActivityIndicator = true;
 
     /// "Karbon-Medium" at 32 points.
@@ -67,7 +67,7 @@ public:
     std::string codeScreenGetStartedTitle;
     /// Shown in the empty field of the single style.
     std::string codeScreenTextfieldPlaceholder;
-    /// Between typing and scanning.
+    /// Shown between the code field and the scan button.
     std::string codeScreenOrText;
     std::string codeScreenScanQRCodeButtonTitle;
     platform::Color codeScreenScanQRButtonTitleColor = platform::Color::white();
@@ -98,7 +98,7 @@ public:
     platform::Color selectIDNextButtonBackgroundColor;
     /// "Karbon-Regular" at 17 points.
     std::optional<platform::Font> documentOptionsTitleFont;
-    /// After how many failed readings of the chip a person may go on without it.
+    /// The number of failed readings of the chip after which a person may continue without the chip.
     int allowNFCSkipReadingAfterAttempts = 2;
 
     // Face scan screen.
@@ -111,19 +111,19 @@ public:
     platform::Color faceScanIntroNextButtonBackgroundColor;
     /// Shown by the vendor's screen when an upload takes longer than six seconds.
     std::string faceScanUploadMessage;
-    /// Shown by the vendor's screen after a good scan.
+    /// Shown by the vendor's screen after a successful scan.
     std::string faceScanSuccessMessageText;
     /// The look of the vendor's face and ID scan screens. The vendor's defaults at first; null without a vendor.
     std::shared_ptr<platform::FaceTecCustomization> faceVerificationUICustomization;
 
     // One value for the whole SDK.
 
-    /// The looks and texts of the vendor's document reading screens; shared by all sessions, never null. Made by the
-    /// vendor's adapter when they are first read: install the adapter before; without one they have plain values. The
+    /// The looks and texts of the vendor's document reading screens; shared by all sessions, never null. The vendor's
+    /// adapter makes them on first use, so install the adapter before; without an adapter they have plain values. The
     /// document screen sets the bundle, and takes the buttons' font and corners from its theme.
     static const std::shared_ptr<platform::readid::UIResources>& passportScanViewCustomization();
 
-    /// What the document screen found when it was last shown; the screen writes it, a host reads it.
+    /// Whether the last document screen found a document list; written by the screen, read by a host.
     static DocumentListConfigurationStatus documentListConfigurationStatus();
     static void setDocumentListConfigurationStatus(DocumentListConfigurationStatus status);
 };

@@ -12,11 +12,11 @@ namespace kivo {
 
 /// The look of the close button on every screen. Main thread only.
 ///
-/// Close buttons are hidden until `closeButtonIsHidden` is set to false. Lengths are in points; what is absent stays as
-/// the storyboard has it, unless its comment says otherwise.
+/// Close buttons are hidden until `closeButtonIsHidden` is set to false. Lengths are in points; an absent
+/// property leaves the storyboard's look, unless its comment says otherwise.
 class KIVO_EXPORT ZorCloseButtonAppearance {
 public:
-    /// Looks the default font up.
+    /// Looks up the default font.
     ZorCloseButtonAppearance();
 
     bool closeButtonIsHidden = true;
@@ -29,10 +29,10 @@ public:
     double closeButtonHeight = 35;
     /// Absent means 17.5, half of the default height.
     std::optional<double> closeButtonCornerRadius;
-    /// "Karbon-Bold" at 17 points, or the system font where that is not installed.
+    /// "Karbon-Bold" at 17 points, or the system font where "Karbon-Bold" is not installed.
     platform::Font closeButtonFont;
 
-    /// Gives a screen's close button this look; the constraints are the ones that size it.
+    /// Gives a screen's close button this look. The constraints set the size of the button.
     void applyAppearanceCloseButton(platform::Button& closeButton, platform::LayoutConstraint& widthConstraint,
                                     platform::LayoutConstraint& heightConstraint) const;
 };

@@ -10,16 +10,16 @@
 
 namespace kivo {
 
-/// Loads a provider and holds on to it. Its accessors may be called from any thread.
+/// Loads a provider and keeps the provider. The accessors may be called from any thread.
 class KIVO_EXPORT ZorFrameworkWrapper {
 public:
-    /// Loads a provider and keeps it in place of the former one, also when the version is rejected and it is null.
+    /// Loads a provider, which replaces the former provider; a rejected version replaces the former provider by null.
     std::shared_ptr<KivoAPIProvider> load(std::string_view key, std::string_view version);
 
     std::shared_ptr<KivoAPIProvider> apiProvider() const;
     void setApiProvider(std::shared_ptr<KivoAPIProvider> apiProvider);
 
-    /// A place for the host's configuration; the wrapper never reads it.
+    /// Storage for the host's configuration, which the wrapper never reads.
     std::shared_ptr<AcquisitionConfig> config() const;
     void setConfig(std::shared_ptr<AcquisitionConfig> config);
 

@@ -1,5 +1,3 @@
-#include "Models/ActivationSessionModel.hpp"
-
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "platform/json/Json.hpp"

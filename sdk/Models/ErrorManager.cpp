@@ -5,11 +5,13 @@
 #include "platform/json/Json.hpp"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace kivo {
 namespace {
 
-/// Takes over the member's text, if there is one. False when the member is something else.
+/// Copies the member's text, if the member exists. False when the member is not a text.
 bool takeText(const json::Value& object, std::string_view key, std::optional<std::string>& text) {
     const auto* const member = object.find(key);
     if (member == nullptr || member->kind() == json::Kind::null) {
@@ -26,6 +28,17 @@ std::string described(const ServerErrorModel& document) {
     return "responseType: " + document.responseType.value_or("none") +
            ", responseCode: " + document.responseCode.value_or("none") +
            ", responseMessage: " + document.responseMessage.value_or("none");
+}
+
+bool isLeaving(ResponseCode responseCode) {
+    static constexpr std::array leaving{
+        ResponseCode::CANCELLED_BY_USER,
+        ResponseCode::USER_CANCELLED,
+        ResponseCode::BACK_NAVIGATION,
+        ResponseCode::CANCELLED,
+        ResponseCode::USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT,
+    };
+    return std::ranges::find(leaving, responseCode) != leaving.end();
 }
 
 } // namespace
@@ -65,6 +78,21 @@ ResponseCode responseCodeNamed(std::string_view caseName) {
     const auto codes = allResponseCodes();
     const auto found = std::ranges::find(codes, caseName, [](ResponseCode code) { return name(code); });
     return found == codes.end() ? ResponseCode::UNKNOWN_ERROR : *found;
+}
+
+ServerReportModel ServerReportModel::of(ResponseCode responseCode, std::string tid, std::string status) {
+    const auto reported = isLeaving(responseCode) ? ResponseCode::BACK_NAVIGATION : responseCode;
+    return {.action = "inform",
+            .tid = std::move(tid),
+            .os = "I",
+            .status = std::move(status),
+            .code = kivo::code(responseCode),
+            .message = std::string{name(reported)}};
+}
+
+std::string ServerReportModel::description() const {
+    return "ServerReportModel(action: " + action + ", tid: " + tid + ", os: " + os + ", status: " + status +
+           ", code: " + std::to_string(code) + ", message: " + message + ")";
 }
 
 } // namespace kivo

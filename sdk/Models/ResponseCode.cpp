@@ -14,7 +14,7 @@ struct Entry {
     std::string_view message;
 };
 
-// In declaration order, so that a case is its own index.
+// In the order of the declaration, so that a case is the index of its entry.
 constexpr std::array entries{
     Entry{ResponseCode::STATUS_INVALID_ACTIVATION_CODE, "STATUS_INVALID_ACTIVATION_CODE", 1001,
           "Activation code is not valid"},

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <kivo/ActivationResponse.hpp>
+
+#include <string>
 #include <string_view>
 
-/// The names under which the session travels and is stored.
+/// The names of the session's values in requests, in answers and in the secure store.
 namespace kivo {
 
 /// Members of the identity service's answers.
@@ -36,7 +39,7 @@ struct KivoResponseKeys {
     static constexpr std::string_view fail = "fail";
     static constexpr std::string_view pass = "pass";
 
-    /// In the vendor's answers to a scan.
+    /// Members of the vendor's answers to a scan.
     static constexpr std::string_view responseData = "response-data";
     static constexpr std::string_view scanResultBlob = "scanResultBlob";
 };
@@ -63,5 +66,8 @@ struct StoredItems {
     static constexpr std::string_view joinAnswer = "qr_response";
     static constexpr std::string_view activationCode = "qr_code";
 };
+
+/// The text of a setting; empty when missing.
+const std::string& settingIn(const ActivationResponse::Settings& settings, std::string_view key);
 
 } // namespace kivo

@@ -11,7 +11,7 @@
 namespace kivo {
 namespace {
 
-/// A signed decimal number; 0 for any text that is not wholly one within 64 bits.
+/// A signed decimal number of 64 bits; 0 for any other text.
 std::int64_t numberIn(std::string_view text) {
     if (text.starts_with('+')) {
         text.remove_prefix(1);

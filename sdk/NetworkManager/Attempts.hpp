@@ -8,17 +8,17 @@
 
 namespace kivo {
 
-/// The owner of the acquisition attempts: keeps how many remain, knows whether the screens enforce the limit, and
-/// counts. Any thread; every operation is one step.
+/// The owner of the acquisition attempts: keeps and counts the remaining attempts, and knows whether the screens
+/// enforce the limit. Any thread; every operation is one atomic step.
 class Attempts {
 public:
     static Attempts& shared();
 
-    /// Takes over the retry limit of a session that has been joined. A session without a limit leaves the number as it
-    /// is, and the screens stop to enforce it.
+    /// Takes over the retry limit of a joined session. After a session without a limit, the number stays the same and
+    /// the screens no longer enforce the limit.
     void apply(const ActivationResponse& session);
 
-    /// How many attempts remain; below zero when the screens do not enforce the limit and go on.
+    /// The number of remaining attempts; below zero after further attempts on screens that do not enforce the limit.
     std::int64_t retryLimit() const { return retryLimit_; }
 
     void setRetryLimit(std::int64_t attempts) { retryLimit_ = attempts; }
@@ -31,10 +31,10 @@ public:
     /// Whether no screen may begin a further attempt.
     bool areUsedUp() const { return shouldApplyRetryLimit_ && retryLimit_ < 1; }
 
-    /// Counts an attempt if at least one remains, and gives how many remain then; absent when none remained.
+    /// Counts an attempt if at least one remains, and returns the new number; absent when none remained.
     std::optional<std::int64_t> take();
 
-    /// Counts an attempt that has been made, and gives how many remain then.
+    /// Counts an attempt that has been made, and returns the new number.
     std::int64_t count() { return --retryLimit_; }
 
 private:

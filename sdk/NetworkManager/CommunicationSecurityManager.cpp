@@ -3,7 +3,6 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/Attempts.hpp"
-#include "NetworkManager/CertificateDates.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
 #include "platform/base/Process.hpp"
 
@@ -130,7 +129,7 @@ void CommunicationSecurityManager::checkForReachability(const platform::Notifica
 
 bool CommunicationSecurityManager::isNetworkAvailable() {
     auto monitor = reachability();
-    // A monitor that does not run keeps what it read once; the network may have come or gone since.
+    // A monitor that does not run keeps its first reading, but the network may have changed since.
     if (monitor && !monitor->notifierRunning()) {
         if (auto renewed = makeMonitor()) {
             monitor = renewed;

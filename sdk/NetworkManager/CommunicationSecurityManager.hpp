@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
-#include "Models/ServerReportModel.hpp"
+#include "Models/ErrorManager.hpp"
+#include "Models/SessionKeys.hpp"
+#include "NetworkManager/NetworkManager.hpp"
 #include "NetworkManager/Reachability.hpp"
-#include "NetworkManager/RequestSender.hpp"
 
 #include <kivo/SDKEnv.hpp>
 #include <kivo/platform/NotificationCenter.hpp>
@@ -25,8 +25,8 @@ struct CertificateExpiryDates {
     std::string intermediate;
 };
 
-/// Stands between the SDK and the network: lets a pinned session talk to the right servers only, knows the state of the
-/// network, and tells the identity service what happened on the device.
+/// Stands between the SDK and the network: limits pinned sessions to pinned servers, knows the state of the network,
+/// and sends the identity service notices of events on the device.
 ///
 /// Notices are sent once and never repeated; their outcome is only logged. Any thread.
 class CommunicationSecurityManager final : public platform::UrlSessionDelegate,
@@ -40,10 +40,10 @@ public:
 
     void setSdkEnvironment(SDKEnv environment);
 
-    /// The delegate with which a session talks to no server but one with a pinned certificate.
+    /// The delegate that limits a session to servers with a pinned certificate.
     std::shared_ptr<platform::UrlSessionDelegate> serverJudge() { return shared_from_this(); }
 
-    /// Lets a server through when a certificate of its chain is pinned, whatever else may be said about it.
+    /// Accepts a server if a certificate of its chain is pinned; other faults of the certificate do not matter.
     void didReceiveChallenge(const platform::ServerTrust* serverTrust,
                              std::function<void(platform::AuthChallengeDisposition)> completionHandler) override;
 
@@ -52,16 +52,16 @@ public:
     void didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& task, std::uint64_t sent,
                          std::uint64_t expected) override;
 
-    /// Watches the network from now on. A monitor that cannot start is left as it is.
+    /// Starts to watch the network. A monitor that cannot start is kept, stopped.
     void observeReachability();
 
-    /// False only while a monitor says that the network cannot be reached.
+    /// False only while a monitor reports that the network cannot be reached.
     bool isNetworkAvailable();
 
     /// The kind of connection in words, such as "WiFi"; empty without a monitor.
     std::string networkType() const;
 
-    /// The certificates' dates for the current environment. With `warn`, prints those that are near.
+    /// The certificates' dates for the current environment. With `warn`, also prints a line for each near date.
     CertificateExpiryDates certificateExpiryDates(bool warn) const;
 
     /// Counts an attempt that has been made, and tells the session how many remain.

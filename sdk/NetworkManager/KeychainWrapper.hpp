@@ -8,7 +8,7 @@
 
 namespace kivo {
 
-/// When an item may be read; each stands for the platform's constant of the same name.
+/// When an item may be read; each value stands for the platform's constant of the same name.
 enum class KeychainItemAccessibility {
     afterFirstUnlock,
     afterFirstUnlockThisDeviceOnly,
@@ -19,8 +19,8 @@ enum class KeychainItemAccessibility {
     whenUnlockedThisDeviceOnly,
 };
 
-/// Small secrets under text keys, kept as generic passwords of one service. Any thread; the platform puts calls in
-/// order.
+/// Small secrets under text keys, kept as generic passwords of one service. Any thread; the platform orders the
+/// calls.
 class KeychainWrapper {
 public:
     using Accessibility = std::optional<KeychainItemAccessibility>;
@@ -36,7 +36,7 @@ public:
     /// The value, or absent on any failure.
     std::optional<std::string> data(const std::string& forKey, Accessibility withAccessibility = {}) const;
 
-    /// Stores a value, also over an existing one, and wipes it. False on any failure.
+    /// Stores a value, replaces a former value, and wipes the copy in memory. False on any failure.
     bool set(std::string value, const std::string& forKey, Accessibility withAccessibility = {});
 
     /// Replaces the value of an existing item. False on any failure.

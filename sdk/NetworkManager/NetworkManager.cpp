@@ -1,9 +1,108 @@
 #include "NetworkManager/NetworkManager.hpp"
 
+#include "Configuration/logging/Log.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/PublicKeyPins.hpp"
 #include "platform/base/Process.hpp"
 
+#include <kivo/platform/Services.hpp>
+
+#include <expected>
+#include <system_error>
+#include <utility>
+
 namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::string_view sendFunction = "sendRequest(urlString:params:success:failure:)";
+
+std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
+    if (!outcome) {
+        return std::unexpected{TransportError{.cause = outcome.error().kind, .text = outcome.error().text}};
+    }
+    const int status = outcome->status;
+    if (status < 200 || status > 299) {
+        return std::unexpected{TransportError{
+            .cause = {}, .httpStatus = status, .text = "The server answered with status " + std::to_string(status)}};
+    }
+    if (!outcome->body) {
+        return std::unexpected{
+            TransportError{.cause = {}, .httpStatus = status, .text = "The server answered without a body"}};
+    }
+    return std::move(*outcome->body);
+}
+
+} // namespace
+
+std::string TransportError::description() const {
+    return "TransportError(" + (cause ? std::string{name(*cause)} : "status " + std::to_string(httpStatus)) +
+           "): " + text;
+}
+
+ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode own) {
+    return cause == platform::UrlErrorKind::pinMismatch ? ResponseCode::UNSECURE_SERVER_PINNING_FAILED : own;
+}
+
+platform::UrlSessionConfiguration backendSessionConfiguration() {
+    platform::UrlSessionConfiguration configuration;
+    configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
+    configuration.requestTimeout = 180s;
+    configuration.resourceTimeout = 180s;
+    configuration.responseLimit = longestAnswer;
+    return configuration;
+}
+
+RequestSender::RequestSender(std::weak_ptr<platform::UrlSessionDelegate> judge)
+    : judge_{std::move(judge)} {}
+
+void RequestSender::send(const std::string& urlString, const json::Value& params, Success success, Failure failure) {
+    platform::UrlRequest request;
+    request.url = urlString;
+    request.method = "POST";
+    request.timeout = 60s;
+    request.body = json::write(params).value_or("");
+    std::shared_ptr<platform::UrlSession> session;
+    try {
+        session = this->session();
+    } catch (const std::system_error& noThread) {
+        const TransportError error{.cause = platform::UrlErrorKind::unknown, .text = noThread.what()};
+        log::debug(sendFunction, [&] { return error.description(); });
+        failure(error);
+        return;
+    }
+    session->dataTask(std::move(request),
+                      [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
+                          auto body = bodyOf(std::move(outcome));
+                          if (body) {
+                              success(std::move(*body));
+                              return;
+                          }
+                          log::debug(sendFunction, [&] { return body.error().description(); });
+                          failure(body.error());
+                      });
+}
+
+void RequestSender::forgetCookies() {
+    const std::scoped_lock lock{mutex_};
+    for (const auto& session : {withSystemTrust_, pinned_}) {
+        if (session) {
+            session->forgetCookies();
+        }
+    }
+}
+
+std::shared_ptr<platform::UrlSession> RequestSender::session() {
+    const bool isPinned = pinsAreInForce(*platform::services().bundles->main());
+    const std::scoped_lock lock{mutex_};
+    auto& session = isPinned ? pinned_ : withSystemTrust_;
+    if (!session) {
+        session =
+            platform::services().urlSessions->make(backendSessionConfiguration(), isPinned ? judge_.lock() : nullptr);
+    }
+    return session;
+}
 
 NetworkManager& NetworkManager::shared() {
     return platform::Process::current().part<NetworkManager>(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kivo/SDKEnv.hpp>
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/Trust.hpp>
 #include <kivo/platform/UrlSession.hpp>
@@ -22,23 +23,23 @@ std::string publicKeyPin(const platform::Trust& trust, std::string_view external
 /// The pin of a certificate in DER form; absent when it has no key that can be pinned.
 std::optional<std::string> certificatePin(const platform::Trust& trust, std::string_view certificate);
 
-/// Why a text can be nobody's pin, in words that follow its name; absent when it can.
+/// The reason why a text cannot be a pin, in words that follow the text's name; absent for a possible pin.
 std::optional<std::string> pinFault(std::string_view text);
 
-/// The pins a host allows, as its list says at the moment of reading.
+/// The pins that a host allows, as read from its list.
 struct PinList {
-    /// Empty also for what is no array of text: then no server is the right one.
+    /// Empty also for a list that is not an array of text; no server is accepted then.
     std::vector<std::string> pins{};
     bool isArrayOfText = false;
-    /// What is wrong with the list, each a clause of its own, such as "entry 2 is not base64".
+    /// The faults of the list, each as a clause, such as "entry 2 is not base64".
     std::vector<std::string> faults{};
 };
 
-/// The list in a property list: its root is an array of text, or it lists nothing.
+/// The pins in a property list, whose root must be an array of text.
 PinList pinListIn(const platform::PropertyValue& root);
 
-/// Whether the host pins its servers. The list's presence alone decides: one that is unreadable or empty pins too, and
-/// lets nobody through.
+/// Whether the host pins its servers. The presence of the list alone decides: with an unreadable or empty list, no
+/// server is accepted.
 bool listsPins(const platform::Bundle& bundle);
 
 /// Whether requests may go to pinned servers only: the host lists pins, or its deployment requires them.
@@ -46,16 +47,31 @@ bool pinsAreInForce(const platform::Bundle& bundle);
 
 PinList readPinList(const platform::Bundle& bundle);
 
-/// Whether a certificate of the chain is pinned. The list is read again for each.
+/// Whether a certificate of the chain is pinned. The list is read again for each certificate.
 bool isPinned(const platform::Trust& trust, const platform::Bundle& bundle, const std::vector<platform::Data>& chain);
 
-/// For whoever has to mend a mismatch: the chain's pins beside those of the list, and what to do about it.
+/// The log text for a mismatch: the pins of the chain, the pins of the list, and the remedy.
 std::string mismatchReport(const platform::Trust& trust, const platform::Bundle& bundle,
                            const platform::ServerTrust& server);
 
-/// What an evaluation would hold against the server's leaf, in words that follow "its certificate"; absent when there
-/// is nothing.
+/// The faults of the server's leaf certificate that a pin overrides, in words that follow "its certificate"; absent
+/// without a fault.
 std::optional<std::string> leafRemark(const platform::Trust& trust, const platform::ServerTrust& server,
                                       std::chrono::sys_seconds now);
+
+/// When the certificates of an environment's identity service expire.
+struct CertificateDates {
+    std::chrono::year_month_day leaf;
+    std::chrono::year_month_day intermediate;
+};
+
+/// The dates of an environment; absent where none are known.
+std::optional<CertificateDates> certificateDatesOf(SDKEnv environment);
+
+/// A date as the identity service reads it, such as 03/29/2031.
+std::string monthDayYear(std::chrono::year_month_day date);
+
+/// Whole days from `now` until `date` begins; negative once it is past.
+long daysUntil(std::chrono::year_month_day date, std::chrono::system_clock::time_point now);
 
 } // namespace kivo

@@ -8,7 +8,7 @@ using Kind = ReachabilityError::Kind;
 
 namespace {
 
-/// Runs its blocks through a target queue, and so that they exclude those of a serial queue.
+/// Runs its blocks through a target queue, and never at the same time as a block of the serial queue.
 class TargetedQueue final : public platform::DispatchQueue {
 public:
     TargetedQueue(std::shared_ptr<platform::DispatchQueue> target, std::shared_ptr<platform::SerialQueue> serial)

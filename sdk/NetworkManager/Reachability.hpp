@@ -20,7 +20,7 @@ namespace kivo {
 /// The name of the notification that a monitor posts; its object is the `std::shared_ptr<Reachability>`.
 inline constexpr std::string_view reachabilityChanged = "reachabilityChanged";
 
-/// Why a monitor could not be made or started.
+/// The reason why a monitor could not be made or started.
 struct ReachabilityError {
     enum class Kind {
         failedToCreateWithAddress,
@@ -41,7 +41,7 @@ struct ReachabilityError {
 class Reachability : public std::enable_shared_from_this<Reachability> {
 public:
     enum class Connection { none, unavailable, wifi, cellular };
-    /// The older vocabulary.
+    /// Older names of the connections.
     enum class NetworkStatus { notReachable, reachableViaWiFi, reachableViaWWAN };
     using Created = std::expected<std::shared_ptr<Reachability>, ReachabilityError>;
     using Done = std::expected<void, ReachabilityError>;
@@ -49,15 +49,15 @@ public:
     using Queue = std::shared_ptr<platform::DispatchQueue>;
     using Change = std::function<void(Reachability&)>;
 
-    /// Watches a target of the service. The service's news comes through `targetQueue`; null: on a thread of the
-    /// monitor's own. `notificationQueue` may be null: changes are then told in the block of the serial queue that
-    /// finds them, which is the caller's own thread when a call reads the flags.
+    /// Watches a target of the service. The service's changes arrive through `targetQueue`, or, where null, on a thread
+    /// of the monitor. Without a `notificationQueue`, a change is announced in the block of the serial queue that finds
+    /// the change; when a call reads the flags, that is the calling thread.
     static std::shared_ptr<Reachability> forReference(Service service, platform::ReachabilityService::Ref reference,
                                                       platform::QualityOfService queueQoS, Queue targetQueue,
                                                       Queue notificationQueue);
     static Created forHostname(Service service, const std::string& hostname, platform::QualityOfService queueQoS,
                                Queue targetQueue, Queue notificationQueue);
-    /// Watches the way to the internet at large.
+    /// Watches the connection to the internet in general.
     static Created forInternet(Service service, platform::QualityOfService queueQoS, Queue targetQueue,
                                Queue notificationQueue);
 
@@ -69,13 +69,13 @@ public:
     void setWhenReachable(Change change);
     void setWhenUnreachable(Change change);
 
-    /// Begins to watch; does nothing when that has begun.
+    /// Starts to watch; does nothing if the monitor runs already.
     Done startNotifier();
     void stopNotifier();
 
     bool notifierRunning() const { return notifierRunning_; }
 
-    /// The connection by the flags last read; reads them when they have never been.
+    /// The connection by the last flags; reads the flags if they were never read.
     Connection connection();
 
     bool isReachable() { return connection() != Connection::unavailable; }
@@ -94,7 +94,7 @@ public:
 
     static std::string_view description() { return "unavailable flags"; }
 
-    /// Kept for older callers; neither is consulted.
+    /// Kept for older callers; without effect.
     static constexpr bool reachableOnWWAN = true;
     static constexpr bool isRunningOnDevice = false;
     std::atomic<bool> allowsCellularConnection = true;
@@ -124,7 +124,7 @@ private:
     Change whenUnreachable_;
 };
 
-/// What the service holds for its callbacks, so that it never keeps a monitor alive.
+/// Held by the service for its callbacks in place of the monitor, so that the service never keeps a monitor alive.
 class ReachabilityWeakifier {
 public:
     explicit ReachabilityWeakifier(std::weak_ptr<Reachability> reachability)

@@ -1,6 +1,5 @@
 #include "Configuration/environment/SdkBundle.hpp"
 #include "Configuration/logging/Log.hpp"
-#include "impl/Callable.hpp"
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
@@ -21,7 +20,7 @@ namespace {
 using platform::Storyboard;
 using platform::ViewController;
 
-/// Sets a screen up for the session API; false when it is of another class.
+/// Prepares a screen for the session API; false when the screen is of another class.
 using Adopt = bool (*)(const std::shared_ptr<ViewController>& screen, const std::shared_ptr<SessionAPI>& owner);
 
 template <class Screen>
@@ -36,7 +35,7 @@ bool adopt(const std::shared_ptr<ViewController>& screen, const std::shared_ptr<
 
 enum class Home { sdkBundle, mainBundle };
 
-/// Where the screen for an acquisition object is laid out.
+/// The place of a screen's layout.
 struct Scene {
     AcquisitionObject object;
     std::string_view identifier;
@@ -66,7 +65,7 @@ std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene
     return Storyboard::open("ZORFramework", bundle);
 }
 
-/// The screen, or a sentence that says what to do about its absence.
+/// The screen, or a sentence for the log that says how to mend its absence.
 std::expected<std::shared_ptr<ViewController>, std::string>
 makeScreen(const Scene& scene, const std::shared_ptr<SessionAPI>& owner, ViewController& context) {
     if (!context.navigationController() && !context.windowOfScreen()) {
@@ -104,7 +103,7 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     }
     constexpr std::string_view function = "acquire(AcquisitionObject:config:response:)";
     resetAcquisitionStateIfDue();
-    response = callable(std::move(response));
+    response = orNone(std::move(response));
     const auto context = withState([&](State& state) {
         std::swap(state.completionHandlerIdv, response);
         return state.contextViewController;

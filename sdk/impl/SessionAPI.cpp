@@ -1,20 +1,42 @@
 #include "impl/SessionAPI.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "impl/Callable.hpp"
+#include "Configuration/session/StoredSession.hpp"
+#include "Models/SessionKeys.hpp"
+#include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/mirelo/impl/KivoBE.hpp"
 
 #include <kivo/platform/Services.hpp>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace kivo {
 namespace {
 
+constexpr std::array leavingDocuments{ResponseCode::USER_CANCELLED, ResponseCode::BACK_NAVIGATION};
+constexpr std::array leavingFaceScan{ResponseCode::CANCELLED,
+                                     ResponseCode::USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT};
+
 IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
+}
+
+bool isTold(ResponseCode code, UntoldFailures untold, std::span<const ResponseCode> leaving) {
+    if (untold == UntoldFailures::none) {
+        return true;
+    }
+    if (code <= ResponseCode::STATUS_AUTH_FAILED) {
+        return false;
+    }
+    return untold == UntoldFailures::statusCodes || std::ranges::find(leaving, code) == leaving.end();
+}
+
+void setDocumentState(const IdvOutcome& result) {
+    UIStateManager::shared().docAuthState =
+        result ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
 }
 
 } // namespace
@@ -32,7 +54,7 @@ const std::shared_ptr<SessionAPI>& SessionAPI::shared(InterfaceVersion version) 
 }
 
 SessionAPI::SessionAPI(InterfaceVersion version, MireloProxy& backendClient)
-    : rules_{sessionRulesOf(version)}
+    : rules_{rowOf(version).session}
     , backendClient_{backendClient} {}
 
 void SessionAPI::setDeviceCode(std::string deviceCode) {
@@ -79,7 +101,7 @@ void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> co
         withState([](const State& state) { return std::pair{state.deviceCode, state.codeHasJoined}; });
     *codeHasJoined = false;
     backendClient_.join(std::move(forCode), device, std::move(config),
-                        [this, codeHasJoined, response = callable(std::move(response))](const IdvOutcome& outcome) {
+                        [this, codeHasJoined, response = orNone(std::move(response))](const IdvOutcome& outcome) {
                             joinDidComplete(outcome, response, *codeHasJoined);
                         });
 }
@@ -114,8 +136,8 @@ void SessionAPI::withCodeScreen(const std::function<void(QRCodeVC&)>& work) {
     });
 }
 
-/// Comes after the host has heard of its session. By then the host may have shown the next screen on its main thread,
-/// and that one belongs to the new session already.
+/// Runs after the host has learned of its session, or earlier, when the host shows the next screen: that screen already
+/// belongs to the new session.
 void SessionAPI::resetAcquisitionStateIfDue() {
     if (isAcquisitionResetDue_.exchange(false)) {
         UIStateManager::shared().docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
@@ -155,8 +177,12 @@ void SessionAPI::reset() {
     backendClient_.reset();
 }
 
+IdvCompletion SessionAPI::orNone(IdvCompletion response) {
+    return response ? std::move(response) : [](const IdvOutcome&) {};
+}
+
 IdvCompletion SessionAPI::reportingFailures(IdvCompletion response) {
-    return [this, response = callable(std::move(response))](const IdvOutcome& outcome) {
+    return [this, response = orNone(std::move(response))](const IdvOutcome& outcome) {
         response(outcome);
         if (!outcome && rules_.reportsRequestFailures) {
             validateSendInformCallOnFailure(outcome.error());
@@ -200,29 +226,27 @@ void SessionAPI::completeCodeScreen(ResponseCode failure) {
 }
 
 void SessionAPI::documentFlowDidComplete(IdvOutcome result) {
-    UIStateManager::shared().docAuthState =
-        result ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
-    screenDidComplete(result, passesDocumentFilter);
+    setDocumentState(result);
+    screenDidComplete(result, leavingDocuments);
 }
 
 void SessionAPI::livenessCheckDidComplete(IdvOutcome result) {
     UIStateManager::shared().faceAuthState =
         result ? FaceAuthStatus::faceAuthSuccess : FaceAuthStatus::faceAuthFailedOrInitialized;
-    screenDidComplete(result, passesFaceFilter);
+    screenDidComplete(result, leavingFaceScan);
 }
 
 void SessionAPI::ocrScanDidComplete(IdvOutcome result) {
-    UIStateManager::shared().docAuthState =
-        result ? DocAuthStatus::docAuthSuccess : DocAuthStatus::docAuthFailedOrInitialized;
-    screenDidComplete(result, nullptr);
+    setDocumentState(result);
+    screenDidComplete(result, std::nullopt);
 }
 
 void SessionAPI::ocrFlowDidComplete(IdvOutcome result) {
-    screenDidComplete(result, nullptr);
+    screenDidComplete(result, std::nullopt);
 }
 
-void SessionAPI::screenDidComplete(const IdvOutcome& result, Filter filter) {
-    if (result || filter == nullptr || filter(rules_.withheld, result.error())) {
+void SessionAPI::screenDidComplete(const IdvOutcome& result, std::optional<std::span<const ResponseCode>> leaving) {
+    if (result || !leaving || isTold(result.error(), rules_.untoldFailures, *leaving)) {
         completeOnMainQueue(result);
     }
     if (!result) {
@@ -232,10 +256,35 @@ void SessionAPI::screenDidComplete(const IdvOutcome& result, Filter filter) {
 
 void SessionAPI::completeOnMainQueue(IdvOutcome outcome) {
     platform::services().mainQueue->async([self = shared_from_this(), outcome = std::move(outcome)] {
-        // The handler of the moment, not of the moment of the outcome: the host may have asked for something new.
+        // The handler is read now, because the host may have started another acquisition since the outcome.
         const auto handler = self->withState([](const State& state) { return state.completionHandlerIdv; });
         handler(outcome);
     });
+}
+
+void SessionAPI::validateSendInformCallOnFailure(ResponseCode code) {
+    constexpr std::string_view function = "validateSendInformCallOnFailure(reportModel:)";
+    const auto reportModel =
+        withState([&](const State& state) { return ServerReportModel::of(code, state.tid, state.currentSdkStatus); });
+    log::debug(function, [&] { return "Validating responseCode " + std::to_string(reportModel.code); });
+    const bool throughClient = rules_.reportRoute == ReportRoute::backendClient;
+    const auto session = storedSession();
+    if (session && (!throughClient || !settingIn(session->idpConfig, KivoResponseKeys::updateEndpoint).empty())) {
+        informServerAboutSessionFailure(reportModel, *session);
+    } else if (throughClient) {
+        log::debug(function, "Join Session not found to inform error, logging error locally.");
+    }
+}
+
+void SessionAPI::informServerAboutSessionFailure(const ServerReportModel& reportModel,
+                                                 const ActivationResponse& session) {
+    log::debug("informServerAboutSessionFailure(reportModel:)",
+               [&] { return "Something failed: informing server: message " + reportModel.description(); });
+    if (rules_.reportRoute == ReportRoute::backendClient) {
+        backendClient_.update(reportModel);
+    } else {
+        CommunicationSecurityManager::shared().informSessionStateOnThirdPartySdkFailures(reportModel, &session);
+    }
 }
 
 } // namespace kivo

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
+#include "Models/ErrorManager.hpp"
 #include "Models/InterfaceVersion.hpp"
-#include "Models/ServerReportModel.hpp"
-#include "impl/SessionRules.hpp"
-#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
-#include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
+#include "Models/SessionKeys.hpp"
+#include "services/acquisition/ScreenDelegates.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 #include "services/mirelo/MireloProxy.hpp"
 
@@ -17,11 +15,12 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace kivo {
 
-/// The session API of one interface version, and the delegate of the screens it presents.
+/// The session API of one interface version, and the delegate of the screens that the API presents.
 class SessionAPI final : public KivoAPI,
                          public QRCodeVCDelegate,
                          public AuthMenuVCDelegate,
@@ -30,7 +29,7 @@ class SessionAPI final : public KivoAPI,
                          public FinalStatusVCDelegate,
                          public std::enable_shared_from_this<SessionAPI> {
 public:
-    /// The one session API of a version; never destroyed.
+    /// The session API of a version; lives as long as the process.
     static const std::shared_ptr<SessionAPI>& shared(InterfaceVersion version);
 
     /// A session API that sends its requests through `backendClient`, which must outlive it.
@@ -65,20 +64,18 @@ public:
     void finalStatusDidDisappear() override {}
 
 private:
-    using Filter = bool (*)(Withheld, ResponseCode);
-
-    /// What the host and the backend touch from different threads.
+    /// The state that the host and the backend use from different threads.
     struct State {
-        /// Absent until somebody asks for it: most of the versions of a process are never used.
+        /// Absent until first used, because a process uses only some of the versions.
         std::optional<std::shared_ptr<ThemeCustomization>> sdkTheme;
         std::string tid;
         std::string deviceCode;
         std::string currentSdkStatus;
         std::shared_ptr<platform::ViewController> contextViewController;
         IdvCompletion completionHandlerIdv = [](const IdvOutcome&) {};
-        /// The last activation code screen; weak, so that it goes with its last presentation.
+        /// The last activation code screen; weak, so that the screen ends with its presentation.
         std::weak_ptr<QRCodeVC> qrCodeVC;
-        /// Of that screen; never null.
+        /// The flag of the last activation code screen; never null.
         std::shared_ptr<std::atomic<bool>> codeHasJoined = std::make_shared<std::atomic<bool>>(false);
     };
 
@@ -91,10 +88,14 @@ private:
 
     void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response, std::atomic<bool>& codeHasJoined);
     void resetAcquisitionStateIfDue();
-    /// Works on the activation code screen shown last, on the main queue, where it still exists.
+    /// Runs `work` on the main queue with the last activation code screen, if the screen still exists.
     void withCodeScreen(const std::function<void(QRCodeVC&)>& work);
+    /// Replaces an empty completion by a completion that does nothing.
+    static IdvCompletion orNone(IdvCompletion response);
     IdvCompletion reportingFailures(IdvCompletion response);
-    void screenDidComplete(const IdvOutcome& result, Filter filter);
+    /// `leaving` lists the codes with which a person leaves the screen; without a list, the host learns of every
+    /// failure.
+    void screenDidComplete(const IdvOutcome& result, std::optional<std::span<const ResponseCode>> leaving);
     void completeOnMainQueue(IdvOutcome outcome);
     void completeCodeScreen(ResponseCode failure);
     void validateSendInformCallOnFailure(ResponseCode code);
@@ -104,7 +105,7 @@ private:
     MireloProxy& backendClient_;
     mutable std::mutex mutex_;
     mutable State state_;
-    /// A new session has been joined, and the screens still know of the former one's steps.
+    /// A new session has been joined, and the states of the steps are still those of the former session.
     std::atomic<bool> isAcquisitionResetDue_ = false;
 };
 

@@ -1,6 +1,6 @@
-#include "Models/ActivationSessionModel.hpp"
-#include "NetworkManager/CertificateDates.hpp"
+#include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "NetworkManager/PublicKeyPins.hpp"
 
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/KivoSDK.hpp>

@@ -1,6 +1,6 @@
+#include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
 #include <atomic>

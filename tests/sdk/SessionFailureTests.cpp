@@ -1,5 +1,5 @@
+#include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/Attempts.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 
 #include <set>

@@ -1,9 +1,8 @@
 #include "support/SessionJournal.hpp"
 
-#include "Configuration/session/Config.hpp"
-#include "NetworkManager/KeychainWrapper.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/Attempts.hpp"
-#include "NetworkManager/StoredSession.hpp"
+#include "NetworkManager/KeychainWrapper.hpp"
 #include "services/mirelo/impl/KivoBE.hpp"
 
 namespace kivo {

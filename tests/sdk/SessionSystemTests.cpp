@@ -1,5 +1,5 @@
+#include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "support/HostFixture.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 

@@ -1,4 +1,4 @@
-#include "NetworkManager/StoredSession.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "support/AcquisitionRoad.hpp"
 
 #include <kivo/platform/ui/AlertController.hpp>

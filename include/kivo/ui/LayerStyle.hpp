@@ -15,7 +15,7 @@ KIVO_EXPORT void setCornerRadiusExt(platform::View& view, double radius);
 KIVO_EXPORT double borderWidthExt(const platform::View& view);
 KIVO_EXPORT void setBorderWidthExt(platform::View& view, double width);
 
-/// Absent where the view has none.
+/// Absent for a view without a border colour.
 KIVO_EXPORT std::optional<platform::Color> borderColorExt(const platform::View& view);
 KIVO_EXPORT void setBorderColorExt(platform::View& view, std::optional<platform::Color> color);
 
@@ -23,7 +23,7 @@ KIVO_EXPORT double shadowRadiusExt(const platform::View& view);
 /// Also makes the shadow black, three fifths opaque, and 2 points below the view.
 KIVO_EXPORT void setShadowRadiusExt(platform::View& view, double radius);
 
-/// The outline of a screen's main button. It clips to its bounds whatever the radius.
+/// The outline of a screen's main button. The view clips to its bounds for every radius.
 KIVO_EXPORT void applyPrimaryButtonStyle(platform::View& view, const platform::Color& borderColor, double cornerRadius,
                                          double borderWidth);
 

@@ -23,7 +23,7 @@ constexpr std::array fields{
     Field{AcquisitionConfigKeys::KIVO_IMAGES, "KIVO_IMAGES", &AcquisitionConfig::KIVO_IMAGES},
 };
 
-/// The texts are the host's own and as long as the host likes.
+/// The limit is wide, because the host decides the length of its texts.
 constexpr json::Limits storedLimits{.bytes = std::size_t{16} << 20};
 
 std::optional<SDKEnv> environmentIn(const json::Value* value) {

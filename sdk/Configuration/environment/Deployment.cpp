@@ -40,7 +40,7 @@ Deployment readFrom(const platform::PropertyValue::Dictionary& root) {
         deployment.faceTecProductionKey = *key->second.text();
     }
     if (const auto pins = root.find("RequiresPins"); pins != root.end()) {
-        // Anything but a plain "no" asks for safety.
+        // Any value but a plain false requires pins, which is the safe side.
         deployment.requiresPins = pins->second.boolean() == nullptr || *pins->second.boolean();
     }
     return deployment;
@@ -54,7 +54,7 @@ Deployment shipped() {
             "deployment", "The SDK's bundle has no readable Deployment.plist, so no join page is "
                           "known. Install ZORFramework.bundle beside the library, or call "
                           "kivo::Deployment::install before the first join.");
-        // Whether pins are required is not known either, so they are.
+        // The file would say whether pins are required; without the file they are.
         return {.joinPages = {}, .requiresPins = true};
     }
     return readFrom(*plist->dictionary());

@@ -6,7 +6,7 @@
 
 namespace kivo {
 
-/// The bundle with the SDK's own resources; null when it is not installed.
+/// The bundle with the SDK's own resources; null when the bundle is not installed.
 inline std::shared_ptr<platform::Bundle> sdkBundle() {
     return platform::services().bundles->withIdentifier("com.test.ZORFramework");
 }

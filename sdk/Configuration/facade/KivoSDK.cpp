@@ -7,9 +7,12 @@
 #include <kivo/KivoAPIProvider.hpp>
 #include <kivo/KivoSDK.hpp>
 #include <kivo/SdkVersions.hpp>
+#include <kivo/ZorFrameworkWrapper.hpp>
+#include <kivo/platform/Text.hpp>
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace kivo {
 namespace {
@@ -79,6 +82,46 @@ bool KivoSDK::shouldApplyRetryLimit() {
 
 void KivoSDK::setShouldApplyRetryLimit(bool apply) {
     Attempts::shared().setShouldApplyRetryLimit(apply);
+}
+
+std::span<const std::string_view> SdkVersions::all() {
+    static constexpr auto codes = [] {
+        std::array<std::string_view, allInterfaceVersions.size()> all{};
+        std::ranges::transform(allInterfaceVersions, all.begin(),
+                               [](InterfaceVersion version) { return namesOf(version).code; });
+        return all;
+    }();
+    return codes;
+}
+
+std::string SdkVersions::getPreciseVersion(std::string_view fromVersion) {
+    return std::string{text::firstCharacters(fromVersion, 2).value_or("Invalid sdk version!")};
+}
+
+std::shared_ptr<KivoAPIProvider> ZorFrameworkWrapper::load(std::string_view key, std::string_view version) {
+    auto loaded = KivoSDK::loadForProvider(key, version);
+    setApiProvider(loaded);
+    return loaded;
+}
+
+std::shared_ptr<KivoAPIProvider> ZorFrameworkWrapper::apiProvider() const {
+    const std::scoped_lock lock{mutex_};
+    return apiProvider_;
+}
+
+void ZorFrameworkWrapper::setApiProvider(std::shared_ptr<KivoAPIProvider> apiProvider) {
+    const std::scoped_lock lock{mutex_};
+    std::swap(apiProvider_, apiProvider);
+}
+
+std::shared_ptr<AcquisitionConfig> ZorFrameworkWrapper::config() const {
+    const std::scoped_lock lock{mutex_};
+    return config_;
+}
+
+void ZorFrameworkWrapper::setConfig(std::shared_ptr<AcquisitionConfig> config) {
+    const std::scoped_lock lock{mutex_};
+    std::swap(config_, config);
 }
 
 } // namespace kivo

@@ -55,7 +55,7 @@ std::string described(const std::vector<std::pair<std::string, std::string>>& te
 void print(std::string_view line) {
     std::string whole{line};
     whole += '\n';
-    // One call a line: the stream's own lock keeps lines of different threads apart.
+    // Each line is one call, so that the stream's lock keeps the lines of different threads apart.
     std::fwrite(whole.data(), 1, whole.size(), stdout);
     std::fflush(stdout);
 }

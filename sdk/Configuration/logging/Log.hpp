@@ -12,7 +12,7 @@
 
 namespace kivo::log {
 
-/// The threshold of this process, taken from the settings at the first question.
+/// The threshold of this process, taken from the settings when first used.
 LogLevel threshold();
 
 /// Whether lines of this level are printed.
@@ -27,13 +27,13 @@ std::string format(LogLevel level, std::string_view file, unsigned line, std::st
 /// Texts under their keys as they appear in log lines: [key: value, key: value].
 std::string described(const std::vector<std::pair<std::string, std::string>>& texts);
 
-/// Prints a line on standard output in one piece, whatever the threshold.
+/// Prints a line on standard output in one piece, regardless of the threshold.
 void print(std::string_view line);
 
-/// Prints a log line, whatever the threshold.
+/// Prints a log line, regardless of the threshold.
 void write(LogLevel level, std::string_view function, std::string_view message, const std::source_location& where);
 
-/// Logs `message`, a text or something that makes one: it is asked only when the line will be printed.
+/// Logs `message`: a text, or a function that returns the text and is called only if the line is printed.
 ///
 /// `function` is the operation's name with its argument labels, such as "commit(response:)".
 template <class Message>

@@ -9,15 +9,15 @@
 
 namespace kivo {
 
-/// What the SDK tells the identity service about the device and the application.
+/// The information about the device and the application that a join sends to the identity service.
 struct Environment {
     using Information = std::vector<std::pair<std::string, std::string>>;
 
-    /// The application information, put together on first use and kept for the life of the process.
+    /// The application information, collected on first use and kept for the life of the process.
     static const Information& applicationInformation();
 
-    /// The address by which the device is known: the last of a reported interface, so that a cellular address, listed
-    /// after the local ones, counts. Empty when there is none.
+    /// The address of the device: the last address of a reported interface, so that a cellular address, which is listed
+    /// after the local addresses, counts. Empty without an address.
     static std::string networkIpAddress(std::span<const platform::InterfaceAddress> addresses);
 };
 

@@ -8,7 +8,7 @@
 
 namespace kivo {
 
-/// The facade's process-wide settings, kept where every floor can read them.
+/// The settings of the process that the facade offers, on the lowest floor so that every floor can read them.
 class Settings {
 public:
     static Settings& shared();

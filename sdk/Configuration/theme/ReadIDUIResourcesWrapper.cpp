@@ -72,7 +72,7 @@ std::string ReadIDUIResourcesWrapper::customStringTableName() const {
     return resources().customStringTableName.value_or("");
 }
 
-// The empty text stands for no table in both directions.
+// The empty text stands for an absent table when read and when written.
 void ReadIDUIResourcesWrapper::setCustomStringTableName(std::string name) {
     resources().customStringTableName = name.empty() ? std::nullopt : std::optional{std::move(name)};
 }

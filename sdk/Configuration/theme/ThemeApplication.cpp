@@ -1,6 +1,10 @@
 #include "Configuration/theme/ThemeApplication.hpp"
 
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Image.hpp>
 #include <kivo/ui/LayerStyle.hpp>
+
+#include <utility>
 
 namespace kivo::ui {
 
@@ -22,6 +26,18 @@ void applyFont(platform::TextStyled& text, const std::optional<platform::Font>& 
     }
 }
 
+void applyScreenTitle(platform::Label& label, const std::string& text, const ThemeCustomization& theme) {
+    applyText(label, text);
+    applyFont(label, theme.screenTitleFont);
+    label.setTextColor(theme.screenTitleColor);
+}
+
+void applyDescription(platform::Label& label, const std::string& text, const ThemeCustomization& theme) {
+    applyText(label, text);
+    applyFont(label, theme.descriptionInfoFont);
+    label.setTextColor(theme.screenDescriptionInfoTextColor);
+}
+
 void applyCloseButton(const CloseButton& closeButton, const ThemeCustomization& theme) {
     if (theme.zorCloseButtonAppearance) {
         theme.zorCloseButtonAppearance->applyAppearanceCloseButton(*closeButton.button, *closeButton.width,
@@ -39,3 +55,20 @@ void applyPrimaryButton(platform::Button& button, const ThemeCustomization& them
 }
 
 } // namespace kivo::ui
+
+namespace kivo {
+
+void ThemeHelpers::applyTheme(const ThemeCustomization& themeObj) {
+    const auto& vendor = platform::services().faceTec;
+    const auto& customization = themeObj.faceVerificationUICustomization;
+    if (!vendor || !customization) {
+        return;
+    }
+    if (auto picture = platform::Image::named("FaceTec_ideal_5")) {
+        customization->guidanceCustomization.retryScreenSlideshowImages = {std::move(picture)};
+    }
+    vendor->setCustomization(customization);
+    vendor->setLowLightCustomization(customization);
+}
+
+} // namespace kivo

@@ -1,7 +1,10 @@
+#include "Configuration/theme/ReadingSize.hpp"
 #include "platform/base/Process.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
+#include <kivo/ZorCloseButtonAppearance.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/ui/LayerStyle.hpp>
 
 #include <atomic>
 #include <string_view>
@@ -62,6 +65,33 @@ DocumentListConfigurationStatus ThemeCustomization::documentListConfigurationSta
 
 void ThemeCustomization::setDocumentListConfigurationStatus(DocumentListConfigurationStatus status) {
     listStatus() = status;
+}
+
+ZorCloseButtonAppearance::ZorCloseButtonAppearance()
+    : closeButtonFont{ui::namedOrSystemFont("Karbon-Bold", 17)} {}
+
+void ZorCloseButtonAppearance::applyAppearanceCloseButton(platform::Button& closeButton,
+                                                          platform::LayoutConstraint& widthConstraint,
+                                                          platform::LayoutConstraint& heightConstraint) const {
+    constexpr double defaultCornerRadius = 17.5;
+    closeButton.setHidden(closeButtonIsHidden);
+    closeButton.setTitle(closeButtonTitle);
+    widthConstraint.setConstant(closeButtonWidth);
+    heightConstraint.setConstant(closeButtonHeight);
+    closeButton.setFont(closeButtonFont);
+    if (closeButtonImage) {
+        closeButton.setImage(closeButtonImage);
+    }
+    if (closeButtonBackGroundImage) {
+        closeButton.setBackgroundImage(closeButtonBackGroundImage);
+    }
+    if (closeButtonBackgroundColor) {
+        closeButton.setBackgroundColor(closeButtonBackgroundColor);
+    }
+    if (closeButtonTitleColor) {
+        closeButton.setTextColor(*closeButtonTitleColor);
+    }
+    ui::setCornerRadiusExt(closeButton, closeButtonCornerRadius.value_or(defaultCornerRadius));
 }
 
 } // namespace kivo

@@ -1,5 +1,4 @@
-#import "Native.h"
-#import "Values.h"
+#import "Properties.h"
 
 #include <kivo/AcquisitionConfig.hpp>
 #import <kivo/objc/AcquisitionConfig.h>
@@ -92,52 +91,11 @@ BOOL hasArchivedInteger(NSCoder* coder, NSString* key, NSInteger* value) {
     return dictionary;
 }
 
-- (SDKEnv)ENVIRONMENT {
-    return static_cast<SDKEnv>(native(self).ENVIRONMENT);
-}
-
-- (void)setENVIRONMENT:(SDKEnv)environment {
-    native(self).ENVIRONMENT = enumeration<kivo::SDKEnv>(environment);
-}
-
-- (NSString*)KIVO_APP_DOCLIST {
-    return toText(native(self).KIVO_APP_DOCLIST);
-}
-
-- (void)setKIVO_APP_DOCLIST:(NSString*)text {
-    native(self).KIVO_APP_DOCLIST = fromText(text);
-}
-
-- (NSString*)KIVO_EXPIRE_GRACE {
-    return toText(native(self).KIVO_EXPIRE_GRACE);
-}
-
-- (void)setKIVO_EXPIRE_GRACE:(NSString*)text {
-    native(self).KIVO_EXPIRE_GRACE = fromText(text);
-}
-
-- (NSString*)KIVO_FACEMATCH_MIN {
-    return toText(native(self).KIVO_FACEMATCH_MIN);
-}
-
-- (void)setKIVO_FACEMATCH_MIN:(NSString*)text {
-    native(self).KIVO_FACEMATCH_MIN = fromText(text);
-}
-
-- (NSString*)KIVO_DOC_ISSUERS {
-    return toText(native(self).KIVO_DOC_ISSUERS);
-}
-
-- (void)setKIVO_DOC_ISSUERS:(NSString*)text {
-    native(self).KIVO_DOC_ISSUERS = fromText(text);
-}
-
-- (NSString*)KIVO_IMAGES {
-    return toText(native(self).KIVO_IMAGES);
-}
-
-- (void)setKIVO_IMAGES:(NSString*)text {
-    native(self).KIVO_IMAGES = fromText(text);
-}
+KIVO_PROPERTY(SDKEnv, ENVIRONMENT, setENVIRONMENT)
+KIVO_PROPERTY(NSString*, KIVO_APP_DOCLIST, setKIVO_APP_DOCLIST)
+KIVO_PROPERTY(NSString*, KIVO_EXPIRE_GRACE, setKIVO_EXPIRE_GRACE)
+KIVO_PROPERTY(NSString*, KIVO_FACEMATCH_MIN, setKIVO_FACEMATCH_MIN)
+KIVO_PROPERTY(NSString*, KIVO_DOC_ISSUERS, setKIVO_DOC_ISSUERS)
+KIVO_PROPERTY(NSString*, KIVO_IMAGES, setKIVO_IMAGES)
 
 @end

@@ -1,5 +1,6 @@
-// What clang's code calls to copy and release blocks and what they capture; the layouts are those of clang's block ABI.
-// Blocks are Objective-C objects: they can be sent copy and release, and be kept in collections and properties.
+// The functions that clang's code calls to copy and release blocks and captured variables; the layouts are those of
+// clang's block ABI. Blocks are Objective-C objects: they understand copy and release, and can be kept in collections
+// and properties.
 #import <Foundation/Foundation.h>
 
 #include <atomic>
@@ -15,7 +16,7 @@ enum Flags : int {
     isGlobal = 1 << 28,
 };
 
-/// What a field of a block or of a `__block` variable holds. The bits of an object are part of a block's.
+/// The content of a field of a block or of a `__block` variable. The bits of `object` are part of the bits of `block`.
 enum FieldKind : int {
     object = 3,
     block = 7,
@@ -37,7 +38,7 @@ struct Block {
     }* descriptor;
 };
 
-/// A `__block` variable: it moves to the heap with the first block that is copied, and `forwarding` says where it is.
+/// A `__block` variable. The variable moves to the heap with the first copied block; `forwarding` points to its place.
 struct Variable {
     void* isa;
     Variable* forwarding;
@@ -51,7 +52,7 @@ void addReference(int& flags) {
     std::atomic_ref{flags}.fetch_add(1, std::memory_order_relaxed);
 }
 
-/// Whether it was the last one.
+/// Returns whether the reference was the last.
 bool dropReference(int& flags) {
     return (std::atomic_ref{flags}.fetch_sub(1, std::memory_order_acq_rel) & referenceCount) == 1;
 }
@@ -71,7 +72,7 @@ Variable* kept(Variable* variable) {
         return current;
     }
     auto* const copy = static_cast<Variable*>(moved(current, static_cast<std::size_t>(current->size)));
-    // One reference for the block, and one for the scope that declares the variable.
+    // The block holds one reference, and the scope that declares the variable another.
     copy->flags = (current->flags & ~referenceCount) | isOnHeap | 2;
     copy->forwarding = copy;
     current->forwarding = copy;
@@ -94,7 +95,7 @@ void drop(const Variable* variable) {
 
 } // namespace
 
-// A block's class is known to the compiler by the address alone.
+// The compiler knows a block's class by its address alone.
 asm(".globl _NSConcreteStackBlock, _NSConcreteGlobalBlock, _NSConcreteMallocBlock\n"
     ".protected _NSConcreteStackBlock, _NSConcreteGlobalBlock, _NSConcreteMallocBlock\n"
     ".set _NSConcreteStackBlock, _OBJC_CLASS_KivoStackBlock\n"
@@ -178,7 +179,7 @@ __attribute__((visibility("protected"))) void _Block_object_dispose(const void* 
     return static_cast<id>(_Block_copy(self));
 }
 
-// A block on the stack stays where it is until it is copied.
+// A block on the stack stays in place until copied.
 - (instancetype)retain {
     return self;
 }

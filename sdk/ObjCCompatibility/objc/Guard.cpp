@@ -1,4 +1,4 @@
-// Plain C++, not Objective-C++: only C++'s own exception handling stops exceptions of both languages.
+// Plain C++ and not Objective-C++, because only C++ exception handling stops exceptions of both languages.
 #include "Guard.h"
 
 #include <kivo/platform/Services.hpp>

@@ -4,10 +4,10 @@
 
 namespace kivo::objc {
 
-/// Calls host code; what it throws, in whichever language, is reported and goes no further.
+/// Calls host code. An exception of either language is reported and goes no further.
 void guarded(const std::function<void()>& call);
 
-/// Tells the person who runs the host of an exception that a completion let out.
+/// Reports an exception that left a completion, as a diagnostic.
 void reportException(const char* description);
 
 } // namespace kivo::objc

@@ -8,7 +8,8 @@
 
 namespace kivo::objc {
 
-/// A host's block, copied, and released with the last copy of this object. What the block throws goes no further.
+/// A copy of a host's block, released with the last copy of this object. An exception of the block is reported and goes
+/// no further.
 template <class Block>
 class HostBlock {
 public:
@@ -18,7 +19,7 @@ public:
     template <class... Arguments>
     void operator()(const Arguments&... arguments) const {
         @autoreleasepool {
-            // The inner one knows what an Objective-C exception says, the outer one stops all others.
+            // The inner handler reads the text of an Objective-C exception; the outer handler stops all others.
             guarded([&] {
                 @try {
                     copy_->block(arguments...);

@@ -1,24 +1,43 @@
-#import "Completion.h"
+#import "HostBlock.h"
 #import "Native.h"
-#import "Values.h"
 
 #include <kivo/KivoAPIProvider.hpp>
 #import <kivo/objc/KivoAPIProvider.h>
 
-using kivo::objc::completion;
+#include <memory>
+
 using kivo::objc::enumeration;
 using kivo::objc::fromText;
 using kivo::objc::heldNative;
 
 namespace {
 
-// By value: a completion that runs inside a call may let go of the provider.
+// By value, because a completion that runs inside a call may release the provider.
 std::shared_ptr<kivo::KivoAPIProvider> native(KivoAPIProvider* provider) {
     return kivo::objc::native<kivo::KivoAPIProvider>(provider);
 }
 
 std::shared_ptr<kivo::AcquisitionConfig> native(AcquisitionConfig* config) {
     return kivo::objc::native<kivo::AcquisitionConfig>(config);
+}
+
+::ObjCResult* converted(const kivo::ObjCResult& result) {
+    if (result.success()) {
+        return [[[::ObjCResult alloc] initWithSuccess:kivo::objc::wrapped<::IdvResult>(result.success())] autorelease];
+    }
+    return [[[::ObjCResult alloc] initWithError:kivo::objc::wrapped<::ObjCError>(result.error())] autorelease];
+}
+
+/// Copies `response`, and releases the copy with the last copy of the completion. Empty for nil.
+kivo::ObjCCompletion completion(KivoCompletion response) {
+    if (!response) {
+        return {};
+    }
+    return [block = kivo::objc::HostBlock{response}](const std::shared_ptr<kivo::ObjCResult>& result) {
+        @autoreleasepool {
+            block(converted(*result));
+        }
+    };
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 
 + (void)attachToRunLoop:(NSRunLoop*)runLoop {
     const auto descriptor = static_cast<std::intptr_t>(kivo::platform::RunLoop::main()->fileDescriptor());
-    // Never released: the run loop does not keep its watchers.
+    // Never released, because the run loop does not retain its watchers.
     static KivoMainQueue* const watcher = [KivoMainQueue new];
     [runLoop addEvent:reinterpret_cast<void*>(descriptor) type:ET_RDESC watcher:watcher forMode:NSDefaultRunLoopMode];
 }

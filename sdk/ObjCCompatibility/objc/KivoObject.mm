@@ -9,13 +9,13 @@ struct KivoNative {
 
 namespace {
 
-/// The wrappers that are alive, by what they stand for. Holds no reference to them.
+/// The existing wrappers by the objects that they stand for; holds no reference to the wrappers.
 struct Wrappers {
     std::mutex mutex;
     std::unordered_map<const void*, KivoObject*> alive;
 };
 
-// Never destroyed: the library may let go of wrappers while the process exits.
+// Never destroyed, because the library may release wrappers while the process exits.
 Wrappers& wrappers() {
     static auto* const all = new Wrappers;
     return *all;
@@ -52,7 +52,7 @@ Wrappers& wrappers() {
     return known;
 }
 
-// The last release and a look-up of the same object must not meet: what is about to go is not found any more.
+// The last release and a look-up exclude each other, so that a look-up never finds a wrapper that is being released.
 - (oneway void)release {
     auto& all = wrappers();
     {
@@ -90,3 +90,22 @@ std::shared_ptr<void> kivo::objc::anyHeldNative(KivoObject* wrapper) {
                                      }};
     return {hold, anyNative(wrapper).get()};
 }
+
+namespace kivo::objc {
+
+std::string fromText(NSString* text) {
+    NSData* const bytes = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
+    return bytes ? std::string{static_cast<const char*>([bytes bytes]), [bytes length]} : std::string{};
+}
+
+NSString* toText(std::string_view text) {
+    for (const auto encoding : {NSUTF8StringEncoding, NSISOLatin1StringEncoding}) {
+        NSString* const decoded = [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:encoding];
+        if (decoded) {
+            return [decoded autorelease];
+        }
+    }
+    return @"";
+}
+
+} // namespace kivo::objc

@@ -1,9 +1,12 @@
 #import "Native.h"
-#import "Values.h"
+#import "Properties.h"
 
+#include <kivo/Deployment.hpp>
 #include <kivo/KivoAPIProvider.hpp>
 #include <kivo/KivoSDK.hpp>
+#import <kivo/objc/KivoDeployment.h>
 #import <kivo/objc/KivoSDK.h>
+#import <kivo/objc/ZorFrameworkWrapper.h>
 
 using kivo::objc::enumeration;
 using kivo::objc::fromText;
@@ -45,6 +48,57 @@ using kivo::objc::toText;
 
 + (void)setShouldApplyRetryLimit:(BOOL)apply {
     kivo::KivoSDK::setShouldApplyRetryLimit(apply);
+}
+
+@end
+
+@implementation ZorFrameworkWrapper
+
+@synthesize apiProvider = _apiProvider;
+@synthesize config = _config;
+
+- (nullable KivoAPIProvider*)load:(NSString*)key version:(NSString*)version {
+    self.apiProvider = [KivoSDK loadForProviderWithKey:key version:version];
+    return self.apiProvider;
+}
+
+- (void)dealloc {
+    [_apiProvider release];
+    [_config release];
+    [super dealloc];
+}
+
+@end
+
+namespace {
+
+kivo::Deployment& native(KivoDeployment* deployment) {
+    return *kivo::objc::native<kivo::Deployment>(deployment);
+}
+
+} // namespace
+
+@implementation KivoDeployment
+
+- (instancetype)init {
+    return [super initWithNative:std::make_shared<kivo::Deployment>()];
+}
+
++ (instancetype)new {
+    return [[self alloc] init];
+}
+
++ (instancetype)current {
+    return kivo::objc::wrapped<KivoDeployment>(std::make_shared<kivo::Deployment>(kivo::Deployment::current()));
+}
+
+KIVO_PROPERTY(NSArray*, joinPages, setJoinPages)
+KIVO_PROPERTY(BOOL, faceTecProduction, setFaceTecProduction)
+KIVO_PROPERTY(NSString*, faceTecProductionKey, setFaceTecProductionKey)
+KIVO_PROPERTY(BOOL, requiresPins, setRequiresPins)
+
+- (void)install {
+    kivo::Deployment::install(native(self));
 }
 
 @end

@@ -19,7 +19,7 @@ std::optional<kivo::platform::Color> nativeColor(KivoColor* color) {
     return color ? std::optional{[color nativeColor]} : std::nullopt;
 }
 
-/// The class that stands for the view's own.
+/// The wrapper class for the view's class.
 Class classOf(View* view) {
     if (dynamic_cast<kivo::LuOTPView*>(view)) {
         return [LuOTPView class];

@@ -1,4 +1,4 @@
-#import "Values.h"
+#import "Native.h"
 
 #include <kivo/kivo.hpp>
 #import <kivo/objc/AcquisitionConfig.h>

@@ -2,13 +2,17 @@
 
 #import <kivo/objc/KivoObject.h>
 
+#include <algorithm>
+#include <limits>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <utility>
 
-/// What the wrappers share: each stands for one object of the library.
+/// The part that all wrappers share: each wrapper stands for one object of the library.
 @interface KivoObject (Native)
 
-/// The wrapper of `native`: the one that is alive already, else the receiver. Nil for null.
+/// The wrapper of `native`: an existing wrapper of the object, otherwise the receiver. Nil for null.
 - (instancetype)initWithNative:(std::shared_ptr<void>)native;
 
 @end
@@ -18,10 +22,11 @@ namespace kivo::objc {
 /// The object behind `wrapper`; null for nil.
 std::shared_ptr<void> anyNative(KivoObject* wrapper);
 
-/// The same, but the wrapper lives as long as the pointer: the library gives back the very object that it was given.
+/// The object behind `wrapper`. The pointer keeps the wrapper alive, so that the host gets back the wrapper that it
+/// passed in.
 std::shared_ptr<void> anyHeldNative(KivoObject* wrapper);
 
-/// `T` is the type that the wrapper's class was made with.
+/// `T` is the type for which the wrapper's class was made.
 template <class T>
 std::shared_ptr<T> native(KivoObject* wrapper) {
     return std::static_pointer_cast<T>(anyNative(wrapper));
@@ -36,6 +41,23 @@ std::shared_ptr<T> heldNative(KivoObject* wrapper) {
 template <class Wrapper>
 Wrapper* wrapped(std::shared_ptr<void> native) {
     return [[[Wrapper alloc] initWithNative:std::move(native)] autorelease];
+}
+
+/// UTF-8; empty for nil.
+std::string fromText(NSString* text);
+
+/// Never nil: bytes that are not UTF-8 are read as Latin-1.
+NSString* toText(std::string_view text);
+
+constexpr int toInt(NSInteger value) {
+    return static_cast<int>(
+        std::clamp<NSInteger>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+/// The C++ enumeration's value of the same integer; a host can pass any integer.
+template <class To>
+constexpr To enumeration(NSInteger value) {
+    return static_cast<To>(toInt(value));
 }
 
 } // namespace kivo::objc

@@ -1,7 +1,6 @@
 #pragma once
 
 #import "Native.h"
-#import "Values.h"
 
 #import <kivo/objc/KivoBundle.h>
 #import <kivo/objc/KivoColor.h>
@@ -31,9 +30,9 @@
 - (kivo::platform::Font)nativeFont;
 @end
 
-/// How members of the library's objects look as properties: `shown` makes what a host reads, of type `To`, and `take`
-/// puts what it writes into the member. Nil stands for an absent value; where none can be absent it is the empty text,
-/// the clear colour or the system's font.
+/// The members of the library's objects as properties: `shown` converts a member to the type `To` that a host reads,
+/// and `take` writes a host's value into the member. Nil stands for an absent value; for a member that cannot be
+/// absent, nil is the empty text, the clear colour or the system's font.
 namespace kivo::objc {
 
 template <class To>
@@ -106,7 +105,7 @@ To shown(const std::map<std::string, std::string, Compare>& texts) {
     return dictionary;
 }
 
-/// A member that is not text is left out.
+/// Entries that are not text are left out.
 template <class Compare>
 void take(NSDictionary* dictionary, std::map<std::string, std::string, Compare>& texts) {
     const auto isText = [](id object) { return [object isKindOfClass:[NSString class]]; };
@@ -119,7 +118,7 @@ void take(NSDictionary* dictionary, std::map<std::string, std::string, Compare>&
     }
 }
 
-/// So many texts, no more and no less: missing ones are empty.
+/// A fixed number of texts; missing texts are empty.
 template <class To, std::size_t count>
 To shown(const std::array<std::string, count>& texts) {
     NSMutableArray* const array = [NSMutableArray array];

@@ -2,7 +2,7 @@
 
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "ui/Alerts.hpp"
+#include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
 

@@ -7,11 +7,11 @@
 
 namespace kivo {
 
-/// Whether the session has a limit of attempts and none is left; then an alert over the screen tells the person so, in
-/// the host's words.
+/// Whether the session limits the attempts and no attempt remains. If so, an alert over the screen tells the person,
+/// with the host's texts.
 bool refusesFurtherAttempt(platform::ViewController& screen);
 
-/// Counts an attempt that has been made and tells the session, where the session has a limit.
+/// Counts an attempt that has been made, and tells the session; does nothing where the session has no limit.
 void countAttempt(const std::optional<ActivationResponse>& session);
 
 } // namespace kivo

@@ -10,17 +10,17 @@
 
 namespace kivo {
 
-/// What a screen owes the host: one outcome for each thing that a person sets going on the screen, told whatever
-/// becomes of the screen meanwhile.
+/// The outcomes that a screen owes the host: exactly one for each action that a person starts on the screen, even if
+/// the screen is gone by then.
 ///
-/// A person who leaves has cancelled, unless an outcome is due, which then is the answer, or the screen has told its
-/// success. Nothing more is told afterwards. So `leave()` is called when the person leaves or the screen is done, but
-/// not when the host takes the screen away. Main thread, except where stated.
+/// A person who leaves has cancelled, unless another outcome is due, which then is the answer, or the screen has told a
+/// success. No outcome is told afterwards. Call `leave()` when the person leaves or the screen has finished, but not
+/// when the host takes the screen away. Main thread, except where stated.
 class Settlement : public std::enable_shared_from_this<Settlement> {
 public:
     using Tell = std::function<void(IdvOutcome outcome)>;
 
-    /// One outcome on its way, which is due until the code that is to tell it releases this object. Holds the listener.
+    /// An outcome that is due: from the start of an action until the action releases this object. Holds the listener.
     class Due {
     public:
         Due(std::shared_ptr<Settlement> owner, bool counts);
@@ -28,10 +28,11 @@ public:
         Due& operator=(const Due&) = delete;
         ~Due();
 
-        /// Tells the outcome, unless the person had left before it was due.
+        /// Tells the outcome, unless the person had left before the outcome was due.
         void settle(IdvOutcome outcome) const;
 
-        /// Tells that the person has left. `state` is the screen's step, and stays: the step may have succeeded before.
+        /// Tells that the person has left. `state` is the state of the screen's step and keeps its value, because the
+        /// step may have succeeded before.
         template <class State>
         void cancel(std::atomic<State>& state) const {
             const auto former = state.load();
@@ -45,11 +46,12 @@ public:
         const Tell tell_;
     };
 
-    /// `listener` gives the function that tells the host; an empty function where the listener has gone.
+    /// `listener` returns the function that tells the host; an empty function when the listener is gone.
     explicit Settlement(std::function<Tell()> listener)
         : listener_{std::move(listener)} {}
 
-    /// Tells `hear` of the listener, which is held only while an outcome is due.
+    /// Tells outcomes through the member function `hear` of the listener, and holds the listener only while an outcome
+    /// is due.
     template <class Listener>
     static std::shared_ptr<Settlement> with(const std::weak_ptr<Listener>& listener,
                                             void (Listener::*hear)(IdvOutcome outcome)) {
@@ -67,14 +69,14 @@ public:
     /// Settles on the main queue. Any thread.
     static void settleAfter(std::chrono::nanoseconds delay, std::shared_ptr<const Due> due, IdvOutcome outcome);
 
-    /// The answer for a person who leaves. Settling the answer does nothing if another outcome is due, a success has
-    /// been told, or the person had left before.
+    /// The cancellation by a person who leaves. Settling the cancellation does nothing if another outcome is due, a
+    /// success has been told, or the person had left before.
     std::shared_ptr<const Due> cancellation();
 
-    /// Returns the cancellation, and drops all outcomes that are not due yet.
+    /// Returns the cancellation, and lets no further outcome become due.
     std::shared_ptr<const Due> leave();
 
-    /// Notes a success that was told without this settlement.
+    /// Records a success that was told without this settlement.
     void recordSuccess() { hasSucceeded_ = true; }
 
     bool isLeft() const { return isLeft_; }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Models/ServerReportModel.hpp"
+#include "Models/ErrorManager.hpp"
 
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>
@@ -11,10 +11,10 @@
 
 namespace kivo {
 
-/// What a session API asks of the identity service.
+/// The requests of a session API to the identity service.
 ///
-/// Every completion but a report's is called exactly once: on the transport's callback queue, or on the calling
-/// thread before the operation returns when nothing was sent.
+/// Every completion is called exactly once: on the transport's callback queue, or, when no request was sent, on the
+/// calling thread before the operation returns.
 class MireloProxy {
 public:
     virtual ~MireloProxy() = default;
@@ -23,7 +23,7 @@ public:
                       IdvCompletion sessionResponseCompletion) = 0;
     virtual void update(std::string tid, std::string action, std::string message, IdvCompletion completion) = 0;
 
-    /// Reports a failure to the session. Sent once; nobody is told how it went.
+    /// Reports a failure to the session. The report is sent once, and its outcome is not told.
     virtual void update(const ServerReportModel& reportModel) = 0;
 
     virtual void status(IdvCompletion completion) = 0;

@@ -1,4 +1,4 @@
-#include "NetworkManager/StoredSession.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "support/HostScreenFixture.hpp"
 
 #include <kivo/platform/ui/Button.hpp>

@@ -1,9 +1,8 @@
+#include "Configuration/theme/ReadingSize.hpp"
 #include "support/HostScreenFixture.hpp"
-#include "ui/ActivityOverlay.hpp"
-#include "ui/CloseConfirmation.hpp"
-#include "ui/ContentSizeOverride.hpp"
-#include "ui/Keyboard.hpp"
-#include "ui/TextFieldStyle.hpp"
+#include "ui/Closing.hpp"
+#include "ui/Overlays.hpp"
+#include "ui/TextEntry.hpp"
 
 #include <kivo/platform/NotificationCenter.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>

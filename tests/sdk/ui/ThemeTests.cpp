@@ -1,4 +1,4 @@
-#include "Configuration/theme/ThemeHelpers.hpp"
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "support/VendorScreens.hpp"
 
 #include <kivo/ui/LayerStyle.hpp>

@@ -2,12 +2,12 @@
 
 #include "Configuration/logging/Log.hpp"
 #include "Configuration/session/ApplicationInformation.hpp"
+#include "Configuration/session/StoredSession.hpp"
 #include "Models/ErrorManager.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/NetworkManager.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "platform/base/Process.hpp"
 
 #include <kivo/Deployment.hpp>
@@ -65,7 +65,7 @@ KivoBE& KivoBE::shared(InterfaceVersion version) {
 
 KivoBE::KivoBE(InterfaceVersion version)
     : version_{version}
-    , rules_{backendRulesOf(version)} {}
+    , rules_{rowOf(version).backend} {}
 
 void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
                   IdvCompletion sessionResponseCompletion) {
@@ -137,13 +137,13 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinDone d
                                            {RequestKeys::deviceCode, joined.deviceCode},
                                            {RequestKeys::appInfo, objectOf(Environment::applicationInformation())},
                                            {RequestKeys::appConfig, objectOf(joined.appConfigDictionary)}});
-    // Both callbacks hold the one completion; the transport calls exactly one of them.
+    // Both callbacks share the completion; the transport calls exactly one of them.
     const auto shared = std::make_shared<decltype(completion)>(std::move(completion));
     NetworkManager::shared().sendRequest(
         Deployment::current().joinPage(joined.environment), body,
         [shared, codeValue](const platform::Data& answer) {
             if (text::isUtf8(answer) && storeJoinAnswer(answer)) {
-                // The session stands without the code, which nothing reads again.
+                // A failure to store the code does not fail the join, because the code is never read again.
                 storeActivationCode(codeValue);
                 (*shared)({});
             } else {

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "Models/ActivationSessionModel.hpp"
 #include "Models/InterfaceVersion.hpp"
+#include "Models/SessionKeys.hpp"
 #include "services/mirelo/MireloProxy.hpp"
-#include "services/mirelo/impl/KivoBERules.hpp"
 
 #include <kivo/ResponseCode.hpp>
 
@@ -15,10 +14,10 @@
 
 namespace kivo {
 
-/// The backend client of one interface version. The session itself lives in the secure store, not here.
+/// The backend client of one interface version. The session itself is kept in the secure store, not in the client.
 class KivoBE final : public MireloProxy {
 public:
-    /// The one client of a version; never destroyed.
+    /// The client of a version; lives as long as the process.
     static KivoBE& shared(InterfaceVersion version);
 
     explicit KivoBE(InterfaceVersion version);
@@ -34,7 +33,7 @@ public:
     void reset() override;
 
 private:
-    /// The last join; overwritten by the next one.
+    /// The last join; overwritten by the next join.
     struct Fields {
         std::string joinCode;
         std::string deviceCode;
@@ -42,20 +41,20 @@ private:
         AcquisitionConfig::Dictionary appConfigDictionary;
     };
 
-    /// Whether the answer to a join is stored, or the code to fail with.
+    /// Success when the answer to a join is stored; otherwise the code of the failure.
     using JoinDone = std::expected<void, ResponseCode>;
-    /// One of the requests to a joined session that differ in address, body and codes only.
+    /// A request to a joined session; such requests differ only in address, body and codes.
     struct SessionRequest;
 
     Fields fields() const;
     std::string description() const;
-    /// Sends the join of the current fields and stores the answer, unjudged, with `codeValue` beside it.
+    /// Sends the join of the current fields and stores the answer, still unchecked, and `codeValue` beside the answer.
     void getJoin(const std::string& codeValue, std::function<void(JoinDone done)> completion);
     IdvOutcome judgeJoin(JoinDone done) const;
     void send(const SessionRequest& request, const IdvCompletion& completion) const;
 
     const InterfaceVersion version_;
-    const KivoBERules rules_;
+    const BackendRules rules_;
     mutable std::mutex mutex_;
     Fields fields_;
 };

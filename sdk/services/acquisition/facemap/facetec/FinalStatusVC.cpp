@@ -1,4 +1,4 @@
-#include "Configuration/theme/DynamicType.hpp"
+#include "Configuration/theme/ReadingSize.hpp"
 
 #include <kivo/FinalStatusVC.hpp>
 #include <kivo/platform/Services.hpp>
@@ -54,10 +54,10 @@ void FinalStatusVC::applyFonts() {
     if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
-    ui::followReadingSize(*outlets_->completeTitleLabel, themeObj ? themeObj->screenTitleFont : std::nullopt,
+    ui::followReadingSize(*outlets_->completeTitleLabel, themeObj, &ThemeCustomization::screenTitleFont,
                           ui::finalTitleFallback);
-    ui::followReadingSize(*outlets_->closeAppInfoLabel, std::nullopt);
-    ui::followReadingSize(*outlets_->backToHomeButton, std::nullopt);
+    ui::followReadingSize(*outlets_->closeAppInfoLabel);
+    ui::followReadingSize(*outlets_->backToHomeButton);
 }
 
 } // namespace kivo

@@ -1,16 +1,15 @@
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/theme/DynamicType.hpp"
-#include "Configuration/theme/ThemeHelpers.hpp"
+#include "Configuration/theme/ReadingSize.hpp"
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "Models/ErrorManager.hpp"
 #include "services/acquisition/RetryLimit.hpp"
-#include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
-#include "services/acquisition/facemap/facetec/ScanAnswer.hpp"
-#include "services/acquisition/facemap/facetec/ScanFailures.hpp"
+#include "services/acquisition/facemap/facetec/FaceTecLibrary.hpp"
+#include "services/acquisition/facemap/facetec/ScanUpload.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
-#include "ui/ActivityOverlay.hpp"
-#include "ui/Leaving.hpp"
+#include "ui/Closing.hpp"
+#include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -55,7 +54,7 @@ void LiveNessCheckVC::viewWillAppear(bool /*animated*/) {
 }
 
 void LiveNessCheckVC::willMoveFromParent() {
-    // The overlay lies over the navigation controller, which stays.
+    // The overlay covers the navigation controller, which stays.
     ui::hideActivityOverlay(*this);
 }
 
@@ -68,14 +67,8 @@ void LiveNessCheckVC::applyTheme() {
         return;
     }
     const auto& theme = *themeObj;
-    ui::applyText(*titleInfoLabel_, theme.faceScanIntroTitle);
-    ui::applyFont(*titleInfoLabel_, theme.screenTitleFont);
-    titleInfoLabel_->setTextColor(theme.screenTitleColor);
-
-    ui::applyText(*processDescriptionLabel_, theme.faceScanIntroDescription);
-    ui::applyFont(*processDescriptionLabel_, theme.descriptionInfoFont);
-    processDescriptionLabel_->setTextColor(theme.screenDescriptionInfoTextColor);
-
+    ui::applyScreenTitle(*titleInfoLabel_, theme.faceScanIntroTitle, theme);
+    ui::applyDescription(*processDescriptionLabel_, theme.faceScanIntroDescription, theme);
     ui::applyTitle(*nextButton_, theme.faceScanIntroNextButtonTitle);
     ui::applyPrimaryButton(*nextButton_, theme, theme.faceScanIntroNextButtonBackgroundColor,
                            theme.faceScanIntroNextButtonTitleColor);
@@ -86,10 +79,9 @@ void LiveNessCheckVC::applyDynamicType() {
     if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
-    ui::followReadingSize(*titleInfoLabel_, themeObj ? themeObj->screenTitleFont : std::nullopt,
-                          ui::screenTitleFallback);
-    ui::followReadingSize(*processDescriptionLabel_, themeObj ? themeObj->descriptionInfoFont : std::nullopt);
-    ui::followReadingSize(*nextButton_, themeObj ? themeObj->primaryButtonFont : std::nullopt);
+    ui::followReadingSize(*titleInfoLabel_, themeObj, &ThemeCustomization::screenTitleFont, ui::screenTitleFallback);
+    ui::followReadingSize(*processDescriptionLabel_, themeObj, &ThemeCustomization::descriptionInfoFont);
+    ui::followReadingSize(*nextButton_, themeObj, &ThemeCustomization::primaryButtonFont);
 }
 
 void LiveNessCheckVC::showStateOfFaceStep() {
@@ -133,16 +125,8 @@ void LiveNessCheckVC::onLivenessButtonClick() {
     settlement_->settle(std::unexpected{ResponseCode::FACETEC_INITIALIZATION_FAILED});
 }
 
-void LiveNessCheckVC::showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) {
-    present(vendorScreen, /*animated=*/true);
-}
-
 void LiveNessCheckVC::setLatestSessionResult(std::shared_ptr<platform::FaceTecSessionResult> result) {
     latestSessionResult_ = std::move(result);
-}
-
-void LiveNessCheckVC::setLatestServerResult(std::string answer) {
-    latestServerResult_ = std::move(answer);
 }
 
 void LiveNessCheckVC::scanDidFail(ResponseCode code) {
@@ -164,7 +148,7 @@ void LiveNessCheckVC::onComplete(std::shared_ptr<const Settlement::Due> success)
             100ms, [self = self(), due = std::move(success)] { self->scanDidSucceed(*due); });
         return;
     }
-    // Without a code nothing is due: the server's answer has been reported already, if it was to be.
+    // Without a code no outcome is due, because the server's answer has been reported already.
     const auto code =
         result ? faceScanFailure(result->status()) : std::optional{ResponseCode::FACESCAN_NO_SESSION_RESULT};
     platform::services().mainQueue->asyncAfter(

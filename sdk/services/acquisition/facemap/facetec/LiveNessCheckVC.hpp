@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Configuration/theme/ThemeApplication.hpp"
+#include "services/acquisition/ScreenDelegates.hpp"
 #include "services/acquisition/Settlement.hpp"
-#include "services/acquisition/facemap/facetec/EnrollmentProcessor.hpp"
-#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
+#include "services/acquisition/facemap/facetec/ScanProcessor.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ui/Interface.hpp>
@@ -16,16 +16,14 @@
 
 namespace kivo {
 
-/// The face scan screen: says what is to come, and has the vendor's library scan on the next button.
+/// The face scan screen: explains the scan, and lets the vendor's library scan on the next button.
 ///
-/// After a failed scan it offers the next try; after a successful one it stays, empty, until the session API decides
-/// what comes next.
-class LiveNessCheckVC final : public platform::ViewController, public FaceScanScreen {
+/// After a failed scan the screen offers the next try. After a successful scan the screen stays, empty, until the
+/// session API decides what comes next.
+class LiveNessCheckVC final : public FaceScanScreen {
 public:
-    // Set before the view is loaded.
+    /// Set before the view is loaded.
     std::weak_ptr<LivenessCheckVCDelegate> delegate;
-    /// Null leaves the storyboard's looks and texts.
-    std::shared_ptr<ThemeCustomization> themeObj;
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
@@ -33,23 +31,13 @@ public:
     void didGoBack() override;
     void traitCollectionDidChange() override;
 
-    void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) override;
-
-    std::shared_ptr<ThemeCustomization> theme() const override { return themeObj; }
-
     void setLatestSessionResult(std::shared_ptr<platform::FaceTecSessionResult> result) override;
-    void setLatestServerResult(std::string answer) override;
 
-    /// The text of the JSON object that the vendor's server answered last; empty before.
-    const std::string& latestServerResult() const { return latestServerResult_; }
-
-    /// Nothing names the person in the vendor's database, so this stays empty.
+    /// Always empty: the vendor's database has no entry for the person.
     std::string latestExternalDatabaseRefID() const override { return {}; }
 
     void scanDidFail(ResponseCode code) override;
     void handleServerFailure(std::string_view data) override;
-
-    std::shared_ptr<const Settlement::Due> expectSuccess() override { return settlement_->expect(); }
 
     void onComplete(std::shared_ptr<const Settlement::Due> success) override;
 
@@ -65,7 +53,7 @@ private:
     void setContentHidden(bool hidden);
     void onLivenessButtonClick();
     void scanDidSucceed(const Settlement::Due& due);
-    /// `due` is null where there is no code to be told.
+    /// `due` is null without a code.
     void scanDidNotSucceed(const platform::FaceTecSessionResult* result, std::optional<ResponseCode> code,
                            const std::shared_ptr<const Settlement::Due>& due);
     void closeButtonTap();
@@ -75,10 +63,8 @@ private:
     std::shared_ptr<platform::Button> nextButton_;
     ui::CloseButton closeButton_;
 
-    /// Until its scan has been reported: it may be many megabytes.
+    /// Held only until the scan has been reported: a result may have many megabytes.
     std::shared_ptr<platform::FaceTecSessionResult> latestSessionResult_;
-    std::string latestServerResult_;
-    std::shared_ptr<Settlement> settlement_;
 };
 
 } // namespace kivo

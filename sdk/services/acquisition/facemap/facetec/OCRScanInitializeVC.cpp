@@ -1,13 +1,12 @@
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/theme/ThemeHelpers.hpp"
+#include "Configuration/theme/ThemeApplication.hpp"
 #include "services/acquisition/RetryLimit.hpp"
-#include "services/acquisition/facemap/facetec/FaceTecStart.hpp"
-#include "services/acquisition/facemap/facetec/ScanFailures.hpp"
+#include "services/acquisition/facemap/facetec/FaceTecLibrary.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
-#include "ui/ActivityOverlay.hpp"
-#include "ui/Leaving.hpp"
+#include "ui/Closing.hpp"
+#include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -23,7 +22,7 @@ void OCRScanInitializeVC::viewDidLoad() {
     settlement_ = Settlement::with(delegate, &OCRScanVCDelegate::ocrScanDidComplete);
     startFaceTec([](bool /*isReady*/) {});
     chooseFaceTecLanguage();
-    // The library is not waited for: it refuses a session that comes too early, and says why.
+    // The screen does not wait for the library, which refuses a session that comes too early and says why.
     platform::services().mainQueue->asyncAfter(100ms, [weak = std::weak_ptr{self()}] {
         const auto screen = weak.lock();
         if (screen && !screen->settlement_->isLeft()) {
@@ -55,16 +54,8 @@ void OCRScanInitializeVC::initializeFacetecOcr() {
     }
 }
 
-void OCRScanInitializeVC::showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) {
-    present(vendorScreen, /*animated=*/true);
-}
-
 void OCRScanInitializeVC::setLatestIDScanResult(std::shared_ptr<platform::FaceTecIDScanResult> result) {
     latestIDScanResult_ = std::move(result);
-}
-
-void OCRScanInitializeVC::setLatestServerResult(std::string answer) {
-    latestServerResult_ = std::move(answer);
 }
 
 void OCRScanInitializeVC::onComplete(std::shared_ptr<const Settlement::Due> success) {

@@ -1,15 +1,60 @@
 #include "services/acquisition/facemap/facetec/ScanProcessor.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "NetworkManager/RequestSender.hpp"
-#include "services/acquisition/facemap/facetec/ScanAnswer.hpp"
+#include "Configuration/session/StoredSession.hpp"
+#include "NetworkManager/Attempts.hpp"
+#include "NetworkManager/NetworkManager.hpp"
+#include "services/acquisition/RetryLimit.hpp"
+#include "services/acquisition/facemap/facetec/ScanUpload.hpp"
 
 #include <kivo/platform/Services.hpp>
 
+#include <chrono>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 namespace kivo {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::FaceTecFaceScanResultCallback;
+using platform::FaceTecIDScanResult;
+using platform::FaceTecIDScanResultCallback;
+using platform::FaceTecSessionResult;
+
+/// A text of the screen's theme; empty without a theme.
+std::string themeText(const std::shared_ptr<ScanScreen>& screen, std::string ThemeCustomization::* text) {
+    return screen && screen->themeObj ? (*screen->themeObj).*text : std::string{};
+}
+
+/// Absent where the session names no endpoint, or the library gives no pictures.
+std::optional<platform::UrlRequest> enrollmentRequest(const FaceTecSessionResult& result,
+                                                      const std::string& externalDatabaseRefID) {
+    const auto endpoint = Config::facemapBaseURL();
+    const auto* const auditTrailImage = firstOf(result.auditTrailCompressedBase64());
+    const auto* const lowQualityAuditTrailImage = firstOf(result.lowQualityAuditTrailCompressedBase64());
+    if (endpoint.empty() || auditTrailImage == nullptr || lowQualityAuditTrailImage == nullptr) {
+        return std::nullopt;
+    }
+    return scanRequest(endpoint + "/enrollment-3d", scanUserAgent(result.sessionId()),
+                       scanBody({{"faceScan", textOf(result.faceScanBase64())},
+                                 {"auditTrailImage", auditTrailImage},
+                                 {"lowQualityAuditTrailImage", lowQualityAuditTrailImage},
+                                 {"externalDatabaseRefID", &externalDatabaseRefID}}));
+}
+
+platform::UrlRequest idScanRequest(const std::string& endpoint, const FaceTecIDScanResult& result) {
+    const auto userAgent = scanUserAgent(result.sessionId());
+    auto request = scanRequest(endpoint + "/idscan-only", userAgent,
+                               scanBody({{"idScan", textOf(result.idScanBase64())},
+                                         {"idScanFrontImage", firstOf(result.frontImagesCompressedBase64())},
+                                         {"idScanBackImage", firstOf(result.backImagesCompressedBase64())}}));
+    request.headers.emplace_back("X-User-Agent", userAgent);
+    return request;
+}
+
+} // namespace
 
 bool ScanProcessor::begin(const std::string& sessionToken) {
     const auto& vendor = platform::services().faceTec;
@@ -18,7 +63,7 @@ bool ScanProcessor::begin(const std::string& sessionToken) {
     if (!vendorScreen || !from) {
         return false;
     }
-    from->showVendorScreen(vendorScreen);
+    from->present(vendorScreen, /*animated=*/true);
     return true;
 }
 
@@ -89,6 +134,99 @@ void ScanProcessor::proceed(const std::string& scanResultBlob, const WaitingLibr
     if (!library.proceedToNextStep(scanResultBlob)) {
         accepted_ = {};
     }
+}
+
+EnrollmentProcessor::EnrollmentProcessor(std::weak_ptr<FaceScanScreen> fromViewController)
+    : ScanProcessor{{.function = "processSessionWhileFaceTecSDKWaits(sessionResult:faceScanResultCallback:)",
+                     .answered = "Enrollment process response ",
+                     .accepted = "Face scan session didSucceed = true on server",
+                     .refused = "Face scan session didSucceed = false on server"}}
+    , fromViewController_{std::move(fromViewController)} {}
+
+std::shared_ptr<platform::ViewController> EnrollmentProcessor::createSessionVC(platform::FaceTec& vendor,
+                                                                               const std::string& sessionToken) {
+    return vendor.createSessionVC(std::static_pointer_cast<EnrollmentProcessor>(shared_from_this()), sessionToken);
+}
+
+void EnrollmentProcessor::processSessionWhileFaceTecSDKWaits(std::shared_ptr<FaceTecSessionResult> sessionResult,
+                                                             std::shared_ptr<FaceTecFaceScanResultCallback> callback) {
+    const auto from = fromViewController_.lock();
+    if (from) {
+        from->setLatestSessionResult(sessionResult);
+    }
+    if (sessionResult->status() != 0) {
+        cancelUpload();
+        callback->onFaceScanResultCancel();
+        return;
+    }
+    auto request = enrollmentRequest(*sessionResult, from ? from->latestExternalDatabaseRefID() : "");
+    if (!request) {
+        uploadDidFail(ResponseCode::UNKNOWN_ERROR);
+        callback->onFaceScanResultCancel();
+        return;
+    }
+    upload(std::move(*request),
+           {.proceedToNextStep =
+                [callback](const std::string& blob) { return callback->onFaceScanResultProceedToNextStep(blob); },
+            .cancel = [callback] { callback->onFaceScanResultCancel(); },
+            .uploadProgress = [callback](float fraction) { callback->onFaceScanUploadProgress(fraction); }});
+    if (Attempts::shared().shouldApplyRetryLimit()) {
+        countAttempt(storedSession());
+    }
+    explainSlowUpload(callback);
+}
+
+void EnrollmentProcessor::explainSlowUpload(const std::shared_ptr<FaceTecFaceScanResultCallback>& callback) const {
+    platform::services().mainQueue->asyncAfter(
+        6s, [pending = uploadUnderWay(), waiting = std::weak_ptr{callback}, screen = fromViewController_] {
+            const auto library = waiting.lock();
+            if (library && !pending.expired()) {
+                library->onFaceScanUploadMessageOverride(
+                    {.text = themeText(screen.lock(), &ThemeCustomization::faceScanUploadMessage)});
+            }
+        });
+}
+
+void EnrollmentProcessor::uploadDidFail(ResponseCode code) {
+    if (const auto from = fromViewController_.lock()) {
+        from->scanDidFail(code);
+    }
+}
+
+void EnrollmentProcessor::serverDidRefuse(std::string_view answer) {
+    if (const auto from = fromViewController_.lock()) {
+        from->handleServerFailure(answer);
+    }
+}
+
+PhotoIDScanProcessor::PhotoIDScanProcessor(std::weak_ptr<IDScanScreen> fromViewController)
+    : ScanProcessor{{.function = "processIDScanWhileFaceTecSDKWaits(idScanResult:idScanResultCallback:)",
+                     .answered = "ID Scan Enrollment process response ",
+                     .accepted = "OCR scan session didSucceed = true on server",
+                     .refused = "ID scan session didSucceed = false on server"}}
+    , fromViewController_{std::move(fromViewController)} {}
+
+std::shared_ptr<platform::ViewController> PhotoIDScanProcessor::createSessionVC(platform::FaceTec& vendor,
+                                                                                const std::string& sessionToken) {
+    return vendor.createSessionVC(std::static_pointer_cast<PhotoIDScanProcessor>(shared_from_this()), sessionToken);
+}
+
+void PhotoIDScanProcessor::processIDScanWhileFaceTecSDKWaits(std::shared_ptr<FaceTecIDScanResult> idScanResult,
+                                                             std::shared_ptr<FaceTecIDScanResultCallback> callback) {
+    if (const auto from = fromViewController_.lock()) {
+        from->setLatestIDScanResult(idScanResult);
+    }
+    const auto endpoint = Config::ocrIDScanBaseURL();
+    if (idScanResult->status() != 0 || endpoint.empty()) {
+        cancelUpload();
+        callback->onIDScanResultCancel();
+        return;
+    }
+    upload(idScanRequest(endpoint, *idScanResult),
+           {.proceedToNextStep =
+                [callback](const std::string& blob) { return callback->onIDScanResultProceedToNextStep(blob); },
+            .cancel = [callback] { callback->onIDScanResultCancel(); },
+            .uploadProgress = [callback](float fraction) { callback->onIDScanUploadProgress(fraction); }});
 }
 
 } // namespace kivo

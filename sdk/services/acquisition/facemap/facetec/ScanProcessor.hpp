@@ -15,25 +15,32 @@
 
 namespace kivo {
 
-/// What a processor asks of the screen that started it.
-class ScanScreen {
+/// A screen on which the vendor's library scans.
+class ScanScreen : public platform::ViewController {
 public:
-    virtual ~ScanScreen() = default;
+    /// Set before the view is loaded; null leaves the looks and texts of the storyboard and of the vendor.
+    std::shared_ptr<ThemeCustomization> themeObj;
 
-    virtual void showVendorScreen(const std::shared_ptr<platform::ViewController>& vendorScreen) = 0;
-    virtual std::shared_ptr<ThemeCustomization> theme() const = 0;
+    void setLatestServerResult(std::string answer) { latestServerResult_ = std::move(answer); }
 
-    /// The last answer of the vendor's server that was a JSON object.
-    virtual void setLatestServerResult(std::string answer) = 0;
+    /// The text of the last JSON object that the vendor's server answered; empty before the first.
+    const std::string& latestServerResult() const { return latestServerResult_; }
 
     /// The outcome of a scan that the server has accepted.
-    virtual std::shared_ptr<const Settlement::Due> expectSuccess() = 0;
+    std::shared_ptr<const Settlement::Due> expectSuccess() { return settlement_->expect(); }
 
-    /// The vendor's screens are gone. `success` is what was expected of an accepted scan, and null without one.
+    /// The vendor's screens are gone. `success` is the outcome expected for an accepted scan; null without one.
     virtual void onComplete(std::shared_ptr<const Settlement::Due> success) = 0;
+
+protected:
+    /// Made when the view is loaded.
+    std::shared_ptr<Settlement> settlement_;
+
+private:
+    std::string latestServerResult_;
 };
 
-/// Takes one scan after the other to the vendor's server while the vendor's library waits, until the library is done.
+/// Takes one scan after another to the vendor's server while the vendor's library waits, until the library is done.
 /// Main thread.
 class ScanProcessor : public std::enable_shared_from_this<ScanProcessor> {
 public:
@@ -41,25 +48,26 @@ public:
     ScanProcessor& operator=(const ScanProcessor&) = delete;
     virtual ~ScanProcessor() = default;
 
-    /// Has the library make a session, and the screen show it. False where there is no library, or it makes none.
+    /// Lets the library make a session, and the screen show the session. False without a library or a session.
     bool begin(const std::string& sessionToken);
 
 protected:
-    /// How a waiting library hears of its scan, whichever kind of scan it was. One of the first two is called, once.
+    /// The callbacks of the waiting library, the same for every kind of scan. Exactly one of the first two is called,
+    /// once.
     struct WaitingLibrary {
         std::function<bool(const std::string& scanResultBlob)> proceedToNextStep;
         std::function<void()> cancel;
         std::function<void(float fraction)> uploadProgress;
     };
 
-    /// A success that the host is told when the library is done, even if the host takes the screen away before. The
-    /// processor holds the screen until then; the library holds the processor for as long as the library's session.
+    /// A success that is told to the host when the library is done, even if the host takes the screen away before.
+    /// Until then the processor holds the screen; the library holds the processor as long as its session lasts.
     struct AcceptedScan {
         std::shared_ptr<ScanScreen> screen;
         std::shared_ptr<const Settlement::Due> due;
     };
 
-    /// How the log speaks of a kind of scan.
+    /// The log lines of a kind of scan.
     struct Wording {
         std::string_view function;
         std::string_view answered;
@@ -70,16 +78,16 @@ protected:
     explicit ScanProcessor(Wording wording)
         : wording_{wording} {}
 
-    /// The library's screens are gone. A scan still under way is dropped, and counts as failed.
+    /// The library's screens are gone. A scan that is still under way is dropped and counts as failed.
     void libraryIsDone();
 
-    /// Sends a scan. One that is still under way is dropped, and its library not called again.
+    /// Sends a scan. A former scan that is still under way is dropped, and its callbacks do not run again.
     void upload(platform::UrlRequest request, WaitingLibrary library);
 
     /// Drops the scan under way, if any.
     void cancelUpload() { upload_.reset(); }
 
-    /// Gone when the scan has reached the server or has failed.
+    /// Expires when the server has answered or the upload has failed.
     std::weak_ptr<const ScanUpload> uploadUnderWay() const { return upload_; }
 
 private:
@@ -87,7 +95,7 @@ private:
     virtual std::shared_ptr<platform::ViewController> createSessionVC(platform::FaceTec& vendor,
                                                                       const std::string& sessionToken) = 0;
 
-    /// There was no usable answer.
+    /// The server gave no usable answer.
     virtual void uploadDidFail(ResponseCode /*code*/) {}
 
     /// The server did not accept the scan.
@@ -98,14 +106,68 @@ private:
 
     const Wording wording_;
     std::shared_ptr<const ScanUpload> upload_;
-    /// While the library shows that the server has accepted the scan.
+    /// Set while the library shows the success of the scan.
     AcceptedScan accepted_;
 };
 
-/// The success message of the vendor's result screen and its like; empty without a theme.
-inline std::string themeText(const std::shared_ptr<ScanScreen>& screen, std::string ThemeCustomization::* text) {
-    const auto theme = screen ? screen->theme() : nullptr;
-    return theme ? (*theme).*text : std::string{};
-}
+/// A screen for face scans.
+class FaceScanScreen : public ScanScreen {
+public:
+    virtual void setLatestSessionResult(std::shared_ptr<platform::FaceTecSessionResult> result) = 0;
+    virtual std::string latestExternalDatabaseRefID() const = 0;
+    virtual void scanDidFail(ResponseCode code) = 0;
+
+    /// The server's answer does not say that the server accepted the scan.
+    virtual void handleServerFailure(std::string_view data) = 0;
+};
+
+/// Takes face scans to the server for one session of the vendor's library.
+class EnrollmentProcessor final : public ScanProcessor, public platform::FaceTecFaceScanProcessorDelegate {
+public:
+    explicit EnrollmentProcessor(std::weak_ptr<FaceScanScreen> fromViewController);
+
+    void processSessionWhileFaceTecSDKWaits(std::shared_ptr<platform::FaceTecSessionResult> sessionResult,
+                                            std::shared_ptr<platform::FaceTecFaceScanResultCallback> callback) override;
+
+    void onFaceTecSDKCompletelyDone() override { libraryIsDone(); }
+
+private:
+    std::shared_ptr<ScanScreen> screen() const override { return fromViewController_.lock(); }
+
+    std::shared_ptr<platform::ViewController> createSessionVC(platform::FaceTec& vendor,
+                                                              const std::string& sessionToken) override;
+
+    void uploadDidFail(ResponseCode code) override;
+    void serverDidRefuse(std::string_view answer) override;
+    void explainSlowUpload(const std::shared_ptr<platform::FaceTecFaceScanResultCallback>& callback) const;
+
+    const std::weak_ptr<FaceScanScreen> fromViewController_;
+};
+
+/// A screen for ID scans.
+class IDScanScreen : public ScanScreen {
+public:
+    virtual void setLatestIDScanResult(std::shared_ptr<platform::FaceTecIDScanResult> result) = 0;
+};
+
+/// Takes ID scans to the server for one session of the vendor's library. A failed upload only ends the library's
+/// session: the screen reports the library's own verdict.
+class PhotoIDScanProcessor final : public ScanProcessor, public platform::FaceTecIDScanProcessorDelegate {
+public:
+    explicit PhotoIDScanProcessor(std::weak_ptr<IDScanScreen> fromViewController);
+
+    void processIDScanWhileFaceTecSDKWaits(std::shared_ptr<platform::FaceTecIDScanResult> idScanResult,
+                                           std::shared_ptr<platform::FaceTecIDScanResultCallback> callback) override;
+
+    void onFaceTecSDKCompletelyDone() override { libraryIsDone(); }
+
+private:
+    std::shared_ptr<ScanScreen> screen() const override { return fromViewController_.lock(); }
+
+    std::shared_ptr<platform::ViewController> createSessionVC(platform::FaceTec& vendor,
+                                                              const std::string& sessionToken) override;
+
+    const std::weak_ptr<IDScanScreen> fromViewController_;
+};
 
 } // namespace kivo

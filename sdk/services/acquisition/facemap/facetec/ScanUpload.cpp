@@ -1,12 +1,15 @@
 #include "services/acquisition/facemap/facetec/ScanUpload.hpp"
 
+#include "Configuration/session/StoredSession.hpp"
+#include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
-#include "services/acquisition/facemap/facetec/ScanAnswer.hpp"
+#include "platform/json/Json.hpp"
 
 #include <kivo/platform/Services.hpp>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -15,13 +18,62 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Megabytes over a poor mobile connection take their time, as long as they move.
+// A scan of many megabytes may take long over a poor mobile connection, but may not stand still.
 constexpr auto wholeExchange = 5min;
 constexpr auto standstill = 60s;
 
 } // namespace
 
-/// Stands between the session, which keeps it, and the listener, which may be gone.
+platform::Data scanBody(std::initializer_list<ScanMember> members) {
+    constexpr std::size_t punctuation = 6;
+    std::size_t size = 2;
+    for (const auto& member : members) {
+        size += member.text != nullptr ? member.name.size() + member.text->size() + punctuation : 0;
+    }
+    platform::Data body;
+    body.reserve(size);
+    for (const auto& member : members) {
+        if (member.text != nullptr) {
+            body.push_back(body.empty() ? '{' : ',');
+            json::appendRepaired(body, member.name);
+            body.push_back(':');
+            json::appendRepaired(body, *member.text);
+        }
+    }
+    return body.empty() ? "{}" : std::move(body.append(1, '}'));
+}
+
+std::string scanUserAgent(const std::optional<std::string>& sessionId) {
+    const auto& vendor = platform::services().faceTec;
+    return vendor ? vendor->createFaceTecAPIUserAgentString(sessionId.value_or("")) : std::string{};
+}
+
+platform::UrlRequest scanRequest(std::string url, const std::string& userAgent, platform::Data body) {
+    return {.url = std::move(url),
+            .method = "POST",
+            .headers = {{"Content-Type", "application/json"},
+                        {"X-Device-Key", Config::DeviceKeyIdentifier().value_or("")},
+                        {"User-Agent", userAgent}},
+            .body = std::move(body)};
+}
+
+std::optional<ScanAnswer> ScanAnswer::decode(std::string_view text) {
+    auto object = json::read(text, limits);
+    if (!object || object->kind() != json::Kind::object) {
+        return std::nullopt;
+    }
+    ScanAnswer answer;
+    const auto* const type = object->textOf(KivoResponseKeys::responseType);
+    answer.isAccepted = type != nullptr && *type == KivoResponseKeys::pass;
+    auto* const data = object->find(KivoResponseKeys::responseData);
+    auto* const blob = data != nullptr ? data->find(KivoResponseKeys::scanResultBlob) : nullptr;
+    if (auto* const written = blob != nullptr ? blob->text() : nullptr) {
+        answer.scanResultBlob = std::move(*written);
+    }
+    return answer;
+}
+
+/// The delegate of the session, which may outlive the listener.
 class ScanUpload::Follower final : public platform::UrlSessionDelegate {
 public:
     explicit Follower(Listener listener)
@@ -37,7 +89,7 @@ public:
 
     void didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& /*task*/, std::uint64_t sent,
                          std::uint64_t expected) override {
-        // A copy: what is told may let the upload go, and the listener with it.
+        // A copy, because the callback may release the upload, and the listener with the upload.
         if (const auto progress = listener_.progress) {
             progress(static_cast<float>(static_cast<double>(sent) / static_cast<double>(expected)));
         }

@@ -16,7 +16,8 @@ public:
         return platform::Process::current().part<UIStateManager>([] { return new UIStateManager; });
     }
 
-    // Atomic because a join's outcome, on the transport's thread, resets what the screens read on the main one.
+    // Atomic, because a join's outcome resets the states on the transport's thread, and the screens read them on the
+    // main thread.
     std::atomic<DocAuthStatus> docAuthState = DocAuthStatus::docAuthFailedOrInitialized;
     std::atomic<FaceAuthStatus> faceAuthState = FaceAuthStatus::faceAuthFailedOrInitialized;
 };

@@ -5,8 +5,8 @@
 #include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
-#include "services/acquisition/nfc/innovator/ReadingFailures.hpp"
-#include "ui/ActivityOverlay.hpp"
+#include "services/acquisition/nfc/innovator/DocumentReading.hpp"
+#include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-/// The document screen's reading: from its checks to the report.
+/// The document screen's reading, from the checks before the reading to the report of the outcome.
 namespace kivo {
 
 using namespace std::chrono_literals;

@@ -1,14 +1,14 @@
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/theme/DynamicType.hpp"
+#include "Configuration/session/StoredSession.hpp"
+#include "Configuration/theme/ReadingSize.hpp"
 #include "Models/SessionKeys.hpp"
-#include "NetworkManager/StoredSession.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
-#include "services/acquisition/nfc/innovator/ReadingFlow.hpp"
-#include "ui/ActivityOverlay.hpp"
-#include "ui/Leaving.hpp"
+#include "services/acquisition/nfc/innovator/DocumentReading.hpp"
+#include "ui/Closing.hpp"
+#include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
@@ -89,16 +89,11 @@ void AuthMenuVC::applyTheme() {
         return;
     }
     const auto& theme = *themeObj;
-    const auto apply = [](platform::Label& label, const std::string& text, const auto& font) {
-        ui::applyText(label, text);
-        ui::applyFont(label, font);
-    };
-    apply(*titleInfoLabel_, theme.selectIDTitleText, theme.screenTitleFont);
-    titleInfoLabel_->setTextColor(theme.screenTitleColor);
-    apply(*processDescriptionTextView_, theme.selectIDDescriptionText, theme.descriptionInfoFont);
-    processDescriptionTextView_->setTextColor(theme.screenDescriptionInfoTextColor);
+    ui::applyScreenTitle(*titleInfoLabel_, theme.selectIDTitleText, theme);
+    ui::applyDescription(*processDescriptionTextView_, theme.selectIDDescriptionText, theme);
     const auto applyOption = [&](int tag, platform::Label& label, const std::string& text) {
-        apply(label, text, theme.documentOptionsTitleFont);
+        ui::applyText(label, text);
+        ui::applyFont(label, theme.documentOptionsTitleFont);
         // The button over the option has no text of its own.
         if (const auto button = view()->viewWithTag(tag)) {
             button->setAccessibilityLabel(label.text());
@@ -125,13 +120,13 @@ void AuthMenuVC::viewWillAppear(bool /*animated*/) {
 }
 
 void AuthMenuVC::willMoveFromParent() {
-    // An ID scan that is still on display reports to this screen.
+    // An ID scan that is still on display reports to this screen, which therefore must outlive the scan.
     if (const auto scan = idScan_.lock(); scan && scan->dueUntilTold) {
         scan->dueUntilTold =
             std::make_shared<const std::pair<std::shared_ptr<AuthMenuVC>, std::shared_ptr<const void>>>(
                 self(), std::move(scan->dueUntilTold));
     }
-    // The overlay lies over the navigation controller, which stays.
+    // The overlay covers the navigation controller, which stays.
     ui::hideActivityOverlay(*this);
 }
 
@@ -159,13 +154,10 @@ void AuthMenuVC::applyDynamicType() {
     if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
-    const auto themeFont = [this](std::optional<platform::Font> ThemeCustomization::* font) {
-        return themeObj ? (*themeObj).*font : std::nullopt;
-    };
-    ui::followReadingSize(*titleInfoLabel_, themeFont(&ThemeCustomization::screenTitleFont), ui::screenTitleFallback);
-    ui::followReadingSize(*processDescriptionTextView_, themeFont(&ThemeCustomization::descriptionInfoFont));
+    ui::followReadingSize(*titleInfoLabel_, themeObj, &ThemeCustomization::screenTitleFont, ui::screenTitleFallback);
+    ui::followReadingSize(*processDescriptionTextView_, themeObj, &ThemeCustomization::descriptionInfoFont);
     for (const auto& label : {scanPassportLabel_, scanResidentCardLabel_, otherCardLabel_}) {
-        ui::followReadingSize(*label, themeFont(&ThemeCustomization::documentOptionsTitleFont));
+        ui::followReadingSize(*label, themeObj, &ThemeCustomization::documentOptionsTitleFont);
     }
 }
 
@@ -195,7 +187,7 @@ void AuthMenuVC::presentOcrFlow() {
     log::info(presentOcrFunction, "OCR Flow");
     const auto screen = makeIDScanScreen();
     if (!screen) {
-        // A storyboard without the scene is a fault of packaging; the person's choice is answered all the same.
+        // The storyboard lacks the scene, which is a fault of packaging; the host still gets an answer.
         ocrScanDidComplete(std::unexpected{ResponseCode::UNKNOWN_ERROR});
         return;
     }
@@ -258,7 +250,7 @@ void AuthMenuVC::closeUnlessDocumentsAreListed() {
 }
 
 void AuthMenuVC::closeDocumentScreen() {
-    // By then the host may have answered the failure with an alert or another screen, which stays.
+    // By then the host may show an alert or another screen in response to the failure; that screen stays.
     platform::services().mainQueue->asyncAfter(100ms,
                                                [self = self()] { ui::popOrDismiss(*self, {}, /*animated=*/false); });
 }

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "Configuration/theme/ThemeApplication.hpp"
-#include "Models/ActivationSessionModel.hpp"
+#include "Models/SessionKeys.hpp"
+#include "services/acquisition/ScreenDelegates.hpp"
 #include "services/acquisition/Settlement.hpp"
-#include "services/acquisition/facemap/facetec/ScreenDelegates.hpp"
-#include "services/acquisition/nfc/innovator/AuthMenuVCDelegate.hpp"
-#include "services/acquisition/nfc/innovator/DocumentReadNotice.hpp"
+#include "services/acquisition/nfc/innovator/DocumentReading.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ReadID.hpp>
@@ -23,15 +22,16 @@ namespace kivo {
 
 class OCRScanInitializeVC;
 
-/// The document screen: a person chooses a document where the session lists them, and the vendor reads it.
+/// The document screen: a person chooses a document where the session lists documents, and the vendor reads the
+/// document.
 ///
-/// With a document list the screen survives a failed reading, for another try; without one it takes itself away. After
-/// a success the session API decides what comes next.
+/// After a failed reading the screen stays for another try if the session has a document list, and closes otherwise.
+/// After a success the session API decides what comes next.
 class AuthMenuVC final : public platform::ViewController, public OCRScanVCDelegate {
 public:
-    // Set before the view is loaded.
+    /// Set before the view is loaded.
     std::weak_ptr<AuthMenuVCDelegate> delegate;
-    /// Null leaves the storyboard's looks and texts.
+    /// Set before the view is loaded; null leaves the storyboard's looks and texts.
     std::shared_ptr<ThemeCustomization> themeObj;
 
     void viewDidLoad() override;
@@ -48,7 +48,7 @@ protected:
 private:
     std::shared_ptr<AuthMenuVC> self() { return std::static_pointer_cast<AuthMenuVC>(shared_from_this()); }
 
-    /// Runs the step then, unless the person has left.
+    /// Runs the step after a tenth of a second, unless the person has left by then.
     void afterATenthOfASecond(void (AuthMenuVC::*step)());
     void applyTheme();
     void applyDynamicType();
@@ -85,7 +85,7 @@ private:
 
     std::optional<ActivationResponse> qrCodeResponse_;
     bool isDocListAvailable_ = false;
-    /// Null where no vendor's library is installed.
+    /// Null without a vendor's library.
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;
     std::optional<platform::readid::NFCResult> nfcResult_;
     std::shared_ptr<Settlement> settlement_;

@@ -78,7 +78,7 @@ void CodeBoxes::textFieldDidBeginEditing(TextField& box) {
 
 bool CodeBoxes::shouldChangeCharacters(TextField& box, TextRange /*range*/, const std::string& replacement) {
     if (!replacement.empty()) {
-        // A box holds what was typed last.
+        // A box holds the last character typed.
         box.setText("");
     }
     return true;
@@ -105,7 +105,7 @@ void CodeBoxes::focus(const std::shared_ptr<TextField>& box) {
     }
 }
 
-/// Highlights one box, or none.
+/// Highlights one box; null highlights none.
 void CodeBoxes::highlight(const TextField* active) {
     for (const auto& box : boxes_) {
         ui::setBorderColorExt(*box, box.get() == active ? look_.activeBorderColor : look_.inactiveBorderColor);

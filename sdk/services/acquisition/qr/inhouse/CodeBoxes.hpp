@@ -10,7 +10,7 @@
 
 namespace kivo {
 
-/// The row of boxes for the activation code: one typed character a box, with the focus moving along.
+/// The row of boxes for the activation code: each box takes one character, and the focus moves to the next box.
 ///
 /// Each box is tagged with its position from 1 on. Main thread.
 class CodeBoxes final : public platform::TextFieldDelegate {
@@ -22,7 +22,7 @@ public:
         std::optional<platform::Color> inactiveBorderColor;
     };
 
-    /// `entered` hears the code whenever a change has made it complete.
+    /// `entered` is called with the code after each change that makes the code complete.
     static std::shared_ptr<CodeBoxes> make(std::vector<std::shared_ptr<platform::TextField>> boxes, const Look& look,
                                            std::function<void(std::string)> entered);
 
@@ -37,10 +37,10 @@ public:
     /// Takes the keyboard away from every box.
     void cancelEditing();
 
-    /// Gives the focus back to the box that had it last.
+    /// Gives the focus back to the box that had the focus last.
     void focusCurrent();
 
-    /// Moves on after a box has changed, and reports the code when it is complete.
+    /// Moves the focus to the next box after a box has changed, and reports a complete code.
     void textDidChange(platform::TextField& box);
 
     void textFieldDidBeginEditing(platform::TextField& box) override;

@@ -1,8 +1,9 @@
-#include "Models/Characters.hpp"
-
+#include <kivo/LuOTPTextField.hpp>
 #include <kivo/LuOTPView.hpp>
 #include <kivo/platform/Text.hpp>
 #include <kivo/ui/LayerStyle.hpp>
+
+#include <utf8proc.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -27,6 +28,28 @@ platform::KeyboardType platformKeyboard(KeyboardType type) {
     }
 }
 
+/// Whether the text has a letter, or a mark that belongs to a letter, of any script.
+bool containsLetter(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+    auto left = static_cast<utf8proc_ssize_t>(text.size());
+    while (left > 0) {
+        utf8proc_int32_t point = 0;
+        const auto length = utf8proc_iterate(bytes, left, &point);
+        if (length <= 0) {
+            ++bytes;
+            --left;
+            continue;
+        }
+        if (const auto category = utf8proc_category(point);
+            category >= UTF8PROC_CATEGORY_LU && category <= UTF8PROC_CATEGORY_ME) {
+            return true;
+        }
+        bytes += length;
+        left -= length;
+    }
+    return false;
+}
+
 /// `text` with the characters of `range` replaced.
 std::string replaced(const std::string& text, TextRange range, const std::string& replacement) {
     const auto before = text::firstCharacters(text, range.location).value_or(text);
@@ -40,7 +63,7 @@ std::size_t position(const LuOTPTextField& field) {
 
 } // namespace
 
-/// What a person has entered so far.
+/// The input of a person so far.
 struct LuOTPView::Entry {
     std::shared_ptr<LuOTPTextField> activeField;
     std::vector<std::string> characters;
@@ -82,7 +105,7 @@ std::shared_ptr<LuOTPTextField> LuOTPView::field(int tag) {
     return made;
 }
 
-/// Makes the field one of the row, unless it is already.
+/// Prepares the field as part of the row, unless the field is prepared already.
 void LuOTPView::takeIn(LuOTPTextField& field) {
     if (field.delegate().get() == this) {
         return;
@@ -186,7 +209,7 @@ bool LuOTPView::shouldChangeCharacters(TextField& changing, TextRange range, con
     const auto result = replaced(changing.text(), range, replacement);
     if (result.empty()) {
         deletion(*own);
-    } else if (otpTextFieldInputType != KeyboardType::alphabet || text::containsLetter(result)) {
+    } else if (otpTextFieldInputType != KeyboardType::alphabet || containsLetter(result)) {
         characterTyped(*own, replacement);
     } else if (entry_->activeField) {
         ui::setBorderColorExt(*entry_->activeField, otpTextFieldDefaultBorderColor);
@@ -226,7 +249,7 @@ void LuOTPView::completionCheck() {
     }
     entry_->isComplete = true;
     const auto self = shared_from_this();
-    // Called by a copy: the host may replace or drop the callback in its answer.
+    // A copy, because the host may replace or release the callback while the callback runs.
     if (const auto entered = otpEnteredString) {
         entered(std::move(code));
     }
@@ -264,6 +287,34 @@ void LuOTPView::applyBorder(LuOTPTextField& bordered) const {
     ui::setCornerRadiusExt(bordered, otpTextFieldSize / 2);
     ui::setBorderWidthExt(bordered, otpTextFieldBorderWidth);
     ui::setBorderColorExt(bordered, otpTextFieldDefaultBorderColor);
+}
+
+LuOTPTextField::LuOTPTextField() = default;
+
+LuOTPTextField::~LuOTPTextField() = default;
+
+void LuOTPTextField::setPlaceholderString(std::string placeholder) {
+    placeholderString_ = std::move(placeholder);
+    setPlaceholder(placeholderString_);
+}
+
+bool LuOTPTextField::deleteBackward() {
+    const auto self = shared_from_this();
+    // In a field with text, the deletion itself asks the delegate.
+    const bool wasEmpty = text().empty();
+    const bool changed = TextField::deleteBackward();
+    // The delegate is asked only for a field that a person can reach.
+    const bool hasHeard = isReachable() && isFirstResponder();
+    if (const auto listener = delegate(); wasEmpty && hasHeard && listener) {
+        listener->shouldChangeCharacters(*this, {.location = 0, .length = 0}, "");
+    }
+    return changed;
+}
+
+void LuOTPTextField::describe(platform::LayoutMembers& members) {
+    members.text("placeholderString", [this](std::string text) { setPlaceholderString(std::move(text)); });
+    members.color("borderColorOfTextField", members.into(borderColorOfTextField));
+    members.number("borderWidthOfTextField", 0, 1000, members.into(borderWidthOfTextField));
 }
 
 } // namespace kivo

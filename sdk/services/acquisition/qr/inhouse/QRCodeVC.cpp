@@ -1,11 +1,11 @@
 #include "services/acquisition/qr/inhouse/QRCodeVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
-#include "Configuration/theme/DynamicType.hpp"
+#include "Configuration/theme/ReadingSize.hpp"
 #include "services/acquisition/qr/inhouse/ActivationCode.hpp"
 #include "services/acquisition/qr/inhouse/QRCodeScannerVC.hpp"
-#include "ui/Keyboard.hpp"
-#include "ui/Leaving.hpp"
+#include "ui/Closing.hpp"
+#include "ui/TextEntry.hpp"
 
 #include <utility>
 
@@ -101,13 +101,8 @@ void QRCodeVC::applyTheme() {
         return;
     }
     const auto& theme = *themeObj;
-    ui::applyText(*getStartedTitleLabel_, theme.codeScreenGetStartedTitle);
-    ui::applyFont(*getStartedTitleLabel_, theme.screenTitleFont);
-    getStartedTitleLabel_->setTextColor(theme.screenTitleColor);
-
-    ui::applyText(*orTitleLabel_, theme.codeScreenOrText);
-    ui::applyFont(*orTitleLabel_, theme.descriptionInfoFont);
-    orTitleLabel_->setTextColor(theme.screenDescriptionInfoTextColor);
+    ui::applyScreenTitle(*getStartedTitleLabel_, theme.codeScreenGetStartedTitle, theme);
+    ui::applyDescription(*orTitleLabel_, theme.codeScreenOrText, theme);
 
     if (!theme.codeScreenTextfieldPlaceholder.empty()) {
         activationCodeTextField_->setPlaceholder(theme.codeScreenTextfieldPlaceholder);
@@ -127,14 +122,11 @@ void QRCodeVC::applyDynamicType() {
     if (!ui::followsReadingSize(*view(), themeObj)) {
         return;
     }
-    const auto themeFont = [this](std::optional<platform::Font> ThemeCustomization::* font) {
-        return themeObj ? (*themeObj).*font : std::nullopt;
-    };
-    ui::followReadingSize(*getStartedTitleLabel_, themeFont(&ThemeCustomization::screenTitleFont),
+    ui::followReadingSize(*getStartedTitleLabel_, themeObj, &ThemeCustomization::screenTitleFont,
                           ui::screenTitleFallback);
-    ui::followReadingSize(*orTitleLabel_, themeFont(&ThemeCustomization::descriptionInfoFont));
-    ui::followReadingSize(*scanQRCodeButton_, themeFont(&ThemeCustomization::primaryButtonFont));
-    ui::followReadingSize(*activationCodeTextField_, themeFont(&ThemeCustomization::codeTextFieldFont));
+    ui::followReadingSize(*orTitleLabel_, themeObj, &ThemeCustomization::descriptionInfoFont);
+    ui::followReadingSize(*scanQRCodeButton_, themeObj, &ThemeCustomization::primaryButtonFont);
+    ui::followReadingSize(*activationCodeTextField_, themeObj, &ThemeCustomization::codeTextFieldFont);
 }
 
 void QRCodeVC::editingchangeInTextField() {
@@ -162,7 +154,7 @@ void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
 }
 
 void QRCodeVC::closeButtonTap() {
-    // Held apart from the screen, which may be gone when its dismissal is complete.
+    // The callback holds the listener and not the screen, which may be gone when its dismissal is complete.
     ui::popOrDismiss(*this, [listener = delegate] {
         if (const auto self = listener.lock()) {
             self->closeButtonPressed();

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "Configuration/theme/ThemeApplication.hpp"
+#include "services/acquisition/ScreenDelegates.hpp"
 #include "services/acquisition/qr/inhouse/CodeBoxes.hpp"
-#include "services/acquisition/qr/inhouse/QRCodeVCDelegate.hpp"
-#include "services/acquisition/qr/inhouse/QRScannerVCDelegate.hpp"
 
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ui/Interface.hpp>
@@ -18,17 +17,17 @@
 
 namespace kivo {
 
-/// The screen on which a session starts: a person types the activation code, or goes on to scan it.
+/// The screen on which a session starts: a person types the activation code, or goes on to the QR scanning screen.
 ///
-/// It stays where it is after it has delivered a code; the session API decides what comes next.
+/// The screen stays after it has delivered a code; the session API decides what comes next.
 class QRCodeVC final : public platform::ViewController, public QRScannerVCDelegate {
 public:
-    // Set before the view is loaded.
+    /// Set before the view is loaded.
     std::weak_ptr<QRCodeVCDelegate> delegate;
-    /// Null leaves the storyboard's looks and texts.
+    /// Set before the view is loaded; null leaves the storyboard's looks and texts.
     std::shared_ptr<ThemeCustomization> themeObj;
 
-    /// Whether its code has joined a session: then going back cancels nothing. Written on any thread.
+    /// Whether the code has joined a session; going back then cancels nothing. Written on any thread.
     const std::shared_ptr<std::atomic<bool>> hasJoined = std::make_shared<std::atomic<bool>>(false);
 
     /// Empties the boxes so that another code can be typed; the single field keeps its text.

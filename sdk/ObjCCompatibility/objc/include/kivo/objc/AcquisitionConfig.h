@@ -18,10 +18,10 @@ __attribute__((visibility("default")))
 
 @end
 
-/// What a host asks of one session: the environment and five constraints, which the library passes on unread.
+/// A host's requirements for a session: the environment and five constraints, which the library passes on unread.
 ///
-/// The identity service defines what the constraint texts mean. A configuration handed to a join is read during that
-/// call; later changes have no effect on the session.
+/// The identity service defines the meaning of the constraint texts. A join reads a configuration during the call;
+/// later changes have no effect on the session.
 __attribute__((visibility("default")))
 @interface AcquisitionConfig : KivoObject<NSCoding>
 
@@ -32,12 +32,12 @@ __attribute__((visibility("default")))
                   kivo_doc_issuers:(NSString*)kivo_doc_issuers
                        kivo_images:(NSString*)kivo_images;
 
-/// Reads what a keyed archive holds under the six property names. Nil when one is missing or has another type, or
-/// when the coder is not keyed.
+/// Reads the six values of a keyed archive under the property names. Nil when a value is missing or has another type,
+/// or when the coder is not keyed.
 - (nullable instancetype)initWithCoder:(NSCoder*)coder;
 
 /// The six values under the names of `AcquisitionConfigKeys`, the environment by its name. Empty when `ENVIRONMENT`
-/// holds an integer that is no environment.
+/// holds an integer that is not an environment.
 - (NSDictionary<NSString*, id>*)getAsDictionary;
 
 @property (nonatomic) SDKEnv ENVIRONMENT;

@@ -4,7 +4,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// What a call to acquire or upload is about.
+/// The subject of a call to acquire or upload.
 typedef NS_ENUM(NSInteger, AcquisitionObject) {
     AcquisitionObjectActivationCode = 0,    ///< The activation code, typed or scanned.
     AcquisitionObjectNfcScan = 1,           ///< A document's chip and printed page.

@@ -6,8 +6,8 @@ NS_ASSUME_NONNULL_BEGIN
 
 /// A session as the identity service describes it in its answer to a join.
 ///
-/// A host needs it only to present the closing screen or to ask whether documents are listed. The settings hold the
-/// session's keys: do not log or store them.
+/// A host needs the session only for the final status screen, or to ask whether documents are listed. The settings
+/// hold the session's keys: do not log or store them.
 __attribute__((visibility("default")))
 @interface ActivationResponse : KivoObject
 
@@ -15,29 +15,29 @@ __attribute__((visibility("default")))
 - (instancetype)init;
 + (instancetype)new;
 
-/// What a join answer says. A member of the wrong type stays empty. Nil when the text is no JSON object.
+/// The session in a join answer. A member of the wrong type stays empty. Nil when the text is not a JSON object.
 + (nullable instancetype)responseWithText:(NSString*)text;
 
 /// "data" for an accepted join, "fail" for a refused one.
 @property (nonatomic, copy) NSString* responseType;
-/// The name of an error, of a refused join.
+/// The name of the error, for a refused join.
 @property (nonatomic, copy) NSString* responseCode;
 /// The transaction identifier.
 @property (nonatomic, copy) NSString* tId;
 
-// Settings by the service's names; numbers and flags are texts, too. A member that is not text is left out when
+// Settings by the service's names; numbers and flags are texts, too. Entries that are not text are left out when
 // written.
 
 /// The addresses of the session, and its number of attempts.
 @property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpConfig;
 /// Settings of the application.
 @property (nonatomic, copy) NSDictionary<NSString*, NSString*>* appConfig;
-/// Where documents are sent, and the keys for it.
+/// The addresses and keys for documents.
 @property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpBiodata;
-/// Where face and ID scans are sent, and the keys for it.
+/// The addresses and keys for face and ID scans.
 @property (nonatomic, copy) NSDictionary<NSString*, NSString*>* idpFaceMap;
 
-/// Whether the session lists documents to choose from: its "app-doclist" is exactly "true". NO for nil.
+/// Whether the session lists documents to choose from: "app-doclist" is exactly "true". NO for nil.
 + (BOOL)isDocumentListAvailableWithSessionObj:(nullable ActivationResponse*)sessionObj;
 
 @end

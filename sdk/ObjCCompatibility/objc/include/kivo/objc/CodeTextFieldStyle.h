@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-/// How the activation code is typed.
+/// The form in which a person types the activation code.
 typedef NS_ENUM(NSInteger, CodeTextFieldStyle) {
     /// One text field for the whole code.
     CodeTextFieldStyleSingle = 0,

@@ -6,8 +6,8 @@
 typedef NS_ENUM(NSInteger, DocumentListConfigurationStatus) {
     /// The document choice has not been shown in this process yet.
     DocumentListConfigurationStatusNotConfigured = 0,
-    /// It was last shown without a list from the session.
+    /// The choice was last shown without a list from the session.
     DocumentListConfigurationStatusNotAvailable = 1,
-    /// It was last shown with one.
+    /// The choice was last shown with a list from the session.
     DocumentListConfigurationStatusAvailable = 2,
 };

@@ -5,16 +5,16 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// A successful outcome: which step of the session succeeded, and what it yielded.
+/// A successful outcome: the step of the session that succeeded, and its data.
 ///
-/// The library keeps no reference once it has handed a result over; the host may change and share it as it likes.
+/// The library keeps no reference to a result that it has delivered; the host may change and share the result.
 __attribute__((visibility("default")))
 @interface IdvResult : KivoObject
 
 - (instancetype)initWithData:(NSString*)data responseType:(IdvEvents)responseType;
 
-/// The activation code for `IdvEventsSCAN_QR_CODE` and `IdvEventsUPLOAD_DOCUMENT`, empty for scans, else the session's
-/// transaction identifier.
+/// The activation code for `IdvEventsSCAN_QR_CODE` and `IdvEventsUPLOAD_DOCUMENT`, empty for scans, otherwise the
+/// session's transaction identifier.
 @property (nonatomic, copy) NSString* data;
 
 @property (nonatomic) IdvEvents responseType;

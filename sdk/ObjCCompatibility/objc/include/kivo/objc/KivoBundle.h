@@ -8,12 +8,12 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface KivoBundle : KivoObject
 
-/// The host application's own.
+/// The bundle of the host application.
 + (instancetype)mainBundle;
-/// The bundle whose "CFBundleIdentifier" this is; nil when the library knows none.
+/// The bundle with this "CFBundleIdentifier"; nil when the library knows no such bundle.
 + (nullable instancetype)bundleWithIdentifier:(NSString*)identifier;
 
-/// Empty when the bundle has none.
+/// Empty for a bundle without an identifier.
 @property (nonatomic, readonly) NSString* bundleIdentifier;
 
 @end

@@ -4,7 +4,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// A colour in sRGB; each channel from 0 to 1. A value: two equal ones are as good as one.
+/// A colour in sRGB; each channel from 0 to 1. A value type: equal objects are interchangeable.
 __attribute__((visibility("default")))
 @interface KivoColor : NSObject<NSCopying> {
 @private
@@ -19,7 +19,7 @@ __attribute__((visibility("default")))
 
 + (instancetype)colorWithRed:(double)red green:(double)green blue:(double)blue alpha:(double)alpha;
 
-/// The colour of that name in the host's asset catalogue; nil when it has none.
+/// The colour of that name in the host's asset catalogue; nil when the catalogue has no such name.
 + (nullable instancetype)colorNamed:(NSString*)name;
 
 @property (nonatomic, readonly) double red;

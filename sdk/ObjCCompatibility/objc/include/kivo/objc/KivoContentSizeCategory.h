@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-/// How large a person wants to read. Ordered from small to large; `Large` is what a new phone is set to.
+/// The reading size that a person has chosen, from small to large; `Large` is the setting of a new phone.
 typedef NS_ENUM(NSInteger, KivoContentSizeCategory) {
     KivoContentSizeCategoryExtraSmall,
     KivoContentSizeCategorySmall,

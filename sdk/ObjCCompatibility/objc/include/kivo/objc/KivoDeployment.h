@@ -4,7 +4,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// Where the identity service of each environment is found.
+/// The addresses of the identity service of each environment.
 __attribute__((visibility("default")))
 @interface KivoDeployment : KivoObject
 
@@ -12,10 +12,10 @@ __attribute__((visibility("default")))
 - (instancetype)init;
 + (instancetype)new;
 
-/// A copy of the deployment in force: the installed one, else the one that the library ships.
+/// A copy of the deployment in force: the installed deployment, otherwise the deployment that the library ships.
 + (instancetype)current;
 
-/// Four https addresses in the order of `SDKEnv`. A missing one is empty, and joins there fail.
+/// Four https addresses in the order of `SDKEnv`. A missing address is empty, and joins of its environment fail.
 @property (nonatomic, copy) NSArray<NSString*>* joinPages;
 
 /// Whether the face scan library runs in production mode. NO at first.
@@ -24,11 +24,11 @@ __attribute__((visibility("default")))
 /// The key that the face scan library's vendor gives out for production mode; never logged. Empty at first.
 @property (nonatomic, copy) NSString* faceTecProductionKey;
 
-/// Whether requests go to pinned servers even where no list of pins is found: each then ends in
-/// "UNSECURE_SERVER_PINNING_FAILED". NO at first. A host that ships a list sets it.
+/// Whether pins are required even where no list of pins is found: each request then ends in
+/// "UNSECURE_SERVER_PINNING_FAILED". NO at first. A host that ships a list sets the property.
 @property (nonatomic) BOOL requiresPins;
 
-/// Puts this deployment in force, as it is now. Call it before the first join.
+/// Puts a copy of this deployment in force. Call `install` before the first join.
 - (void)install;
 
 @end

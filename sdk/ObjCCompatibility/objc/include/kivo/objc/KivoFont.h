@@ -4,7 +4,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// A typeface at a size in points. A value: two equal ones are as good as one.
+/// A typeface at a size in points. A value type: equal objects are interchangeable.
 __attribute__((visibility("default")))
 @interface KivoFont : NSObject<NSCopying> {
 @private
@@ -15,11 +15,11 @@ __attribute__((visibility("default")))
 - (instancetype)init __attribute__((unavailable("use a method that takes values")));
 + (instancetype)new __attribute__((unavailable("use a method that takes values")));
 
-/// The font of that name, such as "Karbon-Medium"; nil when it is not installed on this machine.
+/// The font of that name, such as "Karbon-Medium"; nil when the font is not installed on this machine.
 + (nullable instancetype)fontWithName:(NSString*)fontName size:(double)pointSize;
 + (instancetype)systemFontOfSize:(double)pointSize;
 
-/// Empty for the system's own.
+/// Empty for the system's font.
 @property (nonatomic, readonly) NSString* fontName;
 @property (nonatomic, readonly) double pointSize;
 

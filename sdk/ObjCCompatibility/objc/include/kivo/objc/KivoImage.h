@@ -4,13 +4,13 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// A picture in a file, which whoever draws the screens decodes.
+/// A picture in a file; the drawing of the screens decodes the file.
 __attribute__((visibility("default")))
 @interface KivoImage : KivoObject
 
-/// The image of that name in the host's asset catalogue; nil when it has none.
+/// The image of that name in the host's asset catalogue; nil when the catalogue has no such name.
 + (nullable instancetype)imageNamed:(NSString*)name;
-/// The file is not looked at before it is drawn.
+/// The file is not read before the image is drawn.
 + (instancetype)imageWithContentsOfFile:(NSString*)path;
 
 @property (nonatomic, readonly) NSString* path;

@@ -8,7 +8,8 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface KivoMainQueue : NSObject
 
-/// Has `runLoop`, the main thread's, run what the library puts on its main queue. Call it once, on the main thread.
+/// Lets `runLoop`, the run loop of the main thread, run the blocks of the library's main queue. Call once, on the main
+/// thread.
 + (void)attachToRunLoop:(NSRunLoop*)runLoop;
 
 @end

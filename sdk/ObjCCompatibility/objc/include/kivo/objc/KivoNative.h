@@ -1,6 +1,6 @@
 #pragma once
 
-/// For Objective-C++ hosts: the C++ objects behind their Objective-C ones.
+/// For Objective-C++ hosts: the C++ objects behind the Objective-C objects.
 
 #include <kivo/kivo.hpp>
 #import <kivo/objc/ActivationResponse.h>
@@ -16,7 +16,7 @@
 /// The Objective-C object of `theme`; nil for null.
 + (nullable ThemeCustomization*)themeWithNative:(const std::shared_ptr<kivo::ThemeCustomization>&)theme;
 
-/// Holds the Objective-C object, too.
+/// The pointer keeps the Objective-C object alive, too.
 - (std::shared_ptr<kivo::ThemeCustomization>)nativeTheme;
 
 @end
@@ -42,7 +42,7 @@
 
 @interface KivoView (Native)
 
-/// The Objective-C object of `view`, of the class that stands for the view's own; nil for null.
+/// The Objective-C object of `view`, of the wrapper class for the view's class; nil for null.
 + (nullable KivoView*)viewWithNative:(const std::shared_ptr<kivo::platform::View>&)view;
 
 - (std::shared_ptr<kivo::platform::View>)nativeView;
@@ -65,7 +65,7 @@
 + (nullable KivoViewController*)viewControllerWithNative:
     (const std::shared_ptr<kivo::platform::ViewController>&)viewController;
 
-/// Holds the Objective-C object, too.
+/// The pointer keeps the Objective-C object alive, too.
 - (std::shared_ptr<kivo::platform::ViewController>)nativeViewController;
 
 @end

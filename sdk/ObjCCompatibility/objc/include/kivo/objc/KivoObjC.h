@@ -1,6 +1,6 @@
 #pragma once
 
-/// Everything an Objective-C host needs, in one header. Compile with clang, link `Kivo::objc`; no ARC.
+/// The whole interface for Objective-C hosts, in one header. Compile with clang, link `Kivo::objc`; no ARC.
 
 #import <kivo/objc/AcquisitionConfig.h>
 #import <kivo/objc/AcquisitionObject.h>

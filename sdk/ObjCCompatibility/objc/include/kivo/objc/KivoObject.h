@@ -4,10 +4,10 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// An object of the library as Objective-C sees it; the state is the library's.
+/// An Objective-C object for an object of the library, which keeps the state.
 ///
-/// While anyone holds it, one object of the library is one Objective-C object, so `==` tells whether two are the same.
-/// Texts are never nil when read, and nil reads as the empty text when written.
+/// As long as the Objective-C object is retained, an object of the library has only this one, so `==` compares
+/// identity. Texts are never nil when read, and nil reads as the empty text when written.
 __attribute__((visibility("default")))
 @interface KivoObject : NSObject {
 @private

@@ -5,9 +5,9 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// Where a host begins: settings for the whole process, and the session of an interface version.
+/// The entry point of a host: settings for the whole process, and the session of an interface version.
 ///
-/// Everything here is meant for the main thread; the settings may be read from any thread.
+/// Call the methods on the main thread; the settings may be read from any thread.
 __attribute__((visibility("default")))
 @interface KivoSDK : NSObject
 
@@ -17,15 +17,15 @@ __attribute__((visibility("default")))
 /// Nil, and a line on standard output, for any other version.
 + (nullable KivoAPIProvider*)loadForProviderWithKey:(NSString*)key version:(NSString*)version;
 
-/// The threshold of the library's log lines; `LogLevelInfo` by default. It is taken once, with the first line that is
-/// logged: set it before the first load. An integer above `LogLevelError` silences it; a few
-/// bare lines, such as that the network has changed, are printed all the same.
+/// The threshold of the library's log lines; `LogLevelInfo` by default. The threshold is read once, with the first
+/// line that is logged: set the threshold before the first load. An integer above `LogLevelError` silences the log; a
+/// few lines, such as those for a change of the network, are printed all the same.
 @property (class, nonatomic) LogLevel logLevel;
 
 /// The SDK version text, "183" at first. The library itself does not use it.
 @property (class, nonatomic, copy) NSString* VERSION;
 
-/// The version text of the most recent load, also of one that was rejected; empty at first.
+/// The version text of the most recent load, also of a rejected load; empty at first.
 @property (class, nonatomic, copy) NSString* requestedSDKVersion;
 
 /// Whether screens enforce the session's retry limit; set by every successful join.

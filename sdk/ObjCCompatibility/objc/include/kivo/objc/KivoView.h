@@ -16,36 +16,37 @@ __attribute__((visibility("default")))
 - (instancetype)init;
 + (instancetype)new;
 
-/// The outlet's name, by which `find:` knows the view. Empty at first.
+/// The outlet's name, with which `find:` finds the view. Empty at first.
 @property (nonatomic, copy) NSString* identifier;
-/// In the coordinates of the superview. Written, it becomes the view's placement, so that a layout keeps it.
+/// In the coordinates of the superview. A written frame becomes the view's placement, which a layout keeps.
 @property (nonatomic) NSRect frame;
 @property (nonatomic, getter=isHidden) BOOL hidden;
 
 @property (nonatomic, readonly) NSArray<KivoView*>* subviews;
-/// Puts `view` on top of the other subviews, taking it from where it was.
+/// Moves `view` on top of the other subviews; the view leaves its former superview.
 - (void)addSubview:(KivoView*)view;
 - (void)removeFromSuperview;
 
-/// This view or the first one below it, depth first, with that identifier; nil when there is none.
+/// This view or the first subview, depth first, with that identifier; nil without such a view.
 - (nullable KivoView*)find:(NSString*)identifier;
 
-/// The corners' radius. Written, it also clips the view to its bounds exactly when it is above 0.
+/// The corners' radius. Writing the radius also clips the view to its bounds exactly when the radius is above 0.
 @property (nonatomic) double cornerRadiusExt;
 @property (nonatomic) double borderWidthExt;
-/// Nil where the view has none.
+/// Nil for a view without a border colour.
 @property (nonatomic, copy, nullable) KivoColor* borderColorExt;
-/// The shadow's radius. Written, it also makes the shadow black, three fifths opaque, and 2 points below the view.
+/// The shadow's radius. Writing the radius also makes the shadow black, three fifths opaque, and 2 points below the
+/// view.
 @property (nonatomic) double shadowRadiusExt;
 
-/// The outline of a screen's main button. It clips to its bounds whatever the radius. Nil makes the border clear.
+/// The outline of a screen's main button. The view clips to its bounds for every radius. Nil makes the border clear.
 - (void)applyPrimaryButtonStyleWithBorderColor:(nullable KivoColor*)borderColor
                                   cornerRadius:(double)cornerRadius
                                    borderWidth:(double)borderWidth;
 
 @end
 
-/// A button with a title. What a tap does is set in a storyboard or in C++.
+/// A button with a title. The action of a tap is set in a storyboard or in C++.
 __attribute__((visibility("default")))
 @interface KivoButton : KivoView
 
@@ -55,7 +56,7 @@ __attribute__((visibility("default")))
 
 @end
 
-/// A handle on the width or the height that a view's placement gives it. It does not hold the view.
+/// A handle on the width or the height in a view's placement. The constraint does not retain the view.
 __attribute__((visibility("default")))
 @interface KivoLayoutConstraint : KivoObject
 

@@ -7,7 +7,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 /// The host's view controller, on which acquisition screens are presented. Main thread only.
 ///
-/// An Objective-C++ host makes one around the view controller that it shows: see `KivoNative.h`.
+/// An Objective-C++ host wraps the view controller that it shows: see `KivoNative.h`.
 __attribute__((visibility("default")))
 @interface KivoViewController : KivoObject
 
@@ -15,19 +15,19 @@ __attribute__((visibility("default")))
 - (instancetype)init;
 + (instancetype)new;
 
-/// A new screen, laid out by a scene of the bundle's resource `name`.storyboard. Nil where that cannot be made; a line
-/// of `Services::diagnostics`, on standard error by default, says why.
+/// A new screen, laid out by a scene of the bundle's resource `name`.storyboard. Nil where the screen cannot be made; a
+/// line of `Services::diagnostics`, on standard error by default, gives the reason.
 + (nullable KivoViewController*)viewControllerWithIdentifier:(NSString*)identifier
                                                 inStoryboard:(NSString*)name
                                                     ofBundle:(KivoBundle*)bundle;
 
-/// The screen's own view; made on first use.
+/// The screen's view; made on first use.
 @property (nonatomic, readonly) KivoView* view;
 
-/// Shows `viewController` over this screen, or over the one that this screen already presents.
+/// Shows `viewController` over this screen, or over the screen that this screen already presents.
 - (void)presentViewController:(KivoViewController*)viewController;
 
-/// Takes away what this screen presents or, when it presents nothing, this screen itself.
+/// Dismisses the screen that this screen presents or, without such a screen, this screen.
 - (void)dismiss;
 
 @end

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-/// How much a log line matters; a line is printed when its level is not below the threshold.
+/// The importance of a log line; a line is printed when its level is not below the threshold.
 typedef NS_ENUM(NSInteger, LogLevel) {
     LogLevelVerbose = 1,
     LogLevelDebug = 2,

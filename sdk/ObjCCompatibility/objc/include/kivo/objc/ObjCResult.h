@@ -11,7 +11,7 @@ typedef NS_ENUM(NSInteger, ObjCResultStatus) {
     ObjCResultStatusFailure = 1,
 };
 
-/// A failure spelled out in plain values.
+/// A failure as plain values.
 __attribute__((visibility("default")))
 @interface ObjCError : KivoObject
 
@@ -23,7 +23,7 @@ __attribute__((visibility("default")))
 /// The response code's name, such as "STATUS_INVALID_SESSION".
 @property (nonatomic, copy) NSString* errorName;
 
-/// A sentence for people.
+/// The failure in English.
 @property (nonatomic, copy) NSString* message;
 
 /// The response code's number, 1001 to 3020.

@@ -8,7 +8,7 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface SdkVersions : NSObject
 
-/// The first two characters of `version`, or "Invalid sdk version!" when it has fewer. Nothing is validated.
+/// The first two characters of `version`, or "Invalid sdk version!" for a shorter text. No other check is made.
 + (NSString*)getPreciseVersionFromVersion:(NSString*)version;
 
 @end

@@ -9,17 +9,16 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// The host's theme: the look and the wording of the SDK's screens, handed by reference to each of them. Main thread
-/// only.
+/// The looks and texts of the SDK's screens; all screens share the theme object. Main thread only.
 ///
-/// Make one, change what you want changed, and give it to the session before the first screen is shown. A screen reads
-/// it when it appears, so a later change reaches a screen the next time. Lengths are in points.
+/// Make a theme, change its properties, and set the theme on the session before the first screen is shown. A screen
+/// reads the theme when the screen appears, so a later change takes effect the next time. Lengths are in points.
 ///
 /// - An empty text leaves the storyboard's own text in place. Texts are empty at first.
-/// - A colour whose comment names an asset is looked up in the host's asset catalogue when the theme is made; it is the
+/// - A colour whose comment names an asset comes from the host's asset catalogue when the theme is made, and is the
 ///   other colour where the catalogue has no such name.
-/// - A font is nil where it is not installed; the screens then use the system font of the same size.
-/// - Nil, written to a colour, makes it clear.
+/// - A font that is not installed is nil; the screens then use the system font of the same size.
+/// - A colour set to nil becomes clear.
 __attribute__((visibility("default")))
 @interface ThemeCustomization : KivoObject
 
@@ -38,9 +37,9 @@ __attribute__((visibility("default")))
 
 /// Where the document reading screens find their resources and texts; the main bundle at first.
 @property (nonatomic, retain, nullable) KivoBundle* appBundle;
-/// Not nil at first; without one, close buttons stay as the storyboard has them.
+/// Not nil at first; nil leaves the close buttons of the storyboard unchanged.
 @property (nonatomic, retain, nullable) ZorCloseButtonAppearance* zorCloseButtonAppearance;
-/// Whether the document screen shows the activity overlay while the service is told of a reading. YES at first.
+/// Whether the document screen shows the activity overlay while the service is notified of a reading. YES at first.
 @property (nonatomic) BOOL enableActivityIndicator;
 
 /// "Karbon-Medium" at 32 points.
@@ -68,7 +67,7 @@ __attribute__((visibility("default")))
 @property (nonatomic, copy) NSString* codeScreenGetStartedTitle;
 /// Shown in the empty field of the single style.
 @property (nonatomic, copy) NSString* codeScreenTextfieldPlaceholder;
-/// Between typing and scanning.
+/// Shown between the code field and the scan button.
 @property (nonatomic, copy) NSString* codeScreenOrText;
 @property (nonatomic, copy) NSString* codeScreenScanQRCodeButtonTitle;
 /// White at first.
@@ -103,7 +102,7 @@ __attribute__((visibility("default")))
 @property (nonatomic, copy) KivoColor* selectIDNextButtonBackgroundColor;
 /// "Karbon-Regular" at 17 points.
 @property (nonatomic, copy, nullable) KivoFont* documentOptionsTitleFont;
-/// After how many failed readings of the chip a person may go on without it. 2 at first.
+/// The number of failed readings of the chip after which a person may continue without the chip. 2 at first.
 @property (nonatomic) NSInteger allowNFCSkipReadingAfterAttempts;
 
 // Face scan screen.
@@ -117,7 +116,7 @@ __attribute__((visibility("default")))
 @property (nonatomic, copy) KivoColor* faceScanIntroNextButtonBackgroundColor;
 /// Shown by the vendor's screen when an upload takes longer than six seconds.
 @property (nonatomic, copy) NSString* faceScanUploadMessage;
-/// Shown by the vendor's screen after a good scan.
+/// Shown by the vendor's screen after a successful scan.
 @property (nonatomic, copy) NSString* faceScanSuccessMessageText;
 /// The look of the vendor's face and ID scan screens. The vendor's defaults at first; nil without a vendor.
 @property (nonatomic, retain, nullable) KivoFaceTecCustomization* faceVerificationUICustomization;
@@ -127,7 +126,7 @@ __attribute__((visibility("default")))
 /// The looks and texts of the vendor's document reading screens, shared by all sessions.
 @property (class, nonatomic, readonly) KivoReadIDUIResources* passportScanViewCustomization;
 
-/// What the document screen found when it was last shown.
+/// Whether the last document screen found a document list.
 @property (class, nonatomic, readonly) DocumentListConfigurationStatus documentListConfigurationStatus;
 
 @end

@@ -9,8 +9,8 @@ NS_ASSUME_NONNULL_BEGIN
 
 /// The look of the close button on every screen. Main thread only.
 ///
-/// Close buttons are hidden until `closeButtonIsHidden` is set to NO. Lengths are in points; what is nil stays as the
-/// storyboard has it, unless its comment says otherwise.
+/// Close buttons are hidden until `closeButtonIsHidden` is set to NO. Lengths are in points; a nil property
+/// leaves the storyboard's look, unless its comment says otherwise.
 __attribute__((visibility("default")))
 @interface ZorCloseButtonAppearance : KivoObject
 
@@ -31,11 +31,11 @@ __attribute__((visibility("default")))
 @property (nonatomic) double closeButtonHeight;
 /// Nil means 17.5, half of the default height.
 @property (nonatomic, copy, nullable) NSNumber* closeButtonCornerRadius;
-/// "Karbon-Bold" at 17 points, or the system font where that is not installed; nil makes it the latter.
+/// "Karbon-Bold" at 17 points, or the system font where "Karbon-Bold" is not installed; nil means the system font.
 @property (nonatomic, copy) KivoFont* closeButtonFont;
 
-/// Gives a screen's close button this look; the constraints are the ones that size it. Does nothing if one of the three
-/// is nil.
+/// Gives a screen's close button this look. The constraints set the size of the button. Does nothing if an argument is
+/// nil.
 - (void)applyAppearanceCloseButtonWithCloseButton:(KivoButton*)closeButton
                                   widthConstraint:(KivoLayoutConstraint*)widthConstraint
                                  heightConstraint:(KivoLayoutConstraint*)heightConstraint;

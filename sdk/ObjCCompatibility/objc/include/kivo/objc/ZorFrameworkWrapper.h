@@ -4,7 +4,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// Loads a provider and holds on to it. Its properties may be used from any thread.
+/// Loads a provider and keeps the provider. The properties may be used from any thread.
 __attribute__((visibility("default")))
 @interface ZorFrameworkWrapper : NSObject {
 @private
@@ -12,12 +12,12 @@ __attribute__((visibility("default")))
     AcquisitionConfig* _config;
 }
 
-/// Loads a provider and keeps it in place of the former one, also when the version is rejected and it is nil.
+/// Loads a provider, which replaces the former provider; a rejected version replaces the former provider by nil.
 - (nullable KivoAPIProvider*)load:(NSString*)key version:(NSString*)version;
 
 @property (atomic, retain, nullable) KivoAPIProvider* apiProvider;
 
-/// A place for the host's configuration; the wrapper never reads it.
+/// Storage for the host's configuration, which the wrapper never reads.
 @property (atomic, retain, nullable) AcquisitionConfig* config;
 
 @end

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Models/SessionKeys.hpp"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The joined session as the secure store keeps it: the raw text of the join answer.
+namespace kivo {
+
+/// The stored join answer; absent also when the stored bytes are not UTF-8 text.
+std::optional<std::string> storedJoinAnswer();
+
+/// The stored join answer, decoded; absent also when the answer is not a session.
+std::optional<ActivationResponse> storedSession();
+
+/// Replaces the stored join answer. False, with an error line, if the answer could not be stored or is beyond the
+/// limits of the reader, because every later operation reads the stored answer again.
+bool storeJoinAnswer(std::string_view answer);
+
+/// Stores the activation code of the joined session. False, with an error line, on failure.
+bool storeActivationCode(std::string_view activationCode);
+
+/// Deletes the stored join answer. False when there was no answer, and, with an error line, on failure.
+bool removeStoredJoinAnswer();
+
+/// Settings of the joined session, read afresh from the secure store at every access.
+struct Config {
+    /// The address for face scans; empty when missing.
+    static std::string facemapBaseURL();
+
+    /// The address for ID scans; empty when missing.
+    static std::string ocrIDScanBaseURL();
+
+    /// The face scan library's device key; absent without a stored session, empty when the session has no key.
+    static std::optional<std::string> DeviceKeyIdentifier();
+};
+
+} // namespace kivo

@@ -1,0 +1,154 @@
+#import "Properties.h"
+
+#include <kivo/platform/Services.hpp>
+
+#include <cstddef>
+#include <functional>
+
+@implementation KivoBundle
+
++ (instancetype)mainBundle {
+    return kivo::objc::wrapped<KivoBundle>(kivo::platform::services().bundles->main());
+}
+
++ (nullable instancetype)bundleWithIdentifier:(NSString*)identifier {
+    return kivo::objc::wrapped<KivoBundle>(
+        kivo::platform::services().bundles->withIdentifier(kivo::objc::fromText(identifier)));
+}
+
+- (NSString*)bundleIdentifier {
+    const auto identifier = kivo::objc::native<kivo::platform::Bundle>(self)->bundleIdentifier();
+    return kivo::objc::toText(identifier.value_or(""));
+}
+
+@end
+
+@implementation KivoColor
+
+@synthesize red = _red;
+@synthesize green = _green;
+@synthesize blue = _blue;
+@synthesize alpha = _alpha;
+
++ (instancetype)colorWithRed:(double)red green:(double)green blue:(double)blue alpha:(double)alpha {
+    return [[[self alloc] initWithNativeColor:{.red = red, .green = green, .blue = blue, .alpha = alpha}] autorelease];
+}
+
++ (nullable instancetype)colorNamed:(NSString*)name {
+    const auto color = kivo::platform::Color::named(kivo::objc::fromText(name));
+    return color ? [[[self alloc] initWithNativeColor:*color] autorelease] : nil;
+}
+
+- (id)copyWithZone:(NSZone*)zone {
+    return [self retain];
+}
+
+- (BOOL)isEqual:(id)other {
+    return [other isKindOfClass:[KivoColor class]] && [self nativeColor] == [other nativeColor];
+}
+
+- (NSUInteger)hash {
+    std::size_t hash = 0;
+    for (const double channel : {_red, _green, _blue, _alpha}) {
+        hash = hash * 31 + std::hash<double>{}(channel);
+    }
+    return hash;
+}
+
+- (NSString*)description {
+    return [NSString stringWithFormat:@"red %g, green %g, blue %g, alpha %g", _red, _green, _blue, _alpha];
+}
+
+@end
+
+@implementation KivoColor (Native)
+
+- (instancetype)initWithNativeColor:(const kivo::platform::Color&)color {
+    self = [super init];
+    if (self) {
+        _red = color.red;
+        _green = color.green;
+        _blue = color.blue;
+        _alpha = color.alpha;
+    }
+    return self;
+}
+
+- (kivo::platform::Color)nativeColor {
+    return {.red = _red, .green = _green, .blue = _blue, .alpha = _alpha};
+}
+
+@end
+
+@implementation KivoFont
+
+@synthesize fontName = _fontName;
+@synthesize pointSize = _pointSize;
+
++ (nullable instancetype)fontWithName:(NSString*)fontName size:(double)pointSize {
+    const auto font = kivo::platform::Font::named(kivo::objc::fromText(fontName), pointSize);
+    return font ? [[[self alloc] initWithNativeFont:*font] autorelease] : nil;
+}
+
++ (instancetype)systemFontOfSize:(double)pointSize {
+    return [[[self alloc] initWithNativeFont:kivo::platform::Font::system(pointSize)] autorelease];
+}
+
+- (void)dealloc {
+    [_fontName release];
+    [super dealloc];
+}
+
+- (id)copyWithZone:(NSZone*)zone {
+    return [self retain];
+}
+
+- (BOOL)isEqual:(id)other {
+    return [other isKindOfClass:[KivoFont class]] && [self nativeFont] == [other nativeFont];
+}
+
+- (NSUInteger)hash {
+    return [_fontName hash];
+}
+
+- (NSString*)description {
+    return [NSString stringWithFormat:@"%@ at %g points", [_fontName length] ? _fontName : @"system font", _pointSize];
+}
+
+@end
+
+@implementation KivoFont (Native)
+
+- (instancetype)initWithNativeFont:(const kivo::platform::Font&)font {
+    self = [super init];
+    if (self) {
+        _fontName = [kivo::objc::toText(font.name) copy];
+        _pointSize = font.pointSize;
+    }
+    return self;
+}
+
+- (kivo::platform::Font)nativeFont {
+    return {.name = kivo::objc::fromText(_fontName), .pointSize = _pointSize};
+}
+
+@end
+
+@implementation KivoImage
+
++ (nullable instancetype)imageNamed:(NSString*)name {
+    const auto image = kivo::platform::Image::named(kivo::objc::fromText(name));
+    return kivo::objc::wrapped<KivoImage>(std::const_pointer_cast<kivo::platform::Image>(image));
+}
+
++ (instancetype)imageWithContentsOfFile:(NSString*)path {
+    const auto file = kivo::objc::fromText(path);
+    return kivo::objc::wrapped<KivoImage>(
+        std::make_shared<kivo::platform::Image>(kivo::platform::Image{.name = file, .file = file}));
+}
+
+- (NSString*)path {
+    return kivo::objc::toText(kivo::objc::native<kivo::platform::Image>(self)->file.string());
+}
+
+@end
