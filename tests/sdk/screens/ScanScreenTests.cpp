@@ -1,5 +1,5 @@
 // How the face scan screen and the ID scan screen, which share a library and an upload, begin, send and end.
-include "NetworkManager/Attempts.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "support/VendorScreens.hpp"
 
 #include <algorithm>
