@@ -7,6 +7,7 @@
 
 #include <kivo/platform/Services.hpp>
 
+#include <cstddef>
 #include <expected>
 #include <system_error>
 #include <utility>
@@ -17,6 +18,16 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::string_view sendFunction = "sendRequest(urlString:params:success:failure:)";
+
+/// The configuration of every session with the identity service. An exchange may take 180 seconds, of which a
+/// `RequestSender` grants 60 to each request.
+platform::UrlSessionConfiguration sessionConfiguration() {
+    return {.headers = {{"Content-Type", "application/json; charset=UTF-8"}},
+            .requestTimeout = 180s,
+            .resourceTimeout = 180s,
+            // The limit of the JSON reader.
+            .responseLimit = std::size_t{1024} * 1024};
+}
 
 std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
     if (!outcome) {
@@ -43,15 +54,6 @@ std::string TransportError::description() const {
 
 ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode own) {
     return cause == platform::UrlErrorKind::pinMismatch ? ResponseCode::UNSECURE_SERVER_PINNING_FAILED : own;
-}
-
-platform::UrlSessionConfiguration backendSessionConfiguration() {
-    platform::UrlSessionConfiguration configuration;
-    configuration.headers = {{"Content-Type", "application/json; charset=UTF-8"}};
-    configuration.requestTimeout = 180s;
-    configuration.resourceTimeout = 180s;
-    configuration.responseLimit = longestAnswer;
-    return configuration;
 }
 
 RequestSender::RequestSender(std::weak_ptr<platform::UrlSessionDelegate> judge)
@@ -98,8 +100,7 @@ std::shared_ptr<platform::UrlSession> RequestSender::session() {
     const std::scoped_lock lock{mutex_};
     auto& session = isPinned ? pinned_ : withSystemTrust_;
     if (!session) {
-        session =
-            platform::services().urlSessions->make(backendSessionConfiguration(), isPinned ? judge_.lock() : nullptr);
+        session = platform::services().urlSessions->make(sessionConfiguration(), isPinned ? judge_.lock() : nullptr);
     }
     return session;
 }

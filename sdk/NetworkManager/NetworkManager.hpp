@@ -5,7 +5,6 @@
 #include <kivo/ResponseCode.hpp>
 #include <kivo/platform/UrlSession.hpp>
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -28,13 +27,6 @@ struct TransportError {
 
 /// The code for a request that got no usable answer: `own`, unless the server was not a pinned server.
 ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode own);
-
-/// The largest answer of the identity service, in bytes; equal to the limit of the JSON reader.
-inline constexpr std::size_t longestAnswer = std::size_t{1024} * 1024;
-
-/// The configuration of every session with the identity service. An exchange may take 180 seconds, of which a
-/// `RequestSender` grants 60 to each request.
-platform::UrlSessionConfiguration backendSessionConfiguration();
 
 /// Sends JSON to the identity service, over connections and a callback queue that no other sender uses. At most six
 /// requests to a server are under way at once; further requests wait for them. Any thread.

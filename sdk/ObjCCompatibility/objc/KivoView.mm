@@ -42,13 +42,7 @@ Class classOf(View* view) {
     return [[self alloc] init];
 }
 
-- (NSString*)identifier {
-    return shown<NSString*>(native(self).identifier());
-}
-
-- (void)setIdentifier:(NSString*)identifier {
-    native(self).setIdentifier(kivo::objc::fromText(identifier));
-}
+KIVO_FORWARDED(NSString*, identifier, setIdentifier)
 
 - (NSRect)frame {
     const auto& frame = native(self).frame();
@@ -65,13 +59,7 @@ Class classOf(View* view) {
         {.origin = {NSMinX(frame), NSMinY(frame)}, .size = {.width = NSWidth(frame), .height = NSHeight(frame)}});
 }
 
-- (BOOL)isHidden {
-    return native(self).isHidden();
-}
-
-- (void)setHidden:(BOOL)hidden {
-    native(self).setHidden(hidden);
-}
+KIVO_FORWARDED(BOOL, isHidden, setHidden)
 
 - (NSArray<KivoView*>*)subviews {
     NSMutableArray* const subviews = [NSMutableArray array];
@@ -154,6 +142,10 @@ Button& native(KivoButton* button) {
     return static_cast<Button&>(native(static_cast<KivoView*>(button)));
 }
 
+LayoutConstraint& native(KivoLayoutConstraint* constraint) {
+    return *kivo::objc::native<LayoutConstraint>(constraint);
+}
+
 } // namespace
 
 @implementation KivoButton
@@ -162,31 +154,9 @@ Button& native(KivoButton* button) {
     return [super initWithNative:std::shared_ptr<View>{std::make_shared<Button>()}];
 }
 
-- (NSString*)title {
-    return shown<NSString*>(native(self).title());
-}
-
-- (void)setTitle:(NSString*)title {
-    native(self).setTitle(kivo::objc::fromText(title));
-}
-
-- (KivoFont*)font {
-    return shown<KivoFont*>(native(self).font());
-}
-
-- (void)setFont:(KivoFont*)font {
-    kivo::platform::Font taken;
-    kivo::objc::take(font, taken);
-    native(self).setFont(taken);
-}
-
-- (BOOL)isEnabled {
-    return native(self).isEnabled();
-}
-
-- (void)setEnabled:(BOOL)enabled {
-    native(self).setEnabled(enabled);
-}
+KIVO_FORWARDED(NSString*, title, setTitle)
+KIVO_FORWARDED(KivoFont*, font, setFont)
+KIVO_FORWARDED(BOOL, isEnabled, setEnabled)
 
 @end
 
@@ -205,13 +175,7 @@ Button& native(KivoButton* button) {
         std::make_shared<LayoutConstraint>(kivo::objc::native<View>(view), attribute));
 }
 
-- (double)constant {
-    return kivo::objc::native<LayoutConstraint>(self)->constant();
-}
-
-- (void)setConstant:(double)constant {
-    kivo::objc::native<LayoutConstraint>(self)->setConstant(constant);
-}
+KIVO_FORWARDED(double, constant, setConstant)
 
 @end
 

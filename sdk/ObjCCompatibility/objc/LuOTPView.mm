@@ -9,7 +9,6 @@
 #include <utility>
 
 using kivo::objc::HostBlock;
-using kivo::objc::shown;
 using kivo::platform::View;
 
 namespace {
@@ -63,13 +62,7 @@ kivo::LuOTPView& native(LuOTPView* view) {
 KIVO_PROPERTY(KivoColor*, borderColorOfTextField, setBorderColorOfTextField)
 KIVO_PROPERTY(double, borderWidthOfTextField, setBorderWidthOfTextField)
 
-- (NSString*)placeholderString {
-    return shown<NSString*>(native(self).placeholderString());
-}
-
-- (void)setPlaceholderString:(NSString*)placeholder {
-    native(self).setPlaceholderString(kivo::objc::fromText(placeholder));
-}
+KIVO_FORWARDED(NSString*, placeholderString, setPlaceholderString)
 
 @end
 

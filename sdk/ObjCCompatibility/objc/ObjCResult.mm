@@ -1,4 +1,4 @@
-#import "Native.h"
+#import "Properties.h"
 
 #include <kivo/IdvResult.hpp>
 #include <kivo/ObjCResult.hpp>
@@ -24,21 +24,8 @@ kivo::IdvResult& native(IdvResult* result) {
         initWithNative:std::make_shared<kivo::IdvResult>(fromText(data), enumeration<kivo::IdvEvents>(responseType))];
 }
 
-- (NSString*)data {
-    return toText(native(self).data());
-}
-
-- (void)setData:(NSString*)data {
-    native(self).setData(fromText(data));
-}
-
-- (IdvEvents)responseType {
-    return static_cast<IdvEvents>(native(self).responseType());
-}
-
-- (void)setResponseType:(IdvEvents)responseType {
-    native(self).setResponseType(enumeration<kivo::IdvEvents>(responseType));
-}
+KIVO_FORWARDED(NSString*, data, setData)
+KIVO_FORWARDED(IdvEvents, responseType, setResponseType)
 
 @end
 
@@ -60,37 +47,10 @@ kivo::ObjCError& native(ObjCError* error) {
                                                                    fromText(genericMessage))];
 }
 
-- (NSString*)errorName {
-    return toText(native(self).errorName());
-}
-
-- (void)setErrorName:(NSString*)errorName {
-    native(self).setErrorName(fromText(errorName));
-}
-
-- (NSString*)message {
-    return toText(native(self).message());
-}
-
-- (void)setMessage:(NSString*)message {
-    native(self).setMessage(fromText(message));
-}
-
-- (NSInteger)code {
-    return native(self).code();
-}
-
-- (void)setCode:(NSInteger)code {
-    native(self).setCode(code);
-}
-
-- (NSString*)genericMessage {
-    return toText(native(self).genericMessage());
-}
-
-- (void)setGenericMessage:(NSString*)genericMessage {
-    native(self).setGenericMessage(fromText(genericMessage));
-}
+KIVO_FORWARDED(NSString*, errorName, setErrorName)
+KIVO_FORWARDED(NSString*, message, setMessage)
+KIVO_FORWARDED(NSInteger, code, setCode)
+KIVO_FORWARDED(NSString*, genericMessage, setGenericMessage)
 
 @end
 

@@ -14,11 +14,13 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 @interface KivoColor (Native)
 - (instancetype)initWithNativeColor:(const kivo::platform::Color&)color;
@@ -87,6 +89,10 @@ inline void take(BOOL flag, bool& member) {
 
 inline void take(NSInteger number, int& member) {
     member = toInt(number);
+}
+
+inline void take(NSInteger number, std::int64_t& member) {
+    member = number;
 }
 
 template <class E>
@@ -170,4 +176,15 @@ void take(Object* object, std::optional<T>& member) {
     }                                                                                                                  \
     -(void)setter : (type)value {                                                                                      \
         kivo::objc::take(value, native(self).getter);                                                                  \
+    }
+
+/// The property that is the pair of functions `getter` and `setter` of `native(self)`.
+#define KIVO_FORWARDED(type, getter, setter)                                                                           \
+    -(type)getter {                                                                                                    \
+        return kivo::objc::shown<type>(native(self).getter());                                                         \
+    }                                                                                                                  \
+    -(void)setter : (type)value {                                                                                      \
+        auto taken = native(self).getter();                                                                            \
+        kivo::objc::take(value, taken);                                                                                \
+        native(self).setter(std::move(taken));                                                                         \
     }

@@ -53,6 +53,10 @@ kivo::platform::readid::UIResources& native(KivoReadIDUIResources* resources) {
     return *kivo::objc::native<kivo::platform::readid::UIResources>(resources);
 }
 
+kivo::ReadIDUIResourcesWrapper native(ReadIDUIResourcesWrapper* /*wrapper*/) {
+    return {};
+}
+
 } // namespace
 
 @implementation KivoReadIDUIResources
@@ -69,18 +73,6 @@ KIVO_PROPERTY(double, buttonCornerRadius, setButtonCornerRadius)
 KIVO_PROPERTY(BOOL, isDynamicTypeEnabled, setIsDynamicTypeEnabled)
 
 @end
-
-/// The property that is the pair of functions `getter` and `setter` of the C++ class.
-#define KIVO_FORWARDED(type, getter, setter)                                                                           \
-    -(type)getter {                                                                                                    \
-        return kivo::objc::shown<type>(kivo::ReadIDUIResourcesWrapper{}.getter());                                     \
-    }                                                                                                                  \
-    -(void)setter : (type)value {                                                                                      \
-        kivo::ReadIDUIResourcesWrapper resources;                                                                      \
-        auto taken = resources.getter();                                                                               \
-        kivo::objc::take(value, taken);                                                                                \
-        resources.setter(std::move(taken));                                                                            \
-    }
 
 @implementation ReadIDUIResourcesWrapper
 

@@ -34,7 +34,7 @@ public:
     virtual void ocrFlowDidComplete(IdvOutcome result) = 0;
 };
 
-/// Learns the codes from the activation code screen, which passes on those of the QR scanning screen.
+/// Learns the codes from the activation code screen, which passes on the codes of the QR scanning screen.
 class QRCodeVCDelegate {
 public:
     virtual ~QRCodeVCDelegate() = default;

@@ -13,9 +13,9 @@ namespace kivo {
 /// The outcomes that a screen owes the host: exactly one for each action that a person starts on the screen, even if
 /// the screen is gone by then.
 ///
-/// A person who leaves has cancelled, unless another outcome is due, which then is the answer, or the screen has told a
-/// success. No outcome is told afterwards. Call `leave()` when the person leaves or the screen has finished, but not
-/// when the host takes the screen away. Main thread, except where stated.
+/// Leaving the screen is a cancellation. If an outcome is due, that outcome is told instead; if a success has been
+/// told, the cancellation is not told. No outcome is told afterwards. Call `leave()` when the person leaves or the
+/// screen has finished, but not when the host takes the screen away. Main thread, except where stated.
 class Settlement : public std::enable_shared_from_this<Settlement> {
 public:
     using Tell = std::function<void(IdvOutcome outcome)>;

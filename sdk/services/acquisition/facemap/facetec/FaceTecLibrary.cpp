@@ -17,7 +17,7 @@
 namespace kivo {
 namespace {
 
-struct Row {
+struct StatusRow {
     int status;
     ResponseCode code;
 };
@@ -25,37 +25,37 @@ struct Row {
 using enum ResponseCode;
 
 constexpr std::array faceScanRows{
-    Row{1, SESSION_UNSUCCESSFUL},
-    Row{2, CANCELLED},
-    Row{4, CAMERA_PERMISSION_ERROR},
-    Row{5, CONTEXT_SWITCH},
-    Row{6, LANDSCAPE_MODE_NOT_ALLOWED},
-    Row{7, REVERSE_PORTRAIT_NOT_ALLOWED},
-    Row{8, TIMEOUT},
-    Row{9, FACE_SCAN_LOW_MEMORY},
-    Row{12, ENCRYPTION_KEY_INVALID},
-    Row{13, MISSING_GUIDANCE_IMAGES},
-    Row{14, CAMERA_INITIALIZATION_ISSUE},
-    Row{15, LOCKED_OUT},
-    Row{16, UNKNOWN_INTERNAL_ERROR},
-    Row{17, USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT},
-    Row{18, STATUS_SESSION_EXPIRED},
+    StatusRow{1, SESSION_UNSUCCESSFUL},
+    StatusRow{2, CANCELLED},
+    StatusRow{4, CAMERA_PERMISSION_ERROR},
+    StatusRow{5, CONTEXT_SWITCH},
+    StatusRow{6, LANDSCAPE_MODE_NOT_ALLOWED},
+    StatusRow{7, REVERSE_PORTRAIT_NOT_ALLOWED},
+    StatusRow{8, TIMEOUT},
+    StatusRow{9, FACE_SCAN_LOW_MEMORY},
+    StatusRow{12, ENCRYPTION_KEY_INVALID},
+    StatusRow{13, MISSING_GUIDANCE_IMAGES},
+    StatusRow{14, CAMERA_INITIALIZATION_ISSUE},
+    StatusRow{15, LOCKED_OUT},
+    StatusRow{16, UNKNOWN_INTERNAL_ERROR},
+    StatusRow{17, USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT},
+    StatusRow{18, STATUS_SESSION_EXPIRED},
 };
 
 constexpr std::array idScanRows{
-    Row{2, CANCELLED},
-    Row{3, TIMEOUT},
-    Row{4, CONTEXT_SWITCH},
-    Row{5, CAMERA_PERMISSION_DENIED},
-    Row{6, TIMEOUT},
-    Row{7, LANDSCAPE_MODE_NOT_ALLOWED},
-    Row{8, REVERSE_PORTRAIT_NOT_ALLOWED},
-    Row{9, CANCELLED},
-    Row{11, CAMERA_PERMISSION_DENIED},
+    StatusRow{2, CANCELLED},
+    StatusRow{3, TIMEOUT},
+    StatusRow{4, CONTEXT_SWITCH},
+    StatusRow{5, CAMERA_PERMISSION_DENIED},
+    StatusRow{6, TIMEOUT},
+    StatusRow{7, LANDSCAPE_MODE_NOT_ALLOWED},
+    StatusRow{8, REVERSE_PORTRAIT_NOT_ALLOWED},
+    StatusRow{9, CANCELLED},
+    StatusRow{11, CAMERA_PERMISSION_DENIED},
 };
 
-ResponseCode lookUp(std::span<const Row> rows, int status, ResponseCode otherwise) {
-    const auto row = std::ranges::find(rows, status, &Row::status);
+ResponseCode lookUp(std::span<const StatusRow> rows, int status, ResponseCode otherwise) {
+    const auto row = std::ranges::find(rows, status, &StatusRow::status);
     return row == rows.end() ? otherwise : row->code;
 }
 

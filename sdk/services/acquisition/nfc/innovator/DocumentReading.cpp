@@ -38,17 +38,17 @@ std::shared_ptr<platform::readid::UIResources> resourcesFor(const ThemeCustomiza
     return resources;
 }
 
-struct Row {
+struct FailureRow {
     FailureReason reason;
     ResponseCode withDocumentList;
     ResponseCode withoutDocumentList;
 };
 
-constexpr Row always(FailureReason reason, ResponseCode code) {
+constexpr FailureRow always(FailureReason reason, ResponseCode code) {
     return {.reason = reason, .withDocumentList = code, .withoutDocumentList = code};
 }
 
-constexpr std::array rows{
+constexpr std::array failureRows{
     always(FailureReason::backgroundTimeout, ResponseCode::BACKGROUND_TIMEOUT),
     always(FailureReason::sessionExpired, ResponseCode::SESSION_EXPIRED),
     always(FailureReason::authorisationError, ResponseCode::AUTHORISATION_ERROR),
@@ -58,11 +58,11 @@ constexpr std::array rows{
     always(FailureReason::connectionError, ResponseCode::CONNECTION_ERROR),
     always(FailureReason::tooManyRequestsError, ResponseCode::TOO_MANY_REQUESTS),
     always(FailureReason::nfcError, ResponseCode::NFC_ERROR),
-    Row{FailureReason::userCancelled, ResponseCode::USER_CANCELLED, ResponseCode::CANCELLED_BY_USER},
+    FailureRow{FailureReason::userCancelled, ResponseCode::USER_CANCELLED, ResponseCode::CANCELLED_BY_USER},
     always(FailureReason::cameraPermissionDenied, ResponseCode::CAMERA_PERMISSION_DENIED),
     always(FailureReason::noChip, ResponseCode::NO_CHIP),
     always(FailureReason::unsupportedDocument, ResponseCode::UNSUPPORTED_DOCUMENT),
-    Row{FailureReason::backNavigation, ResponseCode::BACK_NAVIGATION, ResponseCode::CANCELLED_BY_USER},
+    FailureRow{FailureReason::backNavigation, ResponseCode::BACK_NAVIGATION, ResponseCode::CANCELLED_BY_USER},
     always(FailureReason::wrongDocumentType, ResponseCode::WRONG_DOCUMENT_TYPE),
     always(FailureReason::vizCaptureTimeout, ResponseCode::VIZ_CAPTURE_TIMEOUT),
 };
@@ -98,8 +98,8 @@ std::shared_ptr<NFCWithAccessControlFlow> makeReadingFlow(const ActivationRespon
 }
 
 ResponseCode readingFailureCode(FailureReason reason, bool isDocListAvailable) {
-    const auto* const row = std::ranges::find(rows, reason, &Row::reason);
-    if (row == rows.end()) {
+    const auto* const row = std::ranges::find(failureRows, reason, &FailureRow::reason);
+    if (row == failureRows.end()) {
         return ResponseCode::UNKNOWN_ERROR;
     }
     return isDocListAvailable ? row->withDocumentList : row->withoutDocumentList;

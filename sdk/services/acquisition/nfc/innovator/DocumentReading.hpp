@@ -19,8 +19,8 @@ namespace kivo {
 std::shared_ptr<platform::readid::NFCWithAccessControlFlow> makeReadingFlow(const ActivationResponse* session,
                                                                             const ThemeCustomization* theme);
 
-/// The code for a failed reading. A person who leaves the reading returns to the document list where the session has
-/// one, so the code then differs from a cancellation.
+/// The code for a failed reading. Where the session has a document list, a person who leaves the reading returns to the
+/// list, which is not a cancellation.
 ResponseCode readingFailureCode(platform::readid::FailureReason reason, bool isDocListAvailable);
 
 /// The service's answer, or the code for a notice that was not delivered.
