@@ -1,4 +1,9 @@
 #pragma once
 
+#if !defined(__cplusplus) || __cplusplus < 202100L
+#error "Kivo's headers are C++23. Compile with -std=c++23 (GCC 12, clang 17, or newer)."
+#include <kivo/compile-with-std-c++23> // Ends the compilation, so that no further error hides the first.
+#endif
+
 /// Marks what the shared library offers to a host; everything else stays hidden.
 #define KIVO_EXPORT __attribute__((visibility("default")))

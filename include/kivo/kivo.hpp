@@ -2,6 +2,8 @@
 
 /// Everything a host needs, in one header.
 
+#include <kivo/Export.hpp>
+
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>
 #include <kivo/ActivationResponse.hpp>
