@@ -2,7 +2,8 @@
 
 #if !defined(__cplusplus) || __cplusplus < 202100L
 #error "Kivo's headers are C++23. Compile with -std=c++23 (GCC 12, clang 17, or newer)."
-#include <kivo/compile-with-std-c++23> // Ends the compilation, so that no further error hides the first.
+// There is no such file: the compilation ends here, so that no further error hides the first.
+#include <kivo/compile-with-std-c++23>
 #endif
 
 /// Marks what the shared library offers to a host; everything else stays hidden.
