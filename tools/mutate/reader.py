@@ -18,8 +18,9 @@ ARITHMETIC = set(range(TypeKind.BOOL.value, TypeKind.LONGDOUBLE.value + 1))
 class Declaration:
     """A constexpr variable or function: the compiler may need it, or it may be made to take its value at run time."""
 
-    def __init__(self, file, start, is_variable, where, name):
+    def __init__(self, file, line, start, is_variable, where, name):
         self.file, self.start, self.is_variable, self.where, self.name = file, start, is_variable, where, name
+        self.line = line
         self.uses = set()
 
 
@@ -153,7 +154,7 @@ class FileReader(Conditions):
             if token[0] == "constexpr":
                 scope = "class" if cursor.semantic_parent.kind in (K.CLASS_DECL, K.STRUCT_DECL, K.CLASS_TEMPLATE) else (
                     "local" if cursor.semantic_parent.kind in FUNCTIONS else "namespace")
-                made = Declaration(self.source.path, token.start(), is_variable, scope, cursor.spelling)
+                made = Declaration(self.source.path, self.source.line(token.start()), token.start(), is_variable, scope, cursor.spelling)
                 place = self.place(cursor)
                 self.declarations[place] = made
                 if cursor.kind == K.FUNCTION_TEMPLATE or scope == "class" and not is_variable and \

@@ -107,7 +107,10 @@ def constant_edits(source, declarations, needed, path):
             text = "inline const" if each.where == "class" and not inline else "const"
         else:
             text = "" if inline else "inline"
-        edits.append(Edit(each.start, each.start + len("constexpr"), "replace", text))
+        end = each.start + len("constexpr")
+        if text.endswith("const") and re.match(r"\s+const\b", source[end:]):
+            text = text[:-5]
+        edits.append(Edit(each.start, end, "replace", text))
     return edits
 
 
