@@ -119,7 +119,7 @@ class Builder:
 
     def nearest(self, file, number, column, whole):
         text = open(file, encoding="latin-1").read().split("\n")[number - 1]
-        seen = [(match.start(), int(match[1])) for match in re.finditer(r"mutation::on\((\d+)\)", text)]
+        seen = [(match.start(), int(match[1])) for match in re.finditer(r"mutation::on(?:AtRunTime)?\((\d+)\)", text)]
         by_number = {self.numbers[each.key]: each for each in self.collection.faults if each.key in self.numbers}
         if seen and not whole:
             left = [each for each in seen if each[0] <= column + 20]

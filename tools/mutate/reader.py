@@ -186,6 +186,13 @@ class FileReader(Conditions):
         self.owner, self.make.owner = before
 
     def visit_field_decl(self, cursor, start, end):
+        before, self.make.is_default = self.make.is_default, True
+        self.declared(cursor)
+        self.make.is_default = before
+
+    visit_parm_decl = visit_field_decl
+
+    def declared(self, cursor):
         name = cursor.location.offset
         for child in cursor.get_children():
             self.visit(child, constant=cursor.is_bitfield() or extent(child)[0] < name)
@@ -229,10 +236,9 @@ class FileReader(Conditions):
         if left is None or right is None:
             return
         spelled = cursor.type.get_canonical().spelling
-        is_text = "basic_string<" in spelled
         is_number = cursor.type.get_canonical().kind.value in ARITHMETIC or "duration" in spelled or \
             "time_point" in spelled or cursor.type.kind == TypeKind.POINTER
-        self.make.operator(start, end, extent(left)[1], extent(right)[0], is_condition, is_text, is_number)
+        self.make.operator(start, end, extent(left)[1], extent(right)[0], is_condition, is_number)
 
     def visit_call_expr(self, cursor, start, end):
         self.call(cursor, start, end)
