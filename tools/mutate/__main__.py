@@ -18,7 +18,7 @@ sys.path.insert(0, str(Path(__file__).parent))
 from build import Builder  # noqa: E402
 from collect import collect  # noqa: E402
 from report import Harmless, figures, survivors  # noqa: E402
-from tree import BLOCK, mirror, number, tracked  # noqa: E402
+from tree import BLOCK, number, tracked  # noqa: E402
 from trials import Trials  # noqa: E402
 
 started = time.monotonic()
@@ -87,8 +87,6 @@ def main():
     wanted, files = sources(options.files)
     harmless = Harmless(ROOT / "tools" / "mutate-harmless.txt")
     builder = Builder(ROOT, FOLDER, Path(__file__).parent / "mutation.hpp", options.jobs, progress)
-    mirror(ROOT, builder.tree, leave={name for name in wanted if (builder.tree / name).exists()})
-    builder.configure()
     commands = [each for each in builder.commands() if str(Path(each["file"]).relative_to(ROOT)) in wanted]
     collection = collect(ROOT, FOLDER / "read", commands, wanted, options.jobs, progress)
     for entry in harmless.stale(collection.faults):

@@ -79,7 +79,8 @@ def collect(root, cache, commands, wanted, jobs, progress):
         if path.exists():
             found.update(pickle.loads(path.read_bytes()))
     elsewhere = set(found)
-    with ProcessPoolExecutor(jobs) as pool:
+    pool = ProcessPoolExecutor(jobs)
+    try:
         waiting = {pool.submit(read, root, command, wanted, elsewhere): path
                    for path, command in kept.items() if not path.exists()}
         for number, done in enumerate(as_completed(waiting), 1):
@@ -89,6 +90,8 @@ def collect(root, cache, commands, wanted, jobs, progress):
             found.update(new)
             waiting[done].write_bytes(pickle.dumps(new))
             progress("Reading the sources", number, len(waiting))
+    finally:
+        pool.shutdown(cancel_futures=True)
     for error in broken[:5]:
         print(f"    clang: {error}")
     collection = Collection()

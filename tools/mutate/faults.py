@@ -29,6 +29,7 @@ class Fault:
     line: int
     owner: str = ""     # the constant whose value the fault is a part of
     in_function: str = ""   # the constexpr function around the fault
+    is_default: bool = False    # of a member or a parameter: constants may be made with it
     key: str = field(default="")
 
 
@@ -81,6 +82,7 @@ class Maker:
         self.faults = {}
         self.owner = ""
         self.in_function = ""
+        self.is_default = False
 
     def add(self, kind, start, end, changed, edits):
         """`changed` is the text that would stand in the place of start to end."""
@@ -89,7 +91,7 @@ class Maker:
             return
         original, after = self.source.shown(start, end, changed)
         self.faults[identity] = Fault(self.source.path, kind, start, end, edits, original, after,
-                                      self.source.line(start), self.owner, self.in_function)
+                                      self.source.line(start), self.owner, self.in_function, self.is_default)
 
     def either(self, kind, start, end, alternative):
         if alternative is not None:
@@ -162,7 +164,7 @@ class Maker:
 
     # Other operators and calls
 
-    def operator(self, start, end, left, right, is_condition, is_text, is_number):
+    def operator(self, start, end, left, right, is_condition, is_number):
         """`left` ends and `right` starts around a single operator."""
         between = self.source.between(left, right)
         if len(between) != 1 or between[0][0] not in OTHER_OPERATOR:
@@ -170,10 +172,7 @@ class Maker:
         sign = between[0][0]
         if is_condition and sign in ("==", "!="):
             return  # the same as the negated condition
-        if is_text and sign == "+":
-            swapped = f"({self.source.plain(right, end)}) + ({self.source.plain(start, left)})"
-            self.either("operator", start, end, swapped)
-        elif sign in COMPARISONS or is_number:
+        if sign in COMPARISONS or is_number:
             change = (between[0].start(), between[0].end(), OTHER_OPERATOR[sign])
             self.either("operator", start, end, self.source.plain(start, end, [change]))
 

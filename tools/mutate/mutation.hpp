@@ -32,15 +32,21 @@ inline unsigned char* const reached = []() -> unsigned char* {
     return bytes == MAP_FAILED ? nullptr : static_cast<unsigned char*>(bytes);
 }();
 
-/// Whether fault `number` is switched on. Constant expressions keep the original.
+/// Whether fault `number` is switched on.
+inline bool onAtRunTime(unsigned number) {
+    if (reached) {
+        reached[number] = 1;
+    }
+    return number == active;
+}
+
+/// The same where the compiler may need the value: a constant expression keeps the original. A constant that the
+/// compiler does not need would keep it as well, because compilers work out what they can.
 constexpr bool on(unsigned number) {
     if consteval {
         return false;
     } else {
-        if (reached) {
-            reached[number] = 1;
-        }
-        return number == active;
+        return onAtRunTime(number);
     }
 }
 

@@ -18,8 +18,9 @@ ARITHMETIC = set(range(TypeKind.BOOL.value, TypeKind.LONGDOUBLE.value + 1))
 class Declaration:
     """A constexpr variable or function: the compiler may need it, or it may be made to take its value at run time."""
 
-    def __init__(self, file, start, is_variable, where, name):
+    def __init__(self, file, line, start, is_variable, where, name):
         self.file, self.start, self.is_variable, self.where, self.name = file, start, is_variable, where, name
+        self.line = line
         self.uses = set()
 
 
@@ -153,7 +154,7 @@ class FileReader(Conditions):
             if token[0] == "constexpr":
                 scope = "class" if cursor.semantic_parent.kind in (K.CLASS_DECL, K.STRUCT_DECL, K.CLASS_TEMPLATE) else (
                     "local" if cursor.semantic_parent.kind in FUNCTIONS else "namespace")
-                made = Declaration(self.source.path, token.start(), is_variable, scope, cursor.spelling)
+                made = Declaration(self.source.path, self.source.line(token.start()), token.start(), is_variable, scope, cursor.spelling)
                 place = self.place(cursor)
                 self.declarations[place] = made
                 if cursor.kind == K.FUNCTION_TEMPLATE or scope == "class" and not is_variable and \
@@ -185,6 +186,13 @@ class FileReader(Conditions):
         self.owner, self.make.owner = before
 
     def visit_field_decl(self, cursor, start, end):
+        before, self.make.is_default = self.make.is_default, True
+        self.declared(cursor)
+        self.make.is_default = before
+
+    visit_parm_decl = visit_field_decl
+
+    def declared(self, cursor):
         name = cursor.location.offset
         for child in cursor.get_children():
             self.visit(child, constant=cursor.is_bitfield() or extent(child)[0] < name)
@@ -228,10 +236,9 @@ class FileReader(Conditions):
         if left is None or right is None:
             return
         spelled = cursor.type.get_canonical().spelling
-        is_text = "basic_string<" in spelled
         is_number = cursor.type.get_canonical().kind.value in ARITHMETIC or "duration" in spelled or \
             "time_point" in spelled or cursor.type.kind == TypeKind.POINTER
-        self.make.operator(start, end, extent(left)[1], extent(right)[0], is_condition, is_text, is_number)
+        self.make.operator(start, end, extent(left)[1], extent(right)[0], is_condition, is_number)
 
     def visit_call_expr(self, cursor, start, end):
         self.call(cursor, start, end)

@@ -3,7 +3,7 @@ import json
 import re
 import subprocess
 
-ON = "::kivo::mutation::on({})"
+ON, AT_RUN_TIME = "::kivo::mutation::on({})", "::kivo::mutation::onAtRunTime({})"
 BLOCK = 8192  # numbers a file
 
 
@@ -49,8 +49,8 @@ def number(faults, kept):
 
 
 class Edit:
-    def __init__(self, start, end, way, text, number=0):
-        self.start, self.end, self.way, self.text, self.number = start, end, way, text, number
+    def __init__(self, start, end, way, text, number=0, on=ON):
+        self.start, self.end, self.way, self.text, self.number, self.on = start, end, way, text, number, on
         self.children = []
 
     def render(self, source):
@@ -59,7 +59,7 @@ class Edit:
             parts += [source[at:child.start], child.render(source)]
             at = child.end
         inner = "".join(parts) + source[at:self.end]
-        on = ON.format(self.number)
+        on = self.on.format(self.number)
         match self.way:
             case "file":
                 return inner
@@ -107,7 +107,10 @@ def constant_edits(source, declarations, needed, path):
             text = "inline const" if each.where == "class" and not inline else "const"
         else:
             text = "" if inline else "inline"
-        edits.append(Edit(each.start, each.start + len("constexpr"), "replace", text))
+        end = each.start + len("constexpr")
+        if text.endswith("const") and re.match(r"\s+const\b", source[end:]):
+            text = text[:-5]
+        edits.append(Edit(each.start, end, "replace", text))
     return edits
 
 
@@ -116,8 +119,9 @@ def plant(root, tree, collection, numbers, dropped, needed):
     files = {}
     for fault in collection.faults:
         if fault.key not in dropped and fault.key in numbers:
+            on = ON if fault.is_default or fault.in_function in needed else AT_RUN_TIME
             files.setdefault(fault.file, []).extend(
-                Edit(start, end, way, text, numbers[fault.key]) for start, end, way, text in fault.edits)
+                Edit(start, end, way, text, numbers[fault.key], on) for start, end, way, text in fault.edits)
     for path in set(files) | {each.file for each in collection.declarations.values()}:
         source = (root / path).read_bytes().decode("latin-1")
         edits = files.get(path, []) + constant_edits(source, collection.declarations, needed, path)
