@@ -1,11 +1,9 @@
 #include "platform/camera/CodeScan.hpp"
 
 #include "support/CaptureRig.hpp"
+#include "support/Program.hpp"
 
 #include <kivo/simulator/Camera.hpp>
-
-#include <spawn.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <atomic>
@@ -156,15 +154,8 @@ TEST_F(CameraConcurrency, SessionsStartStopAndGoWhilePicturesCome) {
 TEST(CameraExit, NeitherHangsNorCrashesWhilePicturesAreRead) {
     for (const auto* const source : {"", "videotestsrc is-live=true", "at once"}) {
         for (int i = 0; i < 10; ++i) {
-            std::string program = KIVO_TEST_PROGRAMS "/ExitWhileScanning";
-            std::string argument = source;
-            char* const arguments[] = {program.data(), argument.data(), nullptr};
-            pid_t child = 0;
-            int status = -1;
-            ASSERT_EQ(::posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ), 0);
-            // A hang ends with the time that the test may take.
-            ASSERT_EQ(::waitpid(child, &status, 0), child);
-            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+            const auto ended = test::run("exec " KIVO_TEST_PROGRAMS "/ExitWhileScanning '" + std::string{source} + "'");
+            EXPECT_TRUE(ended.hasExitedWith(0)) << ended.status;
         }
     }
 }

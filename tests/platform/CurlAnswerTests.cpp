@@ -109,8 +109,6 @@ TEST(CurlAnswer, IsBoundedInHeadTrailersAndBody) {
         std::uint64_t filler;
         std::string seen;
     } rows[] = {
-        {head + "Content-Length: 1000\r\n\r\n", 1000, "200"},
-        {head + "Content-Length: 1001\r\n\r\n", 1001, "answerTooLarge"},
         {head + "Content-Length: " + std::to_string(huge) + "\r\n\r\n", huge, "answerTooLarge"},
         {chunks + "ffffff\r\n", huge, "answerTooLarge"},
         {head + manyLines, 0, "answerTooLarge"},
@@ -130,8 +128,7 @@ TEST(CurlAnswer, IsBoundedInHeadTrailersAndBody) {
     rusage before{};
     getrusage(RUSAGE_SELF, &before);
     for (; row < std::size(rows); ++row) {
-        EXPECT_EQ(summary(exchange(*session, {.url = server.url()})).substr(0, rows[row].seen.size()), rows[row].seen)
-            << rows[row].bytes.substr(0, 60);
+        EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), rows[row].seen) << rows[row].bytes.substr(0, 60);
     }
     rusage after{};
     getrusage(RUSAGE_SELF, &after);

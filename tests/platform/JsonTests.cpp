@@ -123,13 +123,11 @@ TEST(Json, FindsEveryMemberOfALargeObject) {
 }
 
 TEST(Json, JudgesANumberWhenItIsAskedFor) {
-    struct Row {
+    const struct {
         const char* text;
         std::optional<std::int64_t> integer;
         std::optional<double> real;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {"-9223372036854775808", INT64_MIN, -9223372036854775808.0},
         {"9223372036854775808", std::nullopt, 9223372036854775808.0},
         {"3.0", std::nullopt, 3.0},
@@ -138,6 +136,7 @@ TEST(Json, JudgesANumberWhenItIsAskedFor) {
         {"1e400", std::nullopt, std::nullopt},
         {"\"3\"", std::nullopt, std::nullopt},
     };
+
     for (const auto& row : rows) {
         const auto value = read(row.text);
         ASSERT_TRUE(value);

@@ -1,13 +1,14 @@
 #include "NetworkManager/KeychainWrapper.hpp"
 #include "platform/openssl/SealedValue.hpp"
 #include "support/KeychainFixture.hpp"
+#include "support/Program.hpp"
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <csignal>
+#include <iterator>
 #include <random>
 #include <set>
 #include <sstream>
@@ -48,43 +49,29 @@ protected:
     }
 };
 
-struct Written {
-    std::vector<std::string> lines;
-    int status = 0;
+test::Ended runWriter(const fs::path& folder, int lastStep) {
+    return test::run("exec " KIVO_TEST_PROGRAMS "/KeychainWriter '" + folder.string() + "' " +
+                     std::to_string(lastStep));
+}
 
-    long count(const std::string& line) const { return std::ranges::count(lines, line); }
-};
-
-Written runWriter(const fs::path& folder, int lastStep) {
-    const auto command =
-        std::string{KIVO_TEST_PROGRAMS "/KeychainWriter '"} + folder.string() + "' " + std::to_string(lastStep);
-    Written written;
-    std::FILE* const output = popen(("exec " + command).c_str(), "re");
-    std::string text;
-    for (int character = std::fgetc(output); character != EOF; character = std::fgetc(output)) {
-        text += static_cast<char>(character);
-    }
-    written.status = pclose(output);
-    std::istringstream lines{text};
-    for (std::string line; std::getline(lines, line);) {
-        written.lines.push_back(line);
-    }
-    return written;
+std::ptrdiff_t changesTold(const test::Ended& writer) {
+    std::istringstream words{writer.output};
+    return std::count(std::istream_iterator<std::string>{words}, {}, "told");
 }
 
 TEST_F(KeychainDurabilityTest, AWriterKilledAtAnyStepLeavesTheOldOrTheNewValue) {
     const std::string values[] = {"-25300", "first", std::string(20'000, 's'), "third", "-25300"};
     const auto whole = runWriter(parent.path(), 0);
     ASSERT_EQ(whole.status, 0);
-    ASSERT_EQ(whole.count("told"), 4);
-    const auto steps = static_cast<int>(whole.lines.size() - 4);
+    ASSERT_EQ(changesTold(whole), 4);
+    const auto steps = static_cast<int>(std::ranges::count(whole.output, '\n') - 4);
     ASSERT_GT(steps, 40);
     for (int step = 1; step <= steps; ++step) {
         SCOPED_TRACE("killed before step " + std::to_string(step));
         fs::remove_all(parent.path() / "kivo");
         const auto killed = runWriter(parent.path(), step);
         ASSERT_TRUE(WIFSIGNALED(killed.status));
-        const auto told = static_cast<std::size_t>(killed.count("told"));
+        const auto told = static_cast<std::size_t>(changesTold(killed));
         // A killed deletion is made up for, as a host does that resets again.
         const auto stored = read("one");
         ASSERT_THAT(stored, AnyOf(values[told], values[told + 1]));
@@ -105,7 +92,8 @@ TEST_F(KeychainDurabilityTest, AWriterKilledAtAnyStepLeavesTheOldOrTheNewValue) 
 TEST_F(KeychainDurabilityTest, WhatIsToldIsOnTheDisk) {
     std::multiset<std::string> unsynced;
     int told = 0;
-    for (const auto& line : runWriter(parent.path(), 0).lines) {
+    std::istringstream lines{runWriter(parent.path(), 0).output};
+    for (std::string line; std::getline(lines, line);) {
         std::istringstream words{line};
         std::string act;
         std::string name;

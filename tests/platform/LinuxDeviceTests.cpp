@@ -10,8 +10,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <set>
 
 namespace kivo::platform {
@@ -28,11 +26,6 @@ constexpr auto uuidPattern = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F
 class LinuxDeviceTest : public testing::Test {
 protected:
     void write(const fs::path& path, const std::string& text) const { temporary.write(path, text); }
-
-    static std::string read(const fs::path& path) {
-        std::ifstream file{path};
-        return {std::istreambuf_iterator{file}, {}};
-    }
 
     std::optional<std::string> identifier() const { return identifierIn(folder / "data"); }
 
@@ -65,7 +58,7 @@ TEST_F(LinuxDeviceTest, PutsADamagedIdentifierAside) {
         ASSERT_TRUE(fresh) << damaged;
         EXPECT_THAT(*fresh, MatchesRegex(uuidPattern));
         EXPECT_EQ(identifier(), fresh);
-        EXPECT_EQ(read(folder / "data/device-id.damaged"), damaged);
+        EXPECT_EQ(test::contentOf(folder / "data/device-id.damaged"), damaged);
         EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("was damaged; it is kept as")));
     }
 }
@@ -87,7 +80,7 @@ TEST_F(LinuxDeviceTest, GivesManyProcessesTheSameIdentifier) {
         std::set<std::string> seen;
         for (std::size_t i = 0; i < children.size(); ++i) {
             waitpid(children[i], nullptr, 0);
-            seen.insert(read(folder / ("seen" + std::to_string(i))));
+            seen.insert(test::contentOf(folder / ("seen" + std::to_string(i))));
         }
         EXPECT_THAT(seen, ElementsAre(MatchesRegex(uuidPattern)));
     }

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxParts.hpp"
-#include "support/Eventually.hpp"
+#include "support/Answers.hpp"
+#include "support/Program.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,20 +9,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace kivo::platform {
 namespace {
 
-using namespace std::chrono_literals;
 using test::eventually;
 
 constexpr auto reachable = kSCNetworkReachabilityFlagsReachable;
@@ -29,32 +24,6 @@ constexpr auto reachable = kSCNetworkReachabilityFlagsReachable;
 struct ImmediateQueue final : DispatchQueue {
     void async(std::function<void()> block) override { block(); }
 };
-
-struct Seen {
-    void add(std::uint32_t flags) {
-        const std::scoped_lock lock{mutex};
-        all.push_back(flags);
-        changed.notify_all();
-    }
-
-    bool becomes(const std::vector<std::uint32_t>& expected) {
-        std::unique_lock lock{mutex};
-        return changed.wait_for(lock, 20s, [&] { return all == expected; });
-    }
-
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<std::uint32_t> all;
-};
-
-/// How many threads watch the routes.
-std::ptrdiff_t watchers() {
-    return std::ranges::count_if(std::filesystem::directory_iterator{"/proc/self/task"}, [](const auto& thread) {
-        std::string name;
-        std::ifstream{thread.path() / "comm"} >> name;
-        return name == "kivo-routes";
-    });
-}
 
 /// Has a network of its own, with nothing but a loopback interface, which begins down.
 class NetlinkReachabilityTest : public testing::Test {
@@ -82,35 +51,38 @@ protected:
 
     ReachabilityService::Ref watched(const std::shared_ptr<DispatchQueue>& queue) {
         auto target = service->SCNetworkReachabilityCreateWithAddress({});
-        const auto tell = [this](const auto&, std::uint32_t flags, const auto&) { seen.add(flags); };
+        const auto tell = [add = told.completion()](const auto&, std::uint32_t flags, const auto&) { add(flags); };
         EXPECT_TRUE(service->SCNetworkReachabilitySetCallback(target, tell, {}));
         EXPECT_TRUE(service->SCNetworkReachabilitySetDispatchQueue(target, queue));
         return target;
     }
 
+    /// Whether these flags have been told in the end.
+    bool tells(const std::vector<std::uint32_t>& expected) const {
+        return eventually([&] {
+            return std::ranges::equal(told.seen(), expected, {}, [](const auto& each) { return each.outcome; });
+        });
+    }
+
     int home = -1;
     std::shared_ptr<ReachabilityService> service = makeNetlinkReachability();
-    Seen seen;
+    test::Collected<std::uint32_t> told;
 };
 
 TEST_F(NetlinkReachabilityTest, IsReachableWhileADefaultRouteStands) {
-    struct Case {
-        std::string route;
-        std::uint32_t flags;
+    const std::pair<std::string, std::uint32_t> rows[] = {
+        {"route %s default dev lo", reachable},
+        {"route %s default nexthop dev lo weight 1 nexthop dev lo weight 2", reachable},
+        {"-6 route %s default dev lo", reachable},
+        {"route %s default dev lo table 77", 0},
+        {"route %s 192.0.2.0/24 dev lo", 0},
+        {"route %s blackhole default", 0},
+        {"route %s unreachable default", 0},
+        {"-6 route %s unreachable default", 0},
     };
-
     const auto target = service->SCNetworkReachabilityCreateWithName("identity.example");
     EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), 0U);
-    for (const auto& [route, flags] : {
-             Case{"route %s default dev lo", reachable},
-             Case{"route %s default nexthop dev lo weight 1 nexthop dev lo weight 2", reachable},
-             Case{"-6 route %s default dev lo", reachable},
-             Case{"route %s default dev lo table 77", 0},
-             Case{"route %s 192.0.2.0/24 dev lo", 0},
-             Case{"route %s blackhole default", 0},
-             Case{"route %s unreachable default", 0},
-             Case{"-6 route %s unreachable default", 0},
-         }) {
+    for (const auto& [route, flags] : rows) {
         const auto at = route.find("%s");
         ip(std::string{route}.replace(at, 2, "add"));
         EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), flags) << route;
@@ -125,15 +97,15 @@ TEST_F(NetlinkReachabilityTest, IsReachableWhileADefaultRouteStands) {
 TEST_F(NetlinkReachabilityTest, PushesEveryChangeOnce) {
     const auto target = watched(std::make_shared<ImmediateQueue>());
     ip("route add default dev lo");
-    EXPECT_TRUE(seen.becomes({reachable}));
+    EXPECT_TRUE(tells({reachable}));
     ip("-6 route add default dev lo");
     ip("route del default");
     ip("-6 route del default");
-    EXPECT_TRUE(seen.becomes({reachable, 0}));
+    EXPECT_TRUE(tells({reachable, 0}));
     ip("route add default dev lo");
-    EXPECT_TRUE(seen.becomes({reachable, 0, reachable}));
+    EXPECT_TRUE(tells({reachable, 0, reachable}));
     ip("link set lo down");
-    EXPECT_TRUE(seen.becomes({reachable, 0, reachable, 0}));
+    EXPECT_TRUE(tells({reachable, 0, reachable, 0}));
 }
 
 TEST_F(NetlinkReachabilityTest, WatchesOnOneThreadWhileSomebodyListens) {
@@ -147,9 +119,9 @@ TEST_F(NetlinkReachabilityTest, WatchesOnOneThreadWhileSomebodyListens) {
         auto target = watched(std::make_shared<ImmediateQueue>());
         const auto other = service->SCNetworkReachabilityCreateWithName("identity.example");
         service->SCNetworkReachabilitySetCallback(other, tell, {});
-        EXPECT_EQ(watchers(), 1);
+        EXPECT_EQ(test::threadsNamed("kivo-routes"), 1);
         end(target);
-        EXPECT_TRUE(eventually([&] { return watchers() == 0; }));
+        EXPECT_TRUE(eventually([&] { return test::threadsNamed("kivo-routes") == 0; }));
     }
 }
 
@@ -157,7 +129,7 @@ TEST_F(NetlinkReachabilityTest, OutlivesItsServiceAsLongAsATargetIsHeld) {
     const auto target = watched(std::make_shared<ImmediateQueue>());
     service.reset();
     ip("route add default dev lo");
-    EXPECT_TRUE(seen.becomes({reachable}));
+    EXPECT_TRUE(tells({reachable}));
 }
 
 TEST_F(NetlinkReachabilityTest, MissesNothingWhenNewsComeTooFast) {
@@ -169,7 +141,7 @@ TEST_F(NetlinkReachabilityTest, MissesNothingWhenNewsComeTooFast) {
               0);
     ip("-batch " + batch.string());
     std::filesystem::remove(batch);
-    EXPECT_TRUE(seen.becomes({reachable}));
+    EXPECT_TRUE(tells({reachable}));
 }
 
 } // namespace

@@ -74,8 +74,6 @@ TEST_F(PipelineCamera, ShowsThePicture) {
     const auto rgb = preview.picture->rgb();
     ASSERT_EQ(rgb.size(), 65U * 33 * 3);
     EXPECT_THAT(std::vector(rgb.end() - 3, rgb.end()), ElementsAre(testing::Gt(230), testing::Lt(25), testing::Lt(25)));
-    rig->session->stopRunning();
-    EXPECT_EQ(rig->session->preview().picture, preview.picture) << "the last picture stays";
 }
 
 TEST_F(PipelineCamera, MakesLargePicturesOfADeviceSmaller) {
@@ -94,13 +92,11 @@ TEST_F(PipelineCamera, MakesLargePicturesOfADeviceSmaller) {
 }
 
 TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
-    struct Case {
+    const struct {
         std::string pipeline;
         std::string problem;
         std::string advice;
-    };
-
-    const Case cases[] = {
+    } cases[] = {
         {"v4l2src device=/dev/video-none", "/dev/video-none", "connect the camera"},
         {"nonesuch ! decodebin", "nonesuch", "gstreamer1.0-plugins-good"},
         {"decodebin ! ! decodebin", "syntax", "correct the camera's pipeline"},
@@ -110,6 +106,7 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
         {"videotestsrc ! identity error-after=3", "", "GST_DEBUG"},
         {"videotestsrc num-buffers=2", "have ended", "start the session anew"},
     };
+
     for (const auto& each : cases) {
         reported.clear();
         const auto rig = started(each.pipeline);

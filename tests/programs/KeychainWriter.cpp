@@ -2,6 +2,7 @@
 // each step towards it that the system sees. Arguments: the keychain's folder, and the number of the step before which
 // the program kills itself (0: none).
 
+#include "platform/base/DiagnosticsRelay.hpp"
 #include "platform/sqlite/SqliteKeychain.hpp"
 
 #include <fcntl.h>
@@ -9,10 +10,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace {
@@ -24,24 +24,15 @@ void tell(const std::string& line) {
     syscall(SYS_write, STDOUT_FILENO, line.data(), line.size());
 }
 
-void step(const char* what, const std::string& name) {
-    tell(std::string{what} + " " + name + "\n");
+void step(const char* what, const std::filesystem::path& path) {
+    tell(std::string{what} + " " + path.filename().string() + "\n");
     if (++stepsSoFar == lastStep) {
         kill(getpid(), SIGKILL);
     }
 }
 
 void step(const char* what, int descriptor) {
-    std::array<char, 512> path{};
-    const auto link = "/proc/self/fd/" + std::to_string(descriptor);
-    const auto length = readlink(link.c_str(), path.data(), path.size());
-    const std::string target{path.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
-    step(what, target.substr(target.rfind('/') + 1));
-}
-
-std::string nameOf(const char* path) {
-    const std::string whole{path};
-    return whole.substr(whole.rfind('/') + 1);
+    step(what, std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)));
 }
 
 } // namespace
@@ -91,30 +82,18 @@ SEEN int renameat(int from, const char* name, int to, const char* newName) noexc
 }
 
 SEEN int unlink(const char* path) noexcept {
-    step("remove", nameOf(path));
+    step("remove", path);
     return CALL(SYS_unlink, path);
 }
-
-namespace {
-
-using namespace kivo::platform;
-
-class OnStandardError final : public Diagnostics {
-public:
-    void report(std::string_view /*component*/, std::string_view text) override {
-        std::fprintf(stderr, "%.*s\n", static_cast<int>(text.size()), text.data());
-    }
-};
-
-} // namespace
 
 int main(int argc, char** argv) {
     if (argc != 3) {
         return 2;
     }
+    using namespace kivo::platform;
     lastStep = std::atoi(argv[2]);
     const DataFolder folder{std::string{argv[1]}, "kivo/com.example.host"};
-    const auto keychain = makeSqliteKeychain(folder, std::make_shared<OnStandardError>());
+    const auto keychain = makeSqliteKeychain(folder, standardErrorDiagnostics());
     KeychainAttributes item;
     item.kSecAttrService = "com.example.host";
     item.kSecAttrAccount = "one";

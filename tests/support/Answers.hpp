@@ -21,17 +21,16 @@ template <class Outcome>
 class Collected {
 public:
     struct Entry {
-        std::string tag;
         Outcome outcome;
         std::thread::id thread;
     };
 
-    /// A completion whose outcome is kept under `tag`.
-    std::function<void(Outcome)> completion(std::string tag = "") {
-        return [state = state_, tag = std::move(tag)](Outcome outcome) {
+    /// A completion whose outcome is kept.
+    std::function<void(Outcome)> completion() {
+        return [state = state_](Outcome outcome) {
             {
                 const std::scoped_lock lock{state->mutex};
-                state->entries.push_back({tag, std::move(outcome), std::this_thread::get_id()});
+                state->entries.push_back({std::move(outcome), std::this_thread::get_id()});
             }
             state->changed.notify_all();
         };

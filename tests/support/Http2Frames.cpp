@@ -18,18 +18,24 @@ std::uint32_t numberIn(std::string_view bytes) {
 
 } // namespace
 
-std::optional<Frame> takeFrame(std::string& received) {
-    const std::string_view bytes{received};
-    const auto size = bytes.size() < frameHead ? 0 : numberIn(bytes.substr(0, 3));
-    if (bytes.size() < frameHead + size) {
-        return std::nullopt;
+std::optional<Request> takeRequest(std::string& received, std::map<std::uint32_t, std::string>& begun) {
+    while (received.size() >= frameHead) {
+        const auto size = frameHead + numberIn(received.substr(0, 3));
+        if (received.size() < size) {
+            break;
+        }
+        const auto frame = received.substr(0, size);
+        received.erase(0, size);
+        const auto type = static_cast<Type>(frame[3]);
+        const auto stream = numberIn(frame.substr(5, 4));
+        if (type == Type::data || type == Type::headers) {
+            begun[stream] += frame.substr(frameHead);
+            if ((frame[4] & endStream) != 0) {
+                return Request{begun[stream], stream};
+            }
+        }
     }
-    Frame frame{.type = static_cast<Type>(bytes[3]),
-                .flags = static_cast<std::uint8_t>(bytes[4]),
-                .stream = numberIn(bytes.substr(5, 4)),
-                .payload = std::string{bytes.substr(frameHead, size)}};
-    received.erase(0, frameHead + size);
-    return frame;
+    return std::nullopt;
 }
 
 std::string number(std::uint32_t value, int bytes) {

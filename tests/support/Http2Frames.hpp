@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -14,19 +15,15 @@ inline constexpr std::uint8_t endStream = 1;
 inline constexpr std::uint8_t endHeaders = 4;
 inline constexpr std::size_t prefaceSize = 24;
 
-struct Frame {
-    Type type{};
-    std::uint8_t flags = 0;
+/// The payloads of a request's frames, and the number of its stream.
+struct Request {
+    std::string bytes;
     std::uint32_t stream = 0;
-    std::string payload;
-
-    bool isOfRequest() const { return type == Type::data || type == Type::headers; }
-
-    bool isLast() const { return (flags & endStream) != 0; }
 };
 
-/// Takes the first frame away; absent when it has not come wholly.
-std::optional<Frame> takeFrame(std::string& received);
+/// Takes frames away up to the end of a request; absent when no request has come wholly. `begun` holds the parts of the
+/// others.
+std::optional<Request> takeRequest(std::string& received, std::map<std::uint32_t, std::string>& begun);
 
 /// A number as it travels.
 std::string number(std::uint32_t value, int bytes = 4);

@@ -9,8 +9,6 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <set>
@@ -35,11 +33,6 @@ inline platform::KeychainAttributes value(std::string text) {
     platform::KeychainAttributes change;
     change.kSecValueData = std::move(text);
     return change;
-}
-
-inline std::string contentOf(const std::filesystem::path& path) {
-    std::ifstream file{path, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
 }
 
 inline mode_t modeOf(const std::filesystem::path& path) {

@@ -3,11 +3,17 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <system_error>
 
 namespace kivo::test {
+
+inline std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file{path, std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
 
 /// A folder of its own for one test, gone with it.
 class TemporaryFolder {

@@ -19,10 +19,7 @@
 namespace kivo::test {
 namespace {
 
-struct Request {
-    std::string bytes;
-    std::uint32_t http2Stream = 0;
-};
+using http2::Request;
 
 /// Takes the first request, head and body, away; absent when it has not come wholly.
 std::optional<Request> takeRequest(std::string& received) {
@@ -38,20 +35,6 @@ std::optional<Request> takeRequest(std::string& received) {
     Request request{received.substr(0, headEnd + 4 + body)};
     received.erase(0, request.bytes.size());
     return request;
-}
-
-/// The same for frames; `begun` holds the parts of requests that have not come wholly.
-std::optional<Request> takeHttp2Request(std::string& received, std::map<std::uint32_t, std::string>& begun) {
-    while (const auto frame = http2::takeFrame(received)) {
-        if (frame->isOfRequest()) {
-            auto& request = begun[frame->stream];
-            request += frame->payload;
-            if (frame->isLast()) {
-                return Request{request, frame->stream};
-            }
-        }
-    }
-    return std::nullopt;
 }
 
 } // namespace
@@ -169,10 +152,6 @@ std::string TestTlsServer::url(const std::string& path) const {
     return "https://localhost:" + std::to_string(port_) + path;
 }
 
-std::string TestTlsServer::certificate() const {
-    return platform::derOf(SSL_CTX_get0_certificate(context_.get()), i2d_X509);
-}
-
 std::vector<std::string> TestTlsServer::requests() const {
     const std::scoped_lock lock{mutex_};
     return requests_;
@@ -213,9 +192,9 @@ void TestTlsServer::serve(Connection& connection) {
     while (isOpen) {
         const bool isText = protocol_ == Protocol::plain && !received.empty();
         const auto request = isText                         ? Request{std::exchange(received, {})}
-                             : protocol_ == Protocol::http2 ? takeHttp2Request(received, begun)
+                             : protocol_ == Protocol::http2 ? http2::takeRequest(received, begun)
                                                             : takeRequest(received);
-        isOpen = request ? answer(connection, request->bytes, request->http2Stream) : connection.readMore(received);
+        isOpen = request ? answer(connection, request->bytes, request->stream) : connection.readMore(received);
     }
 }
 

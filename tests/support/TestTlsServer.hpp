@@ -63,9 +63,6 @@ public:
     /// The certificate in a file, to trust.
     const std::filesystem::path& certificateFile() const { return certificateFile_; }
 
-    /// The certificate in DER form.
-    std::string certificate() const;
-
     int connections() const { return connections_; }
 
     /// Handshakes that were completed, on both sides.

