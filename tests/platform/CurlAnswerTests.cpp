@@ -11,13 +11,8 @@
 namespace kivo::platform {
 namespace {
 
-using test::exchange;
-using test::reply;
-using test::summary;
-using test::TestReply;
-using test::TestTlsServer;
+using namespace test;
 using After = TestReply::After;
-namespace http2 = test::http2;
 
 const std::string head = "HTTP/1.1 200 OK\r\n";
 
@@ -28,7 +23,7 @@ TEST(CurlAnswer, CountsOnlyWhenItCameAsAWhole) {
         After after = After::close;
     } rows[] = {
         {head + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\nX-Late: 1\r\n\r\n", "200 abc"},
-        {"HTTP/1.1 102 Wait\r\nX-Early: 1\r\n\r\n" + test::reply(201, "made").bytes, "201 made"},
+        {"HTTP/1.1 102 Wait\r\nX-Early: 1\r\n\r\n" + reply(201, "made").bytes, "201 made"},
         {head + "Transfer-Encoding: chunked\r\n\r\nzz\r\n", "badAnswer", After::hold},
         {"garbage instead of http\r\n\r\n", "badAnswer"},
         {head + "Content-Le", "connectionLost"},

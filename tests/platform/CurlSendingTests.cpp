@@ -12,16 +12,9 @@
 namespace kivo::platform {
 namespace {
 
-using test::Answers;
-using test::eventually;
-using test::exchange;
-using test::reply;
-using test::summary;
-using test::TestReply;
-using test::TestTlsServer;
+using namespace test;
 using After = TestReply::After;
 using Protocol = TestTlsServer::Protocol;
-namespace http2 = test::http2;
 
 std::string http2Answer() {
     return http2::head() + http2::frame(http2::Type::data, http2::endStream, "");

@@ -16,13 +16,7 @@ namespace kivo::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using test::Answers;
-using test::eventually;
-using test::exchange;
-using test::reply;
-using test::summary;
-using test::TestReply;
-using test::TestTlsServer;
+using namespace test;
 using testing::HasSubstr;
 using After = TestReply::After;
 
@@ -78,7 +72,7 @@ TEST(CurlUrlSession, TellsThePersonWhoReadsTheLogWhatWentWrong) {
 
 TEST(CurlUrlSession, SpeaksTls12AndLaterOnly) {
     // A system that allows older versions does not change that. Read when the process first uses TLS.
-    const test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const auto lax = folder.write("openssl.cnf", "openssl_conf = c\n[c]\nssl_conf = s\n[s]\nsystem_default = d\n"
                                                  "[d]\nMinProtocol = TLSv1\nCipherString = ALL:@SECLEVEL=0\n");
     ::setenv("OPENSSL_CONF", lax.c_str(), 1);
@@ -193,9 +187,8 @@ TEST(CurlUrlSession, LeavesNeitherThreadsNorItsConnectionsToOthers) {
         }
     }
     session.reset();
-    EXPECT_TRUE(eventually([] {
-        return test::threadsNamed("kivo-network") + test::threadsNamed("kivo-callbacks") == 0;
-    })) << "although a task is still held";
+    EXPECT_TRUE(eventually([] { return threadsNamed("kivo-network") + threadsNamed("kivo-callbacks") == 0; }))
+        << "although a task is still held";
 }
 
 struct ExitInFlight : testing::TestWithParam<const char*> {};
@@ -205,9 +198,8 @@ TEST_P(ExitInFlight, NeitherHangsNorCrashes) {
     const int rounds = GetParam() == std::string_view{"blocked-completion"} ? 2 : 20;
     for (int i = 0; i < rounds; ++i) {
         const auto start = std::chrono::steady_clock::now();
-        const auto ended =
-            test::run(std::string{"exec " KIVO_TEST_PROGRAMS "/ExitInFlight "} + GetParam() + " " + server.url() + " " +
-                      server.url("/quick") + " " + server.certificateFile().string());
+        const auto ended = run(std::string{"exec " KIVO_TEST_PROGRAMS "/ExitInFlight "} + GetParam() + " " +
+                               server.url() + " " + server.url("/quick") + " " + server.certificateFile().string());
         EXPECT_TRUE(ended.hasExitedWith(0)) << ended.status;
         // The exiting process waits two seconds at most; the rest is for a busy machine.
         EXPECT_LT(std::chrono::steady_clock::now() - start, 8s);

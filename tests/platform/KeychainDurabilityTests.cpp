@@ -19,16 +19,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test::contentOf;
-using test::item;
-using test::value;
+using namespace test;
 using testing::AnyOf;
 using testing::Contains;
 using testing::Each;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class KeychainDurabilityTest : public test::KeychainFixture {
+class KeychainDurabilityTest : public KeychainFixture {
 protected:
     /// The values of the item that can be opened from any file of the folder, wherever they stand in it.
     std::set<std::string> whatOpens() const {
@@ -49,12 +47,11 @@ protected:
     }
 };
 
-test::Ended runWriter(const fs::path& folder, int lastStep) {
-    return test::run("exec " KIVO_TEST_PROGRAMS "/KeychainWriter '" + folder.string() + "' " +
-                     std::to_string(lastStep));
+Ended runWriter(const fs::path& folder, int lastStep) {
+    return run("exec " KIVO_TEST_PROGRAMS "/KeychainWriter '" + folder.string() + "' " + std::to_string(lastStep));
 }
 
-std::ptrdiff_t changesTold(const test::Ended& writer) {
+std::ptrdiff_t changesTold(const Ended& writer) {
     std::istringstream words{writer.output};
     return std::count(std::istream_iterator<std::string>{words}, {}, "told");
 }

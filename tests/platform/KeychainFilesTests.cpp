@@ -15,10 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test::contentOf;
-using test::item;
-using test::modeOf;
-using test::value;
+using namespace test;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -31,7 +28,7 @@ void hear(std::shared_ptr<Diagnostics> diagnostics) {
 }
 
 /// Who may say what in the files of the data folder, for the keychain and the device identifier alike.
-using KeychainFilesTest = test::KeychainFixture;
+using KeychainFilesTest = KeychainFixture;
 
 TEST_F(KeychainFilesTest, OnlyTheOwnerCanReadThemWhateverTheUmask) {
     const std::function<void()> makers[] = {

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -89,10 +90,8 @@ TEST_F(LinuxDeviceTest, GivesManyProcessesTheSameIdentifier) {
 TEST_F(LinuxDeviceTest, HasNoIdentifierInAFolderThatCannotBeWritten) {
     write(folder / "file", "");
     fs::create_directory(folder / "locked");
-    fs::permissions(folder, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
-    fs::permissions(folder / "locked", fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_all,
-                    fs::perm_options::replace);
-    fs::permissions(folder / "locked", fs::perms::others_write, fs::perm_options::remove);
+    chmod(folder.c_str(), 0705);
+    chmod((folder / "locked").c_str(), 0505);
     const auto user = geteuid();
     if (user == 0) {
         ASSERT_EQ(seteuid(65534), 0);

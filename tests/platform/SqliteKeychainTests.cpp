@@ -27,10 +27,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-using test::item;
-using test::value;
+using namespace test;
 
-using SqliteKeychainTest = test::KeychainFixture;
+using SqliteKeychainTest = KeychainFixture;
 
 TEST_F(SqliteKeychainTest, SealsEveryValueAnew) {
     EXPECT_EQ(read("one"), "-25300");
