@@ -1,4 +1,5 @@
 #import "Host.h"
+#include "support/TemporaryFolder.hpp"
 
 #import <kivo/objc/KivoNative.h>
 
@@ -7,8 +8,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <string>
 #include <vector>
@@ -25,8 +24,7 @@ struct Member {
 };
 
 std::string contentsOf(const char* header) {
-    std::ifstream file{std::filesystem::path{KIVO_PUBLIC_HEADERS} / header};
-    return {std::istreambuf_iterator{file}, {}};
+    return kivo::test::contentOf(std::filesystem::path{KIVO_PUBLIC_HEADERS} / header);
 }
 
 NSString* text(const std::string& value) {

@@ -12,7 +12,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -91,8 +90,8 @@ protected:
 
     /// Has the host's bundle list one pin.
     void pin(const std::string& pin) const {
-        std::ofstream{folder.path() / "Host.bundle" / "readid_certificates.plist"}
-            << "<plist version=\"1.0\"><array><string>" << pin << "</string></array></plist>";
+        folder.write("Host.bundle/readid_certificates.plist",
+                     "<plist version=\"1.0\"><array><string>" + pin + "</string></array></plist>");
     }
 
     std::shared_ptr<simulator::ReadID> reader = std::make_shared<simulator::ReadID>();
