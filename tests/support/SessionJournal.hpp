@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Configuration/session/ApplicationInformation.hpp"
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/session/ApplicationInformation.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "impl/SessionAPI.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
@@ -14,7 +14,6 @@
 
 #include <fstream>
 #include <map>
-#include <regex>
 #include <sstream>
 
 namespace kivo::test {
@@ -38,7 +37,7 @@ inline std::string plain(std::string line) {
 
 /// The journal of each step as the data file has it, for one version.
 inline std::map<std::string, std::vector<std::string>> expectedJournals(std::string_view version) {
-    const std::pair<const char*, std::string> abbreviations[] = {
+    const std::pair<std::string_view, std::string> abbreviations[] = {
         {"CONFIG", "[target-env: TEST, kivo-app-doclist: PASSPORT, kivo-expiry-grace: P6M, kivo-facematch-min: 0.8, "
                    "kivo-doc-issuers: UTO, kivo-images: face]"},
         {"CLIENT", "KivoBE_" + std::string{version} + "0"},
@@ -54,7 +53,9 @@ inline std::map<std::string, std::vector<std::string>> expectedJournals(std::str
         } else if (!step.empty() && !line.empty() && line.substr(0, 2) <= version && version <= line.substr(3, 2)) {
             line = line.substr(6);
             for (const auto& [what, with] : abbreviations) {
-                line = std::regex_replace(line, std::regex{what}, with);
+                for (auto at = line.find(what); at != line.npos; at = line.find(what, at + with.size())) {
+                    line.replace(at, what.size(), with);
+                }
             }
             journals[step].push_back(line);
         }
