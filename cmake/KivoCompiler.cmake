@@ -19,7 +19,11 @@ find_program(KIVO_CCACHE ccache)
 if(KIVO_CCACHE)
   foreach(language CXX OBJC OBJCXX)
     # ccache keeps what is compiled with precompiled headers only when it is told that this is meant.
-    set(CMAKE_${language}_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${KIVO_CCACHE})
+    if("$ENV{CCACHE_SLOPPINESS}" STREQUAL "")
+      set(CMAKE_${language}_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${KIVO_CCACHE})
+    else()
+      set(CMAKE_${language}_COMPILER_LAUNCHER ${KIVO_CCACHE})
+    endif()
   endforeach()
 endif()
 

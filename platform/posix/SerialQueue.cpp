@@ -2,6 +2,8 @@
 
 #include "platform/posix/BackgroundThread.hpp"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -81,7 +83,8 @@ public:
 
     void waitForEnd() {
         std::unique_lock lock{mutex_};
-        ended_.wait(lock, [this] { return !isStarted_; });
+        // A forked child has the queue, but not its thread.
+        ended_.wait(lock, [this] { return !isStarted_ || ::getpid() != process_; });
     }
 
 private:
@@ -101,6 +104,7 @@ private:
             throw std::system_error{error, "kivo cannot start the thread of the queue \"" + label_ + "\""};
         }
         isStarted_ = true;
+        process_ = ::getpid();
     }
 
     void work() {
@@ -142,6 +146,8 @@ private:
     /// The thread that runs blocks at present; a default identifier while no block runs.
     std::atomic<std::thread::id> runner_;
     bool isStarted_ = false;
+    /// The process in which the thread was started.
+    pid_t process_ = 0;
     bool isAsleep_ = false;
     bool isFinishing_ = false;
 };

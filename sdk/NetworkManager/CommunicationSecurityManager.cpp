@@ -45,8 +45,7 @@ CommunicationSecurityManager& CommunicationSecurityManager::shared() {
     });
 }
 
-CommunicationSecurityManager::CommunicationSecurityManager()
-    : reachability_{makeMonitor()} {}
+CommunicationSecurityManager::CommunicationSecurityManager() = default;
 
 CommunicationSecurityManager::~CommunicationSecurityManager() = default;
 
@@ -98,6 +97,12 @@ void CommunicationSecurityManager::observeReachability() {
 }
 
 std::shared_ptr<Reachability> CommunicationSecurityManager::reachability() const {
+    // Not earlier than the first question: a host may install its own service until then.
+    std::call_once(isMonitored_, [this] {
+        auto monitor = makeMonitor();
+        const std::scoped_lock lock{mutex_};
+        reachability_ = std::move(monitor);
+    });
     const std::scoped_lock lock{mutex_};
     return reachability_;
 }

@@ -90,7 +90,8 @@ private:
     std::unique_ptr<RequestSender> notices_;
     mutable std::mutex mutex_;
     std::optional<SDKEnv> sdkEnvironment_;
-    std::shared_ptr<Reachability> reachability_;
+    mutable std::once_flag isMonitored_;
+    mutable std::shared_ptr<Reachability> reachability_;
     std::shared_ptr<platform::Observation> observation_;
 };
 

@@ -56,7 +56,7 @@ ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode ow
     return cause == platform::UrlErrorKind::pinMismatch ? ResponseCode::UNSECURE_SERVER_PINNING_FAILED : own;
 }
 
-RequestSender::RequestSender(std::weak_ptr<platform::UrlSessionDelegate> judge)
+RequestSender::RequestSender(std::shared_ptr<platform::UrlSessionDelegate> judge)
     : judge_{std::move(judge)} {}
 
 void RequestSender::send(const std::string& urlString, const json::Value& params, Success success, Failure failure) {
@@ -100,7 +100,7 @@ std::shared_ptr<platform::UrlSession> RequestSender::session() {
     const std::scoped_lock lock{mutex_};
     auto& session = isPinned ? pinned_ : withSystemTrust_;
     if (!session) {
-        session = platform::services().urlSessions->make(sessionConfiguration(), isPinned ? judge_.lock() : nullptr);
+        session = platform::services().urlSessions->make(sessionConfiguration(), isPinned ? judge_ : nullptr);
     }
     return session;
 }

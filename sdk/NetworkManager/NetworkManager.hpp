@@ -35,8 +35,9 @@ public:
     using Success = std::function<void(platform::Data body)>;
     using Failure = std::function<void(const TransportError& error)>;
 
-    /// `judge` decides about servers where pins are in force. The judge may own the sender.
-    explicit RequestSender(std::weak_ptr<platform::UrlSessionDelegate> judge);
+    /// `judge` decides about servers where pins are in force. Never null: a pinned session without a judge would trust
+    /// every server that the system trusts.
+    explicit RequestSender(std::shared_ptr<platform::UrlSessionDelegate> judge);
 
     /// POSTs `params`, to a pinned server only where pins are in force, and calls exactly one of the two callbacks, on
     /// the session's callback queue. Where no thread can be started, and in a forked child, the callback runs on the
@@ -51,7 +52,7 @@ public:
 private:
     std::shared_ptr<platform::UrlSession> session();
 
-    const std::weak_ptr<platform::UrlSessionDelegate> judge_;
+    const std::shared_ptr<platform::UrlSessionDelegate> judge_;
     std::mutex mutex_;
     /// Both sessions are made when first needed.
     std::shared_ptr<platform::UrlSession> withSystemTrust_;
@@ -77,7 +78,7 @@ public:
     void forgetCookies();
 
 private:
-    explicit NetworkManager(std::weak_ptr<platform::UrlSessionDelegate> judge)
+    explicit NetworkManager(std::shared_ptr<platform::UrlSessionDelegate> judge)
         : requests_{std::move(judge)} {}
 
     RequestSender requests_;

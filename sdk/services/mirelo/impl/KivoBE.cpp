@@ -213,7 +213,11 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     const auto url = session ? settingIn(session->idpBiodata, ResponseKeys::biodataEndpoint) : std::string{};
     log::debug(function, [&] { return "upload url " + url; });
     auto& attempts = Attempts::shared();
-    if (!session && attempts.retryLimit() >= 1) {
+    if (!session) {
+        if (attempts.retryLimit() < 1) {
+            completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
+            return;
+        }
         log::debug(function, "upload biodata failed");
         completion(failed(ResponseCode::BIODATA_UPLOAD_FAILED));
         return;
