@@ -150,7 +150,13 @@ public:
 private:
     void watch(const std::stop_token& stop) {
         std::unique_lock lock{mutex_};
-        while (!changed_.wait_until(lock, stop, deadline_, [] { return false; }) && !stop.stop_requested()) {
+        while (!stop.stop_requested()) {
+            // A copy: `begin` changes the deadline while this thread waits.
+            const auto until = deadline_;
+            changed_.wait_until(lock, stop, until, [] { return false; });
+            if (stop.stop_requested()) {
+                return;
+            }
             if (std::chrono::steady_clock::now() >= deadline_) {
                 report_.add({.promise = current_,
                              .result = Result::broken,
