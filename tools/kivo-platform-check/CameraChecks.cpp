@@ -123,7 +123,10 @@ std::shared_ptr<const VideoFrame> pictureOfTwo(const char* far, const char* near
         for (int y = 0; y < from.height; ++y) {
             for (int x = 0; x < from.width; ++x) {
                 const auto to = x + shift;
-                const auto at = [&](int column) { return static_cast<std::size_t>(y * from.width + column); };
+                const auto at = [&](int column) {
+                    return static_cast<std::size_t>(y) * static_cast<std::size_t>(from.width) +
+                           static_cast<std::size_t>(column);
+                };
                 if (to >= 0 && to < from.width && from.bytes[at(x)] < 128) {
                     both->bytes[at(to)] = from.bytes[at(x)];
                 }

@@ -112,7 +112,7 @@ void keepsEveryByte(Trial& trial) {
     auto& keychain = required(services.keychain);
     for (const auto& value :
          {std::string{}, std::string{"\0\xFF\r\n", 4}, std::string(20'000, 's'), std::string{"'; DROP TABLE items"}}) {
-        const auto account = "account with " + std::to_string(value.size()) + " bytes' \0\xC3\xA9";
+        const auto account = "account with " + std::to_string(value.size()) + std::string{" bytes' \0\xC3\xA9", 11};
         trial.expectEqual("adding", keychain.SecItemAdd(item(account, value)), 0);
         trial.expectEqual("the value", read(keychain, item(account)), value);
     }
@@ -152,6 +152,7 @@ void servesManyThreads(Trial& trial) {
     const auto account = [](int thread, int number) { return std::to_string(thread) + "/" + std::to_string(number); };
     {
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&, t, own = t % 2 == 0 ? shared : trial.services()] {
                 for (int i = 0; i < 3; ++i) {

@@ -14,6 +14,7 @@ using std::chrono::steady_clock;
 
 std::vector<int> upTo(int count) {
     std::vector<int> numbers;
+    numbers.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         numbers.push_back(i);
     }
@@ -46,6 +47,7 @@ void takesBlocksOfEveryThread(Trial& trial) {
     const auto seen = std::make_shared<Counters>();
     {
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&queue, seen, main = &queue] {
                 seen->elsewhere += queue.isCurrent() ? 1 : 0;
@@ -131,6 +133,7 @@ void queueRunsOneAtATime(Trial& trial) {
     {
         const auto queue = trial.under.makeSerialQueue("dev.kivo.check");
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&queue, seen] {
                 for (int i = 0; i < 100; ++i) {
@@ -186,6 +189,7 @@ void syncNeverOverlaps(Trial& trial) {
     {
         platform::SerialQueue queue{"dev.kivo.check"};
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&] {
                 for (int i = 0; i < 500; ++i) {

@@ -110,6 +110,7 @@ void loopTakesBlocksOfEveryThread(Trial& trial) {
     RunLoop loop{clock};
     std::atomic<int> runs = 0;
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&] {
             for (int i = 0; i < 200; ++i) {

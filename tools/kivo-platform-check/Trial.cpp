@@ -45,8 +45,8 @@ void Trial::fail(std::string detail) {
     }
 }
 
-void Trial::giveUp(std::string why) {
-    throw Unchecked{std::move(why)};
+void Trial::giveUp(const std::string& why) {
+    throw Unchecked{why};
 }
 
 bool Trial::expectSoon(const std::string& what, const std::function<bool()>& holds) {

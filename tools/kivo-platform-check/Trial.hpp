@@ -86,7 +86,7 @@ public:
     void fail(std::string detail);
 
     /// Ends the check without a result, for want of what `why` names.
-    [[noreturn]] void giveUp(std::string why);
+    [[noreturn]] void giveUp(const std::string& why);
 
     /// Runs the main queue until `holds` is true or the patience is over; tells which.
     bool await(const std::function<bool()>& holds) const { return await(under.patience, holds); }
