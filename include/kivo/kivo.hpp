@@ -2,12 +2,11 @@
 
 /// Everything a host needs, in one header.
 
-#include <kivo/Export.hpp>
-
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>
 #include <kivo/ActivationResponse.hpp>
 #include <kivo/Deployment.hpp>
+#include <kivo/Export.hpp>
 #include <kivo/FinalStatusVC.hpp>
 #include <kivo/IdvEvents.hpp>
 #include <kivo/IdvResult.hpp>

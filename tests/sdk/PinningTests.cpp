@@ -1,7 +1,7 @@
+#include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
-#include "Configuration/session/StoredSession.hpp"
 #include "support/ForgedCertificate.hpp"
 #include "support/HostFixture.hpp"
 #include "support/PropertyLists.hpp"

@@ -3,8 +3,8 @@
 #include "support/Answers.hpp"
 #include "support/TemporaryFolder.hpp"
 
-#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/kivo.hpp>
+#include <kivo/platform/LinuxServices.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 #include <kivo/simulator/Reachability.hpp>
 

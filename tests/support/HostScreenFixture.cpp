@@ -5,6 +5,7 @@
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 
 #include <kivo/platform/LinuxServices.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "NetworkManager/Attempts.hpp"
 #include "Configuration/session/StoredSession.hpp"
+#include "NetworkManager/Attempts.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "support/HostScreenFixture.hpp"
 #include "support/ScriptedUrlSessions.hpp"
