@@ -10,7 +10,8 @@
 /// Waits until no instance is left.
 + (BOOL)waitUntilNoneIsAlive;
 
-/// A completion that passes its result on, or nil if what it captured is gone. Belongs to the autorelease pool.
+/// A completion that passes its result on to `answer`, or passes nil if a captured object is gone. The autorelease pool
+/// owns the completion.
 + (KivoCompletion)completionThatCalls:(KivoCompletion)answer;
 
 + (AcquisitionConfig*)config;

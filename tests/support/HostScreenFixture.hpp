@@ -175,7 +175,7 @@ protected:
     /// Runs the main queue until nothing is due.
     void settle() const;
 
-    /// Runs what is due now, then lets time pass, a millisecond at a time.
+    /// Runs the blocks that are due, then moves the clock on in steps of a millisecond.
     void advance(std::chrono::milliseconds time) const;
 
     /// Runs the main queue until `done` holds, for what other threads have to do first.

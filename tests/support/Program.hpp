@@ -12,7 +12,7 @@
 
 namespace kivo::test {
 
-/// How a program ended, and what it printed.
+/// The exit status and the output of a program.
 struct Ended {
     int status = -1;
     std::string output;

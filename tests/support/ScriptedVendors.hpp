@@ -164,7 +164,7 @@ struct VendorLooks final : platform::readid::UIResources {
     VendorLooks() { textSize = 21; }
 };
 
-/// A document reading library in the test's hands: it keeps what it is given.
+/// A document reading library that the test controls: the library keeps each reading's handler for the test to call.
 class DocumentVendor final : public platform::ReadID {
 public:
     std::optional<platform::readid::ReadIDError> refusal;

@@ -14,37 +14,7 @@ using Flags = std::vector<std::uint32_t>;
 
 constexpr auto reachable = platform::kSCNetworkReachabilityFlagsReachable;
 
-/// Keeps blocks until the check runs them.
-class HeldBlocks final : public DispatchQueue {
-public:
-    void async(std::function<void()> block) override {
-        const std::scoped_lock lock{mutex_};
-        blocks_.push_back(std::move(block));
-    }
-
-    std::size_t size() const {
-        const std::scoped_lock lock{mutex_};
-        return blocks_.size();
-    }
-
-    void runAll() {
-        while (size() > 0) {
-            std::function<void()> block;
-            {
-                const std::scoped_lock lock{mutex_};
-                block = std::move(blocks_.front());
-                blocks_.pop_front();
-            }
-            block();
-        }
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::deque<std::function<void()>> blocks_;
-};
-
-/// A watched target, with what it told.
+/// A watched target, and the flags that its service reported.
 struct Watch {
     explicit Watch(ReachabilityService& from)
         : service{from}

@@ -2,7 +2,12 @@
 
 #include "PlatformCheck.hpp"
 
+#include <kivo/platform/DispatchQueue.hpp>
+
 #include <concepts>
+#include <deque>
+#include <functional>
+#include <mutex>
 #include <ranges>
 #include <stdexcept>
 #include <string>
@@ -49,7 +54,38 @@ T& required(const std::shared_ptr<T>& service) {
     return *service;
 }
 
-/// One check under way: what it stands on, and what it has found.
+/// A queue that keeps its blocks until the check runs them.
+class HeldBlocks final : public platform::DispatchQueue {
+public:
+    void async(std::function<void()> block) override {
+        const std::scoped_lock lock{mutex_};
+        blocks_.push_back(std::move(block));
+    }
+
+    std::size_t size() const {
+        const std::scoped_lock lock{mutex_};
+        return blocks_.size();
+    }
+
+    /// Runs the blocks on this thread, those that they add included.
+    void runAll() {
+        while (size() > 0) {
+            std::function<void()> block;
+            {
+                const std::scoped_lock lock{mutex_};
+                block = std::move(blocks_.front());
+                blocks_.pop_front();
+            }
+            block();
+        }
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::deque<std::function<void()>> blocks_;
+};
+
+/// A check under way: the services that it examines, and its findings so far.
 class Trial {
 public:
     Trial(const ServicesUnderTest& underTest, std::filesystem::path place, Finding& finding)

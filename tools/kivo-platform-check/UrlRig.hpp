@@ -45,8 +45,8 @@ private:
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-/// An https server whose certificates are known, which sets a cookie named after the path of each request and tells
-/// which cookies came. A path that begins with /late is answered when `release()` has been called.
+/// An https server with known certificates. The server sets a cookie named after the path of each request, and lists
+/// the cookies that requests bring. Requests to a path that begins with /late wait for `release()`.
 class CookieServer {
 public:
     explicit CookieServer(const Trial& trial);

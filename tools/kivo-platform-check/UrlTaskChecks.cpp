@@ -13,35 +13,6 @@ using Lines = std::vector<std::string>;
 // As many requests to one server as a session has under way at once.
 constexpr std::size_t mostAtOnce = 6;
 
-class WatchedQueue final : public platform::DispatchQueue {
-public:
-    void async(std::function<void()> block) override {
-        const std::scoped_lock lock{mutex_};
-        blocks_.push_back(std::move(block));
-    }
-
-    std::size_t size() const {
-        const std::scoped_lock lock{mutex_};
-        return blocks_.size();
-    }
-
-    /// Runs what waits on this thread.
-    void run() {
-        std::deque<std::function<void()>> due;
-        {
-            const std::scoped_lock lock{mutex_};
-            due.swap(blocks_);
-        }
-        for (const auto& block : due) {
-            block();
-        }
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::deque<std::function<void()>> blocks_;
-};
-
 /// A session with requests under way that the server never answers.
 struct HeldRig : UrlRig {
     HeldRig(Trial& with, std::size_t count)
@@ -78,7 +49,7 @@ void completesOnce(Trial& trial) {
 
 void completesOnTheQueue(Trial& trial) {
     const UrlRig rig{trial};
-    const auto queue = std::make_shared<WatchedQueue>();
+    const auto queue = std::make_shared<HeldBlocks>();
     const auto session = rig.session({}, nullptr, queue);
     const Outcomes outcomes;
     session->dataTask({.url = rig.url()}, outcomes.completion());
@@ -86,7 +57,7 @@ void completesOnTheQueue(Trial& trial) {
     trial.expectEqual("completions before dataTask() returned", outcomes.count(), 0U);
     trial.expectSoon("blocks on the queue", [&] { return queue->size() >= 2; });
     trial.expectEqual("completions elsewhere than on the queue", outcomes.count(), 0U);
-    queue->run();
+    queue->runAll();
     trial.expectEqual("completions on the queue", outcomes.count(), 2U);
 }
 
@@ -112,14 +83,14 @@ void cancels(Trial& trial) {
 
 void staysCancelled(Trial& trial) {
     const UrlRig rig{trial};
-    const auto queue = std::make_shared<WatchedQueue>();
+    const auto queue = std::make_shared<HeldBlocks>();
     const auto session = rig.session({}, nullptr, queue);
     const Outcomes outcomes;
     const auto task = session->dataTask({.url = rig.url()}, outcomes.completion());
     trial.expectSoon("the answer waits on the queue", [&] { return queue->size() > 0; });
     task->cancel();
     trial.expectSoon("one completion", [&] {
-        queue->run();
+        queue->runAll();
         return outcomes.count() > 0;
     });
     trial.expectEqual("the outcome", outcomes.summaries(), Lines{"cancelled"});

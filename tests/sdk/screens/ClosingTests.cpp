@@ -1,4 +1,4 @@
-// How each screen is closed, and what it leaves behind.
+// Each way to close each screen: the answer, the screens that stay, and the release of the closed screen.
 #include "support/VendorScreens.hpp"
 
 #include <functional>

@@ -28,7 +28,7 @@ protected:
         api->setContext(host);
     }
 
-    /// Ends what is under way and acquires.
+    /// Drops the vendors' sessions of the former row, joins anew, and shows the screen for `object`.
     void show(AcquisitionObject object, const char* documentList = "true", DocAuthStatus doc = docOpen,
               FaceAuthStatus face = faceOpen) {
         forgetVendors();
