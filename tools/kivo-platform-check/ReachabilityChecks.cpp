@@ -7,7 +7,6 @@
 namespace kivo::check {
 namespace {
 
-using platform::DispatchQueue;
 using platform::ReachabilityService;
 using Ref = ReachabilityService::Ref;
 using Flags = std::vector<std::uint32_t>;
