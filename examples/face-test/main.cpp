@@ -35,10 +35,9 @@ int main() {
 
     simulator::Person person{window};
     std::string answer;
+    session->setAnswerQueue(platform::services().mainQueue);
     const auto keep = [&](const IdvOutcome& outcome) {
-        platform::RunLoop::main()->async([&, outcome] {
-            answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
-        });
+        answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
     };
     bool isGood = true;
     const auto expect = [&](const std::string& expected) {

@@ -22,11 +22,9 @@ std::string answerTo(const std::function<void(IdvCompletion)>& call) {
     // Shared: the answer may come after the wait has ended.
     const auto answer = std::make_shared<std::string>();
     const auto loop = platform::RunLoop::main();
-    call([answer, loop](IdvOutcome outcome) {
-        loop->async([answer, outcome] {
-            *answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
-        });
-    });
+    call(onMainQueue([answer](IdvOutcome outcome) {
+        *answer = outcome ? IdvEventsHelper::eventName((*outcome)->responseType()) : name(outcome.error());
+    }));
     // Longer than the SDK's own limit for an answer.
     loop->runUntil([&] { return !answer->empty(); }, std::chrono::seconds{75});
     return *answer;

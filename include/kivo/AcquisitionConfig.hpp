@@ -22,6 +22,25 @@ struct AcquisitionConfigKeys {
     static constexpr std::string_view KIVO_IMAGES = "kivo-images";
 };
 
+/// The values of an `AcquisitionConfig` by name, for
+/// `std::make_shared<AcquisitionConfig>(AcquisitionConfigValues{...})`.
+///
+/// The identity service defines what the texts mean and how they are written; the SDK passes them on unread. A value
+/// that is not named is an empty text.
+struct AcquisitionConfigValues {
+    SDKEnv ENVIRONMENT = SDKEnv::PROD;
+    /// The accepted documents ("kivo-app-doclist").
+    std::string KIVO_APP_DOCLIST{};
+    /// How long a document may have expired ("kivo-expiry-grace").
+    std::string KIVO_EXPIRE_GRACE{};
+    /// The least likeness of face and document ("kivo-facematch-min").
+    std::string KIVO_FACEMATCH_MIN{};
+    /// The accepted issuers of documents ("kivo-doc-issuers").
+    std::string KIVO_DOC_ISSUERS{};
+    /// The images that the service is to return ("kivo-images").
+    std::string KIVO_IMAGES{};
+};
+
 /// A host's requirements for a session: the environment and five constraints, which the SDK passes on unread.
 ///
 /// The identity service defines the meaning of the constraint texts. `join` reads a configuration during the call;
@@ -32,6 +51,8 @@ public:
 
     AcquisitionConfig(SDKEnv environment, std::string kivo_app_doclist, std::string kivo_expire_grace,
                       std::string kivo_facematch_min, std::string kivo_doc_issuers, std::string kivo_images);
+
+    explicit AcquisitionConfig(AcquisitionConfigValues values);
 
     /// The six values under the names of `AcquisitionConfigKeys`, in that order, the environment by its name.
     /// Empty when `ENVIRONMENT` holds an integer that is not an environment.

@@ -3,15 +3,25 @@
 #include <kivo/Export.hpp>
 #include <kivo/SDKEnv.hpp>
 
-#include <array>
 #include <string>
 
 namespace kivo {
 
+/// The https address of each environment's join page. A host names the environments that it joins; a join to an
+/// environment without a page fails.
+struct JoinPages {
+    std::string PROD{};
+    std::string PREPROD{};
+    std::string TEST{};
+    std::string DEV{};
+
+    bool operator==(const JoinPages&) const = default;
+};
+
 /// The addresses of the identity service of each environment, and the host's rules for reaching the service.
 struct KIVO_EXPORT Deployment {
-    /// The https address of each environment's join page, in the order of `SDKEnv`.
-    std::array<std::string, 4> joinPages;
+    /// By default empty.
+    JoinPages joinPages{};
 
     /// Whether the face scan library runs in production mode. Default false.
     bool faceTecProduction = false;

@@ -2,11 +2,14 @@
 
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>
+#include <kivo/Failure.hpp>
 #include <kivo/IdvResult.hpp>
 #include <kivo/ThemeCustomization.hpp>
+#include <kivo/platform/DispatchQueue.hpp>
 #include <kivo/platform/ui/ViewController.hpp>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kivo {
@@ -15,7 +18,8 @@ namespace kivo {
 ///
 /// Every request ends in exactly one call of its `response`. Requests that go to the identity service answer on the
 /// SDK's transport thread, one at a time; requests that fail before they are sent (no session, no network, no
-/// attempts left) answer on the calling thread before the call returns. Screens answer on the main thread.
+/// attempts left) answer on the calling thread before the call returns. Screens answer on the main thread. With
+/// `setAnswerQueue`, or with `onMainQueue` around a `response`, every answer comes on one queue instead.
 ///
 /// Inside the answer to a request, further requests, `resumeInBrowser` and `reset` may be called. The functions for
 /// screens (`acquire`, the context, the theme) may be called only if the answer runs on the main thread. A `response`
@@ -42,6 +46,16 @@ public:
 
     /// Same as `setSdkTheme`. Screens already shown keep their theme.
     virtual void setTheme(std::shared_ptr<ThemeCustomization> theme) = 0;
+
+    /// The queue on which this session calls each `response`; also answers that would come before the call returns then
+    /// come later, on the queue. Null, the default: the threads named above. `platform::services().mainQueue` is the
+    /// main thread. Counts for requests and screens that begin afterwards.
+    virtual void setAnswerQueue(std::shared_ptr<platform::DispatchQueue> queue) = 0;
+
+    /// The failure that the session told last, with its cause; absent before the first failure. Inside a `response`
+    /// that received a failure, the failure is the one of that `response`. The same failure stands in a warning line
+    /// of the log, except for failures of screens, which are the person's choices. Callable from any thread.
+    virtual std::optional<Failure> lastFailure() const = 0;
 
     /// Shows the screen that acquires `object`: pushed where the context is in a navigation stack (under screens that
     /// cover the stack), presented elsewhere. `config` is not read: the configuration counts with `join`.

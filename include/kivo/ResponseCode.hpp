@@ -2,6 +2,7 @@
 
 #include <kivo/Export.hpp>
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -95,6 +96,12 @@ KIVO_EXPORT std::string_view message(ResponseCode responseCode);
 
 /// "Processing error", "Document scan error" or "Face scan error", by the range of the code.
 KIVO_EXPORT std::string_view genericMessage(ResponseCode responseCode);
+
+/// The failure of that number; absent when no failure has the number.
+KIVO_EXPORT std::optional<ResponseCode> responseCode(int code);
+
+/// The failure of that name, as the identity service writes it; absent for any other text.
+KIVO_EXPORT std::optional<ResponseCode> responseCodeNamed(std::string_view name);
 
 /// All cases in the order above.
 KIVO_EXPORT std::span<const ResponseCode> allResponseCodes();

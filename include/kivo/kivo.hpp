@@ -5,8 +5,10 @@
 #include <kivo/AcquisitionConfig.hpp>
 #include <kivo/AcquisitionObject.hpp>
 #include <kivo/ActivationResponse.hpp>
+#include <kivo/Completions.hpp>
 #include <kivo/Deployment.hpp>
 #include <kivo/Export.hpp>
+#include <kivo/Failure.hpp>
 #include <kivo/FinalStatusVC.hpp>
 #include <kivo/IdvEvents.hpp>
 #include <kivo/IdvResult.hpp>

@@ -71,13 +71,7 @@ std::optional<ResponseCode> ErrorManager::refusalIn(std::string_view data, const
     if (document->responseType != KivoResponseKeys::fail) {
         return std::nullopt;
     }
-    return responseCodeNamed(document->responseCode.value_or(""));
-}
-
-ResponseCode responseCodeNamed(std::string_view caseName) {
-    const auto codes = allResponseCodes();
-    const auto found = std::ranges::find(codes, caseName, [](ResponseCode code) { return name(code); });
-    return found == codes.end() ? ResponseCode::UNKNOWN_ERROR : *found;
+    return responseCodeNamed(document->responseCode.value_or("")).value_or(ResponseCode::UNKNOWN_ERROR);
 }
 
 ServerReportModel ServerReportModel::of(ResponseCode responseCode, std::string tid, std::string status) {

@@ -29,9 +29,6 @@ struct ErrorManager {
     static std::optional<ResponseCode> refusalIn(std::string_view data, const json::Limits& limits = {});
 };
 
-/// The case of that name; `UNKNOWN_ERROR` for any other text.
-ResponseCode responseCodeNamed(std::string_view caseName);
-
 /// The report of a failure to the identity service.
 struct ServerReportModel {
     std::string action;

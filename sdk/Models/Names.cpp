@@ -1,4 +1,5 @@
 #include <kivo/AcquisitionObject.hpp>
+#include <kivo/Failure.hpp>
 #include <kivo/IdvEvents.hpp>
 #include <kivo/SDKEnv.hpp>
 
@@ -27,6 +28,13 @@ std::string_view IdvEventsHelper::eventName(IdvEvents from) {
                                                            "SESSION_STATUS", "COMMIT_SESSION", "UPLOAD_DOCUMENT",
                                                            "DOCUMENT_SCAN",  "FACE_SCAN",      "OCR_SCAN"};
     return nameIn(names, from);
+}
+
+std::string_view name(FailureKind kind) {
+    static constexpr std::array<std::string_view, 15> names{
+        "refused", "noNetwork", "connection", "timedOut",      "certificate", "pins",   "status", "answer",
+        "address", "noSession", "noAttempts", "configuration", "storage",     "screen", "other"};
+    return nameIn(names, kind);
 }
 
 std::string_view AcquisitionObjectHelper::acquisitionObjectName(AcquisitionObject from) {

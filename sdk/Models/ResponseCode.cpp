@@ -142,6 +142,16 @@ std::string_view genericMessage(ResponseCode responseCode) {
     return responseCode <= ResponseCode::VIZ_CAPTURE_TIMEOUT ? "Document scan error" : "Face scan error";
 }
 
+std::optional<ResponseCode> responseCode(int code) {
+    const auto found = std::ranges::find(entries, code, &Entry::code);
+    return found == entries.end() ? std::nullopt : std::optional{found->responseCode};
+}
+
+std::optional<ResponseCode> responseCodeNamed(std::string_view name) {
+    const auto found = std::ranges::find(entries, name, &Entry::name);
+    return found == entries.end() ? std::nullopt : std::optional{found->responseCode};
+}
+
 std::span<const ResponseCode> allResponseCodes() {
     static constexpr auto all = [] {
         std::array<ResponseCode, entries.size()> codes{};

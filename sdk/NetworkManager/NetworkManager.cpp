@@ -45,11 +45,43 @@ std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcom
     return std::move(*outcome->body);
 }
 
+FailureKind kindOf(platform::UrlErrorKind cause) {
+    using enum platform::UrlErrorKind;
+    switch (cause) {
+    case badUrl:
+    case unsupportedScheme:
+        return FailureKind::address;
+    case cannotFindHost:
+    case cannotConnect:
+    case connectionLost:
+        return FailureKind::connection;
+    case secureConnectionFailed:
+    case serverCertificateUntrusted:
+        return FailureKind::certificate;
+    case pinMismatch:
+        return FailureKind::pins;
+    case timedOut:
+        return FailureKind::timedOut;
+    case badAnswer:
+    case tooManyRedirects:
+    case answerTooLarge:
+        return FailureKind::answer;
+    case cancelled:
+    case unknown:
+        break;
+    }
+    return FailureKind::other;
+}
+
 } // namespace
 
 std::string TransportError::description() const {
     return "TransportError(" + (cause ? std::string{name(*cause)} : "status " + std::to_string(httpStatus)) +
            "): " + text;
+}
+
+Failure TransportError::failure(ResponseCode own) const {
+    return {.code = codeOf(cause, own), .kind = cause ? kindOf(*cause) : FailureKind::status, .text = text + "."};
 }
 
 ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode own) {

@@ -2,7 +2,7 @@
 
 #include "platform/json/Json.hpp"
 
-#include <kivo/ResponseCode.hpp>
+#include <kivo/Failure.hpp>
 #include <kivo/platform/UrlSession.hpp>
 
 #include <functional>
@@ -23,6 +23,9 @@ struct TransportError {
     std::string text;
 
     std::string description() const;
+
+    /// The failure that a host hears of: `own`, unless the server was not a pinned server.
+    Failure failure(ResponseCode own) const;
 };
 
 /// The code for a request that got no usable answer: `own`, unless the server was not a pinned server.

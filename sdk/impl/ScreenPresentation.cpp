@@ -103,7 +103,7 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     }
     constexpr std::string_view function = "acquire(AcquisitionObject:config:response:)";
     resetAcquisitionStateIfDue();
-    response = orNone(std::move(response));
+    response = answeringScreen(std::move(response));
     const auto context = withState([&](State& state) {
         std::swap(state.completionHandlerIdv, response);
         return state.contextViewController;

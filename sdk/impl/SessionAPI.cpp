@@ -4,6 +4,7 @@
 #include "Configuration/session/StoredSession.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
+#include "impl/Completions.hpp"
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 #include "services/mirelo/impl/KivoBE.hpp"
 
@@ -100,30 +101,77 @@ void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> co
     const auto [device, codeHasJoined] =
         withState([](const State& state) { return std::pair{state.deviceCode, state.codeHasJoined}; });
     *codeHasJoined = false;
+    auto told = answering("join(forCode:config:response:)", std::move(response),
+                          [this](const BackendOutcome& outcome) { joinWasTold(outcome); });
     backendClient_.join(std::move(forCode), device, std::move(config),
-                        [this, codeHasJoined, response = orNone(std::move(response))](const IdvOutcome& outcome) {
-                            joinDidComplete(outcome, response, *codeHasJoined);
+                        [this, codeHasJoined, told = std::move(told)](const BackendOutcome& outcome) {
+                            if (outcome) {
+                                withState([&](State& state) { state.tid = (*outcome)->data(); });
+                                *codeHasJoined = true;
+                                isAcquisitionResetDue_ = true;
+                            }
+                            told(outcome);
                         });
 }
 
-void SessionAPI::joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response,
-                                 std::atomic<bool>& codeHasJoined) {
+void SessionAPI::joinWasTold(const BackendOutcome& outcome) {
     if (outcome) {
-        const auto& tid = (*outcome)->data();
-        withState([&](State& state) { state.tid = tid; });
-        codeHasJoined = true;
-        isAcquisitionResetDue_ = true;
-        response(std::make_shared<IdvResult>(tid, IdvEvents::JOIN_SESSION));
         resetAcquisitionStateIfDue();
         return;
     }
-    response(outcome);
     if (rules_.reportsRequestFailures) {
-        validateSendInformCallOnFailure(outcome.error());
+        validateSendInformCallOnFailure(outcome.error().code);
     }
     if (rules_.resetsCodeBoxes) {
         withCodeScreen([](QRCodeVC& screen) { screen.resetActivationCodeFields(); });
     }
+}
+
+void SessionAPI::setAnswerQueue(std::shared_ptr<platform::DispatchQueue> queue) {
+    withState([&](State& state) { std::swap(state.answerQueue, queue); });
+}
+
+std::optional<Failure> SessionAPI::lastFailure() const {
+    return withState([](const State& state) { return state.lastFailure; });
+}
+
+template <class Outcome>
+std::function<void(Outcome)> SessionAPI::onAnswerQueue(std::function<void(Outcome)> completion) const {
+    auto queue = withState([](const State& state) { return state.answerQueue; });
+    return queue ? runningOn(std::move(queue), std::move(completion)) : completion;
+}
+
+BackendCompletion SessionAPI::answering(std::string_view operation, IdvCompletion response,
+                                        BackendCompletion afterwards) {
+    return onAnswerQueue<BackendOutcome>([this, operation, response = std::move(response),
+                                          afterwards = std::move(afterwards)](const BackendOutcome& outcome) {
+        if (!outcome) {
+            const auto& failure = outcome.error();
+            log::line(LogLevel::warning, operation, [&] {
+                return std::string{name(failure.code)} + " (" + std::string{name(failure.kind)} + "): " + failure.text;
+            });
+            withState([&](State& state) { state.lastFailure = failure; });
+        }
+        if (response) {
+            response(outcome ? IdvOutcome{*outcome} : failed(outcome.error().code));
+        }
+        afterwards(outcome);
+    });
+}
+
+IdvCompletion SessionAPI::answeringScreen(IdvCompletion response) {
+    return onAnswerQueue<IdvOutcome>([this, response = std::move(response)](const IdvOutcome& outcome) {
+        if (!outcome) {
+            const auto code = outcome.error();
+            withState([&](State& state) {
+                state.lastFailure = {
+                    .code = code, .kind = FailureKind::screen, .text = std::string{message(code)} + "."};
+            });
+        }
+        if (response) {
+            response(outcome);
+        }
+    });
 }
 
 void SessionAPI::withCodeScreen(const std::function<void(QRCodeVC&)>& work) {
@@ -151,22 +199,23 @@ void SessionAPI::update(std::string action, std::string message, IdvCompletion r
         return state.tid;
     });
     backendClient_.update(std::move(tid), std::move(action), std::move(message),
-                          reportingFailures(std::move(response)));
+                          reportingFailures("update(action:message:response:)", std::move(response)));
 }
 
 void SessionAPI::status(IdvCompletion response) {
-    backendClient_.status(reportingFailures(std::move(response)));
+    backendClient_.status(reportingFailures("status(response:)", std::move(response)));
 }
 
 void SessionAPI::commit(IdvCompletion response) {
     if (rules_.logsCommit) {
         log::debug("commit(response:)", "Calling commit");
     }
-    backendClient_.commit(reportingFailures(std::move(response)));
+    backendClient_.commit(reportingFailures("commit(response:)", std::move(response)));
 }
 
 void SessionAPI::upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion response) {
-    backendClient_.upload(acquisitionObject, std::move(data), reportingFailures(std::move(response)));
+    backendClient_.upload(acquisitionObject, std::move(data),
+                          reportingFailures("upload(acquisitionObject:data:response:)", std::move(response)));
 }
 
 void SessionAPI::resumeInBrowser() {
@@ -177,17 +226,12 @@ void SessionAPI::reset() {
     backendClient_.reset();
 }
 
-IdvCompletion SessionAPI::orNone(IdvCompletion response) {
-    return response ? std::move(response) : [](const IdvOutcome&) {};
-}
-
-IdvCompletion SessionAPI::reportingFailures(IdvCompletion response) {
-    return [this, response = orNone(std::move(response))](const IdvOutcome& outcome) {
-        response(outcome);
+BackendCompletion SessionAPI::reportingFailures(std::string_view operation, IdvCompletion response) {
+    return answering(operation, std::move(response), [this](const BackendOutcome& outcome) {
         if (!outcome && rules_.reportsRequestFailures) {
-            validateSendInformCallOnFailure(outcome.error());
+            validateSendInformCallOnFailure(outcome.error().code);
         }
-    };
+    });
 }
 
 void SessionAPI::activationCodeEntered(std::string code) {

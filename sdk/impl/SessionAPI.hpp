@@ -43,6 +43,8 @@ public:
     void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) override;
     void setContext(std::shared_ptr<platform::ViewController> viewController) override;
     void setTheme(std::shared_ptr<ThemeCustomization> theme) override;
+    void setAnswerQueue(std::shared_ptr<platform::DispatchQueue> queue) override;
+    std::optional<Failure> lastFailure() const override;
     void acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) override;
     void join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) override;
     void update(std::string action, std::string message, IdvCompletion response) override;
@@ -72,6 +74,8 @@ private:
         std::string deviceCode;
         std::string currentSdkStatus;
         std::shared_ptr<platform::ViewController> contextViewController;
+        std::shared_ptr<platform::DispatchQueue> answerQueue;
+        std::optional<Failure> lastFailure;
         IdvCompletion completionHandlerIdv = [](const IdvOutcome&) {};
         /// The last activation code screen; weak, so that the screen ends with its presentation.
         std::weak_ptr<QRCodeVC> qrCodeVC;
@@ -86,13 +90,18 @@ private:
         return access(state_);
     }
 
-    void joinDidComplete(const IdvOutcome& outcome, const IdvCompletion& response, std::atomic<bool>& codeHasJoined);
+    template <class Outcome>
+    std::function<void(Outcome)> onAnswerQueue(std::function<void(Outcome)> completion) const;
+    /// A completion that keeps and logs a failure, tells the host the outcome, and then calls `afterwards`. `operation`
+    /// names the request in the log.
+    BackendCompletion answering(std::string_view operation, IdvCompletion response, BackendCompletion afterwards);
+    /// The same for the outcomes of a screen, whose failures are not logged.
+    IdvCompletion answeringScreen(IdvCompletion response);
+    void joinWasTold(const BackendOutcome& outcome);
     void resetAcquisitionStateIfDue();
     /// Runs `work` on the main queue with the last activation code screen, if the screen still exists.
     void withCodeScreen(const std::function<void(QRCodeVC&)>& work);
-    /// Replaces an empty completion by a completion that does nothing.
-    static IdvCompletion orNone(IdvCompletion response);
-    IdvCompletion reportingFailures(IdvCompletion response);
+    BackendCompletion reportingFailures(std::string_view operation, IdvCompletion response);
     /// `leaving` lists the codes with which a person leaves the screen; without a list, the host learns of every
     /// failure.
     void screenDidComplete(const IdvOutcome& result, std::optional<std::span<const ResponseCode>> leaving);

@@ -60,7 +60,7 @@ id another(const std::string& type, id current, int number) {
     NSString* const name = [NSString stringWithFormat:@"/%d", number];
     const std::pair<const char*, id> samples[] = {
         {"Settings", @{@"key" : name}},
-        {"array", @[ @"a", @"b", @"c", name ]},
+        {"JoinPages", @[ @"a", @"b", @"c", name ]},
         {"string", name},
         {"Color", [KivoColor colorWithRed:0.01 * number green:0 blue:0.5 alpha:1]},
         {"Font", [KivoFont systemFontOfSize:number]},

@@ -102,6 +102,69 @@ TEST_F(Facade, ProvidersConvertOutcomes) {
     EXPECT_EQ(success->success()->responseType(), IdvEvents::JOIN_SESSION);
 }
 
+// One call joins; the answer waits for the main queue, on which the captures end as well.
+TEST_F(Facade, JoinsInOneCallAndAnswersOnTheMainQueue) {
+    std::thread::id heardOn;
+    std::thread::id endedOn;
+    const auto witness = [&endedOn] {
+        return std::shared_ptr<int>{new int{}, [&endedOn](const int* made) {
+                                        delete made;
+                                        endedOn = std::this_thread::get_id();
+                                    }};
+    };
+    const auto page = service.joinPage();
+    IdvOutcome heard = std::unexpected{ResponseCode::NO_RESPONSE};
+    const auto join = [&](std::string version, std::string code, Deployment deployment) {
+        heardOn = endedOn = {};
+        auto session = KivoSDK::join({.key = "K",
+                                      .version = std::move(version),
+                                      .activationCode = std::move(code),
+                                      .config = {.ENVIRONMENT = SDKEnv::TEST},
+                                      .deployment = std::move(deployment)},
+                                     [&, held = witness()](IdvOutcome outcome) {
+                                         heard = std::move(outcome);
+                                         heardOn = std::this_thread::get_id();
+                                     });
+        EXPECT_EQ(heardOn, std::thread::id{}) << "before the call has returned";
+        mainLoop->runUntil([&] { return endedOn != std::thread::id{}; }, std::chrono::seconds{60});
+        EXPECT_EQ(heardOn, std::this_thread::get_id());
+        EXPECT_EQ(endedOn, std::this_thread::get_id());
+        return session;
+    };
+    const auto session = join("", "123456", {.joinPages = {.TEST = page}});
+    ASSERT_EQ(session, KivoSDK::load("K", "18"));
+    EXPECT_TRUE(heard);
+    EXPECT_FALSE(session->lastFailure());
+    EXPECT_EQ(join("", "no code", {.joinPages = {.TEST = page}}), session);
+    EXPECT_EQ(heard.error(), ResponseCode::STATUS_INVALID_ACTIVATION_CODE);
+    EXPECT_EQ(session->lastFailure()->kind, FailureKind::refused);
+    join("", "123456", {.joinPages = {.PROD = page}});
+    EXPECT_EQ(session->lastFailure()->kind, FailureKind::address);
+    EXPECT_EQ(session->lastFailure()->code, ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(join("13", "123456", {.joinPages = {.TEST = page}}), nullptr);
+    EXPECT_EQ(heard.error(), ResponseCode::INVALID_JOIN_SESSION);
+}
+
+TEST_F(Facade, ARequestGivenUpIsAnsweredOnceAndLetsItsCapturesGo) {
+    const auto session = KivoSDK::load("K", "18");
+    service.inject(simulator::Endpoint::join, simulator::Fault::delay(std::chrono::milliseconds{50}));
+    std::vector<IdvOutcome> heard;
+    auto held = std::make_shared<int>();
+    const CancellableCompletion pending{[&heard, held](IdvOutcome outcome) { heard.push_back(std::move(outcome)); }};
+    test::Collected<IdvOutcome> late;
+    session->join("123456", config(), [pending = pending.completion(), late = late.completion()](const auto& outcome) {
+        pending(outcome);
+        late(outcome);
+    });
+    EXPECT_TRUE(pending.cancel());
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_FALSE(pending.cancel());
+    ASSERT_EQ(late.wait().size(), 1U);
+    EXPECT_TRUE(late.wait()[0].outcome);
+    ASSERT_EQ(heard.size(), 1U);
+    EXPECT_EQ(heard[0].error(), ResponseCode::CANCELLED_BY_USER);
+}
+
 /// The first and the last value of an enumeration, and that it has no other.
 template <class Value>
 void expectRange(int first, int last) {

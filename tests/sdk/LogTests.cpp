@@ -32,11 +32,25 @@ TEST(Log, TakesTheThresholdWithTheFirstLine) {
     EXPECT_TRUE(output.contains("first") && output.contains("second"));
 }
 
-TEST(Log, CanBeSilenced) {
-    KivoSDK::setLogLevel(static_cast<LogLevel>(6));
+TEST(Log, GoesToTheHostsSinkAndCanBeSilenced) {
+    std::vector<std::string> lines;
+    KivoSDK::setLogSink([&](LogLevel level, std::string_view line) {
+        lines.push_back(std::to_string(rawValue(level)) + " " + std::string{line.substr(line.rfind(' ') + 1)});
+    });
     testing::internal::CaptureStdout();
     log::error("f()", "loud");
+    log::debug("f()", "quiet");
+    log::print("bare");
+    EXPECT_EQ(lines, (std::vector<std::string>{"5 loud", "3 bare"}));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    KivoSDK::setLogSink({});
+    testing::internal::CaptureStdout();
+    log::print("bare");
+    KivoSDK::setLogLevel(LogLevel::off);
+    log::error("f()", "loud");
+    log::print("bare");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "bare\n");
+    EXPECT_EQ(lines.size(), 2U);
 }
 
 TEST(LogConcurrency, LinesOfManyThreadsComeOutWhole) {

@@ -13,6 +13,8 @@ TEST(ResponseCode, KeepsItsNumberNameAndTexts) {
     std::ostringstream all;
     for (const auto each : allResponseCodes()) {
         all << code(each) << ' ' << name(each) << ": " << message(each) << " (" << genericMessage(each) << ")\n";
+        EXPECT_EQ(responseCode(code(each)), each);
+        EXPECT_EQ(responseCodeNamed(name(each)), each);
     }
     std::ostringstream published;
     published << std::ifstream{KIVO_TEST_DATA "/response-codes.txt"}.rdbuf();
@@ -23,6 +25,7 @@ TEST(ResponseCode, KeepsItsNumberNameAndTexts) {
         EXPECT_EQ(message(unknown), "");
         EXPECT_EQ(genericMessage(unknown), "");
     }
+    EXPECT_FALSE(responseCode(0) || responseCode(1000) || responseCodeNamed("") || responseCodeNamed("no_chip"));
 }
 
 } // namespace

@@ -141,7 +141,7 @@ TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
         }
         EXPECT_EQ(Attempts::shared().retryLimit(), 2) << "an upload counts wherever it leads";
     }
-    Deployment::install({.joinPages = {"", "", "no page", ""}});
+    Deployment::install({.joinPages = {.TEST = "no page"}});
     EXPECT_EQ(join(*session).code(), INVALID_JOIN_SESSION);
 }
 

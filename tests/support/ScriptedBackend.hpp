@@ -11,24 +11,24 @@ namespace kivo::test {
 /// A backend client that answers as told and keeps the reports it gets.
 class ScriptedBackend final : public MireloProxy {
 public:
-    IdvOutcome outcome = std::unexpected{ResponseCode::UNKNOWN_ERROR};
+    BackendOutcome outcome = std::unexpected{Failure{}};
     std::vector<ServerReportModel> reports;
 
-    void join(std::string, std::string, std::shared_ptr<AcquisitionConfig>, IdvCompletion completion) override {
+    void join(std::string, std::string, std::shared_ptr<AcquisitionConfig>, BackendCompletion completion) override {
         completion(outcome);
     }
 
-    void update(std::string, std::string, std::string, IdvCompletion completion) override { completion(outcome); }
+    void update(std::string, std::string, std::string, BackendCompletion completion) override { completion(outcome); }
 
     void update(const ServerReportModel& report) override { reports.push_back(report); }
 
-    void status(IdvCompletion completion) override { completion(outcome); }
+    void status(BackendCompletion completion) override { completion(outcome); }
 
-    void commit(IdvCompletion completion) override { completion(outcome); }
+    void commit(BackendCompletion completion) override { completion(outcome); }
 
     void resumeInBrowser() override {}
 
-    void upload(AcquisitionObject, std::string, IdvCompletion completion) override { completion(outcome); }
+    void upload(AcquisitionObject, std::string, BackendCompletion completion) override { completion(outcome); }
 
     void reset() override {}
 };

@@ -48,6 +48,14 @@ AcquisitionConfig::AcquisitionConfig(SDKEnv environment, std::string kivo_app_do
     , KIVO_DOC_ISSUERS{std::move(kivo_doc_issuers)}
     , KIVO_IMAGES{std::move(kivo_images)} {}
 
+AcquisitionConfig::AcquisitionConfig(AcquisitionConfigValues values)
+    : AcquisitionConfig{values.ENVIRONMENT,
+                        std::move(values.KIVO_APP_DOCLIST),
+                        std::move(values.KIVO_EXPIRE_GRACE),
+                        std::move(values.KIVO_FACEMATCH_MIN),
+                        std::move(values.KIVO_DOC_ISSUERS),
+                        std::move(values.KIVO_IMAGES)} {}
+
 AcquisitionConfig::Dictionary AcquisitionConfig::getAsDictionary() const {
     const auto environment = SDKEnvHelper::environmentName(ENVIRONMENT);
     if (environment.empty()) {

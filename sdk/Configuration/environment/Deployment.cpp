@@ -4,7 +4,8 @@
 #include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
 
-#include <cstddef>
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -21,14 +22,26 @@ Installed& installed() {
     return platform::Process::current().part<Installed>([] { return new Installed; });
 }
 
+struct PageOf {
+    SDKEnv environment;
+    std::string JoinPages::* page;
+};
+
+constexpr std::array pages{
+    PageOf{SDKEnv::PROD, &JoinPages::PROD},
+    PageOf{SDKEnv::PREPROD, &JoinPages::PREPROD},
+    PageOf{SDKEnv::TEST, &JoinPages::TEST},
+    PageOf{SDKEnv::DEV, &JoinPages::DEV},
+};
+
 Deployment readFrom(const platform::PropertyValue::Dictionary& root) {
     Deployment deployment;
-    if (const auto pages = root.find("JoinPages"); pages != root.end() && pages->second.dictionary() != nullptr) {
-        for (std::size_t i = 0; i < deployment.joinPages.size(); ++i) {
-            const auto name = SDKEnvHelper::environmentName(static_cast<SDKEnv>(i));
-            const auto page = pages->second.dictionary()->find(std::string{name});
-            if (page != pages->second.dictionary()->end() && page->second.text() != nullptr) {
-                deployment.joinPages[i] = *page->second.text();
+    if (const auto listed = root.find("JoinPages"); listed != root.end() && listed->second.dictionary() != nullptr) {
+        for (const auto& [environment, page] : pages) {
+            const auto name = SDKEnvHelper::environmentName(environment);
+            const auto text = listed->second.dictionary()->find(std::string{name});
+            if (text != listed->second.dictionary()->end() && text->second.text() != nullptr) {
+                deployment.joinPages.*page = *text->second.text();
             }
         }
     }
@@ -63,8 +76,8 @@ Deployment shipped() {
 } // namespace
 
 std::string Deployment::joinPage(SDKEnv environment) const {
-    const auto index = static_cast<std::size_t>(rawValue(environment));
-    return index < joinPages.size() ? joinPages[index] : std::string{};
+    const auto found = std::ranges::find(pages, environment, &PageOf::environment);
+    return found == pages.end() ? std::string{} : joinPages.*(found->page);
 }
 
 void Deployment::install(Deployment deployment) {

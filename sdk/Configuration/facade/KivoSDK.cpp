@@ -4,10 +4,12 @@
 #include "NetworkManager/Attempts.hpp"
 #include "impl/SessionAPI.hpp"
 
+#include <kivo/Completions.hpp>
 #include <kivo/KivoAPIProvider.hpp>
 #include <kivo/KivoSDK.hpp>
 #include <kivo/SdkVersions.hpp>
 #include <kivo/ZorFrameworkWrapper.hpp>
+#include <kivo/platform/Services.hpp>
 #include <kivo/platform/Text.hpp>
 
 #include <algorithm>
@@ -52,12 +54,33 @@ std::shared_ptr<KivoAPIProvider> KivoSDK::loadForProvider(std::string_view key, 
     return session ? std::make_shared<KivoAPIProvider>(std::move(session)) : nullptr;
 }
 
+std::shared_ptr<KivoAPI> KivoSDK::join(JoinRequest request, IdvCompletion response) {
+    if (request.deployment) {
+        Deployment::install(std::move(*request.deployment));
+    }
+    auto session = load(request.key, request.version.empty() ? SdkVersions::all().back() : request.version);
+    if (!session) {
+        if (const auto answer = onMainQueue(std::move(response))) {
+            answer(std::unexpected{ResponseCode::INVALID_JOIN_SESSION});
+        }
+        return nullptr;
+    }
+    session->setAnswerQueue(platform::services().mainQueue);
+    session->join(std::move(request.activationCode), std::make_shared<AcquisitionConfig>(std::move(request.config)),
+                  std::move(response));
+    return session;
+}
+
 LogLevel KivoSDK::logLevel() {
     return Settings::shared().logLevel;
 }
 
 void KivoSDK::setLogLevel(LogLevel level) {
     Settings::shared().logLevel = level;
+}
+
+void KivoSDK::setLogSink(LogSink sink) {
+    Settings::shared().setLogSink(std::move(sink));
 }
 
 std::string KivoSDK::VERSION() {

@@ -22,6 +22,8 @@ std::string_view markerOf(LogLevel level) {
         return "\u26A0\uFE0F";
     case LogLevel::error:
         return "\u274C";
+    case LogLevel::off:
+        break;
     }
     return "";
 }
@@ -52,7 +54,15 @@ std::string described(const std::vector<std::pair<std::string, std::string>>& te
     return text + "]";
 }
 
-void print(std::string_view line) {
+void print(std::string_view line, LogLevel level) {
+    const auto& settings = Settings::shared();
+    if (settings.logLevel == LogLevel::off) {
+        return;
+    }
+    if (const auto sink = settings.logSink()) {
+        (*sink)(level, line);
+        return;
+    }
     std::string whole{line};
     whole += '\n';
     // Each line is one call, so that the stream's lock keeps the lines of different threads apart.
@@ -61,7 +71,7 @@ void print(std::string_view line) {
 }
 
 void write(LogLevel level, std::string_view function, std::string_view message, const std::source_location& where) {
-    print(format(level, where.file_name(), where.line(), function, message));
+    print(format(level, where.file_name(), where.line(), function, message), level);
 }
 
 } // namespace kivo::log

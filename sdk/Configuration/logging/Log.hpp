@@ -27,8 +27,9 @@ std::string format(LogLevel level, std::string_view file, unsigned line, std::st
 /// Texts under their keys as they appear in log lines: [key: value, key: value].
 std::string described(const std::vector<std::pair<std::string, std::string>>& texts);
 
-/// Prints a line on standard output in one piece, regardless of the threshold.
-void print(std::string_view line);
+/// Hands a line in one piece to the host's sink, or prints the line on standard output. The threshold does not matter,
+/// except that `LogLevel::off` drops every line.
+void print(std::string_view line, LogLevel level = LogLevel::info);
 
 /// Prints a log line, regardless of the threshold.
 void write(LogLevel level, std::string_view function, std::string_view message, const std::source_location& where);

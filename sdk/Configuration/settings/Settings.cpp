@@ -30,4 +30,15 @@ void Settings::setRequestedSDKVersion(std::string version) {
     requestedSDKVersion_ = std::move(version);
 }
 
+std::shared_ptr<const LogSink> Settings::logSink() const {
+    const std::scoped_lock lock{mutex_};
+    return logSink_;
+}
+
+void Settings::setLogSink(LogSink sink) {
+    auto shared = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
+    const std::scoped_lock lock{mutex_};
+    std::swap(logSink_, shared);
+}
+
 } // namespace kivo

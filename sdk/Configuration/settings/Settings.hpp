@@ -3,6 +3,7 @@
 #include <kivo/LogLevel.hpp>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -20,10 +21,15 @@ public:
     std::string requestedSDKVersion() const;
     void setRequestedSDKVersion(std::string version);
 
+    /// The host's receiver of log lines; null where lines go to standard output.
+    std::shared_ptr<const LogSink> logSink() const;
+    void setLogSink(LogSink sink);
+
 private:
     mutable std::mutex mutex_;
     std::string version_ = "183";
     std::string requestedSDKVersion_;
+    std::shared_ptr<const LogSink> logSink_;
 };
 
 } // namespace kivo

@@ -2,6 +2,7 @@
 
 #import "Native.h"
 
+#include <kivo/Deployment.hpp>
 #import <kivo/objc/KivoBundle.h>
 #import <kivo/objc/KivoColor.h>
 #import <kivo/objc/KivoFont.h>
@@ -124,21 +125,18 @@ void take(NSDictionary* dictionary, std::map<std::string, std::string, Compare>&
     }
 }
 
-/// A fixed number of texts; missing texts are empty.
-template <class To, std::size_t count>
-To shown(const std::array<std::string, count>& texts) {
-    NSMutableArray* const array = [NSMutableArray array];
-    for (const auto& text : texts) {
-        [array addObject:toText(text)];
-    }
-    return array;
+/// The join pages as an array in the order of `SDKEnv`; missing pages are empty.
+template <class To>
+To shown(const JoinPages& pages) {
+    return [NSArray
+        arrayWithObjects:toText(pages.PROD), toText(pages.PREPROD), toText(pages.TEST), toText(pages.DEV), nil];
 }
 
-template <std::size_t count>
-void take(NSArray* array, std::array<std::string, count>& texts) {
-    texts = {};
-    for (std::size_t i = 0; i < std::min<std::size_t>([array count], count); ++i) {
-        texts[i] = fromText([array objectAtIndex:i]);
+inline void take(NSArray* array, JoinPages& pages) {
+    pages = {};
+    const std::array all{&pages.PROD, &pages.PREPROD, &pages.TEST, &pages.DEV};
+    for (std::size_t i = 0; i < std::min<std::size_t>([array count], all.size()); ++i) {
+        *all.at(i) = fromText([array objectAtIndex:i]);
     }
 }
 

@@ -91,7 +91,11 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
     using Moment = std::function<void()>;
     const auto later = [this](Moment event) { mainLoop->asyncAfter(1s, std::move(event)); };
     const auto joins = [this](const IdvOutcome& outcome) {
-        backend.outcome = outcome;
+        if (outcome) {
+            backend.outcome = *outcome;
+        } else {
+            backend.outcome = std::unexpected{Failure{.code = outcome.error()}};
+        }
         api->join("123456", nullptr, {});
     };
     const Moment nothing = [] {};

@@ -33,12 +33,31 @@ struct KivoBE::SessionRequest {
 
 namespace {
 
-IdvOutcome succeeded(std::string data, IdvEvents event) {
+BackendOutcome succeeded(std::string data, IdvEvents event) {
     return std::make_shared<IdvResult>(std::move(data), event);
 }
 
-IdvOutcome failed(ResponseCode code) {
-    return std::unexpected{code};
+std::unexpected<Failure> failed(ResponseCode code, FailureKind kind, std::string text) {
+    return std::unexpected{Failure{.code = code, .kind = kind, .text = std::move(text)}};
+}
+
+std::unexpected<Failure> refused(ResponseCode code) {
+    return failed(code, FailureKind::refused,
+                  code == ResponseCode::UNKNOWN_ERROR
+                      ? "The identity service refused the request without a code that is known."
+                      : "The identity service refused the request with " + std::string{name(code)} + ".");
+}
+
+std::unexpected<Failure> withoutSession(ResponseCode code) {
+    return failed(code, FailureKind::noSession, "No session is stored, or the stored session cannot be read.");
+}
+
+std::unexpected<Failure> withoutNetwork() {
+    return failed(ResponseCode::NETWORK_ERROR, FailureKind::noNetwork, "The device has no network.");
+}
+
+std::unexpected<Failure> withoutAttempts() {
+    return failed(ResponseCode::RETRY_LIMIT_REACHED, FailureKind::noAttempts, "No attempt remains for an upload.");
 }
 
 json::Object objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
@@ -68,16 +87,19 @@ KivoBE::KivoBE(InterfaceVersion version)
     , rules_{rowOf(version).backend} {}
 
 void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
-                  IdvCompletion sessionResponseCompletion) {
+                  BackendCompletion sessionResponseCompletion) {
     constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
     if (rules_.clearsStoredAnswerFirst && !storeJoinAnswer("")) {
-        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
+        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::storage,
+                                         "The former session could not be removed from the keychain."));
         return;
     }
     auto dictionary = config ? config->getAsDictionary() : AcquisitionConfig::Dictionary{};
     if (dictionary.empty()) {
-        log::error(function, "A join needs an AcquisitionConfig whose ENVIRONMENT is one of the four environments.");
-        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION));
+        constexpr const char* reason =
+            "A join needs an AcquisitionConfig whose ENVIRONMENT is one of the four environments.";
+        log::error(function, reason);
+        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::configuration, reason));
         return;
     }
     {
@@ -91,7 +113,7 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
     security.setSdkEnvironment(config->ENVIRONMENT);
     if (!security.isNetworkAvailable()) {
         log::debug(function, "**JOIN: Network Unavailable**");
-        sessionResponseCompletion(failed(ResponseCode::NETWORK_ERROR));
+        sessionResponseCompletion(withoutNetwork());
         return;
     }
     {
@@ -105,20 +127,21 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
             [this, completion = std::move(sessionResponseCompletion)](JoinDone done) { completion(judgeJoin(done)); });
 }
 
-IdvOutcome KivoBE::judgeJoin(JoinDone done) const {
+BackendOutcome KivoBE::judgeJoin(JoinDone done) const {
     constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
     log::debug(function,
                [&] { return std::string{"Received join response with result "} + (done ? "true" : "false"); });
     if (!done) {
-        return failed(done.error());
+        return std::unexpected{done.error()};
     }
     const auto session = storedSession();
     if (!session) {
-        return failed(ResponseCode::INVALID_JOIN_SESSION);
+        return failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::answer,
+                      "The answer to the join is no session, or the keychain cannot read the session again.");
     }
     if (session->responseType != ResponseKeys::data) {
         log::debug(function, [&] { return session->encode(); });
-        return failed(responseCodeNamed(session->responseCode));
+        return refused(responseCodeNamed(session->responseCode).value_or(ResponseCode::UNKNOWN_ERROR));
     }
     Attempts::shared().apply(*session);
     return succeeded(session->tId, IdvEvents::JOIN_SESSION);
@@ -142,20 +165,24 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinDone d
     NetworkManager::shared().sendRequest(
         Deployment::current().joinPage(joined.environment), body,
         [shared, codeValue](const platform::Data& answer) {
-            if (text::isUtf8(answer) && storeJoinAnswer(answer)) {
+            if (!text::isUtf8(answer)) {
+                (*shared)(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::answer,
+                                 "The answer to the join is not UTF-8 text."));
+            } else if (!storeJoinAnswer(answer)) {
+                (*shared)(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::storage,
+                                 "The answer to the join could not be stored; an error line names the reason."));
+            } else {
                 // A failure to store the code does not fail the join, because the code is never read again.
                 storeActivationCode(codeValue);
                 (*shared)({});
-            } else {
-                (*shared)(std::unexpected{ResponseCode::INVALID_JOIN_SESSION});
             }
         },
         [shared](const TransportError& error) {
-            (*shared)(std::unexpected{codeOf(error.cause, ResponseCode::INVALID_JOIN_SESSION)});
+            (*shared)(std::unexpected{error.failure(ResponseCode::INVALID_JOIN_SESSION)});
         });
 }
 
-void KivoBE::update(std::string tid, std::string action, std::string message, IdvCompletion completion) {
+void KivoBE::update(std::string tid, std::string action, std::string message, BackendCompletion completion) {
     send({.function = "update(tid:action:message:Completion:)",
           .name = "UPDATE",
           .endpoint = ResponseKeys::updateEndpoint,
@@ -167,7 +194,7 @@ void KivoBE::update(std::string tid, std::string action, std::string message, Id
          completion);
 }
 
-void KivoBE::status(IdvCompletion completion) {
+void KivoBE::status(BackendCompletion completion) {
     send({.function = "status(tid:Completion:)",
           .name = "STATUS",
           .endpoint = ResponseKeys::statusEndpoint,
@@ -176,7 +203,7 @@ void KivoBE::status(IdvCompletion completion) {
          completion);
 }
 
-void KivoBE::commit(IdvCompletion completion) {
+void KivoBE::commit(BackendCompletion completion) {
     send({.function = "commit(tid:Completion:)",
           .name = "COMMIT",
           .endpoint = ResponseKeys::resumeEndpoint,
@@ -185,29 +212,29 @@ void KivoBE::commit(IdvCompletion completion) {
          completion);
 }
 
-void KivoBE::send(const SessionRequest& request, const IdvCompletion& completion) const {
+void KivoBE::send(const SessionRequest& request, const BackendCompletion& completion) const {
     const auto session = storedSession();
     if (!session) {
-        completion(failed(request.invalidSession));
+        completion(withoutSession(request.invalidSession));
         return;
     }
     if (!CommunicationSecurityManager::shared().isNetworkAvailable()) {
         log::debug(request.function, [&] { return "**" + std::string{request.name} + ": Network Unavailable**"; });
-        completion(failed(ResponseCode::NETWORK_ERROR));
+        completion(withoutNetwork());
         return;
     }
     NetworkManager::shared().sendRequest(
         settingIn(session->idpConfig, request.endpoint), request.body,
         [completion, tid = session->tId, event = request.event](const platform::Data& answer) {
             const auto refusal = ErrorManager::refusalIn(answer);
-            completion(refusal ? failed(*refusal) : succeeded(tid, event));
+            completion(refusal ? refused(*refusal) : succeeded(tid, event));
         },
         [completion, code = request.invalidSession](const TransportError& error) {
-            completion(failed(codeOf(error.cause, code)));
+            completion(std::unexpected{error.failure(code)});
         });
 }
 
-void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) {
+void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, BackendCompletion completion) {
     constexpr std::string_view function = "upload(acquisitionObject:data:Completion:)";
     const auto session = storedSession();
     const auto url = session ? settingIn(session->idpBiodata, ResponseKeys::biodataEndpoint) : std::string{};
@@ -215,29 +242,35 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, IdvCo
     auto& attempts = Attempts::shared();
     if (!session) {
         if (attempts.retryLimit() < 1) {
-            completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
+            completion(withoutAttempts());
             return;
         }
         log::debug(function, "upload biodata failed");
-        completion(failed(ResponseCode::BIODATA_UPLOAD_FAILED));
+        completion(withoutSession(ResponseCode::BIODATA_UPLOAD_FAILED));
         return;
     }
     const auto remaining = attempts.take();
     if (!remaining) {
-        completion(failed(ResponseCode::RETRY_LIMIT_REACHED));
+        completion(withoutAttempts());
         return;
     }
     json::Object body;
     body.set(RequestKeys::source, "remote");
     body.set(RequestKeys::acquisitionObject, rawValue(acquisitionObject));
     body.set(RequestKeys::data, std::move(data));
-    const auto finish = [this, function, completion](std::optional<ResponseCode> refusal) {
-        log::debug(function, refusal ? "upload biodata failed" : "upload biodata success");
-        completion(refusal ? failed(*refusal) : succeeded(fields().joinCode, IdvEvents::UPLOAD_DOCUMENT));
+    const auto finish = [function, completion](const BackendOutcome& outcome) {
+        log::debug(function, outcome ? "upload biodata success" : "upload biodata failed");
+        completion(outcome);
     };
     NetworkManager::shared().sendRequest(
-        url, body, [finish](const platform::Data& answer) { finish(ErrorManager::refusalIn(answer)); },
-        [finish](const TransportError& error) { finish(codeOf(error.cause, ResponseCode::BIODATA_UPLOAD_FAILED)); });
+        url, body,
+        [this, finish](const platform::Data& answer) {
+            const auto refusal = ErrorManager::refusalIn(answer);
+            finish(refusal ? refused(*refusal) : succeeded(fields().joinCode, IdvEvents::UPLOAD_DOCUMENT));
+        },
+        [finish](const TransportError& error) {
+            finish(std::unexpected{error.failure(ResponseCode::BIODATA_UPLOAD_FAILED)});
+        });
     CommunicationSecurityManager::shared().tellRemainingAttempts(*remaining, *session);
 }
 

@@ -23,13 +23,13 @@ public:
     explicit KivoBE(InterfaceVersion version);
 
     void join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
-              IdvCompletion sessionResponseCompletion) override;
-    void update(std::string tid, std::string action, std::string message, IdvCompletion completion) override;
+              BackendCompletion sessionResponseCompletion) override;
+    void update(std::string tid, std::string action, std::string message, BackendCompletion completion) override;
     void update(const ServerReportModel& reportModel) override;
-    void status(IdvCompletion completion) override;
-    void commit(IdvCompletion completion) override;
+    void status(BackendCompletion completion) override;
+    void commit(BackendCompletion completion) override;
     void resumeInBrowser() override;
-    void upload(AcquisitionObject acquisitionObject, std::string data, IdvCompletion completion) override;
+    void upload(AcquisitionObject acquisitionObject, std::string data, BackendCompletion completion) override;
     void reset() override;
 
 private:
@@ -41,8 +41,8 @@ private:
         AcquisitionConfig::Dictionary appConfigDictionary;
     };
 
-    /// Success when the answer to a join is stored; otherwise the code of the failure.
-    using JoinDone = std::expected<void, ResponseCode>;
+    /// Success when the answer to a join is stored.
+    using JoinDone = std::expected<void, Failure>;
     /// A request to a joined session; such requests differ only in address, body and codes.
     struct SessionRequest;
 
@@ -50,8 +50,8 @@ private:
     std::string description() const;
     /// Sends the join of the current fields and stores the answer, still unchecked, and `codeValue` beside the answer.
     void getJoin(const std::string& codeValue, std::function<void(JoinDone done)> completion);
-    IdvOutcome judgeJoin(JoinDone done) const;
-    void send(const SessionRequest& request, const IdvCompletion& completion) const;
+    BackendOutcome judgeJoin(JoinDone done) const;
+    void send(const SessionRequest& request, const BackendCompletion& completion) const;
 
     const InterfaceVersion version_;
     const BackendRules rules_;
