@@ -73,6 +73,11 @@ TEST_F(SessionJournal, OfRequests) {
         {"commit without a session", commit},
         {"resume without a session", resume},
         {"upload without a session", lastUpload},
+        {"upload without a session and an attempt",
+         [upload](auto& api, auto response) {
+             Attempts::shared().setRetryLimit(-1);
+             upload(api, response);
+         }},
         {"report without a session",
          [](auto&, auto) {
              for (const auto each : allInterfaceVersions) {
