@@ -47,6 +47,9 @@ TEST_F(SessionJournal, OfRequests) {
         {"upload", upload, "[]"},
         {"refused upload", upload, R"({"response-type":"fail","response-code":"STATUS_BAD_BIODATA"})"},
         {"exhausted upload", upload},
+        {"upload whose notice is lost", lastUpload, "{}", withNetwork, ""},
+        {"refused update whose notice is lost", update, R"({"response-type":"fail"})", withNetwork, ""},
+        {"update with too deep an answer", update, "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["},
         {"status without an answer", status, ""},
         {"status that nobody waits for", [](auto& api, auto) { api.status({}); }},
         {"update without network", update, "{}", withoutNetwork},
@@ -84,6 +87,7 @@ TEST_F(SessionJournal, OfRequests) {
                  KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
              }
          }},
+        {"join with numbers", join, R"({"response-type":"data","tid":7,"idp-config":{"retry-limit":2}})"},
         {"join that nobody waits for", [](auto& api, auto) { api.join("123456", config(), {}); }, joined},
     });
 }
@@ -192,10 +196,15 @@ TEST_F(SessionJournal, AJoinBringsTheRetryLimit) {
 
 TEST_F(SessionJournal, AJoinGoesToThePageOfItsEnvironment) {
     const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", "18"));
+    std::string dates;
     const auto pages = [&] {
         std::vector<std::string> urls;
         for (const auto environment : {SDKEnv::PROD, SDKEnv::PREPROD, SDKEnv::TEST, SDKEnv::DEV}) {
-            journalOf({"", [&](auto& session, auto heard) { session.join("1", config(environment), heard); }}, *api);
+            const Act join = [&](auto& session, auto heard) {
+                session.join("1", config(environment), heard);
+                dates += CommunicationSecurityManager::shared().certificateExpiryDates(/*warn=*/false).leaf + ' ';
+            };
+            journalOf({"", join}, *api);
             urls.push_back(sessions->requests.back().request.url);
         }
         return urls;
@@ -204,6 +213,7 @@ TEST_F(SessionJournal, AJoinGoesToThePageOfItsEnvironment) {
                                               "https://preprod.identity.example/enrol/join.html",
                                               "https://test.identity.example/enrol/join.html",
                                               "https://dev.identity.example/enrol/join.html"));
+    EXPECT_EQ(dates, "09/10/2025 11/09/2025 06/04/2026  ");
     EXPECT_FALSE(Deployment::current().faceTecProduction);
     EXPECT_FALSE(Deployment::current().requiresPins);
     Deployment::install(
