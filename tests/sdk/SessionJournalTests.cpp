@@ -33,6 +33,11 @@ TEST_F(SessionJournal, OfRequests) {
         Attempts::shared().setRetryLimit(1);
         upload(api, response);
     };
+    const Act report = [](auto&, auto) {
+        for (const auto each : allInterfaceVersions) {
+            KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
+        }
+    };
     const Act printStored = [](auto&, auto) {
         log::print("stored: " + storedJoinAnswer().value_or("nothing") + " for " +
                    KeychainWrapper::standard().data("qr_code").value_or("nothing"));
@@ -42,6 +47,7 @@ TEST_F(SessionJournal, OfRequests) {
         {"stored session", printStored},
         {"settings", [](auto&, auto) { log::print("= " + Config::ocrIDScanBaseURL()); }},
         {"update", update},
+        {"report", report},
         {"resume", resume},
         {"commit", commit, "[]"},
         {"upload", upload, "[]"},
@@ -63,6 +69,7 @@ TEST_F(SessionJournal, OfRequests) {
          },
          ""},
         {"join without network", join, "{}", withoutNetwork},
+        {"stored after a join without network", printStored},
         {"join without a configuration", [](auto& api, auto response) { api.join("123456", nullptr, response); }},
         {"join to no environment",
          [](auto& api, auto response) { api.join("123456", config(static_cast<SDKEnv>(4)), response); }},
@@ -81,12 +88,7 @@ TEST_F(SessionJournal, OfRequests) {
              Attempts::shared().setRetryLimit(-1);
              upload(api, response);
          }},
-        {"report without a session",
-         [](auto&, auto) {
-             for (const auto each : allInterfaceVersions) {
-                 KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
-             }
-         }},
+        {"report without a session", report},
         {"join with numbers", join, R"({"response-type":"data","tid":7,"idp-config":{"retry-limit":2}})"},
         {"join that nobody waits for", [](auto& api, auto) { api.join("123456", config(), {}); }, joined},
     });
