@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <openssl/conf.h>
 #include <sys/socket.h>
 
 #include <filesystem>
@@ -71,11 +72,11 @@ TEST(CurlUrlSession, TellsThePersonWhoReadsTheLogWhatWentWrong) {
 }
 
 TEST(CurlUrlSession, SpeaksTls12AndLaterOnly) {
-    // A system that allows older versions does not change that. Read when the process first uses TLS.
+    // A system that allows older versions does not change that.
     const TemporaryFolder folder;
     const auto lax = folder.write("openssl.cnf", "openssl_conf = c\n[c]\nssl_conf = s\n[s]\nsystem_default = d\n"
                                                  "[d]\nMinProtocol = TLSv1\nCipherString = ALL:@SECLEVEL=0\n");
-    ::setenv("OPENSSL_CONF", lax.c_str(), 1);
+    ASSERT_EQ(CONF_modules_load_file(lax.c_str(), nullptr, 0), 1);
     using enum TestTlsServer::Protocol;
     for (const auto& [protocol, seen] : {std::pair{tls11, "secureConnectionFailed"}, {tls12, "200 "}, {tls, "200 "}}) {
         TestTlsServer server{[](const auto&) { return reply(200); }, protocol};

@@ -22,6 +22,7 @@ using simulator::IdentityService;
 using simulator::KeyType;
 using test::reply;
 using test::TestTlsServer;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -137,7 +138,9 @@ TEST_F(Pinning, OnlyAServerWhoseLeafOrIntermediateIsListedGetsAByte) {
             continue;
         }
         EXPECT_TRUE(joinAt(server.joinPage()).succeeded(IdvEvents::JOIN_SESSION));
-        EXPECT_THAT(logged, HasSubstr("urlSession(_:didReceive:completionHandler:) \u2013 SUCCESS\n"));
+        EXPECT_THAT(logged, ContainsRegex("\u2753[^\n]* \u2013 \n( -){10} SSL PINNNING ( -){10} \n\n"
+                                          "\u2753[^\n]*didReceive:completionHandler:\\) \u2013 SUCCESS\n"
+                                          "\u2753[^\n]* \u2013 \n( -){12}  END( -){8} ( -){4} \n\n"));
         EXPECT_THAT(logged, Not(HasSubstr("\u274C")));
         EXPECT_EQ(logged.contains("\u26A0\uFE0F"), !row.warning.empty());
         EXPECT_THAT(logged, HasSubstr(row.warning));

@@ -33,6 +33,11 @@ TEST_F(SessionJournal, OfRequests) {
         Attempts::shared().setRetryLimit(1);
         upload(api, response);
     };
+    const Act report = [](auto&, auto) {
+        for (const auto each : allInterfaceVersions) {
+            KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
+        }
+    };
     const Act printStored = [](auto&, auto) {
         log::print("stored: " + storedJoinAnswer().value_or("nothing") + " for " +
                    KeychainWrapper::standard().data("qr_code").value_or("nothing"));
@@ -42,11 +47,15 @@ TEST_F(SessionJournal, OfRequests) {
         {"stored session", printStored},
         {"settings", [](auto&, auto) { log::print("= " + Config::ocrIDScanBaseURL()); }},
         {"update", update},
+        {"report", report},
         {"resume", resume},
         {"commit", commit, "[]"},
         {"upload", upload, "[]"},
         {"refused upload", upload, R"({"response-type":"fail","response-code":"STATUS_BAD_BIODATA"})"},
         {"exhausted upload", upload},
+        {"upload whose notice is lost", lastUpload, "{}", withNetwork, ""},
+        {"refused update whose notice is lost", update, R"({"response-type":"fail"})", withNetwork, ""},
+        {"update with too deep an answer", update, "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["},
         {"status without an answer", status, ""},
         {"status that nobody waits for", [](auto& api, auto) { api.status({}); }},
         {"update without network", update, "{}", withoutNetwork},
@@ -60,6 +69,7 @@ TEST_F(SessionJournal, OfRequests) {
          },
          ""},
         {"join without network", join, "{}", withoutNetwork},
+        {"stored after a join without network", printStored},
         {"join without a configuration", [](auto& api, auto response) { api.join("123456", nullptr, response); }},
         {"join to no environment",
          [](auto& api, auto response) { api.join("123456", config(static_cast<SDKEnv>(4)), response); }},
@@ -73,12 +83,13 @@ TEST_F(SessionJournal, OfRequests) {
         {"commit without a session", commit},
         {"resume without a session", resume},
         {"upload without a session", lastUpload},
-        {"report without a session",
-         [](auto&, auto) {
-             for (const auto each : allInterfaceVersions) {
-                 KivoBE::shared(each).update(ServerReportModel::of(ResponseCode::NFC_ERROR, "T1", ""));
-             }
+        {"upload without a session and an attempt",
+         [upload](auto& api, auto response) {
+             Attempts::shared().setRetryLimit(-1);
+             upload(api, response);
          }},
+        {"report without a session", report},
+        {"join with numbers", join, R"({"response-type":"data","tid":7,"idp-config":{"retry-limit":2}})"},
         {"join that nobody waits for", [](auto& api, auto) { api.join("123456", config(), {}); }, joined},
     });
 }
@@ -187,10 +198,15 @@ TEST_F(SessionJournal, AJoinBringsTheRetryLimit) {
 
 TEST_F(SessionJournal, AJoinGoesToThePageOfItsEnvironment) {
     const auto api = std::static_pointer_cast<SessionAPI>(KivoSDK::load("KEY", "18"));
+    std::string dates;
     const auto pages = [&] {
         std::vector<std::string> urls;
         for (const auto environment : {SDKEnv::PROD, SDKEnv::PREPROD, SDKEnv::TEST, SDKEnv::DEV}) {
-            journalOf({"", [&](auto& session, auto heard) { session.join("1", config(environment), heard); }}, *api);
+            const Act join = [&](auto& session, auto heard) {
+                session.join("1", config(environment), heard);
+                dates += CommunicationSecurityManager::shared().certificateExpiryDates(/*warn=*/false).leaf + ' ';
+            };
+            journalOf({"", join}, *api);
             urls.push_back(sessions->requests.back().request.url);
         }
         return urls;
@@ -199,6 +215,7 @@ TEST_F(SessionJournal, AJoinGoesToThePageOfItsEnvironment) {
                                               "https://preprod.identity.example/enrol/join.html",
                                               "https://test.identity.example/enrol/join.html",
                                               "https://dev.identity.example/enrol/join.html"));
+    EXPECT_EQ(dates, "09/10/2025 11/09/2025 06/04/2026  ");
     EXPECT_FALSE(Deployment::current().faceTecProduction);
     EXPECT_FALSE(Deployment::current().requiresPins);
     Deployment::install(

@@ -69,14 +69,16 @@ class SessionJournal : public OfflineHost {
 protected:
     using Act = std::function<void(SessionAPI& api, IdvCompletion response)>;
 
-    /// Something to do, and the answer to the first request that it leads to; "" is a time-out.
+    /// Something to do, and the answers to the first request that it leads to and to later ones; "" is a time-out.
     struct Step {
         std::string name;
         Act act;
         std::string_view answer = "{}";
         bool hasNetwork = true;
+        std::string_view laterAnswers = "{}";
     };
 
+    static constexpr bool withNetwork = true;
     static constexpr bool withoutNetwork = false;
 
     SessionJournal() {
@@ -142,12 +144,12 @@ protected:
                     testing::ElementsAre(testing::Pair("Content-Type", "application/json; charset=UTF-8")));
     }
 
-    /// What a step leads to. Requests after its first one are answered with "{}".
+    /// What a step leads to.
     std::vector<std::string> journalOf(const Step& step, SessionAPI& api) {
         testing::internal::CaptureStdout();
         network->setReachable(step.hasNetwork);
         step.act(api, host());
-        for (auto answer = step.answer; answered < sessions->requests.size(); answer = "{}") {
+        for (auto answer = step.answer; answered < sessions->requests.size(); answer = step.laterAnswers) {
             const auto request = sessions->requests[answered++];
             expectUsualLimits(request);
             if (answer.empty()) {

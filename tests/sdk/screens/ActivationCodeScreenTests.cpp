@@ -210,10 +210,10 @@ TEST_F(ActivationCodeScreen, HandsThemeAndItselfToTheScanner) {
     const auto screen = shown(CodeTextFieldStyle::boxed);
     Keys::press(*screen, "1");
     tap(*screen, "scanQRCodeButton");
+    EXPECT_EQ(boxes(*screen), Texts(6)) << "before the scanner is there";
     settle();
     const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(navigation->topViewController());
     ASSERT_NE(scanner, nullptr);
-    EXPECT_EQ(boxes(*screen), Texts(6));
     EXPECT_EQ(scanner->themeObj, screen->themeObj);
     EXPECT_EQ(scanner->delegate.lock(), screen);
     scanner->scanningSucceeded(R"({"code":"ABC"})");
