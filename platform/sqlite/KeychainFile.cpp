@@ -46,7 +46,7 @@ KeychainFile::~KeychainFile() {
 
 OSStatus KeychainFile::open(Purpose purpose, Deadline deadline) {
     deadline_ = deadline;
-    lastFailure_ = SQLITE_OK;
+    isDoubtful_ = false;
     // A database that was read-only when opened may be writable now, and another process may have written to it.
     if (database_ && (isReadOnly_ || !isStillInPlace())) {
         close();
@@ -251,17 +251,41 @@ OSStatus KeychainFile::putAside(const std::string& name, const std::string& mark
     return errSecSuccess;
 }
 
-bool KeychainFile::closeIfDamaged() {
-    if (!isDamage(lastFailure_)) {
-        return false;
+OSStatus KeychainFile::inTransaction(Purpose purpose, const std::function<OSStatus()>& operation) {
+    const auto* const begin = purpose == Purpose::read ? "BEGIN" : "BEGIN IMMEDIATE";
+    auto status = database_->run(begin) == SQLITE_OK ? checkMark() : failure();
+    if (status == errSecSuccess) {
+        status = operation();
     }
-    close();
-    return true;
+    if (status == errSecSuccess && database_->run("COMMIT") != SQLITE_OK) {
+        status = failure();
+    }
+    if (database_->isInTransaction()) {
+        database_->run("ROLLBACK");
+    }
+    return status;
+}
+
+OSStatus KeychainFile::checkMark() {
+    const auto mark = markOf(*database_);
+    if (!mark) {
+        return failure();
+    }
+    isDoubtful_ = *mark != markOfThisRelease;
+    return isDoubtful_ ? errSecDecode : errSecSuccess;
+}
+
+bool KeychainFile::closeIfDoubtful() {
+    if (isDoubtful_) {
+        close();
+    }
+    return isDoubtful_;
 }
 
 OSStatus KeychainFile::failure() {
-    lastFailure_ = database_->lastError();
-    return statusOf(lastFailure_, database_->systemError());
+    const int error = database_->lastError();
+    isDoubtful_ = isDamage(error);
+    return statusOf(error, database_->systemError());
 }
 
 OSStatus KeychainFile::statusOf(int sqliteError, int systemError) {

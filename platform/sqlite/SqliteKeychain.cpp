@@ -149,8 +149,8 @@ private:
             if (status != errSecSuccess) {
                 return status;
             }
-            status = operation();
-            if (status != errSecDecode || !file_.closeIfDamaged()) {
+            status = file_.inTransaction(purpose, operation);
+            if (status != errSecDecode || !file_.closeIfDoubtful()) {
                 break;
             }
         }
@@ -209,21 +209,6 @@ private:
         return errSecSuccess;
     }
 
-    OSStatus update(const KeychainAttributes& query, const KeychainAttributes& change) {
-        auto& database = file_.database();
-        if (database.run("BEGIN IMMEDIATE") != SQLITE_OK) {
-            return file_.failure();
-        }
-        auto status = updateMatching(query, change);
-        if (status == errSecSuccess && database.run("COMMIT") != SQLITE_OK) {
-            status = file_.failure();
-        }
-        if (database.isInTransaction()) {
-            database.run("ROLLBACK");
-        }
-        return status;
-    }
-
     struct Found {
         Identity identity;
         std::int64_t id;
@@ -246,7 +231,7 @@ private:
         return same;
     }
 
-    OSStatus updateMatching(const KeychainAttributes& query, const KeychainAttributes& change) {
+    OSStatus update(const KeychainAttributes& query, const KeychainAttributes& change) {
         const Matching matching{query};
         auto select = file_.database().prepare(
             "SELECT class, service, account, access_group, id, value, accessible FROM items WHERE " +
