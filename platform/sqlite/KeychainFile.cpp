@@ -251,21 +251,6 @@ OSStatus KeychainFile::putAside(const std::string& name, const std::string& mark
     return errSecSuccess;
 }
 
-OSStatus KeychainFile::inTransaction(Purpose purpose, const std::function<OSStatus()>& operation) {
-    const auto* const begin = purpose == Purpose::read ? "BEGIN" : "BEGIN IMMEDIATE";
-    auto status = database_->run(begin) == SQLITE_OK ? checkMark() : failure();
-    if (status == errSecSuccess) {
-        status = operation();
-    }
-    if (status == errSecSuccess && database_->run("COMMIT") != SQLITE_OK) {
-        status = failure();
-    }
-    if (database_->isInTransaction()) {
-        database_->run("ROLLBACK");
-    }
-    return status;
-}
-
 OSStatus KeychainFile::checkMark() {
     const auto mark = markOf(*database_);
     if (!mark) {

@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,9 +38,9 @@ public:
 
     SqliteDatabase& database() { return *database_; }
 
-    /// Runs `operation` in one transaction of the open database, which is undone unless the status is success. Refuses
-    /// with `errSecDecode` when the database no longer carries the mark of this release.
-    OSStatus inTransaction(Purpose purpose, const std::function<OSStatus()>& operation);
+    /// `errSecDecode` when the open database no longer carries the mark of this release. Another process cannot change
+    /// the mark during a transaction.
+    OSStatus checkMark();
 
     /// Absent when the database was opened without its key.
     const std::optional<SealingKey>& key() const { return key_; }
@@ -64,7 +63,6 @@ private:
     OSStatus openDatabase(Purpose purpose);
     OSStatus connect();
     OSStatus setUp();
-    OSStatus checkMark();
     OSStatus openKey(Purpose purpose);
     OSStatus createKey();
     OSStatus putDatabaseAside(std::string_view state, std::string_view why);

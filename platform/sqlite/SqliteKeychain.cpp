@@ -149,10 +149,27 @@ private:
             if (status != errSecSuccess) {
                 return status;
             }
-            status = file_.inTransaction(purpose, operation);
+            status = inTransaction(purpose, operation);
             if (status != errSecDecode || !file_.closeIfDoubtful()) {
                 break;
             }
+        }
+        return status;
+    }
+
+    template <typename Operation>
+    OSStatus inTransaction(Purpose purpose, Operation operation) {
+        auto& database = file_.database();
+        const auto* const begin = purpose == Purpose::read ? "BEGIN" : "BEGIN IMMEDIATE";
+        auto status = database.run(begin) == SQLITE_OK ? file_.checkMark() : file_.failure();
+        if (status == errSecSuccess) {
+            status = operation();
+        }
+        if (status == errSecSuccess && database.run("COMMIT") != SQLITE_OK) {
+            status = file_.failure();
+        }
+        if (database.isInTransaction()) {
+            database.run("ROLLBACK");
         }
         return status;
     }
