@@ -194,11 +194,10 @@ bool KeychainFile::holdsItems() {
 
 OSStatus KeychainFile::createKey() {
     if (holdsItems()) {
-        auto status = putDatabaseAside("without-key", "has no usable key file");
-        if (status == errSecSuccess) {
-            status = openDatabase(Purpose::store);
+        if (const auto status = putDatabaseAside("without-key", "has no usable key file"); status != errSecSuccess) {
+            return status;
         }
-        if (status != errSecSuccess) {
+        if (const auto status = openDatabase(Purpose::store); status != errSecSuccess) {
             return status;
         }
     }
@@ -308,6 +307,10 @@ OSStatus KeychainFile::statusOf(const FileProblem& problem) {
         return errSecNotAvailable;
     case ETIMEDOUT:
         report("The keychain in " + folder + " is held by another process; look for a process that has hung.");
+        return errSecNotAvailable;
+    case EMFILE:
+    case ENFILE:
+        report("The keychain in " + folder + " cannot be opened" + reason + "; " + descriptorRemedy + ".");
         return errSecNotAvailable;
     case ENOSPC:
     case EDQUOT:
