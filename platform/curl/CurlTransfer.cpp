@@ -3,6 +3,7 @@
 #include "platform/curl/CurlEngine.hpp"
 #include "platform/curl/CurlErrors.hpp"
 #include "platform/posix/ExitGuard.hpp"
+#include "platform/posix/Files.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -287,6 +288,7 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
         return std::unexpected{connectionLostError(*destination_)};
     }
     if (code != CURLE_OK) {
+        reportDescriptors();
         return std::unexpected{urlError({.code = code,
                                          .systemError = static_cast<int>(info<long>(CURLINFO_OS_ERRNO)),
                                          .detail = detail_.data(),
@@ -295,6 +297,14 @@ UrlOutcome CurlTransfer::outcomeOf(CURLcode code) {
                                          .trustFile = settings_->trustFile})};
     }
     return answer_.release();
+}
+
+// The error numbers of name service, trust store and sockets seldom reach this place, so the descriptors are counted.
+void CurlTransfer::reportDescriptors() const {
+    if (answer_.status() == 0 && isShortOfDescriptors()) {
+        constexpr auto fault = "A request failed, and the process has hardly a file descriptor left; ";
+        settings_->diagnostics->report("network", std::string{fault}.append(descriptorRemedy).append("."));
+    }
 }
 
 template <typename T>

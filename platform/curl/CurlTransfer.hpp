@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/base/DiagnosticsRelay.hpp"
 #include "platform/curl/CurlConnections.hpp"
 #include "platform/curl/CurlHandles.hpp"
 #include "platform/curl/CurlRequest.hpp"
@@ -31,6 +32,7 @@ struct CurlSettings {
     std::string trustFile;
     std::shared_ptr<UrlSessionDelegate> delegate;
     bool judgesServerTrust = false;
+    std::shared_ptr<Diagnostics> diagnostics = relayedDiagnostics();
 };
 
 /// One request, from `dataTask()` to its completion.
@@ -91,6 +93,7 @@ private:
     bool needsFurtherExchange(CURLcode code);
     bool follow();
     UrlOutcome outcomeOf(CURLcode code);
+    void reportDescriptors() const;
     /// libcurl's information about the exchange; a default value outside an exchange.
     template <typename T>
     T info(CURLINFO which) const;

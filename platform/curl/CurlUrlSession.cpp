@@ -78,8 +78,10 @@ public:
                                      std::shared_ptr<UrlSessionDelegate> delegate,
                                      std::shared_ptr<DispatchQueue> delegateQueue) override {
         const bool judgesServerTrust = delegate && delegate->judgesServerTrust();
-        auto settings = std::make_shared<const CurlSettings>(
-            CurlSettings{std::move(configuration), trustFile_, std::move(delegate), judgesServerTrust});
+        auto settings = std::make_shared<const CurlSettings>(CurlSettings{.configuration = std::move(configuration),
+                                                                          .trustFile = trustFile_,
+                                                                          .delegate = std::move(delegate),
+                                                                          .judgesServerTrust = judgesServerTrust});
         auto callbacks = delegateQueue ? std::move(delegateQueue) : makeCallbackQueue("kivo-callbacks");
         return std::make_shared<CurlUrlSession>(std::move(settings), std::move(callbacks));
     }

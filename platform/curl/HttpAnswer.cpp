@@ -74,7 +74,10 @@ bool HttpAnswer::isRedirect() const {
 }
 
 UrlResponse HttpAnswer::release() {
-    UrlResponse response{.status = status_, .headers = std::move(headers_), .body = std::nullopt};
+    UrlResponse response{.status = status_,
+                         .headers = std::move(headers_),
+                         .body = std::nullopt,
+                         .isProvenWhole = isHttp1_ || length_ || !allowsBody()};
     if (status_ != 204 && status_ != 205 && status_ != 304) {
         response.body = std::move(body_);
     }

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <memory>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace kivo::platform {
 namespace {
@@ -17,6 +19,19 @@ std::unexpected<std::string> cannotBeRead() {
 }
 
 } // namespace
+
+bool isShortOfDescriptors() {
+    constexpr std::size_t aFew = 8;
+    std::vector<FileDescriptor> probes;
+    while (probes.size() < aFew) {
+        FileDescriptor probe{::open("/dev/null", O_RDONLY | O_CLOEXEC)};
+        if (!probe) {
+            return errno == EMFILE || errno == ENFILE;
+        }
+        probes.push_back(std::move(probe));
+    }
+    return false;
+}
 
 std::expected<std::optional<std::string>, std::string> readFile(const std::filesystem::path& path) {
     // Without O_NONBLOCK, opening a FIFO waits for its writer.

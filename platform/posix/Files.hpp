@@ -44,6 +44,12 @@ inline std::string quoted(const std::filesystem::path& path) {
     return std::string{"\""}.append(path.string()).append("\"");
 }
 
+/// The remedy for EMFILE and ENFILE, as the end of a sentence.
+inline constexpr auto descriptorRemedy = "close some files, or raise the limit with \"ulimit -n\"";
+
+/// Whether the process can open only a few more files, if any.
+bool isShortOfDescriptors();
+
 /// The most bytes that a file of texts, settings or layouts may have.
 inline constexpr std::size_t largestFile = std::size_t{4} << 20;
 

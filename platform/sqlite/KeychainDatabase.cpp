@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds longestPause{50};
 
 // The header holds the version twice, so that a damaged number does not pass for the version of a newer release.
 constexpr std::int64_t formatVersion = 1;
-constexpr std::int64_t applicationBase = 0x4B490000;
+constexpr std::int64_t applicationBase = markOfThisRelease - formatVersion;
 
 constexpr auto createVersion = "PRAGMA user_version = 1; PRAGMA application_id = 0x4B490001";
 
@@ -181,9 +181,13 @@ bool SqliteDatabase::isInTransaction() const {
     return sqlite3_get_autocommit(connection_) == 0;
 }
 
+std::optional<std::int64_t> markOf(SqliteDatabase& database) {
+    return database.number("PRAGMA application_id");
+}
+
 KeychainState examine(SqliteDatabase& database) {
     const auto version = database.number("PRAGMA user_version");
-    const auto application = database.number("PRAGMA application_id");
+    const auto application = markOf(database);
     const auto schema = database.text(actualSchema);
     if (!version || !application || !schema) {
         // A failed query is no proof of damage.

@@ -102,6 +102,12 @@ enum class KeychainState {
     unknown,
 };
 
+/// The mark of a database of this release. The mark contains the version of the format.
+inline constexpr std::int64_t markOfThisRelease = 0x4B490001;
+
+/// The mark of a database; absent on an error, which `lastError` names.
+std::optional<std::int64_t> markOf(SqliteDatabase& database);
+
 /// Examines the whole database: versions, tables, pages and indexes.
 KeychainState examine(SqliteDatabase& database);
 

@@ -46,7 +46,7 @@ KeychainFile::~KeychainFile() {
 
 OSStatus KeychainFile::open(Purpose purpose, Deadline deadline) {
     deadline_ = deadline;
-    lastFailure_ = SQLITE_OK;
+    isDoubtful_ = false;
     // A database that was read-only when opened may be writable now, and another process may have written to it.
     if (database_ && (isReadOnly_ || !isStillInPlace())) {
         close();
@@ -194,11 +194,10 @@ bool KeychainFile::holdsItems() {
 
 OSStatus KeychainFile::createKey() {
     if (holdsItems()) {
-        auto status = putDatabaseAside("without-key", "has no usable key file");
-        if (status == errSecSuccess) {
-            status = openDatabase(Purpose::store);
+        if (const auto status = putDatabaseAside("without-key", "has no usable key file"); status != errSecSuccess) {
+            return status;
         }
-        if (status != errSecSuccess) {
+        if (const auto status = openDatabase(Purpose::store); status != errSecSuccess) {
             return status;
         }
     }
@@ -251,17 +250,26 @@ OSStatus KeychainFile::putAside(const std::string& name, const std::string& mark
     return errSecSuccess;
 }
 
-bool KeychainFile::closeIfDamaged() {
-    if (!isDamage(lastFailure_)) {
-        return false;
+OSStatus KeychainFile::checkMark() {
+    const auto mark = markOf(*database_);
+    if (!mark) {
+        return failure();
     }
-    close();
-    return true;
+    isDoubtful_ = *mark != markOfThisRelease;
+    return isDoubtful_ ? errSecDecode : errSecSuccess;
+}
+
+bool KeychainFile::closeIfDoubtful() {
+    if (isDoubtful_) {
+        close();
+    }
+    return isDoubtful_;
 }
 
 OSStatus KeychainFile::failure() {
-    lastFailure_ = database_->lastError();
-    return statusOf(lastFailure_, database_->systemError());
+    const int error = database_->lastError();
+    isDoubtful_ = isDamage(error);
+    return statusOf(error, database_->systemError());
 }
 
 OSStatus KeychainFile::statusOf(int sqliteError, int systemError) {
@@ -299,6 +307,10 @@ OSStatus KeychainFile::statusOf(const FileProblem& problem) {
         return errSecNotAvailable;
     case ETIMEDOUT:
         report("The keychain in " + folder + " is held by another process; look for a process that has hung.");
+        return errSecNotAvailable;
+    case EMFILE:
+    case ENFILE:
+        report("The keychain in " + folder + " cannot be opened" + reason + "; " + descriptorRemedy + ".");
         return errSecNotAvailable;
     case ENOSPC:
     case EDQUOT:

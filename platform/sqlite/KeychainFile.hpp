@@ -38,15 +38,19 @@ public:
 
     SqliteDatabase& database() { return *database_; }
 
+    /// `errSecDecode` when the open database no longer carries the mark of this release. Another process cannot change
+    /// the mark during a transaction.
+    OSStatus checkMark();
+
     /// Absent when the database was opened without its key.
     const std::optional<SealingKey>& key() const { return key_; }
 
     /// Reports the last error of the database and returns the keychain's status for the error.
     OSStatus failure();
 
-    /// Closes the database if its last failure is a sign of damage; false for any other failure. The next `open()`
-    /// examines the file, and puts a damaged file aside.
-    bool closeIfDamaged();
+    /// Closes the database after a sign of damage or of another release; false after any other failure. The next
+    /// `open()` examines the file, and puts a damaged file aside.
+    bool closeIfDoubtful();
 
     /// Keeps `text` for the diagnostics unless the last text kept was the same.
     void report(std::string text);
@@ -77,7 +81,7 @@ private:
     pid_t process_ = 0;
     ino_t inode_ = 0;
     bool isReadOnly_ = false;
-    int lastFailure_ = 0;
+    bool isDoubtful_ = false;
     std::optional<SealingKey> key_;
     std::string lastReport_;
     std::vector<std::string> reports_;

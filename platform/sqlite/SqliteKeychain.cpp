@@ -149,10 +149,27 @@ private:
             if (status != errSecSuccess) {
                 return status;
             }
-            status = operation();
-            if (status != errSecDecode || !file_.closeIfDamaged()) {
+            status = inTransaction(purpose, operation);
+            if (status != errSecDecode || !file_.closeIfDoubtful()) {
                 break;
             }
+        }
+        return status;
+    }
+
+    template <typename Operation>
+    OSStatus inTransaction(Purpose purpose, Operation operation) {
+        auto& database = file_.database();
+        const auto* const begin = purpose == Purpose::read ? "BEGIN" : "BEGIN IMMEDIATE";
+        auto status = database.run(begin) == SQLITE_OK ? file_.checkMark() : file_.failure();
+        if (status == errSecSuccess) {
+            status = operation();
+        }
+        if (status == errSecSuccess && database.run("COMMIT") != SQLITE_OK) {
+            status = file_.failure();
+        }
+        if (database.isInTransaction()) {
+            database.run("ROLLBACK");
         }
         return status;
     }
@@ -209,21 +226,6 @@ private:
         return errSecSuccess;
     }
 
-    OSStatus update(const KeychainAttributes& query, const KeychainAttributes& change) {
-        auto& database = file_.database();
-        if (database.run("BEGIN IMMEDIATE") != SQLITE_OK) {
-            return file_.failure();
-        }
-        auto status = updateMatching(query, change);
-        if (status == errSecSuccess && database.run("COMMIT") != SQLITE_OK) {
-            status = file_.failure();
-        }
-        if (database.isInTransaction()) {
-            database.run("ROLLBACK");
-        }
-        return status;
-    }
-
     struct Found {
         Identity identity;
         std::int64_t id;
@@ -246,7 +248,7 @@ private:
         return same;
     }
 
-    OSStatus updateMatching(const KeychainAttributes& query, const KeychainAttributes& change) {
+    OSStatus update(const KeychainAttributes& query, const KeychainAttributes& change) {
         const Matching matching{query};
         auto select = file_.database().prepare(
             "SELECT class, service, account, access_group, id, value, accessible FROM items WHERE " +

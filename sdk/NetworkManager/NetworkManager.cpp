@@ -29,6 +29,15 @@ platform::UrlSessionConfiguration sessionConfiguration() {
             .responseLimit = std::size_t{1024} * 1024};
 }
 
+/// Whether the answer may be only the beginning of what the server had to say. No beginning of a JSON object is JSON.
+bool mayBeCut(const platform::UrlResponse& response) {
+    if (response.isProvenWhole) {
+        return false;
+    }
+    const auto read = json::read(*response.body);
+    return !read && !read.error().isBeyondLimits();
+}
+
 std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
     if (!outcome) {
         return std::unexpected{TransportError{.cause = outcome.error().kind, .text = outcome.error().text}};
@@ -41,6 +50,11 @@ std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcom
     if (!outcome->body) {
         return std::unexpected{
             TransportError{.cause = {}, .httpStatus = status, .text = "The server answered without a body"}};
+    }
+    if (mayBeCut(*outcome)) {
+        return std::unexpected{TransportError{.cause = platform::UrlErrorKind::connectionLost,
+                                              .httpStatus = status,
+                                              .text = "The server answered without a length, and no whole JSON"}};
     }
     return std::move(*outcome->body);
 }

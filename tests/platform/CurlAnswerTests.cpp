@@ -65,7 +65,7 @@ TEST(CurlAnswer, CountsOnHttp2WhenItsStreamCameToItsEnd) {
         std::string seen;
         After after = After::keepOpen;
     } rows[] = {
-        {http2::head() + abc + end, "200 abcdef"},
+        {http2::head() + abc + end, "200 abcdef?"},
         {http2::head("6") + abc + end, "200 abcdef"},
         {http2::head("6") + abc + resetWith(0), "connectionLost"},
         {http2::head() + abc + resetWith(2), "connectionLost"},

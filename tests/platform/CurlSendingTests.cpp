@@ -17,7 +17,7 @@ using After = TestReply::After;
 using Protocol = TestTlsServer::Protocol;
 
 std::string http2Answer() {
-    return http2::head() + http2::frame(http2::Type::data, http2::endStream, "");
+    return http2::head("0") + http2::frame(http2::Type::data, http2::endStream, "");
 }
 
 std::shared_ptr<UrlSession> sessionFor(const TestTlsServer& server) {

@@ -1,6 +1,8 @@
 #include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "support/HostFixture.hpp"
+#include "support/Http2Frames.hpp"
+#include "support/TestTlsServer.hpp"
 
 #include <set>
 
@@ -122,6 +124,28 @@ TEST_F(SessionFailures, OnlyAnExplicitFailRefusesAndOnlyDataJoins) {
             }
         }
     }
+}
+
+TEST_F(SessionFailures, APartOfAnAnswerWithoutALengthIsNoAnswer) {
+    namespace http2 = test::http2;
+    std::string whole;
+    std::atomic<std::size_t> size = 1000;
+    test::TestTlsServer server{[&](const auto&) {
+                                   return test::TestReply{http2::head() + http2::frame(http2::Type::data,
+                                                                                       http2::endStream,
+                                                                                       whole.substr(0, size))};
+                               },
+                               test::TestTlsServer::Protocol::http2};
+    whole = R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":")" + server.url() + R"("}})";
+    installServices(bundle(), server.certificateFile());
+    Deployment::install({.joinPages = {"", "", server.url(), ""}});
+    ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    for (const std::size_t part : {0UZ, 20UZ, whole.size() - 1}) {
+        size = part;
+        EXPECT_EQ(answerTo(operations[2].call).code(), INVALID_STATUS_SESSION) << part;
+    }
+    EXPECT_EQ(join(*session).code(), INVALID_JOIN_SESSION);
+    EXPECT_EQ(storedJoinAnswer(), "") << "and is not stored";
 }
 
 TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {

@@ -1,10 +1,12 @@
 #include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "support/HostFixture.hpp"
+#include "support/RecordedDiagnostics.hpp"
 #include "support/ScriptedUrlSessions.hpp"
 
 #include <kivo/platform/LinuxServices.hpp>
 
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,6 +29,26 @@ TEST_F(SessionsAndTheSystem, AMachineWithoutThreadsAnswers) {
     services.urlSessions = exhausted;
     platform::install(services);
     EXPECT_EQ(join(*session).code(), ResponseCode::INVALID_JOIN_SESSION);
+}
+
+TEST_F(SessionsAndTheSystem, AProcessWithoutDescriptorsAnswersAndSaysWhy) {
+    const auto diagnostics = std::make_shared<test::RecordedDiagnostics>();
+    services.diagnostics = diagnostics;
+    platform::install(services);
+    rlimit former{};
+    getrlimit(RLIMIT_NOFILE, &former);
+    const rlimit none{.rlim_cur = 3, .rlim_max = former.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    // Before the request, version 17 leaves the keychain alone.
+    const auto joined = join(*KivoSDK::load("KEY", "17"));
+    const auto asked = answerTo([&](auto response) { session->status(response); });
+    setrlimit(RLIMIT_NOFILE, &former);
+    EXPECT_EQ(joined.code(), ResponseCode::INVALID_JOIN_SESSION);
+    EXPECT_EQ(asked.code(), ResponseCode::INVALID_STATUS_SESSION);
+    using testing::AllOf;
+    using testing::HasSubstr;
+    EXPECT_THAT(diagnostics->texts(), testing::IsSupersetOf({AllOf(HasSubstr("network: "), HasSubstr("ulimit -n")),
+                                                             AllOf(HasSubstr("keychain: "), HasSubstr("ulimit -n"))}));
 }
 
 TEST_F(SessionsAndTheSystem, AnAnswerThatCannotBeStoredFailsTheJoin) {

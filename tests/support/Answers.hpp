@@ -72,12 +72,13 @@ inline platform::UrlOutcome exchange(platform::UrlSession& session, platform::Ur
     return std::move(entries.front().outcome);
 }
 
-/// "200 body", "204 without body", or the kind of the error.
+/// "200 body", "204 without body", or the kind of the error. "200 body?" is not proven whole.
 inline std::string summary(const platform::UrlOutcome& outcome) {
     if (!outcome) {
         return std::string{name(outcome.error().kind)};
     }
-    return std::to_string(outcome->status) + (outcome->body ? " " + *outcome->body : " without body");
+    return std::to_string(outcome->status) + (outcome->body ? " " + *outcome->body : " without body") +
+           (outcome->isProvenWhole ? "" : "?");
 }
 
 } // namespace kivo::test

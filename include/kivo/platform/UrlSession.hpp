@@ -53,6 +53,9 @@ struct UrlResponse {
     std::vector<HttpHeader> headers;
     /// Absent when the status allows no body (204, 205, 304); empty when the body has no bytes.
     std::optional<Data> body;
+    /// False when nothing but the end of an HTTP/2 stream says that the body is whole: the answer has no length, and
+    /// the server may have ended the stream early.
+    bool isProvenWhole = true;
 };
 
 /// Why a request ended without an HTTP answer.
@@ -134,7 +137,7 @@ public:
 /// A request is sent once. A request whose fate is unknown, because its connection ended before the answer, fails and
 /// is not repeated. Only an https redirect of the server (at most 20) sends the request on. Only a whole answer counts:
 /// an answer without a length that comes neither in chunks nor in frames is refused (`badAnswer`). On HTTP/2 an answer
-/// without a length ends with the server's stream, even when the server ends the stream early without naming an error.
+/// without a length ends with the server's stream, and is not proven whole (`UrlResponse::isProvenWhole`).
 ///
 /// Cookies are kept in memory, for the session's own requests only.
 class KIVO_EXPORT UrlSession {
