@@ -35,7 +35,10 @@ std::string dateAfterMillennium(double seconds) {
     std::tm parts{};
     gmtime_r(&time, &parts);
     std::array<char, 32> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)};
+    const auto size = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    // The C library writes a year before 1000 without leading zeros.
+    constexpr std::size_t usualSize = 20;
+    return std::string(usualSize - size, '0').append(text.data(), size);
 }
 
 /// Follows the references of a file, from the top object down. Every number is checked where it is used.

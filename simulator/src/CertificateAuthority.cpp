@@ -132,12 +132,15 @@ IssuedCertificate CertificateAuthority::issue(const CertificateRequest& request)
         sound.flaw = CertificateFlaw::none;
         return CertificateAuthority{}.issue(sound);
     }
-    const bool expired = request.flaw == CertificateFlaw::expired;
+    const long validFrom = request.flaw == CertificateFlaw::expired       ? -30 * day
+                           : request.flaw == CertificateFlaw::notYetValid ? day
+                                                                          : -day;
+    const long validUntil = request.flaw == CertificateFlaw::expired ? -day : 90 * day;
     const bool selfSigned = request.flaw == CertificateFlaw::selfSigned;
     const auto names =
         request.flaw == CertificateFlaw::wrongHost ? std::vector<std::string>{"elsewhere.example"} : request.names;
     const auto key = makeKey(request.keyType);
-    const auto leaf = draft(names.at(0), key.get(), expired ? -30 * day : -day, expired ? -day : 90 * day);
+    const auto leaf = draft(names.at(0), key.get(), validFrom, validUntil);
     auto* const issuer = selfSigned ? leaf.get() : chain_->intermediate.get();
     addExtension(leaf.get(), issuer, NID_basic_constraints, "critical,CA:FALSE");
     addExtension(leaf.get(), issuer, NID_ext_key_usage, "serverAuth");

@@ -53,6 +53,7 @@ const std::vector<NamedFault>& namedFaults() {
         {"refuse", "refuses with STATUS_AUTH_FAILED", Fault::refuse("STATUS_AUTH_FAILED")},
         {"bad-document", "refuses with STATUS_BAD_BIODATA", Fault::refuse("STATUS_BAD_BIODATA")},
         {"expired", "presents an expired certificate", Fault::certificate(expired)},
+        {"not-yet-valid", "presents a certificate of tomorrow", Fault::certificate(notYetValid)},
         {"wrong-host", "presents another host's certificate", Fault::certificate(wrongHost)},
         {"self-signed", "presents a self-signed certificate", Fault::certificate(selfSigned)},
         {"untrusted", "presents an unknown authority's certificate", Fault::certificate(untrustedAuthority)},

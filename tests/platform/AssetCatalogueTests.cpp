@@ -51,9 +51,27 @@ TEST_F(AssetCatalogueTest, PicksTheFinestPictureAndItsSizeInPoints) {
     EXPECT_EQ((*image)->size, (Size{24, 12}));
 
     header[20] = '\x80';
-    folder_.write(set / "close@2x.png", header);
-    ASSERT_FALSE(catalogue_.image("close-icon"));
-    EXPECT_THAT(catalogue_.image("close-icon").error(), testing::HasSubstr("impossible width or height"));
+    folder_.write(set / "broken.png", header);
+    folder_.write("Icons.xcassets/outside.png", header);
+    const auto entry = [](const std::string& file) {
+        return R"({"images": [{"idiom": "universal", "filename": ")" + file + "\"}]}";
+    };
+    const std::pair<std::string, const char*> rows[] = {
+        {entry("broken.png"), "impossible width or height"},
+        {entry("../outside.png"), "not in its folder"},
+        {entry("missing.png"), "not in its folder"},
+        {entry(""), "no universal image"},
+        {R"({"images": [{"idiom": "universal", "filename": "close.png", "appearances": []}]})", "no universal image"},
+        {R"({"images": {}})", "no list \"images\""},
+        {"[]", "no JSON with an object"},
+    };
+    for (const auto& [contents, problem] : rows) {
+        folder_.write(set / "Contents.json", contents);
+        ASSERT_FALSE(catalogue_.image("close-icon")) << contents;
+        EXPECT_THAT(catalogue_.image("close-icon").error(), testing::HasSubstr(problem));
+    }
+    std::filesystem::remove(folder_.path() / set / "Contents.json");
+    EXPECT_THAT(catalogue_.image("close-icon").error(), testing::HasSubstr("does not exist"));
 }
 
 } // namespace

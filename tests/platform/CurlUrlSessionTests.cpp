@@ -31,11 +31,14 @@ std::shared_ptr<UrlSession> sessionFor(const TestTlsServer& server, UrlSessionCo
 }
 
 TEST(CurlUrlSession, GivesTheHeadersAsTheyCame) {
-    TestTlsServer server{[](const auto&) { return reply(200, "", "X-Second:  two words \r\nX-Empty:\r\n"); }};
-    const auto outcome = exchange(*sessionFor(server), {.url = server.url()});
+    TestTlsServer server{[](const std::string& request) {
+        return request.contains("/old") ? reply(307, "", "X-Old: 1\r\nLocation: /new\r\n")
+                                        : reply(200, "", "X-Second:  two words \r\n\tand more\r\nX-Empty:\r\n");
+    }};
+    const auto outcome = exchange(*sessionFor(server), {.url = server.url("/old")});
     ASSERT_TRUE(outcome);
-    EXPECT_THAT(outcome->headers, testing::ElementsAre(HttpHeader{"X-Second", "two words"}, HttpHeader{"X-Empty", ""},
-                                                       HttpHeader{"Content-Length", "0"}));
+    EXPECT_THAT(outcome->headers, testing::ElementsAre(HttpHeader{"X-Second", "two words and more"},
+                                                       HttpHeader{"X-Empty", ""}, HttpHeader{"Content-Length", "0"}));
 }
 
 TEST(CurlUrlSession, TellsThePersonWhoReadsTheLogWhatWentWrong) {
@@ -95,6 +98,8 @@ TEST(CurlUrlSession, SendsExactlyTheRequestItWasGiven) {
         {{.headers = {{"Content-Length", "7"}, {"X-SESSION", "r"}}},
          "GET" + start + "Content-Type: text/plain\r\nX-SESSION: r\r\n\r\n"},
         {{.method = "PUT"}, "PUT" + start + "X-Session: s\r\nContent-Type: text/plain\r\nContent-Length: 0\r\n\r\n"},
+        {{.method = "HEAD"}, "HEAD" + start + "X-Session: s\r\nContent-Type: text/plain\r\n\r\n"},
+        {{.body = "b"}, "GET" + start + "X-Session: s\r\nContent-Type: text/plain\r\nContent-Length: 1\r\n\r\nb"},
         {{.method = "DELETE"}, "DELETE" + start + "X-Session: s\r\nContent-Type: text/plain\r\n\r\n"},
     };
 

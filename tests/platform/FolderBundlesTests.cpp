@@ -2,6 +2,7 @@
 
 #include "platform/bundle/PropertyListReader.hpp"
 #include "platform/bundle/StringsFile.hpp"
+#include "platform/linux/LinuxParts.hpp"
 #include "support/Program.hpp"
 #include "support/PropertyLists.hpp"
 #include "support/RecordedDiagnostics.hpp"
@@ -11,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <bit>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <thread>
@@ -75,10 +78,11 @@ TEST(PropertyListReader, ReadsTheSameFromEveryForm) {
         "<dict><key>text</key><string>a &lt; \xE2\x82\xAC</string><key>number</key>"
         "<integer>-5</integer><key>real</key><real>1.5</real><key>flag</key><true/>"
         "<key>bytes</key><data>AA EC\nAw==</data><key>list</key><array><string>x</string><dict/></array>"
-        "<key>date</key><date>2026-01-31T08:15:00Z</date></dict>");
+        "<key>date</key><date>2026-01-31T08:15:00Z</date><key>hex</key><integer>0X1f</integer>"
+        "<key>plus</key><integer> +12 </integer></dict>");
     const auto all = readPropertyList(text);
     ASSERT_TRUE(all);
-    EXPECT_EQ(all->dictionary()->size(), 7U);
+    EXPECT_EQ(all->dictionary()->size(), 9U);
     EXPECT_EQ(readPropertyList(test::binaryPropertyList(text)), all);
     EXPECT_EQ(readPropertyList("\xEF\xBB\xBF" + text), all);
 }
@@ -99,6 +103,15 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
         {test::propertyList("<array>" + repeated("<true/>", 100'000) + "</array>"), "holds too much"},
         {test::propertyList("<dict><key>a</key></dict>"), "not a well-formed"},
         {test::propertyList("<array><integer>5 apples</integer></array>"), "not a well-formed"},
+        {test::propertyList("<array><integer>0x</integer></array>"), "not a well-formed"},
+        {test::propertyList("<array><date>2026-01-31</date></array>"), "not a well-formed"},
+        {test::propertyList("<array><data>A</data></array>"), "not a well-formed"},
+        {test::propertyList("<array><data>AA=A</data></array>"), "not a well-formed"},
+        {test::propertyList("<array>text</array>"), "not a well-formed"},
+        {test::propertyList("<array><set/></array>"), "not a well-formed"},
+        {test::propertyList("<dict><string>a</string></dict>"), "not a well-formed"},
+        {test::propertyList("<array/><array/>"), "not a well-formed"},
+        {"bplist00" + std::string(31, '\0'), "damaged"},
         {test::propertyList(std::string{"<array><string>a\0b</string></array>", 36}), "not a well-formed"},
         {"<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><array/></plist>", "not a well-formed"},
         {"<!DOCTYPE plist SYSTEM \"x\"><plist><string>&a;</string></plist>", "not a well-formed"},
@@ -120,6 +133,39 @@ TEST_F(FolderBundlesTest, TellsOnceOfAPropertyListThatCannotBeRead) {
     EXPECT_EQ(main()->propertyList("folder"), std::nullopt);
     EXPECT_EQ(main()->propertyList("missing"), std::nullopt);
     EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("folder.plist\" is not a file")));
+}
+
+TEST(PropertyListReader, TakesBinaryDatesOfFourDigitYears) {
+    const auto dated = [](double seconds) {
+        std::string bytes;
+        for (auto bits = std::bit_cast<std::uint64_t>(seconds); bytes.size() < 8; bits <<= 8) {
+            bytes += static_cast<char>(bits >> 56);
+        }
+        return readPropertyList("bplist00\x33" + bytes + '\x08' + std::string(6, '\0') + "\x01\x01" +
+                                std::string(7, '\0') + '\x01' + std::string(15, '\0') + '\x11');
+    };
+    EXPECT_EQ(*dated(-63'113'904'000)->text(), "0001-01-01T00:00:00Z");
+    EXPECT_EQ(*dated(0.9)->text(), "2001-01-01T00:00:00Z");
+    EXPECT_EQ(*dated(252'423'993'599)->text(), "9999-12-31T23:59:59Z");
+    for (const double beyond : {-63'113'904'001.0, 252'423'993'600.0, std::nan("")}) {
+        EXPECT_FALSE(dated(beyond)) << beyond;
+    }
+}
+
+TEST_F(FolderBundlesTest, GiveTheDataFolderItsName) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"com.example.app", "com.example.app"}, {".", "_"}, {"..", "_"}, {"../a/b", ".._a_b"},
+        {"", "executable.kivo-platform-tests"},
+    };
+    for (const auto& [identifier, name] : rows) {
+        write("app.bundle/Info.plist",
+              test::propertyList("<dict><key>CFBundleIdentifier</key><string>" + identifier + "</string></dict>"));
+        setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+        EXPECT_EQ(defaultDataFolder(*main()).path(), folder / "data/kivo" / name);
+        setenv("XDG_DATA_HOME", "relative", 1);
+        setenv("HOME", folder.c_str(), 1);
+        EXPECT_EQ(defaultDataFolder(*main()).path(), folder / ".local/share/kivo" / name);
+    }
 }
 
 TEST_F(FolderBundlesTest, TellsOnceOfAnInformationDictionaryThatCannotBeRead) {

@@ -152,15 +152,12 @@ TEST_F(KeychainDurabilityTest, AFullDiskLosesNothingAndForgetsNothingUnheard) {
     const auto keychain = open();
     ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
     std::signal(SIGXFSZ, SIG_IGN);
-    rlimit former{};
-    getrlimit(RLIMIT_FSIZE, &former);
-    const rlimit full{.rlim_cur = 100, .rlim_max = former.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    auto full = std::make_unique<LowLimit>(RLIMIT_FSIZE, 100);
     EXPECT_EQ(keychain->SecItemUpdate(item("one"), value(std::string(50'000, 'n'))), errSecDiskFull);
     EXPECT_EQ(keychain->SecItemAdd(item("two", "value")), errSecDiskFull);
     EXPECT_EQ(keychain->SecItemDelete(item("one")), errSecDiskFull);
     EXPECT_EQ(read(*keychain, "one"), "value");
-    setrlimit(RLIMIT_FSIZE, &former);
+    full.reset();
     EXPECT_THAT(diagnostics->texts(), Each(HasSubstr("free some space")));
     EXPECT_EQ(keychain->SecItemAdd(item("two", "later")), errSecSuccess);
     EXPECT_EQ(read("one") + " " + read("two"), "value later");

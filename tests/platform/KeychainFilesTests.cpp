@@ -1,10 +1,10 @@
 #include "platform/linux/DeviceIdentifier.hpp"
 #include "support/KeychainFixture.hpp"
+#include "support/Program.hpp"
 
 #include <kivo/platform/LinuxServices.hpp>
 
 #include <gmock/gmock.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -146,28 +146,25 @@ TEST_F(KeychainFilesTest, WithoutAHomeNothingIsKept) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "only the superuser can become a user without a home";
     }
-    const auto child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        unsetenv("HOME");
-        unsetenv("XDG_DATA_HOME");
-        setenv("TMPDIR", parent.path().c_str(), 1);
-        chmod(parent.path().c_str(), 0777);
-        if (setuid(54321) != 0) {
-            _exit(2);
-        }
-        hear(diagnostics);
-        const auto all = linuxServices();
-        const bool isRefused = all.keychain->SecItemAdd(item("one", "value")) == errSecNotAvailable &&
-                               read(*all.keychain, "one") == std::to_string(errSecNotAvailable) &&
-                               !all.device->identifierForVendor();
-        const bool isSaid = diagnostics->texts().size() == 2 && diagnostics->texts()[0].contains("set HOME") &&
-                            diagnostics->texts()[1].contains("set HOME");
-        _exit(isRefused && isSaid && fs::is_empty(parent.path()) ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(statusInChild([&] {
+                  unsetenv("HOME");
+                  unsetenv("XDG_DATA_HOME");
+                  setenv("TMPDIR", parent.path().c_str(), 1);
+                  chmod(parent.path().c_str(), 0777);
+                  if (setuid(54321) != 0) {
+                      return 2;
+                  }
+                  hear(diagnostics);
+                  const auto all = linuxServices();
+                  const bool isRefused = all.keychain->SecItemAdd(item("one", "value")) == errSecNotAvailable &&
+                                         read(*all.keychain, "one") == std::to_string(errSecNotAvailable) &&
+                                         !all.device->identifierForVendor();
+                  const bool isSaid = diagnostics->texts().size() == 2 &&
+                                      diagnostics->texts()[0].contains("set HOME") &&
+                                      diagnostics->texts()[1].contains("set HOME");
+                  return isRefused && isSaid && fs::is_empty(parent.path()) ? 0 : 1;
+              }),
+              0);
 }
 
 TEST_F(KeychainFilesTest, DiagnosticsThatAreInstalledLateHearOfThem) {

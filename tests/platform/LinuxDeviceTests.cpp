@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxDevice.hpp"
 
+#include "support/Program.hpp"
 #include "support/RecordedDiagnostics.hpp"
 #include "support/TemporaryFolder.hpp"
 
@@ -90,12 +91,8 @@ TEST_F(LinuxDeviceTest, GivesManyProcessesTheSameIdentifier) {
 TEST_F(LinuxDeviceTest, HasNoIdentifierInAFolderThatCannotBeWritten) {
     write(folder / "file", "");
     fs::create_directory(folder / "locked");
-    chmod(folder.c_str(), 0705);
     chmod((folder / "locked").c_str(), 0505);
-    const auto user = geteuid();
-    if (user == 0) {
-        ASSERT_EQ(seteuid(65534), 0);
-    }
+    const test::Unprivileged user{folder / "locked"};
     const std::vector<fs::path> places{folder / "file", folder / "file/below", folder / "locked", {}};
     for (const auto& place : places) {
         diagnostics->clear();
@@ -105,7 +102,6 @@ TEST_F(LinuxDeviceTest, HasNoIdentifierInAFolderThatCannotBeWritten) {
         EXPECT_EQ(diagnostics->texts().size(), 1U) << place;
         EXPECT_THAT(diagnostics->texts().front(), HasSubstr("device: The")) << place;
     }
-    ASSERT_EQ(seteuid(user), 0);
 }
 
 TEST_F(LinuxDeviceTest, NamesInterfacesByTheirKind) {

@@ -92,6 +92,34 @@ TEST_F(NetlinkReachabilityTest, IsReachableWhileADefaultRouteStands) {
     ip("route add default dev lo");
     ip("link set lo down");
     EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), 0U);
+    auto noFiles = std::make_unique<test::LowLimit>(RLIMIT_NOFILE, 0);
+    EXPECT_EQ(service->SCNetworkReachabilityGetFlags(target), std::nullopt);
+    EXPECT_EQ(service->SCError(), EMFILE);
+    EXPECT_FALSE(service->SCNetworkReachabilitySetDispatchQueue(target, std::make_shared<ImmediateQueue>()) &&
+                 service->SCNetworkReachabilitySetCallback(target, [](auto&&...) {}, {}));
+    EXPECT_EQ(service->SCError(), EMFILE);
+    noFiles.reset();
+    EXPECT_EQ(service->SCNetworkReachabilityGetFlags(nullptr), std::nullopt);
+    EXPECT_EQ(service->SCError(), EINVAL);
+}
+
+TEST_F(NetlinkReachabilityTest, IsReachableWhileOneOfManyHopsHasALink) {
+    if (std::system("ip link add a0 type veth peer name a1 2>/dev/null") != 0) {
+        GTEST_SKIP() << "This kernel makes no pairs of interfaces";
+    }
+    ip("link add b0 type veth peer name b1");
+    for (const std::string name : {"a0", "a1", "b0", "b1"}) {
+        ip("link set " + name + " up");
+    }
+    ip("route add default nexthop dev a0 nexthop dev b0");
+    const auto target = service->SCNetworkReachabilityCreateWithAddress({});
+    const std::pair<const char*, std::uint32_t> rows[] = {
+        {"a1 down", reachable}, {"b1 down", 0}, {"a1 up", reachable}, {"a0 down", 0}};
+    for (const auto& [change, flags] : rows) {
+        ip("link set " + std::string{change});
+        EXPECT_TRUE(eventually([&, flags = flags] { return service->SCNetworkReachabilityGetFlags(target) == flags; }))
+            << change;
+    }
 }
 
 TEST_F(NetlinkReachabilityTest, PushesEveryChangeOnce) {

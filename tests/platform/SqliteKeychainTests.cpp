@@ -1,12 +1,12 @@
 #include "platform/openssl/SealedValue.hpp"
 #include "support/KeychainFixture.hpp"
+#include "support/Program.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <openssl/crypto.h>
 #include <sys/file.h>
 #include <sys/uio.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <string_view>
 #include <vector>
@@ -96,15 +97,7 @@ TEST_F(SqliteKeychainTest, LeavesTheDatabaseOfANewerReleaseAlone) {
 
 TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) {
     ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
-    if (geteuid() == 0) {
-        // Permissions do not bind the superuser.
-        chmod(parent.path().c_str(), 0755);
-        for (auto path = file; path != parent.path(); path = path.parent_path()) {
-            ASSERT_EQ(chown(path.c_str(), 65534, 65534), 0);
-        }
-        ASSERT_EQ(chown((folder / "keychain.key").c_str(), 65534, 65534), 0);
-        ASSERT_EQ(seteuid(65534), 0);
-    }
+    const Unprivileged user{parent.path() / "kivo"};
     fs::remove(folder / "keychain.db-journal");
     chmod(folder.c_str(), 0500);
     EXPECT_EQ(read("one"), "value");
@@ -116,8 +109,46 @@ TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) 
     EXPECT_EQ(read("one"), "value");
     chmod(folder.c_str(), 0700);
     EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess) << "without a restart";
-    if (getuid() == 0) {
-        ASSERT_EQ(seteuid(0), 0);
+}
+
+TEST_F(SqliteKeychainTest, EachCauseHasItsStatus) {
+    ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
+    const Unprivileged user{parent.path() / "kivo"};
+    const auto withMode = [](const fs::path& path, mode_t mode) {
+        return [=](bool isSpoilt) {
+            chmod(path.c_str(), isSpoilt ? mode : modeOf(path) | (fs::is_directory(path) ? 0700 : 0600));
+        };
+    };
+    const auto withFiles = [limit = std::shared_ptr<LowLimit>{}](bool isSpoilt) mutable {
+        limit = isSpoilt ? std::make_shared<LowLimit>(RLIMIT_NOFILE, 0) : nullptr;
+    };
+
+    const struct {
+        std::function<void(bool isSpoilt)> set;
+        OSStatus read, added, removed;
+        const char* said;
+    } rows[] = {
+        {withMode(folder / "keychain.key", 0), errSecNotAvailable, errSecNotAvailable, errSecItemNotFound,
+         "read permission"},
+        {withMode(file, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly, "cannot be written (Permission denied)"},
+        {withMode(folder, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly, "cannot be written (Permission denied)"},
+        {withFiles, errSecIO, errSecIO, errSecIO, "(Too many open files); check the disk"},
+    };
+
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.said);
+        diagnostics->clear();
+        row.set(true);
+        const auto keychain = open();
+        const auto read = keychain->SecItemCopyMatching(item("one"), nullptr);
+        const auto added = keychain->SecItemAdd(item("two", "value"));
+        const auto removed = keychain->SecItemDelete(item("none"));
+        row.set(false);
+        EXPECT_EQ(read, row.read);
+        EXPECT_EQ(added, row.added);
+        EXPECT_EQ(removed, row.removed);
+        EXPECT_THAT(diagnostics->texts(), testing::Each(HasSubstr(row.said)));
+        EXPECT_EQ(this->read("one"), "value");
     }
 }
 
@@ -148,16 +179,12 @@ TEST_F(SqliteKeychainTest, WaitsForOthersUntilItsPatienceEnds) {
 TEST_F(SqliteKeychainTest, AForkedChildIsRefusedAndHarmsNothing) {
     auto keychain = open();
     ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
-    const auto child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        const bool isRefused = read(*keychain, "one") == std::to_string(errSecNotAvailable);
-        keychain.reset();
-        _exit(isRefused ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(statusInChild([&] {
+                  const bool isRefused = read(*keychain, "one") == std::to_string(errSecNotAvailable);
+                  keychain.reset();
+                  return isRefused ? 0 : 1;
+              }),
+              0);
     EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess);
     EXPECT_EQ(read("one"), "new");
 }

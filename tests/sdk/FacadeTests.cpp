@@ -13,14 +13,12 @@ class Facade : public test::HostFixture {};
 TEST_F(Facade, LoadsTheSessionApiThatTheFirstTwoCharactersOfAVersionName) {
     constexpr const char* invalid = "Invalid sdk version!";
 
-    struct Row {
+    const struct {
         const char* version;
         const char* reduced;
         /// The device code of the session API that is loaded.
         std::string deviceCode;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {"14", "14", "1401K"},
         {"150", "15", "1501K"},
         {"16", "16", "1601K"},
@@ -39,6 +37,7 @@ TEST_F(Facade, LoadsTheSessionApiThatTheFirstTwoCharactersOfAVersionName) {
         {"\U0001F1FA\U0001F1F31", "\U0001F1FA\U0001F1F31", ""},
         {"\xff\xfe", "\xff\xfe", ""},
     };
+
     for (const auto& [version, reduced, deviceCode] : rows) {
         SCOPED_TRACE(version);
         EXPECT_EQ(SdkVersions::getPreciseVersion(version), reduced);
@@ -165,21 +164,18 @@ TEST_F(Facade, ARequestGivenUpIsAnsweredOnceAndLetsItsCapturesGo) {
     EXPECT_EQ(heard[0].error(), ResponseCode::CANCELLED_BY_USER);
 }
 
-/// The first and the last value of an enumeration, and that it has no other.
-template <class Value>
-void expectRange(int first, int last) {
-    EXPECT_FALSE(fromRawValue<Value>(first - 1));
-    EXPECT_EQ(fromRawValue<Value>(first), static_cast<Value>(first));
-    EXPECT_EQ(fromRawValue<Value>(last), static_cast<Value>(last));
-    EXPECT_FALSE(fromRawValue<Value>(last + 1));
-}
-
 TEST(RawValues, OnlyKnownIntegersMakeValues) {
-    expectRange<SDKEnv>(0, 3);
-    expectRange<LogLevel>(1, 5);
-    expectRange<IdvEvents>(0, 8);
-    expectRange<AcquisitionObject>(0, 7);
-    expectRange<ObjCResultStatus>(0, 1);
+    const auto expectRange = []<class Value>(Value first, Value last) {
+        for (int raw = static_cast<int>(first) - 1; raw <= static_cast<int>(last) + 1; ++raw) {
+            const bool isKnown = raw >= static_cast<int>(first) && raw <= static_cast<int>(last);
+            EXPECT_EQ(fromRawValue<Value>(raw), isKnown ? std::optional{static_cast<Value>(raw)} : std::nullopt);
+        }
+    };
+    expectRange(SDKEnv{0}, SDKEnv{3});
+    expectRange(LogLevel{1}, LogLevel{5});
+    expectRange(IdvEvents{0}, IdvEvents{8});
+    expectRange(AcquisitionObject{0}, AcquisitionObject{7});
+    expectRange(ObjCResultStatus{0}, ObjCResultStatus{1});
     EXPECT_EQ(SDKEnvHelper::environmentName(SDKEnv::PREPROD), "PREPROD");
     EXPECT_EQ(SDKEnvHelper::environmentName(static_cast<SDKEnv>(4)), "");
     EXPECT_EQ(IdvEventsHelper::eventName(static_cast<IdvEvents>(-1)), "");

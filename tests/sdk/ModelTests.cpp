@@ -1,14 +1,44 @@
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
+#include "platform/base/Process.hpp"
+#include "platform/bundle/FolderBundles.hpp"
+#include "support/PropertyLists.hpp"
+#include "support/TemporaryFolder.hpp"
 
 #include <kivo/AcquisitionConfig.hpp>
+#include <kivo/Deployment.hpp>
 #include <kivo/KivoSDK.hpp>
+#include <kivo/ResponseCode.hpp>
+#include <kivo/platform/Services.hpp>
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <sstream>
+
 namespace kivo {
 namespace {
+
+// Hosts store the numbers, services send the names, and people read the texts.
+TEST(ResponseCode, KeepsItsNumberNameAndTexts) {
+    std::ostringstream all;
+    for (const auto each : allResponseCodes()) {
+        all << code(each) << ' ' << name(each) << ": " << message(each) << " (" << genericMessage(each) << ")\n";
+        EXPECT_EQ(responseCode(code(each)), each);
+        EXPECT_EQ(responseCodeNamed(name(each)), each);
+    }
+    std::ostringstream published;
+    published << std::ifstream{KIVO_TEST_DATA "/response-codes.txt"}.rdbuf();
+    EXPECT_EQ(all.str(), published.str());
+    for (const auto unknown : {static_cast<ResponseCode>(999), static_cast<ResponseCode>(-1)}) {
+        EXPECT_EQ(code(unknown), 0);
+        EXPECT_EQ(name(unknown), "");
+        EXPECT_EQ(message(unknown), "");
+        EXPECT_EQ(genericMessage(unknown), "");
+    }
+    EXPECT_FALSE(responseCode(0) || responseCode(1000) || responseCodeNamed("") || responseCodeNamed("no_chip"));
+}
 
 TEST(ActivationResponse, KeepsWhatItCanReadAndNamesWhatItCannot) {
     KivoSDK::setLogLevel(LogLevel::debug);
@@ -47,6 +77,41 @@ TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
         broken.replace(broken.find(part), part.size(), replacement);
         const auto result = AcquisitionConfig::decode(broken);
         EXPECT_TRUE(!result && !result.error().empty()) << broken;
+    }
+}
+
+TEST(BundledDeployment, KeepsItsDefaultsWhereTheFileNamesNothingUsable) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"<key>FaceTecProduction</key><true/><key>FaceTecProductionKey</key><string>vendor-key</string>",
+         "production vendor-key"},
+        {"", "development"},
+        {"<key>FaceTecProduction</key><string>yes</string><key>FaceTecProductionKey</key><true/>", "development"},
+        {"<key>RequiresPins</key><false/>", "development"},
+        {"<key>RequiresPins</key><string>no</string>", "development pinned"},
+        {"<key>JoinPages</key><dict><key>TEST</key><string>https://page</string><key>DEV</key><true/></dict>",
+         "development https://page"},
+        {"<key>JoinPages</key><true/>", "development"},
+        {nullptr, "development pinned"},
+    };
+    const test::TemporaryFolder folder;
+    folder.write(
+        "Sdk.bundle/Info.plist",
+        test::propertyList("<dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict>"));
+    for (const auto& [members, seen] : rows) {
+        folder.write("Sdk.bundle/Deployment.plist",
+                     members ? test::propertyList("<dict>" + std::string{members} + "</dict>") : "broken");
+        platform::Process::beginAnew();
+        platform::Services services;
+        services.bundles = platform::makeFolderBundles(folder.path() / "Host.bundle", folder.path() / "Sdk.bundle",
+                                                       platform::services().diagnostics);
+        platform::install(services);
+        const auto deployment = Deployment::current();
+        std::string all = deployment.faceTecProduction ? "production" : "development";
+        for (const auto& part : {deployment.faceTecProductionKey, std::string{deployment.requiresPins ? "pinned" : ""},
+                                 deployment.joinPage(SDKEnv::TEST), deployment.joinPage(SDKEnv::DEV)}) {
+            all += part.empty() ? "" : ' ' + part;
+        }
+        EXPECT_EQ(all, seen);
     }
 }
 

@@ -80,7 +80,7 @@ TEST_F(Pinning, OnlyAServerWhoseLeafOrIntermediateIsListedGetsAByte) {
     const auto both = listOf({pins.leaf, pins.intermediate});
     const std::string text = "<string>" + pins.leaf + "</string>";
 
-    struct Row {
+    const struct {
         const char* what;
         std::string list;
         /// What the log says why the server is refused; empty where the server is let through.
@@ -89,9 +89,7 @@ TEST_F(Pinning, OnlyAServerWhoseLeafOrIntermediateIsListedGetsAByte) {
         /// What the log warns of.
         std::string warning{};
         IdentityService* server = nullptr;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {"leaf", listOf({pins.leaf})},
         {"intermediate", listOf({pins.intermediate})},
         {"the last of many", listOf({other, other, pins.leaf})},
@@ -100,6 +98,7 @@ TEST_F(Pinning, OnlyAServerWhoseLeafOrIntermediateIsListedGetsAByte) {
         {"key on a curve", listOf({ec.pins().leaf}), "", CertificateFlaw::none, "", &ec},
         {"RSA 4096", listOf({rsa4096.pins().leaf}), "", CertificateFlaw::none, "", &rsa4096},
         {"expired leaf", both, "", CertificateFlaw::expired, "its certificate expired on 20"},
+        {"leaf of tomorrow", both, "", CertificateFlaw::notYetValid, "its certificate is not valid before 20"},
         {"leaf of another host", both, "", CertificateFlaw::wrongHost,
          "The pin lets join.localhost through although its certificate is for another host."},
         {"another pin", listOf({other}), "plist allows: " + other + ". If"},

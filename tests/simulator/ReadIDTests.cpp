@@ -34,15 +34,14 @@ TEST_F(SimulatedReadID, ReadsADocumentThroughTheProxyAndTheNoticeNamesItsSession
 }
 
 TEST_F(SimulatedReadID, EndsAsTheServersEnd) {
-    struct Row {
+    using enum Endpoint;
+
+    const struct {
         const char* what;
         Endpoint endpoint;
         Fault fault;
         const char* heard;
-    };
-
-    using enum Endpoint;
-    const Row rows[] = {
+    } rows[] = {
         {"proxy: unreachable", biodata, Fault::reset(), "CONNECTION_ERROR"},
         {"proxy: key refused", biodata, Fault::status(401), "AUTHORISATION_ERROR"},
         {"proxy: gone", biodata, Fault::status(410), "SESSION_EXPIRED"},
@@ -52,6 +51,7 @@ TEST_F(SimulatedReadID, EndsAsTheServersEnd) {
         {"proxy: false certificate", biodata, Fault::certificate(CertificateFlaw::selfSigned), "SSL_ERROR"},
         {"notice: unreachable", upload, Fault::reset(), "SERVER_ERROR"},
     };
+
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         acquire(nfcScan);

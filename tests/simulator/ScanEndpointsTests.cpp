@@ -91,13 +91,11 @@ TEST_F(ScanEndpoints, RefuseWhatBreaksTheProtocol) {
 
     enum Kind { face, id, both };
 
-    struct Row {
+    const struct {
         Kind kind;
         const char* violation;
         std::function<void(platform::UrlRequest&)> spoil;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {both, "the method", [](auto& request) { request.method = "PUT"; }},
         {both, "the path", [](auto& request) { request.url += "x"; }},
         {both, "the Content-Type", header(0, "application/json; charset=UTF-8")},
@@ -111,6 +109,7 @@ TEST_F(ScanEndpoints, RefuseWhatBreaksTheProtocol) {
         {face, "lacks \"externalDatabaseRefID\"", body(R"(,"externalDatabaseRefID":"")", "")},
         {id, "the X-User-Agent", header(3, "another")},
     };
+
     for (const auto& [kind, violation, spoil] : rows) {
         for (const auto sent : {face, id}) {
             if (kind == sent || kind == both) {

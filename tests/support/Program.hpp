@@ -2,12 +2,15 @@
 
 #include "support/TemporaryFolder.hpp"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace kivo::test {
@@ -30,6 +33,56 @@ inline Ended run(const std::string& command) {
     ended.status = pclose(pipe);
     return ended;
 }
+
+/// The exit status that `act` gives a forked child; -1 for a child that was killed.
+inline int statusInChild(const std::function<int()>& act) {
+    const auto child = fork();
+    if (child == 0) {
+        _exit(act());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// Lowers a limit of this process for as long as the object lives.
+class LowLimit {
+public:
+    using Resource = decltype(RLIMIT_FSIZE);
+
+    LowLimit(Resource resource, rlim_t most)
+        : resource_{resource} {
+        getrlimit(resource, &former_);
+        const rlimit low{.rlim_cur = most, .rlim_max = former_.rlim_max};
+        setrlimit(resource, &low);
+    }
+
+    LowLimit(const LowLimit&) = delete;
+    LowLimit& operator=(const LowLimit&) = delete;
+
+    ~LowLimit() { setrlimit(resource_, &former_); }
+
+private:
+    Resource resource_;
+    rlimit former_{};
+};
+
+/// Permissions do not bind the superuser, so such a process gives `owned` to a user without rights, and acts as this
+/// user for as long as the object lives.
+class Unprivileged {
+public:
+    explicit Unprivileged(const std::filesystem::path& owned) {
+        if (geteuid() == 0) {
+            run("chmod 755 " + owned.parent_path().string() + " && chown -R 65534:65534 " + owned.string());
+            [[maybe_unused]] const int done = seteuid(65534);
+        }
+    }
+
+    Unprivileged(const Unprivileged&) = delete;
+    Unprivileged& operator=(const Unprivileged&) = delete;
+
+    ~Unprivileged() { [[maybe_unused]] const int done = seteuid(getuid()); }
+};
 
 /// How many threads of this process bear the name.
 inline std::ptrdiff_t threadsNamed(const std::string& name) {

@@ -1,3 +1,5 @@
+#include "platform/linux/LinuxParts.hpp"
+#include "platform/ui/TextEstimate.hpp"
 #include "support/ScreenFixture.hpp"
 
 #include <kivo/platform/ui/Button.hpp>
@@ -7,7 +9,14 @@
 #include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/StackView.hpp>
 
+#include <gmock/gmock.h>
+
 #include <array>
+#include <atomic>
+#include <cmath>
+#include <string_view>
+#include <thread>
+#include <vector>
 
 namespace kivo::platform {
 
@@ -108,6 +117,51 @@ TEST_F(Layout, AColumnGivesTheRestToTheLastViewOfNoFixedHeight) {
     EXPECT_EQ(stack->subviews()[2]->frame(), (Rect{{175, 814}, {40, 20}}));
 }
 
+TEST_F(Layout, StacksAndMeasuresInEachDirection) {
+    using Alignment = StackView::Alignment;
+    using Distribution = StackView::Distribution;
+    constexpr auto row = StackView::Axis::horizontal;
+    constexpr auto column = StackView::Axis::vertical;
+
+    const struct {
+        StackView::Axis axis;
+        Alignment alignment;
+        Distribution distribution;
+        Rect first, last;
+        Size fitting;
+    } cases[] = {
+        {row, Alignment::fill, Distribution::fill, {{3, 1}, {30, 40}}, {{43, 1}, {150, 94}}, {50, 46}},
+        {row, Alignment::leading, Distribution::fill, {{3, 1}, {30, 40}}, {{43, 1}, {150, 20}}, {50, 46}},
+        {row, Alignment::center, Distribution::fill, {{3, 28}, {30, 40}}, {{43, 38}, {150, 20}}, {50, 46}},
+        {row, Alignment::trailing, Distribution::fill, {{3, 55}, {30, 40}}, {{43, 75}, {150, 20}}, {50, 46}},
+        {row, Alignment::fill, Distribution::fillEqually, {{3, 1}, {90, 40}}, {{103, 1}, {90, 94}}, {80, 46}},
+        {column, Alignment::fill, Distribution::fill, {{3, 1}, {30, 40}}, {{3, 51}, {190, 44}}, {40, 76}},
+        {column, Alignment::center, Distribution::fill, {{83, 1}, {30, 40}}, {{98, 51}, {0, 44}}, {40, 76}},
+        {column, Alignment::trailing, Distribution::fill, {{163, 1}, {30, 40}}, {{193, 51}, {0, 44}}, {40, 76}},
+        {column, Alignment::fill, Distribution::fillEqually, {{3, 1}, {30, 42}}, {{3, 53}, {190, 42}}, {40, 96}},
+    };
+
+    for (const auto& each : cases) {
+        const auto stack = std::make_shared<StackView>();
+        stack->setPlacement({.top = 0, .left = 0, .width = 200, .height = 100});
+        stack->setAxis(each.axis);
+        stack->setAlignment(each.alignment);
+        stack->setDistribution(each.distribution);
+        stack->setSpacing(10);
+        stack->setMargins({.top = 1, .left = 3, .bottom = 5, .right = 7});
+        stack->addSubview(box({.width = 30, .height = 40}));
+        stack->addSubview(box({.width = 99, .height = 99}));
+        stack->addSubview(box({.minimumHeight = 20}));
+        stack->subviews()[1]->setHidden(true);
+        screen_->view()->addSubview(stack);
+        window_->layoutIfNeeded();
+        EXPECT_EQ(stack->subviews()[0]->frame(), each.first);
+        EXPECT_EQ(stack->subviews()[2]->frame(), each.last);
+        EXPECT_EQ(stack->sizeThatFits(200), each.fitting);
+        stack->removeFromSuperview();
+    }
+}
+
 TEST_F(Layout, FollowsATextAndAConstraintThatChange) {
     const auto stack = std::make_shared<StackView>();
     stack->setPlacement({.top = 0, .left = 0, .right = 0});
@@ -190,6 +244,46 @@ TEST_F(Layout, ATapGoesToTheTopmostViewThatTakesIt) {
     below->setEnabled(false);
     EXPECT_FALSE(window_->hitTest({50, 50})->touch());
     EXPECT_EQ(taps, 2);
+}
+
+long linesOf(std::string_view text, double limit) {
+    return std::lround(estimateText(text, 10, limit).height / 12);
+}
+
+TEST(TextEstimate, BreaksLinesBetweenWordsAndInsideOverlongOnes) {
+    EXPECT_EQ(linesOf("one two", 100), 1);
+    EXPECT_EQ(linesOf("one\ntwo\n", 100), 3);
+    const auto word = estimateText("word", 10, 1000).width;
+    EXPECT_EQ(linesOf("wordwordword", word + 1), 3);
+    EXPECT_EQ(linesOf("漢字漢字", 20), 2);
+}
+
+TEST(TextEstimate, KnowsWhereNoLineBreaks) {
+    using testing::ElementsAre;
+    EXPECT_THAT(unbrokenParts(" one  two\nthree"), ElementsAre("one", "two", "three"));
+    EXPECT_THAT(unbrokenParts("ab漢字cd\xFF"), ElementsAre("ab", "漢", "字", "cd\xFF"));
+}
+
+TEST(TextEstimate, GivesEachKindOfCharacterItsWidth) {
+    const auto width = [](std::string_view text) { return estimateText(text, 10, 1000).width; };
+    EXPECT_LT(width("i"), width("n"));
+    EXPECT_LT(width("n"), width("M"));
+    EXPECT_DOUBLE_EQ(width("漢"), 10);
+    EXPECT_DOUBLE_EQ(width("e\u0301"), width("e"));
+    EXPECT_GT(width("\xFF\xC3"), 0);
+}
+
+TEST(FontconfigFontsConcurrency, TakesNoOtherFontForAMissingOne) {
+    const auto fonts = makeFontconfigFonts();
+    std::atomic<int> right = 0;
+    {
+        std::vector<std::jthread> threads;
+        for (const std::string_view name : {"No Such Typeface", "", "DejaVu Sans", "DejaVuSans"}) {
+            threads.emplace_back(
+                [&, name] { right += fonts->isInstalled(name) == name.starts_with("DejaVu") ? 1 : 0; });
+        }
+    }
+    EXPECT_EQ(right, 4);
 }
 
 } // namespace

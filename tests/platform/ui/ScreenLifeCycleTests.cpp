@@ -211,6 +211,32 @@ TEST_F(ScreenLifeCycle, AContainerPassesItsAppearanceOnToTheChildThatShows) {
     parent->children()[0]->view()->removeFromSuperview();
     settle();
     EXPECT_EQ(journal(), "Cwill- Cdid- ");
+    const auto last = parent->children()[1];
+    last->removeFromParent();
+    settle();
+    EXPECT_EQ(journal(), "Dwill- Ddid- ") << "although its view is still there";
+    EXPECT_EQ(last->parent(), nullptr);
+}
+
+TEST_F(ScreenLifeCycle, ItsObserverIsToldOfEachChangeOfScreens) {
+    struct Count final : WindowObserver {
+        void screenDidChange() override { ++screens; }
+
+        int screens = 0;
+    };
+
+    const auto observer = std::make_shared<Count>();
+    window_->setObserver(observer);
+    const auto a = screen("A");
+    window_->setRootViewController(a);
+    EXPECT_EQ(observer->screens, 1);
+    window_->setRootViewController(a);
+    a->addChild(screen("B")); // without its view
+    EXPECT_EQ(observer->screens, 1);
+    a->present(screen("C"), true);
+    EXPECT_EQ(observer->screens, 2);
+    a->dismiss(true);
+    EXPECT_EQ(observer->screens, 3);
 }
 
 TEST_F(ScreenLifeCycle, AScreenMayEndItselfInItsOwnButtonsAction) {

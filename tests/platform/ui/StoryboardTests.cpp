@@ -2,10 +2,13 @@
 #include "support/ScreenFixture.hpp"
 #include "support/TemporaryFolder.hpp"
 
+#include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Interface.hpp>
+#include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
+#include <kivo/platform/ui/StackView.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 
@@ -152,6 +155,25 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
         {with("#FF000080", "#FF00"), {"\"#FF00\" is no colour", "#RRGGBB"}},
         {with(R"({"key": "greeting"})", "7"), {"\"text\"", "must be a text"}},
         {with("\"entry\":", "\"first\":"), {"no scene \"entry\""}},
+        {with(R"("title": "Code")", R"("titel": "Code")"), {"\"titel\"", "a scene has no such member"}},
+        {with(R"({"scenes")", R"({"more": 1, "scenes")"), {"\"more\"", "a storyboard has no such member"}},
+        {with(R"("class": "ViewController")", R"("class": "")"), {"scene \"second\"", "\"class\"", "not empty"}},
+        {with(R"("view": {"backgroundColor")", R"("view": {"subviews": 1, "backgroundColor")"), {"a list of views"}},
+        {with(R"("view": {"backgroundColor": "white"})", R"("view": 1)"), {"must be an object"}},
+        {with(R"("view": {"backgroundColor")", R"("view": {"subviews": [{"hidden": 1}], "backgroundColor")"),
+         {"subview 1", "\"hidden\"", "true or false"}},
+        {with(R"("dimension": "width")", R"("dimension": "depth")"), {"no \"depth\"", "\"width\", \"height\""}},
+        {with(R"("kind": "show")", R"("kind": "hop")"), {"no \"hop\"", "\"show\", \"present\""}},
+        {with(R"("kind": "show")", R"("king": "show")"), {"a segue has no such member"}},
+        {with(R"({"width": 75, "height")", R"({"size": 75, "height")"), {"a placement has no such member"}},
+        {with(R"("tag": 3)", R"("font": {"name": "Any"})"), {"\"size\" is missing"}},
+        {with(R"("tag": 3)", R"("font": {"size": 501})"), {"number from 1 to 500"}},
+        {with(R"("tag": 3)", R"("font": {"siz": 5})"), {"a font has no such member"}},
+        {with(R"("tag": 3)", R"("layer": {"corner": 5})"), {"a layer has no such member"}},
+        {with(
+             R"("type": "TextField", "outlet": "field", "tag": 3, "keyboard": "numberPad", "text": {"key": "greeting"})",
+             R"("type": "StackView", "margins": {"up": 1})"),
+         {"margins have no such member"}},
         {std::string{"{\"scenes\": \"\xFF\"}"}, {"no JSON"}},
         {std::string(300, '['), {"line 1, column 257", "nested more than 256 deep"}},
     };
@@ -166,6 +188,50 @@ TEST_F(StoryboardFile, SaysInOneSentenceWhatDoesNotFit) {
     EXPECT_THAT(Storyboard::open("Missing", bundle_).error(), testing::HasSubstr("no such resource"));
     ASSERT_EQ(mkfifo((folder_.path() / "Pipe.storyboard").c_str(), 0600), 0);
     EXPECT_THAT(Storyboard::open("Pipe", bundle_).error(), testing::HasSubstr("is not a file"));
+}
+
+TEST_F(StoryboardFile, SetsTheMembersOfEachClass) {
+    const auto storyboard = open(R"({"scenes": {"entry": {
+      "class": "ViewController", "presentation": "fullScreen", "view": {
+        "hidden": true, "alpha": 0.5, "tintColor": "#01020304", "userInteractionEnabled": false, "passesTouches": true,
+        "accessibilityLabel": "all", "placement": {"top": 1, "left": -2, "centerX": 3, "ignoresSafeArea": true},
+        "layer": {"cornerRadius": 4, "borderWidth": 5, "borderColor": "black", "masksToBounds": true}, "subviews": [
+        {"type": "StackView", "outlet": "row", "axis": "horizontal", "spacing": 6, "alignment": "trailing",
+         "distribution": "fillEqually", "margins": 7},
+        {"type": "StackView", "outlet": "column", "margins": {"top": 1, "left": 2, "bottom": 3, "right": 4}},
+        {"type": "Label", "outlet": "label", "text": "t", "textAlignment": "right", "textColor": "systemBlue",
+         "adjustsFont": true, "shrinksToWords": true, "font": {"size": 8, "scaled": true}},
+        {"type": "TextField", "outlet": "field", "placeholder": "p", "keyboard": "asciiCapable", "autocorrected": false},
+        {"type": "Button", "outlet": "button", "enabled": false, "image": "none", "backgroundImage": "none"},
+        {"type": "ActivityIndicatorView", "outlet": "wheel", "color": "white", "animating": true},
+        {"type": "ImageView", "outlet": "picture", "image": "none"}]}}}})");
+    ASSERT_TRUE(storyboard) << storyboard.error();
+    const auto screen = *(*storyboard)->instantiate("entry");
+    EXPECT_EQ(screen->modalPresentationStyle(), ModalPresentationStyle::fullScreen);
+    const auto view = screen->view();
+    EXPECT_TRUE(view->isHidden() && !view->isUserInteractionEnabled() && view->passesTouches());
+    EXPECT_EQ(view->alpha(), 0.5);
+    EXPECT_EQ(view->tintColor(), (Color{1 / 255.0, 2 / 255.0, 3 / 255.0, 4 / 255.0}));
+    EXPECT_EQ(view->accessibilityLabel(), "all");
+    EXPECT_EQ(view->placement(), (Placement{.top = 1, .left = -2, .centerX = 3, .ignoresSafeArea = true}));
+    EXPECT_EQ(view->layer(), (Layer{4, 5, Color::black(), true}));
+    const auto row = view->find<StackView>("row");
+    EXPECT_TRUE(row->axis() == StackView::Axis::horizontal && row->alignment() == StackView::Alignment::trailing &&
+                row->distribution() == StackView::Distribution::fillEqually);
+    EXPECT_EQ(row->spacing(), 6);
+    EXPECT_EQ(row->margins(), (EdgeInsets{7, 7, 7, 7}));
+    EXPECT_EQ(view->find<StackView>("column")->margins(), (EdgeInsets{1, 2, 3, 4}));
+    const auto label = view->find<Label>("label");
+    EXPECT_TRUE(label->adjustsFontForContentSizeCategory() && label->shrinksToWords() && label->font().isScaled);
+    EXPECT_EQ(label->textAlignment(), TextAlignment::right);
+    EXPECT_EQ(label->textColor(), Color::systemBlue());
+    EXPECT_EQ(label->font().pointSize, 8);
+    const auto field = view->find<TextField>("field");
+    EXPECT_TRUE(field->placeholder() == "p" && !field->isAutocorrected());
+    EXPECT_EQ(field->keyboardType(), KeyboardType::asciiCapable);
+    EXPECT_FALSE(view->find<Button>("button")->isEnabled());
+    const auto wheel = view->find<ActivityIndicatorView>("wheel");
+    EXPECT_TRUE(wheel->isAnimating() && wheel->color() == Color::white());
 }
 
 TEST_F(StoryboardFile, MakesRegisteredViewsForScenesInUseOnly) {

@@ -128,12 +128,10 @@ protected:
 };
 
 TEST_F(AcquireFromAnotherLayout, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
-    struct Row {
+    const struct {
         const char* storyboard;
         const char* complaint;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {nullptr, "ZORFramework"},
         {"{", "ZORFramework.storyboard"},
         {R"({"scenes":{}})", "QRCodeVC"},
@@ -141,6 +139,7 @@ TEST_F(AcquireFromAnotherLayout, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
         {R"({"scenes":{"QRCodeVC":{"class":"ViewController","view":{}}}})", "another class"},
         {R"({"scenes":{"QRCodeVC":{"class":"QRCodeVC","view":{}}}})", "textFieldDigitOne"},
     };
+
     folder.write("Sdk.bundle/Info.plist", R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict></plist>)");
     for (const auto& row : rows) {

@@ -24,21 +24,20 @@ protected:
 };
 
 TEST_F(Closing, TakesAScreenAwayAndTellsTheHost) {
-    struct Row {
+    const struct {
         const char* what;
         Maker make;
         const char* button;
         Texts heardAtOnce;
         Texts heard;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {"activation code", maker<QRCodeVC>(), "closeButton", {"closed"}, {"closed"}},
         {"QR scanner", maker<QRCodeScannerVC>(), "closeButton", {}, {}},
         {"QR scanner, by hand instead", maker<QRCodeScannerVC>(), "scanManuallyButton", {}, {}},
         {"document", maker<AuthMenuVC>(), "closeButton", {}, {"CANCELLED_BY_USER after 100 ms"}},
         {"face scan", maker<LiveNessCheckVC>(), "closeButton", {"CANCELLED_BY_USER"}, {"CANCELLED_BY_USER"}},
     };
+
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         auto screen = row.make();

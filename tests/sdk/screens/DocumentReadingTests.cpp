@@ -123,15 +123,14 @@ TEST_F(DocumentReading, ReportsAReadingThatDoesNotBeginOrEndsStrangely) {
 }
 
 TEST_F(DocumentReading, ChecksBeforeItReads) {
-    struct Row {
+    const std::string usual = test::Joined{}.biodata;
+
+    const struct {
         const char* what;
         const char* biodata;
         int attemptsLeft;
         Texts heard;
-    };
-
-    const std::string usual = test::Joined{}.biodata;
-    const Row rows[] = {
+    } rows[] = {
         {"no attempt left", usual.c_str(), 0, {"RETRY_LIMIT_REACHED"}},
         {"no attempt left and no settings", "", 0, {"RETRY_LIMIT_REACHED"}},
         {"no settings", "", 5, {"EMPTY_ACCESS_KEY"}},
@@ -139,6 +138,7 @@ TEST_F(DocumentReading, ChecksBeforeItReads) {
         {"an empty proxy", R"("biodata-access-key":"A","biodata-proxy":"")", 5, {"EMPTY_BIODATA_PROXY"}},
         {"all there", usual.c_str(), 1, {}},
     };
+
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         join({.biodata = row.biodata});
@@ -159,18 +159,17 @@ TEST_F(DocumentReading, ChecksBeforeItReads) {
 }
 
 TEST_F(DocumentReading, TellsTheServiceOfAChipAndReportsItsAnswer) {
-    struct Row {
-        const char* what;
-        platform::UrlOutcome answer;
-        const char* heard;
-    };
-
     const auto* const read = "DOCUMENT_SCAN after 300 ms";
     const auto* const failed = "SERVER_ERROR after 100 ms";
     const auto refuses = [](const std::string& code) {
         return says(R"({"response-type":"fail","response-code":")" + code + R"("})");
     };
-    const Row rows[] = {
+
+    const struct {
+        const char* what;
+        platform::UrlOutcome answer;
+        const char* heard;
+    } rows[] = {
         {"accepted", says(R"({"response-type":"data"})"), read},
         {"no JSON document at all", says("<html>"), read},
         {"refused", refuses("STATUS_BAD_BIODATA_EXPIRY"), "STATUS_BAD_BIODATA_EXPIRY after 300 ms"},
@@ -179,6 +178,7 @@ TEST_F(DocumentReading, TellsTheServiceOfAChipAndReportsItsAnswer) {
         {"500", says("", 500), failed},
         {"not the pinned server", fails(UrlErrorKind::pinMismatch), "UNSECURE_SERVER_PINNING_FAILED after 100 ms"},
     };
+
     for (const auto& row : rows) {
         for (const auto* list : {allListed, noneListed}) {
             SCOPED_TRACE(std::string{row.what} + " with the list " + list);

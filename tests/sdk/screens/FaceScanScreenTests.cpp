@@ -1,4 +1,3 @@
-#include "support/PropertyLists.hpp"
 #include "support/VendorScreens.hpp"
 
 #include <kivo/Deployment.hpp>
@@ -40,23 +39,6 @@ TEST_F(FaceScanScreen, StartsTheLibraryInTheModeOfTheDeployment) {
     scanner->calls.clear();
     pushed<LiveNessCheckVC>();
     EXPECT_EQ(scanner->calls.front(), "development  ");
-}
-
-class BundledDeployment : public test::HostScreenFixture {
-protected:
-    BundledDeployment()
-        : HostScreenFixture{SdkBundle::ofTheTest} {}
-};
-
-TEST_F(BundledDeployment, NamesTheModeOfTheFaceScanLibraryAndItsKey) {
-    folder.write(
-        "Sdk.bundle/Info.plist",
-        test::propertyList("<dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict>"));
-    folder.write("Sdk.bundle/Deployment.plist",
-                 test::propertyList("<dict><key>FaceTecProduction</key><true/>"
-                                    "<key>FaceTecProductionKey</key><string>vendor-key</string></dict>"));
-    EXPECT_TRUE(Deployment::current().faceTecProduction);
-    EXPECT_EQ(Deployment::current().faceTecProductionKey, "vendor-key");
 }
 
 TEST_F(FaceScanScreen, ReportsAFailedStartAfterAFifthOfASecond) {

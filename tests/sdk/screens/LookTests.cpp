@@ -71,7 +71,7 @@ TEST_F(Look, IsTheThemes) {
     theme->faceScanIntroNextButtonBackgroundColor = underButton;
     theme->faceScanIntroNextButtonTitleColor = onButton;
 
-    struct Row {
+    const struct {
         const Shower& show;
         const char* outlet;
         /// Null: the storyboard's, which is not empty.
@@ -80,9 +80,7 @@ TEST_F(Look, IsTheThemes) {
         /// Absent: not the theme's.
         std::optional<Color> color;
         std::optional<Color> background;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {code, "getStartedTitleLabel", "Welcome", titleFont, title, {}},
         {code, "orTitleLabel", nullptr, infoFont, info, {}},
         {code, "scanQRCodeButton", "Scan it", buttonFont, onButton, underButton},
@@ -96,6 +94,7 @@ TEST_F(Look, IsTheThemes) {
         {face, "processDescriptionLabel", nullptr, infoFont, info, {}},
         {face, "nextButton", "Go", buttonFont, onButton, underButton},
     };
+
     for (const auto& row : rows) {
         SCOPED_TRACE(row.outlet);
         const auto screen = row.show(theme);
@@ -137,7 +136,9 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
         {final, "completeTitleLabel", 22, {"closeAppInfoLabel", "backToHomeButton"}},
     };
 
-    struct Row {
+    using enum ContentSizeCategory;
+
+    const struct {
         const char* what;
         bool hasTheme;
         bool karbonInstalled;
@@ -147,10 +148,7 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
         /// The size of the body text, which is 14, 16, 17 and 28 points at extra small, medium, large and accessibility
         /// medium.
         double text;
-    };
-
-    using enum ContentSizeCategory;
-    const Row rows[] = {
+    } rows[] = {
         {"no theme, no fonts", false, false, true, large, 17},
         {"no theme", false, true, true, large, 17},
         {"no theme, smallest", false, true, true, extraSmall, 14},
@@ -161,6 +159,7 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
         {"theme without reading sizes, smallest", true, true, false, extraSmall, 17},
         {"theme without reading sizes, largest", true, true, false, accessibilityExtraExtraExtraLarge, 17},
     };
+
     for (const auto& row : rows) {
         for (const auto& [show, title, titleSizeWithoutTheme, texts] : screens) {
             SCOPED_TRACE(std::string{row.what} + ", " + texts.front());

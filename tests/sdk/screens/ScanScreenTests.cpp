@@ -27,7 +27,9 @@ TEST_F(ScanScreens, SayWhatKeepsThemFromScanning) {
     folder.write("Host.bundle/en.lproj/Localizable.strings",
                  R"("Retry_Limit_Title" = "Enough"; "Retry_Limit_Message" = "Ask for a new code.";)");
 
-    struct Row {
+    const auto* const token = R"("facemap-token":"token")";
+
+    const struct {
         const char* facemap;
         bool hasAttempt;
         bool vendorMakesScreens;
@@ -35,14 +37,12 @@ TEST_F(ScanScreens, SayWhatKeepsThemFromScanning) {
         bool faceCanTryAgain;
         Texts card;
         bool cardCloses;
-    };
-
-    const auto* const token = R"("facemap-token":"token")";
-    const Row rows[] = {
+    } rows[] = {
         {"", true, true, "INVALID_FACEMAP_TOKEN", false, {}, false},
         {token, false, true, "RETRY_LIMIT_REACHED", false, {"RETRY_LIMIT_REACHED after 100 ms"}, false},
         {token, true, false, "FACETEC_INITIALIZATION_FAILED", true, {"OCR_SCAN_FAILED after 100 ms"}, true},
     };
+
     for (const auto& row : rows) {
         SCOPED_TRACE(row.face);
         const auto expectAlert = [&] {
@@ -84,13 +84,11 @@ TEST_F(ScanScreens, SayWhatKeepsThemFromScanning) {
 }
 
 TEST_F(ScanScreens, SayWhyTheLibraryGaveUp) {
-    struct Row {
+    const struct {
         int status;
         const char* face;
         const char* card;
-    };
-
-    const Row rows[] = {
+    } rows[] = {
         {-1, "UNKNOWN_ERROR", "OCR_SCAN_FAILED"},
         {1, "SESSION_UNSUCCESSFUL", "OCR_SCAN_FAILED"},
         {2, "CANCELLED", "CANCELLED"},
@@ -112,6 +110,7 @@ TEST_F(ScanScreens, SayWhyTheLibraryGaveUp) {
         {18, "STATUS_SESSION_EXPIRED", "OCR_SCAN_FAILED"},
         {19, "UNKNOWN_ERROR", "OCR_SCAN_FAILED"},
     };
+
     const auto faceScreen = pushed<LiveNessCheckVC>();
     for (const auto& row : rows) {
         SCOPED_TRACE(row.status);
@@ -145,17 +144,16 @@ TEST_F(ScanScreens, SayWhyTheLibraryGaveUp) {
 }
 
 TEST_F(ScanScreens, DealWithTheServersAnswer) {
-    struct Row {
+    const auto says = [](std::string body) { return test::says(std::move(body)); };
+    const auto* const unreadable = "UNKNOWN_ERROR";
+    const auto* const success = "FACE_SCAN after 100 ms";
+
+    const struct {
         platform::UrlOutcome answer;
         const char* told;
         Texts face;
         bool libraryAgrees = true;
-    };
-
-    const auto says = [](std::string body) { return test::says(std::move(body)); };
-    const auto* const unreadable = "UNKNOWN_ERROR";
-    const auto* const success = "FACE_SCAN after 100 ms";
-    const Row rows[] = {
+    } rows[] = {
         {fails(platform::UrlErrorKind::timedOut), "cancel", {unreadable}},
         {fails(platform::UrlErrorKind::pinMismatch), "cancel", {"UNSECURE_SERVER_PINNING_FAILED"}},
         {platform::UrlResponse{.status = 204, .headers = {}, .body = {}}, "cancel", {unreadable}},
@@ -174,6 +172,7 @@ TEST_F(ScanScreens, DealWithTheServersAnswer) {
         {says(R"({"response-type":"pass","response-data":{"scanResultBlob":1}})"), R"(proceed "")", {success}},
         {says(R"({"response-type":"pass"})"), R"(proceed "")", {}, /*libraryAgrees=*/false},
     };
+
     const auto theme = makeTheme();
     theme->faceScanSuccessMessageText = "Thank you";
     for (const auto& row : rows) {

@@ -13,6 +13,7 @@ enum class KeyType { rsa2048, rsa4096, ec256 };
 enum class CertificateFlaw {
     none,
     expired,
+    notYetValid,
     wrongHost,
     selfSigned,
     untrustedAuthority, ///< Without a flaw of its own, but issued by another authority.
