@@ -1,7 +1,7 @@
 // The functions that clang's code calls to copy and release blocks and captured variables; the layouts are those of
 // clang's block ABI. Blocks are Objective-C objects: they understand copy and release, and can be kept in collections
 // and properties.
-#import <Foundation/Foundation.h>
+#import "Value.h"
 
 #include <atomic>
 #include <cstddef>
@@ -215,6 +215,8 @@ __attribute__((visibility("protected"))) void _Block_object_dispose(const void* 
 @end
 
 @implementation KivoBlock
+
+KIVO_NO_ARCHIVE
 
 - (id)copy {
     return static_cast<id>(_Block_copy(self));
