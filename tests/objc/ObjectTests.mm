@@ -178,6 +178,26 @@ TEST_F(ObjCObjects, BlocksAreObjects) {
     nesting();
     EXPECT_EQ(calls, 2);
     EXPECT_EQ([Host alive], 1);
+
+    constexpr std::size_t many = 70'000; // more than a block's flags can count
+    std::vector<void (^)(void)> holders;
+    for (std::size_t i = 0; i < many; ++i) {
+        Block_copy(nesting);
+        holders.push_back(Block_copy(^{
+            ++calls;
+        }));
+    }
+    for (std::size_t i = 0; i < many; ++i) {
+        Block_release(nesting);
+        if (i + 1 < many) {
+            Block_release(holders[i]);
+        }
+    }
+    nesting();
+    holders.back()();
+    EXPECT_EQ(calls, 4);
+    Block_release(holders.back());
+    EXPECT_EQ([Host alive], 1);
     [nesting release];
     EXPECT_EQ([Host alive], 0);
     void (^const global)(void) = ^{

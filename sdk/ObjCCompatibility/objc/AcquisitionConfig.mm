@@ -1,4 +1,5 @@
 #import "Properties.h"
+#import "Value.h"
 
 #include <kivo/AcquisitionConfig.hpp>
 #import <kivo/objc/AcquisitionConfig.h>
@@ -11,24 +12,6 @@ namespace {
 
 kivo::AcquisitionConfig& native(AcquisitionConfig* config) {
     return *kivo::objc::native<kivo::AcquisitionConfig>(config);
-}
-
-/// The text archived under `key`; nil when there is none.
-NSString* archivedText(NSCoder* coder, NSString* key) {
-    const id text = [coder decodeObjectForKey:key];
-    return [text isKindOfClass:[NSString class]] ? text : nil;
-}
-
-BOOL hasArchivedInteger(NSCoder* coder, NSString* key, NSInteger* value) {
-    if (![coder containsValueForKey:key]) {
-        return NO;
-    }
-    @try {
-        *value = [coder decodeIntegerForKey:key];
-        return YES;
-    } @catch (NSException*) {
-        return NO;
-    }
 }
 
 } // namespace
@@ -48,39 +31,30 @@ BOOL hasArchivedInteger(NSCoder* coder, NSString* key, NSInteger* value) {
 }
 
 - (nullable instancetype)initWithCoder:(NSCoder*)coder {
-    NSInteger environment = 0;
-    if (![coder allowsKeyedCoding] || !hasArchivedInteger(coder, @"ENVIRONMENT", &environment)) {
+    kivo::objc::ArchiveReader archive{coder};
+    const auto environment = archive.integer(@"ENVIRONMENT");
+    self = [self initWithEnviroment:static_cast<SDKEnv>(environment)
+                   kivo_app_doclist:archive.text(@"KIVO_APP_DOCLIST")
+                  kivo_expire_grace:archive.text(@"KIVO_EXPIRE_GRACE")
+                 kivo_facematch_min:archive.text(@"KIVO_FACEMATCH_MIN")
+                   kivo_doc_issuers:archive.text(@"KIVO_DOC_ISSUERS")
+                        kivo_images:archive.text(@"KIVO_IMAGES")];
+    if (archive.isDamaged() || !kivo::fromRawValue<kivo::SDKEnv>(kivo::objc::toInt(environment))) {
         [self release];
         return nil;
     }
-    NSString* const doclist = archivedText(coder, @"KIVO_APP_DOCLIST");
-    NSString* const grace = archivedText(coder, @"KIVO_EXPIRE_GRACE");
-    NSString* const facematch = archivedText(coder, @"KIVO_FACEMATCH_MIN");
-    NSString* const issuers = archivedText(coder, @"KIVO_DOC_ISSUERS");
-    NSString* const images = archivedText(coder, @"KIVO_IMAGES");
-    const BOOL isEnvironment = kivo::fromRawValue<kivo::SDKEnv>(kivo::objc::toInt(environment)).has_value();
-    if (!isEnvironment || !doclist || !grace || !facematch || !issuers || !images) {
-        [self release];
-        return nil;
-    }
-    return [self initWithEnviroment:static_cast<SDKEnv>(environment)
-                   kivo_app_doclist:doclist
-                  kivo_expire_grace:grace
-                 kivo_facematch_min:facematch
-                   kivo_doc_issuers:issuers
-                        kivo_images:images];
+    return self;
 }
 
-- (void)encodeWithCoder:(NSCoder*)coder {
-    if (![coder allowsKeyedCoding]) {
-        [NSException raise:NSInvalidArgumentException format:@"AcquisitionConfig is archived by key only"];
-    }
-    [coder encodeInteger:self.ENVIRONMENT forKey:@"ENVIRONMENT"];
-    [coder encodeObject:self.KIVO_APP_DOCLIST forKey:@"KIVO_APP_DOCLIST"];
-    [coder encodeObject:self.KIVO_EXPIRE_GRACE forKey:@"KIVO_EXPIRE_GRACE"];
-    [coder encodeObject:self.KIVO_FACEMATCH_MIN forKey:@"KIVO_FACEMATCH_MIN"];
-    [coder encodeObject:self.KIVO_DOC_ISSUERS forKey:@"KIVO_DOC_ISSUERS"];
-    [coder encodeObject:self.KIVO_IMAGES forKey:@"KIVO_IMAGES"];
+KIVO_VALUE(@"ENVIRONMENT", @"KIVO_APP_DOCLIST", @"KIVO_EXPIRE_GRACE", @"KIVO_FACEMATCH_MIN", @"KIVO_DOC_ISSUERS",
+           @"KIVO_IMAGES")
+
+- (NSString*)description {
+    return [NSString stringWithFormat:@"<AcquisitionConfig: %@, documents \"%@\", grace \"%@\", face match \"%@\", "
+                                      @"issuers \"%@\", images \"%@\">",
+                                      [SDKEnvHelper environmentNameFrom:self.ENVIRONMENT], self.KIVO_APP_DOCLIST,
+                                      self.KIVO_EXPIRE_GRACE, self.KIVO_FACEMATCH_MIN, self.KIVO_DOC_ISSUERS,
+                                      self.KIVO_IMAGES];
 }
 
 - (NSDictionary<NSString*, id>*)getAsDictionary {

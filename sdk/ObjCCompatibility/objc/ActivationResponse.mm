@@ -27,6 +27,11 @@ kivo::ActivationResponse& native(ActivationResponse* response) {
         decoded ? std::make_shared<kivo::ActivationResponse>(std::move(*decoded)) : nullptr);
 }
 
+// Without the settings, which hold the session's keys.
+- (NSString*)description {
+    return [NSString stringWithFormat:@"<ActivationResponse: %@ %@>", self.responseType, self.responseCode];
+}
+
 KIVO_PROPERTY(NSString*, responseType, setResponseType)
 KIVO_PROPERTY(NSString*, responseCode, setResponseCode)
 KIVO_PROPERTY(NSString*, tId, setTId)

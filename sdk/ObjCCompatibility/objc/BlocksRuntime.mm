@@ -1,11 +1,14 @@
 // The functions that clang's code calls to copy and release blocks and captured variables; the layouts are those of
 // clang's block ABI. Blocks are Objective-C objects: they understand copy and release, and can be kept in collections
 // and properties.
-#import <Foundation/Foundation.h>
+#import "Value.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <unordered_map>
 
 namespace {
 
@@ -48,13 +51,55 @@ struct Variable {
     void (*dispose)(void* variable);
 };
 
+/// The references that the bits of the flags have no room for, by the address of the flags.
+struct MoreReferences {
+    std::mutex mutex;
+    std::unordered_map<const int*, std::size_t> counts;
+};
+
+// Never destroyed, because blocks may be released while the process exits.
+MoreReferences& moreReferences() {
+    static auto* const all = new MoreReferences;
+    return *all;
+}
+
+/// Changes the count in the flags, unless the count is full. Returns the count before, or the full count.
+int changeCount(int& flags, int change) {
+    const std::atomic_ref shared{flags};
+    int before = shared.load(std::memory_order_relaxed);
+    while ((before & referenceCount) != referenceCount &&
+           !shared.compare_exchange_weak(before, before + change, std::memory_order_acq_rel)) {
+    }
+    return before & referenceCount;
+}
+
 void addReference(int& flags) {
-    std::atomic_ref{flags}.fetch_add(1, std::memory_order_relaxed);
+    if (changeCount(flags, +1) != referenceCount) {
+        return;
+    }
+    auto& more = moreReferences();
+    const std::scoped_lock lock{more.mutex};
+    if (changeCount(flags, +1) == referenceCount) {
+        ++more.counts[&flags];
+    }
 }
 
 /// Returns whether the reference was the last.
 bool dropReference(int& flags) {
-    return (std::atomic_ref{flags}.fetch_sub(1, std::memory_order_acq_rel) & referenceCount) == 1;
+    if (const int before = changeCount(flags, -1); before != referenceCount) {
+        return before == 1;
+    }
+    // A full count falls under the lock only.
+    auto& more = moreReferences();
+    const std::scoped_lock lock{more.mutex};
+    const auto found = more.counts.find(&flags);
+    if (found == more.counts.end()) {
+        return (std::atomic_ref{flags}.fetch_sub(1, std::memory_order_acq_rel) & referenceCount) == 1;
+    }
+    if (--found->second == 0) {
+        more.counts.erase(found);
+    }
+    return false;
 }
 
 void* moved(const void* from, std::size_t size) {
@@ -170,6 +215,8 @@ __attribute__((visibility("protected"))) void _Block_object_dispose(const void* 
 @end
 
 @implementation KivoBlock
+
+KIVO_NO_ARCHIVE
 
 - (id)copy {
     return static_cast<id>(_Block_copy(self));

@@ -1,3 +1,5 @@
+#import "Value.h"
+
 #import <kivo/objc/KivoMainQueue.h>
 #include <kivo/platform/RunLoop.hpp>
 
@@ -6,13 +8,55 @@
 @interface KivoMainQueue () <RunLoopEvents>
 @end
 
+namespace {
+
+/// What the main queue is attached to; belongs to the main thread.
+struct Attachment {
+    NSRunLoop* loop = nil;
+    std::intptr_t descriptor = -1;
+
+    void* data() const { return reinterpret_cast<void*>(descriptor); }
+};
+
+Attachment attachedTo;
+
+/// Foundation adds timers to all common modes by `NSRunLoopCommonModes`, but not watchers. The names are AppKit's.
+NSArray* commonModes() {
+    return @[ NSDefaultRunLoopMode, @"NSModalPanelRunLoopMode", @"NSEventTrackingRunLoopMode" ];
+}
+
+void requireMainThread() {
+    if (![NSThread isMainThread]) {
+        kivo::objc::refuse([KivoMainQueue class], @"is used on the main thread only");
+    }
+}
+
+} // namespace
+
 @implementation KivoMainQueue
 
+KIVO_NO_ARCHIVE
+
 + (void)attachToRunLoop:(NSRunLoop*)runLoop {
-    const auto descriptor = static_cast<std::intptr_t>(kivo::platform::RunLoop::main()->fileDescriptor());
+    requireMainThread();
+    if (runLoop != [NSRunLoop currentRunLoop]) {
+        kivo::objc::refuse(self, @"attaches to the run loop of the main thread only");
+    }
+    [self detach];
     // Never released, because the run loop does not retain its watchers.
     static KivoMainQueue* const watcher = [KivoMainQueue new];
-    [runLoop addEvent:reinterpret_cast<void*>(descriptor) type:ET_RDESC watcher:watcher forMode:NSDefaultRunLoopMode];
+    attachedTo = {runLoop, kivo::platform::RunLoop::main()->fileDescriptor()};
+    for (NSString* mode in commonModes()) {
+        [runLoop addEvent:attachedTo.data() type:ET_RDESC watcher:watcher forMode:mode];
+    }
+}
+
++ (void)detach {
+    requireMainThread();
+    for (NSString* mode in commonModes()) {
+        [attachedTo.loop removeEvent:attachedTo.data() type:ET_RDESC forMode:mode all:YES];
+    }
+    attachedTo = {};
 }
 
 - (void)receivedEvent:(void*)data type:(RunLoopEventType)type extra:(void*)extra forMode:(NSString*)mode {

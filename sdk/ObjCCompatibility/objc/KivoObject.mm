@@ -1,4 +1,5 @@
 #import "Native.h"
+#import "Value.h"
 
 #include <mutex>
 #include <unordered_map>
@@ -25,12 +26,8 @@ Wrappers& wrappers() {
 
 @implementation KivoObject
 
-- (instancetype)init {
-    NSString* const name = NSStringFromClass([self class]);
-    [self release];
-    [NSException raise:NSInvalidArgumentException format:@"%@ has no init without arguments", name];
-    return nil;
-}
+KIVO_NO_INIT
+KIVO_NO_ARCHIVE
 
 - (instancetype)initWithNative:(std::shared_ptr<void>)native {
     self = [super init];
@@ -74,7 +71,7 @@ Wrappers& wrappers() {
 }
 
 std::shared_ptr<void> kivo::objc::anyNative(KivoObject* wrapper) {
-    return wrapper ? wrapper->_native->object : nullptr;
+    return wrapper && wrapper->_native ? wrapper->_native->object : nullptr;
 }
 
 @end

@@ -1,9 +1,7 @@
 #import "Properties.h"
+#import "Value.h"
 
 #include <kivo/platform/Services.hpp>
-
-#include <cstddef>
-#include <functional>
 
 @implementation KivoBundle
 
@@ -43,17 +41,21 @@
     return [self retain];
 }
 
-- (BOOL)isEqual:(id)other {
-    return [other isKindOfClass:[KivoColor class]] && [self nativeColor] == [other nativeColor];
+- (nullable instancetype)initWithCoder:(NSCoder*)coder {
+    kivo::objc::ArchiveReader archive{coder};
+    const kivo::platform::Color color{.red = archive.number(@"red"),
+                                      .green = archive.number(@"green"),
+                                      .blue = archive.number(@"blue"),
+                                      .alpha = archive.number(@"alpha")};
+    if (archive.isDamaged()) {
+        [self release];
+        return nil;
+    }
+    return [self initWithNativeColor:color];
 }
 
-- (NSUInteger)hash {
-    std::size_t hash = 0;
-    for (const double channel : {_red, _green, _blue, _alpha}) {
-        hash = hash * 31 + std::hash<double>{}(channel);
-    }
-    return hash;
-}
+KIVO_NO_INIT
+KIVO_VALUE(@"red", @"green", @"blue", @"alpha")
 
 - (NSString*)description {
     return [NSString stringWithFormat:@"red %g, green %g, blue %g, alpha %g", _red, _green, _blue, _alpha];
@@ -103,13 +105,20 @@
     return [self retain];
 }
 
-- (BOOL)isEqual:(id)other {
-    return [other isKindOfClass:[KivoFont class]] && [self nativeFont] == [other nativeFont];
+- (nullable instancetype)initWithCoder:(NSCoder*)coder {
+    kivo::objc::ArchiveReader archive{coder};
+    const auto name = kivo::objc::fromText(archive.text(@"fontName"));
+    const double size = archive.number(@"pointSize");
+    const auto font = name.empty() ? kivo::platform::Font::system(size) : kivo::platform::Font::named(name, size);
+    if (archive.isDamaged() || !font) {
+        [self release];
+        return nil;
+    }
+    return [self initWithNativeFont:*font];
 }
 
-- (NSUInteger)hash {
-    return [_fontName hash];
-}
+KIVO_NO_INIT
+KIVO_VALUE(@"fontName", @"pointSize")
 
 - (NSString*)description {
     return [NSString stringWithFormat:@"%@ at %g points", [_fontName length] ? _fontName : @"system font", _pointSize];

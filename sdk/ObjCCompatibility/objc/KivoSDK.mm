@@ -1,5 +1,6 @@
 #import "Native.h"
 #import "Properties.h"
+#import "Value.h"
 
 #include <kivo/Deployment.hpp>
 #include <kivo/KivoAPIProvider.hpp>
@@ -13,6 +14,8 @@ using kivo::objc::fromText;
 using kivo::objc::toText;
 
 @implementation KivoSDK
+
+KIVO_NO_ARCHIVE
 
 + (nullable KivoAPIProvider*)loadForProviderWithKey:(NSString*)key version:(NSString*)version {
     return kivo::objc::wrapped<KivoAPIProvider>(kivo::KivoSDK::loadForProvider(fromText(key), fromText(version)));
@@ -53,6 +56,8 @@ using kivo::objc::toText;
 @end
 
 @implementation ZorFrameworkWrapper
+
+KIVO_NO_ARCHIVE
 
 @synthesize apiProvider = _apiProvider;
 @synthesize config = _config;
@@ -96,6 +101,14 @@ KIVO_PROPERTY(NSArray*, joinPages, setJoinPages)
 KIVO_PROPERTY(BOOL, faceTecProduction, setFaceTecProduction)
 KIVO_PROPERTY(NSString*, faceTecProductionKey, setFaceTecProductionKey)
 KIVO_PROPERTY(BOOL, requiresPins, setRequiresPins)
+
+// Without the key, which is never logged.
+- (NSString*)description {
+    return [NSString stringWithFormat:@"<KivoDeployment: join pages %@, face scans %@, pins %@>",
+                                      [self.joinPages componentsJoinedByString:@" "],
+                                      self.faceTecProduction ? @"in production" : @"not in production",
+                                      self.requiresPins ? @"required" : @"not required"];
+}
 
 - (void)install {
     kivo::Deployment::install(native(self));

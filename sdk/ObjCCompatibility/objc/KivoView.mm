@@ -1,11 +1,19 @@
-#include "Properties.h"
+#import "HostBlock.h"
+#import "Properties.h"
 
 #include <kivo/LuOTPView.hpp>
+#import <kivo/objc/KivoControls.h>
 #import <kivo/objc/KivoNative.h>
+#include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/TextField.hpp>
+#include <kivo/platform/ui/Window.hpp>
 #include <kivo/ui/LayerStyle.hpp>
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 using kivo::objc::shown;
-using kivo::platform::Button;
 using kivo::platform::LayoutConstraint;
 using kivo::platform::View;
 
@@ -21,13 +29,17 @@ std::optional<kivo::platform::Color> nativeColor(KivoColor* color) {
 
 /// The wrapper class for the view's class.
 Class classOf(View* view) {
-    if (dynamic_cast<kivo::LuOTPView*>(view)) {
-        return [LuOTPView class];
-    }
-    if (dynamic_cast<kivo::LuOTPTextField*>(view)) {
-        return [LuOTPTextField class];
-    }
-    return dynamic_cast<Button*>(view) ? [KivoButton class] : [KivoView class];
+    // A derived class stands before its base.
+    const std::pair<bool, Class> kinds[] = {
+        {dynamic_cast<kivo::LuOTPView*>(view), [LuOTPView class]},
+        {dynamic_cast<kivo::LuOTPTextField*>(view), [LuOTPTextField class]},
+        {dynamic_cast<kivo::platform::TextField*>(view), [KivoTextField class]},
+        {dynamic_cast<kivo::platform::Button*>(view), [KivoButton class]},
+        {dynamic_cast<kivo::platform::Label*>(view), [KivoLabel class]},
+        {dynamic_cast<kivo::platform::Window*>(view), [KivoWindow class]},
+    };
+    const auto* const kind = std::ranges::find_if(kinds, [](const auto& each) { return each.first; });
+    return kind == std::end(kinds) ? [KivoView class] : kind->second;
 }
 
 } // namespace
@@ -60,6 +72,7 @@ KIVO_FORWARDED(NSString*, identifier, setIdentifier)
 }
 
 KIVO_FORWARDED(BOOL, isHidden, setHidden)
+KIVO_FORWARDED(KivoColor*, backgroundColor, setBackgroundColor)
 
 - (NSArray<KivoView*>*)subviews {
     NSMutableArray* const subviews = [NSMutableArray array];
@@ -81,6 +94,20 @@ KIVO_FORWARDED(BOOL, isHidden, setHidden)
 
 - (nullable KivoView*)find:(NSString*)identifier {
     return [KivoView viewWithNative:native(self).find(kivo::objc::fromText(identifier))];
+}
+
+- (void)layoutIfNeeded {
+    native(self).layoutIfNeeded();
+}
+
+- (void)addTapAction:(void (^)(void))action {
+    if (action) {
+        native(self).addTapAction([block = kivo::objc::HostBlock{action}] { block(); });
+    }
+}
+
+- (BOOL)touch {
+    return native(self).touch();
 }
 
 - (double)cornerRadiusExt {
@@ -138,27 +165,11 @@ KIVO_FORWARDED(BOOL, isHidden, setHidden)
 
 namespace {
 
-Button& native(KivoButton* button) {
-    return static_cast<Button&>(native(static_cast<KivoView*>(button)));
-}
-
 LayoutConstraint& native(KivoLayoutConstraint* constraint) {
     return *kivo::objc::native<LayoutConstraint>(constraint);
 }
 
 } // namespace
-
-@implementation KivoButton
-
-- (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<Button>()}];
-}
-
-KIVO_FORWARDED(NSString*, title, setTitle)
-KIVO_FORWARDED(KivoFont*, font, setFont)
-KIVO_FORWARDED(BOOL, isEnabled, setEnabled)
-
-@end
 
 @implementation KivoLayoutConstraint
 

@@ -1,19 +1,73 @@
 #import "HostBlock.h"
 #import "Native.h"
 #import "Properties.h"
+#import "Value.h"
 
 #include <kivo/FinalStatusVC.hpp>
 #import <kivo/objc/FinalStatusVC.h>
 #import <kivo/objc/KivoNative.h>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/NavigationItem.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 
+#include <functional>
 #include <memory>
+
+/// A host's screen, which passes its life cycle on to the Objective-C object as long as that lives.
+struct KivoHostScreen final : kivo::platform::ViewController {
+    explicit KivoHostScreen(KivoViewController* controller)
+        : host{controller} {}
+
+    void viewDidLoad() override {
+        tell([](KivoViewController* screen) { [screen viewDidLoad]; });
+    }
+
+    void viewWillAppear(bool animated) override {
+        tell([animated](KivoViewController* screen) { [screen viewWillAppear:animated]; });
+    }
+
+    void viewDidAppear(bool animated) override {
+        tell([animated](KivoViewController* screen) { [screen viewDidAppear:animated]; });
+    }
+
+    void viewWillDisappear(bool animated) override {
+        tell([animated](KivoViewController* screen) { [screen viewWillDisappear:animated]; });
+    }
+
+    void viewDidDisappear(bool animated) override {
+        tell([animated](KivoViewController* screen) { [screen viewDidDisappear:animated]; });
+    }
+
+    void tell(const std::function<void(KivoViewController*)>& call) const {
+        if (KivoViewController* const screen = host) {
+            void (^const block)() = ^{
+                call(screen);
+            };
+            kivo::objc::HostBlock{block}();
+        }
+    }
+
+    /// Not retained.
+    KivoViewController* host;
+};
 
 @implementation KivoViewController
 
 - (instancetype)init {
-    return [super initWithNative:std::make_shared<kivo::platform::ViewController>()];
+    const auto screen = std::make_shared<KivoHostScreen>(self);
+    self = [super initWithNative:std::shared_ptr<kivo::platform::ViewController>{screen}];
+    if (self) {
+        _screen = screen.get();
+    }
+    return self;
+}
+
+- (void)dealloc {
+    if (_screen) {
+        _screen->host = nil;
+    }
+    [super dealloc];
 }
 
 + (instancetype)new {
@@ -43,6 +97,42 @@
     return [KivoView viewWithNative:kivo::objc::native<kivo::platform::ViewController>(self)->view()];
 }
 
+- (NSString*)title {
+    return kivo::objc::toText([self nativeViewController]->navigationItem()->title());
+}
+
+- (void)setTitle:(NSString*)title {
+    [self nativeViewController]->navigationItem()->setTitle(kivo::objc::fromText(title));
+}
+
+- (nullable KivoNavigationController*)navigationController {
+    return static_cast<KivoNavigationController*>(
+        [KivoViewController viewControllerWithNative:[self nativeViewController]->navigationController()]);
+}
+
+- (nullable KivoViewController*)presentedViewController {
+    return [KivoViewController viewControllerWithNative:[self nativeViewController]->presentedViewController()];
+}
+
+- (nullable KivoViewController*)presentingViewController {
+    return [KivoViewController viewControllerWithNative:[self nativeViewController]->presentingViewController()];
+}
+
+- (void)viewDidLoad {
+}
+
+- (void)viewWillAppear:(BOOL)animated {
+}
+
+- (void)viewDidAppear:(BOOL)animated {
+}
+
+- (void)viewWillDisappear:(BOOL)animated {
+}
+
+- (void)viewDidDisappear:(BOOL)animated {
+}
+
 // The presentation keeps the presented screen's wrapper alive, because the wrapper may hold a delegate.
 - (void)presentViewController:(KivoViewController*)viewController {
     if (viewController) {
@@ -60,8 +150,12 @@
 
 + (nullable KivoViewController*)viewControllerWithNative:
     (const std::shared_ptr<kivo::platform::ViewController>&)viewController {
-    const bool isFinal = dynamic_cast<kivo::FinalStatusVC*>(viewController.get()) != nullptr;
-    const Class kind = isFinal ? [FinalStatusVC class] : [KivoViewController class];
+    Class kind = [KivoViewController class];
+    if (dynamic_cast<kivo::FinalStatusVC*>(viewController.get())) {
+        kind = [FinalStatusVC class];
+    } else if (dynamic_cast<kivo::platform::NavigationController*>(viewController.get())) {
+        kind = [KivoNavigationController class];
+    }
     return [[[kind alloc] initWithNative:viewController] autorelease];
 }
 
@@ -115,6 +209,8 @@ struct KivoFinalStatusListener {
 };
 
 @implementation FinalStatusVC
+
+KIVO_NO_INIT
 
 - (nullable id<FinalStatusVCDelegate>)delegate {
     return _listener ? _listener->object->host() : nil;

@@ -1,4 +1,5 @@
 #import "Native.h"
+#import "Value.h"
 
 #include <kivo/kivo.hpp>
 #import <kivo/objc/AcquisitionConfig.h>
@@ -13,6 +14,8 @@ using kivo::objc::toText;
 
 @implementation SDKEnvHelper
 
+KIVO_NO_ARCHIVE
+
 + (NSString*)environmentNameFrom:(SDKEnv)environment {
     return toText(kivo::SDKEnvHelper::environmentName(enumeration<kivo::SDKEnv>(environment)));
 }
@@ -20,6 +23,8 @@ using kivo::objc::toText;
 @end
 
 @implementation IdvEventsHelper
+
+KIVO_NO_ARCHIVE
 
 + (NSString*)eventNameFrom:(IdvEvents)event {
     return toText(kivo::IdvEventsHelper::eventName(enumeration<kivo::IdvEvents>(event)));
@@ -29,6 +34,8 @@ using kivo::objc::toText;
 
 @implementation AcquisitionObjectHelper
 
+KIVO_NO_ARCHIVE
+
 + (NSString*)acquisitionObjectNameFrom:(AcquisitionObject)object {
     return toText(kivo::AcquisitionObjectHelper::acquisitionObjectName(enumeration<kivo::AcquisitionObject>(object)));
 }
@@ -37,6 +44,8 @@ using kivo::objc::toText;
 
 @implementation SdkVersions
 
+KIVO_NO_ARCHIVE
+
 + (NSString*)getPreciseVersionFromVersion:(NSString*)version {
     return toText(kivo::SdkVersions::getPreciseVersion(fromText(version)));
 }
@@ -44,6 +53,8 @@ using kivo::objc::toText;
 @end
 
 @implementation AcquisitionConfigKeys
+
+KIVO_NO_ARCHIVE
 
 + (NSString*)ENVIRONMENT {
     return toText(kivo::AcquisitionConfigKeys::ENVIRONMENT);

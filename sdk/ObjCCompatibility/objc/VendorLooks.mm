@@ -1,4 +1,5 @@
 #import "Properties.h"
+#import "Value.h"
 
 #include <kivo/ReadIDUIResourcesWrapper.hpp>
 #import <kivo/objc/KivoNative.h>
@@ -75,6 +76,8 @@ KIVO_PROPERTY(BOOL, isDynamicTypeEnabled, setIsDynamicTypeEnabled)
 @end
 
 @implementation ReadIDUIResourcesWrapper
+
+KIVO_NO_ARCHIVE
 
 KIVO_FORWARDED(double, textSize, setTextSize)
 KIVO_FORWARDED(KivoFont*, buttonFont, setButtonFont)

@@ -21,16 +21,17 @@ __attribute__((visibility("default")))
 /// A host's requirements for a session: the environment and five constraints, which the library passes on unread.
 ///
 /// The identity service defines the meaning of the constraint texts. A join reads a configuration during the call;
-/// later changes have no effect on the session.
+/// later changes have no effect on the session. Configurations with the same
+/// values are equal; do not change a configuration while a set or a dictionary holds it.
 __attribute__((visibility("default")))
-@interface AcquisitionConfig : KivoObject<NSCoding>
+@interface AcquisitionConfig : KivoObject<NSSecureCoding>
 
 - (instancetype)initWithEnviroment:(SDKEnv)environment
                   kivo_app_doclist:(NSString*)kivo_app_doclist
                  kivo_expire_grace:(NSString*)kivo_expire_grace
                 kivo_facematch_min:(NSString*)kivo_facematch_min
                   kivo_doc_issuers:(NSString*)kivo_doc_issuers
-                       kivo_images:(NSString*)kivo_images;
+                       kivo_images:(NSString*)kivo_images NS_DESIGNATED_INITIALIZER;
 
 /// Reads the six values of a keyed archive under the property names. Nil when a value is missing or has another type,
 /// or when the coder is not keyed.

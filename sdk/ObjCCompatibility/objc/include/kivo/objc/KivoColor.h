@@ -6,7 +6,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 /// A colour in sRGB; each channel from 0 to 1. A value type: equal objects are interchangeable.
 __attribute__((visibility("default")))
-@interface KivoColor : NSObject<NSCopying> {
+@interface KivoColor : NSObject<NSCopying, NSSecureCoding> {
 @private
     double _red;
     double _green;
@@ -21,6 +21,9 @@ __attribute__((visibility("default")))
 
 /// The colour of that name in the host's asset catalogue; nil when the catalogue has no such name.
 + (nullable instancetype)colorNamed:(NSString*)name;
+
+/// Nil when a channel is missing from the archive.
+- (nullable instancetype)initWithCoder:(NSCoder*)coder;
 
 @property (nonatomic, readonly) double red;
 @property (nonatomic, readonly) double green;

@@ -8,9 +8,14 @@ NS_ASSUME_NONNULL_BEGIN
 __attribute__((visibility("default")))
 @interface KivoMainQueue : NSObject
 
-/// Lets `runLoop`, the run loop of the main thread, run the blocks of the library's main queue. Call once, on the main
-/// thread.
+/// Lets `runLoop`, the run loop of the main thread, run the blocks of the library's main queue in the common modes: the
+/// default mode, and those in which AppKit shows panels and tracks the mouse. A second call has no further effect.
+/// Raises `NSInvalidArgumentException` for nil, for another run loop, and on another thread than the main thread.
 + (void)attachToRunLoop:(NSRunLoop*)runLoop;
+
+/// Undoes `attachToRunLoop:`; blocks wait until the queue is attached again. Raises on another thread than the main
+/// thread.
++ (void)detach;
 
 @end
 

@@ -4,8 +4,10 @@
 
 #include <kivo/kivo.hpp>
 #import <kivo/objc/ActivationResponse.h>
+#import <kivo/objc/KivoNavigationController.h>
 #import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
+#import <kivo/objc/KivoWindow.h>
 #import <kivo/objc/LuOTPView.h>
 #import <kivo/objc/ThemeCustomization.h>
 
@@ -67,5 +69,12 @@
 
 /// The pointer keeps the Objective-C object alive, too.
 - (std::shared_ptr<kivo::platform::ViewController>)nativeViewController;
+
+@end
+
+@interface KivoWindow (Native)
+
+/// The window for a device that draws it. The pointer keeps the Objective-C object alive, too.
+- (std::shared_ptr<kivo::platform::Window>)nativeWindow;
 
 @end

@@ -14,14 +14,17 @@
 #import <kivo/objc/KivoBundle.h>
 #import <kivo/objc/KivoColor.h>
 #import <kivo/objc/KivoContentSizeCategory.h>
+#import <kivo/objc/KivoControls.h>
 #import <kivo/objc/KivoDeployment.h>
 #import <kivo/objc/KivoFont.h>
 #import <kivo/objc/KivoImage.h>
 #import <kivo/objc/KivoMainQueue.h>
+#import <kivo/objc/KivoNavigationController.h>
 #import <kivo/objc/KivoObject.h>
 #import <kivo/objc/KivoSDK.h>
 #import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
+#import <kivo/objc/KivoWindow.h>
 #import <kivo/objc/LogLevel.h>
 #import <kivo/objc/LuOTPView.h>
 #import <kivo/objc/ObjCResult.h>

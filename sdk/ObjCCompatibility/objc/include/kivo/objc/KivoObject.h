@@ -8,6 +8,9 @@ NS_ASSUME_NONNULL_BEGIN
 ///
 /// As long as the Objective-C object is retained, an object of the library has only this one, so `==` compares
 /// identity. Texts are never nil when read, and nil reads as the empty text when written.
+///
+/// Objects are archived only where their class adopts `NSSecureCoding`; archiving any other object raises
+/// `NSInvalidArgumentException`.
 __attribute__((visibility("default")))
 @interface KivoObject : NSObject {
 @private

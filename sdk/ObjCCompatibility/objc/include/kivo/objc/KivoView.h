@@ -21,6 +21,8 @@ __attribute__((visibility("default")))
 /// In the coordinates of the superview. A written frame becomes the view's placement, which a layout keeps.
 @property (nonatomic) NSRect frame;
 @property (nonatomic, getter=isHidden) BOOL hidden;
+/// Nil for a view without a background; nil at first.
+@property (nonatomic, copy, nullable) KivoColor* backgroundColor;
 
 @property (nonatomic, readonly) NSArray<KivoView*>* subviews;
 /// Moves `view` on top of the other subviews; the view leaves its former superview.
@@ -29,6 +31,18 @@ __attribute__((visibility("default")))
 
 /// This view or the first subview, depth first, with that identifier; nil without such a view.
 - (nullable KivoView*)find:(NSString*)identifier;
+
+/// Gives the views of the whole tree their frames. The library does so itself before a screen appears and before a
+/// device draws; call the method before frames are read.
+- (void)layoutIfNeeded;
+
+/// Calls `action` when a person taps the view, after the actions added before. The view keeps a copy of the block, so a
+/// block that retains the view keeps the view alive for ever.
+- (void)addTapAction:(void (^)(void))action;
+
+/// A person's tap on this view. Returns whether a view took the tap: a view that is hidden, disabled or covered by
+/// another screen takes none.
+- (BOOL)touch;
 
 /// The corners' radius. Writing the radius also clips the view to its bounds exactly when the radius is above 0.
 @property (nonatomic) double cornerRadiusExt;
@@ -43,16 +57,6 @@ __attribute__((visibility("default")))
 - (void)applyPrimaryButtonStyleWithBorderColor:(nullable KivoColor*)borderColor
                                   cornerRadius:(double)cornerRadius
                                    borderWidth:(double)borderWidth;
-
-@end
-
-/// A button with a title. The action of a tap is set in a storyboard or in C++.
-__attribute__((visibility("default")))
-@interface KivoButton : KivoView
-
-@property (nonatomic, copy) NSString* title;
-@property (nonatomic, copy) KivoFont* font;
-@property (nonatomic, getter=isEnabled) BOOL enabled;
 
 @end
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#import <kivo/objc/KivoView.h>
+#import <kivo/objc/KivoControls.h>
 
 NS_ASSUME_NONNULL_BEGIN
 
@@ -13,7 +13,7 @@ typedef NS_ENUM(NSInteger, KeyboardType) {
 
 /// One field of a `LuOTPView`. Main thread only.
 __attribute__((visibility("default")))
-@interface LuOTPTextField : KivoView
+@interface LuOTPTextField : KivoTextField
 
 /// The text that the empty field shows; empty at first.
 @property (nonatomic, copy) NSString* placeholderString;

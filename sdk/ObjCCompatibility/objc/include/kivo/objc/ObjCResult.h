@@ -11,14 +11,25 @@ typedef NS_ENUM(NSInteger, ObjCResultStatus) {
     ObjCResultStatusFailure = 1,
 };
 
-/// A failure as plain values.
+/// The domain of `asNSError`.
+FOUNDATION_EXPORT __attribute__((visibility("default"))) NSString* const KivoErrorDomain;
+/// The key of `errorName` in the user info of `asNSError`.
+FOUNDATION_EXPORT __attribute__((visibility("default"))) NSString* const KivoErrorNameKey;
+
+/// A failure as plain values. Errors with the same values are equal.
 __attribute__((visibility("default")))
-@interface ObjCError : KivoObject
+@interface ObjCError : KivoObject<NSSecureCoding>
 
 - (instancetype)initWithErrorName:(NSString*)errorName
                           message:(NSString*)message
                              code:(NSInteger)code
-                   genericMessage:(NSString*)genericMessage;
+                   genericMessage:(NSString*)genericMessage NS_DESIGNATED_INITIALIZER;
+
+/// Nil when a value is missing from the archive or has another type.
+- (nullable instancetype)initWithCoder:(NSCoder*)coder;
+
+/// The code in `KivoErrorDomain`; the message is the localized description, the generic message the failure reason.
+- (NSError*)asNSError;
 
 /// The response code's name, such as "STATUS_INVALID_SESSION".
 @property (nonatomic, copy) NSString* errorName;
@@ -34,19 +45,22 @@ __attribute__((visibility("default")))
 
 @end
 
-/// An outcome as one object. Exactly one of success and error is set.
+/// An outcome as one object. Exactly one of success and error is set. Outcomes with equal contents are equal.
 __attribute__((visibility("default")))
-@interface ObjCResult : NSObject {
+@interface ObjCResult : NSObject<NSSecureCoding> {
 @private
     IdvResult* _success;
     ObjCError* _error;
 }
 
 /// Nil when `success` is nil.
-- (nullable instancetype)initWithSuccess:(IdvResult*)success;
+- (nullable instancetype)initWithSuccess:(IdvResult*)success NS_DESIGNATED_INITIALIZER;
 
 /// Nil when `error` is nil.
-- (nullable instancetype)initWithError:(ObjCError*)error;
+- (nullable instancetype)initWithError:(ObjCError*)error NS_DESIGNATED_INITIALIZER;
+
+/// Nil when the archive does not hold exactly one of the two.
+- (nullable instancetype)initWithCoder:(NSCoder*)coder;
 
 - (instancetype)init __attribute__((unavailable("use initWithSuccess: or initWithError:")));
 + (instancetype)new __attribute__((unavailable("use initWithSuccess: or initWithError:")));

@@ -1,9 +1,9 @@
 #pragma once
 
 #import <kivo/objc/KivoColor.h>
+#import <kivo/objc/KivoControls.h>
 #import <kivo/objc/KivoFont.h>
 #import <kivo/objc/KivoImage.h>
-#import <kivo/objc/KivoView.h>
 
 NS_ASSUME_NONNULL_BEGIN
 
