@@ -1,6 +1,8 @@
 #include "Configuration/session/StoredSession.hpp"
 #include "support/AcquisitionRoad.hpp"
 
+#include <kivo/platform/ui/AlertController.hpp>
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -118,6 +120,17 @@ TEST_F(SimulatedFaceTec, LetsAPersonDecide) {
     EXPECT_TRUE(becomes([this] { return person.sees("Welcome to Utopia Bank"); }));
     tap("continueButton");
     EXPECT_EQ(answer(), "FACE_SCAN");
+}
+
+TEST_F(SimulatedFaceTec, EndsWhenItsScreenIsTakenAway) {
+    scanner->waitsForPerson = true;
+    scanFace();
+    EXPECT_TRUE(becomes([this] { return record().isShown; }));
+    window->visibleViewController()->present(std::make_shared<platform::AlertController>("", "On top"), true);
+    pass();
+    EXPECT_EQ(heard, "");
+    navigation->dismiss(true);
+    EXPECT_EQ(answer(), "CONTEXT_SWITCH");
 }
 
 TEST_F(SimulatedFaceTec, GoesOnFromARefusedScanAndHearsHowASlowUploadGoes) {
