@@ -11,7 +11,9 @@
 #include <QTime>
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 #include <utility>
 
 namespace kivo::device::app {
@@ -146,11 +148,30 @@ StandardOutput::~StandardOutput() {
     close(pipe_);
 }
 
+std::string StandardOutput::finish() {
+    std::fflush(stdout);
+    read();
+    return error_ == 0 ? "" : "standard output could not be written (" + std::generic_category().message(error_) + ")";
+}
+
+void StandardOutput::passOn(const char* bytes, std::size_t count) {
+    while (count > 0) {
+        const auto written = write(original_, bytes, count);
+        if (written < 0 && errno != EINTR) {
+            error_ = errno;
+            return;
+        }
+        const auto done = static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+        bytes += done;
+        count -= done;
+    }
+}
+
 void StandardOutput::read() {
     std::array<char, 4096> part{};
     for (auto count = ::read(pipe_, part.data(), part.size()); count > 0;
          count = ::read(pipe_, part.data(), part.size())) {
-        [[maybe_unused]] const auto written = write(original_, part.data(), static_cast<std::size_t>(count));
+        passOn(part.data(), static_cast<std::size_t>(count));
         rest_.append(part.data(), count);
     }
     for (auto end = rest_.indexOf('\n'); end >= 0; end = rest_.indexOf('\n')) {

@@ -8,6 +8,7 @@
 #include <QTreeWidget>
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace kivo::device::app {
 
@@ -39,12 +40,17 @@ public:
     StandardOutput(const StandardOutput&) = delete;
     StandardOutput& operator=(const StandardOutput&) = delete;
 
+    /// Reads what is left. Returns the reason why a line did not reach the former standard output, or an empty text.
+    std::string finish();
+
 private:
     void read();
+    void passOn(const char* bytes, std::size_t count);
 
     std::function<void(const QString&)> listener_;
     int original_ = -1;
     int pipe_ = -1;
+    int error_ = 0;
     QByteArray rest_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };

@@ -2,6 +2,9 @@
 #include "HostLook.hpp"
 #include "Records.hpp"
 #include "SteeringPanel.hpp"
+#include "program/CommandLine.hpp"
+#include "program/Program.hpp"
+#include "program/Temporary.hpp"
 
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/MainLoop.hpp>
@@ -14,15 +17,14 @@
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QPointer>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QSplitter>
-#include <QTemporaryDir>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -52,25 +54,29 @@ void showRequests(simulator::IdentityService& service, QPointer<Records> records
     });
 }
 
-/// The interface versions, such as "14, 15".
-QString versions() {
-    QStringList all;
-    for (const auto version : SdkVersions::all()) {
-        all.append(QString::fromUtf8(version));
-    }
-    return all.join(", ");
+/// Starts Qt, or throws a sentence where there is no display; Qt itself would abort the process.
+std::unique_ptr<QApplication> startQt(int& argc, char** argv) {
+    auto* const before = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString&) {
+        // The warnings before the fatal message say the same at length.
+        if (type == QtFatalMsg) {
+            program::complain("no window can be opened: there is no display (see DISPLAY and WAYLAND_DISPLAY), or Qt "
+                              "has no plug-in for the display (see QT_QPA_PLATFORM)");
+            program::endAtOnce(EXIT_FAILURE);
+        }
+    });
+    auto application = std::make_unique<QApplication>(argc, argv);
+    qInstallMessageHandler(before);
+    return application;
 }
 
-int run(const QString& version) {
-    const QTemporaryDir folder;
-    const auto service = std::make_shared<simulator::IdentityService>();
+int show(const std::string& version, const program::TemporaryFolder& folder) {
+    const auto service = folder.holding([] { return std::make_shared<simulator::IdentityService>(); });
     const auto camera = std::make_shared<simulator::Camera>();
     const auto readID = std::make_shared<simulator::ReadID>(simulator::Reading::byPerson());
     const auto faceTec = std::make_shared<simulator::FaceTec>();
     const auto window = std::make_shared<platform::Window>();
-    auto services = platform::linuxServices({.mainBundle = {},
-                                             .dataFolder = folder.path().toStdString(),
-                                             .trustedCertificates = service->trustedCertificates()});
+    auto services = platform::linuxServices(
+        {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service->trustedCertificates()});
     const auto look = std::make_shared<HostLook>(services.bundles);
     services.reachability = std::make_shared<simulator::Reachability>();
     services.camera = camera;
@@ -84,12 +90,7 @@ int run(const QString& version) {
     KivoSDK::setLogLevel(LogLevel::debug);
 
     const device::MainLoop mainLoop;
-    if (!KivoSDK::load("DEVICE", version.toStdString())) {
-        std::fprintf(stderr, "kivo-device: there is no interface version %s; take one of %s\n", qPrintable(version),
-                     qPrintable(versions()));
-        return 2;
-    }
-    const auto host = std::make_shared<Host>(window, version.toStdString());
+    const auto host = std::make_shared<Host>(window, version);
 
     QSplitter top;
     top.setWindowTitle("Kivo device");
@@ -106,7 +107,7 @@ int run(const QString& version) {
             .release());
     auto records = std::make_unique<Records>();
     showRequests(*service, records.get());
-    const StandardOutput output{[log = QPointer{records.get()}](const QString& line) {
+    StandardOutput output{[log = QPointer{records.get()}](const QString& line) {
         if (log) {
             log->addLogLine(line);
         }
@@ -122,27 +123,38 @@ int run(const QString& version) {
     top.show();
     const int result = QApplication::exec();
     service->onRequest({});
+    if (const auto problem = output.finish(); !problem.empty()) {
+        program::complain(problem);
+        return EXIT_FAILURE;
+    }
     return result;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const QApplication application{argc, argv};
-    QApplication::setApplicationName("kivo-device");
-    QCommandLineParser arguments;
-    arguments.setApplicationDescription(
-        "Shows the screens of a host with libkivo against a simulated identity service,\n"
-        "for a session by hand. The service knows the activation code 123456.");
-    arguments.addHelpOption();
-    const QCommandLineOption version{"interface", "Interface version to load: " + versions() + ".", "NN",
-                                     QString::fromUtf8(SdkVersions::all().back())};
-    arguments.addOption(version);
-    arguments.process(application);
-    try {
-        return run(arguments.value(version));
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "kivo-device: %s\n", error.what());
-        return EXIT_FAILURE;
-    }
+    return program::run("kivo-device", [&]() -> int {
+        const std::vector<std::string> versions{SdkVersions::all().begin(), SdkVersions::all().end()};
+        auto version = versions.back();
+        program::CommandLine line{
+            {.name = "kivo-device",
+             .arguments = "[options]",
+             .purpose = "Shows the screens of a host with libkivo against a simulated identity service,\n"
+                        "for a session by hand. The service knows the activation code 123456.\n",
+             .statuses = {{0, "the window was closed"},
+                          {1, "there is no display, or standard output could not be written"},
+                          {2, "the command line is wrong"}}}};
+        line.value("--interface", "NN",
+                   "interface version to load: " + program::listed(versions) + " (default " + version + ")",
+                   program::oneOf(versions, version));
+        if (const auto status = line.read(argc, argv)) {
+            return *status;
+        }
+        // Qt has options of its own, which a mistyped one could match: Qt reads the environment alone.
+        argc = 1;
+        const program::TemporaryFolder folder{"kivo-device"};
+        const auto application = folder.holding([&] { return startQt(argc, argv); });
+        QApplication::setApplicationName("kivo-device");
+        return show(version, folder);
+    });
 }

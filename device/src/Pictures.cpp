@@ -4,9 +4,11 @@
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/Pictures.hpp>
 
+#include <QBuffer>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
+#include <QSaveFile>
 #include <array>
 #include <utility>
 
@@ -28,6 +30,17 @@ private:
     QGuiApplication application_;
 };
 
+/// Writes a whole picture, or leaves the file as it was.
+std::expected<void, std::string> writePng(const QImage& picture, const std::filesystem::path& file) {
+    QBuffer bytes;
+    QSaveFile written{QString::fromStdString(file.string())};
+    if (bytes.open(QIODevice::WriteOnly) && picture.save(&bytes, "PNG") && written.open(QIODevice::WriteOnly) &&
+        written.write(bytes.data()) == bytes.size() && written.commit()) {
+        return {};
+    }
+    return std::unexpected{file.string() + " could not be written (" + written.errorString().toStdString() + ")"};
+}
+
 class QtPictures final : public Pictures {
 public:
     explicit QtPictures(std::unique_ptr<OffscreenApplication> application)
@@ -47,10 +60,7 @@ public:
         painter.setClipRect(QRectF{{}, size});
         drawTree(painter, window, {});
         painter.end();
-        if (!picture.save(QString::fromStdString(file.string()), "PNG")) {
-            return std::unexpected{file.string() + " could not be written; is its folder there, with space left?"};
-        }
-        return {};
+        return writePng(picture, file);
     }
 
 private:

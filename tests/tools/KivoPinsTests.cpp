@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace kivo::test {
 namespace {
@@ -19,8 +21,8 @@ class KivoPins : public ::testing::Test {
 protected:
     /// Runs the tool in the test's folder; what it prints and complains of comes together.
     Ended run(const std::string& arguments) const {
-        return test::run("cd " + folder.path().string() + " && " KIVO_TEST_PROGRAMS "/kivo-pins " + arguments +
-                         " 2>&1");
+        return test::run("cd " + folder.path().string() + " && PATH=" KIVO_TEST_PROGRAMS ":$PATH && kivo-pins " +
+                         arguments + " 2>&1");
     }
 
     static std::string list(const std::string& entries) {
@@ -70,8 +72,34 @@ TEST_F(KivoPins, KeepsAListAndLooksIntoIt) {
     EXPECT_TRUE(run("--check pins.plist").hasExitedWith(0));
 }
 
+TEST_F(KivoPins, LosesNothingThatSeveralWriteAtOnceThroughALink) {
+    const auto list =
+        folder.write("shared/pins.plist", this->list("<string>" + authority.issue({}).pins.leaf + "</string>"));
+    std::filesystem::create_symlink("shared/pins.plist", folder.path() / "pins.plist");
+    std::filesystem::permissions(list, std::filesystem::perms{0640});
+    const bool mayGiveAway = chown(list.c_str(), 1, 1) == 0;
+    constexpr int writers = 6;
+    for (int i = 0; i < writers; ++i) {
+        folder.write("key" + std::to_string(i), authority.issue({.keyType = KeyType::ec256}).privateKey);
+    }
+    const auto ended = run("key0; for key in key*; do kivo-pins --write pins.plist $key & done; wait; ls -A shared");
+    EXPECT_THAT(ended.output, HasSubstr("in all\npins.plist\n"));
+    EXPECT_THAT(run("--check pins.plist").output, HasSubstr(": 7 pins"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "pins.plist"));
+    struct stat status{};
+    ASSERT_EQ(stat(list.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+    EXPECT_EQ(status.st_uid, mayGiveAway ? 1U : geteuid());
+}
+
 TEST_F(KivoPins, SaysWhatIsWrong) {
-    folder.write("leaf.pem", authority.issue({}).chain);
+    const auto issued = authority.issue({});
+    folder.write("leaf.pem", issued.chain);
+    folder.write("cut.pem", issued.chain.substr(0, issued.chain.size() - 200));
+    folder.write("key.pem", issued.privateKey);
+    folder.write("large", std::string(std::size_t{5} << 20U, 'x'));
+    test::run("cd " + folder.path().string() +
+              " && openssl pkcs8 -topk8 -in key.pem -outform DER -passout pass:x -out locked.der");
     folder.write("junk", "junk");
     folder.write("empty.plist", list(""));
     folder.write("faulty.plist", list("<string>a b</string><integer>1</integer>"));
@@ -83,8 +111,17 @@ TEST_F(KivoPins, SaysWhatIsWrong) {
     } rows[] = {
         {"", 2, "name a file or a server"},
         {"--bogus", 2, "unknown option \"--bogus\""},
-        {"--write", 2, "--write needs a FILE.plist"},
+        {"--write", 2, "--write needs a value: --write FILE.plist"},
         {"--only root leaf.pem", 2, "--only takes leaf or intermediate, not \"root\""},
+        {"- <leaf.pem", 0, "standard input\n  leaf  CN = localhost\n"},
+        {"- <&-", 2, "standard input cannot be read (Bad file descriptor)"},
+        {"- </dev/zero", 2, "standard input is larger than 4 MiB"},
+        {"large", 2, "large is larger than 4 MiB"},
+        {". leaf.pem", 2, ". cannot be read (Is a directory)"},
+        {"cut.pem", 0, "left out of cut.pem: part 2 of 2 is cut off"},
+        {"locked.der", 2, "locked.der is encrypted"},
+        {"::1", 2, "in brackets"},
+        {"http://localhost", 2, "only https:// has certificates"},
         {"junk", 2, "junk holds neither a certificate nor a key"},
         {"none/leaf.pem", 2, "there is no file \"none/leaf.pem\""},
         {"localhost:1", 2, "Could not connect to localhost port 1"},
@@ -94,7 +131,7 @@ TEST_F(KivoPins, SaysWhatIsWrong) {
         {"--check faulty.plist", 1, "entry 1 has white space in it"},
         {"--check faulty.plist", 1, "entry 2 is not text"},
         {"--write faulty.plist leaf.pem", 2, "not a list of pins; move it away"},
-        {"--write none/pins.plist leaf.pem", 2, "none/pins.plist cannot be written"},
+        {"--write none/pins.plist leaf.pem", 2, "none/pins.plist cannot be written (No such file"},
     };
 
     for (const auto& row : rows) {

@@ -8,6 +8,8 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
+#include <system_error>
 #include <typeinfo>
 #include <utility>
 
@@ -36,19 +38,19 @@ std::string asFileName(std::string_view words) {
 
 } // namespace
 
-std::expected<std::shared_ptr<Album>, std::string> Album::open(const std::filesystem::path& folder) {
+std::shared_ptr<Album> Album::open(const std::filesystem::path& folder) {
     // Never closed: the objects of the library are used until the process ends.
     auto* const library = dlopen(KIVO_DEVICE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     auto* const symbol = library != nullptr ? dlsym(library, kivo::device::openPicturesName) : nullptr;
     if (symbol == nullptr) {
-        return std::unexpected{std::string{"pictures need the device component, which is built where Qt 6 is "
-                                           "installed (qt6-base-dev): "} +
-                               dlerror()};
+        throw std::runtime_error{std::string{"pictures need the device component, which is built where Qt 6 is "
+                                             "installed (qt6-base-dev): "} +
+                                 dlerror()};
     }
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) {
-        return std::unexpected{"cannot make the folder " + folder.string() + ": " + error.message()};
+        throw std::runtime_error{"cannot make the folder " + folder.string() + ": " + error.message()};
     }
     const auto openPictures = reinterpret_cast<kivo::device::OpenPictures>(symbol);
     return std::make_shared<Album>(std::unique_ptr<kivo::device::Pictures>{openPictures()}, folder);
@@ -71,9 +73,11 @@ void Album::take(std::string_view occasion) {
         return;
     }
     char number[16];
-    std::snprintf(number, sizeof number, "%02d", ++count_);
+    std::snprintf(number, sizeof number, "%02d", ++number_);
     const auto file = folder_ / asFileName(number + ("-" + name) + "-" + std::string{occasion});
-    if (auto saved = pictures_->save(*window, file.string() + ".png"); !saved) {
+    if (const auto saved = pictures_->save(*window, file.string() + ".png")) {
+        ++saved_;
+    } else if (problem_.empty()) {
         problem_ = saved.error();
     }
 }

@@ -3,7 +3,6 @@
 #include <kivo/device/Pictures.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
-#include <expected>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -14,9 +13,9 @@ namespace demo {
 /// Takes a picture of every screen when it appears, and after every step that has changed it.
 class Album final : public kivo::platform::WindowObserver, public std::enable_shared_from_this<Album> {
 public:
-    /// Loads the device's library, which draws the pictures. Makes `folder` for the pictures if need be. The error is a
-    /// sentence.
-    static std::expected<std::shared_ptr<Album>, std::string> open(const std::filesystem::path& folder);
+    /// Loads the device's library, which draws the pictures. Makes `folder` for the pictures if need be. Throws
+    /// `std::runtime_error` with a sentence.
+    static std::shared_ptr<Album> open(const std::filesystem::path& folder);
 
     Album(std::unique_ptr<kivo::device::Pictures> pictures, std::filesystem::path folder);
 
@@ -28,7 +27,8 @@ public:
     /// Takes a picture unless nothing has changed since the last one.
     void take(std::string_view occasion);
 
-    int count() const { return count_; }
+    /// The pictures that were written.
+    int count() const { return saved_; }
 
     /// The reason why a picture is missing; empty when all pictures are there.
     const std::string& problem() const { return problem_; }
@@ -41,7 +41,8 @@ private:
     std::filesystem::path folder_;
     std::weak_ptr<kivo::platform::Window> window_;
     bool isChanged_ = true;
-    int count_ = 0;
+    int number_ = 0;
+    int saved_ = 0;
     std::string problem_;
 };
 

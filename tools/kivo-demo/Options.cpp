@@ -1,13 +1,18 @@
 #include "Options.hpp"
 
+#include "program/CommandLine.hpp"
+
 #include <kivo/platform/ReadID.hpp>
 #include <kivo/simulator/ScanScript.hpp>
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
 #include <sstream>
 #include <string_view>
+#include <system_error>
 
 namespace demo {
 namespace {
@@ -47,16 +52,7 @@ constexpr std::array outcomes{
     ScreenOutcome{"idcard", "CAMERA_PERMISSION_DENIED", idCard::cameraRefused},
 };
 
-/// The versions in words, such as "14, 15 or all".
-std::string versionsOrAll() {
-    std::string text;
-    for (const auto version : SdkVersions::all()) {
-        text.append(text.empty() ? "" : ", ").append(version);
-    }
-    return text + " or all";
-}
-
-std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
+std::string takeFault(const std::string& text, std::vector<InjectedFault>& taken) {
     const auto equals = text.find('=');
     const auto endpointName = text.substr(0, equals);
     const auto faultName = equals == std::string::npos ? std::string{} : text.substr(equals + 1);
@@ -65,25 +61,38 @@ std::expected<InjectedFault, std::string> parseFault(const std::string& text) {
     const auto& faults = kivo::simulator::namedFaults();
     const auto fault = std::ranges::find(faults, faultName, &kivo::simulator::NamedFault::name);
     if (endpoint == kivo::simulator::allEndpoints.end() || fault == faults.end()) {
-        return std::unexpected{"--fault takes ENDPOINT=FAULT as listed below, not \"" + text + "\""};
+        return "takes ENDPOINT=FAULT as --help lists them, not \"" + text + "\"";
     }
-    return InjectedFault{.endpoint = *endpoint, .name = fault->name, .fault = fault->fault};
+    taken.push_back({.endpoint = *endpoint, .name = fault->name, .fault = fault->fault});
+    return "";
 }
 
-/// Reads a list such as "document=NO_CHIP,face=TIMEOUT".
-std::expected<std::vector<ScreenOutcome>, std::string> parseOutcomes(const std::string& list) {
-    std::vector<ScreenOutcome> wanted;
+/// Takes a list such as "document=NO_CHIP,face=TIMEOUT".
+std::string takeOutcomes(const std::string& list, Options& options) {
     std::istringstream items{list};
     for (std::string item; std::getline(items, item, ',');) {
         const auto* const found = std::ranges::find_if(outcomes, [&](const ScreenOutcome& each) {
             return item == std::string{each.screen}.append("=").append(each.code);
         });
         if (found == outcomes.end()) {
-            return std::unexpected{"--outcome takes SCREEN=CODE as listed below, not \"" + item + "\""};
+            return "takes SCREEN=CODE as --help lists them, not \"" + item + "\"";
         }
-        wanted.push_back(*found);
+        if (options.outcomeOf(found->screen) != nullptr) {
+            return "names " + std::string{found->screen} + " twice; a screen ends in one way";
+        }
+        options.outcomes.push_back(*found);
     }
-    return wanted;
+    return "";
+}
+
+std::string takePicture(const std::string& file, Options& options) {
+    options.scan = true;
+    options.scanFile = file;
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) {
+        return "takes a picture, and \"" + file + "\" is no file" + (error ? " (" + error.message() + ")" : "");
+    }
+    return access(file.c_str(), R_OK) == 0 ? "" : "takes a picture, and \"" + file + "\" may not be read";
 }
 
 void addRow(std::string& text, std::string_view name, std::string_view meaning) {
@@ -91,92 +100,9 @@ void addRow(std::string& text, std::string_view name, std::string_view meaning) 
     text.append("  ").append(name).append(column - name.size(), ' ').append(meaning).append("\n");
 }
 
-} // namespace
-
-const ScreenOutcome* Options::outcomeOf(std::string_view screen) const {
-    const auto found = std::ranges::find(outcomes, screen, &ScreenOutcome::screen);
-    return found == outcomes.end() ? nullptr : &*found;
-}
-
-bool Options::withholds(std::string_view screen) const {
-    const auto* const outcome = outcomeOf(screen);
-    return version >= "18" && outcome != nullptr && outcome->isLeaving;
-}
-
-std::expected<Options, std::string> parse(const std::vector<std::string>& arguments) {
-    Options options;
-    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        const auto value = [&]() -> std::string { return argument + 1 == arguments.end() ? "" : *++argument; };
-        if (*argument == "--version") {
-            options.version = value();
-            const auto known = SdkVersions::all();
-            if (options.version != "all" && std::ranges::find(known, options.version) == known.end()) {
-                return std::unexpected{"--version takes " + versionsOrAll() + ", not \"" + options.version + "\""};
-            }
-        } else if (*argument == "--fault") {
-            auto fault = parseFault(value());
-            if (!fault) {
-                return std::unexpected{fault.error()};
-            }
-            options.faults.push_back(std::move(*fault));
-        } else if (*argument == "--outcome") {
-            auto outcomes = parseOutcomes(value());
-            if (!outcomes) {
-                return std::unexpected{outcomes.error()};
-            }
-            options.outcomes = std::move(*outcomes);
-        } else if (*argument == "--pin") {
-            options.pin = value();
-            if (std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
-                return std::unexpected{"--pin takes leaf, intermediate, other or empty, not \"" + options.pin + "\""};
-            }
-        } else if (*argument == "--screens") {
-            options.screens = value();
-            if (options.screens.empty()) {
-                return std::unexpected{"--screens takes a folder"};
-            }
-        } else if (*argument == "--scan") {
-            options.scan = true;
-        } else if (*argument == "--scan-file") {
-            options.scan = true;
-            options.scanFile = value();
-            if (!std::filesystem::is_regular_file(options.scanFile)) {
-                return std::unexpected{"--scan-file takes a picture, and there is no file \"" + options.scanFile +
-                                       "\""};
-            }
-        } else if (*argument == "--json") {
-            options.json = true;
-        } else if (*argument == "--log") {
-            options.log = true;
-        } else if (*argument == "--help" || *argument == "-h") {
-            options.help = true;
-        } else {
-            return std::unexpected{"unknown option \"" + *argument + "\""};
-        }
-    }
-    return options;
-}
-
-std::string usage() {
-    std::string text =
-        "usage: kivo-demo [options]\n"
-        "\n"
-        "Walks a verification session through libkivo against a simulated identity service on this\n"
-        "machine, over real TLS, and prints every step.\n"
-        "\n"
-        "  --version NN           interface version to load: " +
-        versionsOrAll() + " (default " + Options{}.version +
-        ")\n"
-        "  --fault ENDPOINT=FAULT make an endpoint misbehave; may be repeated\n"
-        "  --outcome SCREEN=CODE  end a vendor's screens with a failure; several with commas between\n"
-        "  --pin WHICH            list pins in the host's bundle, as below\n"
-        "  --screens DIR          put a picture of every screen into that folder\n"
-        "  --scan                 scan the right code from a QR code instead of typing it\n"
-        "  --scan-file PICTURE    the same from a picture file (PNG or JPEG); the service knows the code 123456\n"
-        "  --json                 one JSON object a step\n"
-        "  --log                  show the SDK's debug log on standard error\n"
-        "\n"
-        "endpoints:";
+/// The values of the options, for the help.
+std::string choices() {
+    std::string text = "endpoints:";
     for (const auto endpoint : kivo::simulator::allEndpoints) {
         text.append(" ").append(kivo::simulator::name(endpoint));
     }
@@ -193,6 +119,60 @@ std::string usage() {
         text.append("  ").append(each.screen).append("=").append(each.code).append("\n");
     }
     return text;
+}
+
+} // namespace
+
+const ScreenOutcome* Options::outcomeOf(std::string_view screen) const {
+    const auto found = std::ranges::find(outcomes, screen, &ScreenOutcome::screen);
+    return found == outcomes.end() ? nullptr : &*found;
+}
+
+bool Options::withholds(std::string_view screen) const {
+    const auto* const outcome = outcomeOf(screen);
+    return version >= "18" && outcome != nullptr && outcome->isLeaving;
+}
+
+std::expected<Options, int> parse(int argc, const char* const* argv) {
+    Options options;
+    std::vector<std::string> versions{SdkVersions::all().begin(), SdkVersions::all().end()};
+    versions.emplace_back("all");
+    std::vector<std::string> pins;
+    std::ranges::for_each(pinChoices, [&](const auto& each) { pins.emplace_back(each.name); });
+
+    program::CommandLine line{{.name = "kivo-demo",
+                               .arguments = "[options]",
+                               .purpose = "Walks a verification session through libkivo against a simulated identity "
+                                          "service on this\nmachine, over real TLS, and prints every step.\n",
+                               .statuses = {{0, "every step ended as expected"},
+                                            {1, "a step did not, or the report or a picture could not be written"},
+                                            {2, "the command line is wrong"}}}};
+    line.value("--version", "NN",
+               "interface version to load: " + program::listed(versions) + " (default " + options.version + ")",
+               program::oneOf(versions, options.version));
+    line.value(
+        "--fault", "ENDPOINT=FAULT", "make an endpoint misbehave; may be repeated",
+        [&](const auto& value) { return takeFault(value, options.faults); }, program::CommandLine::Times::any);
+    line.value(
+        "--outcome", "SCREEN=CODE",
+        "end a vendor's screens with a failure; may be repeated,\nor several with commas between",
+        [&](const auto& value) { return takeOutcomes(value, options); }, program::CommandLine::Times::any);
+    line.value("--pin", "WHICH", "list pins in the host's bundle, as below", program::oneOf(pins, options.pin));
+    line.value("--screens", "DIR", "put a picture of every screen into that folder", [&](const auto& value) {
+        options.screens = value;
+        return std::string{};
+    });
+    line.flag("--scan", options.scan, "scan the right code from a QR code instead of typing it");
+    line.value("--scan-file", "PICTURE",
+               "the same from a picture file (PNG or JPEG);\nthe service knows the code 123456",
+               [&](const auto& value) { return takePicture(value, options); });
+    line.flag("--json", options.json, "one JSON object a line: for each step, each session, and the whole");
+    line.flag("--log", options.log, "show the SDK's debug log on standard error");
+    line.explain(choices());
+    if (const auto status = line.read(argc, argv)) {
+        return std::unexpected{*status};
+    }
+    return options;
 }
 
 } // namespace demo

@@ -55,7 +55,6 @@ struct Options {
     std::string scanFile;
     bool json = false;
     bool log = false;
-    bool help = false;
 
     const ScreenOutcome* outcomeOf(std::string_view screen) const;
 
@@ -66,9 +65,7 @@ struct Options {
     bool isSmooth() const { return faults.empty() && pin != "other" && pin != "empty"; }
 };
 
-/// The options of a command line, or a sentence about the first mistake in the line.
-std::expected<Options, std::string> parse(const std::vector<std::string>& arguments);
-
-std::string usage();
+/// The options of the command line, or the status to end with when the help was printed or a mistake was told.
+std::expected<Options, int> parse(int argc, const char* const* argv);
 
 } // namespace demo

@@ -1,20 +1,13 @@
 #include "Report.hpp"
 
+#include "program/Program.hpp"
+
+#include <nlohmann/json.hpp>
+
 #include <string>
 
 namespace demo {
 namespace {
-
-std::string quoted(const std::string& text) {
-    std::string json = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            json += '\\';
-        }
-        json += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
-    }
-    return json + "\"";
-}
 
 std::string milliseconds(std::chrono::microseconds took) {
     char text[32];
@@ -64,30 +57,42 @@ void Report::step(const Step& step) {
     session.bytesSent += step.bytesSent;
     session.took += step.took;
     if (json_) {
-        std::fprintf(out_, "{\"step\":%s,\"outcome\":%s,\"detail\":%s,\"bytes\":%zu,\"microseconds\":%lld,\"ok\":%s}\n",
-                     quoted(step.name).c_str(), quoted(step.outcome).c_str(), quoted(step.detail).c_str(),
-                     step.bytesSent, static_cast<long long>(step.took.count()), step.asExpected() ? "true" : "false");
+        print({{"type", "step"},
+               {"version", session.version},
+               {"step", step.name},
+               {"outcome", step.outcome},
+               {"detail", step.detail},
+               {"verdict", verdict(step)},
+               {"bytes", step.bytesSent},
+               {"microseconds", step.took.count()},
+               {"ok", step.asExpected()}});
     } else {
         std::fprintf(out_, "  %-23s %-31s %7zu B %10s  %s\n", step.name.c_str(), step.outcome.c_str(), step.bytesSent,
                      milliseconds(step.took).c_str(), verdict(step).c_str());
     }
-    std::fflush(out_);
+    flush();
 }
 
 void Report::end(bool allAsExpected) {
     auto& session = sessions_.back();
     session.isAsExpected = allAsExpected;
-    if (!json_) {
-        std::fprintf(out_, "\n%d steps, %s%s\n", session.steps,
-                     allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected",
-                     session.withheld > 0 ? ", but for what the session withholds" : "");
+    if (json_) {
+        print({{"type", "session"},
+               {"version", session.version},
+               {"steps", session.steps},
+               {"withheld", session.withheld},
+               {"bytes", session.bytesSent},
+               {"microseconds", session.took.count()},
+               {"ok", allAsExpected}});
+        return;
     }
+    std::fprintf(out_, "\n%d steps, %s%s\n", session.steps,
+                 allAsExpected ? "each answered exactly once and as expected" : "NOT all as expected",
+                 session.withheld > 0 ? ", but for what the session withholds" : "");
+    flush();
 }
 
 void Report::summary() const {
-    if (json_ || sessions_.size() < 2) {
-        return;
-    }
     std::fprintf(out_, "\n  %-8s %6s %9s %12s %10s\n", "version", "steps", "withheld", "sent", "time");
     for (const auto& each : sessions_) {
         std::fprintf(out_, "  %-8s %6d %9d %10zu B %10s  %s\n", each.version.c_str(), each.steps, each.withheld,
@@ -95,9 +100,34 @@ void Report::summary() const {
     }
 }
 
-void Report::pictures(int count, const std::string& folder) const {
-    if (!json_) {
-        std::fprintf(out_, "%d pictures in %s\n", count, folder.c_str());
+void Report::close(const std::vector<std::string>& violations, int pictures, const std::string& folder, bool well) {
+    if (json_) {
+        print({{"type", "end"},
+               {"version", version_},
+               {"sessions", sessions_.size()},
+               {"pictures", pictures},
+               {"violations", violations},
+               {"ok", well}});
+        return;
+    }
+    if (sessions_.size() > 1) {
+        summary();
+    }
+    if (!folder.empty()) {
+        std::fprintf(out_, "%d pictures in %s\n", pictures, folder.c_str());
+    }
+    flush();
+}
+
+void Report::print(const nlohmann::ordered_json& line) {
+    // A text that is no UTF-8 shows a replacement character; it never ends the program.
+    std::fprintf(out_, "%s\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    flush();
+}
+
+void Report::flush() {
+    if (problem_.empty()) {
+        problem_ = program::finish(out_);
     }
 }
 

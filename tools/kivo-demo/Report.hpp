@@ -5,10 +5,13 @@
 
 #include <kivo/simulator/IdentityService.hpp>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace demo {
@@ -16,21 +19,28 @@ namespace demo {
 /// Prints the road as a table for people, or as JSON lines for machines.
 class Report {
 public:
-    Report(std::FILE* out, bool json)
+    /// `out` stays open. `version` is the wanted interface version, or "all".
+    Report(std::FILE* out, bool json, std::string version)
         : out_{out}
-        , json_{json} {}
+        , json_{json}
+        , version_{std::move(version)} {}
 
     void begin(const Options& options, const kivo::simulator::IdentityService& service);
     void step(const Step& step);
     void end(bool allAsExpected);
 
-    /// Prints a line for each session where there was more than one session.
-    void summary() const;
+    /// Ends the report of all sessions. `folder` is where the pictures are; empty for none.
+    void close(const std::vector<std::string>& violations, int pictures, const std::string& folder, bool well);
 
-    /// Prints the number of pictures and their folder.
-    void pictures(int count, const std::string& folder) const;
+    /// The reason why a line could not be written, as a sentence; empty when all lines are written.
+    const std::string& problem() const { return problem_; }
 
 private:
+    void summary() const;
+    void print(const nlohmann::ordered_json& line);
+    /// Writes the lines so far out.
+    void flush();
+
     struct Session {
         std::string version;
         int steps = 0;
@@ -42,7 +52,9 @@ private:
 
     std::FILE* const out_;
     const bool json_;
+    const std::string version_;
     std::vector<Session> sessions_;
+    std::string problem_;
 };
 
 } // namespace demo

@@ -2,6 +2,8 @@
 #include "Options.hpp"
 #include "Report.hpp"
 #include "Road.hpp"
+#include "program/Program.hpp"
+#include "program/Temporary.hpp"
 
 #include <kivo/kivo.hpp>
 #include <kivo/platform/LinuxServices.hpp>
@@ -19,45 +21,24 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace {
 
-/// A folder for the demo's keychain, removed with the object.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        auto pattern = (std::filesystem::temp_directory_path() / "kivo-demo-XXXXXX").string();
-        if (mkdtemp(pattern.data()) != nullptr) {
-            path_ = pattern;
-        }
-    }
-
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
+using Stream = std::unique_ptr<std::FILE, decltype([](std::FILE* each) { std::fclose(each); })>;
 
 /// Keeps standard output for the report alone. The library prints its log there: with --log the log goes to standard
 /// error, otherwise the log is dropped.
-std::FILE* openReportStream(const demo::Options& options) {
-    const int report = dup(STDOUT_FILENO);
+Stream openReportStream(const demo::Options& options) {
+    Stream report{fdopen(dup(STDOUT_FILENO), "w")};
     const int library = options.log ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (report < 0 || library < 0) {
-        return stdout;
+    if (!report || library < 0) {
+        throw std::runtime_error{"standard output is closed, or cannot be written"};
     }
     dup2(library, STDOUT_FILENO);
     close(library);
-    return fdopen(report, "w");
+    return report;
 }
 
 /// Copies the demo's own bundle, adds a list of pins, and returns the copy's folder; an empty path without --pin.
@@ -78,9 +59,12 @@ std::filesystem::path makePinnedBundle(const std::filesystem::path& below, const
     auto own = std::filesystem::read_symlink("/proc/self/exe");
     own += ".bundle";
     std::filesystem::copy(own, bundle, std::filesystem::copy_options::recursive);
-    std::ofstream{bundle / "readid_certificates.plist"}
-        << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><array>)"
-        << (pin.empty() ? "" : "<string>" + pin + "</string>") << "</array></plist>\n";
+    std::ofstream list{bundle / "readid_certificates.plist"};
+    list << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><array>)"
+         << (pin.empty() ? "" : "<string>" + pin + "</string>") << "</array></plist>\n";
+    if (!list.flush()) {
+        throw std::runtime_error{"the list of pins could not be written into " + bundle.string()};
+    }
     return bundle;
 }
 
@@ -114,24 +98,14 @@ std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options
     return camera;
 }
 
-/// `album` is null without --screens. The album must outlive every view that its fonts measure.
-int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album) {
-    const TemporaryFolder folder;
-    if (folder.path().empty()) {
-        std::fprintf(stderr, "kivo-demo: cannot make a folder below %s\n",
-                     std::filesystem::temp_directory_path().c_str());
-        return EXIT_FAILURE;
-    }
-    kivo::simulator::IdentityServiceConfiguration configuration;
-    configuration.retryLimit = 5;
-    configuration.hostPerEndpoint = !options.faults.empty();
-    kivo::simulator::IdentityService service{configuration};
-
-    auto services = kivo::platform::linuxServices({.mainBundle = makePinnedBundle(folder.path(), options.pin, service),
-                                                   .dataFolder = folder.path(),
+/// Installs the SDK's services, with the simulated ones among them.
+void installServices(const demo::Options& options, const kivo::simulator::IdentityService& service,
+                     const std::filesystem::path& folder, demo::Album* album) {
+    auto services = kivo::platform::linuxServices({.mainBundle = makePinnedBundle(folder, options.pin, service),
+                                                   .dataFolder = folder,
                                                    .trustedCertificates = service.trustedCertificates()});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
-    if (album) {
+    if (album != nullptr) {
         services.fonts = album->fonts();
     }
     services.faceTec = makeFaceTec(options);
@@ -141,14 +115,15 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
     const auto page = service.joinPage();
     kivo::Deployment::install({.joinPages = {page, page, page, page}});
     kivo::KivoSDK::setLogLevel(options.log ? kivo::LogLevel::debug : kivo::LogLevel::warning);
-    for (const auto& each : options.faults) {
-        service.inject(each.endpoint, each.fault);
-    }
+}
 
-    demo::Report report{openReportStream(options), options.json};
+/// Walks through the wanted sessions. Returns whether all went well.
+bool walkAll(const demo::Options& options, kivo::simulator::IdentityService& service,
+             const std::shared_ptr<demo::Album>& album, std::FILE* out) {
+    demo::Report report{out, options.json, options.version};
     bool well = true;
     for (const auto version : kivo::SdkVersions::all()) {
-        if (options.version != "all" && options.version != version) {
+        if (!report.problem().empty() || (options.version != "all" && options.version != version)) {
             continue;
         }
         auto session = options;
@@ -158,40 +133,45 @@ int run(const demo::Options& options, const std::shared_ptr<demo::Album>& album)
         report.end(walkedWell);
         well = walkedWell && well;
     }
-    report.summary();
-    for (const auto& violation : service.violations()) {
-        std::fprintf(stderr, "kivo-demo: a request broke the protocol: %s\n", violation.c_str());
+    const auto violations = service.violations();
+    for (const auto& violation : violations) {
+        program::complain("a request broke the protocol: " + violation);
+    }
+    if (album && !album->problem().empty()) {
+        program::complain(album->problem());
         well = false;
     }
-    if (album) {
-        report.pictures(album->count(), options.screens);
-        if (!album->problem().empty()) {
-            std::fprintf(stderr, "kivo-demo: %s\n", album->problem().c_str());
-            return EXIT_FAILURE;
-        }
+    well = well && violations.empty();
+    report.close(violations, album ? album->count() : 0, options.screens, well);
+    if (!report.problem().empty()) {
+        program::complain(report.problem());
     }
-    return well ? EXIT_SUCCESS : EXIT_FAILURE;
+    return well && report.problem().empty();
+}
+
+int walkFrom(const demo::Options& options) {
+    const auto report = openReportStream(options);
+    // The album outlives every view that its fonts measure.
+    const auto album = options.screens.empty() ? nullptr : demo::Album::open(options.screens);
+    const program::TemporaryFolder folder{"kivo-demo"};
+    const auto service = folder.holding([&] {
+        kivo::simulator::IdentityServiceConfiguration configuration;
+        configuration.retryLimit = 5;
+        configuration.hostPerEndpoint = !options.faults.empty();
+        return std::make_unique<kivo::simulator::IdentityService>(configuration);
+    });
+    installServices(options, *service, folder.path(), album.get());
+    for (const auto& each : options.faults) {
+        service->inject(each.endpoint, each.fault);
+    }
+    return walkAll(options, *service, album, report.get()) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const auto options = demo::parse({argv + 1, argv + argc});
-    if (!options) {
-        std::fprintf(stderr, "kivo-demo: %s\n\n%s", options.error().c_str(), demo::usage().c_str());
-        return 2;
-    }
-    if (options->help) {
-        std::printf("%s", demo::usage().c_str());
-        return EXIT_SUCCESS;
-    }
-    if (options->screens.empty()) {
-        return run(*options, nullptr);
-    }
-    const auto album = demo::Album::open(options->screens);
-    if (!album) {
-        std::fprintf(stderr, "kivo-demo: %s\n", album.error().c_str());
-        return EXIT_FAILURE;
-    }
-    return run(*options, *album);
+    return program::run("kivo-demo", [&] {
+        const auto options = demo::parse(argc, argv);
+        return options ? walkFrom(*options) : options.error();
+    });
 }

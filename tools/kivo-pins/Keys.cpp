@@ -1,9 +1,9 @@
 #include "Keys.hpp"
 
 #include "NetworkManager/PublicKeyPins.hpp"
+#include "Source.hpp"
 #include "platform/openssl/OpenSslObjects.hpp"
 #include "platform/openssl/OpenSslTrust.hpp"
-#include "platform/posix/Files.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -16,20 +16,21 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <filesystem>
 #include <future>
+#include <iterator>
 #include <memory>
+#include <string_view>
 
 namespace pins {
 namespace {
 
-namespace fs = std::filesystem;
 namespace platform = kivo::platform;
-using Keys = std::expected<std::vector<PublicKey>, std::string>;
 using platform::OpenSslFree;
 using Entry = std::unique_ptr<OSSL_STORE_INFO, OpenSslFree<OSSL_STORE_INFO_free>>;
 
 constexpr std::chrono::seconds patience{20};
+
+constexpr std::string_view pemBegin = "-----BEGIN ";
 
 const platform::Trust& trust() {
     static const auto linuxTrust = platform::makeOpenSslTrust();
@@ -104,48 +105,102 @@ PublicKey describe(X509& certificate) {
     return description;
 }
 
-std::vector<PublicKey> keysIn(const std::string& bytes) {
-    std::vector<PublicKey> keys;
+/// A part of a file: a block of a PEM file, or a whole DER file.
+struct Part {
+    std::vector<PublicKey> keys{};
+    bool isKnown = false;
+    bool isCutOff = false;
+    bool isEncrypted = false;
+};
+
+int noPassword(char* /*buffer*/, int /*size*/, int /*forWriting*/, void* wasAsked) {
+    *static_cast<bool*>(wasAsked) = true;
+    return -1;
+}
+
+void add(Part& part, OSSL_STORE_INFO& entry) {
+    switch (OSSL_STORE_INFO_get_type(&entry)) {
+    case OSSL_STORE_INFO_CERT:
+        part.keys.push_back(describe(*OSSL_STORE_INFO_get0_CERT(&entry)));
+        break;
+    case OSSL_STORE_INFO_PUBKEY:
+        part.keys.push_back(describe(*OSSL_STORE_INFO_get0_PUBKEY(&entry)));
+        break;
+    case OSSL_STORE_INFO_PKEY:
+        part.keys.push_back(describe(*OSSL_STORE_INFO_get0_PKEY(&entry)));
+        break;
+    default:
+        break;
+    }
+}
+
+Part readPart(std::string_view bytes) {
+    Part part;
+    const std::unique_ptr<UI_METHOD, OpenSslFree<UI_destroy_method>> password{
+        UI_UTIL_wrap_read_pem_callback(noPassword, 0)};
     const std::unique_ptr<BIO, OpenSslFree<BIO_free>> memory{
         BIO_new_mem_buf(bytes.data(), static_cast<int>(bytes.size()))};
-    const std::unique_ptr<OSSL_STORE_CTX, OpenSslFree<OSSL_STORE_close>> store{
-        OSSL_STORE_attach(memory.get(), "file", nullptr, nullptr, UI_null(), nullptr, nullptr, nullptr, nullptr)};
+    const std::unique_ptr<OSSL_STORE_CTX, OpenSslFree<OSSL_STORE_close>> store{OSSL_STORE_attach(
+        memory.get(), "file", nullptr, nullptr, password.get(), &part.isEncrypted, nullptr, nullptr, nullptr)};
     while (store && OSSL_STORE_eof(store.get()) == 0) {
-        const Entry entry{OSSL_STORE_load(store.get())};
-        if (!entry) {
-            continue;
-        }
-        switch (OSSL_STORE_INFO_get_type(entry.get())) {
-        case OSSL_STORE_INFO_CERT:
-            keys.push_back(describe(*OSSL_STORE_INFO_get0_CERT(entry.get())));
-            break;
-        case OSSL_STORE_INFO_PUBKEY:
-            keys.push_back(describe(*OSSL_STORE_INFO_get0_PUBKEY(entry.get())));
-            break;
-        case OSSL_STORE_INFO_PKEY:
-            keys.push_back(describe(*OSSL_STORE_INFO_get0_PKEY(entry.get())));
-            break;
-        default:
+        if (const Entry entry{OSSL_STORE_load(store.get())}) {
+            part.isKnown = true;
+            add(part, *entry);
+        } else if (OSSL_STORE_error(store.get()) != 0) {
+            part.isCutOff = part.isKnown && !bytes.starts_with(pemBegin);
             break;
         }
     }
     ERR_clear_error();
-    return keys;
+    return part;
 }
 
-Keys keysOfFile(const std::string& path) {
-    const auto bytes = platform::readFile(path);
-    if (!bytes || !*bytes) {
-        return std::unexpected{path + " " + (bytes ? "does not exist" : bytes.error())};
+/// The blocks of a PEM file, each with what follows it; bytes without a block as they are.
+std::vector<std::string_view> partsOf(std::string_view bytes) {
+    std::vector<std::string_view> parts;
+    for (auto begin = bytes.find(pemBegin); begin != std::string_view::npos;) {
+        const auto next = bytes.find(pemBegin, begin + pemBegin.size());
+        parts.push_back(bytes.substr(begin, next - begin));
+        begin = next;
     }
-    auto keys = keysIn(**bytes);
-    if (!keys.empty()) {
-        return keys;
+    return parts.empty() ? std::vector{bytes} : parts;
+}
+
+/// Why nothing was read from the bytes of a part.
+std::string reason(const Part& part, std::string_view bytes) {
+    if (part.isEncrypted) {
+        return "is encrypted; give the certificate or the public key, which has the same pin";
     }
-    if ((*bytes)->contains("ENCRYPTED")) {
-        return std::unexpected{path + " is encrypted; give the certificate or the public key, which has the same pin"};
+    if (bytes.starts_with(pemBegin) && !bytes.contains("-----END ")) {
+        return "is cut off";
     }
-    return std::unexpected{path + " holds neither a certificate nor a key, in PEM or DER form"};
+    return "is damaged, or neither a certificate nor a key";
+}
+
+std::expected<Found, std::string> keysIn(const std::string& bytes, const std::string& name) {
+    Found found;
+    std::string firstReason;
+    const auto parts = partsOf(bytes);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const auto part = readPart(parts[i]);
+        std::ranges::copy(part.keys, std::back_inserter(found.keys));
+        if (part.isCutOff) {
+            found.leftOut.push_back("left out of " + name + ": the bytes after the last key above");
+        }
+        if (!part.isKnown) {
+            const auto why = reason(part, parts[i]);
+            firstReason = firstReason.empty() ? why : firstReason;
+            found.leftOut.push_back("left out of " + name + ": part " + std::to_string(i + 1) + " of " +
+                                    std::to_string(parts.size()) + " " + why);
+        }
+    }
+    if (!found.keys.empty()) {
+        return found;
+    }
+    if (bytes.starts_with(pemBegin) || firstReason.starts_with("is encrypted")) {
+        return std::unexpected{name + " " + firstReason};
+    }
+    return std::unexpected{name + " holds neither a certificate nor a key, in PEM or DER form"};
 }
 
 /// Stores a server's chain, and ends the connection before a request is sent.
@@ -167,7 +222,7 @@ public:
     std::vector<platform::Data> chain;
 };
 
-Keys keysOfServer(const std::string& server) {
+std::expected<Found, std::string> keysOfServer(const std::string& server) {
     const auto reader = std::make_shared<ChainReader>();
     const auto session = platform::services().urlSessions->make({}, reader);
     std::promise<std::string> ended;
@@ -176,43 +231,41 @@ Keys keysOfServer(const std::string& server) {
     });
     const auto problem = ended.get_future().get();
     if (reader->chain.empty()) {
-        return std::unexpected{"there is no file \"" + server + "\", and no server: " + problem};
+        return std::unexpected{problem};
     }
-    std::vector<PublicKey> keys;
+    Found found;
     for (const auto& der : reader->chain) {
         if (const auto certificate = platform::certificateIn(der)) {
-            keys.push_back(describe(*certificate));
+            found.keys.push_back(describe(*certificate));
+            // The first certificate is the server's own, also where it claims to be an authority.
+            found.keys.back().kind = &der == &reader->chain.front() ? "leaf" : found.keys.back().kind;
+        } else {
+            found.leftOut.push_back("left out of " + server + ": a certificate of its chain that is damaged");
         }
     }
-    if (!keys.empty()) {
-        // The first certificate is the server's own, also where it claims to be an authority.
-        keys.front().kind = "leaf";
-    }
-    return keys;
-}
-
-/// The host of an address such as "https://host/path"; a source without a scheme as it is.
-std::string serverIn(std::string source) {
-    constexpr std::string_view scheme = "https://";
-    if (source.starts_with(scheme)) {
-        source.erase(0, scheme.size());
-        source.erase(std::min(source.find('/'), source.size()));
-    }
-    return source;
+    return found;
 }
 
 } // namespace
 
-Keys keysOf(const std::string& source) {
-    std::error_code ignored;
-    if (fs::exists(source, ignored)) {
-        return keysOfFile(source);
+std::expected<Found, std::string> keysOf(const std::string& source) {
+    const auto bytes = bytesOf(source);
+    if (!bytes) {
+        return std::unexpected{bytes.error()};
+    }
+    if (*bytes) {
+        return keysIn(**bytes, nameOf(source));
     }
     const auto server = serverIn(source);
-    if (server.contains('/')) {
-        return std::unexpected{"there is no file \"" + source + "\""};
+    if (!server) {
+        return std::unexpected{server.error()};
     }
-    return keysOfServer(server);
+    auto found = keysOfServer(*server);
+    if (!found) {
+        const auto noFile = *server == source ? "there is no file \"" + source + "\", and no server" : source;
+        return std::unexpected{noFile + ": " + found.error()};
+    }
+    return found;
 }
 
 std::string text(const PublicKey& key, std::chrono::sys_seconds now) {

@@ -22,8 +22,16 @@ struct PublicKey {
     std::string standardPin{};
 };
 
-/// The keys in the file `source`, or of the server of that name where there is no such file. The error is a sentence.
-std::expected<std::vector<PublicKey>, std::string> keysOf(const std::string& source);
+/// The keys of a source.
+struct Found {
+    std::vector<PublicKey> keys;
+    /// A sentence for each part of the source that could not be read.
+    std::vector<std::string> leftOut{};
+};
+
+/// The keys in the file `source`, in standard input for "-", or of the server of that name where there is no such file.
+/// The error is a sentence.
+std::expected<Found, std::string> keysOf(const std::string& source);
 
 /// The lines about a key, indented.
 std::string text(const PublicKey& key, std::chrono::sys_seconds now);

@@ -1,12 +1,16 @@
 #include "Keys.hpp"
 #include "PinsFile.hpp"
+#include "Source.hpp"
+#include "program/CommandLine.hpp"
+#include "program/Program.hpp"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <expected>
-#include <filesystem>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -20,72 +24,7 @@ struct Options {
     std::string write;
     /// The list in which the pins are looked up; empty for none.
     std::string check;
-    bool help = false;
 };
-
-constexpr auto usage =
-    "usage: kivo-pins [options] SOURCE...\n"
-    "\n"
-    "Prints the pins by which the Kivo SDK knows a server, and keeps the list that a host ships as\n"
-    "readid_certificates.plist. A SOURCE is one of\n"
-    "\n"
-    "  a file                 certificates, a public or a private key, in PEM or DER form\n"
-    "  HOST[:PORT]            a server (port 443); its chain is shown, not trusted\n"
-    "\n"
-    "  --only KIND            only the leaf, or only the intermediate\n"
-    "  --write FILE.plist     add the pins to a list, which is made if need be\n"
-    "  --check FILE.plist     tell whether one of the pins is in a list, and the faults of the list;\n"
-    "                         without a SOURCE, look at the list alone\n"
-    "  --help                 this text\n"
-    "\n"
-    "One pin of a server's chain in the list is enough for the SDK. The pin of a leaf stands for one key; the\n"
-    "pin of an intermediate lets every certificate through that its authority ever issues. Before you take\n"
-    "a pin from a server over the network, make sure that it is the right one: compare with its operator.\n"
-    "\n"
-    "exit status: 0 done, and with --check one of the pins is in a faultless list; 1 it is not, or the list\n"
-    "has a fault; 2 something could not be read, or the command line is wrong\n";
-
-/// The options of a command line, or a sentence about the first mistake in the line.
-std::expected<Options, std::string> parse(const std::vector<std::string>& arguments) {
-    Options options;
-    bool optionsEnded = false;
-    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        std::string* target = nullptr;
-        if (optionsEnded || !argument->starts_with('-')) {
-            options.sources.push_back(*argument);
-        } else if (*argument == "--") {
-            optionsEnded = true;
-        } else if (*argument == "--help" || *argument == "-h") {
-            options.help = true;
-        } else if (*argument == "--write") {
-            target = &options.write;
-        } else if (*argument == "--check") {
-            target = &options.check;
-        } else if (*argument == "--only") {
-            target = &options.only;
-        } else {
-            return std::unexpected{"unknown option \"" + *argument + "\""};
-        }
-        if (target != nullptr) {
-            const auto& name = *argument;
-            ++argument;
-            if (argument == arguments.end() || argument->empty()) {
-                return std::unexpected{name + " needs " + (name == "--only" ? "leaf or intermediate" : "a FILE.plist")};
-            }
-            *target = *argument;
-        }
-    }
-    if (options.help) {
-        return options;
-    }
-    if (!options.only.empty() && options.only != "leaf" && options.only != "intermediate") {
-        return std::unexpected{"--only takes leaf or intermediate, not \"" + options.only + "\""};
-    }
-    if (options.sources.empty() && (options.check.empty() || !options.write.empty())) {
-        return std::unexpected{std::string{"name a file or a server to take pins from"}};
-    }
-    return options;
-}
 
 enum ExitStatus { done = 0, notListed = 1, cannotGoOn = 2 };
 
@@ -94,8 +33,7 @@ void say(const std::string& text) {
 }
 
 ExitStatus complain(const std::string& text, ExitStatus status = cannotGoOn) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "kivo-pins: %s\n", text.c_str());
+    program::complain(text);
     return status;
 }
 
@@ -115,12 +53,12 @@ bool isIn(const std::vector<std::string>& list, const std::string& pin) {
 ExitStatus collect(const Options& options, std::vector<std::string>& found) {
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     for (const auto& source : options.sources) {
-        const auto keys = pins::keysOf(source);
-        if (!keys) {
-            return complain(keys.error());
+        const auto here = pins::keysOf(source);
+        if (!here) {
+            return complain(here.error());
         }
-        say(source + "\n");
-        for (const auto& key : *keys) {
+        say(pins::nameOf(source) + "\n");
+        for (const auto& key : here->keys) {
             if (options.only.empty() || options.only == key.kind) {
                 say(text(key, now));
                 if (key.pin && !isIn(found, *key.pin)) {
@@ -128,6 +66,7 @@ ExitStatus collect(const Options& options, std::vector<std::string>& found) {
                 }
             }
         }
+        std::ranges::for_each(here->leftOut, [](const auto& part) { complain(part); });
     }
     if (found.empty() && !options.sources.empty()) {
         return complain(options.only.empty() ? "there is no key that the SDK can pin"
@@ -137,24 +76,27 @@ ExitStatus collect(const Options& options, std::vector<std::string>& found) {
 }
 
 ExitStatus write(const std::string& file, const std::vector<std::string>& found) {
+    const auto change = pins::ListUnderChange::open(file);
+    if (!change) {
+        return complain(change.error());
+    }
+    auto list = pins::readList(file);
+    if (!list) {
+        return complain(list.error() + "; move it away to have a new list made");
+    }
     std::vector<std::string> all;
-    std::error_code unknown;
-    if (std::filesystem::exists(file, unknown) || unknown) {
-        auto list = pins::readList(file);
-        if (!list) {
-            return complain(list.error() + "; move it away to have a new list made");
+    if (*list) {
+        if (!(*list)->pins.empty() || !(*list)->isArrayOfText) {
+            complainOf(file, (*list)->faults);
         }
-        if (!list->pins.empty() || !list->isArrayOfText) {
-            complainOf(file, list->faults);
-        }
-        if (!list->isArrayOfText) {
+        if (!(*list)->isArrayOfText) {
             return complain(file + " is not a list of pins; move it away to have a new list made");
         }
-        all = std::move(list->pins);
+        all = std::move((*list)->pins);
     }
     const auto before = all.size();
     std::ranges::copy_if(found, std::back_inserter(all), [&](const auto& pin) { return !isIn(all, pin); });
-    if (const auto problem = pins::writeList(file, all); !problem.empty()) {
+    if (const auto problem = change->write(all); !problem.empty()) {
         return complain(problem);
     }
     say(file + ": added " + counted(all.size() - before, "pin") + ", " + counted(all.size(), "pin") + " in all\n");
@@ -162,10 +104,11 @@ ExitStatus write(const std::string& file, const std::vector<std::string>& found)
 }
 
 ExitStatus check(const std::string& file, const std::vector<std::string>& found) {
-    const auto list = pins::readList(file);
-    if (!list) {
-        return complain(list.error());
+    const auto read = pins::readList(file);
+    if (!read || !*read) {
+        return complain(read ? file + " does not exist" : read.error());
     }
+    const auto& list = *read;
     complainOf(file, list->faults);
     const auto listed = std::ranges::count_if(found, [&](const auto& pin) { return isIn(list->pins, pin); });
     if (found.empty()) {
@@ -190,16 +133,62 @@ ExitStatus run(const Options& options) {
     return status;
 }
 
+constexpr auto purpose =
+    "Prints the pins by which the Kivo SDK knows a server, and keeps the list that a host ships as\n"
+    "readid_certificates.plist. A SOURCE is one of\n"
+    "\n"
+    "  FILE                   certificates, a public or a private key, in PEM or DER form\n"
+    "  -                      the same from standard input\n"
+    "  HOST[:PORT]            a server (port 443), also as https://HOST; its chain is shown, not trusted\n";
+
+constexpr auto advice =
+    "One pin of a server's chain in the list is enough for the SDK. The pin of a leaf stands for one key; the\n"
+    "pin of an intermediate lets every certificate through that its authority ever issues. Before you take\n"
+    "a pin from a server over the network, make sure that it is the right one: compare with its operator.\n";
+
+/// The options of the command line, or the status to end with when the help was printed or a mistake was told.
+std::expected<Options, int> parse(int argc, const char* const* argv) {
+    Options options;
+    program::CommandLine line{
+        {.name = "kivo-pins",
+         .arguments = "[options] SOURCE...",
+         .purpose = purpose,
+         .statuses = {
+             {done, "done; with --check: one of the pins is in a faultless list"},
+             {notListed, "with --check: no pin is, or the list has a fault; or standard output could not be written"},
+             {cannotGoOn, "a file or a server could not be read or written, or the command line is wrong"}}}};
+    const auto into = [](std::string& target) {
+        return [&target](const std::string& value) {
+            target = value;
+            return std::string{};
+        };
+    };
+    line.value("--only", "KIND", "only the leaf, or only the intermediate",
+               program::oneOf({"leaf", "intermediate"}, options.only));
+    line.value("--write", "FILE.plist", "add the pins to a list, which is made if need be", into(options.write));
+    line.value("--check", "FILE.plist",
+               "tell whether one of the pins is in a list, and the faults of the list;\n"
+               "without a SOURCE, look at the list alone",
+               into(options.check));
+    line.arguments([&](const auto& source) {
+        options.sources.push_back(source);
+        return std::string{source.empty() ? "a SOURCE is empty" : ""};
+    });
+    line.explain(advice);
+    if (const auto status = line.read(argc, argv)) {
+        return std::unexpected{*status};
+    }
+    if (options.sources.empty() && (options.check.empty() || !options.write.empty())) {
+        return std::unexpected{line.refuse("name a file or a server to take pins from")};
+    }
+    return options;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    const auto options = parse({argv + 1, argv + argc});
-    if (!options) {
-        return complain(options.error() + "; see kivo-pins --help");
-    }
-    if (options->help) {
-        say(usage);
-        return done;
-    }
-    return run(*options);
+    return program::run("kivo-pins", [&]() -> int {
+        const auto options = parse(argc, argv);
+        return options ? run(*options) : options.error();
+    });
 }

@@ -1,4 +1,7 @@
 #include "PlatformCheck.hpp"
+#include "program/CommandLine.hpp"
+#include "program/Program.hpp"
+#include "program/Temporary.hpp"
 
 #include <algorithm>
 #include <array>
@@ -26,23 +29,17 @@ constexpr std::chrono::seconds longestCheck{120};
 /// From this time on a check's time is worth a word.
 constexpr std::chrono::milliseconds slow{500};
 
-constexpr const char* usage = R"(usage: kivo-platform-check [options] [SEAM...]
+constexpr auto purpose =
+    "Checks whether the services of this platform keep the promises of the headers in include/kivo/platform: all\n"
+    "of them, or those of the seams that are named (such as Keychain or UrlSession). Servers that the checks need\n"
+    "run on this machine; data lies in temporary folders. The person's own data, keychain and network stay as\n"
+    "they are.\n";
 
-Checks whether the services of this platform keep the promises of the headers in include/kivo/platform: all of them, or
-those of the seams that are named (such as Keychain or UrlSession). Servers that the checks need run on this machine;
-data lies in temporary folders. The person's own data, keychain and network stay as they are.
-
-  --list      name the seams and their promises, and check nothing
-  --help      this text
-
-Each promise has a line: "ok" for kept, "BROKEN" with what was expected and what came, "--" for unchecked, because
-the machine lacks what the check needs.
-
-exit status: 0 no promise is broken; 1 one is broken; 2 the command line is wrong
-)";
+constexpr auto explanation =
+    "Each promise has a line: \"ok\" for kept, \"BROKEN\" with what was expected and what came, \"--\" for unchecked,\n"
+    "because the machine lacks what the check needs.\n";
 
 struct Options {
-    bool help = false;
     bool list = false;
     std::vector<std::string> seams;
 
@@ -56,24 +53,28 @@ bool isEqualButForCase(const std::string& one, const std::string& other) {
         one, other, [](unsigned char left, unsigned char right) { return std::tolower(left) == std::tolower(right); });
 }
 
-std::expected<Options, std::string> parse(const std::vector<std::string>& arguments) {
+/// The options of the command line, or the status to end with when the help was printed or a mistake was told.
+std::expected<Options, int> parse(int argc, const char* const* argv) {
     Options options;
-    const auto all = kivo::check::promises();
-    for (const auto& argument : arguments) {
-        if (argument == "--help" || argument == "-h") {
-            options.help = true;
-        } else if (argument == "--list") {
-            options.list = true;
-        } else if (argument.starts_with('-')) {
-            return std::unexpected{"unknown option \"" + argument + "\""};
-        } else {
-            const auto found = std::ranges::find_if(
-                all, [&](const auto& promise) { return isEqualButForCase(promise.seam, argument); });
-            if (found == all.end()) {
-                return std::unexpected{"there is no seam \"" + argument + "\"; --list names them"};
-            }
-            options.seams.push_back(found->seam);
+    program::CommandLine line{{.name = "kivo-platform-check",
+                               .arguments = "[options] [SEAM...]",
+                               .purpose = purpose,
+                               .statuses = {{allKept, "no promise is broken"},
+                                            {someBroken, "one is broken, or standard output could not be written"},
+                                            {cannotGoOn, "the command line is wrong"}}}};
+    line.flag("--list", options.list, "name the seams and their promises, and check nothing");
+    line.arguments([&, all = kivo::check::promises()](const auto& seam) -> std::string {
+        const auto found =
+            std::ranges::find_if(all, [&](const auto& promise) { return isEqualButForCase(promise.seam, seam); });
+        if (found == all.end()) {
+            return "there is no seam \"" + seam + "\", and --list names them";
         }
+        options.seams.push_back(found->seam);
+        return "";
+    });
+    line.explain(explanation);
+    if (const auto status = line.read(argc, argv)) {
+        return std::unexpected{*status};
     }
     return options;
 }
@@ -163,7 +164,7 @@ private:
                              .details = {"a call of the services did not return within " +
                                              std::to_string(longestCheck.count()) + " seconds",
                                          "the checks end here"}});
-                std::_Exit(report_.end());
+                program::endAtOnce(report_.end());
             }
         }
     }
@@ -212,15 +213,12 @@ ExitStatus run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const auto options = parse({argv + 1, argv + argc});
-    if (!options) {
-        std::fprintf(stderr, "kivo-platform-check: %s; kivo-platform-check --help tells more\n",
-                     options.error().c_str());
-        return cannotGoOn;
-    }
-    if (options->help) {
-        std::fputs(usage, stdout);
-        return allKept;
-    }
-    return run(*options);
+    return program::run("kivo-platform-check", [&]() -> int {
+        const auto options = parse(argc, argv);
+        if (!options) {
+            return options.error();
+        }
+        const program::TemporaryFolder folder{"kivo-platform-check"};
+        return folder.holding([&] { return run(*options); });
+    });
 }

@@ -1,0 +1,139 @@
+#include "program/Program.hpp"
+
+#include "program/Temporary.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <system_error>
+#include <thread>
+
+namespace program {
+namespace {
+
+constexpr int failed = 1;
+
+std::string& programName() {
+    static std::string name;
+    return name;
+}
+
+/// A read of a descriptor that was closed, or a write, still fails: /dev/null is opened for the other direction.
+void openStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            // The lowest free number, which is `descriptor`.
+            [[maybe_unused]] const int opened = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+bool isIgnored(int signal) {
+    struct sigaction action{};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// Waits on a thread of its own for the signals that end the program: unlike a signal handler, a thread may remove
+/// files.
+class EndingSignals {
+public:
+    EndingSignals() {
+        sigemptyset(&signals_);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            if (!isIgnored(signal)) {
+                sigaddset(&signals_, signal);
+            }
+        }
+        // A signal of the thread's own, which nobody sends to a process by accident.
+        sigaddset(&signals_, wakeUp());
+        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+        thread_ = std::thread{[this] { wait(); }};
+    }
+
+    EndingSignals(const EndingSignals&) = delete;
+    EndingSignals& operator=(const EndingSignals&) = delete;
+
+    ~EndingSignals() {
+        isOver_ = true;
+        pthread_kill(thread_.native_handle(), wakeUp());
+        thread_.join();
+    }
+
+private:
+    static int wakeUp() { return SIGRTMIN; }
+
+    void wait() const {
+        int signal = 0;
+        do {
+            sigwait(&signals_, &signal);
+            if (isOver_) {
+                return;
+            }
+        } while (signal == wakeUp());
+        const auto held = removeTemporaries();
+        // With the signal's own action, so that the parent sees which signal ended the program.
+        std::signal(signal, SIG_DFL);
+        pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+        std::raise(signal);
+    }
+
+    sigset_t signals_{};
+    std::atomic<bool> isOver_ = false;
+    std::thread thread_;
+};
+
+int guarded(const std::function<int()>& body) {
+    try {
+        return body();
+    } catch (const std::bad_alloc&) {
+        complain("there is not enough memory");
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
+    return failed;
+}
+
+} // namespace
+
+int run(const std::string& name, const std::function<int()>& body) {
+    programName() = name;
+    openStandardDescriptors();
+    const EndingSignals signals;
+    const int status = guarded(body);
+    if (const auto problem = finish(stdout); !problem.empty()) {
+        complain(problem);
+        return failed;
+    }
+    return status;
+}
+
+void complain(const std::string& sentence) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s: %s\n", programName().c_str(), sentence.c_str());
+}
+
+std::string finish(std::FILE* stream) {
+    errno = 0;
+    const bool isWritten = std::fflush(stream) == 0 && std::ferror(stream) == 0;
+    // Some file systems tell only then, when a descriptor is closed, that there was no room.
+    const int copy = isWritten ? fcntl(fileno(stream), F_DUPFD_CLOEXEC, 0) : -1;
+    if (isWritten && (copy < 0 || close(copy) == 0)) {
+        return "";
+    }
+    return "standard output could not be written" +
+           (errno == 0 ? "" : " (" + std::generic_category().message(errno) + ")");
+}
+
+void endAtOnce(int status) {
+    std::fflush(nullptr);
+    const auto held = removeTemporaries();
+    std::_Exit(status);
+}
+
+} // namespace program
