@@ -4,6 +4,7 @@
 
 #include <kivo/platform/Services.hpp>
 
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -12,7 +13,8 @@ namespace kivo::platform {
 CodeScan::CodeScan(std::shared_ptr<CodeReader> reader, std::shared_ptr<MetadataOutput> output, PreviewFrame before)
     : reader_{std::move(reader)}
     , output_{std::move(output)}
-    , preview_{std::move(before)} {}
+    , preview_{std::move(before)}
+    , numberBefore_{preview_.number} {}
 
 std::error_code CodeScan::start() {
     // The exit handlers of the reader's library destroy its tables.
@@ -46,7 +48,11 @@ PreviewFrame CodeScan::preview() const {
 }
 
 void CodeScan::take(std::shared_ptr<const VideoFrame> frame) {
-    if (!frame || !frame->isWhole()) {
+    if (!frame) {
+        return;
+    }
+    if (!frame->isWhole()) {
+        leaveOut(*frame);
         return;
     }
     // Declared before the lock: pictures are large, and are to be destroyed outside the lock.
@@ -59,6 +65,34 @@ void CodeScan::take(std::shared_ptr<const VideoFrame> frame) {
     ++preview_.number;
     std::swap(waiting_, frame);
     changed_.notify_all();
+}
+
+void CodeScan::leaveOut(const VideoFrame& frame) {
+    {
+        const std::scoped_lock lock{mutex_};
+        if (isStopped_ || hasEnded_ || std::exchange(hasLeftOut_, true)) {
+            return;
+        }
+    }
+    const auto side = std::to_string(VideoFrame::largestSide);
+    services().diagnostics->report(
+        "camera", "a picture of " + std::to_string(frame.width) + " x " + std::to_string(frame.height) + " pixels in " +
+                      std::to_string(frame.bytes.size()) +
+                      " bytes is left out, like each that follows; pictures have exactly the bytes of their format, "
+                      "and at most " +
+                      side + " x " + side + " pixels");
+}
+
+void CodeScan::reportSilence(std::chrono::seconds since) const {
+    {
+        const std::scoped_lock lock{mutex_};
+        if (isStopped_ || hasEnded_ || hasLeftOut_ || preview_.number != numberBefore_) {
+            return;
+        }
+    }
+    services().diagnostics->report("camera", "no picture has come in " + std::to_string(since.count()) +
+                                                 " seconds; check that the camera works, that no other program uses "
+                                                 "it, and that the file or server of its pipeline answers");
 }
 
 void CodeScan::end(std::string reason) {

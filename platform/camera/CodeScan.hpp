@@ -6,7 +6,9 @@
 #include <kivo/platform/CaptureSession.hpp>
 #include <kivo/platform/FrameSource.hpp>
 
+#include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -67,6 +69,9 @@ public:
 
     PreviewFrame preview() const;
 
+    /// Reports that no picture has come so far, if the run goes on and none has.
+    void reportSilence(std::chrono::seconds since) const;
+
     void take(std::shared_ptr<const VideoFrame> frame) override;
     void end(std::string reason) override;
 
@@ -76,6 +81,7 @@ private:
     std::shared_ptr<const VideoFrame> nextPicture();
     void handOver(std::vector<MetadataObject> objects, const MetadataOutput::Subscription& subscription);
     bool isStopped() const;
+    void leaveOut(const VideoFrame& frame);
     /// Tells the thread that the delegate has taken the codes.
     void resume();
 
@@ -85,10 +91,12 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     PreviewFrame preview_;
+    const std::uint64_t numberBefore_;
     std::shared_ptr<const VideoFrame> waiting_;
     bool isHandingOver_ = false;
     bool isStopped_ = false;
     bool hasEnded_ = false;
+    bool hasLeftOut_ = false;
 };
 
 } // namespace kivo::platform

@@ -6,6 +6,7 @@
 #include <kivo/platform/FrameSource.hpp>
 #include <kivo/platform/Services.hpp>
 
+#include <chrono>
 #include <expected>
 #include <memory>
 #include <mutex>
@@ -130,6 +131,11 @@ public:
             scan_ = scan;
         }
         input_->source->start(scan);
+        services().mainQueue->asyncAfter(firstPictureTime, [weak = std::weak_ptr{scan}] {
+            if (const auto run = weak.lock()) {
+                run->reportSilence(firstPictureTime);
+            }
+        });
     }
 
     void stopRunning() override {
@@ -143,6 +149,9 @@ public:
     }
 
 private:
+    /// Slow cameras need a second or two.
+    static constexpr std::chrono::seconds firstPictureTime{5};
+
     void endScan() {
         if (scan_) {
             scan_->stop();

@@ -5,9 +5,6 @@
 namespace kivo::platform {
 namespace {
 
-/// More than any camera has; keeps the arithmetic on a host's sizes from overflowing.
-constexpr int largestSide = 1 << 15;
-
 std::size_t halved(int side) {
     return (static_cast<std::size_t>(side) + 1) / 2;
 }

@@ -100,8 +100,13 @@ TEST_F(CodeScanTest, KeepsOnlyTheNewestPictureWaiting) {
     EXPECT_EQ(reader->last, 200);
     EXPECT_EQ(reader->begun, 2);
     EXPECT_EQ(scan->preview().number, 201U);
+    for (const int side : {VideoFrame::largestSide + 1, VideoFrame::largestSide + 2}) {
+        scan->take(frameOfWidth(side));
+    }
     scan->take(nullptr);
     EXPECT_EQ(scan->preview().number, 201U);
+    loop->drain();
+    EXPECT_EQ(reported.size(), 1U) << "one line about the pictures that are too large";
     scan->stop();
 }
 

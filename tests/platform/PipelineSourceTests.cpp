@@ -5,13 +5,18 @@
 #include <kivo/platform/LinuxServices.hpp>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <map>
 
 namespace kivo::platform {
 namespace {
 
+using namespace std::string_literals;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -92,6 +97,16 @@ TEST_F(PipelineCamera, MakesLargePicturesOfADeviceSmaller) {
 }
 
 TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
+    const test::TemporaryFolder folder;
+    const auto frozen = [](const std::filesystem::path& picture) {
+        return "filesrc location=" + picture.string() + " ! decodebin ! videoconvert ! imagefreeze";
+    };
+    const auto code = test::contentOf(KIVO_TEST_DATA "/pictures/code.png");
+    // A header of 20,000 x 20,000 pixels, and the beginning of the pixels.
+    const auto large = code.substr(0, 12) +
+                       "\111\110\104\122\000\000\116\040\000\000\116\040\010\000\000\000\000\306\033\031\345"s +
+                       "\0\0\1\0IDAT"s + std::string(256, 'x');
+
     const struct {
         std::string pipeline;
         std::string problem;
@@ -99,8 +114,16 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
     } cases[] = {
         {"v4l2src device=/dev/video-none", "/dev/video-none", "connect the camera"},
         {"nonesuch ! decodebin", "nonesuch", "gstreamer1.0-plugins-good"},
+        {"filesrcc location=x ! decodebin", "filesrcc", "\"filesrc\" is there"},
         {"decodebin ! ! decodebin", "syntax", "correct the camera's pipeline"},
-        {file("none.png"), "none.png", "correct the camera's pipeline"},
+        {file("none.png"), "none.png", "may read"},
+        {file(""), "directory", "name a picture or video file"},
+        {frozen(folder.write("half.png", code.substr(0, code.size() / 2))), "before its first picture", "cut off"},
+        {frozen(folder.write("empty.png", "")), "no data", "pictures or video"},
+        {"fakesrc sizetype=2 num-buffers=9 ! video/x-nonesuch ! decodebin", "x-nonesuch", "gstreamer1.0-libav"},
+        {frozen(folder.write("large.png", large)), "20000 x 20000", "8192 x 8192"},
+        {"videotestsrc ! video/x-raw,width=20000,height=20000 ! videoscale ! video/x-raw,width=64,height=64",
+         "20000 x 20000", "8192 x 8192"},
         {"filesrc location=" KIVO_TEST_DATA "/../CMakeLists.txt ! decodebin", "text file", "pictures or video"},
         {"videotestsrc ! audioconvert", "could not link", "correct the camera's pipeline"},
         {"videotestsrc ! identity error-after=3", "", "GST_DEBUG"},
@@ -116,6 +139,29 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
         EXPECT_THAT(reported, ElementsAre(AllOf(HasSubstr(each.problem), HasSubstr(each.advice)))) << each.pipeline;
         EXPECT_TRUE(rig->heard.empty());
     }
+}
+
+TEST_F(PipelineCamera, LeavesAFileThatBlocksBehindAndTellsSo) {
+    const test::TemporaryFolder folder;
+    const auto fifo = folder.path() / "fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const auto rig = started("filesrc location=" + fifo.string() + " ! decodebin");
+    clock->advance(std::chrono::seconds{5});
+    ASSERT_TRUE(await([&] { return reported.size() == 1; }));
+    rig->session->stopRunning();
+    // Blocked already: nothing is waited for.
+    rig->session->startRunning();
+    ASSERT_TRUE(await([&] { return reported.size() == 3; }));
+    EXPECT_THAT(reported, ElementsAre(HasSubstr("no picture has come"), HasSubstr("does not stop"),
+                                      HasSubstr("does not answer")));
+    EXPECT_FALSE(rig->session->isRunning());
+    // A writer lets the pipeline go on, and stop.
+    std::ofstream{fifo} << "no picture";
+    ASSERT_TRUE(await([&] {
+        rig->session->startRunning();
+        return rig->session->isRunning();
+    }));
+    std::ofstream{fifo} << "no picture";
 }
 
 TEST_F(PipelineCamera, GoesToTheSessionThatStartedLast) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kivo/platform/Clock.hpp>
 #include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/platform/Services.hpp>
@@ -36,7 +37,8 @@ protected:
         return false;
     }
 
-    const std::shared_ptr<platform::RunLoop> loop = std::make_shared<platform::RunLoop>();
+    const std::shared_ptr<platform::ManualClock> clock = std::make_shared<platform::ManualClock>();
+    const std::shared_ptr<platform::RunLoop> loop = std::make_shared<platform::RunLoop>(clock);
     std::vector<std::string> reported;
 
 private:

@@ -23,7 +23,8 @@ public:
     virtual void end(std::string reason) = 0;
 };
 
-/// The source of a camera's pictures. Called on the main thread.
+/// The source of a camera's pictures. Called on the main thread, which stands still meanwhile: a source whose camera
+/// may block waits on a thread of its own, and for a bounded time.
 class KIVO_EXPORT FrameSource {
 public:
     virtual ~FrameSource() = default;

@@ -20,12 +20,16 @@ struct KIVO_EXPORT VideoFrame {
         rgb,
     };
 
+    /// The largest width and height of a picture that is read: 8K video, and photographs of 50 megapixels.
+    static constexpr int largestSide = 8192;
+
     int width = 0;
     int height = 0;
     Format format = Format::gray;
     std::vector<std::uint8_t> bytes;
 
-    /// Whether there are as many bytes as width, height and format ask for, and at least one pixel.
+    /// Whether there are as many bytes as width, height and format ask for, and no side is empty or beyond
+    /// `largestSide`.
     bool isWhole() const;
 
     /// The bytes of the same picture in the format `rgb`; any other format is converted. Empty for a picture that is

@@ -1,3 +1,6 @@
+#include "GstAdvice.hpp"
+#include "GstOwned.hpp"
+#include "GstSizeLimit.hpp"
 #include "platform/camera/Modules.hpp"
 
 #include <kivo/platform/FrameSource.hpp>
@@ -7,7 +10,7 @@
 #include <gst/gst.h>
 #include <gst/video/video.h>
 
-#include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -55,57 +58,6 @@ std::shared_ptr<const VideoFrame> copyFrame(GstSample* sample) {
     return frame;
 }
 
-std::string_view adviceFor(const GError& error) {
-    const auto is = [&](GQuark domain, int code) { return error.domain == domain && error.code == code; };
-    if (is(GST_PARSE_ERROR, GST_PARSE_ERROR_NO_SUCH_ELEMENT) || is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN) ||
-        is(GST_STREAM_ERROR, GST_STREAM_ERROR_CODEC_NOT_FOUND)) {
-        return "install the GStreamer plugins with it (Debian: gstreamer1.0-plugins-base, gstreamer1.0-plugins-good)";
-    }
-    if (is(GST_STREAM_ERROR, GST_STREAM_ERROR_WRONG_TYPE) || is(GST_STREAM_ERROR, GST_STREAM_ERROR_TYPE_NOT_FOUND)) {
-        return "name a file with pictures or video in it";
-    }
-    if (error.domain == GST_PARSE_ERROR) {
-        return "correct the camera's pipeline; gst-launch-1.0 takes the same text";
-    }
-    if (is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_BUSY)) {
-        return "close the program that uses the camera";
-    }
-    if (is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_FOUND)) {
-        return "connect the camera, or correct the camera's pipeline";
-    }
-    if (error.domain == GST_RESOURCE_ERROR) {
-        return "check that the camera is connected, that no other program uses it, and that this user may (group "
-               "\"video\")";
-    }
-    return "GST_DEBUG=3 in the environment shows more";
-}
-
-/// A line for the person who runs the host: GStreamer's own text and the remedy. `debug` is the debug text that comes
-/// with an error on the bus.
-std::string describe(const GError& error, std::string_view debug = {}) {
-    std::string text{"the camera gives no pictures: "};
-    text.append(error.message);
-    // The first line names a place in GStreamer's source; the other lines say what has happened.
-    if (const auto end = debug.find('\n'); end != std::string_view::npos) {
-        text.append(" (").append(debug.substr(end + 1)).append(")");
-    }
-    std::ranges::replace(text, '\n', ' ');
-    return text.append(" To do: ").append(adviceFor(error)).append(".");
-}
-
-struct Unref {
-    void operator()(void* object) const { gst_object_unref(object); }
-
-    void operator()(GError* error) const { g_error_free(error); }
-
-    void operator()(gchar* text) const { g_free(text); }
-
-    void operator()(GstSample* sample) const { gst_sample_unref(sample); }
-};
-
-template <class Object>
-using Owned = std::unique_ptr<Object, Unref>;
-
 /// Takes the pictures and problems of the pipeline's threads to the sink.
 class Outlet {
 public:
@@ -122,7 +74,8 @@ public:
         }
     }
 
-    void take(std::shared_ptr<const VideoFrame> frame) const {
+    void take(std::shared_ptr<const VideoFrame> frame) {
+        hasPictures_ = true;
         if (const auto to = sink()) {
             to->take(std::move(frame));
         }
@@ -137,6 +90,13 @@ public:
         problem_ = problem_.value_or(std::move(problem));
     }
 
+    /// The pipeline has nothing more to give.
+    void endWell() {
+        end(hasPictures_ ? "the camera's pictures have ended; start the session anew to see them again"
+                         : noPictures("the file ends before its first picture is whole.",
+                                      "name a file that is neither damaged nor cut off"));
+    }
+
     std::optional<std::string> problem() const {
         const std::scoped_lock lock{mutex_};
         return problem_;
@@ -148,6 +108,7 @@ private:
         return sink_;
     }
 
+    std::atomic<bool> hasPictures_ = false;
     mutable std::mutex mutex_;
     std::shared_ptr<FrameSink> sink_;
     /// The first problem that came before there was a sink.
@@ -171,18 +132,12 @@ GstFlowReturn onSample(GstAppSink* sink, gpointer outlet) {
 }
 
 void onEnd(GstAppSink* /*sink*/, gpointer outlet) {
-    (*static_cast<SharedOutlet*>(outlet))
-        ->end("the camera's pictures have ended; start the session anew to see them again");
+    (*static_cast<SharedOutlet*>(outlet))->endWell();
 }
 
 GstBusSyncReply onMessage(GstBus* /*bus*/, GstMessage* message, gpointer outlet) {
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
-        GError* error = nullptr;
-        gchar* debug = nullptr;
-        gst_message_parse_error(message, &error, &debug);
-        const Owned<GError> owned{error};
-        const Owned<gchar> ownedDebug{debug};
-        (*static_cast<SharedOutlet*>(outlet))->end(describe(*error, debug != nullptr ? debug : ""));
+        (*static_cast<SharedOutlet*>(outlet))->end(describe(*message));
     }
     // The bus has no reader: the message is dropped here, and dropping includes the release.
     gst_message_unref(message);
@@ -245,6 +200,8 @@ private:
         }
         pipeline_ = std::move(pipeline);
         outlet_ = std::make_shared<Outlet>();
+        limitPictures(*GST_BIN(pipeline_.get()),
+                      [outlet = outlet_](std::string problem) { outlet->end(std::move(problem)); });
         connectOutlet();
         return {};
     }
@@ -263,6 +220,7 @@ private:
         if (pipeline_) {
             gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
             pipeline_ = nullptr;
+            outlet_ = nullptr;
         }
     }
 
@@ -273,6 +231,9 @@ private:
 
 /// The pictures of a GStreamer pipeline; `description` is the pipeline's text up to the element that gives pictures.
 std::shared_ptr<FrameSource> makeGstPipeline(const std::string& description) {
+    // The first initialisation may look through all plugins, which takes some seconds; a failure is told at the
+    // opening.
+    gst_init_check(nullptr, nullptr, nullptr);
     return std::make_shared<GstPipelineSource>(description);
 }
 
