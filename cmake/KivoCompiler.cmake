@@ -1,5 +1,6 @@
-# Warnings and sanitizers, applied to the project's own targets only.
+# Warnings, sanitizers, hardening and paths, applied to the project's own targets only.
 add_library(kivo_compiler INTERFACE)
+target_compile_definitions(kivo_compiler INTERFACE KIVO_SOVERSION="${KIVO_SOVERSION}") # part of the names of installed files
 target_compile_options(kivo_compiler INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
 if(KIVO_WERROR)
@@ -14,6 +15,33 @@ if(KIVO_SANITIZE)
     target_compile_options(kivo_compiler INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-sanitize-recover=undefined>)
   endif()
 endif()
+
+# A binary names its sources from the project's root, so that it is the same wherever it is built. Debuggers of a Debug
+# build still find the sources by their full paths. The later option wins: a build folder often lies in the source folder.
+foreach(place IN ITEMS ${PROJECT_SOURCE_DIR}=. ${PROJECT_BINARY_DIR}=./build)
+  target_compile_options(kivo_compiler INTERFACE $<IF:$<CONFIG:Debug>,-fmacro-prefix-map,-ffile-prefix-map>=${place})
+endforeach()
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+option(KIVO_HARDENING "Harden optimised builds: stack protector, checked library calls, read-only relocations" ON)
+if(KIVO_HARDENING)
+  set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+  target_compile_options(kivo_compiler INTERFACE
+    "$<${optimised}:-fstack-protector-strong;-fstack-clash-protection;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3;-D_GLIBCXX_ASSERTIONS>")
+  target_link_options(kivo_compiler INTERFACE "$<${optimised}:LINKER:-z,relro,-z,now>")
+endif()
+
+# Only libkivo is large enough for this to pay, so only its objects and what is made of them take part.
+option(KIVO_LTO "Optimise libkivo as a whole in Release builds" ON)
+if(KIVO_LTO)
+  include(CheckIPOSupported)
+  check_ipo_supported(RESULT KIVO_LTO_WORKS LANGUAGES CXX)
+endif()
+function(kivo_optimise_as_a_whole target)
+  if(KIVO_LTO AND KIVO_LTO_WORKS)
+    set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
+  endif()
+endfunction()
 
 find_program(KIVO_CCACHE ccache)
 if(KIVO_CCACHE)

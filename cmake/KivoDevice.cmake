@@ -1,5 +1,5 @@
 # Decides whether the device, a window that shows the screens, is built. Sets kivo_has_device.
-set(KIVO_DEVICE AUTO CACHE STRING "Build the device, which shows the screens: ON, OFF, or AUTO when Qt 6 is there")
+set(KIVO_DEVICE ${kivo_if_possible} CACHE STRING "Build the device, which shows the screens: ON, OFF, or AUTO when Qt 6 is there")
 set_property(CACHE KIVO_DEVICE PROPERTY STRINGS AUTO ON OFF)
 
 set(kivo_has_device FALSE)

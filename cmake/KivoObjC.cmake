@@ -1,5 +1,5 @@
 # Decides whether the Objective-C library is built, and enables its languages. Sets kivo_has_objc.
-set(KIVO_OBJC AUTO CACHE STRING "Build the library for Objective-C hosts: ON, OFF, or AUTO when its tools are there")
+set(KIVO_OBJC ${kivo_if_possible} CACHE STRING "Build the library for Objective-C hosts: ON, OFF, or AUTO when its tools are there")
 set_property(CACHE KIVO_OBJC PROPERTY STRINGS AUTO ON OFF)
 
 set(kivo_has_objc FALSE)

@@ -6,5 +6,10 @@
 #include <kivo/compile-with-std-c++23>
 #endif
 
+#ifndef __cpp_rtti
+#error "Kivo's headers need run-time type information: screens ask views for their types. Compile without -fno-rtti."
+#include <kivo/compile-without-fno-rtti>
+#endif
+
 /// Marks what the shared library offers to a host; everything else stays hidden.
 #define KIVO_EXPORT __attribute__((visibility("default")))

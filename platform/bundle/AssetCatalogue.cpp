@@ -1,5 +1,6 @@
 #include "platform/bundle/AssetCatalogue.hpp"
 
+#include "platform/base/Number.hpp"
 #include "platform/json/Json.hpp"
 #include "platform/posix/Files.hpp"
 
@@ -8,6 +9,7 @@
 #include <charconv>
 #include <cstdint>
 #include <fstream>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <system_error>
@@ -58,27 +60,24 @@ bool isUniversal(const json::Value& entry) {
     return text(entry, "idiom") == "universal" && entry.find("appearances") == nullptr;
 }
 
+std::optional<double> hexNumber(std::string_view digits) {
+    unsigned number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
+    return error == std::errc{} && end == digits.data() + digits.size() ? std::optional{number} : std::nullopt;
+}
+
 /// "0.5" is a fraction; "128" and "0x80" count in 255ths.
 double component(const json::Value& components, const char* name) {
     const auto written = text(components, name);
-    const auto end = written.data() + written.size();
     const bool isHex = written.starts_with("0x") || written.starts_with("0X");
     const bool isFraction = written.contains('.');
-    double value = -1;
-    std::from_chars_result read{};
-    if (isHex) {
-        unsigned whole = 0;
-        read = std::from_chars(written.data() + 2, end, whole, 16);
-        value = whole;
-    } else {
-        read = std::from_chars(written.data(), end, value);
-    }
-    value = isFraction || std::string_view{name} == "alpha" ? value : value / 255;
-    const bool isLevel = value >= 0 && value <= 1; // false for NaN too
-    if (read.ec != std::errc{} || read.ptr != end || !isLevel) {
+    const auto number = isHex ? hexNumber(written.substr(2)) : decimalNumber(written);
+    const double level =
+        isFraction || std::string_view{name} == "alpha" ? number.value_or(-1) : number.value_or(-1) / 255;
+    if (level < 0 || level > 1) {
         throw Malformed{"has no usable \"" + std::string{name} + R"(" (write "0.5", "128" or "0x80"))"};
     }
-    return value;
+    return level;
 }
 
 Color readColor(const fs::path& set) {

@@ -5,7 +5,9 @@
 
 #include <array>
 #include <bit>
-#include <ctime>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <stdexcept>
 #include <utility>
 
@@ -24,21 +26,25 @@ public:
 
 /// A date as text such as 2026-01-31T08:15:00Z.
 std::string dateAfterMillennium(double seconds) {
-    constexpr std::time_t millennium = 978307200; // property lists count from 2001-01-01T00:00:00Z
     constexpr double yearOne = -63113904000;
     constexpr double yearTenThousand = 252423993600;
     const bool isDate = seconds >= yearOne && seconds < yearTenThousand; // false for NaN too
     if (!isDate) {
         damaged();
     }
-    const auto time = millennium + static_cast<std::time_t>(seconds);
-    std::tm parts{};
-    gmtime_r(&time, &parts);
-    std::array<char, 32> text{};
-    const auto size = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    // The C library writes a year before 1000 without leading zeros.
-    constexpr std::size_t usualSize = 20;
-    return std::string(usualSize - size, '0').append(text.data(), size);
+    using namespace std::chrono;
+    // Not std::time_t, which may have 32 bits and then ends in 2038.
+    constexpr sys_days millennium = 2001y / 1 / 1;
+    const auto time = millennium + std::chrono::seconds{static_cast<std::int64_t>(seconds)};
+    const auto day = floor<days>(time);
+    const year_month_day date{day};
+    const hh_mm_ss clock{time - day};
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return text.data();
 }
 
 /// Follows the references of a file, from the top object down. Every number is checked where it is used.

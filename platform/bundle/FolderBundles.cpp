@@ -60,11 +60,12 @@ private:
 
 fs::path installedSdkBundle() {
     constexpr auto name = "ZORFramework.bundle";
+    constexpr auto installed = "share/kivo-" KIVO_SOVERSION; // each release has its own
     const auto library = libraryFile().parent_path();
     const auto program = executableFile().parent_path();
-    const std::array places{library / name, library.parent_path() / "share/kivo" / name,
-                            library.parent_path().parent_path() / "share/kivo" / name,
-                            program.parent_path() / "lib" / name, program.parent_path() / "share/kivo" / name};
+    const std::array places{library / name, library.parent_path() / installed / name,
+                            library.parent_path().parent_path() / installed / name,
+                            program.parent_path() / "lib" / name, program.parent_path() / installed / name};
     const auto found = std::ranges::find_if(places, [](const auto& place) {
         std::error_code error;
         return fs::is_directory(place, error);

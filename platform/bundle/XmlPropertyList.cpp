@@ -1,4 +1,5 @@
 #include "platform/base/Ascii.hpp"
+#include "platform/base/Number.hpp"
 #include "platform/bundle/PropertyListReader.hpp"
 #include "platform/posix/Files.hpp"
 
@@ -31,17 +32,21 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-template <class T, class... Base>
-std::optional<PropertyValue> number(std::string_view text, Base... base) {
-    T value{};
-    const auto read = std::from_chars(text.begin(), text.end(), value, base...);
+std::optional<PropertyValue> wholeNumber(std::string_view text, int base) {
+    std::int64_t value{};
+    const auto read = std::from_chars(text.begin(), text.end(), value, base);
     return read.ec == std::errc{} && read.ptr == text.end() ? std::optional{PropertyValue{value}} : std::nullopt;
 }
 
 std::optional<PropertyValue> integer(std::string_view text) {
     text.remove_prefix(text.starts_with('+') ? 1 : 0);
     const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-    return isHex ? number<std::int64_t>(text.substr(2), 16) : number<std::int64_t>(text, 10);
+    return isHex ? wholeNumber(text.substr(2), 16) : wholeNumber(text, 10);
+}
+
+std::optional<PropertyValue> real(std::string_view text) {
+    const auto number = decimalNumber(text);
+    return number ? std::optional{PropertyValue{*number}} : std::nullopt;
 }
 
 std::optional<PropertyValue> date(std::string_view text) {
@@ -87,7 +92,7 @@ Reading readingOf(std::string_view element) {
         {"key", [](std::string_view whole) { return std::optional{text(whole)}; }},
         {"string", [](std::string_view whole) { return std::optional{text(whole)}; }},
         {"integer", [](std::string_view whole) { return integer(trimmed(whole)); }},
-        {"real", [](std::string_view whole) { return number<double>(trimmed(whole)); }},
+        {"real", [](std::string_view whole) { return real(trimmed(whole)); }},
         {"date", [](std::string_view whole) { return date(trimmed(whole)); }},
         {"data", data},
         {"true", [](std::string_view) { return std::optional{PropertyValue{true}}; }},
@@ -159,9 +164,9 @@ private:
         refuseIf(open_.size() == deepestPropertyList, tooDeepPropertyList);
         refuseIf(!budget_.takes(), tooLargePropertyList);
         if (element == "array") {
-            open_.push_back({{PropertyValue::List{}}});
+            open_.emplace_back().value.value.emplace<PropertyValue::List>();
         } else if (element == "dict") {
-            open_.push_back({{PropertyValue::Dictionary{}}});
+            open_.emplace_back().value.value.emplace<PropertyValue::Dictionary>();
         }
         reading_ = reading;
         isKey_ = isKeyDue;

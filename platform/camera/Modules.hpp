@@ -24,9 +24,10 @@ public:
     virtual std::vector<MetadataObject> read(const VideoFrame& frame, const std::vector<MetadataObjectType>& types) = 0;
 };
 
-/// A module works only with the libkivo of its own version.
+/// A module works only with the libkivo of its own version. Its name carries the minor version, so that the modules of
+/// two releases can lie in one folder.
 struct CodesModule {
-    static constexpr auto file = "libkivo-codes.so";
+    static constexpr auto file = "libkivo-codes.so." KIVO_SOVERSION;
     static constexpr auto needs = "zxing-cpp (Debian: libzxing2)";
 
     const char* version;
@@ -34,7 +35,7 @@ struct CodesModule {
 };
 
 struct CameraModule {
-    static constexpr auto file = "libkivo-camera.so";
+    static constexpr auto file = "libkivo-camera.so." KIVO_SOVERSION;
     static constexpr auto needs = "GStreamer (Debian: libgstreamer-plugins-base1.0-0, gstreamer1.0-plugins-good)";
 
     const char* version;

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 
 namespace kivo::platform {
 namespace {
@@ -33,7 +32,10 @@ std::optional<std::chrono::sys_seconds> timeOf(const ASN1_TIME* time) {
     if (ASN1_TIME_to_tm(time, &parts) != 1) {
         return std::nullopt;
     }
-    return std::chrono::sys_seconds{std::chrono::seconds{::timegm(&parts)}};
+    using namespace std::chrono;
+    // Counted here, because the system's own count may have 32 bits, which end in 2038.
+    const sys_days day{year{parts.tm_year + 1900} / (parts.tm_mon + 1) / parts.tm_mday};
+    return sys_seconds{day} + hours{parts.tm_hour} + minutes{parts.tm_min} + seconds{parts.tm_sec};
 }
 
 bool namesHost(X509& certificate, const std::string& host) {

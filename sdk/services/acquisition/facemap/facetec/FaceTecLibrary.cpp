@@ -80,9 +80,9 @@ void startFaceTec(std::function<void(bool isReady)> completion) {
     const bool isProduction = deployment.faceTecProduction;
     auto tell = [function, isProduction, completion = std::move(completion)](bool isReady) {
         log::info(function, [&] {
-            return std::string{isProduction ? "faceTec initilization 001 ----- "
-                                            : "faceTec in Development Mode 001 ----- "} +
-                   (isReady ? "true" : "false");
+            const std::string outcome{isReady ? "true" : "false"};
+            return (isProduction ? "faceTec initilization 001 ----- " : "faceTec in Development Mode 001 ----- ") +
+                   outcome;
         });
         completion(isReady);
     };
