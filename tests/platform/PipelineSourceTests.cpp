@@ -102,10 +102,10 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
         return "filesrc location=" + picture.string() + " ! decodebin ! videoconvert ! imagefreeze";
     };
     const auto code = test::contentOf(KIVO_TEST_DATA "/pictures/code.png");
-    // A header of 20,000 x 20,000 pixels, and the beginning of the pixels.
+    // A header of 20,000 x 20,000 pixels, and pixels that never come to be read.
     const auto large = code.substr(0, 12) +
                        "\111\110\104\122\000\000\116\040\000\000\116\040\010\000\000\000\000\306\033\031\345"s +
-                       "\0\0\1\0IDAT"s + std::string(256, 'x');
+                       "\0\0\1\0IDAT"s + std::string(260, 'x') + "\0\0\0\0IENDcrc!"s;
 
     const struct {
         std::string pipeline;
@@ -120,7 +120,6 @@ TEST_F(PipelineCamera, EndsWithOneLineThatSaysWhatToDo) {
         {file(""), "directory", "name a picture or video file"},
         {frozen(folder.write("half.png", code.substr(0, code.size() / 2))), "before its first picture", "cut off"},
         {frozen(folder.write("empty.png", "")), "no data", "pictures or video"},
-        {"fakesrc sizetype=2 num-buffers=9 ! video/x-nonesuch ! decodebin", "x-nonesuch", "gstreamer1.0-libav"},
         {frozen(folder.write("large.png", large)), "20000 x 20000", "8192 x 8192"},
         {"videotestsrc ! video/x-raw,width=20000,height=20000 ! videoscale ! video/x-raw,width=64,height=64",
          "20000 x 20000", "8192 x 8192"},
