@@ -112,8 +112,10 @@ void FieldEdit::apply(const QString& edited) {
     field_->setSelection(range(begin, former.size() - behind, former));
     if (inserted.empty()) {
         field_->deleteBackward();
-    } else {
+    } else if (text::characterCount(inserted) == 1) {
         field_->insertText(inserted);
+    } else {
+        field_->paste(inserted); // no key brings more than a character at once
     }
     pull();
     changed_();

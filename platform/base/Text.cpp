@@ -42,6 +42,16 @@ std::size_t characterEnd(std::string_view text, std::size_t position) {
     return position;
 }
 
+bool isLineEnd(utf8proc_int32_t value) {
+    const auto category = utf8proc_category(value);
+    return (value >= '\n' && value <= '\r') || value == 0x85 || category == UTF8PROC_CATEGORY_ZL ||
+           category == UTF8PROC_CATEGORY_ZP;
+}
+
+bool isBlank(utf8proc_int32_t value) {
+    return value == '\t' || utf8proc_category(value) == UTF8PROC_CATEGORY_ZS;
+}
+
 } // namespace
 
 bool isUtf8(std::string_view bytes) {
@@ -71,6 +81,24 @@ std::size_t characterCount(std::string_view text) {
         ++count;
     }
     return count;
+}
+
+std::string singleLine(std::string_view text) {
+    std::string line;
+    std::size_t lastInk = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const auto point = codePointAt(text, position);
+        const bool isInk = !isLineEnd(point.value) && !isBlank(point.value);
+        if (isInk || (!line.empty() && !isLineEnd(point.value))) {
+            line += text.substr(position, point.length);
+        }
+        if (isInk) {
+            lastInk = line.size();
+        }
+        position += point.length;
+    }
+    line.resize(lastInk);
+    return line;
 }
 
 std::vector<std::string_view> characters(std::string_view text) {

@@ -144,6 +144,11 @@ bool TextField::insertText(const std::string& text) {
     return takeInput() && replaceCharacters(selection_, text);
 }
 
+bool TextField::paste(const std::string& text) {
+    const auto line = text::singleLine(text);
+    return !line.empty() && insertText(line);
+}
+
 bool TextField::deleteBackward() {
     const auto self = shared_from_this();
     if (!takeInput()) {

@@ -5,6 +5,7 @@
 #include "services/acquisition/facemap/facetec/UIStateManager.hpp"
 
 #include <kivo/platform/LinuxServices.hpp>
+#include <kivo/platform/Text.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -130,8 +131,10 @@ void Keys::press(platform::ViewController& screen, std::string_view key) {
     ASSERT_NE(field, nullptr) << "no field has the keyboard for \"" << key << '"';
     if (key == "<") {
         field->deleteBackward();
-    } else {
+    } else if (text::characterCount(key) == 1) {
         field->insertText(std::string{key});
+    } else {
+        field->paste(std::string{key});
     }
 }
 

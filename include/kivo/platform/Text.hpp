@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -22,5 +23,8 @@ KIVO_EXPORT std::size_t characterCount(std::string_view text);
 
 /// The characters, in order. The views point into `text`.
 KIVO_EXPORT std::vector<std::string_view> characters(std::string_view text);
+
+/// `text` as a field of one line takes it when it is pasted: without line ends and without blanks around the rest.
+KIVO_EXPORT std::string singleLine(std::string_view text);
 
 } // namespace kivo::text

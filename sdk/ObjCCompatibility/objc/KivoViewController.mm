@@ -98,11 +98,11 @@ struct KivoHostScreen final : kivo::platform::ViewController {
 }
 
 - (NSString*)title {
-    return kivo::objc::toText([self nativeViewController]->navigationItem()->title());
+    return kivo::objc::toText([self nativeViewController]->navigationItem() -> title());
 }
 
 - (void)setTitle:(NSString*)title {
-    [self nativeViewController]->navigationItem()->setTitle(kivo::objc::fromText(title));
+    [self nativeViewController]->navigationItem() -> setTitle(kivo::objc::fromText(title));
 }
 
 - (nullable KivoNavigationController*)navigationController {

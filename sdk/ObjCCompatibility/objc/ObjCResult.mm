@@ -85,8 +85,8 @@ NSString* const KivoErrorNameKey = @"KivoErrorName";
 KIVO_VALUE(@"errorName", @"message", @"code", @"genericMessage")
 
 - (NSString*)description {
-    return [NSString stringWithFormat:@"<ObjCError: %@, %ld, %@>", self.errorName, static_cast<long>(self.code),
-                                      self.message];
+    return [NSString
+        stringWithFormat:@"<ObjCError: %@, %ld, %@>", self.errorName, static_cast<long>(self.code), self.message];
 }
 
 - (NSError*)asNSError {

@@ -12,8 +12,8 @@ void refuse(Class kind, NSString* reason) {
 
 BOOL areEqual(id one, id other, NSArray* properties) {
     return one == other ||
-           ([other class] == [one class] && [[one dictionaryWithValuesForKeys:properties]
-                                                isEqual:[other dictionaryWithValuesForKeys:properties]]);
+           ([other class] == [one class] &&
+            [[one dictionaryWithValuesForKeys:properties] isEqual:[other dictionaryWithValuesForKeys:properties]]);
 }
 
 NSUInteger hash(id object, NSArray* properties) {

@@ -96,8 +96,8 @@ public:
     /// The delete key.
     virtual bool deleteBackward();
 
-    /// Pasting; the same as typing all at once.
-    bool paste(const std::string& text) { return insertText(text); }
+    /// Pasting: `text::singleLine` of `text`, typed all at once. False when nothing remains of the text.
+    bool paste(const std::string& text);
 
     /// The selected range; an empty range is the cursor. At first the end of the text.
     TextRange selection() const { return selection_; }
