@@ -115,6 +115,7 @@ void FieldEdit::apply(const QString& edited) {
     } else {
         field_->insertText(inserted);
     }
+    field_->scrollIntoView();
     pull();
     changed_();
 }
@@ -131,10 +132,9 @@ void FieldEdit::pushSelection() {
 
 void FieldEdit::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
-    if (!field_->isFirstResponder()) {
-        field_->becomeFirstResponder();
-        changed_();
-    }
+    field_->scrollIntoView();
+    field_->becomeFirstResponder();
+    changed_();
 }
 
 void FieldEdit::focusOutEvent(QFocusEvent* event) {
