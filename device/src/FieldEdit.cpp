@@ -142,7 +142,8 @@ void FieldEdit::focusOutEvent(QFocusEvent* event) {
     const bool isLeft = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (isLeft && field_->isFirstResponder()) {
         field_->resignFirstResponder();
-        changed_();
+        // Later: the focus is still on its way to the next widget.
+        QMetaObject::invokeMethod(this, [this] { changed_(); }, Qt::QueuedConnection);
     }
 }
 
