@@ -141,9 +141,8 @@ void FieldEdit::focusOutEvent(QFocusEvent* event) {
     QLineEdit::focusOutEvent(event);
     const bool isLeft = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (isLeft && field_->isFirstResponder()) {
+        // Without `changed_`: the focus is still on its way to the next widget, and would be taken back.
         field_->resignFirstResponder();
-        // Later: the focus is still on its way to the next widget.
-        QMetaObject::invokeMethod(this, [this] { changed_(); }, Qt::QueuedConnection);
     }
 }
 
