@@ -1,6 +1,7 @@
 #include "Host.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Label.hpp>
@@ -10,15 +11,17 @@
 #include <kivo/platform/ui/Storyboard.hpp>
 
 #include <utility>
+#include <vector>
 
 namespace kivo::device::app {
 
-/// The host's own start screen: a button for each call of the SDK, and a line for the latest outcome.
+/// The host's own start screen: a button for each call of the SDK, and a line for the latest success.
 class HomeScreen final : public platform::ViewController {
 public:
     void setTitle(const std::string& title);
     void add(const std::string& identifier, const std::string& title, std::function<void()> action);
     void say(const std::string& text);
+    void setColors(const HostColors& colors);
 
 protected:
     std::shared_ptr<platform::View> loadView() override;
@@ -26,7 +29,58 @@ protected:
 private:
     std::shared_ptr<platform::StackView> list_ = std::make_shared<platform::StackView>();
     std::shared_ptr<platform::Label> outcome_ = std::make_shared<platform::Label>();
+    std::vector<std::shared_ptr<platform::Button>> buttons_;
 };
+
+/// A veil over a screen, with a text and a turning wheel. The navigation bar stays free, so that a person can go back.
+class Host::Progress {
+public:
+    Progress(platform::View& screen, const std::string& text)
+        : veil_{std::make_shared<platform::View>()} {
+        const auto label = std::make_shared<platform::Label>();
+        label->setIdentifier("progress");
+        label->setText(text);
+        label->setTextColor(platform::Color::white());
+        label->setTextAlignment(platform::TextAlignment::center);
+        label->setFont(platform::FontMetrics::scaledFont(platform::Font::system(17)));
+        label->setAdjustsFontForContentSizeCategory(true);
+        const auto wheel =
+            std::make_shared<platform::ActivityIndicatorView>(platform::ActivityIndicatorView::Style::large);
+        wheel->setColor(platform::Color::white());
+        wheel->setAccessibilityLabel(text);
+        wheel->setPlacement({.top = 0, .centerX = 0});
+        wheel->startAnimating();
+        const auto row = std::make_shared<platform::View>();
+        row->addSubview(wheel);
+        const auto column = std::make_shared<platform::StackView>();
+        column->setSpacing(16);
+        column->setPlacement({.left = 20, .right = 20, .centerY = 0});
+        column->addSubview(row);
+        column->addSubview(label);
+        veil_->setBackgroundColor(platform::Color::white(0, 0.7));
+        veil_->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0, .ignoresSafeArea = true});
+        veil_->addSubview(column);
+        screen.addSubview(veil_);
+    }
+
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    ~Progress() { veil_->removeFromSuperview(); }
+
+private:
+    std::shared_ptr<platform::View> veil_;
+};
+
+namespace {
+
+bool isOfPerson(ResponseCode failure) {
+    using enum ResponseCode;
+    return failure == CANCELLED_BY_USER || failure == USER_CANCELLED || failure == BACK_NAVIGATION ||
+           failure == CANCELLED || failure == USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT;
+}
+
+} // namespace
 
 void HomeScreen::setTitle(const std::string& title) {
     navigationItem()->setTitle(title);
@@ -36,16 +90,25 @@ void HomeScreen::add(const std::string& identifier, const std::string& title, st
     const auto button = std::make_shared<platform::Button>();
     button->setIdentifier(identifier);
     button->setTitle(title);
-    button->setTextColor(platform::Color::systemBlue());
-    button->setBackgroundColor(platform::Color::white());
     button->changeLayer([](platform::Layer& layer) { layer.cornerRadius = 10; });
     button->setPlacement({.minimumHeight = 46});
     button->addAction(platform::ControlEvent::touchUpInside, [action = std::move(action)](const auto&) { action(); });
+    buttons_.push_back(button);
     list_->addSubview(button);
 }
 
 void HomeScreen::say(const std::string& text) {
     outcome_->setText(text);
+    outcome_->scrollIntoView();
+}
+
+void HomeScreen::setColors(const HostColors& colors) {
+    view()->setBackgroundColor(colors.background);
+    outcome_->setTextColor(colors.text);
+    for (const auto& button : buttons_) {
+        button->setTextColor(colors.tint);
+        button->setBackgroundColor(colors.button);
+    }
 }
 
 std::shared_ptr<platform::View> HomeScreen::loadView() {
@@ -61,7 +124,6 @@ std::shared_ptr<platform::View> HomeScreen::loadView() {
     scroll->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
     scroll->addSubview(list_);
     auto view = std::make_shared<platform::View>();
-    view->setBackgroundColor(platform::Color{.red = 0.95, .green = 0.95, .blue = 0.97});
     view->addSubview(scroll);
     return view;
 }
@@ -87,16 +149,23 @@ void Host::start() {
         };
     };
     home_->setTitle("Your application");
-    home_->add("enterCode", "Enter the activation code",
-               call([](Host& host) { host.acquire(AcquisitionObject::activationCode); }));
-    home_->add("readDocument", "Read a document", call([](Host& host) { host.acquire(AcquisitionObject::nfcScan); }));
-    home_->add("scanFace", "Scan the face", call([](Host& host) { host.acquire(AcquisitionObject::facemapScan); }));
-    home_->add("scanCard", "Scan another card", call([](Host& host) { host.acquire(AcquisitionObject::ocrScan); }));
+    home_->add("enterCode", "Enter the activation code", call([](Host& host) { host.enterCode(); }));
+    home_->add("readDocument", "Read a document",
+               call([](Host& host) { host.acquire(AcquisitionObject::nfcScan, "The document was read."); }));
+    home_->add("scanFace", "Scan the face",
+               call([](Host& host) { host.acquire(AcquisitionObject::facemapScan, "The face was scanned."); }));
+    home_->add("scanCard", "Scan another card",
+               call([](Host& host) { host.acquire(AcquisitionObject::ocrScan, "The card was scanned."); }));
     home_->add("update", "Update", call([](Host& host) {
-                   host.session_->update("inform", "The person is on the way", host.report("Update"));
+                   host.session_->update("inform", "The person is on the way",
+                                         host.request("Sending the update", "The service has the update."));
                }));
-    home_->add("status", "Status", call([](Host& host) { host.session_->status(host.report("Status")); }));
-    home_->add("commit", "Commit", call([](Host& host) { host.session_->commit(host.report("Commit")); }));
+    home_->add("status", "Status", call([](Host& host) {
+                   host.session_->status(host.request("Asking for the status", "The session is in order."));
+               }));
+    home_->add("commit", "Commit", call([](Host& host) {
+                   host.session_->commit(host.request("Completing the session", "The session is complete."));
+               }));
     home_->add("finish", "Show the closing screen", call([](Host& host) { host.showClosingScreen(); }));
     home_->add("reset", "Reset", call([](Host& host) {
                    host.session_->reset();
@@ -107,7 +176,13 @@ void Host::start() {
     session_->setContext(home_);
 }
 
-IdvCompletion Host::onMain(std::function<void(Host&, const IdvOutcome&)> then) {
+void Host::setColors(const HostColors& colors) {
+    home_->setColors(colors);
+    navigation_->setNavigationBarColors(colors.bar, colors.text);
+    navigation_->navigationBar()->setTintColor(colors.tint);
+}
+
+IdvCompletion Host::onMain(Step then) {
     return [weak = weak_from_this(), then = std::move(then)](const IdvOutcome& outcome) {
         platform::services().mainQueue->async([weak, then, outcome] {
             if (const auto self = weak.lock()) {
@@ -117,43 +192,61 @@ IdvCompletion Host::onMain(std::function<void(Host&, const IdvOutcome&)> then) {
     };
 }
 
-IdvCompletion Host::report(const std::string& what) {
-    return onMain([what](Host& host, const IdvOutcome& outcome) {
-        host.home_->say(outcome ? what + ": " + std::string{IdvEventsHelper::eventName((*outcome)->responseType())}
-                                : what + " failed: " + std::string{name(outcome.error())});
+void Host::acquire(AcquisitionObject object, const std::string& success) {
+    session_->acquire(object, config_, onMain([success](Host& host, const IdvOutcome& outcome) {
+                          if (outcome) {
+                              host.succeed(success);
+                          } else {
+                              host.tellFailure("That did not work", outcome.error());
+                          }
+                      }));
+}
+
+void Host::enterCode() {
+    session_->acquire(AcquisitionObject::activationCode, config_, onMain([](Host& host, const IdvOutcome& outcome) {
+                          if (outcome) {
+                              host.join((*outcome)->data());
+                          } else {
+                              host.tellFailure("That was no code", outcome.error());
+                          }
+                      }));
+}
+
+void Host::join(const std::string& code) {
+    session_->join(code, config_, request("Joining the session", "You have joined the session."));
+}
+
+IdvCompletion Host::request(const std::string& progress, const std::string& success) {
+    // The host holds the veil, because the last copy of a completion may end on the transport's thread.
+    const auto asking = navigation_->topViewController();
+    const auto veil = std::make_shared<const Progress>(*asking->view(), progress);
+    progress_.insert(veil);
+    return onMain([weakVeil = std::weak_ptr{veil}, weakAsking = std::weak_ptr{asking},
+                   success](Host& host, const IdvOutcome& outcome) {
+        host.progress_.erase(weakVeil.lock());
+        if (outcome && host.navigation_->topViewController() != weakAsking.lock()) {
+            // The person has gone on to another screen, which stays.
+            host.home_->say(success);
+        } else if (outcome) {
+            host.succeed(success);
+        } else {
+            host.tellFailure("That did not work", outcome.error());
+        }
     });
 }
 
-void Host::acquire(AcquisitionObject object) {
-    if (object == AcquisitionObject::activationCode) {
-        session_->acquire(object, config_,
-                          onMain([](Host& host, const IdvOutcome& outcome) { host.codeEntered(outcome); }));
-    } else {
-        session_->acquire(object, config_, report(std::string{AcquisitionObjectHelper::acquisitionObjectName(object)}));
-    }
+void Host::succeed(const std::string& text) {
+    navigation_->popToViewController(home_, /*animated=*/true);
+    home_->say(text);
 }
 
-void Host::codeEntered(const IdvOutcome& outcome) {
-    if (!outcome) {
-        if (outcome.error() != ResponseCode::CANCELLED_BY_USER) {
-            tell("That was no code", std::string{message(outcome.error())});
-        }
-        return;
+void Host::tellFailure(const std::string& title, ResponseCode failure) const {
+    if (!isOfPerson(failure)) {
+        tell(title, std::string{message(failure)});
     }
-    session_->join((*outcome)->data(), config_, onMain([](Host& host, const IdvOutcome& joined) {
-                       if (joined) {
-                           host.navigation_->popToViewController(host.home_, /*animated=*/true);
-                           host.home_->say("Joined.");
-                       } else {
-                           host.tell("Not joined", std::string{message(joined.error())});
-                       }
-                   }));
 }
 
 void Host::tell(const std::string& title, const std::string& message) const {
-    if (std::dynamic_pointer_cast<platform::AlertController>(navigation_->presentedViewController())) {
-        return;
-    }
     const auto alert = std::make_shared<platform::AlertController>(title, message);
     alert->addAction({.title = "OK"});
     navigation_->present(alert, /*animated=*/true);
@@ -165,7 +258,7 @@ void Host::showClosingScreen() {
     if (screen) {
         navigation_->present(*screen, /*animated=*/true);
     } else {
-        home_->say(screen.error());
+        tell("There is no closing screen", screen.error());
     }
 }
 

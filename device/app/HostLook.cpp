@@ -1,7 +1,5 @@
 #include "HostLook.hpp"
 
-#include <kivo/platform/ui/NavigationController.hpp>
-
 #include <map>
 #include <string>
 #include <utility>
@@ -26,19 +24,19 @@ const std::map<std::string, Color, std::less<>> darkColors{
 
 const std::vector<ThemePreset>& themePresets() {
     static const std::vector<ThemePreset> presets{
-        {"As it comes", [] { return std::make_shared<ThemeCustomization>(); }},
+        {"As it comes", [](bool) { return std::make_shared<ThemeCustomization>(); }},
         {"One field for the code",
-         [] {
+         [](bool) {
              auto theme = std::make_shared<ThemeCustomization>();
              theme->codeTextFieldStyle = CodeTextFieldStyle::single;
              return theme;
          }},
         {"Square and green",
-         [] {
+         [](bool isDark) {
              auto theme = std::make_shared<ThemeCustomization>();
              const Color green{.red = 0.05, .green = 0.42, .blue = 0.25};
              theme->primaryButtonCornerRadius = 4;
-             theme->screenTitleColor = green;
+             theme->screenTitleColor = isDark ? Color{.red = 0.45, .green = 0.85, .blue = 0.62} : green;
              theme->codeScreenScanQRButtonBackgroundColor = green;
              theme->qrScanScreenEnterManuallyButtonBackgroundColor = green;
              theme->faceScanIntroNextButtonBackgroundColor = green;
@@ -46,7 +44,7 @@ const std::vector<ThemePreset>& themePresets() {
              return theme;
          }},
         {"Any reading size",
-         [] {
+         [](bool) {
              auto theme = std::make_shared<ThemeCustomization>();
              theme->minimumContentSizeCategoryLimit = platform::ContentSizeCategory::extraSmall;
              theme->maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge;
@@ -104,13 +102,29 @@ std::shared_ptr<platform::Bundle> HostLook::colored(const std::shared_ptr<platfo
 
 void HostLook::dress(platform::Window& window) const {
     const auto screen = window.visibleViewController();
-    const auto navigation = screen ? screen->navigationController() : nullptr;
-    if (!*isDark_ || !screen || (navigation && navigation->viewControllers().front() == screen)) {
-        return;
-    }
-    if (screen->view()->backgroundColor() == Color::white()) {
+    if (*isDark_ && screen && screen->storyboard() && screen->view()->backgroundColor() == Color::white()) {
         screen->view()->setBackgroundColor(darkBackground);
     }
+}
+
+HostColors HostLook::colors() {
+    const auto bundle = main();
+    const auto named = [&](std::string_view name, const Color& otherwise) {
+        return bundle ? bundle->color(name).value_or(otherwise) : otherwise;
+    };
+    const auto tint = named("Kivo.PrimaryColor", Color::systemBlue());
+    if (*isDark_) {
+        return {.background = darkBackground,
+                .text = Color::white(0.93),
+                .button = Color::white(0.17),
+                .bar = {.red = 0.12, .green = 0.13, .blue = 0.16},
+                .tint = tint};
+    }
+    return {.background = {.red = 0.95, .green = 0.95, .blue = 0.97},
+            .text = Color::black(),
+            .button = Color::white(),
+            .bar = Color::white(1, 0.92),
+            .tint = tint};
 }
 
 std::shared_ptr<platform::Bundle> HostLook::main() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Host.hpp"
+
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/Bundle.hpp>
 #include <kivo/platform/ui/Window.hpp>
@@ -16,7 +18,7 @@ namespace kivo::device::app {
 /// A theme that a host might have.
 struct ThemePreset {
     const char* name;
-    std::shared_ptr<ThemeCustomization> (*make)();
+    std::shared_ptr<ThemeCustomization> (*make)(bool isDark);
 };
 
 const std::vector<ThemePreset>& themePresets();
@@ -29,7 +31,13 @@ public:
 
     void setDark(bool dark) { *isDark_ = dark; }
 
-    /// Gives the topmost screen the dark background, for which there is no named colour.
+    bool isDark() const { return *isDark_; }
+
+    /// The colours of the host's own screen. The tint is the one that the SDK's screens give the navigation bar.
+    HostColors colors();
+
+    /// Gives the topmost screen the dark background, for which there is no named colour. A vendor's screen, which comes
+    /// from no storyboard, keeps its own colours.
     void dress(platform::Window& window) const;
 
     std::shared_ptr<platform::Bundle> main() override;

@@ -87,7 +87,6 @@ Records::Records(QWidget* parent)
     log->setAccessibleName("Log");
     log->setReadOnly(true);
     log->setMaximumBlockCount(mostLogLines);
-    log->setLineWrapMode(QPlainTextEdit::NoWrap);
     log->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     log_ = log.get();
     addTab(log.release(), "Log");

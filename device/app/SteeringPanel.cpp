@@ -1,14 +1,15 @@
 #include "SteeringPanel.hpp"
 
+#include <QAbstractItemView>
 #include <QBoxLayout>
 #include <QCheckBox>
-#include <QComboBox>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFormLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <memory>
@@ -19,6 +20,8 @@ namespace kivo::device::app {
 namespace {
 
 using namespace std::chrono_literals;
+
+constexpr auto refreshInterval = 200ms;
 
 /// A new widget at the end of a layout, whose parent owns the widget.
 template <class Widget, class... Arguments>
@@ -88,6 +91,39 @@ SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
     addLook(add<QGroupBox>(*layout, "How the phone and the host look"));
     layout->addStretch();
     setLayout(layout.release());
+    for (auto* const chooser : findChildren<QWidget*>()) {
+        if (qobject_cast<QComboBox*>(chooser) != nullptr || qobject_cast<QSlider*>(chooser) != nullptr) {
+            chooser->installEventFilter(this);
+        }
+    }
+    connect(&refreshing_, &QTimer::timeout, this, &SteeringPanel::refresh);
+    refreshing_.start(refreshInterval);
+    refresh();
+}
+
+bool SteeringPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Wheel) {
+        // The wheel scrolls the panel, and does not choose under way.
+        event->ignore();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void SteeringPanel::refresh() {
+    QStringList faults;
+    for (const auto& [endpoint, fault, callsLeft] : steered_.service->pendingFaults()) {
+        const auto& all = simulator::namedFaults();
+        const auto known = std::ranges::find(all, fault, &simulator::NamedFault::fault);
+        const bool meetsAll = fault.kind() == simulator::Fault::Kind::certificate;
+        faults.append((meetsAll ? QString{"everywhere"} : QString::fromUtf8(simulator::name(endpoint))) + ": " +
+                      (known == all.end() ? QString{"a fault"} : QString::fromUtf8(known->name)) +
+                      (callsLeft ? ", once" : ""));
+    }
+    faults_->setText(faults.isEmpty() ? QString{"behaves"} : faults.join('\n'));
+    if (steered_.readID->planned() == 0 && !nextDocument_->view()->isVisible()) {
+        nextDocument_->setCurrentIndex(0);
+    }
 }
 
 void SteeringPanel::addService(QGroupBox& box) {
@@ -109,20 +145,16 @@ void SteeringPanel::addService(QGroupBox& box) {
     inject.setAccessibleName(inject.text());
     auto& clear = addRow<QPushButton>(*form, "", "Behave again");
     clear.setAccessibleName(clear.text());
-    auto& state = addRow<QLabel>(*form, "Now", "behaves");
-    connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once, &state] {
-        const auto& chosen = simulator::namedFaults().at(static_cast<std::size_t>(fault.currentIndex()));
-        // A certificate belongs to a connection, over which any endpoint may be called.
-        const bool meetsAll = chosen.fault.kind() == simulator::Fault::Kind::certificate;
-        const bool isOnce = once.isChecked() && !meetsAll;
+    faults_ = &addRow<QLabel>(*form, "Now");
+    connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once] {
         steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
-                                 chosen.fault, isOnce ? simulator::Calls::only(1) : simulator::Calls::all());
-        state.setText((meetsAll ? QString{"everywhere"} : endpoint.currentText()) + ": " +
-                      QString::fromUtf8(chosen.name) + (isOnce ? ", once" : ""));
+                                 simulator::namedFaults().at(static_cast<std::size_t>(fault.currentIndex())).fault,
+                                 once.isChecked() ? simulator::Calls::only(1) : simulator::Calls::all());
+        refresh();
     });
-    connect(&clear, &QPushButton::clicked, this, [this, &state] {
+    connect(&clear, &QPushButton::clicked, this, [this] {
         steered_.service->clearFaults();
-        state.setText("behaves");
+        refresh();
     });
     box.setLayout(form.release());
 }
@@ -163,11 +195,12 @@ void SteeringPanel::addCamera(QGroupBox& box) {
 void SteeringPanel::addVendors(QGroupBox& box) {
     auto form = std::make_unique<QFormLayout>();
     auto& reading = addRow<QComboBox>(*form, "Next document");
+    nextDocument_ = &reading;
     for (const auto& each : readings) {
         reading.addItem(each.name);
     }
     connect(&reading, &QComboBox::activated, this,
-            [this](int index) { steered_.readID->next(readings.at(static_cast<std::size_t>(index)).make()); });
+            [this](int index) { steered_.readID->plan({readings.at(static_cast<std::size_t>(index)).make()}); });
     auto& scan = addRow<QComboBox>(*form, "Face and card");
     for (const auto& each : scans) {
         scan.addItem(each.name);
@@ -210,11 +243,11 @@ void SteeringPanel::addLook(QGroupBox& box) {
     dark.setAccessibleName(dark.text());
     const auto apply = [this, &theme, &dark] {
         steered_.look->setDark(dark.isChecked());
-        steered_.setTheme(themePresets().at(static_cast<std::size_t>(theme.currentIndex())).make());
+        steered_.setLook(themePresets().at(static_cast<std::size_t>(theme.currentIndex())).make(dark.isChecked()));
     };
     connect(&theme, &QComboBox::currentIndexChanged, this, apply);
     connect(&dark, &QCheckBox::toggled, this, apply);
-    addRow<QLabel>(*form, "", "Theme and colours apply from the next screen on.");
+    addRow<QLabel>(*form, "", "The SDK's screens change from the next screen on.");
     box.setLayout(form.release());
 }
 

@@ -18,7 +18,9 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QPointer>
+#include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSplitter>
 #include <cstdlib>
@@ -32,15 +34,37 @@ using namespace kivo;
 using namespace kivo::device::app;
 
 /// The phone on a darker ground that shows its edges, in a scroll area for displays that are lower than the phone.
-std::unique_ptr<QWidget> makePhone(const std::shared_ptr<platform::Window>& window) {
+/// Qt's tree of widgets owns both.
+QWidget* scrolledPhone(device::PhoneView* phone) {
     auto area = std::make_unique<QScrollArea>();
     area->setAlignment(Qt::AlignCenter);
     area->setFrameShape(QFrame::NoFrame);
     area->viewport()->setBackgroundRole(QPalette::Mid);
     area->viewport()->setAutoFillBackground(true);
-    area->setWidget(std::make_unique<device::PhoneView>(window).release());
-    area->setMinimumWidth(static_cast<int>(window->frame().size.width) + 20);
-    return area;
+    area->setWidget(phone);
+    area->setMinimumWidth(phone->width() + 20);
+    // When the phone has moved its focus, and perhaps scrolled, the area follows.
+    QObject::connect(
+        qApp, &QApplication::focusChanged, area.get(),
+        [area = area.get(), phone] {
+            auto* const focused = QApplication::focusWidget();
+            if (focused != nullptr && focused != phone && phone->isAncestorOf(focused)) {
+                area->ensureWidgetVisible(focused);
+            }
+        },
+        Qt::QueuedConnection);
+    return area.release();
+}
+
+/// The panel in a scroll area, as wide as the panel needs.
+QWidget* scrolled(std::unique_ptr<SteeringPanel> panel) {
+    auto area = std::make_unique<QScrollArea>();
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setMinimumWidth(panel->minimumSizeHint().width() + area->verticalScrollBar()->sizeHint().width());
+    area->setWidget(panel.release());
+    return area.release();
 }
 
 /// Shows every request on this thread. The service records requests on threads of its own.
@@ -94,17 +118,19 @@ int show(const std::string& version, const program::TemporaryFolder& folder) {
 
     QSplitter top;
     top.setWindowTitle("Kivo device");
-    top.addWidget(makePhone(window).release());
+    auto* const phone = std::make_unique<device::PhoneView>(window).release();
+    top.addWidget(scrolledPhone(phone));
     auto side = std::make_unique<QSplitter>(Qt::Vertical);
-    side->addWidget(
-        std::make_unique<SteeringPanel>(Steered{.window = window,
-                                                .service = service,
-                                                .camera = camera,
-                                                .readID = readID,
-                                                .faceTec = faceTec,
-                                                .look = look,
-                                                .setTheme = [host](const auto& theme) { host->setTheme(theme); }})
-            .release());
+    side->addWidget(scrolled(std::make_unique<SteeringPanel>(Steered{.window = window,
+                                                                     .service = service,
+                                                                     .camera = camera,
+                                                                     .readID = readID,
+                                                                     .faceTec = faceTec,
+                                                                     .look = look,
+                                                                     .setLook = [host, look](const auto& theme) {
+                                                                         host->setTheme(theme);
+                                                                         host->setColors(look->colors());
+                                                                     }})));
     auto records = std::make_unique<Records>();
     showRequests(*service, records.get());
     StandardOutput output{[log = QPointer{records.get()}](const QString& line) {
@@ -115,12 +141,15 @@ int show(const std::string& version, const program::TemporaryFolder& folder) {
     side->addWidget(records.release());
     top.addWidget(side.release());
     host->start();
-    host->setTheme(themePresets().front().make());
+    host->setTheme(themePresets().front().make(look->isDark()));
+    host->setColors(look->colors());
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &top,
                      [&] { look->dress(*window); });
     const QShortcut quit{QKeySequence{QKeySequence::Quit}, &top, [&top] { top.close(); }};
-    top.resize(1000, 900);
+    // Room for the frame that a window manager draws.
+    top.resize(QSize{1000, 900}.boundedTo(top.screen()->availableSize() - QSize{20, 60}));
     top.show();
+    phone->setFocus();
     const int result = QApplication::exec();
     service->onRequest({});
     if (const auto problem = output.finish(); !problem.empty()) {

@@ -4,7 +4,6 @@
 
 #include <kivo/platform/Text.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
-#include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/PreviewView.hpp>
 #include <kivo/platform/ui/TextView.hpp>
@@ -48,6 +47,11 @@ QImage tinted(const QImage& picture, const QColor& color) {
     return result;
 }
 
+/// The picture as `view` shows it.
+QImage pictureOf(const platform::Image& image, const platform::View& view) {
+    return image.isTemplate ? tinted(decoded(image), templateColor(view)) : decoded(image);
+}
+
 /// The largest rectangle with the proportions of `size`, in the middle of `area`.
 QRectF fitted(QSizeF size, const QRectF& area) {
     size.scale(area.size(), Qt::KeepAspectRatio);
@@ -72,7 +76,7 @@ void drawLabel(QPainter& painter, const platform::Label& label) {
 
 void drawButton(QPainter& painter, const platform::Button& button) {
     const auto area = bounds(button);
-    const auto tint = toQt(isTinted(button) ? button.tintColor().value_or(Color::systemBlue()) : button.textColor());
+    const auto color = titleColor(button);
     painter.setOpacity(painter.opacity() * (button.isEnabled() ? 1 : disabledOpacity));
     if (const auto& background = button.backgroundImage()) {
         painter.drawImage(area, decoded(*background));
@@ -87,12 +91,11 @@ void drawButton(QPainter& painter, const platform::Button& button) {
                             : imageSpacing + measureText(title, font, area.width() - size.width() - imageSpacing).width;
         const QRectF place{area.x() + (area.width() - size.width() - titleWidth) / 2, area.y(), size.width(),
                            area.height()};
-        const auto picture = decoded(*image);
         painter.drawImage(fitted(size.boundedTo(area.size()), place),
-                          isTinted(button) ? tinted(picture, tint) : picture);
+                          isTinted(button) ? tinted(decoded(*image), color) : pictureOf(*image, button));
         titleArea = {place.right() + imageSpacing, area.y(), std::max(titleWidth - imageSpacing, 0.0), area.height()};
     }
-    painter.setPen(tint);
+    painter.setPen(color);
     const auto alignment = button.textAlignment() == platform::TextAlignment::natural ? Qt::Alignment{Qt::AlignHCenter}
                                                                                       : toQt(button.textAlignment());
     drawText(painter, titleArea, toQt(button.title()), toQt(button.shownFont()), alignment | Qt::AlignVCenter);
@@ -134,7 +137,7 @@ void drawField(QPainter& painter, const platform::TextField& field) {
 
 void drawImage(QPainter& painter, const platform::ImageView& view) {
     if (const auto& image = view.image()) {
-        const auto picture = decoded(*image);
+        const auto picture = pictureOf(*image, view);
         painter.drawImage(fitted(picture.size(), bounds(view)), picture);
     }
 }
@@ -175,6 +178,14 @@ void drawPreview(QPainter& painter, const platform::PreviewView& view) {
 }
 
 } // namespace
+
+QColor titleColor(const platform::Button& button) {
+    return toQt(isTinted(button) ? button.tintColor().value_or(Color::systemBlue()) : button.textColor());
+}
+
+QColor templateColor(const platform::View& view) {
+    return toQt(view.tintColor().value_or(Color::black()));
+}
 
 QRectF textArea(const platform::TextField& field) {
     const auto widthOf = [](const auto& view) { return view ? view->frame().size.width : 0; };

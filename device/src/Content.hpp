@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/platform/ui/View.hpp>
 
@@ -19,6 +20,12 @@ struct DrawState {
 
 /// Draws a view's text, image or indicator, in the view's own coordinates.
 void drawContent(QPainter& painter, platform::View& view, const DrawState& state);
+
+/// The colour of a button's title.
+QColor titleColor(const platform::Button& button);
+
+/// The colour of a picture that gives only a shape.
+QColor templateColor(const platform::View& view);
 
 /// The area of a field's text, in the field's own coordinates.
 QRectF textArea(const platform::TextField& field);

@@ -42,6 +42,14 @@ void collect(const std::shared_ptr<View>& view, Views& found) {
     }
 }
 
+Views reachable(const platform::Window& window) {
+    Views found;
+    for (const auto& view : window.reachableViews()) {
+        collect(view, found);
+    }
+    return found;
+}
+
 std::string nameOf(const View& view) {
     if (auto label = view.accessibilityLabel(); !label.empty()) {
         return label;
@@ -98,14 +106,15 @@ void makeElementsAccessible() {
 
 ButtonControl::ButtonControl(std::shared_ptr<View> view, std::function<void()> changed, QWidget* parent)
     : QPushButton{parent}
-    , view_{std::move(view)} {
+    , view_{std::move(view)}
+    , changed_{std::move(changed)} {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     // A tap on a button leaves the keyboard with the field.
     setFocusPolicy(Qt::TabFocus);
-    connect(this, &QPushButton::clicked, this, [this, changed = std::move(changed)] {
+    connect(this, &QPushButton::clicked, this, [this] {
         const auto touched = view_;
         touched->touch();
-        changed();
+        changed_();
     });
 }
 
@@ -131,6 +140,12 @@ void ButtonControl::keyPressEvent(QKeyEvent* event) {
         return;
     }
     QPushButton::keyPressEvent(event);
+}
+
+void ButtonControl::focusInEvent(QFocusEvent* event) {
+    QPushButton::focusInEvent(event);
+    view_->scrollIntoView();
+    changed_();
 }
 
 ReadableElement::ReadableElement(AccessibilityRole role, QWidget* parent)
@@ -163,17 +178,31 @@ std::unique_ptr<QWidget> Controls::make(const std::shared_ptr<View>& view) {
 }
 
 void Controls::remove(Control& control) {
-    if (control.widget->hasFocus()) {
-        phone_.setFocus();
-    }
+    keepFocus(*control.widget, false);
     control.widget->hide();
     // Deleted later: an event of this widget may have removed the view.
     control.widget.release()->deleteLater();
 }
 
+void Controls::keepFocus(const QWidget& widget, bool canHaveFocus) {
+    if (!canHaveFocus && isFocused(widget)) {
+        // Otherwise Qt passes the focus to any widget of the host's window.
+        phone_.setFocus();
+    }
+}
+
+bool Controls::isFocused(const QWidget& widget) const {
+    return phone_.window()->focusWidget() == &widget;
+}
+
+bool Controls::hasKeyboard() const {
+    const auto* const focused = phone_.window()->focusWidget();
+    return focused == nullptr || focused == &phone_ || phone_.isAncestorOf(focused);
+}
+
 void Controls::place(View& view, QWidget& widget) {
     auto area = visiblePart(view);
-    if (const auto* edit = dynamic_cast<FieldEdit*>(&widget)) {
+    if (const auto* edit = dynamic_cast<FieldEdit*>(&widget); edit != nullptr && !area.isEmpty()) {
         const auto text = textArea(*edit->field()).translated(toQt(view.frameOnScreen()).topLeft());
         area = text.adjusted(-editMargin, 0, editMargin, 0);
     }
@@ -188,10 +217,7 @@ void Controls::place(View& view, QWidget& widget) {
 }
 
 void Controls::synchronize(platform::Window& window, bool fieldsPaint) {
-    Views wanted;
-    for (const auto& view : window.reachableViews()) {
-        collect(view, wanted);
-    }
+    const auto wanted = reachable(window);
     for (auto entry = controls_.begin(); entry != controls_.end();) {
         const auto view = entry->second.view.lock();
         if (!view || std::ranges::find(wanted, view) == wanted.end()) {
@@ -201,46 +227,84 @@ void Controls::synchronize(platform::Window& window, bool fieldsPaint) {
             ++entry;
         }
     }
-    QWidget* former = nullptr;
+    QWidget* former = &phone_;
     for (const auto& view : wanted) {
         auto& control = controls_[view.get()];
-        const bool isNew = control.widget == nullptr;
-        if (isNew) {
+        if (control.widget == nullptr) {
             control = {.view = view, .widget = make(view)};
         }
         auto& widget = *control.widget;
         const auto part = visiblePart(*view);
         place(*view, widget);
-        const auto covered = isControl(view->accessibilityRole()) && isCovered(window, *view, part);
-        widget.setEnabled(!isControl(view->accessibilityRole()) || view->isReachable());
+        const bool operable = isControl(view->accessibilityRole());
+        const bool covered = operable && !part.isEmpty() && isCovered(window, *view, part);
+        // The focus can go to a control that is scrolled away, which then scrolls into view.
+        const bool visible = !covered && (!part.isEmpty() || (operable && isInScrollView(*view)));
         if (auto* edit = dynamic_cast<FieldEdit*>(&widget)) {
             edit->pull();
-            edit->setPaintsItself(fieldsPaint && !covered);
-            widget.setVisible(!part.isEmpty());
-        } else {
-            widget.setVisible(!part.isEmpty() && !covered);
+            // The tree draws what is covered or cut off.
+            edit->setPaintsItself(fieldsPaint && !covered && part == toQt(view->frameOnScreen()));
         }
-        if (isNew && former != nullptr) {
+        const bool enabled = !operable || view->isReachable();
+        keepFocus(widget, visible && enabled);
+        widget.setEnabled(enabled);
+        widget.setVisible(visible);
+        // Qt leaves the order as it is where one of the two takes no focus.
+        if (widget.focusPolicy() != Qt::NoFocus) {
             QWidget::setTabOrder(former, &widget);
+            former = &widget;
         }
-        former = &widget;
     }
-    moveFocus();
+    if (hasKeyboard()) {
+        moveFocus(wanted);
+    }
 }
 
-void Controls::moveFocus() {
-    const auto responder = std::dynamic_pointer_cast<platform::TextField>(platform::Keyboard::firstResponder());
-    if (auto* const edit = responder ? editOf(*responder) : nullptr) {
-        if (!edit->hasFocus()) {
-            edit->setFocus(Qt::OtherFocusReason);
+bool Controls::moveFocusToAlert(const Views& views) {
+    const auto alert = std::ranges::find(views, AccessibilityRole::alert, &View::accessibilityRole);
+    if (alert == views.end()) {
+        return false;
+    }
+    QWidget* first = nullptr;
+    for (const auto& view : views) {
+        auto* const widget = controls_.at(view.get()).widget.get();
+        if (view->accessibilityRole() == AccessibilityRole::button && view->isDescendantOf(**alert)) {
+            if (isFocused(*widget)) {
+                return true;
+            }
+            first = first == nullptr ? widget : first;
         }
+    }
+    if (first != nullptr) {
+        first->setFocus(Qt::OtherFocusReason);
+    }
+    return true;
+}
+
+void Controls::moveFocus(const Views& views) {
+    if (moveFocusToAlert(views)) {
         return;
     }
-    for (const auto& [view, control] : controls_) {
-        if (control.widget->hasFocus() && dynamic_cast<FieldEdit*>(control.widget.get()) != nullptr) {
-            phone_.setFocus();
+    const auto responder = std::dynamic_pointer_cast<platform::TextField>(platform::Keyboard::firstResponder());
+    auto* const edit = responder ? editOf(*responder) : nullptr;
+    if (edit != nullptr && edit->isVisibleTo(&phone_)) {
+        if (!isFocused(*edit)) {
+            edit->setFocus(Qt::OtherFocusReason);
+        }
+    } else if (dynamic_cast<FieldEdit*>(phone_.window()->focusWidget()) != nullptr) {
+        phone_.setFocus();
+    }
+}
+
+FieldEdit* Controls::firstEdit(const platform::Window& window) const {
+    for (const auto& view : reachable(window)) {
+        const auto field = std::dynamic_pointer_cast<platform::TextField>(view);
+        auto* const edit = field && field->canBecomeFirstResponder() ? editOf(*field) : nullptr;
+        if (edit != nullptr && edit->isVisibleTo(&phone_)) {
+            return edit;
         }
     }
+    return nullptr;
 }
 
 FieldEdit* Controls::editOf(const platform::TextField& field) const {

@@ -22,9 +22,11 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
 
 private:
     std::shared_ptr<platform::View> view_;
+    std::function<void()> changed_;
 };
 
 /// A view of the tree that can be read but not operated.
@@ -48,9 +50,13 @@ public:
     Controls& operator=(const Controls&) = delete;
     ~Controls();
 
-    /// Updates the widgets and the focus from the tree. A covered field stops painting itself; with `fieldsPaint` false
-    /// all fields stop.
+    /// Updates the widgets and the focus from the tree. The focus stays in the phone when its widget leaves, and an
+    /// alert takes the focus; a focus elsewhere in the host's window stays there. With `fieldsPaint` false no field
+    /// paints itself.
     void synchronize(platform::Window& window, bool fieldsPaint);
+
+    /// The line edit of the topmost field that a person can reach; null without such a field.
+    FieldEdit* firstEdit(const platform::Window& window) const;
 
     FieldEdit* editOf(const platform::TextField& field) const;
 
@@ -70,7 +76,13 @@ private:
     std::unique_ptr<QWidget> make(const std::shared_ptr<platform::View>& view);
     void remove(Control& control);
     void place(platform::View& view, QWidget& widget);
-    void moveFocus();
+    /// Gives the focus to the phone if `widget` has the focus and cannot keep it.
+    void keepFocus(const QWidget& widget, bool canHaveFocus);
+    bool isFocused(const QWidget& widget) const;
+    /// Whether the keyboard's input goes to the phone, and not to another part of the host's window.
+    bool hasKeyboard() const;
+    void moveFocus(const std::vector<std::shared_ptr<platform::View>>& views);
+    bool moveFocusToAlert(const std::vector<std::shared_ptr<platform::View>>& views);
 
     QWidget& phone_;
     std::function<void()> changed_;

@@ -112,6 +112,15 @@ bool clips(const platform::View& view) {
     return view.layer().masksToBounds || dynamic_cast<const platform::ScrollView*>(&view) != nullptr;
 }
 
+bool isInScrollView(const platform::View& view) {
+    for (auto around = view.superview(); around; around = around->superview()) {
+        if (std::dynamic_pointer_cast<platform::ScrollView>(around)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 QRectF visiblePart(const platform::View& view) {
     auto part = toQt(view.frameOnScreen());
     for (auto around = view.superview(); around; around = around->superview()) {

@@ -18,6 +18,9 @@ void drawTree(QPainter& painter, platform::View& view, const DrawState& state);
 /// Whether the view cuts off the parts of its subviews that lie outside it.
 bool clips(const platform::View& view);
 
+/// Whether a view can be out of sight because it is scrolled away.
+bool isInScrollView(const platform::View& view);
+
 /// The part of a view that no view around it cuts off, on the display.
 QRectF visiblePart(const platform::View& view);
 

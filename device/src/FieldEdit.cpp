@@ -117,6 +117,7 @@ void FieldEdit::apply(const QString& edited) {
     } else {
         field_->paste(inserted); // no key brings more than a character at once
     }
+    field_->scrollIntoView();
     pull();
     changed_();
 }
@@ -133,18 +134,17 @@ void FieldEdit::pushSelection() {
 
 void FieldEdit::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
-    if (!field_->isFirstResponder()) {
-        field_->becomeFirstResponder();
-        changed_();
-    }
+    field_->scrollIntoView();
+    field_->becomeFirstResponder();
+    changed_();
 }
 
 void FieldEdit::focusOutEvent(QFocusEvent* event) {
     QLineEdit::focusOutEvent(event);
     const bool isLeft = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (isLeft && field_->isFirstResponder()) {
+        // Without `changed_`: the focus is still on its way to the next widget, and would be taken back.
         field_->resignFirstResponder();
-        changed_();
     }
 }
 

@@ -75,10 +75,13 @@ void Finger::release(platform::Window& window, QMouseEvent& event) {
     }
 }
 
-void Finger::wheel(platform::Window& window, QPointF position, double distance) {
-    if (const auto scroll = scrollAround(window.hitTest({position.x(), position.y()}))) {
-        scroll->setContentOffset(scroll->contentOffset() - distance);
+bool Finger::wheel(platform::Window& window, QPointF position, double distance) {
+    const auto scroll = scrollAround(window.hitTest({position.x(), position.y()}));
+    const auto former = scroll ? scroll->contentOffset() : 0;
+    if (scroll) {
+        scroll->setContentOffset(former - distance);
     }
+    return scroll && scroll->contentOffset() != former;
 }
 
 void Finger::pass(QMouseEvent& event) {

@@ -22,7 +22,8 @@ public:
     void press(platform::Window& window, QMouseEvent& event, const std::function<void()>& synchronize);
     void move(QMouseEvent& event);
     void release(platform::Window& window, QMouseEvent& event);
-    static void wheel(platform::Window& window, QPointF position, double distance);
+    /// Returns whether something was scrolled.
+    static bool wheel(platform::Window& window, QPointF position, double distance);
 
 private:
     /// Passes the event to the line edit in which the press began.

@@ -6,11 +6,13 @@
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
-#include <kivo/platform/ui/ScrollView.hpp>
 
+#include <QColor>
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 namespace kivo::device {
 namespace {
@@ -20,6 +22,8 @@ using platform::View;
 
 /// Some lengths are rounded.
 constexpr double tolerance = 1;
+/// The least that the guidelines for accessible pages ask for, for large letters and for symbols.
+constexpr double leastContrast = 3;
 
 struct Seen {
     std::shared_ptr<View> view;
@@ -55,15 +59,6 @@ std::string named(const View& view) {
     return "\"" + (view.identifier().empty() ? view.shownText() : view.identifier()) + "\"";
 }
 
-bool isInScrollView(const View& view) {
-    for (auto around = view.superview(); around; around = around->superview()) {
-        if (std::dynamic_pointer_cast<platform::ScrollView>(around)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 bool fits(Size size, const QRectF& room) {
     return size.width <= room.width() + tolerance && size.height <= room.height() + tolerance;
 }
@@ -83,6 +78,56 @@ bool textFits(const View& view) {
         return fits(measureText(sample, shownFont(*field), 1e6), textArea(*field));
     }
     return true;
+}
+
+/// `over` as it looks on `ground`.
+QColor blended(const QColor& over, const QColor& ground) {
+    const auto mix = [&](float front, float back) { return front * over.alphaF() + back * (1 - over.alphaF()); };
+    return QColor::fromRgbF(mix(over.redF(), ground.redF()), mix(over.greenF(), ground.greenF()),
+                            mix(over.blueF(), ground.blueF()));
+}
+
+/// The colour behind a view's content, by the backgrounds of the view and of the views around.
+QColor groundOf(const View& view) {
+    const auto around = view.superview();
+    const auto behind = around ? groundOf(*around) : QColor{Qt::white};
+    return view.backgroundColor() ? blended(toQt(*view.backgroundColor()), behind) : behind;
+}
+
+/// The colour of a view's text or of its picture's shape; absent for other content.
+std::optional<QColor> inkOf(const View& view) {
+    if (const auto* label = dynamic_cast<const platform::Label*>(&view)) {
+        return toQt(label->textColor());
+    }
+    if (const auto* button = dynamic_cast<const platform::Button*>(&view);
+        button && !button->title().empty() && !button->backgroundImage()) {
+        return titleColor(*button);
+    }
+    if (const auto* field = dynamic_cast<const platform::TextField*>(&view)) {
+        return field->text().empty() ? placeholderColor(*field) : toQt(field->textColor());
+    }
+    if (const auto* image = dynamic_cast<const platform::ImageView*>(&view); image && image->image()->isTemplate) {
+        return templateColor(view);
+    }
+    return std::nullopt;
+}
+
+/// The relative luminance in the sense of the Web Content Accessibility Guidelines.
+double luminance(const QColor& color) {
+    const auto linear = [](double level) {
+        return level <= 0.04045 ? level / 12.92 : std::pow((level + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+bool contrasts(const View& view) {
+    const auto ink = inkOf(view);
+    if (!ink) {
+        return true;
+    }
+    const auto ground = groundOf(view);
+    const auto [darker, lighter] = std::minmax({luminance(ground), luminance(blended(*ink, ground))});
+    return (lighter + 0.05) / (darker + 0.05) >= leastContrast;
 }
 
 } // namespace
@@ -106,6 +151,9 @@ std::vector<std::string> layoutFaults(platform::Window& window) {
         }
         if (!textFits(*view)) {
             faults.push_back(named(*view) + " is too small for its text");
+        }
+        if (!contrasts(*view)) {
+            faults.push_back(named(*view) + " hardly differs from its background");
         }
         seen.push_back({view, part});
     };

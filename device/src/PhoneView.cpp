@@ -5,10 +5,12 @@
 
 #include <kivo/device/PhoneView.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/PreviewView.hpp>
 
 #include <QAbstractEventDispatcher>
-#include <QGuiApplication>
+#include <QApplication>
+#include <QKeyEvent>
 #include <QPaintEvent>
 #include <QTimer>
 #include <QVariantAnimation>
@@ -21,7 +23,8 @@ namespace {
 constexpr int turnInterval = 33; // milliseconds
 constexpr double turnStep = 1 / 30.0;
 constexpr int transitionTime = 280; // milliseconds
-constexpr double wheelDegree = 8;   // Qt counts a wheel's angle in eighths of a degree
+constexpr double wheelNotch = 120;  // the usual step of a wheel, in eighths of a degree
+constexpr double lineHeight = 20;   // of the lines by which a wheel scrolls, as in Qt's own scroll areas
 
 /// Calls `visit` for every view that changes its look without a notice: turning activity indicators and camera
 /// pictures.
@@ -37,6 +40,13 @@ void eachMoving(platform::View& view, const std::function<void(platform::View&)>
     for (const auto& subview : view.subviews()) {
         eachMoving(*subview, visit);
     }
+}
+
+/// Whether the key puts a text into a field.
+bool isTyping(const QKeyEvent& event) {
+    const bool isShortcut = (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0;
+    return event.matches(QKeySequence::Paste) ||
+           (!isShortcut && !event.text().isEmpty() && event.text().front().isPrint());
 }
 
 } // namespace
@@ -260,7 +270,26 @@ void PhoneView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void PhoneView::wheelEvent(QWheelEvent* event) {
-    Finger::wheel(*state_->window, event->position(), event->angleDelta().y() / wheelDegree);
+    // A touch pad gives a distance, a wheel gives an angle.
+    const auto distance = event->pixelDelta().isNull()
+                              ? event->angleDelta().y() / wheelNotch * QApplication::wheelScrollLines() * lineHeight
+                              : event->pixelDelta().y();
+    // What cannot be scrolled further leaves the wheel to the scroll areas around the phone.
+    event->setAccepted(Finger::wheel(*state_->window, event->position(), distance));
+}
+
+void PhoneView::keyPressEvent(QKeyEvent* event) {
+    const auto alert = std::dynamic_pointer_cast<platform::AlertController>(state_->window->visibleViewController());
+    if (alert && event->key() == Qt::Key_Escape) {
+        alert->cancel();
+        synchronize();
+    } else if (auto* const edit = isTyping(*event) ? state_->controls.firstEdit(*state_->window) : nullptr;
+               edit != nullptr && !edit->hasFocus()) {
+        edit->setFocus(Qt::OtherFocusReason);
+        QCoreApplication::sendEvent(edit, event);
+    } else {
+        QWidget::keyPressEvent(event);
+    }
 }
 
 void PhoneView::timerEvent(QTimerEvent* /*event*/) {

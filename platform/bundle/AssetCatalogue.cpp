@@ -149,7 +149,9 @@ std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view nam
     if (!size) {
         throw Malformed{"names the file \"" + file.string() + "\", whose picture has an impossible width or height"};
     }
-    return std::make_shared<const Image>(std::string{name}, set / file, *size);
+    const auto* const properties = contents.find("properties");
+    const bool isTemplate = properties != nullptr && text(*properties, "template-rendering-intent") == "template";
+    return std::make_shared<const Image>(std::string{name}, set / file, *size, isTemplate);
 }
 
 /// The result of `read`, or the fault of the set at `set`.

@@ -3,6 +3,8 @@
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/StackView.hpp>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kivo::platform {
@@ -54,6 +56,11 @@ std::shared_ptr<View> AlertController::loadView() {
     dimmed->setBackgroundColor(Color::white(0, 0.2));
     dimmed->addSubview(box);
     return dimmed;
+}
+
+void AlertController::cancel() {
+    const auto found = std::ranges::find(actions_, ActionStyle::cancel, &Action::style);
+    choose(static_cast<std::size_t>(std::distance(actions_.begin(), found)) - (found == actions_.end() ? 1 : 0));
 }
 
 void AlertController::choose(std::size_t index) {

@@ -135,10 +135,16 @@ const std::shared_ptr<View>& NavigationController::navigationBar() {
     if (!navigationBar_) {
         navigationBar_ = std::make_shared<View>();
         navigationBar_->setIdentifier("navigationBar");
-        // The bar's texts are dark, and the screen under the bar may be dark too.
+        // The bar's title is dark, and the screen under the bar may be dark too.
         navigationBar_->setBackgroundColor(Color::white(1, 0.92));
     }
     return navigationBar_;
+}
+
+void NavigationController::setNavigationBarColors(Color background, Color title) {
+    titleColor_ = title;
+    navigationBar()->setBackgroundColor(background);
+    arrangeViews();
 }
 
 void NavigationController::setNavigationBarHidden(bool hidden) {
@@ -197,6 +203,7 @@ void NavigationController::fillNavigationBar() {
     const auto title = std::make_shared<Label>();
     title->setIdentifier("navigationTitle");
     title->setText(item->title());
+    title->setTextColor(titleColor_);
     add(title, {.centerX = 0});
     if (const auto& left = item->leftBarButtonItem()) {
         add(barButton("leftBarButton", *left), {.left = barMargin});

@@ -1,6 +1,7 @@
 #include "platform/ui/FirstResponder.hpp"
 
 #include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/View.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -227,6 +228,14 @@ bool View::resignFirstResponder() {
         setFirstResponder(nullptr);
     }
     return true;
+}
+
+void View::scrollIntoView() {
+    for (auto around = superview(); around; around = around->superview()) {
+        if (const auto scroll = std::dynamic_pointer_cast<ScrollView>(around)) {
+            scroll->scrollTo(*this);
+        }
+    }
 }
 
 bool View::isFirstResponder() const {

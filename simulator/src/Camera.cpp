@@ -37,6 +37,10 @@ std::unique_ptr<QRcode, FreeCode> encode(std::string_view text) {
     throw std::runtime_error{"No QR code holds " + std::to_string(text.size()) + " bytes."};
 }
 
+platform::VideoFrame darkness() {
+    return {.width = 2, .height = 2, .format = platform::VideoFrame::Format::gray, .bytes = {0, 0, 0, 0}};
+}
+
 /// The pipeline that shows a file without end.
 std::string pipelineFor(const std::filesystem::path& file) {
     std::string quoted;
@@ -166,7 +170,7 @@ void Camera::showPicture(const std::filesystem::path& file) {
 }
 
 void Camera::showNothing() {
-    scene_->change(nullptr, nullptr);
+    scene_->change(std::make_shared<const platform::VideoFrame>(darkness()), nullptr);
 }
 
 void Camera::setConnected(bool connected) {

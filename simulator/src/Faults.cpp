@@ -25,6 +25,10 @@ Clock::duration timeFor(std::size_t bytes, std::size_t bytesPerSecond) {
         std::chrono::duration<double>{static_cast<double>(bytes) / static_cast<double>(bytesPerSecond)});
 }
 
+bool isOfCertificate(const Fault& fault) {
+    return fault.kind() == Fault::Kind::certificate;
+}
+
 bool sendSpaces(std::size_t, std::size_t length, httplib::DataSink& sink) {
     static const std::string spaces(std::size_t{64} * 1024, ' ');
     return sink.write(spaces.data(), std::min(length, spaces.size()));
@@ -66,31 +70,42 @@ void FaultPlan::add(Endpoint endpoint, Fault fault, Calls calls) {
     planned_.push_back({.endpoint = endpoint, .fault = std::move(fault), .calls = calls});
 }
 
-void FaultPlan::clear() {
+bool FaultPlan::clear() {
     const std::scoped_lock lock{mutex_};
-    planned_.clear();
+    return std::ranges::any_of(std::exchange(planned_, {}), isOfCertificate, &Planned::fault);
 }
 
-std::optional<Fault> FaultPlan::next(Endpoint endpoint) {
+std::vector<PendingFault> FaultPlan::pending() const {
+    const std::scoped_lock lock{mutex_};
+    std::vector<PendingFault> pending;
+    for (const auto& [endpoint, fault, calls, seen] : planned_) {
+        if (const auto left = calls.left(seen); !left || *left > 0) {
+            pending.push_back({.endpoint = endpoint, .fault = fault, .callsLeft = left});
+        }
+    }
+    return pending;
+}
+
+template <class Predicate>
+std::optional<Fault> FaultPlan::count(const Predicate& meets) {
     const std::scoped_lock lock{mutex_};
     std::optional<Fault> found;
     for (auto& each : planned_ | std::views::reverse) {
-        if (each.endpoint == endpoint && each.fault.kind() != Fault::Kind::certificate &&
-            each.calls.contains(++each.seen) && !found) {
+        if (meets(each) && each.calls.contains(++each.seen) && !found) {
             found = each.fault;
         }
     }
     return found;
 }
 
-CertificateFlaw FaultPlan::certificateFlaw(std::optional<Endpoint> endpoint) const {
-    const std::scoped_lock lock{mutex_};
-    for (const auto& each : planned_ | std::views::reverse) {
-        if (each.fault.kind() == Fault::Kind::certificate && (!endpoint || each.endpoint == *endpoint)) {
-            return each.fault.flaw();
-        }
-    }
-    return CertificateFlaw::none;
+std::optional<Fault> FaultPlan::next(Endpoint endpoint) {
+    return count([&](const Planned& each) { return each.endpoint == endpoint && !isOfCertificate(each.fault); });
+}
+
+CertificateFlaw FaultPlan::nextFlaw(std::optional<Endpoint> endpoint) {
+    const auto fault = count(
+        [&](const Planned& each) { return (!endpoint || each.endpoint == *endpoint) && isOfCertificate(each.fault); });
+    return fault ? fault->flaw() : CertificateFlaw::none;
 }
 
 std::optional<std::string> readBody(const std::optional<Fault>& fault, const TlsConnections& connections,

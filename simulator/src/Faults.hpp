@@ -18,13 +18,19 @@ namespace kivo::simulator {
 class FaultPlan {
 public:
     void add(Endpoint endpoint, Fault fault, Calls calls);
-    void clear();
+
+    /// Drops all faults. Returns whether one of them concerned connections.
+    bool clear();
+
+    /// The faults that later calls or connections meet.
+    std::vector<PendingFault> pending() const;
 
     /// Counts a call of an endpoint, and returns the fault that meets the call.
     std::optional<Fault> next(Endpoint endpoint);
 
-    /// The flaw of the certificate for a connection to `endpoint`, or to any endpoint where `endpoint` is absent.
-    CertificateFlaw certificateFlaw(std::optional<Endpoint> endpoint) const;
+    /// Counts a connection to `endpoint`, or to any endpoint where `endpoint` is absent, and returns the flaw of its
+    /// certificate.
+    CertificateFlaw nextFlaw(std::optional<Endpoint> endpoint);
 
 private:
     struct Planned {
@@ -33,6 +39,10 @@ private:
         Calls calls;
         int seen = 0;
     };
+
+    /// Counts a call or a connection that `meets` a fault, and returns the fault that counts.
+    template <class Predicate>
+    std::optional<Fault> count(const Predicate& meets);
 
     mutable std::mutex mutex_;
     std::vector<Planned> planned_;

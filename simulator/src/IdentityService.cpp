@@ -89,12 +89,12 @@ public:
     }
 
     void clearFaults() {
-        const bool concernsConnections = faults_.certificateFlaw({}) != CertificateFlaw::none;
-        faults_.clear();
-        if (concernsConnections) {
+        if (faults_.clear()) {
             connections_.closeAll();
         }
     }
+
+    std::vector<PendingFault> pendingFaults() const { return faults_.pending(); }
 
     std::vector<RecordedRequest> requests() const {
         const std::scoped_lock lock{mutex_};
@@ -138,8 +138,7 @@ public:
 private:
     bool prepare(SSL_CTX& context) {
         connections_.follow(&context);
-        certificates_.use(&context,
-                          [this](std::string_view host) { return faults_.certificateFlaw(endpointOf(host)); });
+        certificates_.use(&context, [this](std::string_view host) { return faults_.nextFlaw(endpointOf(host)); });
         return true;
     }
 
@@ -269,6 +268,10 @@ void IdentityService::inject(Endpoint endpoint, Fault fault, Calls calls) {
 
 void IdentityService::clearFaults() {
     server_->clearFaults();
+}
+
+std::vector<PendingFault> IdentityService::pendingFaults() const {
+    return server_->pendingFaults();
 }
 
 std::vector<RecordedRequest> IdentityService::requests() const {

@@ -3,7 +3,6 @@
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
-#include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/simulator/Person.hpp>
 
@@ -58,14 +57,6 @@ platform::Point middleOf(const View& view) {
     return {frame.left() + frame.size.width / 2, frame.top() + frame.size.height / 2};
 }
 
-void scrollOntoDisplay(const View& view) {
-    for (auto around = view.superview(); around; around = around->superview()) {
-        if (const auto scroll = std::dynamic_pointer_cast<platform::ScrollView>(around)) {
-            scroll->scrollTo(view);
-        }
-    }
-}
-
 std::shared_ptr<platform::TextField> focusedField() {
     return std::dynamic_pointer_cast<platform::TextField>(platform::Keyboard::firstResponder());
 }
@@ -107,7 +98,7 @@ Person::Outcome Person::tap(const std::shared_ptr<View>& view, const std::string
         return failure(inQuotes(name) + " is hidden");
     }
     window_->layoutIfNeeded();
-    scrollOntoDisplay(*view);
+    view->scrollIntoView();
     const auto hit = window_->hitTest(middleOf(*view));
     if (!hit) {
         return failure(inQuotes(name) + " lies outside the display, or cannot be tapped");

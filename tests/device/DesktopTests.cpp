@@ -1,13 +1,22 @@
 #include "DeviceFixture.hpp"
+#include "app/Host.hpp"
+#include "app/SteeringPanel.hpp"
 
 #include <kivo/device/PhoneView.hpp>
+#include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/TextField.hpp>
+#include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/ReadID.hpp>
 
+#include <QApplication>
+#include <QBoxLayout>
 #include <QClipboard>
-#include <QGuiApplication>
+#include <QLabel>
 #include <QProcess>
+#include <QPushButton>
 #include <QTest>
 #include <chrono>
 #include <typeinfo>
@@ -18,8 +27,8 @@ namespace {
 /// A real window with real key and mouse events; `desktop` beside this file gives it a display.
 class Desktop : public DeviceFixture {
 protected:
-    /// For a program to start or to end, in milliseconds; a sanitizer on a busy machine takes its time.
-    static constexpr int patience = 60'000;
+    /// For anything awaited, in milliseconds; a sanitizer on a busy machine takes its time.
+    static constexpr int patience = 20'000;
 
     void SetUp() override {
         if (QGuiApplication::platformName() != "xcb") {
@@ -110,6 +119,95 @@ TEST_F(Desktop, ACodeIsTypedScannedForAndPasted) {
     EXPECT_TRUE(await([&] { return code == "A1B2C3"; })) << code;
 }
 
+/// The phone between two other widgets of a host's window.
+class DesktopKeyboard : public Desktop {
+protected:
+    void SetUp() override {
+        Desktop::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
+        auto layout = std::make_unique<QVBoxLayout>();
+        for (QWidget* const widget : {static_cast<QWidget*>(&before), static_cast<QWidget*>(&phone)}) {
+            layout->addWidget(widget);
+        }
+        layout->addWidget(&after);
+        desk.setLayout(layout.release());
+        desk.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&desk));
+        xdotool({"windowfocus", "--sync", QString::number(desk.winId())});
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&desk));
+        phone.setFocus();
+    }
+
+    void TearDown() override { phone.setParent(nullptr); }
+
+    bool hasFocus() const { return QApplication::focusWidget() == &phone || phone.isAncestorOf(desk.focusWidget()); }
+
+    /// Presses Tab until the control of that name has the focus.
+    bool tabTo(const QString& name) {
+        for (int i = 0; i < 20; ++i) {
+            const auto* const former = desk.focusWidget();
+            xdotool({"key", "Tab"});
+            const bool moved = await([&] { return desk.focusWidget() != former; });
+            if (!moved || !hasFocus()) {
+                return false;
+            }
+            if (desk.focusWidget()->objectName() == name) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    QWidget desk;
+    QPushButton before{"before"};
+    QPushButton after{"after"};
+};
+
+TEST_F(DesktopKeyboard, ReachesEveryScreenFromItsOpeningOn) {
+    window->setSize({320, 300});
+    window->setPreferredContentSizeCategory(platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge);
+    showCodeScreen(CodeTextFieldStyle::single);
+    EXPECT_FALSE(isThere("activationCodeTextField")) << "the field is below the fold";
+    xdotool({"type", "--delay", "50", "A1B2C3"});
+    EXPECT_TRUE(await([&] { return code == "A1B2C3"; })) << code;
+    EXPECT_TRUE(isThere("activationCodeTextField"));
+    navigation->popToViewController(host, /*animated=*/false);
+    showCodeScreen();
+    EXPECT_TRUE(tabTo("scanQRCodeButton"));
+    EXPECT_TRUE(isThere("scanQRCodeButton"));
+    xdotool({"key", "Return"});
+    EXPECT_TRUE(await([&] { return window->find("scanManuallyButton") != nullptr; }));
+    EXPECT_TRUE(tabTo("scanManuallyButton"));
+
+    std::string answer;
+    for (const auto& [key, expected] : {std::pair{"Return", "OK"}, {"Escape", "Cancel"}}) {
+        const auto alert = std::make_shared<platform::AlertController>("", "Sure?");
+        for (const auto* title : {"OK", "Cancel"}) {
+            alert->addAction({.title = title, .handler = [&answer, title] { answer = title; }});
+        }
+        navigation->present(alert, /*animated=*/true);
+        await([&] { return isThere("OK"); });
+        xdotool({"key", key});
+        EXPECT_TRUE(await([&] { return answer == expected; })) << key;
+        EXPECT_TRUE(hasFocus());
+    }
+}
+
+TEST_F(Desktop, AWheelScrollsByThreeLines) {
+    const auto scroll = std::make_shared<platform::ScrollView>();
+    scroll->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0});
+    const auto content = std::make_shared<platform::View>();
+    content->setPlacement({.top = 0, .left = 0, .right = 0, .height = 2000});
+    scroll->addSubview(content);
+    host->view()->addSubview(scroll);
+    const auto middle = phone.mapToGlobal(phone.rect().center());
+    xdotool({"mousemove", QString::number(middle.x()), QString::number(middle.y()), "click", "5"});
+    EXPECT_TRUE(await([&] { return scroll->contentOffset() > 0; }));
+    EXPECT_EQ(scroll->contentOffset(), 60);
+}
+
 /// The same on the road behind the code: a joined session, and vendors whose screens wait for the mouse.
 class DesktopRoad : public Desktop {
 protected:
@@ -118,12 +216,12 @@ protected:
         if (IsSkipped()) {
             return;
         }
-        installServices({}, service.trustedCertificates());
+        installServices({}, service->trustedCertificates());
         services.fonts = device::fonts();
         services.faceTec = faceTec;
         services.readID = std::make_shared<simulator::ReadID>(simulator::Reading::byPerson());
         platform::install(services);
-        const auto page = service.joinPage();
+        const auto page = service->joinPage();
         Deployment::install({.joinPages = {page, page, page, page}});
         faceTec->waitsForPerson = true;
         session->join("123456", config(), answer());
@@ -144,7 +242,7 @@ protected:
         session->acquire(object, nullptr, answer());
     }
 
-    simulator::IdentityService service;
+    std::shared_ptr<simulator::IdentityService> service = std::make_shared<simulator::IdentityService>();
     std::shared_ptr<simulator::FaceTec> faceTec = std::make_shared<simulator::FaceTec>();
     std::string heard;
 };
@@ -164,7 +262,87 @@ TEST_F(DesktopRoad, ADocumentAndAFaceAreScannedWithTheMouse) {
     click("finishScanButton");
     click("continueButton");
     EXPECT_TRUE(await([&] { return heard == "FACE_SCAN"; })) << heard;
-    EXPECT_TRUE(service.violations().empty());
+    EXPECT_TRUE(service->violations().empty());
+}
+
+TEST_F(DesktopRoad, TheHostTellsAPersonHowEachStepEnds) {
+    const auto app = std::make_shared<device::app::Host>(window, "18");
+    app->start();
+    const auto outcome = [&] { return window->find("outcome")->shownText(); };
+    const auto isHome = [&] { return isThere("enterCode"); };
+    service->inject(simulator::Endpoint::join, simulator::Fault::delay(std::chrono::seconds{1}));
+    click("enterCode");
+    ASSERT_TRUE(await([&] { return isThere("textFieldDigitOne"); }));
+    xdotool({"type", "--delay", "50", "000000"});
+    EXPECT_TRUE(await([&] { return window->find("progress") != nullptr; }));
+    ASSERT_TRUE(await([&] { return window->find("alertMessage") != nullptr; })) << "a failure is told over the screen";
+    EXPECT_EQ(window->find("alertMessage")->shownText(), message(ResponseCode::STATUS_INVALID_ACTIVATION_CODE));
+    xdotool({"key", "Return"});
+    ASSERT_TRUE(await([&] { return isThere("textFieldDigitOne"); }));
+    xdotool({"type", "--delay", "50", "123456"});
+    EXPECT_TRUE(await(isHome));
+    EXPECT_EQ(outcome(), "You have joined the session.");
+
+    click("readDocument");
+    click("passportOptionContainerView");
+    click("readPageAndChip");
+    EXPECT_TRUE(await(isHome)) << "the screen is taken away after its success";
+    EXPECT_EQ(outcome(), "The document was read.");
+    click("scanFace");
+    click("backButton");
+    EXPECT_TRUE(await(isHome));
+    EXPECT_EQ(window->find("alertMessage"), nullptr) << "going back is no failure";
+    EXPECT_EQ(outcome(), "The document was read.");
+}
+
+TEST_F(DesktopRoad, ThePanelShowsWhatIsStillToCome) {
+    const auto camera = std::make_shared<simulator::Camera>();
+    const device::app::SteeringPanel panel{{.window = window,
+                                            .service = service,
+                                            .camera = camera,
+                                            .readID = std::make_shared<simulator::ReadID>(),
+                                            .faceTec = faceTec,
+                                            .look = nullptr,
+                                            .setLook = [](const auto&) {}}};
+    const auto press = [&](const QString& text) {
+        for (auto* const button : panel.findChildren<QPushButton*>()) {
+            if (button->text() == text) {
+                button->click();
+            }
+        }
+    };
+    const auto shows = [&](const QString& text) {
+        return await([&] {
+            const auto labels = panel.findChildren<QLabel*>();
+            return std::ranges::any_of(labels, [&](const auto* label) { return label->text() == text; });
+        });
+    };
+    for (auto* const chooser : panel.findChildren<QComboBox*>()) {
+        if (chooser->accessibleName() == "Fault") {
+            chooser->setCurrentIndex(chooser->findText("Presents a self-signed certificate"));
+        }
+    }
+    press("Misbehave");
+    EXPECT_TRUE(shows("everywhere: self-signed, once"));
+    for (const auto* expected : {"INVALID_JOIN_SESSION", "JOIN_SESSION"}) {
+        heard.clear();
+        session->join("123456", config(), answer());
+        EXPECT_TRUE(await([&] { return heard == expected; })) << heard << ", expected " << expected;
+        EXPECT_TRUE(shows("behaves"));
+    }
+
+    const auto capture = camera->makeSession();
+    capture->addInput(camera->makeInput(camera->defaultVideoDevice()));
+    capture->addOutput(camera->makeMetadataOutput());
+    capture->startRunning();
+    const auto isDark = [&] {
+        const auto picture = capture->preview().picture;
+        return picture && std::ranges::all_of(picture->bytes, [](auto level) { return level == 0; });
+    };
+    press("Hold the QR code up");
+    EXPECT_TRUE(await([&] { return capture->preview().picture && !isDark(); }));
+    press("Take it away");
+    EXPECT_TRUE(await(isDark));
 }
 
 TEST_F(Desktop, TheDeviceIsClosedInTheMiddleOfASessionAndEndsCleanly) {

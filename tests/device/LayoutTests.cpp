@@ -1,10 +1,13 @@
 #include "DeviceFixture.hpp"
+#include "app/HostLook.hpp"
 
 #include <kivo/device/LayoutFaults.hpp>
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
+#include <kivo/simulator/ReadID.hpp>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -60,6 +63,44 @@ TEST_F(ScreenLayout, ShowsEverythingAtEveryReadingSize) {
     expectNoFaults("alert");
 }
 
+TEST_F(ScreenLayout, IsReadableInTheDarkAndLeavesNoColorBehind) {
+    const auto look = std::make_shared<device::app::HostLook>(services.bundles);
+    services.bundles = look;
+    platform::install(services);
+    const auto app = std::make_shared<device::app::Host>(window, "18");
+    app->start();
+    const auto screens = std::dynamic_pointer_cast<NavigationController>(window->rootViewController());
+    const auto expectReadable = [&](const std::string& what) {
+        mainLoop->drain();
+        look->dress(*window);
+        EXPECT_THAT(device::layoutFaults(*window), IsEmpty()) << what << (look->isDark() ? ", dark" : ", light");
+    };
+    for (const bool dark : {true, false}) {
+        look->setDark(dark);
+        app->setColors(look->colors());
+        expectReadable("the host's screen");
+        const auto storyboard = Storyboard::open("ZORFramework", services.bundles->main());
+        ASSERT_TRUE(storyboard) << storyboard.error();
+        for (const auto* scene : {"AuthMenuVCID", "FinalStatusVC", "QRCodeScannerVC", "QRCodeVC"}) {
+            const auto screen = (*storyboard)->instantiate(scene);
+            ASSERT_TRUE(screen) << screen.error();
+            screens->pushViewController(*screen, /*animated=*/false);
+            const auto icon = window->find<ImageView>("documentOptionOneImageView");
+            if (icon) {
+                icon->setImage(Image::named("documentOptionOneImage"));
+            }
+            expectReadable(scene);
+        }
+        simulator::ReadID vendor{simulator::Reading::byPerson()};
+        const auto flow = std::make_shared<readid::NFCWithAccessControlFlow>();
+        flow->baseUrl = "https://proxy.example";
+        ASSERT_TRUE(vendor.identify(screens, ModalPresentationStyle::automatic, flow, [](const auto&) {}));
+        expectReadable("a vendor's screen");
+        screens->dismiss(/*animated=*/false);
+        screens->popToViewController(screens->viewControllers().front(), /*animated=*/false);
+    }
+}
+
 TEST_F(ScreenLayout, FaultsAreNamed) {
     const Placement above{.top = 0, .left = 0, .width = 200, .height = 40};
     const Placement below{.top = 60, .left = 0, .width = 200, .height = 40};
@@ -90,6 +131,9 @@ TEST_F(ScreenLayout, FaultsAreNamed) {
         screen->view()->addSubview(button);
         window->setRootViewController(screen);
         EXPECT_THAT(device::layoutFaults(*window), Contains(fault));
+        label->setTextColor(Color::white(0.8));
+        EXPECT_THAT(device::layoutFaults(*window), Contains(R"("first" hardly differs from its background)"));
+        label->setTextColor(Color::black());
         label->setPlacement(above);
         button->setPlacement(below);
         EXPECT_THAT(device::layoutFaults(*window), IsEmpty()) << "after mending " << fault;

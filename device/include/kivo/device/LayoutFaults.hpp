@@ -8,8 +8,9 @@
 namespace kivo::device {
 
 /// The faults for which a person cannot see or read a part of the topmost screen, a sentence each: a view without room,
-/// a view that is off the display and cannot be scrolled to, two views over one another, a text that does not fit. For
-/// tests of a host's own storyboard, at each of its reading sizes.
+/// a view that is off the display and cannot be scrolled to, two views over one another, a text that does not fit, a
+/// text or a template image with too little contrast. For tests of a host's own storyboard, at each of its reading
+/// sizes and in each of its sets of colours.
 ///
 /// Lays the window out first. Measures with the fonts with which this library draws. Main thread.
 KIVO_EXPORT std::vector<std::string> layoutFaults(platform::Window& window);

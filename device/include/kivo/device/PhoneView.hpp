@@ -10,6 +10,9 @@ namespace kivo::device {
 
 /// Shows a window's screens, and passes a person's input to them: keyboard, input methods, clipboard, mouse, wheel,
 /// assistive technology. The view is as large as the window, and becomes the window's observer.
+///
+/// Once a part of the view has the focus, the focus stays in the view when the screen changes. Typing then goes to the
+/// screen's first field unless another field is edited; an alert takes the focus and answers Enter and Escape.
 class KIVO_EXPORT PhoneView final : public QWidget {
 public:
     explicit PhoneView(std::shared_ptr<platform::Window> window, QWidget* parent = nullptr);
@@ -32,6 +35,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
 
 private:

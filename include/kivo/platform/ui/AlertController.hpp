@@ -37,6 +37,10 @@ public:
     /// beyond the answers.
     void choose(std::size_t index);
 
+    /// A person's wish to leave the question, such as the Escape key: chooses the first answer of the style `cancel`
+    /// or, without such an answer, the last answer.
+    void cancel();
+
 protected:
     /// A box with the texts as labels and a button for each action. The buttons' identifiers are their titles.
     std::shared_ptr<View> loadView() override;

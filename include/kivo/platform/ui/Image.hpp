@@ -18,6 +18,8 @@ struct Image {
     std::filesystem::path file;
     /// In points; zero when the catalogue gives no size.
     Size size{};
+    /// Whether the picture gives only a shape, which is drawn in the tint colour of its view, or black without a tint.
+    bool isTemplate = false;
 
     /// The image of that name in the host's asset catalogue, or in the catalogue of `bundle`; null when the catalogue
     /// has no such image.

@@ -31,6 +31,9 @@ public:
     /// The bar at the top. Its tint colours the buttons; its items are the top screen's `navigationItem`.
     const std::shared_ptr<View>& navigationBar();
 
+    /// The bar's background and the colour of its title. The title is black at first, on a light bar.
+    void setNavigationBarColors(Color background, Color title);
+
     bool isNavigationBarHidden() const { return isNavigationBarHidden_; }
 
     void setNavigationBarHidden(bool hidden);
@@ -47,6 +50,7 @@ private:
 
     std::shared_ptr<View> navigationBar_;
     std::vector<std::shared_ptr<View>> barItems_;
+    Color titleColor_ = Color::black();
     bool isNavigationBarHidden_ = false;
 };
 

@@ -137,6 +137,9 @@ public:
     /// reading frames. A screen is laid out before `viewDidAppear`.
     void layoutIfNeeded();
 
+    /// Scrolls the scroll views around this view as little as needed to show this view.
+    void scrollIntoView();
+
     // Input.
 
     bool isUserInteractionEnabled() const { return isUserInteractionEnabled_; }

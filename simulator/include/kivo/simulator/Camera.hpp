@@ -41,6 +41,7 @@ public:
     /// Shows a PNG or JPEG file, through the pipeline of a real camera. A file that cannot be read ends the session
     /// with a diagnostic.
     void showPicture(const std::filesystem::path& file);
+    /// Leaves the camera in the dark: the running session's next picture is black.
     void showNothing();
 
     /// Unplugs the camera, or plugs it in again. Unplugging ends the running session.

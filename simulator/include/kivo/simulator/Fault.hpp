@@ -2,9 +2,11 @@
 
 #include <kivo/simulator/CertificateAuthority.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -121,6 +123,8 @@ public:
 
     CertificateFlaw flaw() const { return flaw_; }
 
+    bool operator==(const Fault&) const = default;
+
 private:
     explicit Fault(Kind kind, std::string text = "")
         : kind_{kind}
@@ -152,7 +156,8 @@ struct NamedFault {
 /// thread.
 const std::vector<NamedFault>& namedFaults();
 
-/// The calls of an endpoint that a fault meets, counted from the moment it is injected.
+/// The calls of an endpoint that a fault meets, counted from the moment it is injected. A certificate fault meets
+/// connections, which are counted instead.
 class Calls {
 public:
     static Calls all() { return first(std::numeric_limits<int>::max()); }
@@ -164,6 +169,11 @@ public:
     static Calls first(int n) { return Calls{1, n}; }
 
     bool contains(int call) const { return call >= from_ && call <= to_; }
+
+    /// How many calls the fault still meets after `seen` calls; absent without an end.
+    std::optional<int> left(int seen) const {
+        return to_ == std::numeric_limits<int>::max() ? std::nullopt : std::optional{to_ - std::max(seen, from_ - 1)};
+    }
 
 private:
     Calls(int from, int to)

@@ -63,6 +63,14 @@ struct RecordedRequest {
     std::uint64_t connection = 0;
 };
 
+/// A fault that later calls meet.
+struct PendingFault {
+    Endpoint endpoint;
+    Fault fault;
+    /// How many calls the fault still meets; absent when the fault stays until it is cleared.
+    std::optional<int> callsLeft;
+};
+
 /// An identity service on this machine, for tests of an integration: https on the loopback interface, under a
 /// certificate authority of its own.
 ///
@@ -92,10 +100,14 @@ public:
 
     /// Makes an endpoint misbehave. Where several faults meet a call, the last one injected counts.
     ///
-    /// A certificate fault meets connections, not calls. Unless `hostPerEndpoint` is set, the fault meets every
-    /// connection. Injecting or clearing a certificate fault closes all open connections.
+    /// A certificate fault meets connections, not calls. Unless `hostPerEndpoint` is set, the fault meets connections
+    /// to any endpoint. Injecting or clearing a certificate fault closes all open connections, so that the next call
+    /// opens a connection.
     void inject(Endpoint endpoint, Fault fault, Calls calls = Calls::all());
     void clearFaults();
+
+    /// The injected faults that are not used up, in the order of their injection.
+    std::vector<PendingFault> pendingFaults() const;
 
     /// Every request to an endpoint so far, in order. A request is recorded before its answer is sent.
     std::vector<RecordedRequest> requests() const;

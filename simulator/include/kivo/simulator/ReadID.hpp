@@ -2,6 +2,7 @@
 
 #include <kivo/platform/ReadID.hpp>
 
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <string>
@@ -83,6 +84,12 @@ public:
 
     /// Plans the next reading. Several calls plan several readings, in order.
     void next(Reading reading);
+
+    /// Plans the next readings in place of the former plan.
+    void plan(std::deque<Reading> readings) { planned_ = std::move(readings); }
+
+    /// The number of planned readings that have not begun.
+    std::size_t planned() const { return planned_.size(); }
 
     /// The flow that the SDK passed for each reading so far.
     const std::vector<platform::readid::NFCWithAccessControlFlow>& flows() const { return flows_; }
