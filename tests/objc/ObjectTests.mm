@@ -166,6 +166,8 @@ TEST_F(ObjCObjects, ValuesAreArchivedAndNoOtherObjectIs) {
         }
     }
     EXPECT_GT(others, 20U);
+    KivoView* const view = [[KivoView new] autorelease];
+    EXPECT_TRUE(isRefused([view] { [NSKeyedArchiver archivedDataWithRootObject:view]; }));
 
     ::IdvResult* const result = [[[::IdvResult alloc] initWithData:@"T1"
                                                       responseType:IdvEventsJOIN_SESSION] autorelease];
