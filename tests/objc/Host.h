@@ -17,3 +17,14 @@
 + (AcquisitionConfig*)config;
 
 @end
+
+/// The host's own screen, with a button that asks for the activation code.
+@interface StartScreen : KivoViewController {
+    NSMutableArray* events;
+    KivoAPIProvider* session;
+}
+
+/// The calls of the life cycle so far, and the code.
+@property (nonatomic, readonly) NSArray* events;
+
+@end

@@ -46,3 +46,64 @@ static atomic_long alive;
 }
 
 @end
+
+@implementation StartScreen
+
+@synthesize events;
+
+- (instancetype)init {
+    self = [super init];
+    events = [NSMutableArray new];
+    session = [[KivoSDK loadForProviderWithKey:@"K" version:@"18"] retain];
+    return self;
+}
+
+- (void)viewDidLoad {
+    [events addObject:@"didLoad"];
+    KivoButton* const button = [[KivoButton new] autorelease];
+    button.title = @"Open an account";
+    button.frame = NSMakeRect(24, 200, 342, 50);
+    // Not retained by the block, because the screen's view keeps the block.
+    __block StartScreen* const screen = self;
+    [button addTapAction:^{
+        [screen askForCode];
+    }];
+    [self.view addSubview:button];
+}
+
+- (void)askForCode {
+    __block StartScreen* const screen = self;
+    [session setContextWithViewController:self];
+    [session acquireWithAcquisitionObject:AcquisitionObjectActivationCode
+                                   config:nil
+                                 response:^(ObjCResult* result) {
+                                     [screen->events addObject:result.success.data];
+                                     [screen.navigationController popToViewController:screen];
+                                     [screen->session setContextWithViewController:nil];
+                                 }];
+}
+
+- (void)viewWillAppear:(BOOL)animated {
+    [events addObject:@"willAppear"];
+}
+
+- (void)viewDidAppear:(BOOL)animated {
+    [events addObject:@"didAppear"];
+}
+
+- (void)viewWillDisappear:(BOOL)animated {
+    [events addObject:@"willDisappear"];
+}
+
+- (void)viewDidDisappear:(BOOL)animated {
+    [events addObject:@"didDisappear"];
+    [NSException raise:NSGenericException format:@"goes no further"];
+}
+
+- (void)dealloc {
+    [events release];
+    [session release];
+    [super dealloc];
+}
+
+@end

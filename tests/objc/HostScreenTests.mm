@@ -94,6 +94,43 @@ TEST_F(ObjCHostScreens, AOneTimeCodeReachesTheHostsBlocks) {
     EXPECT_EQ(view.aciveTextField, [view fieldWithTag:4]);
 }
 
+TEST_F(ObjCHostScreens, AHostsOwnScreenAsksForTheCode) {
+    NSArray* events = nil;
+    @autoreleasepool {
+        StartScreen* const screen = [[StartScreen new] autorelease];
+        events = [screen.events retain];
+        KivoNavigationController* const stack =
+            [[[KivoNavigationController alloc] initWithRootViewController:screen] autorelease];
+        KivoWindow* const phone = [[KivoWindow new] autorelease];
+        phone.rootViewController = stack;
+        EXPECT_EQ(phone.rootViewController, stack);
+        EXPECT_EQ(screen.navigationController, stack);
+        settle();
+        [phone layoutIfNeeded];
+        EXPECT_TRUE([[phone hitTest:NSMakePoint(195, 225)] touch]);
+        settle();
+        EXPECT_EQ([stack.viewControllers count], 2U);
+        EXPECT_EQ(phone.visibleViewController, stack.topViewController);
+        int digit = 0;
+        for (NSString* box in @[ @"One", @"Two", @"Three", @"Four", @"Five", @"Six" ]) {
+            KivoView* const field = [phone find:[@"textFieldDigit" stringByAppendingString:box]];
+            EXPECT_TRUE([field isKindOfClass:[KivoTextField class]]);
+            [static_cast<KivoTextField*>(field) insertText:[NSString stringWithFormat:@"%d", ++digit]];
+        }
+        settle(1s);
+        EXPECT_EQ(phone.visibleViewController, screen);
+        EXPECT_EQ([stack popViewController], nil) << "the root stays";
+        phone.rootViewController = nil;
+        settle();
+    }
+    settle(1s);
+    EXPECT_EQ(std::string{[[events componentsJoinedByString:@" "] UTF8String]},
+              "didLoad willAppear didAppear willDisappear didDisappear 123456 willAppear didAppear willDisappear "
+              "didDisappear");
+    EXPECT_EQ([events retainCount], 1U) << "the screen is gone";
+    [events release];
+}
+
 TEST_F(ObjCHostScreens, TheClosingScreenTellsItsDelegateThatItHasGone) {
     folder.write("Host.bundle/Bank.storyboard", R"({"scenes": {"End": {"class": "FinalStatusVC", "view": {"subviews": [
         {"type": "Label", "outlet": "completeTitleLabel"}, {"type": "Label", "outlet": "closeAppInfoLabel"},

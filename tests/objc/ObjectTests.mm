@@ -3,11 +3,15 @@
 #include <kivo/kivo.hpp>
 #import <kivo/objc/KivoNative.h>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <objc/runtime.h>
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -15,6 +19,28 @@ namespace {
 
 std::string text(NSString* value) {
     return [value UTF8String];
+}
+
+/// Whether the call raises the exception for arguments that a class does not take.
+bool isRefused(const std::function<void()>& call) {
+    @try {
+        call();
+    } @catch (NSException* exception) {
+        return [[exception name] isEqual:NSInvalidArgumentException];
+    }
+    return false;
+}
+
+/// The classes of the library's binary.
+std::vector<Class> classesOfTheLibrary() {
+    std::vector<Class> classes(static_cast<std::size_t>(objc_getClassList(nullptr, 0)));
+    classes.resize(static_cast<std::size_t>(objc_getClassList(classes.data(), static_cast<int>(classes.size()))));
+    std::erase_if(classes, [](Class each) {
+        Dl_info binary{};
+        return dladdr(static_cast<const void*>(each), &binary) == 0 ||
+               !std::string_view{binary.dli_fname}.contains("libkivo-objc");
+    });
+    return classes;
 }
 
 class ObjCObjects : public testing::Test {
@@ -27,15 +53,11 @@ protected:
 TEST_F(ObjCObjects, CannotBeMadeWithoutValues) {
     for (Class each in @[
              [::IdvResult class], [::ObjCResult class], [::ObjCError class], [::AcquisitionConfig class],
-             [::KivoAPIProvider class]
+             [::KivoAPIProvider class], [KivoColor class], [KivoFont class], [FinalStatusVC class],
+             [KivoTextStyled class]
          ]) {
-        BOOL hasRaised = NO;
-        @try {
-            (void)[[each alloc] performSelector:@selector(init)];
-        } @catch (NSException* exception) {
-            hasRaised = [[exception name] isEqual:NSInvalidArgumentException];
-        }
-        EXPECT_TRUE(hasRaised) << text(NSStringFromClass(each));
+        EXPECT_TRUE(isRefused([each] { (void)[[each alloc] performSelector:@selector(init)]; }))
+            << text(NSStringFromClass(each));
     }
 }
 
@@ -133,6 +155,55 @@ TEST_F(ObjCObjects, AnArchiveHoldsEveryFieldWithItsType) {
     }
 }
 
+TEST_F(ObjCObjects, ValuesAreArchivedAndNoOtherObjectIs) {
+    std::size_t others = 0;
+    for (Class each : classesOfTheLibrary()) {
+        if (![each conformsToProtocol:@protocol(NSSecureCoding)]) {
+            const id empty = NSAllocateObject(each, 0, nullptr);
+            EXPECT_TRUE(isRefused([empty] { [empty encodeWithCoder:nil]; })) << text(NSStringFromClass(each));
+            NSDeallocateObject(empty);
+            ++others;
+        }
+    }
+    EXPECT_GT(others, 20U);
+    KivoView* const view = [[KivoView new] autorelease];
+    EXPECT_TRUE(isRefused([view] { [NSKeyedArchiver archivedDataWithRootObject:view]; }));
+
+    ::IdvResult* const result = [[[::IdvResult alloc] initWithData:@"T1"
+                                                      responseType:IdvEventsJOIN_SESSION] autorelease];
+    const auto errorOf = [](NSInteger code) {
+        return [[[::ObjCError alloc] initWithErrorName:@"NO_CHIP"
+                                               message:@"No chip"
+                                                  code:code
+                                        genericMessage:@"Document scan error"] autorelease];
+    };
+    const std::vector<std::pair<id, std::string>> values = {
+        {[Host config],
+         "<AcquisitionConfig: TEST, documents \"PASSPORT\", grace \"P6M\", face match \"0.8\", issuers "
+         "\"UTO\", images \"face\">"},
+        {result, "<IdvResult: JOIN_SESSION>"},
+        {errorOf(2001), "<ObjCError: NO_CHIP, 2001, No chip>"},
+        {errorOf(NSIntegerMin), "<ObjCError: NO_CHIP, -9223372036854775808, No chip>"},
+        {[[[::ObjCResult alloc] initWithSuccess:result] autorelease], "<ObjCResult: <IdvResult: JOIN_SESSION>>"},
+        {[[[::ObjCResult alloc] initWithError:errorOf(2001)] autorelease],
+         "<ObjCResult: <ObjCError: NO_CHIP, 2001, No chip>>"},
+        {[KivoColor colorWithRed:0.1 green:0.2 blue:0.3 alpha:1], "red 0.1, green 0.2, blue 0.3, alpha 1"},
+        {[KivoFont systemFontOfSize:12.5], "system font at 12.5 points"},
+    };
+    for (const auto& [value, description] : values) {
+        const id copy = [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:value]];
+        EXPECT_NE(copy, value);
+        EXPECT_EQ([copy hash], [value hash]) << description;
+        EXPECT_EQ(text([copy description]), description);
+        for (const auto& [other, otherDescription] : values) {
+            EXPECT_EQ([copy isEqual:other] != NO, other == value) << description << " and " << otherDescription;
+        }
+    }
+    NSError* const error = [errorOf(2001) asNSError];
+    EXPECT_TRUE([error.domain isEqual:KivoErrorDomain] && [error.localizedDescription isEqual:@"No chip"]);
+    EXPECT_EQ(error.code, 2001);
+}
+
 TEST_F(ObjCObjects, OneObjectOfTheLibraryIsOneObject) {
     const auto theme = std::make_shared<kivo::ThemeCustomization>();
     const void* first = nullptr;
@@ -209,7 +280,16 @@ TEST_F(ObjCObjects, AHostsLoopRunsTheMainQueue) {
     NSRunLoop* const runLoop = [NSRunLoop currentRunLoop];
     NSAutoreleasePool* const pool = [NSAutoreleasePool new];
     [KivoMainQueue attachToRunLoop:runLoop];
+    [KivoMainQueue attachToRunLoop:runLoop];
     [pool drain];
+    EXPECT_TRUE(isRefused([] { [KivoMainQueue attachToRunLoop:[[NSDictionary dictionary] objectForKey:@"none"]]; }));
+    std::thread{[runLoop] {
+        @autoreleasepool {
+            EXPECT_TRUE(isRefused([runLoop] { [KivoMainQueue attachToRunLoop:runLoop]; }));
+            EXPECT_TRUE(isRefused([] { [KivoMainQueue attachToRunLoop:[NSRunLoop currentRunLoop]]; }));
+            EXPECT_TRUE(isRefused([] { [KivoMainQueue detach]; }));
+        }
+    }}.join();
     int ran = 0;
     std::thread{[&ran] { kivo::platform::RunLoop::main()->async([&ran] { ++ran; }); }}.join();
     kivo::platform::RunLoop::main()->asyncAfter(std::chrono::milliseconds{1}, [&ran] { ++ran; });
@@ -218,6 +298,20 @@ TEST_F(ObjCObjects, AHostsLoopRunsTheMainQueue) {
         [runLoop runMode:NSDefaultRunLoopMode beforeDate:limit];
     }
     EXPECT_EQ(ran, 2);
+    for (NSString* mode in @[ NSDefaultRunLoopMode, @"NSModalPanelRunLoopMode", @"NSEventTrackingRunLoopMode" ]) {
+        ran = 0;
+        kivo::platform::RunLoop::main()->async([&ran] { ++ran; });
+        EXPECT_TRUE([runLoop runMode:mode beforeDate:limit] && ran == 1) << text(mode);
+    }
+    [KivoMainQueue detach];
+    [KivoMainQueue detach];
+    kivo::platform::RunLoop::main()->async([&ran] { ++ran; });
+    [runLoop runMode:NSDefaultRunLoopMode beforeDate:[NSDate date]];
+    EXPECT_EQ(ran, 1) << "waits until the queue is attached again";
+    [KivoMainQueue attachToRunLoop:runLoop];
+    [runLoop runMode:NSDefaultRunLoopMode beforeDate:limit];
+    EXPECT_EQ(ran, 2);
+    [KivoMainQueue detach];
 }
 
 } // namespace

@@ -20,7 +20,8 @@ struct Attachment {
 
 Attachment attachedTo;
 
-/// Foundation adds timers to all common modes by `NSRunLoopCommonModes`, but not watchers. The names are AppKit's.
+/// GNUstep's run loop takes `NSRunLoopCommonModes` as a mode of its own, which no host runs, so each mode is named
+/// here. The last two are AppKit's, by the values of AppKit's constants.
 NSArray* commonModes() {
     return @[ NSDefaultRunLoopMode, @"NSModalPanelRunLoopMode", @"NSEventTrackingRunLoopMode" ];
 }

@@ -56,6 +56,10 @@ private:
         [self release];                                                                                                \
         kivo::objc::refuse(kind, @"is not archived");                                                                  \
     }                                                                                                                  \
+    /* Before the archiver begins with the object: GNUstep's archiver breaks at an exception of `encodeWithCoder:`. */ \
+    -(id)replacementObjectForKeyedArchiver : (NSKeyedArchiver*)archiver {                                              \
+        kivo::objc::refuse([self class], @"is not archived");                                                          \
+    }                                                                                                                  \
     -(void)encodeWithCoder : (NSCoder*)coder {                                                                         \
         kivo::objc::refuse([self class], @"is not archived");                                                          \
     }
@@ -70,6 +74,9 @@ private:
     }                                                                                                                  \
     +(BOOL)supportsSecureCoding {                                                                                      \
         return YES;                                                                                                    \
+    }                                                                                                                  \
+    -(id)replacementObjectForKeyedArchiver : (NSKeyedArchiver*)archiver {                                              \
+        return self;                                                                                                   \
     }                                                                                                                  \
     -(void)encodeWithCoder : (NSCoder*)coder {                                                                         \
         kivo::objc::encode(self, coder, @[ __VA_ARGS__ ]);                                                             \
