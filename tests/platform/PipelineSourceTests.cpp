@@ -154,12 +154,7 @@ TEST_F(PipelineCamera, LeavesAFileThatBlocksBehindAndTellsSo) {
     EXPECT_THAT(reported, ElementsAre(HasSubstr("no picture has come"), HasSubstr("does not stop"),
                                       HasSubstr("does not answer")));
     EXPECT_FALSE(rig->session->isRunning());
-    // A writer lets the pipeline go on, and stop.
-    std::ofstream{fifo} << "no picture";
-    ASSERT_TRUE(await([&] {
-        rig->session->startRunning();
-        return rig->session->isRunning();
-    }));
+    // A writer lets the blocked thread go on, and end.
     std::ofstream{fifo} << "no picture";
 }
 

@@ -132,7 +132,7 @@ TEST_F(SqliteKeychainTest, EachCauseHasItsStatus) {
          "read permission"},
         {withMode(file, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly, "cannot be written (Permission denied)"},
         {withMode(folder, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly, "cannot be written (Permission denied)"},
-        {withFiles, errSecIO, errSecIO, errSecIO, "(Too many open files); check the disk"},
+        {withFiles, errSecNotAvailable, errSecNotAvailable, errSecNotAvailable, "(Too many open files); "},
     };
 
     for (const auto& row : rows) {
