@@ -190,8 +190,9 @@ std::expected<Found, std::string> keysIn(const std::string& bytes, const std::st
         if (!part.isKnown) {
             const auto why = reason(part, parts[i]);
             firstReason = firstReason.empty() ? why : firstReason;
-            found.leftOut.push_back("left out of " + name + ": part " + std::to_string(i + 1) + " of " +
-                                    std::to_string(parts.size()) + " " + why);
+            auto& leftOut = found.leftOut.emplace_back("left out of " + name + ": part ");
+            leftOut.append(std::to_string(i + 1)).append(" of ").append(std::to_string(parts.size()));
+            leftOut.append(" ").append(why);
         }
     }
     if (!found.keys.empty()) {

@@ -132,7 +132,9 @@ std::string finish(std::FILE* stream) {
 
 void endAtOnce(int status) {
     std::fflush(nullptr);
-    const auto held = removeTemporaries();
+    auto held = removeTemporaries();
+    // The lock stays taken, so that no other thread makes a folder that would outlive the process.
+    static_cast<void>(held.release());
     std::_Exit(status);
 }
 
