@@ -22,7 +22,7 @@ public:
     /// The completion to hand to a request.
     IdvCompletion completion() const;
 
-    /// Calls the host's completion with `CANCELLED_BY_USER` before `cancel` returns, and destroys what it captures.
+    /// Calls the host's completion with `CANCELLED_BY_USER` before `cancel` returns, and destroys its captures.
     /// Does nothing, and returns false, when the outcome has come already.
     bool cancel() const;
 

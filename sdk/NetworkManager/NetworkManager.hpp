@@ -24,7 +24,7 @@ struct TransportError {
 
     std::string description() const;
 
-    /// The failure that a host hears of: `own`, unless the server was not a pinned server.
+    /// The failure as the host receives it. The code is `own`, unless the server was not a pinned server.
     Failure failure(ResponseCode own) const;
 };
 
