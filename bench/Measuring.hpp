@@ -35,6 +35,27 @@ inline double median(std::vector<double> values) {
     return *middle;
 }
 
+/// Appends a line to the file that KIVO_BENCH_RESULTS names, from which tools/bench-report makes its table and curves.
+/// Nothing happens without the variable.
+inline void note(std::string line) {
+    const char* const results = std::getenv("KIVO_BENCH_RESULTS");
+    if (auto* const file = results != nullptr ? std::fopen(results, "a") : nullptr) {
+        line += '\n';
+        std::fwrite(line.data(), 1, line.size(), file);
+        std::fclose(file);
+    }
+}
+
+/// A figure of the table. `name` is one of those in tools/bench-report, which knows the aims.
+inline void found(const std::string& name, double figure) {
+    note("figure\t" + name + "\t" + std::to_string(figure));
+}
+
+/// A point of a curve: a line `series` in the picture `curve`.
+inline void point(const std::string& curve, const std::string& series, double x, double y) {
+    note("point\t" + curve + "\t" + series + "\t" + std::to_string(x) + "\t" + std::to_string(y));
+}
+
 /// A new folder, removed with the object.
 class TemporaryFolder {
 public:

@@ -1,23 +1,28 @@
-// The time of join, update, status and commit through the SDK, beside the same four POSTs from a bare libcurl loop that
-// reuses its connection. Both talk to the same simulated identity service, in turns, in one process. Answers come at
-// once in the first part, which shows the cost of the SDK (a join waits twice for the disk), and as late as over a good
-// mobile network in the second part, which shows how much of that cost a person notices.
+// The time of join, update, status and commit through the SDK, beside the same four POSTs from bare libcurl: from a
+// loop on one thread that reuses its connection, and from an equal road of threads, with a multi handle on a thread of
+// its own that hands the answers to a second thread. All talk, in turns, to one simulated identity service in a process
+// of its own.
+//
+// Parts: with the disk, with a disk that answers at once, and with answers as late as over a good mobile network. The
+// program counts its calls of `new` and its waits for the disk.
 //
 // usage: kivo-bench-road [ROUNDS]. The figures go to standard error: standard output is the SDK's, and is thrown away.
+#include "BareCurl.hpp"
+#include "BenchHost.hpp"
 #include "Measuring.hpp"
+#include "ServiceProcess.hpp"
 
 #include <kivo/kivo.hpp>
-#include <kivo/platform/LinuxServices.hpp>
-#include <kivo/simulator/IdentityService.hpp>
-#include <kivo/simulator/Reachability.hpp>
 
-#include <curl/curl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -25,38 +30,26 @@
 namespace {
 
 using namespace kivo;
-using bench::giveUp;
-
-constexpr auto endpoints = {simulator::Endpoint::join, simulator::Endpoint::update, simulator::Endpoint::status,
-                            simulator::Endpoint::commit};
-
-constexpr std::chrono::milliseconds answerDelay{20};
+using namespace kivo::bench;
 
 /// The number of the process's calls of `new` so far, on all threads.
 std::atomic<std::uint64_t> allocations = 0;
 
-struct Post {
-    std::string url;
-    std::string body;
-};
+/// The number of the process's waits for a disk so far.
+std::atomic<std::uint64_t> syncs = 0;
+std::atomic<bool> diskAnswersAtOnce = false;
+
+int waitForDisk(long call, int file) {
+    syncs.fetch_add(1, std::memory_order_relaxed);
+    return diskAnswersAtOnce ? 0 : static_cast<int>(syscall(call, file));
+}
 
 /// Makes one call of the SDK and waits for its success.
 template <class Call>
 void await(const Call& call) {
-    std::mutex mutex;
-    std::condition_variable changed;
-    int answered = 0;
-    call([&](const IdvOutcome& outcome) {
-        // Notified under the lock: the variables are on the waiting side's stack, which ends with the wait.
-        const std::scoped_lock lock{mutex};
-        answered = outcome ? 1 : -1;
-        changed.notify_one();
-    });
-    std::unique_lock lock{mutex};
-    changed.wait(lock, [&] { return answered != 0; });
-    if (answered < 0) {
-        giveUp("a step of the road failed");
-    }
+    Answered answered;
+    call([&](const IdvOutcome& outcome) { answered.tell(outcome.has_value()); });
+    answered.await("a step of the road failed");
 }
 
 void walk(KivoAPI& session, const std::shared_ptr<AcquisitionConfig>& config) {
@@ -66,81 +59,80 @@ void walk(KivoAPI& session, const std::shared_ptr<AcquisitionConfig>& config) {
     await([&](auto response) { session.commit(response); });
 }
 
-class BareLoop {
-public:
-    BareLoop(const std::string& trustedCertificates, std::vector<Post> posts)
-        : posts_{std::move(posts)} {
-        curl_easy_setopt(curl_, CURLOPT_CAINFO, trustedCertificates.c_str());
-        curl_easy_setopt(curl_, CURLOPT_HTTPHEADER, headers_);
-        curl_easy_setopt(curl_, CURLOPT_WRITEFUNCTION, collect);
-        curl_easy_setopt(curl_, CURLOPT_WRITEDATA, &answer_);
-    }
-
-    BareLoop(const BareLoop&) = delete;
-    BareLoop& operator=(const BareLoop&) = delete;
-
-    ~BareLoop() {
-        curl_easy_cleanup(curl_);
-        curl_slist_free_all(headers_);
-    }
-
-    void run() {
-        for (const auto& post : posts_) {
-            answer_.clear();
-            curl_easy_setopt(curl_, CURLOPT_URL, post.url.c_str());
-            curl_easy_setopt(curl_, CURLOPT_POSTFIELDS, post.body.data());
-            curl_easy_setopt(curl_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(post.body.size()));
-            if (curl_easy_perform(curl_) != CURLE_OK || !answer_.contains("\"data\"")) {
-                giveUp("the bare loop was refused");
-            }
-        }
-    }
-
-private:
-    static std::size_t collect(char* bytes, std::size_t size, std::size_t count, void* target) {
-        static_cast<std::string*>(target)->append(bytes, size * count);
-        return size * count;
-    }
-
-    std::vector<Post> posts_;
-    CURL* curl_ = curl_easy_init();
-    curl_slist* headers_ =
-        curl_slist_append(curl_slist_append(nullptr, "Content-Type: application/json; charset=UTF-8"), "Expect:");
-    std::string answer_;
+struct Roads {
+    KivoAPI& session;
+    std::shared_ptr<AcquisitionConfig> config;
+    std::vector<Post> posts;
+    Handle& handle;
+    BareThreads& threads;
 };
 
-std::vector<Post> recordedPosts(const simulator::IdentityService& service) {
-    std::vector<Post> posts;
-    for (const auto& request : service.requests()) {
-        const auto base = service.joinPage().substr(0, service.joinPage().find('/', 8));
-        posts.push_back({base + request.path, request.body});
-    }
-    return posts;
-}
+struct Compared {
+    /// The SDK's time by that of each bare road.
+    double byLoop;
+    double byThreads;
+    /// In microseconds, beside the bare loop.
+    double moreARequest;
+};
 
-void compare(int rounds, std::chrono::milliseconds delay, KivoAPI& session,
-             const std::shared_ptr<AcquisitionConfig>& config, BareLoop& bare) {
+Compared compare(const char* part, int rounds, Roads& roads) {
     std::vector<double> sdkTimes;
-    std::vector<double> bareTimes;
+    std::vector<double> loopTimes;
+    std::vector<double> threadTimes;
     std::uint64_t allocated = 0;
+    std::uint64_t waited = 0;
     for (int i = 0; i < rounds; ++i) {
         const auto before = allocations.load();
-        sdkTimes.push_back(bench::timed([&] { walk(session, config); }));
+        const auto syncsBefore = syncs.load();
+        sdkTimes.push_back(timed([&] { walk(roads.session, roads.config); }));
         allocated += allocations - before;
-        bareTimes.push_back(bench::timed([&] { bare.run(); }));
+        waited += syncs - syncsBefore;
+        loopTimes.push_back(timed([&] { runLoop(roads.handle, roads.posts); }));
+        threadTimes.push_back(timed([&] { roads.threads.run(roads.posts); }));
         platform::RunLoop::main()->drain();
     }
-    const double sdk = bench::median(sdkTimes) * 1000;
-    const double loop = bench::median(bareTimes) * 1000;
-    std::fprintf(stderr, "road of 4 requests, %d rounds, answers %lld ms late, medians\n", rounds,
-                 static_cast<long long>(delay.count()));
-    std::fprintf(stderr, "  SDK        %8.1f us\n  bare loop  %8.1f us\n  ratio      %8.3f\n", sdk, loop, sdk / loop);
-    std::fprintf(stderr, "  more       %8.1f us a request\n", (sdk - loop) / 4.0);
-    std::fprintf(stderr, "  allocations with new: %.0f a request, the simulated service's share included\n",
-                 static_cast<double>(allocated) / (4.0 * rounds));
+    const double sdk = median(sdkTimes) * 1000;
+    const double loop = median(loopTimes) * 1000;
+    const double threads = median(threadTimes) * 1000;
+    std::fprintf(stderr, "road of 4 requests, %d rounds, %s, medians\n", rounds, part);
+    std::fprintf(stderr, "  SDK            %8.1f us\n", sdk);
+    std::fprintf(stderr, "  bare loop      %8.1f us   ratio %6.3f   %6.1f us more a request\n", loop, sdk / loop,
+                 (sdk - loop) / 4.0);
+    std::fprintf(stderr, "  bare threads   %8.1f us   ratio %6.3f   %6.1f us more a request\n", threads, sdk / threads,
+                 (sdk - threads) / 4.0);
+    const double allocationsARequest = static_cast<double>(allocated) / (4.0 * rounds);
+    const double waitsARoad = static_cast<double>(waited) / rounds;
+    std::fprintf(stderr, "  the SDK calls new %.0f times a request, and waits %.1f times a road for the disk\n",
+                 allocationsARequest, waitsARoad);
+    found("waits for the disk a join", waitsARoad);
+    found("calls of new a request", allocationsARequest);
+    return {.byLoop = sdk / loop, .byThreads = sdk / threads, .moreARequest = (sdk - loop) / 4.0};
+}
+
+/// The time that a call keeps its caller. The answers are awaited outside the measured time.
+void measureCaller(int rounds, KivoAPI& session) {
+    std::vector<double> times;
+    for (int i = 0; i < rounds; ++i) {
+        Answered answered;
+        times.push_back(
+            timed([&] { session.status([&](const IdvOutcome& outcome) { answered.tell(outcome.has_value()); }); }));
+        answered.await("a status failed");
+    }
+    const double caller = median(times) * 1000;
+    std::fprintf(stderr, "a call of status keeps its caller for %.1f us (median)\n", caller);
+    found("time of a call for its caller", caller);
 }
 
 } // namespace
+
+// Visible, so that SQLite calls these in place of those of the C library.
+extern "C" [[gnu::visibility("default")]] int fsync(int file) {
+    return waitForDisk(SYS_fsync, file);
+}
+
+extern "C" [[gnu::visibility("default")]] int fdatasync(int file) {
+    return waitForDisk(SYS_fdatasync, file);
+}
 
 // Not inlined: GCC takes an inlined pair for a mismatch of new and free.
 [[gnu::noinline]] void* operator new(std::size_t size) {
@@ -160,29 +152,31 @@ void compare(int rounds, std::chrono::milliseconds delay, KivoAPI& session,
 }
 
 int main(int argc, char** argv) {
+    // Forked before this process has threads.
+    ServiceProcess service;
     if (std::freopen("/dev/null", "w", stdout) == nullptr) {
         giveUp("cannot put the SDK's own lines aside");
     }
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 200;
-    const bench::TemporaryFolder folder;
-    simulator::IdentityService service;
-    auto services = platform::linuxServices(
-        {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service.trustedCertificates()});
-    services.reachability = std::make_shared<simulator::Reachability>();
-    platform::install(services);
-    const auto page = service.joinPage();
-    Deployment::install({.joinPages = {page, page, page, page}});
-    KivoSDK::setLogLevel(LogLevel::error);
-    const auto session = KivoSDK::load("BENCH", "18");
+    const TemporaryFolder folder;
+    const auto session = loadAgainst(service, folder.path());
     const auto config = std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT", "P6M", "0.8", "UTO", "face");
 
     walk(*session, config);
-    BareLoop bare{service.trustedCertificates().string(), recordedPosts(service)};
-    bare.run();
-    compare(rounds, {}, *session, config, bare);
-    for (const auto endpoint : endpoints) {
-        service.inject(endpoint, simulator::Fault::delay(answerDelay));
-    }
-    compare(std::max(1, rounds / 4), answerDelay, *session, config, bare);
+    Handle forLoop{service.trustedCertificates};
+    Handle forThreads{service.trustedCertificates};
+    BareThreads threads{forThreads};
+    Roads roads{*session, config, service.posts(), forLoop, threads};
+    runLoop(forLoop, roads.posts);
+    threads.run(roads.posts);
+    compare("answers at once", rounds, roads);
+    diskAnswersAtOnce = true;
+    const auto atOnce = compare("answers and disk at once", rounds, roads);
+    found("time of a request beside a bare loop", atOnce.moreARequest);
+    found("road beside bare threads", atOnce.byThreads);
+    measureCaller(rounds * 4, *session);
+    service.delayAnswers();
+    found("road with late answers beside a bare loop",
+          compare("disk at once, answers 20 ms late", std::max(1, rounds / 4), roads).byLoop);
     return EXIT_SUCCESS;
 }

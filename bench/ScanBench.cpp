@@ -33,7 +33,8 @@ using namespace kivo;
 using namespace std::chrono_literals;
 using bench::giveUp;
 
-constexpr std::size_t scanSize = std::size_t{10} * 1024 * 1024;
+/// In bytes; `main` sets the number once.
+std::size_t scanSize = std::size_t{10} << 20;
 
 class Scan final : public platform::FaceTecSessionResult {
 public:
@@ -159,6 +160,7 @@ int measureHere(const std::vector<std::string>& arguments) {
     const auto& which = arguments[0];
     const int rounds = std::stoi(arguments[1]);
     const auto& trustedCertificates = arguments[3];
+    scanSize = std::stoul(arguments[4]);
     installPlatform(arguments[2], trustedCertificates);
     const auto endpoint = Config::facemapBaseURL();
     const auto measured = measure(rounds, [&](const std::shared_ptr<Scan>& scan) {
@@ -175,7 +177,8 @@ int measureHere(const std::vector<std::string>& arguments) {
 Measured measureElsewhere(const std::string& which, int rounds, const std::string& folder,
                           const std::string& trustedCertificates) {
     const auto command = std::filesystem::read_symlink("/proc/self/exe").string() + " measure " + which + ' ' +
-                         std::to_string(rounds) + ' ' + folder + ' ' + trustedCertificates;
+                         std::to_string(rounds) + ' ' + folder + ' ' + trustedCertificates + ' ' +
+                         std::to_string(scanSize);
     Measured measured;
     auto* const output = popen(command.c_str(), "r");
     const bool isRead =
@@ -201,7 +204,7 @@ void join(const simulator::IdentityService& service) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc == 6 && std::string_view{argv[1]} == "measure") {
+    if (argc == 7 && std::string_view{argv[1]} == "measure") {
         return measureHere({argv + 2, argv + argc});
     }
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 9;
@@ -210,11 +213,20 @@ int main(int argc, char** argv) {
     const auto trusted = service.trustedCertificates().string();
     installPlatform(folder.path(), trusted);
     join(service);
-    const auto sdk = measureElsewhere("sdk", rounds, folder.path(), trusted);
-    const auto bare = measureElsewhere("bare", rounds, folder.path(), trusted);
+    Measured sdk;
+    Measured bare;
+    for (const std::size_t kibibytes : {40U, 160U, 640U, 2560U, 10240U}) {
+        scanSize = kibibytes << 10;
+        sdk = measureElsewhere("sdk", rounds, folder.path(), trusted);
+        bare = measureElsewhere("bare", rounds, folder.path(), trusted);
+        bench::point("bodies", "SDK", static_cast<double>(kibibytes), sdk.milliseconds);
+        bench::point("bodies", "bare libcurl", static_cast<double>(kibibytes), bare.milliseconds);
+    }
     if (!service.violations().empty()) {
         giveUp(service.violations().front());
     }
+    bench::found("a body of 10 MiB beside a bare post", sdk.milliseconds / bare.milliseconds);
+    bench::found("memory of a body of 10 MiB beyond a bare post", sdk.peak - bare.peak);
     std::printf("a face scan of 10 MiB, median of %d, and the peak of memory above idle with the library's own copy\n"
                 "  processor     %8.1f ms  %5.2f x the scan\n"
                 "  bare libcurl  %8.1f ms  %5.2f x the scan\n"

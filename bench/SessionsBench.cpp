@@ -172,9 +172,11 @@ int walkSessions(int sessions, const char* folder, const char* joinPage, const c
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
         std::fprintf(stderr, "%5d sessions  %6.1f s  heap %6ld KiB  open files %3ld\n", done, took.count(),
                      now.heapBytes / 1024, now.openFiles);
+        bench::point("sessions", "heap in KiB", done, static_cast<double>(now.heapBytes) / 1024);
         first = first.value_or(now);
         isSteady = isSteady && now.heapBytes <= first->heapBytes + toleratedGrowth && now.openFiles <= first->openFiles;
     }
+    bench::found("growth after the first tenth of the sessions", isSteady ? 0 : 1);
     std::fprintf(stderr, "%s after the first tenth\n", isSteady ? "no growth" : "GROWTH");
     return isSteady ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -3,6 +3,10 @@ add_library(kivo_compiler INTERFACE)
 target_compile_definitions(kivo_compiler INTERFACE KIVO_SOVERSION="${KIVO_SOVERSION}") # part of the names of installed files
 target_compile_options(kivo_compiler INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
+# Sources that are compiled together look like headers of each other. Builds file by file give these two warnings.
+target_compile_options(kivo_compiler INTERFACE
+  $<$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>:-Wno-shadow>
+  $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
 if(KIVO_WERROR)
   target_compile_options(kivo_compiler INTERFACE -Werror)
 endif()
@@ -22,6 +26,24 @@ foreach(place IN ITEMS ${PROJECT_SOURCE_DIR}=. ${PROJECT_BINARY_DIR}=./build)
   target_compile_options(kivo_compiler INTERFACE $<IF:$<CONFIG:Debug>,-fmacro-prefix-map,-ffile-prefix-map>=${place})
 endforeach()
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+# Measured: -O3 makes libkivo a tenth larger and no road faster, and -Os a quarter smaller and no road slower. A target with
+# the property KIVO_SMALL is compiled for size.
+target_compile_options(kivo_compiler INTERFACE
+  $<$<CONFIG:Release>:$<IF:$<BOOL:$<TARGET_PROPERTY:KIVO_SMALL>>,-Os,-O2>>)
+
+# A library of others is named as needed where something of it is called, whatever the compiler's own default is.
+target_link_options(kivo_compiler INTERFACE LINKER:--as-needed)
+
+# Relocations of addresses take an eighth of their size. The loader of glibc 2.36 and later reads them. A linker that does not
+# have the option for its kind of machine links all the same, and warns.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_LINK_OPTIONS LINKER:-z,pack-relative-relocs)
+check_cxx_source_compiles("int main() {}" KIVO_PACKS_RELOCATIONS FAIL_REGEX "pack-relative-relocs")
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
+if(KIVO_PACKS_RELOCATIONS)
+  target_link_options(kivo_compiler INTERFACE LINKER:-z,pack-relative-relocs)
+endif()
 
 option(KIVO_HARDENING "Harden optimised builds: stack protector, checked library calls, read-only relocations" ON)
 if(KIVO_HARDENING)
@@ -79,3 +101,6 @@ set(kivo_standard_headers
   <algorithm> <array> <atomic> <chrono> <expected> <filesystem> <functional> <map> <memory> <mutex> <optional> <string>
   <string_view> <utility> <variant> <vector>)
 kivo_precompiled_headers(kivo_standard ${kivo_standard_headers})
+# The compiler reads precompiled headers only where it optimises in the same way.
+kivo_precompiled_headers(kivo_standard_small ${kivo_standard_headers})
+set_target_properties(kivo_standard_small PROPERTIES KIVO_SMALL ON)

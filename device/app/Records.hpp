@@ -1,10 +1,11 @@
 #pragma once
 
+#include "LogView.hpp"
+
 #include <kivo/simulator/IdentityService.hpp>
 
-#include <QPlainTextEdit>
-#include <QSocketNotifier>
 #include <QTabWidget>
+#include <QTime>
 #include <QTreeWidget>
 #include <functional>
 #include <memory>
@@ -20,39 +21,23 @@ public:
     /// Adds a request; its secrets stay hidden.
     void add(const simulator::RecordedRequest& request);
 
-    void addLogLine(const QString& line);
+    void addLogLine(const QString& line) { log_->add(line); }
+
+    /// Sets the clock of the requests' times; the default is the machine's.
+    void setClock(std::function<QTime()> clock) { clock_ = std::move(clock); }
+
+    /// Takes the colours of the tool anew.
+    void dress();
+
+    void copy();
+    void clear();
 
 private:
+    void color(QTreeWidgetItem& row) const;
+
     QTreeWidget* requests_;
-    QPlainTextEdit* log_;
-};
-
-/// The body of a request or an answer, indented for reading, without the values that are secret or personal: codes,
-/// keys, scans and images. Of a body that is no JSON object only the length is told.
-QString withoutSecrets(const std::string& body);
-
-/// Hands every line that the process prints on standard output, where the library's log goes, to a listener. The lines
-/// still reach the former standard output. Main thread.
-class StandardOutput {
-public:
-    explicit StandardOutput(std::function<void(const QString& line)> listener);
-    ~StandardOutput();
-    StandardOutput(const StandardOutput&) = delete;
-    StandardOutput& operator=(const StandardOutput&) = delete;
-
-    /// Reads what is left. Returns the reason why a line did not reach the former standard output, or an empty text.
-    std::string finish();
-
-private:
-    void read();
-    void passOn(const char* bytes, std::size_t count);
-
-    std::function<void(const QString&)> listener_;
-    int original_ = -1;
-    int pipe_ = -1;
-    int error_ = 0;
-    QByteArray rest_;
-    std::unique_ptr<QSocketNotifier> notifier_;
+    LogView* log_;
+    std::function<QTime()> clock_ = QTime::currentTime;
 };
 
 } // namespace kivo::device::app

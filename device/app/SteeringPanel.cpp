@@ -1,9 +1,9 @@
 #include "SteeringPanel.hpp"
 
+#include "ToolLook.hpp"
+
 #include <QAbstractItemView>
 #include <QBoxLayout>
-#include <QCheckBox>
-#include <QEvent>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QLineEdit>
@@ -23,14 +23,8 @@ using namespace std::chrono_literals;
 
 constexpr auto refreshInterval = 200ms;
 
-/// A new widget at the end of a layout, whose parent owns the widget.
-template <class Widget, class... Arguments>
-Widget& add(QBoxLayout& layout, Arguments&&... arguments) {
-    auto widget = std::make_unique<Widget>(std::forward<Arguments>(arguments)...);
-    auto& added = *widget;
-    layout.addWidget(widget.release());
-    return added;
-}
+constexpr int widthOfTwoColumns = 620;
+constexpr int labelWidth = 92;
 
 /// A new widget in a new row of a form. The label is also the widget's name for assistive technology.
 template <class Widget, class... Arguments>
@@ -38,8 +32,39 @@ Widget& addRow(QFormLayout& layout, const QString& label, Arguments&&... argumen
     auto widget = std::make_unique<Widget>(std::forward<Arguments>(arguments)...);
     auto& added = *widget;
     added.setAccessibleName(label);
-    layout.addRow(label, widget.release());
+    auto name = std::make_unique<QLabel>(label);
+    name->setProperty("faint", true);
+    name->setMinimumWidth(labelWidth);
+    layout.addRow(name.release(), widget.release());
     return added;
+}
+
+/// A row of buttons with these titles.
+template <std::size_t count>
+std::array<QPushButton*, count> addButtons(QFormLayout& layout, const std::array<const char*, count>& titles) {
+    std::array<QPushButton*, count> added{};
+    auto row = std::make_unique<QHBoxLayout>();
+    row->setSpacing(8);
+    for (std::size_t i = 0; i < count; ++i) {
+        auto button = std::make_unique<QPushButton>(titles.at(i));
+        button->setAccessibleName(titles.at(i));
+        button->setProperty("primary", i == 0);
+        added.at(i) = button.get();
+        row->addWidget(button.release());
+    }
+    row->addStretch();
+    layout.addRow("", row.release());
+    return added;
+}
+
+std::unique_ptr<QFormLayout> form() {
+    auto made = std::make_unique<QFormLayout>();
+    made->setContentsMargins(10, 4, 10, 8);
+    made->setVerticalSpacing(8);
+    made->setHorizontalSpacing(10);
+    made->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    made->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    return made;
 }
 
 struct NamedReading {
@@ -84,30 +109,48 @@ constexpr std::array scans{
 SteeringPanel::SteeringPanel(Steered steered, QWidget* parent)
     : QWidget{parent}
     , steered_{std::move(steered)} {
-    auto layout = std::make_unique<QVBoxLayout>();
-    addService(add<QGroupBox>(*layout, "What the service does next"));
-    addCamera(add<QGroupBox>(*layout, "What the camera sees"));
-    addVendors(add<QGroupBox>(*layout, "How the vendors' scans end"));
-    addLook(add<QGroupBox>(*layout, "How the phone and the host look"));
-    layout->addStretch();
-    setLayout(layout.release());
-    for (auto* const chooser : findChildren<QWidget*>()) {
-        if (qobject_cast<QComboBox*>(chooser) != nullptr || qobject_cast<QSlider*>(chooser) != nullptr) {
-            chooser->installEventFilter(this);
-        }
+    setObjectName("panel");
+    auto grid = std::make_unique<QGridLayout>();
+    grid->setContentsMargins(12, 12, 12, 8);
+    grid->setSpacing(10);
+    grid_ = grid.get();
+    setLayout(grid.release());
+    const auto add = [this](const char* title, void (SteeringPanel::*fill)(QGroupBox&)) {
+        auto part = std::make_unique<QGroupBox>(title);
+        (this->*fill)(*part);
+        parts_.push_back(part.get());
+        part.release()->setParent(this);
+    };
+    add("What the service does next", &SteeringPanel::addService);
+    add("What the camera sees", &SteeringPanel::addCamera);
+    add("How the vendors' scans end", &SteeringPanel::addVendors);
+    if (steered_.documentReaders && steered_.documentReaders->choices().size() > 1) {
+        add("What reads documents", &SteeringPanel::addDocumentReader);
     }
+    add("How the phone and the host look", &SteeringPanel::addLook);
+    arrange();
     connect(&refreshing_, &QTimer::timeout, this, &SteeringPanel::refresh);
     refreshing_.start(refreshInterval);
     refresh();
 }
 
-bool SteeringPanel::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Wheel) {
-        // The wheel scrolls the panel, and does not choose under way.
-        event->ignore();
-        return true;
+void SteeringPanel::resizeEvent(QResizeEvent* /*event*/) {
+    arrange();
+}
+
+void SteeringPanel::arrange() {
+    const int columns = width() >= widthOfTwoColumns ? 2 : 1;
+    if (columns == std::exchange(columns_, columns)) {
+        return;
     }
-    return QWidget::eventFilter(watched, event);
+    for (int i = 0; i < static_cast<int>(parts_.size()); ++i) {
+        auto* const part = parts_.at(static_cast<std::size_t>(i));
+        grid_->removeWidget(part);
+        grid_->addWidget(part, i / columns, i % columns);
+    }
+    grid_->setColumnStretch(0, 1);
+    grid_->setColumnStretch(1, columns - 1);
+    grid_->setRowStretch(static_cast<int>(parts_.size()), 1);
 }
 
 void SteeringPanel::refresh() {
@@ -127,49 +170,43 @@ void SteeringPanel::refresh() {
 }
 
 void SteeringPanel::addService(QGroupBox& box) {
-    auto form = std::make_unique<QFormLayout>();
-    auto& endpoint = addRow<QComboBox>(*form, "Endpoint");
+    auto rows = form();
+    auto& endpoint = addRow<Chooser>(*rows, "Endpoint");
     for (const auto each : simulator::allEndpoints) {
         endpoint.addItem(QString::fromUtf8(simulator::name(each)));
     }
-    auto& fault = addRow<QComboBox>(*form, "Fault");
+    auto& fault = addRow<Chooser>(*rows, "Fault");
     for (const auto& each : simulator::namedFaults()) {
         auto meaning = QString::fromUtf8(each.meaning);
         meaning.front() = meaning.front().toUpper();
         fault.addItem(meaning);
     }
-    auto& once = addRow<QCheckBox>(*form, "", "The next call only");
+    auto& once = addRow<Switch>(*rows, "", "The next call only");
     once.setAccessibleName(once.text());
     once.setChecked(true);
-    auto& inject = addRow<QPushButton>(*form, "", "Misbehave");
-    inject.setAccessibleName(inject.text());
-    auto& clear = addRow<QPushButton>(*form, "", "Behave again");
-    clear.setAccessibleName(clear.text());
-    faults_ = &addRow<QLabel>(*form, "Now");
-    connect(&inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once] {
+    const auto [inject, clear] = addButtons<2>(*rows, {"Misbehave", "Behave again"});
+    faults_ = &addRow<QLabel>(*rows, "Now");
+    connect(inject, &QPushButton::clicked, this, [this, &endpoint, &fault, &once] {
         steered_.service->inject(simulator::allEndpoints.at(static_cast<std::size_t>(endpoint.currentIndex())),
                                  simulator::namedFaults().at(static_cast<std::size_t>(fault.currentIndex())).fault,
                                  once.isChecked() ? simulator::Calls::only(1) : simulator::Calls::all());
         refresh();
     });
-    connect(&clear, &QPushButton::clicked, this, [this] {
+    connect(clear, &QPushButton::clicked, this, [this] {
         steered_.service->clearFaults();
         refresh();
     });
-    box.setLayout(form.release());
+    box.setLayout(rows.release());
 }
 
 void SteeringPanel::addCamera(QGroupBox& box) {
-    auto form = std::make_unique<QFormLayout>();
-    auto& text = addRow<QLineEdit>(*form, "QR code's text", R"({"code":"123456"})");
-    auto& show = addRow<QPushButton>(*form, "", "Hold the QR code up");
-    show.setAccessibleName(show.text());
-    auto& picture = addRow<QPushButton>(*form, "", "Hold a picture file up\u2026");
-    picture.setAccessibleName(picture.text());
-    auto& hide = addRow<QPushButton>(*form, "", "Take it away");
-    hide.setAccessibleName(hide.text());
-    auto& state = addRow<QLabel>(*form, "Now", "nothing");
-    connect(&show, &QPushButton::clicked, this, [this, &text, &state] {
+    auto rows = form();
+    auto& text = addRow<QLineEdit>(*rows, "QR code's text", R"({"code":"123456"})");
+    const auto [show] = addButtons<1>(*rows, {"Hold the QR code up"});
+    const auto [picture, hide] = addButtons<2>(*rows, {"Hold a picture file up\u2026", "Take it away"});
+    picture->setProperty("primary", false);
+    auto& state = addRow<QLabel>(*rows, "Now", "nothing");
+    connect(show, &QPushButton::clicked, this, [this, &text, &state] {
         try {
             steered_.camera->showCode(text.text().toStdString());
             state.setText("a QR code");
@@ -177,7 +214,7 @@ void SteeringPanel::addCamera(QGroupBox& box) {
             state.setText(error.what());
         }
     });
-    connect(&picture, &QPushButton::clicked, this, [this, &state] {
+    connect(picture, &QPushButton::clicked, this, [this, &state] {
         const auto file =
             QFileDialog::getOpenFileName(this, "A picture with a code", {}, "Pictures (*.png *.jpg *.jpeg)");
         if (!file.isEmpty()) {
@@ -185,23 +222,23 @@ void SteeringPanel::addCamera(QGroupBox& box) {
             state.setText(file);
         }
     });
-    connect(&hide, &QPushButton::clicked, this, [this, &state] {
+    connect(hide, &QPushButton::clicked, this, [this, &state] {
         steered_.camera->showNothing();
         state.setText("nothing");
     });
-    box.setLayout(form.release());
+    box.setLayout(rows.release());
 }
 
 void SteeringPanel::addVendors(QGroupBox& box) {
-    auto form = std::make_unique<QFormLayout>();
-    auto& reading = addRow<QComboBox>(*form, "Next document");
+    auto rows = form();
+    auto& reading = addRow<Chooser>(*rows, "Next document");
     nextDocument_ = &reading;
     for (const auto& each : readings) {
         reading.addItem(each.name);
     }
     connect(&reading, &QComboBox::activated, this,
             [this](int index) { steered_.readID->plan({readings.at(static_cast<std::size_t>(index)).make()}); });
-    auto& scan = addRow<QComboBox>(*form, "Face and card");
+    auto& scan = addRow<Chooser>(*rows, "Face and card");
     for (const auto& each : scans) {
         scan.addItem(each.name);
     }
@@ -217,38 +254,84 @@ void SteeringPanel::addVendors(QGroupBox& box) {
     };
     plan(0);
     connect(&scan, &QComboBox::currentIndexChanged, this, plan);
-    box.setLayout(form.release());
+    box.setLayout(rows.release());
+}
+
+void SteeringPanel::addDocumentReader(QGroupBox& box) {
+    auto rows = form();
+    auto& reader = addRow<Chooser>(*rows, "Reader");
+    for (const auto& each : steered_.documentReaders->choices()) {
+        reader.addItem(QString::fromStdString(each.name));
+    }
+    connect(&reader, &QComboBox::currentIndexChanged, this,
+            [this](int index) { steered_.documentReaders->choose(static_cast<std::size_t>(index)); });
+    if (steered_.passport) {
+        addPassport(*rows);
+    }
+    box.setLayout(rows.release());
+}
+
+void SteeringPanel::addPassport(QFormLayout& rows) {
+    const auto& passport = steered_.passport;
+    auto& chip = addRow<Chooser>(rows, "The chip");
+    chip.addItem("works");
+    for (const auto& each : simulator::namedChipFaults()) {
+        chip.addItem(QString::fromUtf8(each.meaning));
+    }
+    auto& onReader = addRow<Switch>(rows, "", "On the card reader");
+    onReader.setAccessibleName(onReader.text());
+    onReader.setChecked(true);
+    connect(&onReader, &QCheckBox::toggled, this, [passport](bool isOn) {
+        if (isOn) {
+            passport->layDown();
+        } else {
+            passport->takeAway();
+        }
+    });
+    connect(&chip, &QComboBox::currentIndexChanged, this, [passport, &onReader](int index) {
+        const auto& faults = simulator::namedChipFaults();
+        passport->setFault(index == 0 ? std::optional<simulator::ChipFault>{}
+                                      : faults.at(static_cast<std::size_t>(index - 1)).fault);
+        passport->layDown();
+        onReader.setChecked(true);
+    });
+    // What a person types who has no camera.
+    auto& page =
+        addRow<QLabel>(rows, "Its page",
+                       QString::fromStdString(passport->documentNumber() + ", born " + passport->dateOfBirth() +
+                                              ",\nexpires " + passport->dateOfExpiry() + " (YYMMDD)"));
+    page.setTextInteractionFlags(Qt::TextSelectableByMouse);
 }
 
 void SteeringPanel::addLook(QGroupBox& box) {
-    auto form = std::make_unique<QFormLayout>();
-    auto& size = addRow<QSlider>(*form, "Reading size", Qt::Horizontal);
+    auto rows = form();
+    auto& size = addRow<QSlider>(*rows, "Reading size", Qt::Horizontal);
     using Sizes = RawValues<platform::ContentSizeCategory>;
+    size.setMinimumHeight(24);
     size.setRange(Sizes::first, Sizes::last);
     size.setValue(static_cast<int>(steered_.window->preferredContentSizeCategory()));
     connect(&size, &QSlider::valueChanged, this, [this](int value) {
         steered_.window->setPreferredContentSizeCategory(static_cast<platform::ContentSizeCategory>(value));
     });
-    auto& display = addRow<QComboBox>(*form, "Display");
-    display.addItems({"390 x 844 points", "320 x 568 points", "430 x 932 points"});
-    connect(&display, &QComboBox::currentIndexChanged, this, [this](int index) {
-        constexpr std::array sizes{platform::Size{390, 844}, platform::Size{320, 568}, platform::Size{430, 932}};
-        steered_.window->setSize(sizes.at(static_cast<std::size_t>(index)));
-    });
-    auto& theme = addRow<QComboBox>(*form, "Theme");
+    auto& theme = addRow<Chooser>(*rows, "Theme");
     for (const auto& each : themePresets()) {
         theme.addItem(each.name);
     }
-    auto& dark = addRow<QCheckBox>(*form, "", "Dark colours of the host");
+    theme.setToolTip("The SDK's screens wear the theme from the next screen on");
+    connect(&theme, &QComboBox::currentIndexChanged, this,
+            [this](int index) { steered_.setTheme(themePresets().at(static_cast<std::size_t>(index)).make()); });
+    auto& dark = addRow<Switch>(*rows, "", "Dark appearance");
     dark.setAccessibleName(dark.text());
-    const auto apply = [this, &theme, &dark] {
-        steered_.look->setDark(dark.isChecked());
-        steered_.setLook(themePresets().at(static_cast<std::size_t>(theme.currentIndex())).make(dark.isChecked()));
-    };
-    connect(&theme, &QComboBox::currentIndexChanged, this, apply);
-    connect(&dark, &QCheckBox::toggled, this, apply);
-    addRow<QLabel>(*form, "", "The SDK's screens change from the next screen on.");
-    box.setLayout(form.release());
+    connect(&dark, &Switch::toggled, this, [this](bool isDark) {
+        steered_.window->setUserInterfaceStyle(isDark ? platform::UserInterfaceStyle::dark
+                                                      : platform::UserInterfaceStyle::light);
+    });
+    if (steered_.setAnimated) {
+        auto& less = addRow<Switch>(*rows, "", "Less motion");
+        less.setAccessibleName(less.text());
+        connect(&less, &Switch::toggled, this, [this](bool isOn) { steered_.setAnimated(!isOn); });
+    }
+    box.setLayout(rows.release());
 }
 
 } // namespace kivo::device::app

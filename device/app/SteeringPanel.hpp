@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ChosenReader.hpp"
 #include "HostLook.hpp"
 
 #include <kivo/KivoAPI.hpp>
@@ -7,15 +8,19 @@
 #include <kivo/simulator/Camera.hpp>
 #include <kivo/simulator/FaceTec.hpp>
 #include <kivo/simulator/IdentityService.hpp>
+#include <kivo/simulator/Passport.hpp>
 #include <kivo/simulator/ReadID.hpp>
 
 #include <QComboBox>
+#include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace kivo::device::app {
 
@@ -26,9 +31,13 @@ struct Steered {
     std::shared_ptr<simulator::Camera> camera;
     std::shared_ptr<simulator::ReadID> readID;
     std::shared_ptr<simulator::FaceTec> faceTec;
-    std::shared_ptr<HostLook> look;
-    /// Sets the theme of the screens that come later, and the host's colours.
-    std::function<void(const std::shared_ptr<ThemeCustomization>&)> setLook;
+    /// The document readers to choose from, and the passport on the simulated card reader; null without one.
+    std::shared_ptr<ChosenReader> documentReaders{};
+    std::shared_ptr<simulator::Passport> passport{};
+    /// Sets the theme of the screens that come later.
+    std::function<void(const std::shared_ptr<ThemeCustomization>&)> setTheme;
+    /// Sets whether the phone moves what happens; empty where nothing moves.
+    std::function<void(bool)> setAnimated{};
 };
 
 /// The panel beside the phone. It sets the next behaviour of the service, the camera, the vendors and the phone, and
@@ -38,17 +47,24 @@ public:
     explicit SteeringPanel(Steered steered, QWidget* parent = nullptr);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    /// Puts the parts side by side where there is room.
+    void arrange();
     void addService(QGroupBox& box);
     void addCamera(QGroupBox& box);
     void addVendors(QGroupBox& box);
+    void addDocumentReader(QGroupBox& box);
+    void addPassport(QFormLayout& rows);
     void addLook(QGroupBox& box);
     /// Shows which of the plans are not used up.
     void refresh();
 
     Steered steered_;
+    QGridLayout* grid_ = nullptr;
+    std::vector<QGroupBox*> parts_;
+    int columns_ = 0;
     QLabel* faults_ = nullptr;
     QComboBox* nextDocument_ = nullptr;
     QTimer refreshing_;

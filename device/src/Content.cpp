@@ -24,16 +24,16 @@ constexpr double fieldMargin = 8;
 constexpr double imageSpacing = 8;
 constexpr double disabledOpacity = 0.4;
 constexpr int spokes = 12;
-constexpr auto plainPlaceholderColor = Color::white(0.45);
+constexpr auto plainPlaceholderColor = Color::adaptive(Color::white(0.43), Color::white(0.62));
 
 QRectF bounds(const platform::View& view) {
     return toQt(view.bounds());
 }
 
-/// The decoded picture, kept for the next time; null when its file cannot be decoded.
-QImage decoded(const platform::Image& image) {
+/// The decoded picture in the appearance of `view`, kept for the next time; null when its file cannot be decoded.
+QImage decoded(const platform::Image& image, const platform::View& view) {
     static QHash<QString, QImage> pictures;
-    const auto file = QString::fromStdString(image.file.string());
+    const auto file = QString::fromStdString(image.fileIn(view.userInterfaceStyle()).string());
     const auto known = pictures.constFind(file);
     return known != pictures.constEnd() ? *known : *pictures.insert(file, QImage{file});
 }
@@ -49,7 +49,7 @@ QImage tinted(const QImage& picture, const QColor& color) {
 
 /// The picture as `view` shows it.
 QImage pictureOf(const platform::Image& image, const platform::View& view) {
-    return image.isTemplate ? tinted(decoded(image), templateColor(view)) : decoded(image);
+    return image.isTemplate ? tinted(decoded(image, view), templateColor(view)) : decoded(image, view);
 }
 
 /// The largest rectangle with the proportions of `size`, in the middle of `area`.
@@ -69,7 +69,7 @@ bool isTinted(const platform::Button& button) {
 
 void drawLabel(QPainter& painter, const platform::Label& label) {
     const bool isLong = dynamic_cast<const platform::TextView*>(&label) != nullptr;
-    painter.setPen(toQt(label.textColor()));
+    painter.setPen(toQt(label.textColor(), label.userInterfaceStyle()));
     drawText(painter, bounds(label), toQt(label.text()), toQt(label.fittedFont()),
              toQt(label.textAlignment()) | (isLong ? Qt::AlignTop : Qt::AlignVCenter));
 }
@@ -79,7 +79,7 @@ void drawButton(QPainter& painter, const platform::Button& button) {
     const auto color = titleColor(button);
     painter.setOpacity(painter.opacity() * (button.isEnabled() ? 1 : disabledOpacity));
     if (const auto& background = button.backgroundImage()) {
-        painter.drawImage(area, decoded(*background));
+        painter.drawImage(area, decoded(*background, button));
     }
     auto titleArea = area;
     if (const auto& image = button.image()) {
@@ -92,7 +92,7 @@ void drawButton(QPainter& painter, const platform::Button& button) {
         const QRectF place{area.x() + (area.width() - size.width() - titleWidth) / 2, area.y(), size.width(),
                            area.height()};
         painter.drawImage(fitted(size.boundedTo(area.size()), place),
-                          isTinted(button) ? tinted(decoded(*image), color) : pictureOf(*image, button));
+                          isTinted(button) ? tinted(decoded(*image, button), color) : pictureOf(*image, button));
         titleArea = {place.right() + imageSpacing, area.y(), std::max(titleWidth - imageSpacing, 0.0), area.height()};
     }
     painter.setPen(color);
@@ -112,7 +112,7 @@ void drawCursor(QPainter& painter, const platform::TextField& field, const QRect
                                                             : 0;
     const auto x = std::min(area.x() + start + metrics.horizontalAdvance(before), area.right());
     painter.fillRect(QRectF{x, area.center().y() - metrics.height() / 2, 2, metrics.height()},
-                     toQt(field.tintColor().value_or(Color::systemBlue())));
+                     toQt(field.tintColor().value_or(Color::systemBlue()), field.userInterfaceStyle()));
 }
 
 void drawField(QPainter& painter, const platform::TextField& field) {
@@ -121,9 +121,8 @@ void drawField(QPainter& painter, const platform::TextField& field) {
     const auto& attributes = field.attributedText();
     painter.save();
     painter.setClipRect(area, Qt::IntersectClip);
-    painter.setPen(field.text().empty() ? placeholderColor(field)
-                   : attributes         ? toQt(attributes->foregroundColor.value_or(field.textColor()))
-                                        : toQt(field.textColor()));
+    const auto textColor = attributes ? attributes->foregroundColor.value_or(field.textColor()) : field.textColor();
+    painter.setPen(field.text().empty() ? placeholderColor(field) : toQt(textColor, field.userInterfaceStyle()));
     // A text has one line, and its end is cut off, as in a field that scrolls sideways.
     const auto text = toQt(field.shownText());
     auto line = area;
@@ -137,7 +136,10 @@ void drawField(QPainter& painter, const platform::TextField& field) {
 
 void drawImage(QPainter& painter, const platform::ImageView& view) {
     if (const auto& image = view.image()) {
-        const auto picture = pictureOf(*image, view);
+        auto picture = pictureOf(*image, view);
+        if (image->isDirectional && view.layoutDirection() == platform::LayoutDirection::rightToLeft) {
+            picture = picture.mirrored(/*horizontal=*/true, /*vertical=*/false);
+        }
         painter.drawImage(fitted(picture.size(), bounds(view)), picture);
     }
 }
@@ -150,9 +152,10 @@ void drawIndicator(QPainter& painter, const platform::ActivityIndicatorView& ind
     const auto radius = std::min(area.width(), area.height()) / 2;
     painter.save();
     painter.translate(area.center());
-    auto color = toQt(indicator.color());
+    auto color = toQt(indicator.color(), indicator.userInterfaceStyle());
+    const auto alpha = color.alphaF();
     for (int i = 0; i < spokes; ++i) {
-        color.setAlphaF(static_cast<float>(indicator.color().alpha * (i + 1) / spokes));
+        color.setAlphaF(alpha * static_cast<float>(i + 1) / static_cast<float>(spokes));
         painter.setPen(QPen{color, radius / 5, Qt::SolidLine, Qt::RoundCap});
         painter.save();
         painter.rotate(360 * (static_cast<double>(i) / spokes + turn));
@@ -180,11 +183,12 @@ void drawPreview(QPainter& painter, const platform::PreviewView& view) {
 } // namespace
 
 QColor titleColor(const platform::Button& button) {
-    return toQt(isTinted(button) ? button.tintColor().value_or(Color::systemBlue()) : button.textColor());
+    return toQt(isTinted(button) ? button.tintColor().value_or(Color::systemBlue()) : button.textColor(),
+                button.userInterfaceStyle());
 }
 
 QColor templateColor(const platform::View& view) {
-    return toQt(view.tintColor().value_or(Color::black()));
+    return toQt(view.tintColor().value_or(Color::black()), view.userInterfaceStyle());
 }
 
 QRectF textArea(const platform::TextField& field) {
@@ -195,7 +199,8 @@ QRectF textArea(const platform::TextField& field) {
 
 QColor placeholderColor(const platform::TextField& field) {
     const auto& attributes = field.attributedPlaceholder();
-    return toQt(attributes ? attributes->foregroundColor.value_or(plainPlaceholderColor) : plainPlaceholderColor);
+    return toQt(attributes ? attributes->foregroundColor.value_or(plainPlaceholderColor) : plainPlaceholderColor,
+                field.userInterfaceStyle());
 }
 
 QFont shownFont(const platform::TextField& field) {

@@ -121,16 +121,15 @@ ButtonControl::ButtonControl(std::shared_ptr<View> view, std::function<void()> c
 void ButtonControl::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter{this};
     painter.setRenderHint(QPainter::Antialiasing);
-    const auto radius = view_->layer().cornerRadius;
     if (isDown()) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor{0, 0, 0, 50});
-        painter.drawRoundedRect(rect(), radius, radius);
+        painter.drawRoundedRect(rect(), cornerRadius_, cornerRadius_);
     }
     if (hasFocus()) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen{QColor{255, 149, 0}, 3});
-        painter.drawRoundedRect(QRectF{rect()}.adjusted(2, 2, -2, -2), radius, radius);
+        painter.drawRoundedRect(QRectF{rect()}.adjusted(2, 2, -2, -2), cornerRadius_, cornerRadius_);
     }
 }
 
@@ -200,13 +199,16 @@ bool Controls::hasKeyboard() const {
     return focused == nullptr || focused == &phone_ || phone_.isAncestorOf(focused);
 }
 
-void Controls::place(View& view, QWidget& widget) {
+void Controls::place(View& view, QWidget& widget) const {
     auto area = visiblePart(view);
     if (const auto* edit = dynamic_cast<FieldEdit*>(&widget); edit != nullptr && !area.isEmpty()) {
         const auto text = textArea(*edit->field()).translated(toQt(view.frameOnScreen()).topLeft());
         area = text.adjusted(-editMargin, 0, editMargin, 0);
     }
-    if (const auto wanted = area.toRect(); wanted != widget.geometry()) {
+    if (auto* button = dynamic_cast<ButtonControl*>(&widget)) {
+        button->setCornerRadius(view.layer().cornerRadius * zoom_);
+    }
+    if (const auto wanted = QRectF{area.topLeft() * zoom_, area.size() * zoom_}.toRect(); wanted != widget.geometry()) {
         widget.setGeometry(wanted);
     }
     const auto name = toQt(nameOf(view));
@@ -241,8 +243,8 @@ void Controls::synchronize(platform::Window& window, bool fieldsPaint) {
         // The focus can go to a control that is scrolled away, which then scrolls into view.
         const bool visible = !covered && (!part.isEmpty() || (operable && isInScrollView(*view)));
         if (auto* edit = dynamic_cast<FieldEdit*>(&widget)) {
-            edit->pull();
-            // The tree draws what is covered or cut off.
+            edit->pull(zoom_);
+            // A field that is covered or cut off is drawn with the tree of views, which clips the field.
             edit->setPaintsItself(fieldsPaint && !covered && part == toQt(view->frameOnScreen()));
         }
         const bool enabled = !operable || view->isReachable();

@@ -19,6 +19,9 @@ class ButtonControl final : public QPushButton {
 public:
     ButtonControl(std::shared_ptr<platform::View> view, std::function<void()> changed, QWidget* parent);
 
+    /// Sets the radius of the marks' corners, in Qt's pixels.
+    void setCornerRadius(double radius) { cornerRadius_ = radius; }
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -27,6 +30,7 @@ protected:
 private:
     std::shared_ptr<platform::View> view_;
     std::function<void()> changed_;
+    double cornerRadius_ = 0;
 };
 
 /// A view of the tree that can be read but not operated.
@@ -49,6 +53,9 @@ public:
     Controls(const Controls&) = delete;
     Controls& operator=(const Controls&) = delete;
     ~Controls();
+
+    /// Sets the number of pixels, in Qt's device-independent ones, that a point takes; from the next update on.
+    void setZoom(double zoom) { zoom_ = zoom; }
 
     /// Updates the widgets and the focus from the tree. The focus stays in the phone when its widget leaves, and an
     /// alert takes the focus; a focus elsewhere in the host's window stays there. With `fieldsPaint` false no field
@@ -75,7 +82,7 @@ private:
 
     std::unique_ptr<QWidget> make(const std::shared_ptr<platform::View>& view);
     void remove(Control& control);
-    void place(platform::View& view, QWidget& widget);
+    void place(platform::View& view, QWidget& widget) const;
     /// Gives the focus to the phone if `widget` has the focus and cannot keep it.
     void keepFocus(const QWidget& widget, bool canHaveFocus);
     bool isFocused(const QWidget& widget) const;
@@ -86,6 +93,7 @@ private:
 
     QWidget& phone_;
     std::function<void()> changed_;
+    double zoom_ = 1;
     std::map<const platform::View*, Control> controls_;
 };
 

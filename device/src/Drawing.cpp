@@ -12,6 +12,8 @@
 namespace kivo::device {
 namespace {
 
+using platform::UserInterfaceStyle;
+
 constexpr int shadowSteps = 8;
 
 QPainterPath box(const QRectF& rect, double cornerRadius) {
@@ -26,13 +28,13 @@ bool hasShadow(const platform::Layer& layer) {
 }
 
 /// Draws a shadow as boxes over one another, each larger and fainter.
-void drawShadow(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
-    auto color = *layer.shadowColor;
-    color.alpha *= layer.shadowOpacity / shadowSteps;
+void drawShadow(QPainter& painter, const QRectF& bounds, const platform::Layer& layer, UserInterfaceStyle style) {
+    auto color = toQt(*layer.shadowColor, style);
+    color.setAlphaF(static_cast<float>(color.alphaF() * layer.shadowOpacity / shadowSteps));
     const auto place = bounds.translated(layer.shadowOffset.width, layer.shadowOffset.height);
     for (int i = 0; i < shadowSteps; ++i) {
         const auto reach = layer.shadowRadius * (1 - 2.0 * i / (shadowSteps - 1));
-        painter.fillPath(box(place.adjusted(-reach, -reach, reach, reach), layer.cornerRadius + reach), toQt(color));
+        painter.fillPath(box(place.adjusted(-reach, -reach, reach, reach), layer.cornerRadius + reach), color);
     }
 }
 
@@ -48,24 +50,25 @@ QRectF drawnArea(const platform::View& view) {
         bounds.translated(layer.shadowOffset.width, layer.shadowOffset.height).adjusted(-reach, -reach, reach, reach));
 }
 
-void drawBorder(QPainter& painter, const QRectF& bounds, const platform::Layer& layer) {
+void drawBorder(QPainter& painter, const QRectF& bounds, const platform::Layer& layer, UserInterfaceStyle style) {
     if (layer.borderWidth <= 0) {
         return;
     }
     const auto half = layer.borderWidth / 2;
     painter.strokePath(box(bounds.adjusted(half, half, -half, -half), layer.cornerRadius - half),
-                       QPen{toQt(layer.borderColor.value_or(platform::Color::black())), layer.borderWidth});
+                       QPen{toQt(layer.borderColor.value_or(platform::Color::black()), style), layer.borderWidth});
 }
 
 /// The view and its subviews, in its own coordinates and without its alpha.
 void drawOpaque(QPainter& painter, platform::View& view, const DrawState& state) {
     const auto bounds = toQt(view.bounds());
     const auto& layer = view.layer();
+    const auto style = view.userInterfaceStyle();
     if (hasShadow(layer)) {
-        drawShadow(painter, bounds, layer);
+        drawShadow(painter, bounds, layer, style);
     }
     if (const auto& color = view.backgroundColor()) {
-        painter.fillPath(box(bounds, layer.cornerRadius), toQt(*color));
+        painter.fillPath(box(bounds, layer.cornerRadius), toQt(*color, style));
     }
     painter.save();
     if (clips(view)) {
@@ -82,13 +85,13 @@ void drawOpaque(QPainter& painter, platform::View& view, const DrawState& state)
         drawTree(painter, *subview, state);
     }
     painter.restore();
-    drawBorder(painter, bounds, layer);
+    drawBorder(painter, bounds, layer, style);
 }
 
 /// Draws a translucent view as a whole, so that its overlapping subviews do not shine through each other.
 void drawTranslucent(QPainter& painter, platform::View& view, const DrawState& state) {
     const auto area = (painter.hasClipping() ? painter.clipBoundingRect() : drawnArea(view)).toAlignedRect();
-    const auto density = painter.device()->devicePixelRatioF();
+    const auto density = painter.device()->devicePixelRatioF() * painter.worldTransform().m11();
     QImage sheet{(QSizeF{area.size()} * density).toSize(), QImage::Format_ARGB32_Premultiplied};
     sheet.setDevicePixelRatio(density);
     sheet.fill(Qt::transparent);
@@ -148,6 +151,22 @@ void drawTree(QPainter& painter, platform::View& view, const DrawState& state) {
         drawOpaque(painter, view, state);
     }
     painter.restore();
+}
+
+QColor groundOf(const platform::Window& window) {
+    return window.userInterfaceStyle() == UserInterfaceStyle::dark ? Qt::black : Qt::white;
+}
+
+QImage pictureOf(platform::Window& window, double scale, const DrawState& state) {
+    const QSizeF size{window.frame().size.width, window.frame().size.height};
+    QImage picture{(size * scale).toSize(), QImage::Format_RGB32};
+    picture.setDevicePixelRatio(scale);
+    picture.fill(groundOf(window));
+    QPainter painter{&picture};
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    painter.setClipRect(QRectF{{}, size});
+    drawTree(painter, window, state);
+    return picture;
 }
 
 QRectF Repaints::collect(const platform::View& view, QPointF origin, Areas& areas) {

@@ -4,6 +4,7 @@
 
 #include <kivo/platform/ui/Window.hpp>
 
+#include <QImage>
 #include <QPainter>
 #include <QRectF>
 #include <QRegion>
@@ -14,6 +15,12 @@ namespace kivo::device {
 
 /// Draws a view and all below it, in the coordinates of its superview. Skips the parts outside the painter's clip.
 void drawTree(QPainter& painter, platform::View& view, const DrawState& state);
+
+/// The colour of a display without any view.
+QColor groundOf(const platform::Window& window);
+
+/// The whole window as it is laid out, with `scale` pixels for a point.
+QImage pictureOf(platform::Window& window, double scale, const DrawState& state);
 
 /// Whether the view cuts off the parts of its subviews that lie outside it.
 bool clips(const platform::View& view);

@@ -20,6 +20,18 @@ qsizetype length(const std::string& text, std::size_t count) {
     return toQt(text::firstCharacters(text, count).value_or(text)).size();
 }
 
+/// The font in another size. A size in pixels would be a whole number.
+QFont enlarged(QFont font, double zoom, double pixelsOfInch) {
+    if (zoom != 1) {
+        constexpr double pointsOfInch = 72;
+        if (font.letterSpacingType() == QFont::AbsoluteSpacing) {
+            font.setLetterSpacing(QFont::AbsoluteSpacing, font.letterSpacing() * zoom);
+        }
+        font.setPointSizeF(font.pixelSize() * zoom * pointsOfInch / pixelsOfInch);
+    }
+    return font;
+}
+
 } // namespace
 
 FieldEdit::FieldEdit(std::shared_ptr<platform::TextField> field, std::function<void()> changed, QWidget* parent)
@@ -27,25 +39,29 @@ FieldEdit::FieldEdit(std::shared_ptr<platform::TextField> field, std::function<v
     , field_{std::move(field)}
     , changed_{std::move(changed)} {
     setFrame(false);
+    // A host's style sheet is for the host's own fields.
+    setStyleSheet("background: transparent; border: none; padding: 0; margin: 0;");
     setAttribute(Qt::WA_TransparentForMouseEvents); // `Finger` finds the touched view
     connect(this, &QLineEdit::textEdited, this, &FieldEdit::apply);
     connect(this, &QLineEdit::cursorPositionChanged, this, &FieldEdit::pushSelection);
     connect(this, &QLineEdit::selectionChanged, this, &FieldEdit::pushSelection);
-    pull();
+    pull(1);
 }
 
-void FieldEdit::pull() {
+void FieldEdit::pull(double zoom) {
     isPulling_ = true;
+    zoom_ = zoom;
     auto colors = palette();
     const auto plain = field_->textColor();
     const auto& attributes = field_->attributedText();
-    colors.setColor(QPalette::Text, toQt(attributes ? attributes->foregroundColor.value_or(plain) : plain));
+    colors.setColor(QPalette::Text, toQt(attributes ? attributes->foregroundColor.value_or(plain) : plain,
+                                         field_->userInterfaceStyle()));
     colors.setColor(QPalette::PlaceholderText, placeholderColor(*field_));
     colors.setColor(QPalette::Base, Qt::transparent);
     if (colors != palette()) {
         setPalette(colors);
     }
-    if (const auto wanted = shownFont(*field_); wanted != font()) {
+    if (const auto wanted = enlarged(shownFont(*field_), zoom, logicalDpiY()); wanted != font()) {
         setFont(wanted);
     }
     setAlignment(toQt(field_->textAlignment()) | Qt::AlignVCenter);
@@ -118,7 +134,7 @@ void FieldEdit::apply(const QString& edited) {
         field_->paste(inserted); // no key brings more than a character at once
     }
     field_->scrollIntoView();
-    pull();
+    pull(zoom_);
     changed_();
 }
 

@@ -17,8 +17,8 @@ public:
 
     const std::shared_ptr<platform::TextField>& field() const { return field_; }
 
-    /// Takes over the field's text, look and selection.
-    void pull();
+    /// Takes over the field's text, look and selection, with letters `zoom` times as large.
+    void pull(double zoom);
 
     /// Off while another view covers the field. The field is then drawn with the rest of the tree.
     void setPaintsItself(bool paints);
@@ -42,6 +42,7 @@ private:
     std::function<void()> changed_;
     bool isPulling_ = false;
     bool paintsItself_ = true;
+    double zoom_ = 1;
     /// The begin of the selection, or the cursor, before the edit in progress.
     qsizetype editBegins_ = 0;
 };

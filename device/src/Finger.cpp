@@ -22,10 +22,10 @@ std::shared_ptr<platform::ScrollView> scrollAround(std::shared_ptr<platform::Vie
 } // namespace
 
 void Finger::press(platform::Window& window, QMouseEvent& event, const std::function<void()>& synchronize) {
-    start_ = event.position();
+    start_ = pointOf(event.position());
     isScrolling_ = false;
     edit_ = nullptr;
-    const auto hit = window.hitTest({start_.x(), start_.y()});
+    const auto hit = window.hitTest(start_);
     pressed_ = hit;
     const auto scroll = scrollAround(hit);
     scrolled_ = scroll;
@@ -48,7 +48,7 @@ void Finger::move(QMouseEvent& event) {
         pass(event);
         return;
     }
-    const auto distance = event.position().y() - start_.y();
+    const auto distance = pointOf(event.position()).y - start_.y;
     const auto scroll = scrolled_.lock();
     isScrolling_ = isScrolling_ || (scroll && std::abs(distance) > slip);
     if (isScrolling_ && scroll) {
@@ -70,16 +70,16 @@ void Finger::release(platform::Window& window, QMouseEvent& event) {
         return;
     }
     controls_.setDown(*view, false);
-    if (window.hitTest({event.position().x(), event.position().y()}) == view) {
+    if (window.hitTest(pointOf(event.position())) == view) {
         view->touch();
     }
 }
 
-bool Finger::wheel(platform::Window& window, QPointF position, double distance) {
-    const auto scroll = scrollAround(window.hitTest({position.x(), position.y()}));
+bool Finger::wheel(platform::Window& window, QPointF position, double distance) const {
+    const auto scroll = scrollAround(window.hitTest(pointOf(position)));
     const auto former = scroll ? scroll->contentOffset() : 0;
     if (scroll) {
-        scroll->setContentOffset(former - distance);
+        scroll->setContentOffset(former - distance / zoom_);
     }
     return scroll && scroll->contentOffset() != former;
 }

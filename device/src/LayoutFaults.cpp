@@ -4,10 +4,12 @@
 
 #include <kivo/device/LayoutFaults.hpp>
 #include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/Control.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
 
 #include <QColor>
+#include <QTextBoundaryFinder>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -18,12 +20,12 @@ namespace kivo::device {
 namespace {
 
 using platform::Size;
+using platform::UserInterfaceStyle;
 using platform::View;
 
 /// Some lengths are rounded.
 constexpr double tolerance = 1;
-/// The least that the guidelines for accessible pages ask for, for large letters and for symbols.
-constexpr double leastContrast = 3;
+constexpr double finger = 44;
 
 struct Seen {
     std::shared_ptr<View> view;
@@ -63,6 +65,27 @@ bool fits(Size size, const QRectF& room) {
     return size.width <= room.width() + tolerance && size.height <= room.height() + tolerance;
 }
 
+/// Whether a part of the text inside which no line may break, such as a word, is longer than a line of that width.
+bool breaksWord(const QString& text, const QFont& font, double width) {
+    QTextBoundaryFinder breaks{QTextBoundaryFinder::Line, text};
+    for (auto begin = breaks.position(); breaks.toNextBoundary() >= 0; begin = breaks.position()) {
+        const auto part = text.mid(begin, breaks.position() - begin).trimmed();
+        if (measureText(part, font, 1e6).width > width + tolerance) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool breaksWord(const View& view) {
+    const auto width = view.bounds().size.width;
+    if (const auto* label = dynamic_cast<const platform::Label*>(&view)) {
+        return breaksWord(toQt(label->text()), toQt(label->fittedFont()), width);
+    }
+    const auto* const button = dynamic_cast<const platform::Button*>(&view);
+    return button != nullptr && breaksWord(toQt(button->title()), toQt(button->shownFont()), width);
+}
+
 bool textFits(const View& view) {
     const auto bounds = toQt(view.bounds());
     if (const auto* label = dynamic_cast<const platform::Label*>(&view)) {
@@ -80,6 +103,22 @@ bool textFits(const View& view) {
     return true;
 }
 
+bool isControl(const View& view) {
+    return dynamic_cast<const platform::Control*>(&view) != nullptr;
+}
+
+/// Whether a finger on the middle of a control touches no other control. Both may be scrolled out of sight in part.
+bool hasRoomForAFinger(const Seen& control, const std::vector<Seen>& all) {
+    const auto place = toQt(control.view->frameOnScreen());
+    const auto beside = std::max(finger - place.width(), 0.0) / 2;
+    const auto above = std::max(finger - place.height(), 0.0) / 2;
+    const auto touched = place.adjusted(-beside + tolerance, -above + tolerance, beside - tolerance, above - tolerance);
+    return (beside == 0 && above == 0) || std::ranges::none_of(all, [&](const Seen& other) {
+               return other.view != control.view && isControl(*other.view) &&
+                      touched.intersects(toQt(other.view->frameOnScreen()));
+           });
+}
+
 /// `over` as it looks on `ground`.
 QColor blended(const QColor& over, const QColor& ground) {
     const auto mix = [&](float front, float back) { return front * over.alphaF() + back * (1 - over.alphaF()); };
@@ -90,21 +129,22 @@ QColor blended(const QColor& over, const QColor& ground) {
 /// The colour behind a view's content, by the backgrounds of the view and of the views around.
 QColor groundOf(const View& view) {
     const auto around = view.superview();
-    const auto behind = around ? groundOf(*around) : QColor{Qt::white};
-    return view.backgroundColor() ? blended(toQt(*view.backgroundColor()), behind) : behind;
+    const auto style = view.userInterfaceStyle();
+    const auto behind = around ? groundOf(*around) : QColor{style == UserInterfaceStyle::dark ? Qt::black : Qt::white};
+    return view.backgroundColor() ? blended(toQt(*view.backgroundColor(), style), behind) : behind;
 }
 
 /// The colour of a view's text or of its picture's shape; absent for other content.
 std::optional<QColor> inkOf(const View& view) {
     if (const auto* label = dynamic_cast<const platform::Label*>(&view)) {
-        return toQt(label->textColor());
+        return toQt(label->textColor(), view.userInterfaceStyle());
     }
     if (const auto* button = dynamic_cast<const platform::Button*>(&view);
         button && !button->title().empty() && !button->backgroundImage()) {
         return titleColor(*button);
     }
     if (const auto* field = dynamic_cast<const platform::TextField*>(&view)) {
-        return field->text().empty() ? placeholderColor(*field) : toQt(field->textColor());
+        return field->text().empty() ? placeholderColor(*field) : toQt(field->textColor(), view.userInterfaceStyle());
     }
     if (const auto* image = dynamic_cast<const platform::ImageView*>(&view); image && image->image()->isTemplate) {
         return templateColor(view);
@@ -120,7 +160,7 @@ double luminance(const QColor& color) {
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
-bool contrasts(const View& view) {
+bool contrasts(const View& view, double leastContrast) {
     const auto ink = inkOf(view);
     if (!ink) {
         return true;
@@ -132,7 +172,7 @@ bool contrasts(const View& view) {
 
 } // namespace
 
-std::vector<std::string> layoutFaults(platform::Window& window) {
+std::vector<std::string> layoutFaults(platform::Window& window, double leastContrast) {
     window.layoutIfNeeded();
     std::vector<std::string> faults;
     std::vector<Seen> seen;
@@ -152,13 +192,21 @@ std::vector<std::string> layoutFaults(platform::Window& window) {
         if (!textFits(*view)) {
             faults.push_back(named(*view) + " is too small for its text");
         }
-        if (!contrasts(*view)) {
+        if (breaksWord(*view)) {
+            faults.push_back(named(*view) + " breaks a word");
+        }
+        if (!contrasts(*view, leastContrast)) {
             faults.push_back(named(*view) + " hardly differs from its background");
         }
         seen.push_back({view, part});
     };
     for (const auto& view : window.reachableViews()) {
         eachSeen(view, see);
+    }
+    for (const auto& each : seen) {
+        if (isControl(*each.view) && !hasRoomForAFinger(each, seen)) {
+            faults.push_back(named(*each.view) + " is too small for a finger");
+        }
     }
     for (std::size_t i = 0; i < seen.size(); ++i) {
         for (std::size_t j = i + 1; j < seen.size(); ++j) {

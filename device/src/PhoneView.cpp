@@ -1,46 +1,24 @@
-#include "Controls.hpp"
-#include "Drawing.hpp"
-#include "Finger.hpp"
-#include "Transition.hpp"
+#include "PhoneState.hpp"
 
 #include <kivo/device/PhoneView.hpp>
-#include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/AlertController.hpp>
-#include <kivo/platform/ui/PreviewView.hpp>
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPaintEvent>
-#include <QTimer>
-#include <QVariantAnimation>
-#include <cmath>
+#include <algorithm>
+#include <chrono>
+#include <functional>
 #include <utility>
 
 namespace kivo::device {
 namespace {
 
-constexpr int turnInterval = 33; // milliseconds
-constexpr double turnStep = 1 / 30.0;
-constexpr int transitionTime = 280; // milliseconds
-constexpr double wheelNotch = 120;  // the usual step of a wheel, in eighths of a degree
-constexpr double lineHeight = 20;   // of the lines by which a wheel scrolls, as in Qt's own scroll areas
-
-/// Calls `visit` for every view that changes its look without a notice: turning activity indicators and camera
-/// pictures.
-void eachMoving(platform::View& view, const std::function<void(platform::View&)>& visit) {
-    if (view.isHidden() || view.alpha() <= 0) {
-        return;
-    }
-    const auto* wheel = dynamic_cast<platform::ActivityIndicatorView*>(&view);
-    const auto* camera = dynamic_cast<platform::PreviewView*>(&view);
-    if ((wheel && wheel->isAnimating()) || (camera && camera->previewSession())) {
-        visit(view);
-    }
-    for (const auto& subview : view.subviews()) {
-        eachMoving(*subview, visit);
-    }
-}
+constexpr double smallestZoom = 0.1;
+constexpr double largestZoom = 4;
+constexpr double wheelNotch = 120; // the usual step of a wheel, in eighths of a degree
+constexpr double lineHeight = 20;  // of the lines by which a wheel scrolls, as in Qt's own scroll areas
 
 /// Whether the key puts a text into a field.
 bool isTyping(const QKeyEvent& event) {
@@ -50,166 +28,6 @@ bool isTyping(const QKeyEvent& event) {
 }
 
 } // namespace
-
-class PhoneView::State final : public platform::WindowObserver {
-public:
-    State(PhoneView& phone, std::shared_ptr<platform::Window> shown)
-        : window{std::move(shown)}
-        , controls{phone, [this] { synchronize(); }}
-        , phone_{phone} {
-        synchronizing_.setSingleShot(true);
-        QObject::connect(&synchronizing_, &QTimer::timeout, &phone, [this] { synchronize(); });
-        animation_.setDuration(transitionTime);
-        animation_.setStartValue(0.0);
-        animation_.setEndValue(1.0);
-        animation_.setEasingCurve(QEasingCurve::OutCubic);
-        QObject::connect(&animation_, &QVariantAnimation::valueChanged, &phone, [this] { phone_.update(); });
-        QObject::connect(&animation_, &QVariantAnimation::finished, &phone, [this] { endTransition(); });
-    }
-
-    void viewDidChange(platform::View& view) override {
-        repaints_.note(view);
-        schedule();
-    }
-
-    void screenDidChange() override {
-        isOtherScreen_ = true;
-        schedule();
-    }
-
-    void synchronize() {
-        if (std::exchange(isSynchronizing_, true)) {
-            return;
-        }
-        isScheduled_ = false;
-        window->layoutIfNeeded();
-        if (std::exchange(isOtherScreen_, false)) {
-            beginTransition();
-        }
-        controls.synchronize(*window, !transition_.isRunning());
-        redraw();
-        turn();
-        isSynchronizing_ = false;
-    }
-
-    /// Called for every block of events, and therefore quick when nothing has changed.
-    void synchronizeSilentChanges() {
-        const auto size = frameSize();
-        window->layoutIfNeeded();
-        if (isScheduled_ || size != frame_.size()) {
-            synchronize();
-        }
-    }
-
-    void paint(QPainter& painter, const QRect& part) {
-        if (frame_.isNull()) {
-            return;
-        }
-        if (transition_.isRunning()) {
-            transition_.draw(painter, frame_, phone_.size(), animation_.currentValue().toDouble());
-        } else {
-            painter.setClipRect(part);
-            painter.drawPixmap(0, 0, frame_);
-        }
-    }
-
-    void tick() {
-        turn_ = std::fmod(turn_ + turnStep, 1.0);
-        eachMoving(*window, [this](platform::View& view) { repaints_.note(view); });
-        redraw();
-    }
-
-    std::shared_ptr<platform::Window> window;
-    Controls controls;
-    Finger finger{controls};
-    bool isAnimated = QGuiApplication::platformName() != "offscreen";
-
-private:
-    void schedule() {
-        if (!std::exchange(isScheduled_, true)) {
-            synchronizing_.start();
-        }
-    }
-
-    QSize frameSize() const {
-        return (QSizeF{window->frame().size.width, window->frame().size.height} * phone_.devicePixelRatioF()).toSize();
-    }
-
-    void beginTransition() {
-        const auto kind = Transition::kindOf(depth_, depthOf(*window));
-        depth_ = depthOf(*window);
-        if (!isAnimated || !phone_.isVisible() || frame_.isNull() || kind == Transition::Kind::none) {
-            return;
-        }
-        auto before = frame_;
-        {
-            QPainter painter{&before};
-            controls.drawFields(painter);
-        }
-        transition_ = Transition{kind, before};
-        animation_.stop();
-        animation_.start();
-    }
-
-    void endTransition() {
-        transition_ = {};
-        isWhollyNew_ = true;
-        synchronize();
-    }
-
-    /// Draws the changed parts of the picture.
-    void redraw() {
-        auto region = repaints_.take(*window);
-        if (frame_.size() != frameSize()) {
-            frame_ = QPixmap{frameSize()};
-            frame_.setDevicePixelRatio(phone_.devicePixelRatioF());
-            phone_.setFixedSize(phone_.sizeHint());
-            isWhollyNew_ = true;
-        }
-        if (std::exchange(isWhollyNew_, false)) {
-            region = phone_.rect();
-        }
-        region &= phone_.rect();
-        if (region.isEmpty()) {
-            return;
-        }
-        QPainter painter{&frame_};
-        painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-        painter.setClipRegion(region);
-        painter.fillRect(phone_.rect(), Qt::white);
-        drawTree(painter, *window, {.turn = turn_, .isDrawnElsewhere = [this](const platform::TextField& field) {
-                                        const auto* edit = controls.editOf(field);
-                                        return edit != nullptr && edit->paintsItself();
-                                    }});
-        phone_.update(region);
-    }
-
-    /// Runs the timer while a view moves.
-    void turn() {
-        bool isMoving = false;
-        eachMoving(*window, [&](platform::View&) { isMoving = true; });
-        if (isMoving && timer_ == 0) {
-            timer_ = phone_.startTimer(turnInterval);
-        } else if (!isMoving && timer_ != 0) {
-            phone_.killTimer(std::exchange(timer_, 0));
-        }
-    }
-
-    PhoneView& phone_;
-    int timer_ = 0;
-    Repaints repaints_;
-    QPixmap frame_;
-    Transition transition_;
-    /// Fires when the pending events have been handled.
-    QTimer synchronizing_;
-    QVariantAnimation animation_;
-    Depth depth_;
-    double turn_ = 0;
-    bool isScheduled_ = false;
-    bool isSynchronizing_ = false;
-    bool isOtherScreen_ = false;
-    bool isWhollyNew_ = true;
-};
 
 PhoneView::PhoneView(std::shared_ptr<platform::Window> window, QWidget* parent)
     : QWidget{parent}
@@ -233,6 +51,23 @@ const std::shared_ptr<platform::Window>& PhoneView::shownWindow() const {
 
 void PhoneView::setAnimated(bool animated) {
     state_->isAnimated = animated;
+    synchronize();
+}
+
+void PhoneView::setClock(std::function<std::chrono::milliseconds()> clock) {
+    state_->clock = std::move(clock);
+}
+
+void PhoneView::setZoom(double zoom) {
+    state_->setZoom(std::clamp(zoom, smallestZoom, largestZoom));
+}
+
+double PhoneView::zoom() const {
+    return state_->zoom();
+}
+
+QImage PhoneView::picture(double scale) {
+    return state_->picture(scale);
 }
 
 void PhoneView::synchronize() {
@@ -240,7 +75,7 @@ void PhoneView::synchronize() {
 }
 
 QSize PhoneView::sizeHint() const {
-    return QSizeF{state_->window->frame().size.width, state_->window->frame().size.height}.toSize();
+    return state_->sizeInPixels();
 }
 
 void PhoneView::paintEvent(QPaintEvent* event) {
@@ -275,7 +110,7 @@ void PhoneView::wheelEvent(QWheelEvent* event) {
                               ? event->angleDelta().y() / wheelNotch * QApplication::wheelScrollLines() * lineHeight
                               : event->pixelDelta().y();
     // What cannot be scrolled further leaves the wheel to the scroll areas around the phone.
-    event->setAccepted(Finger::wheel(*state_->window, event->position(), distance));
+    event->setAccepted(state_->finger.wheel(*state_->window, event->position(), distance));
 }
 
 void PhoneView::keyPressEvent(QKeyEvent* event) {

@@ -1,5 +1,4 @@
 #include "Drawing.hpp"
-#include "Text.hpp"
 
 #include <kivo/device/Fonts.hpp>
 #include <kivo/device/Pictures.hpp>
@@ -7,7 +6,6 @@
 #include <QBuffer>
 #include <QGuiApplication>
 #include <QImage>
-#include <QPainter>
 #include <QSaveFile>
 #include <array>
 #include <utility>
@@ -30,12 +28,27 @@ private:
     QGuiApplication application_;
 };
 
+/// A full disk takes a part of the bytes; the next write says why.
+bool writeAll(QSaveFile& file, const QByteArray& bytes) {
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const auto count = file.write(bytes.data() + done, bytes.size() - done);
+        if (count <= 0) {
+            return false;
+        }
+        done += count;
+    }
+    return true;
+}
+
 /// Writes a whole picture, or leaves the file as it was.
 std::expected<void, std::string> writePng(const QImage& picture, const std::filesystem::path& file) {
     QBuffer bytes;
     QSaveFile written{QString::fromStdString(file.string())};
-    if (bytes.open(QIODevice::WriteOnly) && picture.save(&bytes, "PNG") && written.open(QIODevice::WriteOnly) &&
-        written.write(bytes.data()) == bytes.size() && written.commit()) {
+    // Unbuffered, because a commit does not tell that the buffer could not be written.
+    if (bytes.open(QIODevice::WriteOnly) && picture.save(&bytes, "PNG") &&
+        written.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(written, bytes.data()) &&
+        written.commit()) {
         return {};
     }
     return std::unexpected{file.string() + " could not be written (" + written.errorString().toStdString() + ")"};
@@ -51,16 +64,7 @@ public:
     std::expected<void, std::string> save(platform::Window& window, const std::filesystem::path& file,
                                           double scale) override {
         window.layoutIfNeeded();
-        const QSizeF size{window.frame().size.width, window.frame().size.height};
-        QImage picture{(size * scale).toSize(), QImage::Format_RGB32};
-        picture.setDevicePixelRatio(scale);
-        picture.fill(Qt::white);
-        QPainter painter{&picture};
-        painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-        painter.setClipRect(QRectF{{}, size});
-        drawTree(painter, window, {});
-        painter.end();
-        return writePng(picture, file);
+        return writePng(pictureOf(window, scale, {}), file);
     }
 
 private:

@@ -8,6 +8,9 @@
 #include <QTextOption>
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
+#include <string>
 
 namespace kivo::device {
 namespace {
@@ -22,6 +25,7 @@ public:
         : layout_{text.replace('\n', QChar::LineSeparator), font}
         , lineHeight_{QFontMetricsF{font}.height()} {
         QTextOption option{alignment};
+        option.setTextDirection(Qt::LayoutDirectionAuto);
         option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
         layout_.setTextOption(option);
         layout_.beginLayout();
@@ -47,6 +51,22 @@ private:
     double height_ = 0;
 };
 
+/// The device's own typeface: Inter where it is installed, otherwise the desktop's.
+const QFont& ownTypeface() {
+    static const auto typeface =
+        installedTypeface("Inter").value_or(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
+    return typeface;
+}
+
+/// The typeface of that name, looked up once. Main thread.
+const QFont& typefaceOf(const std::string& name) {
+    static std::map<std::string, QFont, std::less<>> known;
+    const auto found = known.find(name);
+    return found != known.end()
+               ? found->second
+               : known.emplace(name, installedTypeface(toQt(name)).value_or(ownTypeface())).first->second;
+}
+
 class QtFonts final : public platform::Fonts {
 public:
     bool isInstalled(std::string_view name) override { return installedTypeface(toQt(name)).has_value(); }
@@ -66,8 +86,11 @@ std::optional<QFont> installedTypeface(const QString& name) {
     const auto dash = name.lastIndexOf('-');
     const auto family = name.left(dash);
     const auto style = name.mid(dash + 1);
-    if (dash > 0 && QFontDatabase::styles(family).contains(style)) {
-        return QFontDatabase::font(family, style, 1);
+    for (const auto& each : dash > 0 ? QFontDatabase::styles(family) : QStringList{}) {
+        // "Inter-SemiBold" is the style "Semi Bold".
+        if (QString{each}.remove(' ') == style) {
+            return QFontDatabase::font(family, each, 1);
+        }
     }
     return std::nullopt;
 }
@@ -76,9 +99,10 @@ QString toQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QColor toQt(const platform::Color& color) {
+QColor toQt(const platform::Color& color, platform::UserInterfaceStyle style) {
+    const auto shown = color.in(style);
     const auto channel = [](double level) { return static_cast<float>(std::clamp(level, 0.0, 1.0)); };
-    return QColor::fromRgbF(channel(color.red), channel(color.green), channel(color.blue), channel(color.alpha));
+    return QColor::fromRgbF(channel(shown.red), channel(shown.green), channel(shown.blue), channel(shown.alpha));
 }
 
 QRectF toQt(const platform::Rect& rect) {
@@ -90,8 +114,7 @@ platform::Rect fromQt(const QRectF& rect) {
 }
 
 QFont toQt(const platform::Font& font) {
-    auto made = (font.name.empty() ? std::nullopt : installedTypeface(toQt(font.name)))
-                    .value_or(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
+    auto made = font.name.empty() ? ownTypeface() : typefaceOf(font.name);
     made.setPixelSize(std::max(static_cast<int>(std::lround(font.pointSize)), 1));
     // Without hinting a text has the same width on displays of every density.
     made.setHintingPreference(QFont::PreferNoHinting);

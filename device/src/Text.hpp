@@ -16,14 +16,16 @@
 namespace kivo::device {
 
 QString toQt(std::string_view text);
-QColor toQt(const platform::Color& color);
+/// The colour as a view of that appearance shows it.
+QColor toQt(const platform::Color& color, platform::UserInterfaceStyle style);
 QRectF toQt(const platform::Rect& rect);
 platform::Rect fromQt(const QRectF& rect);
 
 /// The typeface with a name such as "DejaVu Sans" (a family) or "Karbon-Medium" (a family and a style).
 std::optional<QFont> installedTypeface(const QString& name);
 
-/// The font for drawing and measuring; the system's own font where the typeface is not installed.
+/// The font for drawing and measuring. Where its typeface is not installed, and for the system's own: Inter, or the
+/// desktop's typeface where Inter is not installed. Main thread.
 QFont toQt(const platform::Font& font);
 
 Qt::Alignment toQt(platform::TextAlignment alignment);

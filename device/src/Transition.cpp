@@ -3,6 +3,11 @@
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 
+#include <QEasingCurve>
+#include <QLinearGradient>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <memory>
 
 namespace kivo::device {
@@ -10,6 +15,27 @@ namespace {
 
 /// The distance that the screen below moves while another screen is pushed over it, as a part of the width.
 constexpr double parallax = 0.3;
+
+constexpr std::chrono::milliseconds transitionTime{280};
+constexpr double dimming = 0.14;   // of the screen below another screen
+constexpr double shadowWidth = 14; // points beside a screen that is pushed
+
+/// Draws `upper` at `place` over `lower` at `lowerPlace`, which is darker the further the upper screen has come.
+void drawStack(QPainter& painter, const QPixmap& lower, QPointF lowerPlace, const QPixmap& upper, QPointF place,
+               QSizeF size) {
+    painter.drawPixmap(lowerPlace, lower);
+    const auto way = 1 - std::max(std::abs(place.x()) / size.width(), place.y() / size.height());
+    painter.fillRect(QRectF{{}, size}, QColor::fromRgbF(0, 0, 0, static_cast<float>(dimming * way)));
+    if (place.x() != 0) {
+        const auto edge = place.x() > 0 ? place.x() : place.x() + size.width();
+        const auto end = place.x() > 0 ? edge - shadowWidth : edge + shadowWidth;
+        QLinearGradient shadow{end, 0, edge, 0};
+        shadow.setColorAt(0, QColor{0, 0, 0, 0});
+        shadow.setColorAt(1, QColor{0, 0, 0, 45});
+        painter.fillRect(QRectF{QPointF{std::min(edge, end), 0}, QSizeF{shadowWidth, size.height()}}, shadow);
+    }
+    painter.drawPixmap(place, upper);
+}
 
 } // namespace
 
@@ -39,30 +65,33 @@ Transition::Kind Transition::kindOf(const Depth& before, const Depth& after) {
     return Kind::none;
 }
 
-void Transition::draw(QPainter& painter, const QPixmap& after, QSizeF size, double progress) const {
-    const auto rest = 1 - progress;
-    const auto [width, height] = std::pair{size.width(), size.height()};
+bool Transition::isOver(MotionTime now) const {
+    return now - start_ >= transitionTime;
+}
+
+void Transition::draw(QPainter& painter, const QPixmap& after, QSizeF size, MotionTime now) const {
+    const auto part = static_cast<double>((now - start_).count()) / static_cast<double>(transitionTime.count());
+    const auto way = QEasingCurve{QEasingCurve::OutCubic}.valueForProgress(std::clamp(part, 0.0, 1.0));
+    const auto rest = 1 - way;
+    const auto width = isMirrored_ ? -size.width() : size.width();
+    const auto height = size.height();
     switch (kind_) {
     case Kind::push:
-        painter.drawPixmap(QPointF{-parallax * width * progress, 0}, before_);
-        painter.drawPixmap(QPointF{width * rest, 0}, after);
+        drawStack(painter, before_, {-parallax * width * way, 0}, after, {width * rest, 0}, size);
         break;
     case Kind::pop:
-        painter.drawPixmap(QPointF{-parallax * width * rest, 0}, after);
-        painter.drawPixmap(QPointF{width * progress, 0}, before_);
+        drawStack(painter, after, {-parallax * width * rest, 0}, before_, {width * way, 0}, size);
         break;
     case Kind::present:
-        painter.drawPixmap(QPointF{}, before_);
-        painter.drawPixmap(QPointF{0, height * rest}, after);
+        drawStack(painter, before_, {}, after, {0, height * rest}, size);
         break;
     case Kind::dismiss:
-        painter.drawPixmap(QPointF{}, after);
-        painter.drawPixmap(QPointF{0, height * progress}, before_);
+        drawStack(painter, after, {}, before_, {0, height * way}, size);
         break;
     case Kind::fade:
     case Kind::none:
         painter.drawPixmap(QPointF{}, before_);
-        painter.setOpacity(progress);
+        painter.setOpacity(way);
         painter.drawPixmap(QPointF{}, after);
         break;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Motion.hpp"
+
 #include <kivo/platform/ui/Window.hpp>
 
 #include <QPainter>
@@ -30,18 +32,26 @@ public:
 
     Transition() = default;
 
-    Transition(Kind kind, QPixmap before)
+    /// `isMirrored` for a language that is read from right to left: screens are pushed in from the left.
+    Transition(Kind kind, QPixmap before, MotionTime start, bool isMirrored)
         : kind_{kind}
-        , before_{std::move(before)} {}
+        , before_{std::move(before)}
+        , start_{start}
+        , isMirrored_{isMirrored} {}
 
     bool isRunning() const { return kind_ != Kind::none; }
 
-    /// Draws both pictures at `progress` from 0 to 1 of the way.
-    void draw(QPainter& painter, const QPixmap& after, QSizeF size, double progress) const;
+    /// Whether both pictures have reached their places.
+    bool isOver(MotionTime now) const;
+
+    /// Draws both pictures as they are at `now`.
+    void draw(QPainter& painter, const QPixmap& after, QSizeF size, MotionTime now) const;
 
 private:
     Kind kind_ = Kind::none;
     QPixmap before_;
+    MotionTime start_{};
+    bool isMirrored_ = false;
 };
 
 } // namespace kivo::device

@@ -14,6 +14,7 @@ namespace kivo {
 
 /// The names under which an acquisition configuration travels with the join.
 struct AcquisitionConfigKeys {
+    /// The key of the member with the same name of the configuration.
     static constexpr std::string_view ENVIRONMENT = "target-env";
     static constexpr std::string_view KIVO_APP_DOCLIST = "kivo-app-doclist";
     static constexpr std::string_view KIVO_EXPIRE_GRACE = "kivo-expiry-grace";
@@ -28,6 +29,7 @@ struct AcquisitionConfigKeys {
 /// The identity service defines what the texts mean and how they are written; the SDK passes them on unread. A value
 /// that is not named is an empty text.
 struct AcquisitionConfigValues {
+    /// The environment whose join page is asked.
     SDKEnv ENVIRONMENT = SDKEnv::PROD;
     /// The accepted documents ("kivo-app-doclist").
     std::string KIVO_APP_DOCLIST{};
@@ -47,11 +49,14 @@ struct AcquisitionConfigValues {
 /// later changes have no effect on the session.
 class KIVO_EXPORT AcquisitionConfig {
 public:
+    /// Keys and values, in the order in which a join sends them.
     using Dictionary = std::vector<std::pair<std::string, std::string>>;
 
+    /// The values in the order of the members below.
     AcquisitionConfig(SDKEnv environment, std::string kivo_app_doclist, std::string kivo_expire_grace,
                       std::string kivo_facematch_min, std::string kivo_doc_issuers, std::string kivo_images);
 
+    /// The values by their names.
     explicit AcquisitionConfig(AcquisitionConfigValues values);
 
     /// The six values under the names of `AcquisitionConfigKeys`, in that order, the environment by its name.
@@ -65,6 +70,7 @@ public:
     /// names the fault.
     static std::expected<std::shared_ptr<AcquisitionConfig>, std::string> decode(std::string_view encoded);
 
+    /// The values; `AcquisitionConfigValues` says what each means.
     SDKEnv ENVIRONMENT;
     std::string KIVO_APP_DOCLIST;
     std::string KIVO_EXPIRE_GRACE;

@@ -17,6 +17,7 @@ KIVO_EXPORT IdvCompletion onMainQueue(IdvCompletion completion);
 /// its outcome is dropped.
 class KIVO_EXPORT CancellableCompletion {
 public:
+    /// Wraps the completion that a host gives to a request.
     explicit CancellableCompletion(IdvCompletion completion);
 
     /// The completion to hand to a request.

@@ -10,6 +10,7 @@ namespace kivo {
 /// The https address of each environment's join page. A host names the environments that it joins; a join to an
 /// environment without a page fails.
 struct JoinPages {
+    /// The join page of the environment with the member's name. An environment with an empty page cannot be joined.
     std::string PROD{};
     std::string PREPROD{};
     std::string TEST{};

@@ -54,6 +54,7 @@ KIVO_EXPORT std::string_view name(FailureKind kind);
 
 /// Why a request or a screen failed.
 struct Failure {
+    /// The code and the kind of the failure; the kind is the finer one.
     ResponseCode code = ResponseCode::UNKNOWN_ERROR;
     FailureKind kind = FailureKind::other;
     /// One sentence in English for the person who reads the host's log. Carries no secret.

@@ -42,6 +42,7 @@ public:
     /// The session that ends, kept for the host: the screen does not read the session. Null at first.
     std::shared_ptr<const ActivationResponse> sessionObject;
 
+    /// The screen tells its delegate and dresses itself here; an override calls this class's function.
     void viewWillAppear(bool animated) override;
     void viewWillDisappear(bool animated) override;
     void traitCollectionDidChange() override;

@@ -16,6 +16,7 @@ namespace kivo {
 /// The SDK keeps no reference to a result that it has delivered; the host may change and share the result.
 class IdvResult {
 public:
+    /// A result with this data for this event.
     IdvResult(std::string data, IdvEvents responseType)
         : data_{std::move(data)}
         , responseType_{responseType} {}
@@ -26,6 +27,7 @@ public:
 
     void setData(std::string data) { data_ = std::move(data); }
 
+    /// The step of a session that has succeeded.
     IdvEvents responseType() const { return responseType_; }
 
     void setResponseType(IdvEvents responseType) { responseType_ = responseType; }

@@ -19,6 +19,7 @@ using ObjCCompletion = std::function<void(std::shared_ptr<ObjCResult>)>;
 /// Threads and rules are those of `KivoAPI`; only the form of the outcome differs.
 class KIVO_EXPORT KivoAPIProvider {
 public:
+    /// Offers a session API, which must not be null.
     explicit KivoAPIProvider(std::shared_ptr<KivoAPI> provider);
 
     /// The session API behind this provider, shared by every provider of its version.
@@ -30,6 +31,7 @@ public:
 
     void setSdkTheme(std::shared_ptr<ThemeCustomization> theme) { sdkTheme_ = std::move(theme); }
 
+    /// The operation of the same name of `KivoAPI`.
     void setTheme(std::shared_ptr<ThemeCustomization> theme);
     void setContext(std::shared_ptr<platform::ViewController> viewController);
     void acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> config, ObjCCompletion response);

@@ -27,6 +27,7 @@ public:
 
     // Kept for the host: a `LuOTPView` gives its fields the border of its own properties.
 
+    /// The colour of the circle around the character.
     platform::Color borderColorOfTextField{.red = 0, .green = 90.0 / 255, .blue = 164.0 / 255};
     /// In points.
     double borderWidthOfTextField = 2;

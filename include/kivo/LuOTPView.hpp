@@ -43,6 +43,7 @@ public:
     int otpTextFieldsCount = 4;
     /// "numeric", "alphabet" or "alphaNumeric" in a storyboard.
     KeyboardType otpTextFieldInputType = KeyboardType::numeric;
+    /// The font of the characters.
     platform::Font otpTextFieldFont = platform::Font::system(20);
     /// Shows "*" for every character.
     bool otpTextFieldEntrySecureType = false;
@@ -50,11 +51,13 @@ public:
     bool otpFilledEntryDisplay = false;
     /// Whether the text cursor is shown.
     bool shouldRequireCursor = true;
+    /// The colour of the text cursor, if the view shows one.
     platform::Color cursorColor = platform::Color::systemBlue();
     /// Width and height of a field.
     double otpTextFieldSize = 24;
     /// The distance between two fields.
     double otpTextFieldSeparatorSpace = 15;
+    /// The width of the border around each field.
     double otpTextFieldBorderWidth = 3;
     /// Kept for the host: the view uses one width and one colour for the borders of all its fields.
     double otpTextFieldActiveBorderWidth = 3;
@@ -62,9 +65,11 @@ public:
     platform::Color otpTextFieldDefaultBackgroundColor = platform::Color::clear();
     /// The background of a field with a character.
     platform::Color otpTextFieldEnteredBackgroundColor = platform::Color::clear();
+    /// The colour of the border around each field.
     platform::Color otpTextFieldDefaultBorderColor = darkBlue;
     /// Kept for the host, like the next colour.
     platform::Color otpTextFieldActiveBorderColor = darkBlue;
+    /// Kept for the host, likewise.
     platform::Color otpTextFieldErrorBorderColor = darkBlue;
     /// The colour of the characters; absent leaves the field's own colour.
     std::optional<platform::Color> otpTextFieldFontColor;
@@ -89,6 +94,7 @@ public:
     /// Gives the focus to the last field of a full row, otherwise to the edited field, otherwise to the first field.
     void getResponder();
 
+    /// What the fields tell the view; hosts do not call these functions.
     bool textFieldShouldBeginEditing(platform::TextField& field) override;
     void textFieldDidBeginEditing(platform::TextField& field) override;
     void textFieldDidEndEditing(platform::TextField& field) override;

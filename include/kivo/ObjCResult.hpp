@@ -22,6 +22,7 @@ struct RawValues<ObjCResultStatus> {
 /// A failure as plain values.
 class ObjCError {
 public:
+    /// An error with these values. `code` is a number of `ResponseCode`, or another of the host's.
     ObjCError(std::string errorName, std::string message, std::int64_t code, std::string genericMessage)
         : errorName_{std::move(errorName)}
         , message_{std::move(message)}
@@ -33,6 +34,7 @@ public:
 
     void setErrorName(std::string errorName) { errorName_ = std::move(errorName); }
 
+    /// The sentence for the code, in English.
     const std::string& message() const { return message_; }
 
     void setMessage(std::string message) { message_ = std::move(message); }
@@ -42,6 +44,7 @@ public:
 
     void setCode(std::int64_t code) { code_ = code; }
 
+    /// The sentence for the group of codes to which the code belongs, in English.
     const std::string& genericMessage() const { return genericMessage_; }
 
     void setGenericMessage(std::string genericMessage) { genericMessage_ = std::move(genericMessage); }
@@ -56,12 +59,15 @@ private:
 /// An outcome as an object, for hosts that cannot use `IdvOutcome`. Exactly one of success and error is set.
 class ObjCResult {
 public:
+    /// A success.
     explicit ObjCResult(std::shared_ptr<IdvResult> success)
         : success_{std::move(success)} {}
 
+    /// A failure.
     explicit ObjCResult(std::shared_ptr<ObjCError> error)
         : error_{std::move(error)} {}
 
+    /// Whether the result is a success.
     ObjCResultStatus status() const { return success_ ? ObjCResultStatus::success : ObjCResultStatus::failure; }
 
     /// The result object that the session API delivered; null on failure.

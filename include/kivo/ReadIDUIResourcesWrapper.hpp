@@ -14,6 +14,7 @@ namespace kivo {
 /// are in points.
 class KIVO_EXPORT ReadIDUIResourcesWrapper {
 public:
+    /// The size of the texts.
     double textSize() const;
     void setTextSize(double size);
 
@@ -22,15 +23,19 @@ public:
     platform::Font buttonFont() const;
     void setButtonFont(platform::Font font);
 
+    /// The font of the titles.
     platform::Font titleFont() const;
     void setTitleFont(platform::Font font);
 
+    /// The font of the texts.
     platform::Font textFont() const;
     void setTextFont(platform::Font font);
 
+    /// The size of the texts on buttons.
     double buttonTextSize() const;
     void setButtonTextSize(double size);
 
+    /// The height of the buttons.
     double buttonHeight() const;
     void setButtonHeight(double height);
 

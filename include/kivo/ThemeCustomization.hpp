@@ -57,29 +57,35 @@ public:
 
     /// "Karbon-Bold" at 17 points.
     std::optional<platform::Font> primaryButtonFont;
+    /// The outline of each screen's main button.
     double primaryButtonCornerRadius = 25;
     platform::Color primaryButtonBorderColor = platform::Color::clear();
     double primaryButtonBorderWidth = 0;
 
     // Activation code screen.
 
+    /// Six boxes, or one field for the whole code.
     CodeTextFieldStyle codeTextFieldStyle = CodeTextFieldStyle::boxed;
+    /// The screen's title.
     std::string codeScreenGetStartedTitle;
     /// Shown in the empty field of the single style.
     std::string codeScreenTextfieldPlaceholder;
     /// Shown between the code field and the scan button.
     std::string codeScreenOrText;
+    /// The button that leads to the scanning screen, and the colour of its title.
     std::string codeScreenScanQRCodeButtonTitle;
     platform::Color codeScreenScanQRButtonTitleColor = platform::Color::white();
     /// "Kivo.Button.BackgroundColor", else system blue.
     platform::Color codeScreenScanQRButtonBackgroundColor;
     /// "Karbon-Regular" at 17 points; for the single field and the boxes.
     std::optional<platform::Font> codeTextFieldFont;
+    /// The outline of the six boxes.
     double boxedActivationCodeTextFieldCornerRadius = 4;
     double boxedActivationCodeTextFieldBorderWidth = 2;
 
     // QR scanning screen.
 
+    /// The button that leads back to the code screen, and the colour of its title.
     std::string codeScreenEnterCodeManuallyButtonTitle;
     platform::Color qrScanScreenEnterManuallyButtonTitleColor = platform::Color::white();
     /// "Kivo.Button.BackgroundColor", else system blue.
@@ -87,6 +93,7 @@ public:
 
     // Document screen.
 
+    /// The screen's title and description, and the names of the documents to choose from.
     std::string selectIDTitleText;
     std::string selectIDDescriptionText;
     std::string selectIDPassportOptionText;
@@ -103,6 +110,7 @@ public:
 
     // Face scan screen.
 
+    /// The screen's title and description, and the button that begins the scan.
     std::string faceScanIntroTitle;
     std::string faceScanIntroDescription;
     std::string faceScanIntroNextButtonTitle;

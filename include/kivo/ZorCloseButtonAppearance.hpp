@@ -19,12 +19,17 @@ public:
     /// Looks up the default font.
     ZorCloseButtonAppearance();
 
+    /// Whether screens show no close button.
     bool closeButtonIsHidden = true;
+    /// The button's picture, and the picture behind its title.
     std::shared_ptr<const platform::Image> closeButtonImage;
     std::shared_ptr<const platform::Image> closeButtonBackGroundImage;
-    std::string closeButtonTitle = "Close";
+    /// The button's title; screen readers say the title, too. "Close" at first, in the person's language.
+    std::string closeButtonTitle;
+    /// The button's colours.
     std::optional<platform::Color> closeButtonBackgroundColor;
     std::optional<platform::Color> closeButtonTitleColor;
+    /// The button's size.
     double closeButtonWidth = 75;
     double closeButtonHeight = 35;
     /// Absent means 17.5, half of the default height.

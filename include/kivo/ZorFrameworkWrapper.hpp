@@ -16,6 +16,7 @@ public:
     /// Loads a provider, which replaces the former provider; a rejected version replaces the former provider by null.
     std::shared_ptr<KivoAPIProvider> load(std::string_view key, std::string_view version);
 
+    /// The provider that was loaded or set last; null before, and after a rejected version.
     std::shared_ptr<KivoAPIProvider> apiProvider() const;
     void setApiProvider(std::shared_ptr<KivoAPIProvider> apiProvider);
 

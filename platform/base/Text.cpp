@@ -2,6 +2,9 @@
 
 #include <utf8proc.h>
 
+#include <cstdint>
+#include <cstring>
+
 namespace kivo::text {
 namespace {
 
@@ -25,6 +28,19 @@ CodePoint codePointAt(std::string_view text, std::size_t position) {
         point.value = 0xFFFD;
     }
     return point;
+}
+
+/// The length of a part at the beginning without bytes of longer sequences. Eight bytes are looked at together.
+std::size_t asciiLength(std::string_view text) {
+    constexpr std::uint64_t tops = 0x8080'8080'8080'8080;
+    std::size_t length = 0;
+    for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if ((word & tops) != 0) {
+            break;
+        }
+    }
+    return length;
 }
 
 /// Where the character that begins at `position` ends.
@@ -55,12 +71,15 @@ bool isBlank(utf8proc_int32_t value) {
 } // namespace
 
 bool isUtf8(std::string_view bytes) {
-    for (std::size_t position = 0; position < bytes.size();) {
+    for (auto position = asciiLength(bytes); position < bytes.size();) {
         const auto point = codePointAt(bytes, position);
         if (!point.valid) {
             return false;
         }
         position += point.length;
+        if (point.length == 1) {
+            position += asciiLength(bytes.substr(position));
+        }
     }
     return true;
 }

@@ -55,9 +55,19 @@ std::string text(const json::Value& object, const char* name) {
     return found != nullptr ? *found : std::string{};
 }
 
-/// Whether the entry is for every device and not only for a certain appearance, such as the dark appearance.
-bool isUniversal(const json::Value& entry) {
-    return text(entry, "idiom") == "universal" && entry.find("appearances") == nullptr;
+/// Whether an entry of a set is for every device and for this appearance. The entries of the light appearance name
+/// none; those of other appearances, such as a high contrast, are left out.
+bool isFor(UserInterfaceStyle style, const json::Value& entry) {
+    if (text(entry, "idiom") != "universal") {
+        return false;
+    }
+    const auto* const appearances = entry.find("appearances");
+    if (appearances == nullptr || style == UserInterfaceStyle::light) {
+        return appearances == nullptr && style == UserInterfaceStyle::light;
+    }
+    const auto named = appearances->elements();
+    return named.size() == 1 && text(named.front(), "appearance") == "luminosity" &&
+           text(named.front(), "value") == "dark";
 }
 
 std::optional<double> hexNumber(std::string_view digits) {
@@ -80,22 +90,31 @@ double component(const json::Value& components, const char* name) {
     return level;
 }
 
-Color readColor(const fs::path& set) {
-    const auto contents = readContents(set);
+std::optional<Color> colorIn(UserInterfaceStyle style, const json::Value& contents) {
     for (const auto& entry : entries(contents, "colors")) {
-        const auto* const color = isUniversal(entry) ? entry.find("color") : nullptr;
+        const auto* const color = isFor(style, entry) ? entry.find("color") : nullptr;
         if (color == nullptr) {
             continue;
         }
         const json::Value none;
         const auto* const found = color->find("components");
         const auto& components = found != nullptr ? *found : none;
-        return {.red = component(components, "red"),
-                .green = component(components, "green"),
-                .blue = component(components, "blue"),
-                .alpha = component(components, "alpha")};
+        return Color{.red = component(components, "red"),
+                     .green = component(components, "green"),
+                     .blue = component(components, "blue"),
+                     .alpha = component(components, "alpha")};
     }
-    throw Malformed{"has no universal colour"};
+    return std::nullopt;
+}
+
+Color readColor(const fs::path& set) {
+    const auto contents = readContents(set);
+    const auto light = colorIn(UserInterfaceStyle::light, contents);
+    if (!light) {
+        throw Malformed{"has no universal colour"};
+    }
+    const auto dark = colorIn(UserInterfaceStyle::dark, contents);
+    return dark ? Color::adaptive(*light, *dark) : *light;
 }
 
 /// The size of a PNG file in points, at `scale` pixels a point. Zero for other files, absent for a PNG file with an
@@ -129,16 +148,23 @@ double scaleOf(const json::Value& entry) {
     return scale == "3x" ? 3 : scale == "2x" ? 2 : 1;
 }
 
-std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view name) {
-    const auto contents = readContents(set);
+/// A file of an image set, and its size in points.
+struct Picture {
+    fs::path file;
+    Size size;
+    bool isDirectional;
+};
+
+/// The finest picture for that appearance; absent when the set has none.
+std::optional<Picture> pictureIn(UserInterfaceStyle style, const json::Value& contents, const fs::path& set) {
     const json::Value* best = nullptr;
     for (const auto& entry : entries(contents, "images")) {
-        if (isUniversal(entry) && !text(entry, "filename").empty() && (!best || scaleOf(entry) > scaleOf(*best))) {
+        if (isFor(style, entry) && !text(entry, "filename").empty() && (!best || scaleOf(entry) > scaleOf(*best))) {
             best = &entry;
         }
     }
     if (!best) {
-        throw Malformed{"has no universal image with a file"};
+        return std::nullopt;
     }
     const fs::path file{text(*best, "filename")};
     std::error_code error;
@@ -149,9 +175,20 @@ std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view nam
     if (!size) {
         throw Malformed{"names the file \"" + file.string() + "\", whose picture has an impossible width or height"};
     }
+    return Picture{set / file, *size, text(*best, "language-direction") == "left-to-right"};
+}
+
+std::shared_ptr<const Image> readImage(const fs::path& set, std::string_view name) {
+    const auto contents = readContents(set);
+    const auto light = pictureIn(UserInterfaceStyle::light, contents, set);
+    if (!light) {
+        throw Malformed{"has no universal image with a file"};
+    }
+    const auto dark = pictureIn(UserInterfaceStyle::dark, contents, set);
     const auto* const properties = contents.find("properties");
     const bool isTemplate = properties != nullptr && text(*properties, "template-rendering-intent") == "template";
-    return std::make_shared<const Image>(std::string{name}, set / file, *size, isTemplate);
+    return std::make_shared<const Image>(std::string{name}, light->file, light->size, isTemplate, light->isDirectional,
+                                         dark ? dark->file : fs::path{});
 }
 
 /// The result of `read`, or the fault of the set at `set`.
@@ -167,6 +204,21 @@ auto guarded(const fs::path& set, const Read& read) -> std::expected<decltype(re
 } // namespace
 
 std::expected<std::optional<Color>, std::string> AssetCatalogue::color(std::string_view name) const {
+    {
+        const std::scoped_lock lock{mutex_};
+        if (const auto known = colors_.find(name); known != colors_.end()) {
+            return known->second;
+        }
+    }
+    auto read = readColorOf(name);
+    if (read) {
+        const std::scoped_lock lock{mutex_};
+        colors_.emplace(name, *read);
+    }
+    return read;
+}
+
+AssetCatalogue::FoundColor AssetCatalogue::readColorOf(std::string_view name) const {
     const auto set = find(name, ".colorset");
     return set ? guarded(*set, [&] { return std::optional{readColor(*set)}; }) : std::optional<Color>{};
 }
@@ -177,7 +229,13 @@ std::expected<std::shared_ptr<const Image>, std::string> AssetCatalogue::image(s
 }
 
 std::optional<fs::path> AssetCatalogue::find(std::string_view name, std::string_view kind) const {
-    const auto folder = std::string{name}.append(kind);
+    std::call_once(listed_, [this] { sets_ = listSets(); });
+    const auto found = sets_.find(std::string{name}.append(kind));
+    return found == sets_.end() ? std::nullopt : std::optional{found->second};
+}
+
+std::map<std::string, fs::path, std::less<>> AssetCatalogue::listSets() const {
+    std::map<std::string, fs::path, std::less<>> sets;
     std::error_code error;
     for (fs::directory_iterator catalogue{bundle_, error}, end; !error && catalogue != end;
          catalogue.increment(error)) {
@@ -187,12 +245,13 @@ std::optional<fs::path> AssetCatalogue::find(std::string_view name, std::string_
         std::error_code inside;
         for (fs::recursive_directory_iterator entry{catalogue->path(), inside}, last; !inside && entry != last;
              entry.increment(inside)) {
-            if (entry->path().filename() == folder) {
-                return entry->path();
+            const auto& path = entry->path();
+            if (path.extension() == ".colorset" || path.extension() == ".imageset") {
+                sets.emplace(path.filename(), path);
             }
         }
     }
-    return std::nullopt;
+    return sets;
 }
 
 } // namespace kivo::platform

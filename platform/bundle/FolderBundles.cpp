@@ -5,8 +5,11 @@
 #include "platform/bundle/PropertyListReader.hpp"
 #include "platform/posix/Files.hpp"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <expected>
 #include <system_error>
@@ -23,9 +26,9 @@ bool staysInFolder(std::string_view name) {
 }
 
 // An entry that cannot be examined exists: an unreadable resource must not pass for a missing resource.
-bool isThere(const fs::path& path) {
-    std::error_code ignored;
-    return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
+bool isThere(const std::string& path) {
+    struct stat entry{};
+    return ::lstat(path.c_str(), &entry) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 void appendMissing(std::vector<std::string>& names, const std::vector<std::string>& more) {
@@ -102,12 +105,13 @@ std::vector<std::string> languageFolders(std::string_view locale) {
 }
 
 FolderBundle::FolderBundle(fs::path folder, Presence presence, std::vector<std::string> languages,
-                           std::shared_ptr<Diagnostics> diagnostics)
+                           std::shared_ptr<Diagnostics> diagnostics, std::shared_ptr<const FolderBundle> host)
     : folder_{std::move(folder)}
     , catalogue_{folder_}
     , presence_{presence}
     , personLanguages_{std::move(languages)}
-    , diagnostics_{std::move(diagnostics)} {}
+    , diagnostics_{std::move(diagnostics)}
+    , host_{std::move(host)} {}
 
 std::optional<std::string> FolderBundle::bundleIdentifier() const {
     return infoText("CFBundleIdentifier");
@@ -121,20 +125,27 @@ std::optional<std::string> FolderBundle::infoText(std::string_view key) const {
 }
 
 std::optional<fs::path> FolderBundle::pathForResource(std::string_view name, std::string_view type) const {
-    auto file = std::string{name};
+    std::string file;
+    file.reserve(name.size() + type.size() + 1);
+    file.append(name);
     if (!type.empty()) {
         file.append(".").append(type);
     }
     if (name.empty() || !staysInFolder(file)) {
         return std::nullopt;
     }
-    auto path = folder_ / file;
-    if (isThere(path)) {
+    // One text for all places, because each request to a server asks for a resource that most hosts do not have.
+    constexpr std::size_t roomForLanguage = 32;
+    std::string path;
+    path.reserve(folder_.native().size() + roomForLanguage + file.size());
+    path.append(folder_.native()).append("/");
+    const auto folderLength = path.size();
+    if (isThere(path.append(file))) {
         return path;
     }
     for (const auto& language : contents().languages) {
-        path = folder_ / (language + ".lproj") / file;
-        if (isThere(path)) {
+        path.resize(folderLength);
+        if (isThere(path.append(language).append(".lproj/").append(file))) {
             return path;
         }
     }
@@ -191,6 +202,10 @@ std::string FolderBundle::localizedString(std::string_view key, std::string_view
     return text;
 }
 
+std::string FolderBundle::language() const {
+    return contents().language;
+}
+
 std::optional<Color> FolderBundle::color(std::string_view name) const {
     const auto color = catalogue_.color(name);
     if (!color) {
@@ -220,7 +235,8 @@ const FolderBundle::Contents& FolderBundle::contents() const {
 }
 
 FolderBundle::Contents FolderBundle::readContents() const {
-    Contents contents{{}, personLanguages_, {}};
+    const auto hostLanguage = host_ ? host_->language() : std::string{};
+    Contents contents{{}, hostLanguage.empty() ? personLanguages_ : languageFolders(hostLanguage), {}, {}};
     const auto addLanguage = [&](std::string_view name) { appendMissing(contents.languages, languageFolders(name)); };
     const auto path = folder_ / "Info.plist";
     std::error_code error;
@@ -252,6 +268,9 @@ FolderBundle::Contents FolderBundle::readContents() const {
     }
     addLanguage("en");
     addLanguage("Base");
+    const auto found = std::ranges::find_if(
+        contents.languages, [&](const auto& name) { return fs::is_directory(folder_ / (name + ".lproj"), error); });
+    contents.language = found == contents.languages.end() ? std::string{} : *found;
     return contents;
 }
 
@@ -307,9 +326,9 @@ std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBund
     }
     const auto languages = personLanguages();
     using enum FolderBundle::Presence;
+    const auto main = std::make_shared<FolderBundle>(std::move(mainBundle), optional, languages, diagnostics);
     return std::make_shared<FolderBundles>(
-        std::make_shared<FolderBundle>(std::move(mainBundle), optional, languages, diagnostics),
-        std::make_shared<FolderBundle>(std::move(sdkBundle), expected, languages, diagnostics));
+        main, std::make_shared<FolderBundle>(std::move(sdkBundle), expected, languages, diagnostics, main));
 }
 
 } // namespace kivo::platform

@@ -23,15 +23,17 @@ public:
     /// Whether a missing folder is reported.
     enum class Presence { optional, expected };
 
-    /// `languages` holds the person's languages as names of folders, the preferred language first.
+    /// `languages` holds the person's languages as names of folders, the preferred language first. Where `host` has
+    /// texts, its language takes their place: a host that speaks one language is not to get screens in another.
     FolderBundle(std::filesystem::path folder, Presence presence, std::vector<std::string> languages,
-                 std::shared_ptr<Diagnostics> diagnostics);
+                 std::shared_ptr<Diagnostics> diagnostics, std::shared_ptr<const FolderBundle> host = nullptr);
 
     std::optional<std::string> bundleIdentifier() const override;
     std::optional<std::string> infoText(std::string_view key) const override;
     std::optional<std::filesystem::path> pathForResource(std::string_view name, std::string_view type) const override;
     std::optional<PropertyValue> propertyList(std::string_view name) const override;
     std::string localizedString(std::string_view key, std::string_view table) const override;
+    std::string language() const override;
     std::optional<Color> color(std::string_view name) const override;
     std::shared_ptr<const Image> image(std::string_view name) const override;
 
@@ -39,6 +41,7 @@ private:
     struct Contents {
         PropertyValue::Dictionary info;
         std::vector<std::string> languages;
+        std::string language;
         std::string problem;
     };
 
@@ -52,6 +55,7 @@ private:
     Presence presence_;
     std::vector<std::string> personLanguages_;
     std::shared_ptr<Diagnostics> diagnostics_;
+    std::shared_ptr<const FolderBundle> host_;
 
     mutable std::once_flag contentsRead_;
     mutable Contents contents_;

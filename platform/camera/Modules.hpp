@@ -13,7 +13,7 @@ namespace kivo::platform {
 
 // GStreamer and the code reader bring some dozens of libraries along. Two modules are linked to them, lie beside
 // libkivo and are loaded at their first use, so that a host that never scans neither loads nor installs these
-// libraries. The file of a module exports one of the records below under the name `kivoModule`.
+// libraries. The file of a module exports one of the records below under the name `entry`.
 
 /// Finds machine-readable codes in a picture. For one thread at a time.
 class CodeReader {
@@ -28,6 +28,7 @@ public:
 /// two releases can lie in one folder.
 struct CodesModule {
     static constexpr auto file = "libkivo-codes.so." KIVO_SOVERSION;
+    static constexpr auto entry = "kivoCodes";
     static constexpr auto needs = "zxing-cpp (Debian: libzxing2)";
 
     const char* version;
@@ -36,6 +37,7 @@ struct CodesModule {
 
 struct CameraModule {
     static constexpr auto file = "libkivo-camera.so." KIVO_SOVERSION;
+    static constexpr auto entry = "kivoCamera";
     static constexpr auto needs = "GStreamer (Debian: libgstreamer-plugins-base1.0-0, gstreamer1.0-plugins-good)";
 
     const char* version;

@@ -1,3 +1,4 @@
+#include "platform/base/Process.hpp"
 #include "platform/camera/Modules.hpp"
 #include "platform/camera/VideoDevices.hpp"
 #include "platform/posix/SerialQueue.hpp"
@@ -6,6 +7,7 @@
 #include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/Services.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <future>
@@ -29,7 +31,15 @@ public:
     PipelineSource(const PipelineSource&) = delete;
     PipelineSource& operator=(const PipelineSource&) = delete;
 
-    ~PipelineSource() override { PipelineSource::stop(); }
+    ~PipelineSource() override {
+        PipelineSource::stop();
+        if (isBlocked_) {
+            auto& left = leftBehind();
+            ++left;
+            // Runs when the step that blocks has ended.
+            thread_->async([&left] { --left; });
+        }
+    }
 
     bool isThere() override { return !pipeline_.empty() || firstVideoDevice(); }
 
@@ -42,6 +52,10 @@ public:
         // The pipeline of an earlier run still blocks: another pipeline would only wait behind it.
         if (!isIdle()) {
             return std::unexpected{noAnswer};
+        }
+        if (leftBehind() >= mostLeftBehind) {
+            return std::unexpected{std::string{"the cameras before this camera do not stop; check the files and the "
+                                               "devices that their pipelines read"}};
         }
         const auto opened = std::make_shared<std::expected<void, std::string>>();
         try {
@@ -83,6 +97,13 @@ private:
     static constexpr std::chrono::seconds patience{2};
     static constexpr auto noAnswer =
         "the camera does not answer; check the file or the device that its pipeline reads, and open the camera again";
+
+    /// How many sources are gone whose threads still block. Each keeps a thread, so their number has a bound.
+    static std::atomic<int>& leftBehind() {
+        return Process::current().part<std::atomic<int>>([] { return new std::atomic<int>{0}; });
+    }
+
+    static constexpr int mostLeftBehind = 4;
 
     std::expected<std::shared_ptr<FrameSource>, std::string> make() const {
         auto pipeline = pipeline_;

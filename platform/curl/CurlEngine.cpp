@@ -1,5 +1,6 @@
 #include "platform/curl/CurlEngine.hpp"
 
+#include "platform/curl/WaitingTransfers.hpp"
 #include "platform/posix/BackgroundThread.hpp"
 
 #include <openssl/crypto.h>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 namespace kivo::platform {
@@ -47,8 +49,8 @@ public:
         while (!active_.empty()) {
             finishCancelled(active_.back().transfer);
         }
-        while (!waiting_.empty()) {
-            finishCancelled(waiting_.front());
+        while (const auto transfer = waiting_.takeLate(WaitingTransfers::Time::max())) {
+            endCancelled(transfer);
         }
     }
 
@@ -87,38 +89,32 @@ private:
 
     void take(std::shared_ptr<CurlTransfer> transfer) {
         if (transfer->isCancelled() || commands_.stopping) {
-            transfer->concludeCancelled();
-            handOver(std::move(transfer));
-        } else if (mayStart(*transfer) && transfer->deadline() > std::chrono::steady_clock::now()) {
+            endCancelled(std::move(transfer));
+        } else if (hasRoom(transfer->server()) && transfer->deadline() > std::chrono::steady_clock::now()) {
             begin(std::move(transfer));
         } else {
-            waiting_.push_back(std::move(transfer));
+            waiting_.add(std::move(transfer));
         }
     }
 
-    bool mayStart(const CurlTransfer& transfer) const {
-        const auto goesToTheSame = [&](const Active& entry) { return entry.transfer->server() == transfer.server(); };
-        return !transfer.awaitsVerdict() && std::ranges::count_if(active_, goesToTheSame) < requestsPerServer;
+    bool hasRoom(std::string_view server) const {
+        const auto goesThere = [&](const Active& entry) { return entry.transfer->server() == server; };
+        return std::ranges::count_if(active_, goesThere) < requestsPerServer;
     }
 
     // Begins the waiting transfers that may start now, in their order, and ends the transfers whose time is up.
     void startWaiting() {
-        if (waiting_.empty()) {
+        if (waiting_.isEmpty()) {
             return;
         }
         const auto now = std::chrono::steady_clock::now();
-        std::erase_if(waiting_, [&](const std::shared_ptr<CurlTransfer>& transfer) {
-            if (transfer->deadline() <= now) {
-                transfer->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
-                handOver(transfer);
-                return true;
-            }
-            if (mayStart(*transfer)) {
-                begin(transfer);
-                return true;
-            }
-            return false;
-        });
+        while (auto late = waiting_.takeLate(now)) {
+            late->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
+            handOver(std::move(late));
+        }
+        while (auto next = waiting_.takeNext([this](std::string_view server) { return hasRoom(server); })) {
+            begin(std::move(next));
+        }
     }
 
     void begin(std::shared_ptr<CurlTransfer> transfer) {
@@ -151,7 +147,7 @@ private:
             if (isOver) {
                 handOver(std::move(ended.transfer));
             } else {
-                waiting_.insert(waiting_.begin(), std::move(ended.transfer));
+                waiting_.addInFront(std::move(ended.transfer));
             }
             handles_.giveBack(std::move(ended.easy));
         }
@@ -159,18 +155,21 @@ private:
 
     // Does nothing when the transfer has ended already.
     void finishCancelled(std::shared_ptr<CurlTransfer> transfer) {
-        if (std::erase(waiting_, transfer) > 0) {
-            transfer->concludeCancelled();
-            handOver(std::move(transfer));
+        if (waiting_.remove(*transfer)) {
+            endCancelled(std::move(transfer));
             return;
         }
         auto ended = takeOut([&](const Active& entry) { return entry.transfer == transfer; });
         if (ended.transfer) {
             curl_multi_remove_handle(multi_, ended.easy.get());
-            ended.transfer->concludeCancelled();
-            handOver(std::move(ended.transfer));
+            endCancelled(std::move(ended.transfer));
             handles_.giveBack(std::move(ended.easy));
         }
+    }
+
+    void endCancelled(std::shared_ptr<CurlTransfer> transfer) {
+        transfer->concludeCancelled();
+        handOver(std::move(transfer));
     }
 
     // Waits for news of a connection, for a command of another thread, or until a waiting transfer's time is up. True
@@ -186,12 +185,12 @@ private:
 
     // The time until the first waiting transfer has waited too long.
     int patienceMs() const {
-        auto patience = std::chrono::milliseconds{longPollMs};
-        const auto now = std::chrono::steady_clock::now();
-        for (const auto& transfer : waiting_) {
-            patience = std::min(patience, std::chrono::ceil<std::chrono::milliseconds>(transfer->deadline() - now));
+        if (waiting_.isEmpty()) {
+            return longPollMs;
         }
-        return static_cast<int>(std::max<std::int64_t>(patience.count(), 0));
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(waiting_.firstDeadline() - std::chrono::steady_clock::now());
+        return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, longPollMs));
     }
 
     // Takes an entry out of the active entries; an empty entry when none is wanted.
@@ -217,7 +216,7 @@ private:
     CurlHandles handles_;
     std::shared_ptr<const CookieJar> jar_ = std::make_shared<const CookieJar>();
     std::vector<Active> active_;
-    std::vector<std::shared_ptr<CurlTransfer>> waiting_;
+    WaitingTransfers waiting_;
     Commands commands_;
 };
 
@@ -262,11 +261,16 @@ void CurlEngine::forgetCookies() {
 }
 
 void CurlEngine::order(Command command) {
+    bool isFirst = false;
     {
         const std::scoped_lock lock{mutex_};
+        isFirst = commands_.list.empty();
         commands_.list.push_back(std::move(command));
     }
-    wake();
+    // The thread takes all commands at once, so the first has woken it for the others.
+    if (isFirst) {
+        wake();
+    }
 }
 
 void CurlEngine::stop() {

@@ -51,10 +51,18 @@ std::optional<UrlError> faultIn(const std::vector<HttpHeader>& headers) {
 
 CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
                                const std::vector<HttpHeader>& requestHeaders, bool carriesBody, bool isOnOtherServer) {
-    std::vector<std::size_t> starts;
-    starts.reserve(sessionHeaders.size() + requestHeaders.size() + 3);
+    constexpr std::size_t roomForAdditions = 64;
+    std::size_t room = roomForAdditions;
+    for (const auto* const headers : {&sessionHeaders, &requestHeaders}) {
+        for (const auto& [name, value] : *headers) {
+            room += name.size() + value.size() + 3;
+        }
+    }
+    // The room is enough, so that the nodes can point to the lines at once.
+    lines_.reserve(room);
+    nodes_.reserve(sessionHeaders.size() + requestHeaders.size() + 3);
     const auto add = [&](std::string_view name, std::string_view separator, std::string_view value) {
-        starts.push_back(lines_.size());
+        nodes_.push_back({lines_.data() + lines_.size(), nullptr});
         lines_.append(name).append(separator).append(value).push_back('\0');
     };
     const auto addHeader = [&](const HttpHeader& header) {
@@ -81,9 +89,8 @@ CurlHeaderList::CurlHeaderList(const std::vector<HttpHeader>& sessionHeaders,
         leaveOut("Expect");
         leaveOut("Content-Type");
     }
-    nodes_.resize(starts.size());
-    for (std::size_t i = 0; i < starts.size(); ++i) {
-        nodes_[i] = {lines_.data() + starts[i], i + 1 < starts.size() ? &nodes_[i + 1] : nullptr};
+    for (std::size_t i = 1; i < nodes_.size(); ++i) {
+        nodes_[i - 1].next = &nodes_[i];
     }
 }
 

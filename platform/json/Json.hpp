@@ -31,7 +31,8 @@ struct Refusal {
     enum class Kind { notJson, tooManyBytes, tooDeep, tooManyMembers };
 
     Kind kind = Kind::notJson;
-    /// The byte at which reading ended; the text's length where more was expected.
+    /// The byte that has no place there, the first byte of the value beyond a limit, or the text's length where more
+    /// was expected.
     std::size_t offset = 0;
 
     /// Whether the text went beyond a limit. What such a text says is unknown, unlike that of a text that is no JSON.
@@ -68,13 +69,23 @@ public:
 
 private:
     friend class Reading;
+    friend class Value;
 
-    std::vector<std::uint32_t>::const_iterator placeOf(std::string_view name) const;
+    /// The index of a member, and a number that is the same for the same name.
+    struct Place {
+        std::uint32_t hash;
+        std::uint32_t at;
+    };
+
+    Place placeOf(std::uint32_t member) const;
+    std::vector<Place>::const_iterator firstPlaceOf(std::string_view name) const;
+    void sortPlaces();
     void index();
+    void dropRepeated();
 
     std::vector<Member> members_;
-    /// The members' indices, by name.
-    std::vector<std::uint32_t> byName_;
+    /// By hash, then name, then index; empty for few members, which are looked through one after another.
+    std::vector<Place> places_;
 };
 
 /// A JSON value. Numbers are kept as they were written and judged only when they are asked for.
@@ -96,6 +107,11 @@ public:
     Value(Integer number)
         : Value{Number{std::to_string(number)}} {}
 
+    /// JSON has no infinity and no NaN: both become null.
+    template <std::floating_point Real>
+    Value(Real number)
+        : Value{ofReal(number)} {}
+
     /// An object of few members, which are copied; for a large text use `Object::set`.
     static Value object(std::initializer_list<Member> members);
 
@@ -107,7 +123,7 @@ public:
     std::optional<std::int64_t> integer() const;
     /// A number near enough to a `double`; absent when its size is beyond all of them.
     std::optional<double> real() const;
-    /// A number as it was written; an integer within 64 bits without what does not count, such as the sign of -0.
+    /// A number as it was written.
     std::string_view digits() const;
     const std::string* text() const;
     std::string* text();
@@ -115,6 +131,8 @@ public:
     std::span<const Member> members() const;
     const Value* find(std::string_view name) const;
     Value* find(std::string_view name);
+    /// Moves the members of an object out.
+    std::vector<Member> takeMembers() &&;
     /// The text that is the member of that name.
     const std::string* textOf(std::string_view name) const;
 
@@ -124,6 +142,8 @@ private:
     struct Number {
         std::string digits;
     };
+
+    static Value ofReal(double number);
 
     explicit Value(Number number);
     Value(std::in_place_t, bool value);
@@ -146,7 +166,10 @@ std::optional<std::string> write(const Value& value);
 /// The value as compact JSON. U+FFFD replaces bytes that are not UTF-8.
 std::string writeRepaired(const Value& value);
 
-/// Appends a text in quotes to JSON, repaired; a plain one is copied once, however large.
+/// Appends a text in quotes to JSON; false, and nothing appended, when the text is no UTF-8.
+bool append(std::string& to, std::string_view text);
+
+/// The same for every text. U+FFFD replaces bytes that are not UTF-8.
 void appendRepaired(std::string& to, std::string_view text);
 
 } // namespace kivo::json

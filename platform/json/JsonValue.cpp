@@ -1,18 +1,22 @@
+#include "platform/base/Number.hpp"
 #include "platform/json/Json.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <numeric>
+#include <cmath>
+#include <compare>
+#include <functional>
 #include <system_error>
 
 namespace kivo::json {
 namespace {
 
-template <class Number>
-std::optional<Number> parsed(std::string_view digits) {
-    Number number{};
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    return error == std::errc{} && end == digits.data() + digits.size() ? std::optional{number} : std::nullopt;
+/// Up to so many members are looked through one after another, which is faster than an index.
+constexpr std::size_t few = 8;
+
+std::uint32_t hashOf(std::string_view name) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name));
 }
 
 } // namespace
@@ -51,14 +55,24 @@ std::span<const Member> Object::members() const {
     return members_;
 }
 
-std::vector<std::uint32_t>::const_iterator Object::placeOf(std::string_view name) const {
-    return std::ranges::lower_bound(byName_, name, {},
-                                    [this](std::uint32_t at) { return std::string_view{members_[at].name}; });
+Object::Place Object::placeOf(std::uint32_t member) const {
+    return {.hash = hashOf(members_[member].name), .at = member};
+}
+
+std::vector<Object::Place>::const_iterator Object::firstPlaceOf(std::string_view name) const {
+    const auto key = std::pair{hashOf(name), name};
+    return std::ranges::lower_bound(places_, key, {}, [this](const Place& place) {
+        return std::pair{place.hash, std::string_view{members_[place.at].name}};
+    });
 }
 
 const Value* Object::find(std::string_view name) const {
-    const auto place = placeOf(name);
-    return place != byName_.end() && members_[*place].name == name ? &members_[*place].value : nullptr;
+    if (places_.empty()) {
+        const auto member = std::ranges::find(members_, name, &Member::name);
+        return member != members_.end() ? &member->value : nullptr;
+    }
+    const auto place = firstPlaceOf(name);
+    return place != places_.end() && members_[place->at].name == name ? &members_[place->at].value : nullptr;
 }
 
 Value* Object::find(std::string_view name) {
@@ -70,37 +84,69 @@ void Object::set(std::string name, Value value) {
         *present = std::move(value);
         return;
     }
-    byName_.insert(placeOf(name), static_cast<std::uint32_t>(members_.size()));
     members_.emplace_back(std::move(name), std::move(value));
+    const auto place = placeOf(static_cast<std::uint32_t>(members_.size() - 1));
+    if (!places_.empty()) {
+        places_.insert(firstPlaceOf(members_.back().name), place);
+    } else if (members_.size() > few) {
+        sortPlaces();
+    }
+}
+
+void Object::sortPlaces() {
+    places_.clear();
+    places_.reserve(members_.size());
+    for (std::uint32_t at = 0; at < members_.size(); ++at) {
+        places_.push_back(placeOf(at));
+    }
+    std::ranges::sort(places_, [this](const Place& one, const Place& other) {
+        if (one.hash != other.hash) {
+            return one.hash < other.hash;
+        }
+        const auto names = members_[one.at].name <=> members_[other.at].name;
+        return names != 0 ? names < 0 : one.at < other.at;
+    });
 }
 
 void Object::index() {
-    const auto sort = [this] {
-        byName_.resize(members_.size());
-        std::iota(byName_.begin(), byName_.end(), 0U);
-        std::ranges::sort(byName_, {},
-                          [this](std::uint32_t at) { return std::pair{std::string_view{members_[at].name}, at}; });
+    if (members_.size() > few) {
+        sortPlaces();
+        dropRepeated();
+        return;
+    }
+    // Each member that has its name from a member before gives that one its value.
+    for (auto member = members_.begin(); member != members_.end();) {
+        const auto first = std::ranges::find(members_.begin(), member, member->name, &Member::name);
+        if (first == member) {
+            ++member;
+        } else {
+            first->value = std::move(member->value);
+            member = members_.erase(member);
+        }
+    }
+}
+
+void Object::dropRepeated() {
+    const auto isSame = [this](const Place& one, const Place& other) {
+        return one.hash == other.hash && members_[one.at].name == members_[other.at].name;
     };
-    sort();
-    const auto isSame = [this](std::uint32_t one, std::uint32_t other) {
-        return members_[one].name == members_[other].name;
-    };
-    if (std::ranges::adjacent_find(byName_, isSame) == byName_.end()) {
+    if (std::ranges::adjacent_find(places_, isSame) == places_.end()) {
         return;
     }
     // Each name's last value moves to the name's first place, and the places that it leaves go.
     std::vector<bool> isRepeated(members_.size());
-    for (auto first = byName_.begin(); first != byName_.end();) {
-        const auto next = std::find_if(first, byName_.end(), [&](std::uint32_t at) { return !isSame(*first, at); });
+    for (auto first = places_.begin(); first != places_.end();) {
+        const auto next =
+            std::find_if(first, places_.end(), [&](const Place& place) { return !isSame(*first, place); });
         if (next - first > 1) {
-            members_[*first].value = std::move(members_[*(next - 1)].value);
-            std::for_each(first + 1, next, [&](std::uint32_t at) { isRepeated[at] = true; });
+            members_[first->at].value = std::move(members_[(next - 1)->at].value);
+            std::for_each(first + 1, next, [&](const Place& place) { isRepeated[place.at] = true; });
         }
         first = next;
     }
     std::uint32_t at = 0;
     std::erase_if(members_, [&](const Member&) { return isRepeated[at++]; });
-    sort();
+    sortPlaces();
 }
 
 Value::Value(std::string text)
@@ -124,6 +170,15 @@ Value::Value(Number number)
 Value::Value(std::in_place_t, bool value)
     : content_{value} {}
 
+Value Value::ofReal(double number) {
+    if (!std::isfinite(number)) {
+        return {};
+    }
+    std::array<char, 32> digits{}; // the shortest digits of a double are 24 at most
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    return Value{Number{std::string{digits.data(), written.ptr}}};
+}
+
 Value Value::object(std::initializer_list<Member> members) {
     return Object{std::vector<Member>{members}};
 }
@@ -138,11 +193,14 @@ std::optional<bool> Value::boolean() const {
 }
 
 std::optional<std::int64_t> Value::integer() const {
-    return parsed<std::int64_t>(digits());
+    const auto written = digits();
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(written.data(), written.data() + written.size(), number);
+    return error == std::errc{} && end == written.data() + written.size() ? std::optional{number} : std::nullopt;
 }
 
 std::optional<double> Value::real() const {
-    return parsed<double>(digits());
+    return platform::decimalNumber(digits());
 }
 
 std::string_view Value::digits() const {
@@ -176,6 +234,11 @@ const Value* Value::find(std::string_view name) const {
 Value* Value::find(std::string_view name) {
     auto* const object = std::get_if<Object>(&content_);
     return object ? object->find(name) : nullptr;
+}
+
+std::vector<Member> Value::takeMembers() && {
+    auto* const object = std::get_if<Object>(&content_);
+    return object ? std::move(object->members_) : std::vector<Member>{};
 }
 
 const std::string* Value::textOf(std::string_view name) const {

@@ -55,6 +55,10 @@ void wipe(std::string& secret) {
     secret.clear();
 }
 
+std::size_t sealedSize(std::size_t size) {
+    return overhead + size;
+}
+
 std::optional<std::string> seal(const SealingKey& key, std::string_view identity, std::string_view value) {
     if (!fits(identity) || !fits(value)) {
         return std::nullopt;

@@ -32,6 +32,9 @@ private:
 /// the cipher or the random source fails.
 std::optional<std::string> seal(const SealingKey& key, std::string_view identity, std::string_view value);
 
+/// The size of a sealed value by that of the value.
+std::size_t sealedSize(std::size_t size);
+
 /// The value of a sealed value; absent when the key, the identity or a single bit differs.
 std::optional<std::string> unseal(const SealingKey& key, std::string_view identity, std::string_view sealed);
 

@@ -44,9 +44,32 @@ bool tellsOfUnreadPage(std::string_view finding) {
            finding.contains("failed to get page");
 }
 
+/// The address of a file, as SQLite reads addresses.
+std::string addressOf(const std::filesystem::path& file) {
+    std::string address = "file:";
+    for (const char c : file.string()) {
+        if (std::string_view{"%?#"}.contains(c)) {
+            constexpr std::string_view digits = "0123456789ABCDEF";
+            address.append(
+                {'%', digits[static_cast<unsigned char>(c) / 16], digits[static_cast<unsigned char>(c) % 16]});
+        } else {
+            address += c;
+        }
+    }
+    return address;
+}
+
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string whole;
+    for (const auto part : parts) {
+        whole += part;
+    }
+    return whole;
+}
+
 std::string expectedSchema() {
-    return std::string{"table items items "} + createItems + ";index sqlite_autoindex_items_1 items ;" +
-           "index attributes items " + createAttributes;
+    return joined({"table items items ", createItems, ";index sqlite_autoindex_items_1 items ;",
+                   "index attributes items ", createAttributes});
 }
 
 } // namespace
@@ -85,10 +108,14 @@ std::int64_t SqliteStatement::integer(int column) const {
     return sqlite3_column_int64(statement_, column);
 }
 
-std::expected<std::unique_ptr<SqliteDatabase>, int> SqliteDatabase::open(const std::filesystem::path& file) {
+std::expected<std::unique_ptr<SqliteDatabase>, int> SqliteDatabase::open(const std::filesystem::path& file,
+                                                                         Access access) {
+    const bool isShared = access == Access::shared;
+    const auto name = isShared ? file.string() : addressOf(file) + "?immutable=1";
+    const int flags = isShared ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
     sqlite3* connection = nullptr;
-    const int error = sqlite3_open_v2(file.c_str(), &connection,
-                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
+    const int error =
+        sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
     if (error != SQLITE_OK) {
         sqlite3_close(connection);
         return std::unexpected{error};
@@ -113,6 +140,10 @@ int SqliteDatabase::wait(void* self, int attempt) {
 }
 
 SqliteDatabase::~SqliteDatabase() {
+    // The last process to close the database moves the log into the file.
+    if (hasLog_) {
+        run("PRAGMA synchronous = NORMAL");
+    }
     for (const auto& [text, statement] : statements_) {
         sqlite3_finalize(statement);
     }
@@ -121,6 +152,44 @@ SqliteDatabase::~SqliteDatabase() {
 
 int SqliteDatabase::run(const char* statements) {
     return sqlite3_exec(connection_, statements, nullptr, nullptr, nullptr);
+}
+
+int SqliteDatabase::runAgain(const std::string& statement) {
+    auto prepared = prepare(statement);
+    const int result = prepared ? prepared->step() : lastError();
+    return result == SQLITE_DONE ? SQLITE_OK : result;
+}
+
+int SqliteDatabase::keepLog() {
+    const auto mode = text("PRAGMA journal_mode = WAL");
+    if (!mode) {
+        return lastError();
+    }
+    hasLog_ = *mode == "wal";
+    // A commit appends to the log and waits for nothing: the log has the commits in their order, and a checksum tells
+    // where a power cut has ended it. SQLite moves the log into the file when this class says so.
+    return run(hasLog_ ? "PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 0"
+                       : "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL");
+}
+
+int SqliteDatabase::emptyLog() {
+    if (!hasLog_) {
+        return SQLITE_OK;
+    }
+    int error = run("PRAGMA synchronous = NORMAL");
+    for (int attempt = 0; error == SQLITE_OK; ++attempt) {
+        const auto isBusy = number("PRAGMA wal_checkpoint(TRUNCATE)");
+        if (isBusy == 0) {
+            break;
+        }
+        error = !isBusy ? lastError() : SQLITE_OK;
+        // SQLite does not wait for another process that is emptying the log.
+        if (isBusy && wait(this, attempt) == 0) {
+            error = SQLITE_BUSY;
+        }
+    }
+    run("PRAGMA synchronous = OFF");
+    return error;
 }
 
 std::optional<std::int64_t> SqliteDatabase::number(const std::string& query) {
@@ -166,15 +235,41 @@ bool SqliteDatabase::isReadOnly() const {
     return sqlite3_db_readonly(connection_, "main") == 1;
 }
 
+sqlite3_file* SqliteDatabase::file() const {
+    sqlite3_file* opened = nullptr;
+    sqlite3_file_control(connection_, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&opened));
+    return opened != nullptr && opened->pMethods != nullptr ? opened : nullptr;
+}
+
+bool SqliteDatabase::readHeader(std::span<char> piece, sqlite3_int64 place) const {
+    sqlite3_file* const opened = file();
+    return opened != nullptr &&
+           opened->pMethods->xRead(opened, piece.data(), static_cast<int>(piece.size()), place) == SQLITE_OK;
+}
+
 bool SqliteDatabase::hasUnknownFormat() const {
     constexpr unsigned char newestFormat = 2;
     constexpr sqlite3_int64 placeOfFormat = 18;
-    sqlite3_file* file = nullptr;
-    unsigned char format = 0;
-    return sqlite3_file_control(connection_, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file)) ==
-               SQLITE_OK &&
-           file != nullptr && file->pMethods != nullptr &&
-           file->pMethods->xRead(file, &format, 1, placeOfFormat) == SQLITE_OK && format > newestFormat;
+    std::array<char, 1> format{};
+    return readHeader(format, placeOfFormat) && static_cast<unsigned char>(format[0]) > newestFormat;
+}
+
+std::optional<DatabaseVersion> SqliteDatabase::version() const {
+    constexpr sqlite3_int64 placeOfChangeCounter = 24;
+    constexpr int sizeOfIndexPart = 32 * 1024;
+    DatabaseVersion version{};
+    if (!hasLog_) {
+        return readHeader(std::span{version}.first(16), placeOfChangeCounter) ? std::optional{version} : std::nullopt;
+    }
+    // The log's index, which processes share in memory, begins with a counter of commits and a checksum.
+    sqlite3_file* const opened = file();
+    volatile void* index = nullptr;
+    if (opened == nullptr || opened->pMethods->xShmMap(opened, 0, sizeOfIndexPart, 0, &index) != SQLITE_OK ||
+        index == nullptr) {
+        return std::nullopt;
+    }
+    std::ranges::copy_n(static_cast<const volatile char*>(index), version.size(), version.begin());
+    return version;
 }
 
 bool SqliteDatabase::isInTransaction() const {
@@ -217,7 +312,7 @@ KeychainState examine(SqliteDatabase& database) {
 
 int createSchema(SqliteDatabase& database) {
     const auto statements =
-        std::string{"BEGIN IMMEDIATE;"} + createItems + ";" + createAttributes + ";" + createVersion + ";COMMIT";
+        joined({"BEGIN IMMEDIATE;", createItems, ";", createAttributes, ";", createVersion, ";COMMIT"});
     return database.run(statements.c_str());
 }
 

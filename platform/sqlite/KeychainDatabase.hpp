@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <expected>
@@ -9,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -42,11 +44,21 @@ private:
     int bound_ = 0;
 };
 
+/// Differs between two committed states of a database.
+using DatabaseVersion = std::array<char, 48>;
+
 /// One open database, for one thread at a time.
 class SqliteDatabase {
 public:
-    /// Opens an existing file, read-only when the file cannot be written. The error is SQLite's.
-    static std::expected<std::unique_ptr<SqliteDatabase>, int> open(const std::filesystem::path& file);
+    enum class Access {
+        /// Read-only when the file cannot be written.
+        shared,
+        /// Reads the file alone, without its log and without locks.
+        fileAlone,
+    };
+
+    /// Opens an existing file. The error is SQLite's.
+    static std::expected<std::unique_ptr<SqliteDatabase>, int> open(const std::filesystem::path& file, Access access);
 
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
@@ -57,6 +69,18 @@ public:
 
     /// Runs statements that give no rows; SQLITE_OK or an error.
     int run(const char* statements);
+
+    /// Runs a statement that gives no rows and is compiled at first use; SQLITE_OK or an error.
+    int runAgain(const std::string& statement);
+
+    /// Has every commit appended to a log beside the file, which needs no wait for the disk, where the system lets
+    /// processes share the log. Elsewhere every commit waits for the disk, and `emptyLog` has nothing to do. SQLITE_OK
+    /// or an error.
+    int keepLog();
+
+    /// Moves the commits from the log into the file and waits for the disk; SQLITE_OK or an error. The log is empty
+    /// then, and the former values are overwritten.
+    int emptyLog();
 
     /// The first value of a query's result; absent on an error, which `lastError` then names.
     std::optional<std::int64_t> number(const std::string& query);
@@ -79,14 +103,22 @@ public:
     /// Whether the file's header names a format that SQLite never writes, which is a sign of damage.
     bool hasUnknownFormat() const;
 
+    /// The bytes by which SQLite itself notices that another process has committed. Absent when they cannot be read.
+    std::optional<DatabaseVersion> version() const;
+
     bool isInTransaction() const;
 
 private:
     explicit SqliteDatabase(sqlite3* connection);
+    /// Reads a piece of the file's header, past SQLite's cache and without a lock.
+    bool readHeader(std::span<char> piece, sqlite3_int64 place) const;
+    /// The open file; null when SQLite has none.
+    sqlite3_file* file() const;
     static int wait(void* self, int attempt);
 
     sqlite3* const connection_;
     std::chrono::steady_clock::time_point deadline_;
+    bool hasLog_ = false;
     std::map<std::string, sqlite3_stmt*> statements_;
 };
 

@@ -1,11 +1,12 @@
 #include "platform/sqlite/KeychainFile.hpp"
 
+#include "platform/sqlite/NamesAside.hpp"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <ctime>
+#include <system_error>
 #include <utility>
 
 namespace kivo::platform {
@@ -13,26 +14,16 @@ namespace {
 
 constexpr auto databaseName = "keychain.db";
 
-// The database comes last: a new database must never find the journal of an old database.
-constexpr std::array suffixes{"-journal", "-wal", "-shm", ""};
-
-std::string timestamp() {
-    const auto now = std::time(nullptr);
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y%m%dT%H%M%SZ", &parts);
-    return text.data();
-}
-
-/// A mark for a file's name, with the time and, if need be, a number that no other file of the folder has.
-std::string freeMark(const PrivateFolder& folder, const std::string& name, std::string_view state) {
-    const auto mark = std::string{"."}.append(state).append("-").append(timestamp());
-    auto candidate = mark;
-    for (int number = 2; folder.has((name + candidate).c_str()) != false && number < 100; ++number) {
-        candidate = mark + "-" + std::to_string(number);
+/// Whether an error means that the database's log, or the index of the log, cannot be made.
+bool lacksLog(int sqliteError) {
+    switch (sqliteError) {
+    case SQLITE_IOERR_SHMOPEN:
+    case SQLITE_IOERR_SHMSIZE:
+    case SQLITE_IOERR_SHMMAP:
+        return true;
+    default:
+        return (sqliteError & 0xFF) == SQLITE_CANTOPEN || (sqliteError & 0xFF) == SQLITE_READONLY;
     }
-    return candidate;
 }
 
 } // namespace
@@ -57,12 +48,7 @@ OSStatus KeychainFile::open(Purpose purpose, Deadline deadline) {
         }
     }
     database_->setDeadline(deadline);
-    if (isReadOnly_ && purpose != Purpose::read) {
-        report("The keychain " + quoted(databasePath_) +
-               " cannot be written; give this user write permission for the file and its folder.");
-        return errSecReadOnly;
-    }
-    return errSecSuccess;
+    return isReadOnly_ && purpose == Purpose::store ? refuseChange() : errSecSuccess;
 }
 
 OSStatus KeychainFile::openFiles(Purpose purpose) {
@@ -101,7 +87,7 @@ OSStatus KeychainFile::openDatabase(Purpose purpose) {
         return errSecSuccess;
     }
     bool isThere = false;
-    for (const auto* suffix : suffixes) {
+    for (const auto* suffix : databaseSuffixes) {
         const auto has = folder_->has((std::string{databaseName} + suffix).c_str());
         if (!has) {
             return statusOf(has.error());
@@ -120,11 +106,22 @@ OSStatus KeychainFile::openDatabase(Purpose purpose) {
 }
 
 OSStatus KeychainFile::connect() {
-    auto opened = SqliteDatabase::open(databasePath_);
+    whyAlone_.reset();
+    auto status = connect(SqliteDatabase::Access::shared);
+    if (status == errSecSuccess && database_->isReadOnly() && logIsEmpty()) {
+        // Otherwise SQLite makes a log that this user cannot write later either.
+        status = connect(SqliteDatabase::Access::fileAlone);
+    }
+    return status == errSecSuccess ? setUp() : status;
+}
+
+OSStatus KeychainFile::connect(SqliteDatabase::Access access) {
+    auto opened = SqliteDatabase::open(databasePath_, access);
     if (!opened) {
         return statusOf(opened.error(), errno);
     }
     database_ = std::move(*opened);
+    ++connections_;
     database_->setDeadline(deadline_);
     process_ = getpid();
     struct stat file{};
@@ -132,11 +129,26 @@ OSStatus KeychainFile::connect() {
         return statusOf(FileProblem{.error = errno});
     }
     inode_ = file.st_ino;
-    return setUp();
+    return errSecSuccess;
+}
+
+bool KeychainFile::logIsEmpty() const {
+    std::error_code isAbsent;
+    const auto size = std::filesystem::file_size(databasePath_.string() + "-wal", isAbsent);
+    return isAbsent || size == 0;
 }
 
 OSStatus KeychainFile::setUp() {
-    const auto state = examine(*database_);
+    auto state = examine(*database_);
+    if (const int error = database_->lastError(); state == KeychainState::unknown && lacksLog(error) && logIsEmpty()) {
+        // The folder cannot be written, or the disk is full. The empty log shows that no process is writing, so reading
+        // the file alone is safe.
+        whyAlone_ = {.sqliteError = error, .systemError = database_->systemError()};
+        if (const auto status = connect(SqliteDatabase::Access::fileAlone); status != errSecSuccess) {
+            return status;
+        }
+        state = examine(*database_);
+    }
     isReadOnly_ = database_->isReadOnly();
     if (state == KeychainState::damaged || database_->hasUnknownFormat()) {
         return errSecDecode;
@@ -153,12 +165,23 @@ OSStatus KeychainFile::setUp() {
     if (isReadOnly_) {
         return errSecSuccess;
     }
-    // Nothing of a former value stays: every commit empties the journal, freed room is overwritten, and no temporary
-    // files are written. A successful change is on the disk.
-    const bool isReady = database_->run("PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL; "
-                                        "PRAGMA secure_delete = ON; PRAGMA temp_store = MEMORY") == SQLITE_OK &&
+    // Nothing of a former value stays: freed room is overwritten, no temporary files are written, and `settle` empties
+    // the log.
+    const bool isReady = database_->run("PRAGMA secure_delete = ON; PRAGMA temp_store = MEMORY") == SQLITE_OK &&
+                         database_->keepLog() == SQLITE_OK &&
                          (state != KeychainState::fresh || createSchema(*database_) == SQLITE_OK);
-    return isReady ? errSecSuccess : failure();
+    if (!isReady) {
+        return failure();
+    }
+    // What a killed process has left in the log. Another process that is at work settles the log itself.
+    database_->setDeadline({});
+    const int error = database_->emptyLog();
+    database_->setDeadline(deadline_);
+    return error == SQLITE_OK || error == SQLITE_BUSY ? errSecSuccess : failure();
+}
+
+OSStatus KeychainFile::settle() {
+    return database_->emptyLog() == SQLITE_OK ? errSecSuccess : failure();
 }
 
 OSStatus KeychainFile::openKey(Purpose purpose) {
@@ -241,7 +264,7 @@ OSStatus KeychainFile::putDatabaseAside(std::string_view state, std::string_view
 }
 
 OSStatus KeychainFile::putAside(const std::string& name, const std::string& mark) {
-    for (const auto* suffix : suffixes) {
+    for (const auto* suffix : databaseSuffixes) {
         const int error = folder_->rename((name + suffix).c_str(), name + mark + suffix);
         if (error != 0 && error != ENOENT) {
             return statusOf(FileProblem{.error = error});
@@ -259,77 +282,6 @@ OSStatus KeychainFile::checkMark() {
     return isDoubtful_ ? errSecDecode : errSecSuccess;
 }
 
-bool KeychainFile::closeIfDoubtful() {
-    if (isDoubtful_) {
-        close();
-    }
-    return isDoubtful_;
-}
-
-OSStatus KeychainFile::failure() {
-    const int error = database_->lastError();
-    isDoubtful_ = isDamage(error);
-    return statusOf(error, database_->systemError());
-}
-
-OSStatus KeychainFile::statusOf(int sqliteError, int systemError) {
-    if (isDamage(sqliteError)) {
-        return errSecDecode;
-    }
-    switch (sqliteError & 0xFF) {
-    case SQLITE_CONSTRAINT:
-        return errSecDuplicateItem;
-    case SQLITE_FULL:
-        return statusOf(FileProblem{.error = ENOSPC});
-    case SQLITE_READONLY:
-    case SQLITE_PERM:
-        return statusOf(FileProblem{.error = EACCES});
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-        return statusOf(FileProblem{.error = ETIMEDOUT});
-    case SQLITE_TOOBIG:
-        return errSecParam;
-    case SQLITE_CANTOPEN:
-    case SQLITE_IOERR:
-        return statusOf(FileProblem{.error = systemError != 0 ? systemError : EIO});
-    default:
-        report("The keychain " + quoted(databasePath_) + " gave the error \"" + sqlite3_errstr(sqliteError) + "\".");
-        return errSecIO;
-    }
-}
-
-OSStatus KeychainFile::statusOf(const FileProblem& problem) {
-    const auto folder = quoted(where_.path());
-    const auto reason = " (" + problem.text() + ")";
-    switch (problem.error) {
-    case 0:
-        report("The keychain is not used: " + problem.refusal);
-        return errSecNotAvailable;
-    case ETIMEDOUT:
-        report("The keychain in " + folder + " is held by another process; look for a process that has hung.");
-        return errSecNotAvailable;
-    case EMFILE:
-    case ENFILE:
-        report("The keychain in " + folder + " cannot be opened" + reason + "; " + descriptorRemedy + ".");
-        return errSecNotAvailable;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        report("There is no room for the keychain in " + folder + reason +
-               "; free some space. What was stored before is kept.");
-        return errSecDiskFull;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        report("The keychain's folder " + folder + " cannot be written" + reason +
-               "; give this user write permission for it.");
-        return errSecReadOnly;
-    default:
-        report("The keychain's folder " + folder + " cannot be used" + reason + "; check the disk.");
-        return errSecIO;
-    }
-}
-
 bool KeychainFile::isStillInPlace() const {
     struct stat file{};
     return lstat(databasePath_.c_str(), &file) == 0 && file.st_ino == inode_;
@@ -338,13 +290,6 @@ bool KeychainFile::isStillInPlace() const {
 void KeychainFile::close() {
     database_.reset();
     key_.reset();
-}
-
-void KeychainFile::report(std::string text) {
-    if (text != lastReport_) {
-        reports_.push_back(text);
-        lastReport_ = std::move(text);
-    }
 }
 
 } // namespace kivo::platform

@@ -9,6 +9,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -32,11 +33,22 @@ public:
     KeychainFile& operator=(const KeychainFile&) = delete;
     ~KeychainFile();
 
-    /// Makes `database()` ready, and waits for other processes until the deadline. Every purpose except `read` needs a
-    /// writable database. `store` creates missing files, and `key()` is present afterwards.
+    /// Makes `database()` ready, and waits for other processes until the deadline. `store` creates missing files and
+    /// needs a writable database, and `key()` is present afterwards.
     OSStatus open(Purpose purpose, Deadline deadline);
 
     SqliteDatabase& database() { return *database_; }
+
+    bool isReadOnly() const { return isReadOnly_; }
+
+    /// Reports why a database that is read-only cannot be changed, and returns the status.
+    OSStatus refuseChange();
+
+    /// Has every commit so far on the disk, and every former value overwritten, when it returns with success.
+    OSStatus settle();
+
+    /// Grows whenever `database()` becomes another object.
+    std::uint64_t connections() const { return connections_; }
 
     /// `errSecDecode` when the open database no longer carries the mark of this release. Another process cannot change
     /// the mark during a transaction.
@@ -50,7 +62,12 @@ public:
 
     /// Closes the database after a sign of damage or of another release; false after any other failure. The next
     /// `open()` examines the file, and puts a damaged file aside.
-    bool closeIfDoubtful();
+    bool closeIfDoubtful() {
+        if (isDoubtful_) {
+            close();
+        }
+        return isDoubtful_;
+    }
 
     /// Keeps `text` for the diagnostics unless the last text kept was the same.
     void report(std::string text);
@@ -62,6 +79,8 @@ private:
     OSStatus openFiles(Purpose purpose);
     OSStatus openDatabase(Purpose purpose);
     OSStatus connect();
+    OSStatus connect(SqliteDatabase::Access access);
+    bool logIsEmpty() const;
     OSStatus setUp();
     OSStatus openKey(Purpose purpose);
     OSStatus createKey();
@@ -78,9 +97,18 @@ private:
     std::optional<PrivateFolder> folder_;
     std::filesystem::path databasePath_;
     std::unique_ptr<SqliteDatabase> database_;
+    std::uint64_t connections_ = 0;
     pid_t process_ = 0;
     ino_t inode_ = 0;
     bool isReadOnly_ = false;
+
+    struct Errors {
+        int sqliteError;
+        int systemError;
+    };
+
+    /// The errors for which the file is read alone, without its log.
+    std::optional<Errors> whyAlone_;
     bool isDoubtful_ = false;
     std::optional<SealingKey> key_;
     std::string lastReport_;

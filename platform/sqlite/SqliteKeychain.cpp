@@ -3,6 +3,8 @@
 #include "platform/openssl/SealedValue.hpp"
 #include "platform/posix/DeadlineMutex.hpp"
 #include "platform/sqlite/KeychainFile.hpp"
+#include "platform/sqlite/KeychainQuery.hpp"
+#include "platform/sqlite/LastRead.hpp"
 
 #include <sys/types.h>
 #include <unistd.h>
@@ -10,6 +12,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,68 +23,6 @@ namespace kivo::platform {
 namespace {
 
 using Purpose = KeychainFile::Purpose;
-
-/// The attributes that tell items apart. An item's value is sealed with them.
-struct Identity {
-    std::string itemClass;
-    std::string service;
-    std::string account;
-    std::string accessGroup;
-
-    std::string associatedData() const {
-        std::string data;
-        for (const auto* part : {&itemClass, &service, &account, &accessGroup}) {
-            data += std::to_string(part->size()) + ":" + *part;
-        }
-        return data;
-    }
-};
-
-Identity identityOf(const KeychainAttributes& attributes) {
-    return {attributes.kSecClass, attributes.kSecAttrService.value_or(""), attributes.kSecAttrAccount.value_or(""),
-            attributes.kSecAttrAccessGroup.value_or("")};
-}
-
-Identity identityOf(const SqliteStatement& row, int column) {
-    const auto text = [&](int offset) { return std::string{row.bytes(column + offset)}; };
-    return {text(0), text(1), text(2), text(3)};
-}
-
-/// The SQL condition for the items that match a query's attributes.
-class Matching {
-public:
-    explicit Matching(const KeychainAttributes& query)
-        : query_{query} {
-        for (const auto& [column, value] : comparisons()) {
-            if (*value) {
-                condition_ += std::string{" AND "} + column + " = ?";
-            }
-        }
-    }
-
-    const std::string& condition() const { return condition_; }
-
-    void bind(SqliteStatement& statement) const {
-        statement.bindText(query_.kSecClass);
-        for (const auto& [column, value] : comparisons()) {
-            if (*value) {
-                statement.bindText(**value);
-            }
-        }
-    }
-
-private:
-    std::vector<std::pair<const char*, const std::optional<std::string>*>> comparisons() const {
-        return {{"service", &query_.kSecAttrService},
-                {"account", &query_.kSecAttrAccount},
-                {"access_group", &query_.kSecAttrAccessGroup},
-                {"generic", &query_.kSecAttrGeneric},
-                {"accessible", &query_.kSecAttrAccessible}};
-    }
-
-    const KeychainAttributes& query_;
-    std::string condition_{"class = ?"};
-};
 
 void bindOptional(SqliteStatement& statement, const std::optional<std::string>& text) {
     if (text) {
@@ -98,19 +40,39 @@ public:
         , file_{std::move(folder)} {}
 
     OSStatus SecItemAdd(const KeychainAttributes& attributes) override {
-        return perform(Purpose::store, [&] { return add(attributes); });
+        return perform(Purpose::store, [&] { return change([&] { return add(attributes); }); });
     }
 
     OSStatus SecItemCopyMatching(const KeychainAttributes& query, std::string* result) override {
-        return perform(Purpose::read, [&] { return copy(query, query.kSecReturnData ? result : nullptr); });
+        return perform(Purpose::read, [&] { return read(query, query.kSecReturnData ? result : nullptr); });
     }
 
     OSStatus SecItemUpdate(const KeychainAttributes& query, const KeychainAttributes& change) override {
-        return perform(Purpose::store, [&] { return update(query, change); });
+        return perform(Purpose::store, [&] { return this->change([&] { return update(query, change); }); });
     }
 
     OSStatus SecItemDelete(const KeychainAttributes& query) override {
-        return perform(Purpose::remove, [&] { return remove(query); });
+        return perform(Purpose::remove, [&] {
+            if (!file_.isReadOnly()) {
+                return change([&] { return remove(query); });
+            }
+            const auto status = inTransaction("BEGIN", [&] { return copy(query, nullptr); });
+            return status == errSecSuccess ? file_.refuseChange() : status;
+        });
+    }
+
+    OSStatus SecItemStoreAll(std::span<const KeychainAttributes> items, KeychainDurability durability) override {
+        return perform(Purpose::store, [&] {
+            return change(
+                [&] {
+                    auto status = errSecSuccess;
+                    for (auto item = items.begin(); item != items.end() && status == errSecSuccess; ++item) {
+                        status = put(*item);
+                    }
+                    return status;
+                },
+                durability);
+        });
     }
 
 private:
@@ -149,7 +111,7 @@ private:
             if (status != errSecSuccess) {
                 return status;
             }
-            status = inTransaction(purpose, operation);
+            status = operation();
             if (status != errSecDecode || !file_.closeIfDoubtful()) {
                 break;
             }
@@ -158,14 +120,34 @@ private:
     }
 
     template <typename Operation>
-    OSStatus inTransaction(Purpose purpose, Operation operation) {
+    OSStatus change(Operation operation, KeychainDurability durability = KeychainDurability::atOnce) {
+        last_.forget();
+        const auto status = inTransaction("BEGIN IMMEDIATE", operation);
+        return status == errSecSuccess && durability == KeychainDurability::atOnce ? file_.settle() : status;
+    }
+
+    OSStatus read(const KeychainAttributes& query, std::string* result) {
+        const auto* const known = result != nullptr ? last_.find(query, file_) : nullptr;
+        if (known != nullptr) {
+            *result = *known;
+            return errSecSuccess;
+        }
+        const auto version = file_.database().version();
+        const auto status = inTransaction("BEGIN", [&] { return copy(query, result); });
+        if (status == errSecSuccess && result != nullptr) {
+            last_.keep(query, *result, file_.connections(), version);
+        }
+        return status;
+    }
+
+    template <typename Operation>
+    OSStatus inTransaction(const char* begin, Operation operation) {
         auto& database = file_.database();
-        const auto* const begin = purpose == Purpose::read ? "BEGIN" : "BEGIN IMMEDIATE";
-        auto status = database.run(begin) == SQLITE_OK ? file_.checkMark() : file_.failure();
+        auto status = database.runAgain(begin) == SQLITE_OK ? file_.checkMark() : file_.failure();
         if (status == errSecSuccess) {
             status = operation();
         }
-        if (status == errSecSuccess && database.run("COMMIT") != SQLITE_OK) {
+        if (status == errSecSuccess && database.runAgain("COMMIT") != SQLITE_OK) {
             status = file_.failure();
         }
         if (database.isInTransaction()) {
@@ -197,10 +179,24 @@ private:
         return insert->step() == SQLITE_DONE ? errSecSuccess : file_.failure();
     }
 
+    /// Stores the value of an item that may be there already.
+    OSStatus put(const KeychainAttributes& item) {
+        KeychainAttributes query;
+        query.kSecClass = item.kSecClass;
+        query.kSecAttrService = item.kSecAttrService.value_or("");
+        query.kSecAttrAccessGroup = item.kSecAttrAccessGroup.value_or("");
+        query.kSecAttrAccount = item.kSecAttrAccount.value_or("");
+        KeychainAttributes change;
+        change.kSecValueData = item.kSecValueData.value_or("");
+        const auto status = update(query, change);
+        wipe(*change.kSecValueData);
+        return status == errSecItemNotFound ? add(item) : status;
+    }
+
     OSStatus copy(const KeychainAttributes& query, std::string* result) {
         const Matching matching{query};
-        auto select = file_.database().prepare("SELECT class, service, account, access_group, value FROM items WHERE " +
-                                               matching.condition() + " ORDER BY id LIMIT 1");
+        auto select = file_.database().prepare(matching.statement(
+            "SELECT class, service, account, access_group, value FROM items", " ORDER BY id LIMIT 1"));
         if (!select) {
             return file_.failure();
         }
@@ -240,6 +236,9 @@ private:
         if (!change.kSecValueData) {
             return true;
         }
+        if (row.bytes(5).size() != sealedSize(change.kSecValueData->size())) {
+            return false;
+        }
         auto value = file_.key() ? unseal(*file_.key(), identity.associatedData(), row.bytes(5)) : std::nullopt;
         const bool same = value == change.kSecValueData;
         if (value) {
@@ -251,8 +250,7 @@ private:
     OSStatus update(const KeychainAttributes& query, const KeychainAttributes& change) {
         const Matching matching{query};
         auto select = file_.database().prepare(
-            "SELECT class, service, account, access_group, id, value, accessible FROM items WHERE " +
-            matching.condition());
+            matching.statement("SELECT class, service, account, access_group, id, value, accessible FROM items"));
         if (!select) {
             return file_.failure();
         }
@@ -304,7 +302,7 @@ private:
 
     OSStatus remove(const KeychainAttributes& query) {
         const Matching matching{query};
-        auto erase = file_.database().prepare("DELETE FROM items WHERE " + matching.condition());
+        auto erase = file_.database().prepare(matching.statement("DELETE FROM items"));
         if (!erase) {
             return file_.failure();
         }
@@ -322,6 +320,7 @@ private:
     std::atomic<bool> isForkTold_{false};
     DeadlineMutex mutex_;
     KeychainFile file_;
+    LastRead last_;
 };
 
 } // namespace

@@ -24,6 +24,7 @@ void addText(StackView& box, std::string identifier, const std::string& text) {
     label->setIdentifier(std::move(identifier));
     label->setText(text);
     label->setTextAlignment(TextAlignment::center);
+    label->setTextColor(Color::adaptive(Color::black(), Color::white()));
     label->setHidden(text.empty());
     box.addSubview(label);
 }
@@ -33,7 +34,7 @@ void addText(StackView& box, std::string identifier, const std::string& text) {
 std::shared_ptr<View> AlertController::loadView() {
     const auto box = std::make_shared<AlertBox>();
     box->setIdentifier("alert");
-    box->setBackgroundColor(Color::white());
+    box->setBackgroundColor(Color::adaptive(Color::white(), Color::white(0.17)));
     box->changeLayer([](Layer& layer) { layer.cornerRadius = 14; });
     box->setPlacement({.centerX = 0, .centerY = 0, .width = boxWidth});
     box->setMargins({.top = boxMargin, .left = boxMargin, .bottom = boxMargin, .right = boxMargin});
@@ -53,7 +54,7 @@ std::shared_ptr<View> AlertController::loadView() {
         box->addSubview(button);
     }
     auto dimmed = std::make_shared<View>();
-    dimmed->setBackgroundColor(Color::white(0, 0.2));
+    dimmed->setBackgroundColor(Color::adaptive(Color::white(0, 0.2), Color::white(0, 0.5)));
     dimmed->addSubview(box);
     return dimmed;
 }

@@ -1,3 +1,4 @@
+#include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Control.hpp>
@@ -51,11 +52,23 @@ void Button::setBackgroundImage(std::shared_ptr<const Image> image) {
     noteChange();
 }
 
+double Button::widthBesideTitle() const {
+    const auto image = image_ ? image_->size.width : 0;
+    return contentInsets.left + contentInsets.right + image + (image > 0 && !title_.empty() ? imageSpacing : 0);
+}
+
+Font Button::shownFont() const {
+    // A button of a fixed width gives up some of its margins first.
+    constexpr double spare = contentInsets.left + contentInsets.right - 8;
+    return fittingWords(TextStyled::shownFont(), title_, frame().size.width - widthBesideTitle() + spare);
+}
+
 Size Button::sizeThatFits(double widthLimit) {
     const auto image = image_ ? image_->size : Size{};
-    const auto beside = contentInsets.left + contentInsets.right + image.width +
-                        (image.width > 0 && !title_.empty() ? imageSpacing : 0);
-    const auto title = measure(title_, std::max(widthLimit - beside, 0.0));
+    const auto beside = widthBesideTitle();
+    const auto room = std::max(widthLimit - beside, 0.0);
+    const auto font = fittingWords(TextStyled::shownFont(), title_, room);
+    const auto title = services().fonts->measure(title_, font.name, font.pointSize, room);
     return {title.width + beside, std::max(title.height, image.height) + contentInsets.top + contentInsets.bottom};
 }
 

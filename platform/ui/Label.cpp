@@ -74,13 +74,12 @@ void Label::setShrinksToWords(bool shrinks) {
     }
 }
 
-Font Label::fittedFont(double width) const {
+Font TextStyled::fittingWords(Font font, std::string_view text, double width) {
     constexpr double unlimited = 1e6;
-    auto font = shownFont();
-    if (!shrinksToWords_ || width <= 0) {
+    if (width <= 0) {
         return font;
     }
-    for (const auto word : unbrokenParts(text_)) {
+    for (const auto word : unbrokenParts(text)) {
         const auto needed = [&] { return services().fonts->measure(word, font.name, font.pointSize, unlimited).width; };
         if (const auto full = needed(); full > width) {
             font.pointSize = std::max(std::floor(font.pointSize * width / full), 1.0);
@@ -91,6 +90,10 @@ Font Label::fittedFont(double width) const {
         }
     }
     return font;
+}
+
+Font Label::fittedFont(double width) const {
+    return shrinksToWords_ ? fittingWords(shownFont(), text_, width) : shownFont();
 }
 
 Size Label::sizeThatFits(double widthLimit) {

@@ -1,7 +1,10 @@
+#include "platform/ui/storyboard/Classes.hpp"
+
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Color.hpp>
 #include <kivo/platform/ui/Font.hpp>
 #include <kivo/platform/ui/Image.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 
 namespace kivo::platform {
 
@@ -15,6 +18,12 @@ std::shared_ptr<const Image> Image::named(std::string_view name) {
 
 std::shared_ptr<const Image> Image::named(std::string_view name, const Bundle& bundle) {
     return bundle.image(name);
+}
+
+std::string localizedText(std::string_view text) {
+    auto own = services().bundles->main()->localizedString(text);
+    const auto library = own == text ? storyboard::libraryBundle() : nullptr;
+    return library ? library->localizedString(text) : own;
 }
 
 std::optional<Font> Font::named(std::string_view name, double pointSize) {

@@ -3,11 +3,13 @@
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace kivo::platform {
@@ -135,8 +137,9 @@ const std::shared_ptr<View>& NavigationController::navigationBar() {
     if (!navigationBar_) {
         navigationBar_ = std::make_shared<View>();
         navigationBar_->setIdentifier("navigationBar");
-        // The bar's title is dark, and the screen under the bar may be dark too.
-        navigationBar_->setBackgroundColor(Color::white(1, 0.92));
+        // The bar has a ground of its own: the screen under the bar may be as dark, or as light, as the bar's title.
+        navigationBar_->setBackgroundColor(
+            Color::adaptive(Color::white(1, 0.92), {15.0 / 255, 19.0 / 255, 24.0 / 255, 0.92}));
     }
     return navigationBar_;
 }
@@ -204,22 +207,29 @@ void NavigationController::fillNavigationBar() {
     title->setIdentifier("navigationTitle");
     title->setText(item->title());
     title->setTextColor(titleColor_);
-    add(title, {.centerX = 0});
+    title->setTextAlignment(TextAlignment::center);
+    title->setShrinksToWords(true);
     if (const auto& left = item->leftBarButtonItem()) {
-        add(barButton("leftBarButton", *left), {.left = barMargin});
+        add(barButton("leftBarButton", *left), {.leading = barMargin});
     } else if (children().size() > 1) {
-        add(barButton("backButton", {.title = "Back",
+        add(barButton("backButton", {.title = localizedText("Back"),
                                      .action =
                                          [weak] {
                                              if (const auto self = weak.lock()) {
                                                  self->goBack();
                                              }
                                          }}),
-            {.left = barMargin});
+            {.leading = barMargin});
     }
     if (const auto& right = item->rightBarButtonItem()) {
-        add(barButton("rightBarButton", *right), {.right = barMargin});
+        add(barButton("rightBarButton", *right), {.trailing = barMargin});
     }
+    // In the middle of the bar, beside the wider of the buttons.
+    double widest = 0;
+    for (const auto& button : barItems_) {
+        widest = std::max(widest, button->fittingSize(std::numeric_limits<double>::max()).width);
+    }
+    add(title, {.leading = barMargin + widest, .trailing = barMargin + widest});
 }
 
 } // namespace kivo::platform

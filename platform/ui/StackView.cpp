@@ -21,6 +21,10 @@ double gaps(const Views& views, double spacing) {
     return views.empty() ? 0 : spacing * static_cast<double>(views.size() - 1);
 }
 
+bool grows(const std::shared_ptr<View>& view) {
+    return view->placement().grows;
+}
+
 double sum(const std::vector<double>& lengths) {
     return std::accumulate(lengths.begin(), lengths.end(), 0.0);
 }
@@ -85,9 +89,14 @@ Size StackView::sizeThatFits(double widthLimit) {
     Size needed;
     if (axis_ == Axis::horizontal) {
         const auto widths = widthsInRow(views, available);
+        auto grown = widths;
+        if (std::ranges::any_of(views, grows)) {
+            // A text that gets more room may be set in a larger font, and so be higher.
+            shareRest(views, grown, available);
+        }
         double widest = 0;
         for (std::size_t i = 0; i < views.size(); ++i) {
-            const auto fit = views[i]->fittingSize(widths[i]);
+            const auto fit = views[i]->fittingSize(grown[i]);
             widest = std::max(widest, fit.width);
             needed.height = std::max(needed.height, fit.height);
         }
@@ -112,14 +121,16 @@ void StackView::layoutSubviews() {
     const bool isRow = axis_ == Axis::horizontal;
     auto lengths = isRow ? widthsInRow(views, area.size.width) : heightsInColumn(views, area.size.width);
     shareRest(views, lengths, isRow ? area.size.width : area.size.height);
-    auto position = isRow ? area.left() : area.top();
+    const bool isMirrored = layoutDirection() == LayoutDirection::rightToLeft;
+    auto position = isRow ? 0 : area.top();
     for (std::size_t i = 0; i < views.size(); ++i) {
         const auto length = lengths[i];
         const auto fit = views[i]->fittingSize(isRow ? length : area.size.width);
         const auto across =
             lengthAcross(*views[i], isRow ? fit.height : fit.width, isRow ? area.size.height : area.size.width);
         const auto offset = offsetAcross(across, isRow ? area.size.height : area.size.width);
-        const Rect row{.origin = {position, area.top() + offset}, .size = {length, across}};
+        const auto x = isMirrored ? area.right() - position - length : area.left() + position;
+        const Rect row{.origin = {x, area.top() + offset}, .size = {length, across}};
         const Rect column{.origin = {area.left() + offset, position}, .size = {across, length}};
         views[i]->setFrame(isRow ? row : column);
         position += length + spacing_;
@@ -139,6 +150,13 @@ void StackView::shareRest(const Views& views, std::vector<double>& lengths, doub
         return (axis_ == Axis::horizontal ? view->placement().width : view->placement().height).has_value();
     };
     const auto rest = std::max(space - sum(lengths), 0.0);
+    const auto growing = std::ranges::count_if(views, grows);
+    if (growing > 0) {
+        for (std::size_t i = 0; i < views.size(); ++i) {
+            lengths[i] += grows(views[i]) ? rest / static_cast<double>(growing) : 0;
+        }
+        return;
+    }
     for (std::size_t i = views.size(); i-- > 0;) {
         if (!isFixed(views[i])) {
             lengths[i] += rest;
@@ -157,13 +175,15 @@ double StackView::lengthAcross(const View& view, double needed, double available
 }
 
 double StackView::offsetAcross(double length, double available) const {
+    const bool isMirrored = axis_ == Axis::vertical && layoutDirection() == LayoutDirection::rightToLeft;
     switch (alignment_) {
     case Alignment::center:
         return (available - length) / 2;
     case Alignment::trailing:
-        return available - length;
-    case Alignment::fill:
+        return isMirrored ? 0 : available - length;
     case Alignment::leading:
+        return isMirrored ? available - length : 0;
+    case Alignment::fill:
         break;
     }
     return 0;

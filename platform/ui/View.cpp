@@ -30,6 +30,9 @@ std::shared_ptr<View> firstIn(const std::shared_ptr<View>& root, const Predicate
 } // namespace
 
 View::~View() {
+    for (const auto& subview : subviews_) {
+        subview->superview_ = nullptr;
+    }
     if (wasFirstResponder(this)) {
         setFirstResponder(nullptr);
         updateKeyboard();
@@ -45,7 +48,7 @@ void View::insertSubview(const std::shared_ptr<View>& view, std::size_t index) {
         return;
     }
     view->removeFromSuperview();
-    view->superview_ = weak_from_this();
+    view->superview_ = this;
     subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())), view);
     view->setNeedsLayout();
     if (window()) {
@@ -64,7 +67,7 @@ void View::removeFromSuperview() {
     }
     endEditing();
     std::erase(parent->subviews_, self);
-    superview_.reset();
+    superview_ = nullptr;
     parent->setNeedsLayout();
     parent->noteChange();
     tellWindowAboutScreens();
@@ -88,25 +91,21 @@ std::shared_ptr<View> View::viewWithTag(int tag) {
     return firstIn(shared_from_this(), [&](const View& view) { return view.tag_ == tag; });
 }
 
-std::shared_ptr<Window> View::window() {
-    auto root = weak_from_this().lock();
-    while (root) {
-        auto next = root->superview();
-        if (!next) {
-            break;
-        }
-        root = std::move(next);
+Window* View::rootWindow() {
+    auto* root = this;
+    while (root->superview_) {
+        root = root->superview_;
     }
-    auto* const window = root ? root->asWindow() : nullptr;
-    return window ? std::shared_ptr<Window>{root, window} : nullptr;
+    return root->weak_from_this().expired() ? nullptr : root->asWindow();
+}
+
+std::shared_ptr<Window> View::window() {
+    auto* const window = rootWindow();
+    return window ? std::shared_ptr<Window>{static_cast<View*>(window)->shared_from_this(), window} : nullptr;
 }
 
 bool View::isDescendantOf(const View& view) const {
-    if (this == &view) {
-        return true;
-    }
-    const auto parent = superview();
-    return parent && parent->isDescendantOf(view);
+    return this == &view || (superview_ && superview_->isDescendantOf(view));
 }
 
 void View::setHidden(bool hidden) {
@@ -120,8 +119,7 @@ bool View::isVisible() {
     if (isHidden_ || alpha_ < leastVisibleAlpha) {
         return false;
     }
-    const auto parent = superview();
-    return parent ? parent->isVisible() : asWindow() != nullptr;
+    return superview_ ? superview_->isVisible() : asWindow() != nullptr;
 }
 
 bool View::isReachable() {
@@ -129,7 +127,7 @@ bool View::isReachable() {
         return false;
     }
     const View* screenView = this;
-    for (auto view = shared_from_this(); view; view = view->superview()) {
+    for (auto* view = this; view; view = view->superview_) {
         if (!view->isOperable()) {
             return false;
         }
@@ -137,7 +135,7 @@ bool View::isReachable() {
             return window == this || std::ranges::any_of(window->reachableViews(),
                                                          [&](const auto& top) { return top.get() == screenView; });
         }
-        screenView = view.get();
+        screenView = view;
     }
     return false;
 }
@@ -257,7 +255,7 @@ void View::setAccessibilityLabel(std::string label) {
 }
 
 void View::noteChange() {
-    if (const auto owner = window()) {
+    if (const auto* const owner = rootWindow()) {
         if (const auto observer = owner->observer_.lock()) {
             observer->viewDidChange(*this);
         }

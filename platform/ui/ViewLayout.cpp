@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace kivo::platform {
@@ -16,6 +17,7 @@ struct Span {
     std::optional<double> far;
     std::optional<double> center;
     std::optional<double> length;
+    std::optional<double> longest;
 
     double margins() const { return near.value_or(0) + far.value_or(0); }
 
@@ -24,10 +26,14 @@ struct Span {
         if (length) {
             return std::max(*length, 0.0);
         }
-        return near && far ? std::optional{std::max(available - margins(), 0.0)} : std::nullopt;
+        return near && far ? std::optional{std::min(std::max(available - margins(), 0.0), longest.value_or(available))}
+                           : std::nullopt;
     }
 
     double positionIn(double start, double available, double ownLength) const {
+        if (near && far && longest) {
+            return start + *near + std::max(available - margins() - ownLength, 0.0) / 2;
+        }
         if (near) {
             return start + *near;
         }
@@ -41,12 +47,16 @@ struct Span {
     double extent(double ownLength) const { return ownLength + margins() + 2 * std::abs(center.value_or(0)); }
 };
 
-Span horizontal(const Placement& placement) {
-    return {placement.left, placement.right, placement.centerX, placement.width};
+Span horizontal(const Placement& placement, LayoutDirection direction) {
+    const bool isMirrored = direction == LayoutDirection::rightToLeft;
+    const auto either = [](const auto& first, const auto& second) { return first ? first : second; };
+    return {either(placement.left, isMirrored ? placement.trailing : placement.leading),
+            either(placement.right, isMirrored ? placement.leading : placement.trailing), placement.centerX,
+            placement.width, placement.maximumWidth};
 }
 
 Span vertical(const Placement& placement) {
-    return {placement.top, placement.bottom, placement.centerY, placement.height};
+    return {placement.top, placement.bottom, placement.centerY, placement.height, std::nullopt};
 }
 
 } // namespace
@@ -59,7 +69,7 @@ void View::setFrame(const Rect& frame) {
     if (former.size != frame.size) {
         needsLayout_ = true;
         for (auto* view = this; view && !std::exchange(view->layoutIsPending_, true);) {
-            view = view->superview().get();
+            view = view->superview_;
         }
     }
     noteChange();
@@ -67,7 +77,7 @@ void View::setFrame(const Rect& frame) {
 
 Rect View::frameOnScreen() const {
     auto frame = frame_;
-    for (auto view = superview(); view; view = view->superview()) {
+    for (const auto* view = superview_; view; view = view->superview_) {
         frame.origin.x += view->frame_.origin.x;
         frame.origin.y += view->frame_.origin.y;
     }
@@ -87,7 +97,7 @@ void View::setSafeAreaInsets(const EdgeInsets& insets) {
 }
 
 void View::setNeedsLayout() {
-    for (auto* view = this; view; view = view->superview().get()) {
+    for (auto* view = this; view; view = view->superview_) {
         view->needsLayout_ = true;
         view->layoutIsPending_ = true;
         view->fits_.clear();
@@ -131,9 +141,9 @@ void View::placeInScreen(View& subview) const {
     place(subview, subview.placement_.ignoresSafeArea ? bounds() : inset(bounds(), safeAreaInsets_));
 }
 
-void View::place(View& subview, const Rect& area) {
+void View::place(View& subview, const Rect& area) const {
     const auto [width, height] = area.size;
-    const auto across = horizontal(subview.placement_);
+    const auto across = horizontal(subview.placement_, layoutDirection());
     const auto down = vertical(subview.placement_);
     auto ownWidth = across.lengthIn(width);
     auto ownHeight = down.lengthIn(height);
@@ -155,12 +165,25 @@ Size View::fittingSize(double widthLimit) {
     }
     auto size = placement_.width && placement_.height ? Size{} : sizeThatFits(limit);
     size.width = placement_.width.value_or(size.width);
-    size.height = placement_.height.value_or(std::max(size.height, placement_.minimumHeight.value_or(0)));
+    size.height = placement_.height.value_or(
+        std::max(std::min(size.height, heightLimit()), placement_.minimumHeight.value_or(0)));
     if (fits_.size() == rememberedFits) {
         fits_.clear();
     }
     fits_.push_back({.widthLimit = limit, .size = size});
     return size;
+}
+
+double View::heightLimit() const {
+    constexpr double forTexts = 300;
+    if (!placement_.shareOfDisplay) {
+        return std::numeric_limits<double>::infinity();
+    }
+    const auto* root = this;
+    for (auto around = superview(); around; around = around->superview()) {
+        root = around.get();
+    }
+    return std::max(root->frame_.size.height - forTexts, 0.0) * *placement_.shareOfDisplay;
 }
 
 Size View::sizeThatFits(double widthLimit) {
@@ -169,8 +192,9 @@ Size View::sizeThatFits(double widthLimit) {
         if (subview->isHidden_) {
             continue;
         }
-        const auto across = horizontal(subview->placement_);
-        const auto fit = subview->fittingSize(std::max(widthLimit - across.margins(), 0.0));
+        const auto across = horizontal(subview->placement_, layoutDirection());
+        const auto room = std::max(widthLimit - across.margins(), 0.0);
+        const auto fit = subview->fittingSize(std::min(room, subview->placement_.maximumWidth.value_or(room)));
         needed.width = std::max(needed.width, across.extent(fit.width));
         needed.height = std::max(needed.height, vertical(subview->placement_).extent(fit.height));
     }

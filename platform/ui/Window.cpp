@@ -1,6 +1,8 @@
 #include "platform/ui/ViewControllerState.hpp"
+#include "platform/ui/storyboard/Classes.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/Control.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
@@ -35,6 +37,26 @@ std::shared_ptr<View> viewAt(Point point, const std::shared_ptr<View>& view) {
         }
     }
     return view->passesTouches() ? nullptr : view;
+}
+
+/// The topmost control of the view near that point, in the coordinates of its superview. A control that is smaller than
+/// a finger takes touches beside it, too.
+std::shared_ptr<View> controlNear(Point point, const std::shared_ptr<View>& view) {
+    if (view->isHidden() || view->alpha() == 0 || !view->isUserInteractionEnabled()) {
+        return nullptr;
+    }
+    constexpr double finger = 44;
+    const auto& frame = view->frame();
+    const Point inside{point.x - frame.left(), point.y - frame.top()};
+    for (const auto& subview : std::views::reverse(view->subviews())) {
+        if (auto found = controlNear(inside, subview)) {
+            return found;
+        }
+    }
+    const auto beside = std::max(finger - frame.size.width, 0.0) / 2;
+    const auto above = std::max(finger - frame.size.height, 0.0) / 2;
+    const EdgeInsets reach{.top = -above, .left = -beside, .bottom = -above, .right = -beside};
+    return dynamic_cast<const Control*>(view.get()) != nullptr && inset(frame, reach).contains(point) ? view : nullptr;
 }
 
 } // namespace
@@ -74,6 +96,10 @@ std::shared_ptr<ViewController> Window::visibleViewController() const {
 }
 
 void Window::setSize(Size size) {
+    if (size != frame().size) {
+        // Some heights are a part of the display's.
+        setNeedsLayoutOfTree();
+    }
     setFrame({.origin = {}, .size = size});
     layoutIfNeeded();
 }
@@ -89,6 +115,29 @@ void Window::setPreferredContentSizeCategory(ContentSizeCategory category) {
         return;
     }
     setContentSizeOverride(category);
+    tellTraitChange();
+}
+
+void Window::setUserInterfaceStyle(UserInterfaceStyle style) {
+    if (style == userInterfaceStyle()) {
+        return;
+    }
+    overrideUserInterfaceStyle(style);
+    tellTraitChange();
+}
+
+LayoutDirection Window::directionOfLanguage() const {
+    auto language = services().bundles->main()->language();
+    const auto library = language.empty() ? storyboard::libraryBundle() : nullptr;
+    return layoutDirectionOf(library ? library->language() : language);
+}
+
+void Window::setLayoutDirection(LayoutDirection direction) {
+    overrideLayoutDirection(direction);
+    layoutIfNeeded();
+}
+
+void Window::tellTraitChange() {
     for (auto screen = root_; screen; screen = screen->state_->presented) {
         screen->tellTraitChange();
     }
@@ -99,7 +148,12 @@ std::shared_ptr<View> Window::hitTest(Point point) {
     layoutIfNeeded();
     for (const auto& view : reachableViews() | std::views::reverse) {
         if (auto found = viewAt(point, view)) {
-            return found;
+            const bool isControl = dynamic_cast<const Control*>(found.get()) != nullptr;
+            const auto place = found->frameOnScreen();
+            const Point beside{point.x - place.left() + found->frame().left(),
+                               point.y - place.top() + found->frame().top()};
+            auto control = isControl ? nullptr : controlNear(beside, found);
+            return control ? control : found;
         }
     }
     return nullptr;

@@ -16,32 +16,32 @@ constexpr std::string_view decodeFunction = "init(from:)";
 template <class T>
 using Decoded = std::expected<T, std::string>;
 
-Decoded<std::string> textIn(const json::Value& value) {
-    if (const auto* const text = value.text()) {
-        return *text;
+Decoded<std::string> textIn(json::Value& value) {
+    if (auto* const text = value.text()) {
+        return std::move(*text);
     }
     return std::unexpected{"expected a text, found " + std::string{name(value.kind())}};
 }
 
-Decoded<ActivationResponse::Settings> settingsIn(const json::Value& value) {
+Decoded<ActivationResponse::Settings> settingsIn(json::Value& value) {
     if (value.kind() != json::Kind::object) {
         return std::unexpected{"expected an object of texts, found " + std::string{name(value.kind())}};
     }
     ActivationResponse::Settings settings;
-    for (const auto& [key, setting] : value.members()) {
+    for (auto& [key, setting] : std::move(value).takeMembers()) {
         auto text = textIn(setting);
         if (!text) {
             return std::unexpected{"at \"" + key + "\": " + text.error()};
         }
-        settings.emplace(key, std::move(*text));
+        settings.emplace(std::move(key), std::move(*text));
     }
     return settings;
 }
 
 template <class T>
-void decodeMember(const json::Value& object, std::string_view key, Decoded<T> (&decode)(const json::Value&),
+void decodeMember(json::Value& object, std::string_view key, Decoded<T> (&decode)(json::Value&),
                   std::string_view property, T& value) {
-    const auto* const member = object.find(key);
+    auto* const member = object.find(key);
     if (member == nullptr) {
         return;
     }
@@ -63,18 +63,22 @@ json::Object objectOf(const ActivationResponse::Settings& settings) {
 } // namespace
 
 std::optional<ActivationResponse> ActivationResponse::decode(std::string_view text) {
-    const auto object = json::read(text);
-    if (!object || object->kind() != json::Kind::object) {
+    auto answer = json::read(text);
+    return answer ? sessionIn(std::move(*answer)) : std::nullopt;
+}
+
+std::optional<ActivationResponse> sessionIn(json::Value answer) {
+    if (answer.kind() != json::Kind::object) {
         return std::nullopt;
     }
     ActivationResponse session;
-    decodeMember(*object, Keys::responseType, textIn, "responseType", session.responseType);
-    decodeMember(*object, Keys::responseCode, textIn, "responseCode", session.responseCode);
-    decodeMember(*object, Keys::tid, textIn, "tId", session.tId);
-    decodeMember(*object, Keys::idpConfig, settingsIn, "idpConfig", session.idpConfig);
-    decodeMember(*object, Keys::appConfig, settingsIn, "appConfig", session.appConfig);
-    decodeMember(*object, Keys::idpBiodata, settingsIn, "idpBiodata", session.idpBiodata);
-    decodeMember(*object, Keys::idpFaceMap, settingsIn, "idpFaceMap", session.idpFaceMap);
+    decodeMember(answer, Keys::responseType, textIn, "responseType", session.responseType);
+    decodeMember(answer, Keys::responseCode, textIn, "responseCode", session.responseCode);
+    decodeMember(answer, Keys::tid, textIn, "tId", session.tId);
+    decodeMember(answer, Keys::idpConfig, settingsIn, "idpConfig", session.idpConfig);
+    decodeMember(answer, Keys::appConfig, settingsIn, "appConfig", session.appConfig);
+    decodeMember(answer, Keys::idpBiodata, settingsIn, "idpBiodata", session.idpBiodata);
+    decodeMember(answer, Keys::idpFaceMap, settingsIn, "idpFaceMap", session.idpFaceMap);
     return session;
 }
 

@@ -186,18 +186,18 @@ void CommunicationSecurityManager::tellRemainingAttempts(std::int64_t remaining,
         log::debug(function, "**UPDATE RetryL: Network unavailable**");
         return;
     }
-    const auto notice =
-        json::Value::object({{RequestKeys::action, "inform"},
-                             {RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining)},
-                             {RequestKeys::tid, activationSession.tId}});
-    notices_->send(
-        settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), notice,
-        [function, remaining](const platform::Data&) {
-            log::debug(function, [&] {
-                return "**Update RetryL succeeded, current counter " + std::to_string(remaining) + "**";
-            });
-        },
-        [function](const TransportError&) { log::debug(function, "**Update RetryL failed**"); });
+    json::ObjectText notice;
+    notice.add(RequestKeys::action, "inform")
+        .add(RequestKeys::message, "I:Attempts count decremented to " + std::to_string(remaining))
+        .add(RequestKeys::tid, activationSession.tId);
+    notices_->send(settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), std::move(notice),
+                   [function, remaining](const RequestSender::Answer& answer) {
+                       log::debug(function, [&] {
+                           return answer
+                                      ? "**Update RetryL succeeded, current counter " + std::to_string(remaining) + "**"
+                                      : std::string{"**Update RetryL failed**"};
+                       });
+                   });
 }
 
 void CommunicationSecurityManager::informSessionStateOnThirdPartySdkFailures(
@@ -206,9 +206,10 @@ void CommunicationSecurityManager::informSessionStateOnThirdPartySdkFailures(
         return;
     }
     sendNotice("informSessionStateOnThirdPartySdkFailures(reportModel:activationSession:)",
-               json::Value::object({{RequestKeys::action, reportModel.action},
-                                    {RequestKeys::tid, activationSession->tId},
-                                    {RequestKeys::message, reportModel.message}}),
+               std::move(json::ObjectText{}
+                             .add(RequestKeys::action, reportModel.action)
+                             .add(RequestKeys::tid, activationSession->tId)
+                             .add(RequestKeys::message, reportModel.message)),
                *activationSession);
 }
 
@@ -218,25 +219,26 @@ void CommunicationSecurityManager::updateFailureOnServer(const ServerReportModel
         return;
     }
     sendNotice("updateFailureOnServer(reportModel:activationSession:)",
-               json::Value::object({{RequestKeys::action, reportModel.action},
-                                    {RequestKeys::tid, activationSession->tId},
-                                    {RequestKeys::os, reportModel.os},
-                                    {RequestKeys::status, reportModel.status},
-                                    {RequestKeys::code, std::to_string(reportModel.code)},
-                                    {RequestKeys::message, reportModel.message}}),
+               std::move(json::ObjectText{}
+                             .add(RequestKeys::action, reportModel.action)
+                             .add(RequestKeys::tid, activationSession->tId)
+                             .add(RequestKeys::os, reportModel.os)
+                             .add(RequestKeys::status, reportModel.status)
+                             .add(RequestKeys::code, std::to_string(reportModel.code))
+                             .add(RequestKeys::message, reportModel.message)),
                *activationSession);
 }
 
-void CommunicationSecurityManager::sendNotice(std::string_view function, const json::Value& notice,
+void CommunicationSecurityManager::sendNotice(std::string_view function, json::ObjectText notice,
                                               const ActivationResponse& activationSession) {
     if (!isNetworkAvailable()) {
         log::debug(function, "**Inform Server: Network unavailable**");
         return;
     }
-    notices_->send(
-        settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), notice,
-        [function](const platform::Data& answer) { log::debug(function, answer); },
-        [function](const TransportError& error) { log::debug(function, [&] { return error.description(); }); });
+    notices_->send(settingIn(activationSession.idpConfig, KivoResponseKeys::updateEndpoint), std::move(notice),
+                   [function](const RequestSender::Answer& answer) {
+                       log::debug(function, [&] { return answer ? *answer : answer.error().description(); });
+                   });
 }
 
 } // namespace kivo

@@ -85,7 +85,7 @@ private:
 
     std::shared_ptr<Reachability> reachability() const;
     void checkForReachability(const platform::Notification& notification);
-    void sendNotice(std::string_view function, const json::Value& notice, const ActivationResponse& activationSession);
+    void sendNotice(std::string_view function, json::ObjectText notice, const ActivationResponse& activationSession);
 
     std::unique_ptr<RequestSender> notices_;
     mutable std::mutex mutex_;

@@ -83,6 +83,21 @@ bool KeychainWrapper::set(std::string value, const std::string& forKey, Accessib
     return status == errSecSuccess;
 }
 
+bool KeychainWrapper::setAll(Values values, KeychainDurability durability) {
+    std::vector<KeychainAttributes> items;
+    items.reserve(values.size());
+    for (auto& [key, value] : values) {
+        auto& item = items.emplace_back(keychainQuery(std::string{key}, KeychainItemAccessibility::whenUnlocked));
+        item.kSecValueData = std::move(value);
+        wipe(value);
+    }
+    const auto status = keychain_->SecItemStoreAll(items, durability);
+    for (auto& item : items) {
+        wipe(*item.kSecValueData);
+    }
+    return status == errSecSuccess;
+}
+
 bool KeychainWrapper::update(std::string value, const std::string& forKey, Accessibility withAccessibility) {
     KeychainAttributes change;
     change.kSecValueData = std::move(value);

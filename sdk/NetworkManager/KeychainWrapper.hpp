@@ -5,6 +5,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kivo {
 
@@ -38,6 +41,11 @@ public:
 
     /// Stores a value, replaces a former value, and wipes the copy in memory. False on any failure.
     bool set(std::string value, const std::string& forKey, Accessibility withAccessibility = {});
+
+    using Values = std::vector<std::pair<std::string_view, std::string>>;
+
+    /// Stores the values under their keys, all or none of them, and wipes the copies in memory. False on any failure.
+    bool setAll(Values values, platform::KeychainDurability durability = platform::KeychainDurability::atOnce);
 
     /// Replaces the value of an existing item. False on any failure.
     bool update(std::string value, const std::string& forKey, Accessibility withAccessibility = {});

@@ -4,6 +4,7 @@
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
 #include "platform/base/Process.hpp"
+#include "platform/json/Json.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -38,7 +39,7 @@ bool mayBeCut(const platform::UrlResponse& response) {
     return !read && !read.error().isBeyondLimits();
 }
 
-std::expected<platform::Data, TransportError> bodyOf(platform::UrlOutcome outcome) {
+RequestSender::Answer bodyOf(platform::UrlOutcome outcome) {
     if (!outcome) {
         return std::unexpected{TransportError{.cause = outcome.error().kind, .text = outcome.error().text}};
     }
@@ -105,31 +106,28 @@ ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode ow
 RequestSender::RequestSender(std::shared_ptr<platform::UrlSessionDelegate> judge)
     : judge_{std::move(judge)} {}
 
-void RequestSender::send(const std::string& urlString, const json::Value& params, Success success, Failure failure) {
+void RequestSender::send(std::string urlString, json::ObjectText params, Completion completion) {
     platform::UrlRequest request;
-    request.url = urlString;
+    request.url = std::move(urlString);
     request.method = "POST";
     request.timeout = 60s;
-    request.body = json::write(params).value_or("");
+    request.body = std::move(params).take().value_or("");
     std::shared_ptr<platform::UrlSession> session;
     try {
         session = this->session();
     } catch (const std::system_error& noThread) {
-        const TransportError error{.cause = platform::UrlErrorKind::unknown, .text = noThread.what()};
+        TransportError error{.cause = platform::UrlErrorKind::unknown, .text = noThread.what()};
         log::debug(sendFunction, [&] { return error.description(); });
-        failure(error);
+        completion(std::unexpected{std::move(error)});
         return;
     }
-    session->dataTask(std::move(request),
-                      [success = std::move(success), failure = std::move(failure)](platform::UrlOutcome outcome) {
-                          auto body = bodyOf(std::move(outcome));
-                          if (body) {
-                              success(std::move(*body));
-                              return;
-                          }
-                          log::debug(sendFunction, [&] { return body.error().description(); });
-                          failure(body.error());
-                      });
+    session->dataTask(std::move(request), [completion = std::move(completion)](platform::UrlOutcome outcome) {
+        auto answer = bodyOf(std::move(outcome));
+        if (!answer) {
+            log::debug(sendFunction, [&] { return answer.error().description(); });
+        }
+        completion(std::move(answer));
+    });
 }
 
 void RequestSender::forgetCookies() {

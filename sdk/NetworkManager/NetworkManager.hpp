@@ -1,10 +1,11 @@
 #pragma once
 
-#include "platform/json/Json.hpp"
+#include "platform/json/ObjectText.hpp"
 
 #include <kivo/Failure.hpp>
 #include <kivo/platform/UrlSession.hpp>
 
+#include <expected>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -35,19 +36,20 @@ ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode ow
 /// requests to a server are under way at once; further requests wait for them. Any thread.
 class RequestSender {
 public:
-    using Success = std::function<void(platform::Data body)>;
-    using Failure = std::function<void(const TransportError& error)>;
+    /// The answer's body, or why there is none.
+    using Answer = std::expected<platform::Data, TransportError>;
+    using Completion = std::function<void(Answer answer)>;
 
     /// `judge` decides about servers where pins are in force. Never null: a pinned session without a judge would trust
     /// every server that the system trusts.
     explicit RequestSender(std::shared_ptr<platform::UrlSessionDelegate> judge);
 
-    /// POSTs `params`, to a pinned server only where pins are in force, and calls exactly one of the two callbacks, on
-    /// the session's callback queue. Where no thread can be started, and in a forked child, the callback runs on the
+    /// POSTs `params`, to a pinned server only where pins are in force, and calls the completion exactly once, on the
+    /// session's callback queue. Where no thread can be started, and in a forked child, the completion runs on the
     /// calling thread before the operation returns.
     ///
     /// Parameters that are not valid JSON (a text that is not UTF-8) become an empty body.
-    void send(const std::string& urlString, const json::Value& params, Success success, Failure failure);
+    void send(std::string urlString, json::ObjectText params, Completion completion);
 
     /// Forgets the cookies of the service.
     void forgetCookies();
@@ -66,14 +68,13 @@ private:
 /// notice.
 class NetworkManager {
 public:
-    using Success = RequestSender::Success;
-    using Failure = RequestSender::Failure;
+    using Answer = RequestSender::Answer;
 
     static NetworkManager& shared();
 
     /// Sends a request of the host; see `RequestSender::send`.
-    void sendRequest(const std::string& urlString, const json::Value& params, Success success, Failure failure) {
-        requests_.send(urlString, params, std::move(success), std::move(failure));
+    void sendRequest(std::string urlString, json::ObjectText params, RequestSender::Completion completion) {
+        requests_.send(std::move(urlString), std::move(params), std::move(completion));
     }
 
     /// Forgets the cookies of the service, also those of notices, so that the next session is not linked to the former

@@ -1,6 +1,6 @@
 #include "NetworkManager/PublicKeyPins.hpp"
 
-#include <kivo/Deployment.hpp>
+#include "Configuration/environment/DeploymentInForce.hpp"
 
 #include <algorithm>
 #include <array>
@@ -93,7 +93,7 @@ bool listsPins(const platform::Bundle& bundle) {
 }
 
 bool pinsAreInForce(const platform::Bundle& bundle) {
-    return listsPins(bundle) || Deployment::current().requiresPins;
+    return listsPins(bundle) || deploymentInForce()->requiresPins;
 }
 
 PinList readPinList(const platform::Bundle& bundle) {

@@ -24,9 +24,11 @@ template <class Outcome>
 std::function<void(Outcome)> runningOn(std::shared_ptr<platform::DispatchQueue> queue,
                                        std::function<void(Outcome)> completion) {
     using Completion = std::function<void(Outcome)>;
-    const std::shared_ptr<Completion> kept{new Completion{std::move(completion)}, [queue](Completion* last) {
-                                               runOn(*queue, [owned = std::shared_ptr<Completion>{last}] {});
-                                           }};
+    const std::shared_ptr<Completion> kept{
+        new Completion{std::move(completion)}, [queue](Completion* last) {
+            // The block is copied into the queue, and either copy may live longer, so the block itself destroys.
+            runOn(*queue, [owned = std::make_shared<std::unique_ptr<Completion>>(last)] { owned->reset(); });
+        }};
     return [queue = std::move(queue), kept](Outcome outcome) {
         runOn(*queue, [kept, outcome = std::move(outcome)] { (*kept)(outcome); });
     };

@@ -98,20 +98,21 @@ void SessionAPI::setContext(std::shared_ptr<platform::ViewController> viewContro
 }
 
 void SessionAPI::join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) {
-    const auto [device, codeHasJoined] =
+    auto [device, codeHasJoined] =
         withState([](const State& state) { return std::pair{state.deviceCode, state.codeHasJoined}; });
     *codeHasJoined = false;
     auto told = answering("join(forCode:config:response:)", std::move(response),
                           [this](const BackendOutcome& outcome) { joinWasTold(outcome); });
-    backendClient_.join(std::move(forCode), device, std::move(config),
-                        [this, codeHasJoined, told = std::move(told)](const BackendOutcome& outcome) {
-                            if (outcome) {
-                                withState([&](State& state) { state.tid = (*outcome)->data(); });
-                                *codeHasJoined = true;
-                                isAcquisitionResetDue_ = true;
-                            }
-                            told(outcome);
-                        });
+    backendClient_.join(
+        std::move(forCode), std::move(device), std::move(config),
+        [this, hasJoined = std::move(codeHasJoined), told = std::move(told)](const BackendOutcome& outcome) {
+            if (outcome) {
+                withState([&](State& state) { state.tid = (*outcome)->data(); });
+                *hasJoined = true;
+                isAcquisitionResetDue_ = true;
+            }
+            told(outcome);
+        });
 }
 
 void SessionAPI::joinWasTold(const BackendOutcome& outcome) {
@@ -138,7 +139,10 @@ std::optional<Failure> SessionAPI::lastFailure() const {
 template <class Outcome>
 std::function<void(Outcome)> SessionAPI::onAnswerQueue(std::function<void(Outcome)> completion) const {
     auto queue = withState([](const State& state) { return state.answerQueue; });
-    return queue ? runningOn(std::move(queue), std::move(completion)) : completion;
+    if (queue) {
+        return runningOn(std::move(queue), std::move(completion));
+    }
+    return completion;
 }
 
 BackendCompletion SessionAPI::answering(std::string_view operation, IdvCompletion response,

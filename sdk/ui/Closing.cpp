@@ -3,6 +3,7 @@
 #include "ui/Overlays.hpp"
 
 #include <kivo/platform/ui/Image.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/NavigationItem.hpp>
 
@@ -43,7 +44,7 @@ void setUpCloseBarButton(platform::ViewController& screen) {
                                             onCloseButtonAlertClick(*self);
                                         }
                                     },
-                                .accessibilityLabel = "Close"});
+                                .accessibilityLabel = platform::localizedText("Close")});
     const auto navigation = screen.navigationController();
     const auto tint = platform::Color::named("Kivo.PrimaryColor");
     if (navigation && tint) {
@@ -53,7 +54,8 @@ void setUpCloseBarButton(platform::ViewController& screen) {
 
 void onCloseButtonAlertClick(platform::ViewController& screen) {
     constexpr std::size_t ok = 0;
-    showAlert(screen, "", "Are you sure, you want to terminate the process?", {"OK", "Cancel"},
+    showAlert(screen, "", platform::localizedText("Are you sure, you want to terminate the process?"),
+              {platform::localizedText("OK"), platform::localizedText("Cancel")},
               [weak = screen.weak_from_this()](std::size_t index) {
                   const auto self = weak.lock();
                   const auto navigation = self ? self->navigationController() : nullptr;

@@ -70,9 +70,13 @@ void FaultPlan::add(Endpoint endpoint, Fault fault, Calls calls) {
     planned_.push_back({.endpoint = endpoint, .fault = std::move(fault), .calls = calls});
 }
 
-bool FaultPlan::clear() {
+bool FaultPlan::clear(std::optional<Endpoint> endpoint) {
     const std::scoped_lock lock{mutex_};
-    return std::ranges::any_of(std::exchange(planned_, {}), isOfCertificate, &Planned::fault);
+    const auto isMeant = [&](const Planned& each) { return !endpoint || each.endpoint == *endpoint; };
+    const bool concernsConnections = std::ranges::any_of(
+        planned_, [&](const Planned& each) { return isMeant(each) && isOfCertificate(each.fault); });
+    std::erase_if(planned_, isMeant);
+    return concernsConnections;
 }
 
 std::vector<PendingFault> FaultPlan::pending() const {

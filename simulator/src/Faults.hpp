@@ -19,8 +19,8 @@ class FaultPlan {
 public:
     void add(Endpoint endpoint, Fault fault, Calls calls);
 
-    /// Drops all faults. Returns whether one of them concerned connections.
-    bool clear();
+    /// Drops the faults of an endpoint, or all. Returns whether one of them concerned connections.
+    bool clear(std::optional<Endpoint> endpoint);
 
     /// The faults that later calls or connections meet.
     std::vector<PendingFault> pending() const;

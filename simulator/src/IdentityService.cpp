@@ -1,4 +1,5 @@
 #include "Faults.hpp"
+#include "RequestLog.hpp"
 #include "ServerCertificates.hpp"
 #include "SessionProtocol.hpp"
 #include "TlsConnections.hpp"
@@ -7,10 +8,10 @@
 
 #include <httplib.h>
 
-#include <algorithm>
-#include <condition_variable>
+#include <cerrno>
 #include <limits>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace kivo::simulator {
@@ -38,6 +39,7 @@ public:
         : hostPerEndpoint_{configuration.hostPerEndpoint}
         , certificates_{configuration.keyType}
         , protocol_{configuration, [this](Endpoint endpoint) { return base(endpoint); }}
+        , log_{configuration.mostRequests}
         , http_{[this](SSL_CTX& context) { return prepare(context); }} {
         http_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
         http_.set_tcp_nodelay(true);
@@ -54,10 +56,7 @@ public:
         };
         constexpr auto anywhere = ".*";
         http_.Post(anywhere, handle).Put(anywhere, handle).Delete(anywhere, handle).Get(anywhere, handleWithoutBody);
-        port_ = http_.bind_to_any_port("127.0.0.1");
-        if (port_ <= 0) {
-            throw std::runtime_error{"simulator: no port is free on the loopback interface"};
-        }
+        bind(configuration.port);
         thread_ = std::thread{[this] { http_.listen_after_bind(); }};
         while (!http_.is_running()) {
             std::this_thread::yield();
@@ -88,44 +87,17 @@ public:
         }
     }
 
-    void clearFaults() {
-        if (faults_.clear()) {
+    void clearFaults(std::optional<Endpoint> endpoint) {
+        if (faults_.clear(endpoint)) {
             connections_.closeAll();
         }
     }
 
     std::vector<PendingFault> pendingFaults() const { return faults_.pending(); }
 
-    std::vector<RecordedRequest> requests() const {
-        const std::scoped_lock lock{mutex_};
-        std::vector<RecordedRequest> all;
-        all.reserve(requests_.size());
-        for (const auto& request : requests_) {
-            all.push_back(*request);
-        }
-        return all;
-    }
+    RequestLog& log() { return log_; }
 
-    std::vector<std::string> violations() const {
-        const std::scoped_lock lock{mutex_};
-        auto all = strays_;
-        for (const auto& request : requests_) {
-            if (request->violation) {
-                all.push_back(*request->violation);
-            }
-        }
-        return all;
-    }
-
-    bool waitForRequests(std::size_t count, std::chrono::milliseconds limit) const {
-        std::unique_lock lock{mutex_};
-        return recorded_.wait_for(lock, limit, [&] { return requests_.size() >= count; });
-    }
-
-    void onRequest(std::function<void(const RecordedRequest&)> listener) {
-        const std::scoped_lock lock{mutex_};
-        listener_ = std::move(listener);
-    }
+    SessionProtocol& protocol() { return protocol_; }
 
     const ServerCertificates& certificates() const { return certificates_; }
 
@@ -136,6 +108,27 @@ public:
     std::size_t handshakes() const { return connections_.handshakes(); }
 
 private:
+    void bind(int port) {
+        // Without the library's SO_REUSEPORT, which would let two services share a port.
+        http_.set_socket_options([](socket_t socket) {
+            const int yes = 1;
+            setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        });
+        constexpr auto loopback = "127.0.0.1";
+        errno = 0;
+        if (port == 0) {
+            port_ = http_.bind_to_any_port(loopback);
+        } else if (http_.bind_to_port(loopback, port)) {
+            port_ = port;
+        }
+        if (port_ <= 0) {
+            const auto reason = errno == 0 ? "" : " (" + std::generic_category().message(errno) + ")";
+            throw std::runtime_error{port == 0 ? "no port is free on the loopback interface" + reason
+                                               : "port " + std::to_string(port) +
+                                                     " of the loopback interface cannot be taken" + reason};
+        }
+    }
+
     bool prepare(SSL_CTX& context) {
         connections_.follow(&context);
         certificates_.use(&context, [this](std::string_view host) { return faults_.nextFlaw(endpointOf(host)); });
@@ -155,6 +148,7 @@ private:
     }
 
     void serve(const httplib::Request& request, httplib::Response& response, const httplib::ContentReader& reader) {
+        const auto receivedAt = std::chrono::system_clock::now();
         const auto address = addressOf(request.path);
         const auto fault = address ? faults_.next(address->endpoint) : std::nullopt;
         auto body = readBody(fault, connections_, request, reader);
@@ -162,8 +156,7 @@ private:
             return;
         }
         if (!address) {
-            const std::scoped_lock lock{mutex_};
-            strays_.push_back("a request went to the unknown path \"" + request.path + "\"");
+            log_.add(StrayRequest{.method = request.method, .path = request.path, .receivedAt = receivedAt});
             response.status = 404;
             return;
         }
@@ -177,16 +170,22 @@ private:
                                .body = std::move(*body),
                                .answer = {},
                                .violation = {},
-                               .connection = TlsConnections::currentNumber()};
+                               .connection = TlsConnections::currentNumber(),
+                               .session = address->session,
+                               .receivedAt = receivedAt,
+                               .fault = fault};
         const auto finish = answerInstead(fault, connections_, record, response);
         if (!finish) {
             auto reply = replyTo(*address, request, record.body, fault);
             response.status = record.status = reply.status;
             record.answer = std::move(reply.body);
             record.violation = std::move(reply.violation);
+            if (!reply.session.empty()) {
+                record.session = std::move(reply.session);
+            }
             setBody(fault, connections_, record.answer, response);
         }
-        remember(std::move(record));
+        log_.add(std::move(record));
         if (finish) {
             finish();
         }
@@ -212,32 +211,14 @@ private:
                                 wantsAnother ? scanAgainBlob : scanAcceptedBlob);
     }
 
-    void remember(RecordedRequest request) {
-        const auto record = std::make_shared<const RecordedRequest>(std::move(request));
-        std::function<void(const RecordedRequest&)> listener;
-        {
-            const std::scoped_lock lock{mutex_};
-            requests_.push_back(record);
-            listener = listener_;
-        }
-        recorded_.notify_all();
-        if (listener) {
-            listener(*record);
-        }
-    }
-
     const bool hostPerEndpoint_;
     TlsConnections connections_;
     FaultPlan faults_;
     ServerCertificates certificates_;
     SessionProtocol protocol_;
+    RequestLog log_;
     httplib::SSLServer http_;
     int port_ = 0;
-    mutable std::mutex mutex_;
-    mutable std::condition_variable recorded_;
-    std::vector<std::shared_ptr<const RecordedRequest>> requests_;
-    std::vector<std::string> strays_;
-    std::function<void(const RecordedRequest&)> listener_;
     std::thread thread_;
 };
 
@@ -267,7 +248,11 @@ void IdentityService::inject(Endpoint endpoint, Fault fault, Calls calls) {
 }
 
 void IdentityService::clearFaults() {
-    server_->clearFaults();
+    server_->clearFaults(std::nullopt);
+}
+
+void IdentityService::clearFaults(Endpoint endpoint) {
+    server_->clearFaults(endpoint);
 }
 
 std::vector<PendingFault> IdentityService::pendingFaults() const {
@@ -275,19 +260,35 @@ std::vector<PendingFault> IdentityService::pendingFaults() const {
 }
 
 std::vector<RecordedRequest> IdentityService::requests() const {
-    return server_->requests();
+    return server_->log().requests();
 }
 
 bool IdentityService::waitForRequests(std::size_t count, std::chrono::milliseconds limit) const {
-    return server_->waitForRequests(count, limit);
+    return server_->log().wait(count, limit);
 }
 
 std::vector<std::string> IdentityService::violations() const {
-    return server_->violations();
+    return server_->log().violations();
 }
 
 void IdentityService::onRequest(std::function<void(const RecordedRequest&)> listener) {
-    server_->onRequest(std::move(listener));
+    server_->log().onRequest(std::move(listener));
+}
+
+void IdentityService::onStray(std::function<void(const StrayRequest&)> listener) {
+    server_->log().onStray(std::move(listener));
+}
+
+std::vector<std::string> IdentityService::activationCodes() const {
+    return server_->protocol().activationCodes();
+}
+
+void IdentityService::setActivationCodes(std::vector<std::string> codes) {
+    server_->protocol().setActivationCodes(std::move(codes));
+}
+
+std::vector<JoinedSession> IdentityService::sessions() const {
+    return server_->protocol().sessions();
 }
 
 std::size_t IdentityService::connections() const {

@@ -18,7 +18,7 @@ using platform::View;
 constexpr auto clockStep = 10ms;
 constexpr int mostDrains = 100;
 
-std::string inQuotes(std::string_view text) {
+std::string inMarks(std::string_view text) {
     return std::string{"\""}.append(text).append("\"");
 }
 
@@ -44,11 +44,11 @@ std::string inWords(View& view) {
     const auto name = view.identifier().empty() ? "" : " " + view.identifier();
     switch (view.accessibilityRole()) {
     case platform::AccessibilityRole::button:
-        return "button" + name + " " + inQuotes(view.accessibilityLabel()) + (view.isReachable() ? "" : " (disabled)");
+        return "button" + name + " " + inMarks(view.accessibilityLabel()) + (view.isReachable() ? "" : " (disabled)");
     case platform::AccessibilityRole::textField:
-        return "field" + name + " " + inQuotes(view.shownText());
+        return "field" + name + " " + inMarks(view.shownText());
     default:
-        return view.shownText().empty() ? std::string{} : inQuotes(view.shownText());
+        return view.shownText().empty() ? std::string{} : inMarks(view.shownText());
     }
 }
 
@@ -92,23 +92,23 @@ Person::Outcome Person::tap(std::string_view name) {
 
 Person::Outcome Person::tap(const std::shared_ptr<View>& view, const std::string& name) {
     if (!view) {
-        return failure("There is no " + inQuotes(name));
+        return failure("There is no " + inMarks(name));
     }
     if (!view->isVisible()) {
-        return failure(inQuotes(name) + " is hidden");
+        return failure(inMarks(name) + " is hidden");
     }
     window_->layoutIfNeeded();
     view->scrollIntoView();
     const auto hit = window_->hitTest(middleOf(*view));
     if (!hit) {
-        return failure(inQuotes(name) + " lies outside the display, or cannot be tapped");
+        return failure(inMarks(name) + " lies outside the display, or cannot be tapped");
     }
     if (!hit->isDescendantOf(*view) && !view->isDescendantOf(*hit)) {
-        return failure(inQuotes(name) + " is covered by " +
-                       (hit->identifier().empty() ? "another view" : inQuotes(hit->identifier())));
+        return failure(inMarks(name) + " is covered by " +
+                       (hit->identifier().empty() ? "another view" : inMarks(hit->identifier())));
     }
     if (!hit->touch()) {
-        return failure(inQuotes(name) + " is disabled, or takes no taps");
+        return failure(inMarks(name) + " is disabled, or takes no taps");
     }
     settle();
     return {};
@@ -131,7 +131,7 @@ Person::Outcome Person::typeOnKeyboard(std::string_view text) {
     for (const auto character : text::characters(text)) {
         const auto field = focusedField();
         if (!field || !field->isReachable()) {
-            return failure("No field has the keyboard after typing " + inQuotes(typed));
+            return failure("No field has the keyboard after typing " + inMarks(typed));
         }
         field->insertText(std::string{character});
         settle();

@@ -3,6 +3,8 @@
 #include <kivo/SdkVersions.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <ranges>
 #include <utility>
 
 namespace kivo::simulator {
@@ -75,6 +77,17 @@ bool hasVersionPrefix(std::string_view deviceCode) {
            std::ranges::find(versions, deviceCode.substr(0, 2)) != versions.end();
 }
 
+constexpr std::size_t mostSessions = 100'000;
+
+/// The number in a session's name; 0, which no session has, for other texts.
+std::uint64_t sessionNumber(std::string_view session) {
+    std::uint64_t number = 0;
+    if (session.starts_with('s')) {
+        std::from_chars(session.data() + 1, session.data() + session.size(), number);
+    }
+    return number;
+}
+
 Reply noSuchSession() {
     return {.body = SessionProtocol::refusal("STATUS_INVALID_SESSION", "There is no such session"), .violation = {}};
 }
@@ -88,7 +101,25 @@ Reply scanTaken(std::string_view blob) {
 
 SessionProtocol::SessionProtocol(IdentityServiceConfiguration configuration, std::function<std::string(Endpoint)> base)
     : configuration_{std::move(configuration)}
-    , base_{std::move(base)} {}
+    , base_{std::move(base)}
+    , documentProxy_{configuration_}
+    , activationCodes_{configuration_.activationCodes} {}
+
+std::vector<std::string> SessionProtocol::activationCodes() const {
+    const std::scoped_lock lock{mutex_};
+    return activationCodes_;
+}
+
+void SessionProtocol::setActivationCodes(std::vector<std::string> codes) {
+    const std::scoped_lock lock{mutex_};
+    activationCodes_ = std::move(codes);
+}
+
+std::vector<JoinedSession> SessionProtocol::sessions() const {
+    const std::scoped_lock lock{mutex_};
+    const auto all = sessions_ | std::views::values;
+    return {all.begin(), all.end()};
+}
 
 Reply SessionProtocol::answer(const Address& address, const ServiceRequest& request, std::string_view scanResultBlob) {
     try {
@@ -147,9 +178,10 @@ void SessionProtocol::require(const Address& address, const Json& request, const
 }
 
 std::optional<std::string> SessionProtocol::tidOf(const std::string& session) const {
+    const auto number = sessionNumber(session);
     const std::scoped_lock lock{mutex_};
-    const auto found = sessions_.find(session);
-    return found == sessions_.end() ? std::nullopt : std::optional{found->second};
+    const auto found = sessions_.find(number);
+    return found == sessions_.end() || found->second.name != session ? std::nullopt : std::optional{found->second.tid};
 }
 
 Reply SessionProtocol::join(std::string_view body) {
@@ -160,22 +192,28 @@ Reply SessionProtocol::join(std::string_view body) {
         (configuration_.deviceKey && deviceCode.substr(versionPrefix) != *configuration_.deviceKey)) {
         return {.body = refusal("STATUS_INVALID_DEVICE_CODE", "The device code is unknown"), .violation = {}};
     }
-    if (std::ranges::find(configuration_.activationCodes, json.at("kivo-init-code").get<std::string>()) ==
-        configuration_.activationCodes.end()) {
+    const auto codes = activationCodes();
+    if (std::ranges::find(codes, json.at("kivo-init-code").get<std::string>()) == codes.end()) {
         return {.body = refusal("STATUS_INVALID_ACTIVATION_CODE", "The activation code is unknown"), .violation = {}};
     }
-    return {.body = openSession(), .violation = {}};
+    return openSession(deviceCode.substr(0, 2));
 }
 
-std::string SessionProtocol::openSession() {
+Reply SessionProtocol::openSession(std::string interfaceVersion) {
     std::string session;
     std::string tid;
     {
         const std::scoped_lock lock{mutex_};
-        const auto number = std::to_string(sessions_.size() + 1);
+        const auto number = std::to_string(++lastSession_);
         session = "s" + number;
         tid = "T" + number;
-        sessions_.emplace(session, tid);
+        sessions_.emplace(lastSession_, JoinedSession{.name = session,
+                                                      .tid = tid,
+                                                      .interfaceVersion = std::move(interfaceVersion),
+                                                      .joinedAt = std::chrono::system_clock::now()});
+        if (sessions_.size() > mostSessions) {
+            sessions_.erase(sessions_.begin());
+        }
     }
     const auto addressOf = [&](Endpoint endpoint) {
         return base_(endpoint) + "/session/" + session + "/" + std::string{name(endpoint)};
@@ -186,22 +224,24 @@ std::string SessionProtocol::openSession() {
     if (configuration_.retryLimit) {
         idpConfig["retry-limit"] = std::to_string(*configuration_.retryLimit);
     }
-    return Json{{"response-type", "data"},
-                {"tid", tid},
-                {"idp-config", idpConfig},
-                {"app-config", {{"app-doclist", configuration_.documentList ? "true" : "false"}}},
-                {"idp-biodata",
-                 {{"biodata-endpoint", addressOf(Endpoint::upload)},
-                  {"biodata-proxy", addressOf(Endpoint::biodata)},
-                  {"biodata-access-key", sessionAccessKey},
-                  {"biodata-encrypt-key", sessionEncryptKey}}},
-                {"idp-facemap",
-                 {{"facemap-endpoint", addressOf(Endpoint::facemap)},
-                  {"ocridscan-endpoint", addressOf(Endpoint::idScan)},
-                  {"facemap-token", "simulated-token"},
-                  {"facemap-public-key", "simulated-public-key"},
-                  {"facemap-device-key", sessionDeviceKey}}}}
-        .dump();
+    Json biodata{{"biodata-endpoint", addressOf(Endpoint::upload)},
+                 {"biodata-proxy", addressOf(Endpoint::biodata)},
+                 {"biodata-access-key", sessionAccessKey}};
+    if (!documentProxy_.encryptKey().empty()) {
+        biodata["biodata-encrypt-key"] = documentProxy_.encryptKey();
+    }
+    const Json answer{{"response-type", "data"},
+                      {"tid", tid},
+                      {"idp-config", idpConfig},
+                      {"app-config", {{"app-doclist", configuration_.documentList ? "true" : "false"}}},
+                      {"idp-biodata", biodata},
+                      {"idp-facemap",
+                       {{"facemap-endpoint", addressOf(Endpoint::facemap)},
+                        {"ocridscan-endpoint", addressOf(Endpoint::idScan)},
+                        {"facemap-token", "simulated-token"},
+                        {"facemap-public-key", "simulated-public-key"},
+                        {"facemap-device-key", sessionDeviceKey}}}};
+    return {.body = answer.dump(), .violation = {}, .session = session};
 }
 
 std::string SessionProtocol::refusal(std::string_view responseCode, std::string_view message) {

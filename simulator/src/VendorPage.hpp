@@ -7,7 +7,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,10 +17,11 @@ struct VendorLook {
     platform::Font titleFont = platform::FontMetrics::scaledFont(platform::Font::system(24));
     platform::Font messageFont = platform::FontMetrics::scaledFont(platform::Font::system(17));
     platform::Font buttonFont = platform::Font::system(17);
-    platform::Color buttonTextColor = platform::Color::systemBlue();
-    std::optional<platform::Color> buttonColor;
-    double buttonHeight = 44;
-    double buttonCornerRadius = 0;
+    /// The first button's; the other buttons are quieter.
+    platform::Color buttonTextColor = platform::Color::white();
+    platform::Color buttonColor = {.red = 0.04, .green = 0.29, .blue = 0.58};
+    double buttonHeight = 48;
+    double buttonCornerRadius = 12;
 };
 
 /// A button on a page.
@@ -32,26 +32,38 @@ struct Choice {
     std::function<void()> action;
 };
 
-/// One page of a simulated vendor's screen: a title, a message, perhaps a picture, and a button for each choice.
+/// One page of a simulated vendor's screen, marked as simulated: the frame of a camera's screen with a hint,
+/// a title, a message, perhaps a picture and a progress, and a button for each choice.
 class VendorPage {
 public:
+    /// What the camera would be held at.
+    enum class Frame { face, card };
+
     /// The identifiers of the views begin with `name`: "scan" gives "scanTitle", "scanMessage" and "scanPicture".
     VendorPage(const std::string& name, VendorLook look, const std::string& title, const std::string& message,
-               std::shared_ptr<const platform::Image> picture = {});
+               Frame frame, std::shared_ptr<const platform::Image> picture = {});
 
     void offer(std::vector<Choice> choices);
 
     void setMessage(const platform::AttributedText& message);
 
+    /// Shows a turning wheel, for a page that goes on by itself.
+    void showWork();
+
+    /// Shows how much of an upload is done, from 0 to 1.
+    void setProgress(double progress);
+
     /// Replaces the content of `screen`.
     void showIn(platform::View& screen) const;
 
 private:
+    void addBadge();
     std::shared_ptr<platform::Label> addLabel(std::string name, const platform::Font& font, const std::string& text);
 
     VendorLook look_;
     std::shared_ptr<platform::StackView> column_ = std::make_shared<platform::StackView>();
     std::shared_ptr<platform::Label> message_;
+    std::shared_ptr<platform::View> progress_;
 };
 
 } // namespace kivo::simulator

@@ -4,12 +4,18 @@
 
 #include <kivo/device/Fonts.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
+#include <kivo/platform/ui/TextField.hpp>
 #include <kivo/platform/ui/Window.hpp>
+
+#include <QPointF>
 
 namespace kivo::test {
 
 /// A host that draws with Qt, in front of a session that shows screens.
 class DeviceFixture : public OfflineHost {
+public:
+    ~DeviceFixture() override { session->setContext(nullptr); }
+
 protected:
     DeviceFixture() {
         installServices({});
@@ -20,8 +26,6 @@ protected:
         window->setRootViewController(navigation);
         session->setContext(host);
     }
-
-    ~DeviceFixture() override { session->setContext(nullptr); }
 
     /// Shows the activation code screen as a session does; its codes go to `code`.
     void showCodeScreen(CodeTextFieldStyle style = CodeTextFieldStyle::boxed) {
@@ -34,6 +38,14 @@ protected:
         });
         mainLoop->drain();
     }
+
+    /// Where a finger touches the view, on the display.
+    static QPointF middleOf(const platform::View& view) {
+        const auto frame = view.frameOnScreen();
+        return {frame.left() + frame.size.width / 2, frame.top() + frame.size.height / 2};
+    }
+
+    std::string textOf(const std::string& field) const { return window->find<platform::TextField>(field)->text(); }
 
     std::shared_ptr<platform::ViewController> host = std::make_shared<platform::ViewController>();
     std::shared_ptr<platform::NavigationController> navigation;

@@ -4,7 +4,6 @@
 #include <kivo/device/LayoutFaults.hpp>
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
-#include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/simulator/ReadID.hpp>
@@ -12,7 +11,10 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <cstdlib>
 #include <fstream>
+#include <functional>
+#include <string_view>
 
 namespace kivo::test {
 namespace {
@@ -23,81 +25,121 @@ using testing::IsEmpty;
 
 class ScreenLayout : public DeviceFixture {
 protected:
-    /// At every reading size, on a large and on a small display.
-    void expectNoFaults(const std::string& what) const {
-        for (const auto size : {Size{390, 844}, Size{320, 568}}) {
-            window->setSize(size);
-            for (int raw = 0; raw <= RawValues<ContentSizeCategory>::last; ++raw) {
-                window->setPreferredContentSizeCategory(static_cast<ContentSizeCategory>(raw));
-                EXPECT_THAT(device::layoutFaults(*window), IsEmpty())
-                    << what << " at reading size " << raw << ", " << size.width << " points wide";
+    void TearDown() override { unsetenv("LC_ALL"); }
+
+    /// Has the screens that come next speak that language.
+    void speak(const char* language) {
+        setenv("LC_ALL", language, /*overwrite=*/1);
+        services.bundles =
+            linuxServices({.mainBundle = {}, .dataFolder = folder.path() / "other", .trustedCertificates = {}}).bundles;
+        platform::install(services);
+    }
+
+    /// Shows each screen of the SDK in turn, and an alert, each with what else waits for a theme or a session.
+    void eachScreen(const std::function<void(const std::string& name)>& look) {
+        showCodeScreen();
+        seeAll({"codeErrorLabel", "closeButton"});
+        look("boxes");
+        showCodeScreen(CodeTextFieldStyle::single);
+        look("one field");
+        const auto bundle = services.bundles->main();
+        const auto storyboard = Storyboard::open("ZORFramework", bundle);
+        ASSERT_TRUE(storyboard) << storyboard.error();
+        std::ifstream file{*bundle->pathForResource("ZORFramework", "storyboard")};
+        const auto layout = nlohmann::json::parse(file, nullptr, true, /*ignore_comments=*/true);
+        for (const auto& [identifier, scene] : layout.at("scenes").items()) {
+            const auto screen = (*storyboard)->instantiate(identifier);
+            ASSERT_TRUE(screen) << screen.error();
+            navigation->pushViewController(*screen, /*animated=*/false);
+            mainLoop->drain();
+            seeAll({"closeButton", "titleInfoLabel", "processDescriptionTextView", "scanPassportLabel",
+                    "scanResidentCardLabel", "optionsContainerStackView", "scanErrorLabel"});
+            look(identifier);
+            if (const auto done = window->find("stepDoneView")) {
+                done->setHidden(false);
+                look(identifier + ", done");
+            }
+            navigation->popToViewController(host, /*animated=*/false);
+        }
+        const auto alert = std::make_shared<AlertController>("", "Are you sure, you want to terminate the process?");
+        alert->addAction({.title = "OK"});
+        alert->addAction({.title = "Cancel"});
+        navigation->present(alert, /*animated=*/false);
+        mainLoop->drain();
+        ASSERT_EQ(window->visibleViewController(), alert);
+        look("alert");
+        navigation->dismiss(/*animated=*/false);
+        mainLoop->drain();
+    }
+
+    void expectNoFaults(const std::string& where, double leastContrast) {
+        ++looks_;
+        EXPECT_THAT(device::layoutFaults(*window, leastContrast), IsEmpty()) << where;
+    }
+
+    int looks() const { return looks_; }
+
+private:
+    void seeAll(std::initializer_list<const char*> names) const {
+        for (const auto* name : names) {
+            if (const auto view = window->find(name)) {
+                view->setHidden(false);
             }
         }
     }
+
+    int looks_ = 0;
 };
 
-TEST_F(ScreenLayout, ShowsEverythingAtEveryReadingSize) {
-    showCodeScreen();
-    expectNoFaults("boxes");
-    showCodeScreen(CodeTextFieldStyle::single);
-    expectNoFaults("one field");
-    const auto bundle = services.bundles->main();
-    const auto storyboard = Storyboard::open("ZORFramework", bundle);
-    ASSERT_TRUE(storyboard) << storyboard.error();
-    std::ifstream file{*bundle->pathForResource("ZORFramework", "storyboard")};
-    const auto layout = nlohmann::json::parse(file, nullptr, true, /*ignore_comments=*/true);
-    for (const auto& [identifier, scene] : layout.at("scenes").items()) {
-        const auto screen = (*storyboard)->instantiate(identifier);
-        ASSERT_TRUE(screen) << screen.error();
-        navigation->pushViewController(*screen, /*animated=*/false);
-        mainLoop->drain();
-        expectNoFaults(identifier);
-        navigation->popToViewController(host, /*animated=*/false);
+/// Contrast of texts and symbols, as the guidelines for accessible pages ask for.
+constexpr double readable = 4.5;
+
+const Size displays[] = {{390, 844}, {320, 568}, {430, 932}, {844, 390}, {820, 1180}};
+
+TEST_F(ScreenLayout, ShowsEverythingInEveryLanguageAtEveryReadingSizeOnEveryDisplay) {
+    for (const auto* language : {"en", "de", "fr", "es", "pl", "ar", "ja"}) {
+        speak(language);
+        eachScreen([&](const std::string& screen) {
+            for (const auto& size : displays) {
+                window->setSize(size);
+                for (int raw = 0; raw <= RawValues<ContentSizeCategory>::last; ++raw) {
+                    window->setPreferredContentSizeCategory(static_cast<ContentSizeCategory>(raw));
+                    expectNoFaults(screen + " in " + language + " at reading size " + std::to_string(raw) + ", " +
+                                       std::to_string(static_cast<int>(size.width)) + " points wide",
+                                   readable);
+                }
+            }
+        });
+        EXPECT_EQ(window->layoutDirection() == LayoutDirection::rightToLeft, std::string_view{language} == "ar");
     }
-    const auto alert = std::make_shared<AlertController>("", "Are you sure, you want to terminate the process?");
-    alert->addAction({.title = "OK"});
-    alert->addAction({.title = "Cancel"});
-    navigation->present(alert, /*animated=*/false);
-    mainLoop->drain();
-    ASSERT_EQ(window->visibleViewController(), alert);
-    expectNoFaults("alert");
+    EXPECT_EQ(looks(), 7 * 11 * 5 * 12);
 }
 
-TEST_F(ScreenLayout, IsReadableInTheDarkAndLeavesNoColorBehind) {
-    const auto look = std::make_shared<device::app::HostLook>(services.bundles);
-    services.bundles = look;
-    platform::install(services);
+TEST_F(ScreenLayout, IsReadableInTheLightAndInTheDark) {
     const auto app = std::make_shared<device::app::Host>(window, "18");
-    app->start();
-    const auto screens = std::dynamic_pointer_cast<NavigationController>(window->rootViewController());
-    const auto expectReadable = [&](const std::string& what) {
+    const auto former = window->rootViewController();
+    for (const auto style : {UserInterfaceStyle::dark, UserInterfaceStyle::light}) {
+        const std::string name = style == UserInterfaceStyle::dark ? ", dark" : ", light";
+        window->setRootViewController(former);
         mainLoop->drain();
-        look->dress(*window);
-        EXPECT_THAT(device::layoutFaults(*window), IsEmpty()) << what << (look->isDark() ? ", dark" : ", light");
-    };
-    for (const bool dark : {true, false}) {
-        look->setDark(dark);
-        app->setColors(look->colors());
-        expectReadable("the host's screen");
-        const auto storyboard = Storyboard::open("ZORFramework", services.bundles->main());
-        ASSERT_TRUE(storyboard) << storyboard.error();
-        for (const auto* scene : {"AuthMenuVCID", "FinalStatusVC", "QRCodeScannerVC", "QRCodeVC"}) {
-            const auto screen = (*storyboard)->instantiate(scene);
-            ASSERT_TRUE(screen) << screen.error();
-            screens->pushViewController(*screen, /*animated=*/false);
-            const auto icon = window->find<ImageView>("documentOptionOneImageView");
-            if (icon) {
-                icon->setImage(Image::named("documentOptionOneImage"));
-            }
-            expectReadable(scene);
-        }
+        eachScreen([&](const std::string& screen) {
+            // Shown in the other appearance before.
+            window->setUserInterfaceStyle(style);
+            expectNoFaults(screen + name, readable);
+        });
+        app->start();
+        app->setColors(device::app::hostColors());
+        mainLoop->drain();
+        expectNoFaults("the host's screen" + name, readable);
+        const auto screens = std::dynamic_pointer_cast<NavigationController>(window->rootViewController());
         simulator::ReadID vendor{simulator::Reading::byPerson()};
         const auto flow = std::make_shared<readid::NFCWithAccessControlFlow>();
         flow->baseUrl = "https://proxy.example";
         ASSERT_TRUE(vendor.identify(screens, ModalPresentationStyle::automatic, flow, [](const auto&) {}));
-        expectReadable("a vendor's screen");
+        mainLoop->drain();
+        expectNoFaults("a vendor's screen" + name, readable);
         screens->dismiss(/*animated=*/false);
-        screens->popToViewController(screens->viewControllers().front(), /*animated=*/false);
+        mainLoop->drain();
     }
 }
 
@@ -112,7 +154,10 @@ TEST_F(ScreenLayout, FaultsAreNamed) {
     } rows[] = {
         {R"("first" and "second" overlap)", above, {.top = 30, .left = 0, .width = 200, .height = 40}},
         {R"("first" is too small for its text)", {.top = 0, .left = 0, .width = 40, .height = 20}, below},
-        {R"("second" is too small for its text)", above, {.top = 60, .left = 0, .width = 20, .height = 20}},
+        {R"("first" breaks a word)",
+         {.top = 0, .left = 0, .width = 30, .height = 300},
+         {.top = 0, .right = 0, .width = 200, .height = 40}},
+        {R"("second" is too small for its text)", above, {.top = 60, .left = 0, .width = 60, .height = 10}},
         {R"("second" is partly or wholly out of sight)", above, {.left = 0, .bottom = -60, .height = 40}},
         {R"("second" has no room)", above, {.top = 60, .left = 0, .width = 0, .height = 0}},
     };
@@ -137,6 +182,11 @@ TEST_F(ScreenLayout, FaultsAreNamed) {
         label->setPlacement(above);
         button->setPlacement(below);
         EXPECT_THAT(device::layoutFaults(*window), IsEmpty()) << "after mending " << fault;
+        const auto neighbour = std::make_shared<Button>();
+        neighbour->setTitle("Stop");
+        neighbour->setPlacement({.top = 104, .left = 0, .width = 200, .height = 30});
+        screen->view()->addSubview(neighbour);
+        EXPECT_THAT(device::layoutFaults(*window), Contains(R"("Stop" is too small for a finger)"));
     }
 }
 

@@ -1,13 +1,14 @@
 #include "DeviceFixture.hpp"
+#include "support/Program.hpp"
 
 #include <kivo/device/PhoneView.hpp>
+#include <kivo/device/Pictures.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/Label.hpp>
-#include <kivo/platform/ui/TextField.hpp>
 
 #include <gmock/gmock.h>
 
@@ -18,11 +19,15 @@
 #include <QLineEdit>
 #include <QMetaEnum>
 #include <QTest>
+#include <array>
+#include <chrono>
+#include <csignal>
 
 namespace kivo::test {
 namespace {
 
 using namespace platform;
+using namespace std::chrono_literals;
 using testing::Contains;
 using testing::Each;
 using testing::MatchesRegex;
@@ -38,13 +43,8 @@ protected:
 
     QLineEdit* edit(const char* name) const { return phone.findChild<QLineEdit*>(name); }
 
-    QPoint middleOf(const std::string& name) const {
-        const auto frame = window->find(name)->frameOnScreen();
-        return QPointF{frame.left() + frame.size.width / 2, frame.top() + frame.size.height / 2}.toPoint();
-    }
-
     void tap(const std::string& name) {
-        QTest::mouseClick(&phone, Qt::LeftButton, {}, middleOf(name));
+        QTest::mouseClick(&phone, Qt::LeftButton, {}, middleOf(*window->find(name)).toPoint());
         settle();
     }
 
@@ -61,10 +61,20 @@ protected:
         settle();
     }
 
-    std::string textOf(const char* name) const { return window->find<TextField>(name)->text(); }
-
     device::PhoneView phone{window};
 };
+
+TEST_F(Phone, APictureOnAFullDiskIsToldAndLeavesNoFile) {
+    const auto file = folder.path() / "small.png";
+    std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t room : {0U, 100U}) {
+        const LowLimit full{RLIMIT_FSIZE, room};
+        const auto saved = device::Pictures::open()->save(*window, file, 0.1);
+        ASSERT_FALSE(saved) << room;
+        EXPECT_EQ(saved.error(), file.string() + " could not be written (File too large)");
+        EXPECT_FALSE(exists(file));
+    }
+}
 
 struct Refusing final : TextFieldDelegate {
     bool shouldChangeCharacters(TextField& /*field*/, TextRange /*range*/, const std::string& text) override {
@@ -205,6 +215,116 @@ TEST_F(Phone, AssistiveTechnologyAndTheKeyboardPressButtons) {
     QTest::keyClick(control, Qt::Key_Space);
     QTest::keyClick(control, Qt::Key_Return);
     EXPECT_EQ(taps, 3);
+}
+
+TEST_F(Phone, ATapAndAKeyReachWhatIsDrawnLargerOrSmaller) {
+    showCodeScreen();
+    for (const double zoom : {0.5, 1.75}) {
+        phone.setZoom(zoom);
+        settle();
+        EXPECT_EQ(phone.size(), QSize(qRound(390 * zoom), qRound(844 * zoom)));
+        const auto field = window->find<TextField>("textFieldDigitOne");
+        const auto middle = (middleOf(*field) * zoom).toPoint();
+        QTest::mouseClick(&phone, Qt::LeftButton, {}, middle);
+        settle();
+        ASSERT_TRUE(field->isFirstResponder()) << zoom;
+        auto* const line = edit("textFieldDigitOne");
+        EXPECT_TRUE(line->geometry().contains(middle)) << zoom;
+        EXPECT_NEAR(line->geometry().width() / zoom, field->frame().size.width, 14);
+        QTest::keyClicks(line, "7");
+        EXPECT_EQ(field->text(), "7");
+        EXPECT_TRUE(field->becomeFirstResponder());
+        EXPECT_TRUE(field->deleteBackward());
+    }
+}
+
+QRect toRect(const View& view) {
+    const auto frame = view.frameOnScreen();
+    return QRectF{frame.origin.x, frame.origin.y, frame.size.width, frame.size.height}.toRect();
+}
+
+/// A phone whose motion follows a clock of the test.
+class MovingPhone : public Phone {
+protected:
+    MovingPhone() {
+        phone.setClock([this] { return time; });
+        phone.setAnimated(true);
+    }
+
+    /// A part of the display some time later.
+    QImage after(std::chrono::milliseconds later, const QRect& part) {
+        time += later;
+        phone.synchronize();
+        return phone.grab(part).toImage();
+    }
+
+    /// Whether that part of the display moves now. Half a second later it has come to rest.
+    bool moves(const QRect& part) {
+        const auto now = after(40ms, part);
+        return now != after(500ms, part);
+    }
+
+    QRect rowOfBoxes() const {
+        const auto first = window->find("textFieldDigitOne")->frameOnScreen();
+        return {0, static_cast<int>(first.origin.y), 390, static_cast<int>(first.size.height)};
+    }
+
+    std::chrono::milliseconds time{1000};
+};
+
+TEST_F(MovingPhone, AScreenComesInByTheClockAndAtOnceForAPersonWhoWantsLessMotion) {
+    const QRect right{350, 600, 1, 1};
+    const QRect left{0, 600, 1, 1};
+    const auto push = [&](const Color& color) {
+        const auto screen = std::make_shared<ViewController>();
+        screen->view()->setBackgroundColor(color);
+        navigation->pushViewController(screen, /*animated=*/true);
+        settle();
+    };
+    push(Color::white());
+    after(500ms, left);
+    push(Color{.red = 1, .green = 0, .blue = 0});
+    EXPECT_EQ(after(0ms, right).pixelColor(0, 0), Qt::white);
+    EXPECT_EQ(after(60ms, right).pixelColor(0, 0), Qt::red);
+    EXPECT_NE(after(0ms, left).pixelColor(0, 0), Qt::red);
+    EXPECT_EQ(after(220ms, left).pixelColor(0, 0), Qt::red);
+
+    push(Color{.red = 0, .green = 0, .blue = 1});
+    EXPECT_NE(after(60ms, left).pixelColor(0, 0), Qt::blue);
+    phone.setAnimated(false);
+    EXPECT_EQ(after(0ms, left).pixelColor(0, 0), Qt::blue);
+    push(Color::black());
+    EXPECT_EQ(after(0ms, left).pixelColor(0, 0), Qt::black);
+}
+
+TEST_F(MovingPhone, ABoxThatFillsAndACodeThatIsRefusedMove) {
+    showCodeScreen();
+    settle();
+    after(500ms, {});
+    const std::array names{"textFieldDigitOne",  "textFieldDigitTwo",  "textFieldDigitThree",
+                           "textFieldDigitFour", "textFieldDigitFive", "textFieldDigitSix"};
+    for (const bool isAnimated : {true, false}) {
+        phone.setAnimated(isAnimated);
+        tap(names.front());
+        EXPECT_FALSE(moves(rowOfBoxes()));
+        for (const auto* name : names) {
+            window->find<TextField>(name)->setText("7");
+            settle();
+            EXPECT_EQ(moves(toRect(*window->find(name))), isAnimated) << name;
+        }
+        for (const auto* name : names) {
+            window->find<TextField>(name)->setText("");
+        }
+        const auto alert = std::make_shared<AlertController>("", "The code is wrong.");
+        alert->addAction({.title = "OK"});
+        navigation->present(alert, /*animated=*/true);
+        settle();
+        after(500ms, {});
+        EXPECT_FALSE(moves(rowOfBoxes())) << "the alert is told first";
+        tap("OK");
+        after(300ms, {});
+        EXPECT_EQ(moves(rowOfBoxes()), isAnimated);
+    }
 }
 
 TEST_F(Phone, MayBeClosedInTheMiddleOfASession) {

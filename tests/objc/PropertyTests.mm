@@ -1,6 +1,7 @@
 #import "Host.h"
 #include "support/TemporaryFolder.hpp"
 
+#include <kivo/c/theme.h>
 #import <kivo/objc/KivoNative.h>
 
 #include <gtest/gtest.h>
@@ -107,6 +108,11 @@ TEST(ObjCProperties, AreThoseOfTheLibraryAndKeepTheirValuesApart) {
                 if (member.type.contains("platform::Layer")) {
                     continue; // for Objective-C++, through KivoNative.h
                 }
+                if (std::string_view{each.className} == "ThemeCustomization" && !member.isOfClass &&
+                    !member.type.contains("_ptr<")) {
+                    EXPECT_NE(kivo_theme_property_kind(kivo_text_of(member.name.c_str())), KIVO_PROPERTY_UNKNOWN)
+                        << "there is no " << member.name << " in C";
+                }
                 NSString* const name = text(member.name);
                 const SEL getter = NSSelectorFromString(name);
                 if (member.isOfClass) {
@@ -194,6 +200,8 @@ TEST_F(ObjCLooks, ReachTheVendorsScreens) {
     EXPECT_TRUE([wrapper.customStringTableName isEqual:@""]);
     wrapper.customStringTableName = @"Reading";
     EXPECT_TRUE([resources.customStringTableName isEqual:@"Reading"]);
+    wrapper.customStringTableName = @"";
+    EXPECT_EQ(resources.customStringTableName, nil);
 }
 
 TEST_F(ObjCLooks, ReachViewsAndTheirLayers) {
@@ -220,6 +228,7 @@ TEST_F(ObjCLooks, ReachViewsAndTheirLayers) {
                                        borderWidth:3];
     EXPECT_EQ(layer.borderWidth, 3);
     EXPECT_EQ(layer.borderColor, (platform::Color{0, 0, 1, 1}));
+    EXPECT_TRUE(layer.masksToBounds) << "a main button clips whatever its radius";
 
     ZorCloseButtonAppearance* const look = [[ZorCloseButtonAppearance new] autorelease];
     look.closeButtonTitle = @"Leave";

@@ -38,6 +38,48 @@ TEST_F(AssetCatalogueTest, TellsAMalformedColourFromAMissingOne) {
     EXPECT_THAT(catalogue_.color("Kivo.Button.Color").error(), testing::HasSubstr("no JSON"));
 }
 
+TEST_F(AssetCatalogueTest, KeepsTheDarkVariantOfAColourAndOfAPicture) {
+    const auto color = [](const char* level, const std::string& appearances) {
+        return R"({"idiom": "universal", )" + appearances + R"("color": {"components": {"red": ")" + level +
+               R"(", "green": "0.0", "blue": "0.0", "alpha": "1.0"}}})";
+    };
+    const auto is = [](const char* appearance, const char* value) {
+        return std::string{R"("appearances": [{"appearance": ")"} + appearance + R"(", "value": ")" + value +
+               R"("}], )";
+    };
+    const std::pair<std::string, Color> rows[] = {
+        {color("0.2", ""), {.red = 0.2}},
+        {color("0.2", "") + ", " + color("0.8", is("luminosity", "dark")), Color::adaptive({.red = 0.2}, {.red = 0.8})},
+        {color("0.8", is("luminosity", "dark")) + ", " + color("0.2", ""), Color::adaptive({.red = 0.2}, {.red = 0.8})},
+        {color("0.2", "") + ", " + color("0.8", is("contrast", "high")), {.red = 0.2}},
+        {color("0.2", "") + ", " + color("0.8", R"("appearances": 7, )"), {.red = 0.2}},
+    };
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        const auto name = "Color" + std::to_string(i);
+        folder_.write("Kivo.xcassets/" + name + ".colorset/Contents.json", "{\"colors\": [" + rows[i].first + "]}");
+    }
+    folder_.write("Kivo.xcassets/onlyDark.colorset/Contents.json",
+                  "{\"colors\": [" + color("0.8", is("luminosity", "dark")) + "]}");
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_EQ(catalogue_.color("Color" + std::to_string(i)).value(), rows[i].second) << rows[i].first;
+    }
+    EXPECT_FALSE(catalogue_.color("onlyDark"));
+}
+
+TEST_F(AssetCatalogueTest, ShowsAPictureInItsAppearanceAndMirroredWhereItPoints) {
+    const auto set = std::filesystem::path{"Kivo.xcassets/arrow.imageset"};
+    for (const auto* file : {"day.png", "night.png"}) {
+        folder_.write(set / file, "");
+    }
+    folder_.write(set / "Contents.json", R"({"images": [
+        {"idiom": "universal", "filename": "day.png", "language-direction": "left-to-right"},
+        {"idiom": "universal", "filename": "night.png", "appearances": [{"appearance": "luminosity", "value": "dark"}]}]})");
+    const auto image = catalogue_.image("arrow").value();
+    EXPECT_TRUE(image->isDirectional);
+    EXPECT_EQ(image->fileIn(UserInterfaceStyle::light).filename(), "day.png");
+    EXPECT_EQ(image->fileIn(UserInterfaceStyle::dark).filename(), "night.png");
+}
+
 TEST_F(AssetCatalogueTest, PicksTheFinestPictureAndItsSizeInPoints) {
     std::string header{"\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\0\x30\0\0\0\x18", 24};
     const auto set = std::filesystem::path{"Icons.xcassets/close-icon.imageset"};
@@ -52,12 +94,14 @@ TEST_F(AssetCatalogueTest, PicksTheFinestPictureAndItsSizeInPoints) {
 
     header[20] = '\x80';
     folder_.write(set / "broken.png", header);
+    folder_.write(set / "flat.png", header.replace(20, 4, 4, '\0'));
     folder_.write("Icons.xcassets/outside.png", header);
     const auto entry = [](const std::string& file) {
         return R"({"images": [{"idiom": "universal", "filename": ")" + file + "\"}]}";
     };
     const std::pair<std::string, const char*> rows[] = {
         {entry("broken.png"), "impossible width or height"},
+        {entry("flat.png"), "impossible width or height"},
         {entry("../outside.png"), "not in its folder"},
         {entry("missing.png"), "not in its folder"},
         {entry(""), "no universal image"},

@@ -55,38 +55,42 @@ struct BrokenKeychain final : Broken<Keychain> {
     using Broken::Broken;
 
     OSStatus SecItemAdd(const KeychainAttributes& item) override {
-        auto added = item;
-        if (has("ends values at a zero")) {
-            added.kSecValueData = item.kSecValueData->c_str();
+        if (!has("stores values carelessly")) {
+            return has("forgets") ? errSecSuccess : real->SecItemAdd(item);
         }
-        const auto status = has("forgets") ? errSecSuccess : real->SecItemAdd(added);
-        if (has("writes values down")) {
-            std::ofstream{folder / "copy"} << *item.kSecValueData;
-        }
+        auto cut = item;
+        cut.kSecValueData = item.kSecValueData->c_str();
+        const auto status = real->SecItemAdd(cut);
+        std::ofstream{folder / "copy"} << *item.kSecValueData;
         return status;
     }
 
     OSStatus SecItemCopyMatching(const KeychainAttributes& query, std::string* result) override {
         auto wanted = query;
-        if (has("gives another item's value")) {
+        if (has("reads queries loosely")) {
             wanted.kSecAttrAccessGroup.reset();
             wanted.kSecAttrService.reset();
+            wanted.kSecReturnData = true;
         }
-        wanted.kSecReturnData = wanted.kSecReturnData || has("tells unasked");
         return real->SecItemCopyMatching(wanted, result);
     }
 
     OSStatus SecItemUpdate(const KeychainAttributes& query, const KeychainAttributes& change) override {
         auto wanted = query;
-        if (has("ignores the accessibility")) {
+        if (has("reads queries loosely")) {
             wanted.kSecAttrAccessible.reset();
         }
         return has("forgets changes") ? real->SecItemCopyMatching(query, nullptr) : real->SecItemUpdate(wanted, change);
     }
 
+    OSStatus SecItemStoreAll(std::span<const KeychainAttributes> items, KeychainDurability durability) override {
+        return real->SecItemStoreAll(
+            has("stores one of several") ? items.first(std::min<std::size_t>(items.size(), 1)) : items, durability);
+    }
+
     OSStatus SecItemDelete(const KeychainAttributes& query) override {
         auto wanted = query;
-        if (has("misses items")) {
+        if (has("reads queries loosely")) {
             wanted.kSecAttrAccessGroup = query.kSecAttrAccessGroup.value_or("");
         }
         return real->SecItemDelete(wanted);
@@ -99,17 +103,14 @@ struct BrokenTrust final : Broken<Trust> {
     using Broken::Broken;
 
     std::optional<std::string> externalPublicKey(std::string_view certificate) const override {
-        return has("gives the certificate for its key") ? std::string{certificate}
-                                                        : real->externalPublicKey(certificate);
+        return std::string{certificate};
     }
 
-    std::optional<CertificateValidity> validity(std::string_view certificate, const std::string& host) const override {
-        return real->validity(certificate, has("names every host") ? "a.example" : host);
+    std::optional<CertificateValidity> validity(std::string_view certificate, const std::string&) const override {
+        return real->validity(certificate, "a.example");
     }
 
-    std::string sha256(std::string_view bytes) const override {
-        return real->sha256(has("digests wrongly") ? "fixed" : bytes);
-    }
+    std::string sha256(std::string_view) const override { return real->sha256("fixed"); }
 
     std::string base64(std::string_view bytes) const override { return real->base64(bytes); }
 };
@@ -152,14 +153,10 @@ struct BrokenSession final : Broken<UrlSession> {
         if (has("sends twice")) {
             real->dataTask(request, [](const auto&) {});
         }
-        if (has("follows http") && request.url.starts_with("http:")) {
-            request.url.insert(4, "s");
-        }
-        if (has("drops headers")) {
+        if (has("changes requests")) {
             request.headers.clear();
-        }
-        if (has("changes methods") && request.method == "PUT") {
-            request.method = "POST";
+            request.url = request.url.starts_with("http:") ? "https" + request.url.substr(4) : request.url;
+            request.method = request.method == "PUT" ? "POST" : request.method;
         }
         const auto url = request.url;
         // The answer may come after the session has gone.
@@ -187,19 +184,14 @@ struct BrokenSessions final : Broken<UrlSessions> {
     std::shared_ptr<UrlSession> make(UrlSessionConfiguration configuration,
                                      std::shared_ptr<UrlSessionDelegate> delegate,
                                      std::shared_ptr<DispatchQueue> queue) override {
-        if (has("has no bound")) {
+        if (has("has limits of its own")) {
             configuration.responseLimit = std::size_t{1} << 40;
-        }
-        if (has("has one time limit")) {
             configuration.requestTimeout = std::chrono::seconds{60};
-        }
-        if (has("asks no delegate")) {
+        } else if (has("ignores delegate and queue")) {
             delegate = nullptr;
+            queue = nullptr;
         } else if (has("trusts every server")) {
             delegate = std::make_shared<AcceptsAll>();
-        }
-        if (has("answers on another queue")) {
-            queue = nullptr;
         } else if (has("answers side by side")) {
             queue = std::make_shared<ManyThreads>();
         }
@@ -213,36 +205,26 @@ struct BrokenSessions final : Broken<UrlSessions> {
     std::shared_ptr<UrlSession> kept;
 };
 
-struct BrokenBundle final : Broken<Bundle> {
-    using Broken::Broken;
+struct BrokenBundle final : Bundle {
+    std::optional<std::string> bundleIdentifier() const override { return "com.example.app"; }
 
-    std::optional<std::string> bundleIdentifier() const override { return real->bundleIdentifier(); }
+    std::optional<std::string> infoText(std::string_view) const override { return "com.example.other"; }
 
-    std::optional<std::string> infoText(std::string_view key) const override {
-        return has("lies") ? "com.example.other" : real->infoText(key);
+    std::optional<std::filesystem::path> pathForResource(std::string_view name, std::string_view) const override {
+        return name;
     }
 
-    std::optional<std::filesystem::path> pathForResource(std::string_view name, std::string_view type) const override {
-        return has("leaves its folder") ? std::filesystem::path{name} : real->pathForResource(name, type);
-    }
+    std::optional<PropertyValue> propertyList(std::string_view) const override { return PropertyValue{"text"}; }
 
-    std::optional<PropertyValue> propertyList(std::string_view name) const override {
-        return has("reads texts only") ? PropertyValue{"text"} : real->propertyList(name);
-    }
-
-    std::string localizedString(std::string_view key, std::string_view table) const override {
-        return has("has no texts") ? "" : real->localizedString(key, table);
-    }
+    std::string localizedString(std::string_view, std::string_view) const override { return ""; }
 };
 
 struct BrokenBundles final : Broken<Bundles> {
     using Broken::Broken;
 
-    std::shared_ptr<Bundle> main() override { return std::make_shared<BrokenBundle>(real->main(), fault); }
+    std::shared_ptr<Bundle> main() override { return std::make_shared<BrokenBundle>(); }
 
-    std::shared_ptr<Bundle> withIdentifier(std::string_view identifier) override {
-        return real->withIdentifier(identifier);
-    }
+    std::shared_ptr<Bundle> withIdentifier(std::string_view) override { return main(); }
 };
 
 struct BrokenDevice final : Broken<Device> {

@@ -43,8 +43,7 @@ TEST(CurlUrlSession, GivesTheHeadersAsTheyCame) {
 
 TEST(CurlUrlSession, TellsThePersonWhoReadsTheLogWhatWentWrong) {
     TestTlsServer silent{[](const auto&) { return TestReply{"", After::hold}; }};
-    TestTlsServer plain{[](const auto&) { return TestReply{"HTTP/1.1 400 Bad\r\n\r\n", After::close}; },
-                        TestTlsServer::Protocol::plain};
+    TestTlsServer old{[](const auto&) { return reply(200); }, TestTlsServer::Protocol::tls11};
     const auto closed = TestTlsServer{[](const auto&) { return reply(200); }}.port();
     const auto port = std::to_string(closed);
     const auto strangerFile = std::filesystem::temp_directory_path() / "kivo-no-such-file.pem";
@@ -60,8 +59,8 @@ TEST(CurlUrlSession, TellsThePersonWhoReadsTheLogWhatWentWrong) {
         {silent.url(), "stood still", 20s, 1s},
         {"https://localhost:" + port, "Could not connect to localhost port " + port + ": connection refused"},
         {"https://nonexistent.invalid/", "Could not find the host nonexistent.invalid"},
-        {plain.url(), "secure connection"},
-        {plain.url(), "kivo-no-such-file.pem", 20s, 0s, strangerFile},
+        {old.url(), "secure connection"},
+        {old.url(), "kivo-no-such-file.pem", 20s, 0s, strangerFile},
         {"https://127.0.0.1:" + std::to_string(silent.port()), "127.0.0.1"},
     };
 

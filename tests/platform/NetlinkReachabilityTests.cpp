@@ -119,8 +119,9 @@ TEST_F(NetlinkReachabilityTest, IsReachableWhileOneOfManyHopsHasALink) {
         {"a1 down", reachable}, {"b1 down", 0}, {"a1 up", reachable}, {"a0 down", 0}};
     for (const auto& [change, flags] : rows) {
         ip("link set " + std::string{change});
-        EXPECT_TRUE(eventually([&, flags = flags] { return service->SCNetworkReachabilityGetFlags(target) == flags; }))
-            << change;
+        EXPECT_TRUE(eventually([&, expected = flags] {
+            return service->SCNetworkReachabilityGetFlags(target) == expected;
+        })) << change;
     }
 }
 

@@ -9,6 +9,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
@@ -63,6 +64,20 @@ TEST_F(SqliteKeychainTest, ASwappedOrAlteredValueDoesNotOpen) {
     EXPECT_EQ(read("one"), "mended");
 }
 
+TEST_F(SqliteKeychainTest, AValueReadBeforeFollowsEveryChange) {
+    const auto keychain = open();
+    const auto other = open();
+    ASSERT_EQ(other->SecItemAdd(item("one", "old")), errSecSuccess);
+    EXPECT_EQ(read(*keychain, "one"), "old");
+    ASSERT_EQ(other->SecItemUpdate(item("one"), value("new")), errSecSuccess);
+    EXPECT_EQ(read(*keychain, "one"), "new") << "by another process";
+    ASSERT_EQ(keychain->SecItemUpdate(item("one"), value("newer")), errSecSuccess);
+    EXPECT_EQ(read(*keychain, "one"), "newer") << "by this one";
+    EXPECT_EQ(read(*keychain, "two"), std::to_string(errSecItemNotFound)) << "another item";
+    ASSERT_EQ(other->SecItemDelete(item("one")), errSecSuccess);
+    EXPECT_EQ(read(*keychain, "one"), std::to_string(errSecItemNotFound));
+}
+
 TEST_F(SqliteKeychainTest, ADatabaseThatIsReplacedWhileOpenIsTakenUp) {
     const auto keychain = open();
     ASSERT_EQ(keychain->SecItemAdd(item("one", "value")), errSecSuccess);
@@ -95,23 +110,7 @@ TEST_F(SqliteKeychainTest, LeavesTheDatabaseOfANewerReleaseAlone) {
     }
 }
 
-TEST_F(SqliteKeychainTest, AFolderWithoutWritePermissionKeepsItsValuesReadable) {
-    ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
-    const Unprivileged user{parent.path() / "kivo"};
-    fs::remove(folder / "keychain.db-journal");
-    chmod(folder.c_str(), 0500);
-    EXPECT_EQ(read("one"), "value");
-    EXPECT_THAT(diagnostics->texts(), IsEmpty());
-    const auto keychain = open();
-    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecReadOnly);
-    EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("give this user write permission")));
-    EXPECT_EQ(makeSqliteKeychain(folder / "below", diagnostics)->SecItemAdd(item("one", "value")), errSecReadOnly);
-    EXPECT_EQ(read("one"), "value");
-    chmod(folder.c_str(), 0700);
-    EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("new")), errSecSuccess) << "without a restart";
-}
-
-TEST_F(SqliteKeychainTest, EachCauseHasItsStatus) {
+TEST_F(SqliteKeychainTest, EachCauseHasItsStatusUntilItHasGone) {
     ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
     const Unprivileged user{parent.path() / "kivo"};
     const auto withMode = [](const fs::path& path, mode_t mode) {
@@ -122,60 +121,61 @@ TEST_F(SqliteKeychainTest, EachCauseHasItsStatus) {
     [[maybe_unused]] const auto withFiles = [limit = std::shared_ptr<LowLimit>{}](bool isSpoilt) mutable {
         limit = isSpoilt ? std::make_shared<LowLimit>(RLIMIT_NOFILE, 0) : nullptr;
     };
+    const int locked = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const auto whileLocked = [&](bool isHeld) { EXPECT_EQ(flock(locked, isHeld ? LOCK_EX : LOCK_UN), 0); };
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+    const auto whileWritten = [&](bool isHeld) {
+        EXPECT_EQ(sqlite3_exec(other, isHeld ? "BEGIN EXCLUSIVE" : "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+    };
+    constexpr auto absent = errSecNotAvailable;
 
     const struct {
+        const char* cause;
         std::function<void(bool isSpoilt)> set;
         OSStatus read, added, removed;
         const char* said;
     } rows[] = {
-        {withMode(folder / "keychain.key", 0), errSecNotAvailable, errSecNotAvailable, errSecItemNotFound,
+        {"a key without permission", withMode(folder / "keychain.key", 0), absent, absent, errSecItemNotFound,
          "read permission"},
-        {withMode(file, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly, "cannot be written (Permission denied)"},
-        {withMode(folder, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly, "cannot be written (Permission denied)"},
+        {"a database without permission", withMode(file, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly,
+         "cannot be written (Permission denied)"},
+        {"a folder without permission", withMode(folder, 0), errSecReadOnly, errSecReadOnly, errSecReadOnly,
+         "cannot be written (Permission denied)"},
+        {"a folder to read", withMode(folder, 0500), errSecSuccess, errSecReadOnly, errSecItemNotFound,
+         "give this user write permission"},
+        {"a folder that another process holds", whileLocked, absent, absent, absent, "held by another process"},
+        {"a database that another process changes", whileWritten, errSecSuccess, absent, absent,
+         "held by another process"},
 #ifndef __SANITIZE_ADDRESS__ // the sanitizer itself needs descriptors
-        {withFiles, errSecNotAvailable, errSecNotAvailable, errSecNotAvailable, "(Too many open files); "},
+        {"no files", withFiles, absent, absent, absent, "(Too many open files); "},
 #endif
     };
 
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.said);
+        SCOPED_TRACE(row.cause);
         diagnostics->clear();
         row.set(true);
-        const auto keychain = open();
+        const auto start = std::chrono::steady_clock::now();
+        const auto keychain = makeSqliteKeychain(where, diagnostics, std::chrono::milliseconds{30});
         const auto read = keychain->SecItemCopyMatching(item("one"), nullptr);
+        const auto toldOfReading = diagnostics->texts().size();
         const auto added = keychain->SecItemAdd(item("two", "value"));
         const auto removed = keychain->SecItemDelete(item("none"));
         row.set(false);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds{4});
         EXPECT_EQ(read, row.read);
+        EXPECT_EQ(toldOfReading == 0, read == errSecSuccess);
         EXPECT_EQ(added, row.added);
         EXPECT_EQ(removed, row.removed);
-        EXPECT_THAT(diagnostics->texts(), testing::Each(HasSubstr(row.said)));
-        EXPECT_EQ(this->read("one"), "value");
+        const auto told = diagnostics->texts();
+        EXPECT_THAT(told, testing::Each(HasSubstr(row.said)));
+        EXPECT_EQ(std::ranges::adjacent_find(told), told.end()) << "told again";
+        EXPECT_EQ(this->read(*keychain, "one"), "value");
+        EXPECT_EQ(keychain->SecItemUpdate(item("one"), value("value")), errSecSuccess) << "without a restart";
     }
-}
-
-TEST_F(SqliteKeychainTest, WaitsForOthersUntilItsPatienceEnds) {
-    using namespace std::chrono_literals;
-    ASSERT_EQ(open()->SecItemAdd(item("one", "value")), errSecSuccess);
-    const auto expectRefusals = [&](const char* held) {
-        diagnostics->clear();
-        const auto impatient = makeSqliteKeychain(where, diagnostics, 30ms);
-        const auto start = std::chrono::steady_clock::now();
-        EXPECT_EQ(read(*impatient, "one"), std::to_string(errSecNotAvailable)) << held;
-        EXPECT_EQ(impatient->SecItemDelete(item("one")), errSecNotAvailable) << held;
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 4s) << held;
-        EXPECT_THAT(diagnostics->texts(), ElementsAre(HasSubstr("held by another process"))) << held;
-    };
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    ASSERT_EQ(flock(descriptor, LOCK_EX), 0);
-    expectRefusals("the folder");
-    close(descriptor);
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-    expectRefusals("the database");
     sqlite3_close(other);
-    EXPECT_EQ(read("one"), "value");
+    close(locked);
 }
 
 TEST_F(SqliteKeychainTest, AForkedChildIsRefusedAndHarmsNothing) {
@@ -270,9 +270,12 @@ TEST_F(SqliteKeychainTest, LeavesNeitherKeyNorValueInMemory) {
         ASSERT_EQ(keychain->SecItemUpdate(item("one"), stored), errSecSuccess) << "compares the two";
         std::string result;
         ASSERT_EQ(keychain->SecItemCopyMatching(item("one"), &result), errSecSuccess);
+        EXPECT_EQ(countInMemory(disguised), 3) << "here twice, and as the value that was read last";
+        ASSERT_EQ(keychain->SecItemDelete(item("one")), errSecSuccess);
         EXPECT_EQ(countInMemory(disguised), 2) << "here, and nowhere else";
         wipe(result);
         wipe(*stored.kSecValueData);
+        EXPECT_EQ(result, "");
     }
     EXPECT_EQ(countInMemory(disguised), 0);
 

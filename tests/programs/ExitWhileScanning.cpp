@@ -1,5 +1,5 @@
 // Exits while codes are read in pictures that come without end. Argument: the pipeline, or nothing for pictures from a
-// thread of the program; "at once" exits as soon as the session runs.
+// thread of the program; "at once" exits as soon as the session runs. A scan that cannot be is status 1.
 
 #include <kivo/platform/FrameCamera.hpp>
 #include <kivo/platform/RunLoop.hpp>
@@ -45,16 +45,21 @@ int main(int count, char** arguments) {
     static const auto& session = *new std::shared_ptr{camera->makeSession()};
     const auto counter = std::make_shared<Counter>();
     const auto output = camera->makeMetadataOutput();
+    const auto input = camera->makeInput(camera->defaultVideoDevice());
+    if (!output || !input) {
+        return 1;
+    }
     output->setDelegate(counter, RunLoop::main());
     output->setObjectTypes({MetadataObjectType::qr, MetadataObjectType::pdf417});
-    session->addInput(camera->makeInput(camera->defaultVideoDevice()));
+    session->addInput(input);
     session->addOutput(output);
     session->startRunning();
     if (atOnce) {
         return 0;
     }
     const auto isBusy = [&] { return counter->number > 1 || (!pipeline.empty() && session->preview().number > 1); };
-    for (int i = 0; i < 10000 && !RunLoop::main()->runUntil(isBusy, std::chrono::milliseconds{1}); ++i) {
+    for (int i = 0;
+         i < 10000 && session->isRunning() && !RunLoop::main()->runUntil(isBusy, std::chrono::milliseconds{1}); ++i) {
     }
     return isBusy() ? 0 : 1;
 }

@@ -62,7 +62,8 @@ SEEN ssize_t pwrite64(int file, const void* bytes, std::size_t size, off64_t off
 }
 
 SEEN int ftruncate64(int file, off64_t size) noexcept {
-    step("change", file);
+    const auto name = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file)).string();
+    step(size == 0 && name.ends_with("-wal") ? "empty" : "change", file);
     return CALL(SYS_ftruncate, file, size);
 }
 
@@ -83,7 +84,7 @@ SEEN int renameat(int from, const char* name, int to, const char* newName) noexc
 
 SEEN int unlink(const char* path) noexcept {
     step("remove", path);
-    return CALL(SYS_unlink, path);
+    return CALL(SYS_unlinkat, AT_FDCWD, path, 0);
 }
 
 int main(int argc, char** argv) {
@@ -111,6 +112,12 @@ int main(int argc, char** argv) {
     done(keychain->SecItemUpdate(item, change));
     change.kSecValueData = "third";
     done(keychain->SecItemUpdate(item, change));
+    change.kSecValueData = "";
+    done(keychain->SecItemStoreAll({{change}}, KeychainDurability::withNextChange));
+    auto other = item;
+    other.kSecAttrAccount = "two";
+    other.kSecValueData = change.kSecValueData = "fifth";
+    done(keychain->SecItemStoreAll({{change, other}}));
     done(keychain->SecItemDelete(item));
     return 0;
 }

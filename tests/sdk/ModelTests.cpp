@@ -40,25 +40,6 @@ TEST(ResponseCode, KeepsItsNumberNameAndTexts) {
     EXPECT_FALSE(responseCode(0) || responseCode(1000) || responseCodeNamed("") || responseCodeNamed("no_chip"));
 }
 
-TEST(ActivationResponse, KeepsWhatItCanReadAndNamesWhatItCannot) {
-    KivoSDK::setLogLevel(LogLevel::debug);
-    testing::internal::CaptureStdout();
-    const auto session = ActivationResponse::decode(
-        R"({"response-type":"data","response-code":null,"tid":7,"idp-config":{"retry-limit":3},)"
-        R"("app-config":{"app-doclist":"true"},"idp-biodata":[],"unknown":{}})");
-    const auto log = testing::internal::GetCapturedStdout();
-    ASSERT_TRUE(session);
-    EXPECT_EQ(session->responseType, "data");
-    EXPECT_EQ(session->tId, "");
-    EXPECT_TRUE(session->idpConfig.empty());
-    EXPECT_TRUE(ActivationResponse::isDocumentListAvailable(&*session));
-    for (const auto* property : {"responseCode", "tId", "idpConfig", "idpBiodata"}) {
-        EXPECT_TRUE(log.contains(std::string{"init(from:) \u2013 Error mapping "} + property + " ")) << log;
-    }
-    EXPECT_FALSE(log.contains("appConfig"));
-    EXPECT_FALSE(log.contains("idpFaceMap"));
-}
-
 TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
     const AcquisitionConfig config{SDKEnv::DEV, "1", "2", "3", "4", "5"};
     const auto encoded = config.encode();

@@ -101,5 +101,18 @@ TEST_F(SessionConcurrency, AHostMayCallFromInsideAnAnswer) {
     EXPECT_TRUE(runUntil([&] { return steps == 3; }));
 }
 
+TEST_F(SessionConcurrency, HangingNoticesHoldUpNoRequest) {
+    constexpr int asManyAsAServerGets = 6;
+    const auto session = KivoSDK::load("KEY", "18");
+    EXPECT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    const auto stored = storedSession();
+    service.inject(simulator::Endpoint::update, simulator::Fault::drop());
+    for (int i = 0; i < asManyAsAServerGets; ++i) {
+        CommunicationSecurityManager::shared().updateFailureOnServer({}, &*stored);
+    }
+    ASSERT_TRUE(service.waitForRequests(1 + asManyAsAServerGets, 60s));
+    EXPECT_TRUE(answerTo([&](auto response) { session->status(response); }).succeeded(IdvEvents::SESSION_STATUS));
+}
+
 } // namespace
 } // namespace kivo

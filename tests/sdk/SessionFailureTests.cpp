@@ -2,8 +2,14 @@
 #include "NetworkManager/Attempts.hpp"
 #include "support/HostFixture.hpp"
 #include "support/Http2Frames.hpp"
+#include "support/Program.hpp"
+#include "support/RecordedDiagnostics.hpp"
+#include "support/ScriptedUrlSessions.hpp"
 #include "support/TestTlsServer.hpp"
 
+#include <gmock/gmock.h>
+
+#include <csignal>
 #include <set>
 
 namespace kivo {
@@ -28,6 +34,7 @@ protected:
 
     const std::shared_ptr<KivoAPI> session = KivoSDK::load("KEY", "18");
     const std::vector<Operation> operations = operationsOf(session);
+    const Call status = operations[2].call;
 };
 
 TEST_F(SessionFailures, ATransportFailureEndsInTheOperationsOwnCodeAndIsNotSentAgain) {
@@ -142,7 +149,7 @@ TEST_F(SessionFailures, APartOfAnAnswerWithoutALengthIsNoAnswer) {
     ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
     for (const std::size_t part : {0UZ, 20UZ, whole.size() - 1}) {
         size = part;
-        EXPECT_EQ(answerTo(operations[2].call).code(), INVALID_STATUS_SESSION) << part;
+        EXPECT_EQ(answerTo(status).code(), INVALID_STATUS_SESSION) << part;
     }
     EXPECT_EQ(join(*session).code(), INVALID_JOIN_SESSION);
     EXPECT_EQ(storedJoinAnswer(), "") << "and is not stored";
@@ -171,17 +178,82 @@ TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {
 
 TEST_F(SessionFailures, ANetworkThatComesOrGoesLaterIsNoticedWithoutAJoin) {
     storeJoinAnswer(R"({"response-type":"data","tid":"T","idp-config":{"status-endpoint":"http://nowhere"}})");
-    const auto status = [&] {
-        const auto answered = answerTo([&](auto response) { session->status(response); });
+    const auto codeOfStatus = [&] {
+        const auto answered = answerTo(status);
         EXPECT_EQ(answered.thread == std::this_thread::get_id(), answered.code() == NETWORK_ERROR);
         return answered.code();
     };
     for (const bool isReachable : {false, true, false}) {
         network->setReachable(isReachable);
-        EXPECT_EQ(status(), isReachable ? INVALID_STATUS_SESSION : NETWORK_ERROR);
+        EXPECT_EQ(codeOfStatus(), isReachable ? INVALID_STATUS_SESSION : NETWORK_ERROR);
     }
     network->failCreation(7);
-    EXPECT_EQ(status(), NETWORK_ERROR) << "what the last monitor said holds without another";
+    EXPECT_EQ(codeOfStatus(), NETWORK_ERROR) << "what the last monitor said holds without another";
+}
+
+TEST_F(SessionFailures, AMachineWithoutThreadsAnswers) {
+    const auto exhausted = std::make_shared<test::ScriptedUrlSessions>();
+    exhausted->isExhausted = true;
+    services.urlSessions = exhausted;
+    platform::install(services);
+    EXPECT_EQ(join(*session).code(), INVALID_JOIN_SESSION);
+}
+
+TEST_F(SessionFailures, AProcessWithoutDescriptorsAnswersAndSaysWhy) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer itself needs descriptors";
+#endif
+    const auto diagnostics = std::make_shared<test::RecordedDiagnostics>();
+    services.diagnostics = diagnostics;
+    platform::install(services);
+    {
+        const test::LowLimit descriptors{RLIMIT_NOFILE, 3};
+        // Before the request, version 17 leaves the keychain alone.
+        EXPECT_EQ(join(*KivoSDK::load("KEY", "17")).code(), INVALID_JOIN_SESSION);
+        EXPECT_EQ(answerTo(status).code(), INVALID_STATUS_SESSION);
+    }
+    EXPECT_THAT(diagnostics->texts(), testing::IsSupersetOf({testing::ContainsRegex("network: .*ulimit -n"),
+                                                             testing::ContainsRegex("keychain: .*ulimit -n")}));
+}
+
+TEST_F(SessionFailures, AnAnswerThatCannotBeStoredFailsTheJoin) {
+    folder.write("flat", "a file where the data folder should be");
+    auto broken = platform::linuxServices({.mainBundle = folder.path() / "Host.bundle",
+                                           .dataFolder = folder.path() / "flat" / "data",
+                                           .trustedCertificates = service.trustedCertificates()});
+    services.keychain = broken.keychain;
+    platform::install(services);
+    EXPECT_EQ(join(*session).code(), INVALID_JOIN_SESSION);
+    EXPECT_EQ(answerTo(status).code(), INVALID_STATUS_SESSION);
+}
+
+TEST_F(SessionFailures, AResetOnAFullDiskSaysThatItCouldNot) {
+    EXPECT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    std::signal(SIGXFSZ, SIG_IGN);
+    testing::internal::CaptureStdout();
+    {
+        const test::LowLimit fullDisk{RLIMIT_FSIZE, 1000};
+        session->reset();
+        std::fflush(stdout);
+    }
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().contains("could not be deleted and is still stored"));
+    EXPECT_TRUE(storedSession());
+    session->reset();
+    EXPECT_FALSE(storedSession());
+}
+
+TEST_F(SessionFailures, AForkedChildIsAnsweredWithFailures) {
+    EXPECT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
+    const auto failures = test::statusInChild([this] {
+        alarm(30);
+        int count = 0;
+        for (const auto& operation : operations) {
+            operation.call([&](const IdvOutcome& outcome) { count += outcome ? 0 : 1; });
+        }
+        return count;
+    });
+    EXPECT_EQ(failures, 5) << "one for each operation";
+    EXPECT_TRUE(answerTo(status).succeeded(IdvEvents::SESSION_STATUS)) << "still";
 }
 
 } // namespace

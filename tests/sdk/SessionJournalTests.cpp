@@ -89,7 +89,8 @@ TEST_F(SessionJournal, OfRequests) {
              upload(api, response);
          }},
         {"report without a session", report},
-        {"join with numbers", join, R"({"response-type":"data","tid":7,"idp-config":{"retry-limit":2}})"},
+        {"join with values of other types", join,
+         R"({"response-type":"data","response-code":null,"tid":7,"idp-config":{"retry-limit":2},"idp-biodata":[],"unknown":{}})"},
         {"join that nobody waits for", [](auto& api, auto) { api.join("123456", config(), {}); }, joined},
     });
 }
@@ -130,10 +131,10 @@ TEST_F(SessionJournal, OfScreens) {
         {"ID scan", &SessionAPI::ocrScanDidComplete, IdvEvents::OCR_SCAN, {STATUS_BAD_BIODATA}},
     };
     for (const auto& [screen, complete, event, failures] : screens) {
-        const auto with = [this, complete = complete](const IdvOutcome& outcome) -> Act {
+        const auto with = [this, finish = complete](const IdvOutcome& outcome) -> Act {
             return [=, this](auto& api, auto) {
                 setScreenState(!outcome);
-                (api.*complete)(outcome);
+                (api.*finish)(outcome);
             };
         };
         steps.push_back({std::string{screen} + ": done", with(std::make_shared<IdvResult>("data", event))});

@@ -37,17 +37,14 @@ public:
     }
 
     /// The entries once there are `count`, or those that came within the limit.
-    std::vector<Entry> wait(std::size_t count = 1, std::chrono::milliseconds limit = patience) {
+    std::vector<Entry> wait(std::size_t count = 1, std::chrono::milliseconds limit = patience) const {
         std::unique_lock lock{state_->mutex};
         state_->changed.wait_for(lock, limit, [&] { return state_->entries.size() >= count; });
         return state_->entries;
     }
 
     /// The entries so far.
-    std::vector<Entry> seen() const {
-        const std::scoped_lock lock{state_->mutex};
-        return state_->entries;
-    }
+    std::vector<Entry> seen() const { return wait(0); }
 
 private:
     struct State {

@@ -51,6 +51,8 @@ HostScreenFixture::HostScreenFixture(SdkBundle sdkBundle) {
     services.fonts = fonts;
     services.camera = camera;
     if (sdkBundle == SdkBundle::ofTheTest) {
+        folder.write("Sdk.bundle/Info.plist", R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict></plist>)");
         services.bundles = platform::makeFolderBundles(folder.path() / "Host.bundle", folder.path() / "Sdk.bundle",
                                                        services.diagnostics);
     }

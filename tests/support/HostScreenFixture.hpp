@@ -117,7 +117,7 @@ class HostScreenFixture : public ::testing::Test {
 protected:
     using Theme = std::shared_ptr<ThemeCustomization>;
 
-    /// The SDK's resources, or the folder "Sdk.bundle" that the test fills.
+    /// The SDK's resources, or the folder "Sdk.bundle", whose layout the test brings.
     enum class SdkBundle { shipped, ofTheTest };
 
     explicit HostScreenFixture(SdkBundle sdkBundle = SdkBundle::shipped);

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 
@@ -33,6 +34,18 @@ inline Ended run(const std::string& command) {
     ended.status = pclose(pipe);
     return ended;
 }
+
+/// A folder in which lines of the shell run; the programs of this build are found by their names.
+class ShellInAFolder {
+public:
+    /// Runs a line of the shell. The output holds standard output and standard error together.
+    Ended run(const std::string& line) const {
+        return test::run("cd " + folder.path().string() + " && PATH=" KIVO_TEST_PROGRAMS ":$PATH && { " + line +
+                         "; } 2>&1");
+    }
+
+    const TemporaryFolder folder;
+};
 
 /// The exit status that `act` gives a forked child; -1 for a child that was killed.
 inline int statusInChild(const std::function<int()>& act) {
@@ -84,10 +97,13 @@ public:
     ~Unprivileged() { [[maybe_unused]] const int done = seteuid(getuid()); }
 };
 
-/// How many threads of this process bear the name.
+/// How many threads of this process bear the name. A thread may end while its name is read, and then has none.
 inline std::ptrdiff_t threadsNamed(const std::string& name) {
-    return std::ranges::count_if(std::filesystem::directory_iterator{"/proc/self/task"},
-                                 [&](const auto& thread) { return contentOf(thread.path() / "comm") == name + "\n"; });
+    return std::ranges::count_if(std::filesystem::directory_iterator{"/proc/self/task"}, [&](const auto& thread) {
+        std::ifstream file{thread.path() / "comm"};
+        std::string line;
+        return std::getline(file, line) && line == name;
+    });
 }
 
 } // namespace kivo::test

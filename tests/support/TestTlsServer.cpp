@@ -39,25 +39,20 @@ std::optional<Request> takeRequest(std::string& received) {
 
 } // namespace
 
-/// One connection, with or without TLS.
+/// One connection.
 class TestTlsServer::Connection {
 public:
     Connection(int descriptor, SSL_CTX* context)
-        : bytes_{BIO_new_socket(descriptor, BIO_CLOSE)}
+        : bytes_{BIO_push(BIO_new_ssl(context, /*client=*/0), BIO_new_socket(descriptor, BIO_CLOSE))}
         , descriptor_{descriptor} {
-        if (context != nullptr) {
-            bytes_.reset(BIO_push(BIO_new_ssl(context, /*client=*/0), bytes_.release()));
-            BIO_get_ssl(bytes_.get(), &ssl_);
-            // Otherwise each connection says goodbye at its end, and waits for an answer.
-            SSL_set_quiet_shutdown(ssl_, 1);
-        }
+        BIO_get_ssl(bytes_.get(), &ssl_);
+        // Otherwise each connection says goodbye at its end, and waits for an answer.
+        SSL_set_quiet_shutdown(ssl_, 1);
     }
 
-    int descriptor() const { return descriptor_; }
+    bool handshake() { return BIO_do_handshake(bytes_.get()) > 0; }
 
-    bool handshake() { return ssl_ == nullptr || BIO_do_handshake(bytes_.get()) > 0; }
-
-    bool wasResumed() const { return ssl_ != nullptr && SSL_session_reused(ssl_) == 1; }
+    bool wasResumed() const { return SSL_session_reused(ssl_) == 1; }
 
     bool readMore(std::string& received) {
         std::array<char, 1 << 14> buffer{};
@@ -83,7 +78,7 @@ public:
         } else if (how == TestReply::After::reset) {
             const linger none{1, 0};
             ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &none, sizeof none);
-        } else if (how == TestReply::After::close && ssl_ != nullptr) {
+        } else if (how == TestReply::After::close) {
             SSL_set_quiet_shutdown(ssl_, 0);
             SSL_shutdown(ssl_);
             SSL_set_quiet_shutdown(ssl_, 1);
@@ -166,7 +161,7 @@ void TestTlsServer::accept() {
         open_.insert(descriptor);
         threads_.emplace_back([this, descriptor] {
             {
-                Connection connection{descriptor, protocol_ == Protocol::plain ? nullptr : context_.get()};
+                Connection connection{descriptor, context_.get()};
                 serve(connection);
                 const std::scoped_lock beforeItIsClosed{mutex_};
                 open_.erase(descriptor);
@@ -190,10 +185,7 @@ void TestTlsServer::serve(Connection& connection) {
     }
     std::map<std::uint32_t, std::string> begun;
     while (isOpen) {
-        const bool isText = protocol_ == Protocol::plain && !received.empty();
-        const auto request = isText                         ? Request{std::exchange(received, {})}
-                             : protocol_ == Protocol::http2 ? http2::takeRequest(received, begun)
-                                                            : takeRequest(received);
+        const auto request = protocol_ == Protocol::http2 ? http2::takeRequest(received, begun) : takeRequest(received);
         isOpen = request ? answer(connection, request->bytes, request->stream) : connection.readMore(received);
     }
 }

@@ -42,11 +42,11 @@ inline TestReply reply(int status, const std::string& body = "", const std::stri
 /// An https server on a free loopback port that leaves every byte of an answer to its handler.
 class TestTlsServer {
 public:
-    /// Receives a request as it came, head and body (over HTTP/2 the payloads of their frames, without TLS whatever
-    /// comes). Called on the connection's thread.
+    /// Receives a request as it came, head and body (over HTTP/2 the payloads of their frames). Called on the
+    /// connection's thread.
     using Handler = std::function<TestReply(const std::string& request)>;
 
-    enum class Protocol { tls, tls11, tls12, http2, plain };
+    enum class Protocol { tls, tls11, tls12, http2 };
 
     /// Presents the chain of a certificate, whether its parts fit together or not: by default one for "localhost" that
     /// is signed by itself.

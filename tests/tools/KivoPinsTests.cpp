@@ -1,5 +1,4 @@
 #include "support/Program.hpp"
-#include "support/TemporaryFolder.hpp"
 
 #include <kivo/simulator/IdentityService.hpp>
 
@@ -17,19 +16,14 @@ using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-class KivoPins : public ::testing::Test {
+class KivoPins : public ::testing::Test, protected ShellInAFolder {
 protected:
-    /// Runs the tool in the test's folder; what it prints and complains of comes together.
-    Ended run(const std::string& arguments) const {
-        return test::run("cd " + folder.path().string() + " && PATH=" KIVO_TEST_PROGRAMS ":$PATH && kivo-pins " +
-                         arguments + " 2>&1");
-    }
+    Ended run(const std::string& arguments) const { return ShellInAFolder::run("kivo-pins " + arguments); }
 
     static std::string list(const std::string& entries) {
         return R"(<?xml version="1.0"?><plist version="1.0"><array>)" + entries + "</array></plist>";
     }
 
-    const TemporaryFolder folder;
     const CertificateAuthority authority;
 };
 
@@ -98,8 +92,7 @@ TEST_F(KivoPins, SaysWhatIsWrong) {
     folder.write("cut.pem", issued.chain.substr(0, issued.chain.size() - 200));
     folder.write("key.pem", issued.privateKey);
     folder.write("large", std::string(std::size_t{5} << 20U, 'x'));
-    test::run("cd " + folder.path().string() +
-              " && openssl pkcs8 -topk8 -in key.pem -outform DER -passout pass:x -out locked.der");
+    ShellInAFolder::run("openssl pkcs8 -topk8 -in key.pem -outform DER -passout pass:x -out locked.der");
     folder.write("junk", "junk");
     folder.write("empty.plist", list(""));
     folder.write("faulty.plist", list("<string>a b</string><integer>1</integer>"));

@@ -1,7 +1,5 @@
 #include "support/Program.hpp"
 
-#include "support/TemporaryFolder.hpp"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -15,21 +13,12 @@ namespace {
 
 using ::testing::HasSubstr;
 
-class Programs : public ::testing::Test {
-protected:
-    /// Runs a line of the shell in the test's folder; what is printed and complained of comes together.
-    Ended run(const std::string& line) const {
-        return test::run("cd " + folder.path().string() + " && PATH=" KIVO_TEST_PROGRAMS ":$PATH && { " + line +
-                         "; } 2>&1");
-    }
+class Programs : public ::testing::Test, protected ShellInAFolder {};
 
-    /// The device is built only where Qt is installed.
-    static bool isBuilt(const std::string& line) {
-        return !line.contains("kivo-device") || std::filesystem::exists(KIVO_TEST_PROGRAMS "/kivo-device");
-    }
-
-    const TemporaryFolder folder;
-};
+/// The device is built only where Qt is installed.
+bool isBuilt(const std::string& line) {
+    return !line.contains("kivo-device") || std::filesystem::exists(KIVO_TEST_PROGRAMS "/kivo-device");
+}
 
 TEST_F(Programs, EndWithASentenceAndAStatus) {
     const struct {
@@ -46,6 +35,9 @@ TEST_F(Programs, EndWithASentenceAndAStatus) {
         {"kivo-platform-check --list >/dev/full", 1, "standard output could not be written"},
         {"kivo-demo --screens --json", 2, "--screens needs a value"},
         {"kivo-demo --screens", 2, "--screens needs a value"},
+        {"kivo-demo --display 390", 2, "--display takes a size in points, from 200x200 to 2000x2000, not \"390\""},
+        {"kivo-demo --display 390x8440", 2, "not \"390x8440\""},
+        {"kivo-demo --reading-size 12", 2, "from 0 (extra small) over 3 (as designed) to 11, not \"12\""},
         {"kivo-demo --json=yes", 2, "--json takes no value"},
         {"kivo-demo --version 16 --version 17", 2, "--version is given twice"},
         {"kivo-demo --version 13", 2, "--version takes 14, 15, 16, 17, 18 or all, not \"13\""},
@@ -65,6 +57,46 @@ TEST_F(Programs, EndWithASentenceAndAStatus) {
             EXPECT_TRUE(ended.hasExitedWith(row.status)) << row.line;
             EXPECT_THAT(ended.output, HasSubstr(row.said)) << row.line;
             EXPECT_EQ(std::ranges::count(ended.output, '\n') == 1, row.status != 0) << row.line << ended.output;
+        }
+    }
+}
+
+TEST_F(Programs, NameThePackageOfAMissingDecoder) {
+    run("mkdir plugins; ln -s $(pkg-config --variable=pluginsdir gstreamer-1.0)/*.so plugins; cd plugins; "
+        "rm -f *png.so *pixbuf.so *rsvg.so *libav.so");
+    folder.write("code.gif", "GIF89a" + std::string(99, 'x'));
+    folder.write("code.svg", "<svg xmlns='http://www.w3.org/2000/svg'/>");
+    for (const auto& [picture, package] : {std::pair{KIVO_TEST_DATA "/pictures/code.png", "gstreamer1.0-plugins-good"},
+                                           {"code.svg", "gstreamer1.0-plugins-bad"},
+                                           {"code.gif", "gstreamer1.0-libav"}}) {
+        const auto ended = run("GST_PLUGIN_SYSTEM_PATH=plugins GST_REGISTRY=plugins/registry ExitWhileScanning "
+                               "'filesrc location=" +
+                               std::string{picture} + " ! decodebin'");
+        EXPECT_TRUE(ended.hasExitedWith(1)) << picture;
+        EXPECT_THAT(ended.output, HasSubstr(std::string{"install the decoder (Debian: "} + package + ")."));
+    }
+}
+
+TEST_F(Programs, ScanNothingWithoutTheRightModules) {
+    const std::string otherVersion(std::string_view{KIVO_SDK_VERSION}.size(), '9');
+    const std::pair<std::string, const char*> rows[] = {
+        {"rm $1", "No such file"},
+        {"echo text >$1", "is no library, or is cut off"},
+        {"rm $1; mkdir $1", "is no library, or is cut off"},
+        {"rm $1; mkfifo $1", "is no library, or is cut off"},
+        {"truncate -s -5000 $1", "is no library, or is cut off"},
+        {"cp $2 $1", "is another library"},
+        {R"(LC_ALL=C sed -i 's/)" KIVO_SDK_VERSION R"(\x00/)" + otherVersion + R"(\x00/' $1)",
+         "of another version than libkivo"},
+    };
+    run("mkdir bin; cp " KIVO_TEST_PROGRAMS "/ExitWhileScanning bin");
+    for (const auto& [change, said] : rows) {
+        for (const auto* const modules : {"*-codes.so.* *-camera.so.*", "*-camera.so.* *-codes.so.*"}) {
+            const auto ended =
+                run("rm -rf lib; mkdir lib; cd lib; cp " KIVO_TEST_PROGRAMS "/../lib/*-c*.so.?.? .; set -- " +
+                    std::string{modules} + "; " + change + "; ../bin/ExitWhileScanning videotestsrc");
+            EXPECT_TRUE(ended.hasExitedWith(1)) << modules << change;
+            EXPECT_THAT(ended.output, HasSubstr(said)) << modules << change;
         }
     }
 }
@@ -132,6 +164,26 @@ TEST_F(Programs, TheDemoReportsForMachinesAsDocumented) {
     EXPECT_EQ(seen["end"], 1);
     EXPECT_EQ(json.at("type"), "end");
     EXPECT_EQ(json.at("ok"), true);
+}
+
+TEST_F(Programs, TheDemoReadsAPassportWithTheDocumentReader) {
+    if (run("kivo-demo --chip --outcome document=NO_CHIP").output.contains("needs the document reader")) {
+        GTEST_SKIP() << "the document reader is not built";
+    }
+    std::istringstream lines{run("kivo-demo --json --version 18 --chip").output};
+    std::string document;
+    std::string way;
+    nlohmann::json json;
+    for (std::string line; std::getline(lines, line);) {
+        json = nlohmann::json::parse(line);
+        if (json.value("step", "") == "read the passport") {
+            document = json.at("outcome");
+        }
+        way = json.value("chip", way);
+    }
+    EXPECT_EQ(document, "DOCUMENT_SCAN");
+    EXPECT_TRUE(way.starts_with("through ")) << way;
+    EXPECT_EQ(json.value("ok", false), true);
 }
 
 } // namespace

@@ -44,6 +44,11 @@ std::string Display::tap(std::string_view button) {
     return tapped ? "" : tapped.error();
 }
 
+std::string Display::type(std::string_view field, std::string_view text) {
+    const auto typed = person_.type(field, text);
+    return typed ? "" : typed.error();
+}
+
 bool Display::boxesAreEmpty() const {
     const auto screen = window_->visibleViewController();
     return std::ranges::all_of(boxes, [&](const auto* name) {

@@ -25,6 +25,7 @@ public:
     std::string typeCode(std::string_view code);
 
     std::string tap(std::string_view button);
+    std::string type(std::string_view field, std::string_view text);
 
     /// Removes the SDK's screen, as a host does after the outcome that it waits for.
     void returnToStart();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <kivo/SdkVersions.hpp>
+#include <kivo/platform/ui/ContentSizeCategory.hpp>
+#include <kivo/platform/ui/Geometry.hpp>
 #include <kivo/simulator/IdentityService.hpp>
 
 #include <array>
@@ -40,15 +42,40 @@ inline constexpr std::array pinChoices{
     PinChoice{"empty", "no pin"},
 };
 
+/// A simulated passport on a card reader, as the person before the display knows it.
+struct PassportOnDesk {
+    /// How the chip is reached, as the rest of a sentence: "through ...".
+    std::string way;
+    /// The values that open the chip; the dates as six digits.
+    std::string documentNumber;
+    std::string dateOfBirth;
+    std::string dateOfExpiry;
+};
+
 struct Options {
     std::string version{kivo::SdkVersions::all().back()};
     std::vector<InjectedFault> faults;
     /// The endings of the vendors' screens; a screen without an entry ends well.
     std::vector<ScreenOutcome> outcomes;
-    /// The content of the host's list of pins; empty for a bundle without a list.
+    /// The content of the host's list of pins: a name of `pinChoices`, or a pin itself. Empty for a bundle without a
+    /// list.
     std::string pin;
+    /// The join page of a running service; empty for a service of the demo's own.
+    std::string service;
+    /// The certificates that the host trusts, of a running service; empty for those of the system.
+    std::string trusted;
+    /// The activation code that joins.
+    std::string code = "123456";
     /// The folder for pictures of the screens; empty for no pictures.
     std::string screens;
+    /// The phone in the pictures: its display in points, the person's reading size, and the appearance.
+    kivo::platform::Size display{.width = 390, .height = 844};
+    kivo::platform::ContentSizeCategory readingSize = kivo::platform::ContentSizeCategory::large;
+    bool isDark = false;
+    /// Whether the passport is read by the document reader, from a simulated chip.
+    bool chip = false;
+    /// Set with `chip`, once the passport lies on the reader.
+    PassportOnDesk passport;
     /// Whether the right code is scanned, not typed.
     bool scan = false;
     /// The picture from which the code is scanned; empty for a picture of the simulator's.

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <string>
 
 namespace demo {
@@ -27,16 +28,22 @@ std::string verdict(const Step& step) {
 
 } // namespace
 
-void Report::begin(const Options& options, const kivo::simulator::IdentityService& service) {
-    sessions_.push_back({.version = options.version});
+void Report::begin(const Options& options, const std::string& simulated) {
+    sessions_.push_back({.version = options.version, .chip = options.passport.way});
     if (json_) {
         return;
     }
     std::fprintf(out_,
                  "%sKivo demo: one verification session, interface version %s\n"
-                 "The identity service is simulated at %s, over real TLS with its own\n"
+                 "The identity service is %s%s, over real TLS%s\n"
                  "certificate authority. The network state is simulated; keychain and transport are the real ones.\n\n",
-                 sessions_.size() > 1 ? "\n" : "", options.version.c_str(), service.joinPage().c_str());
+                 sessions_.size() > 1 ? "\n" : "", options.version.c_str(), simulated.empty() ? "at " : "simulated at ",
+                 simulated.empty() ? options.service.c_str() : simulated.c_str(),
+                 simulated.empty() ? " under a known" : " with its own");
+    if (options.chip) {
+        std::fprintf(out_, "The document reader is the real one. It reaches a simulated chip %s.\n\n",
+                     options.passport.way.c_str());
+    }
     for (const auto& each : options.faults) {
         std::fprintf(out_, "Fault: %s answers with \"%s\"\n\n", std::string{name(each.endpoint)}.c_str(),
                      std::string{each.name}.c_str());
@@ -46,6 +53,9 @@ void Report::begin(const Options& options, const kivo::simulator::IdentityServic
             std::fprintf(out_, "Pinning: the host's readid_certificates.plist lists %s\n\n",
                          std::string{choice.meaning}.c_str());
         }
+    }
+    if (!options.pin.empty() && std::ranges::find(pinChoices, options.pin, &PinChoice::name) == pinChoices.end()) {
+        std::fprintf(out_, "Pinning: the host's readid_certificates.plist lists %s\n\n", options.pin.c_str());
     }
     std::fprintf(out_, "  %-23s %-31s %9s %10s  %s\n", "step", "event or code", "sent", "time", "");
 }
@@ -83,6 +93,7 @@ void Report::end(bool allAsExpected) {
                {"withheld", session.withheld},
                {"bytes", session.bytesSent},
                {"microseconds", session.took.count()},
+               {"chip", session.chip},
                {"ok", allAsExpected}});
         return;
     }

@@ -3,8 +3,6 @@
 #include "Options.hpp"
 #include "Road.hpp"
 
-#include <kivo/simulator/IdentityService.hpp>
-
 #include <nlohmann/json_fwd.hpp>
 
 #include <chrono>
@@ -25,7 +23,8 @@ public:
         , json_{json}
         , version_{std::move(version)} {}
 
-    void begin(const Options& options, const kivo::simulator::IdentityService& service);
+    /// `simulated` is the join page of the demo's own service; empty where the options name another.
+    void begin(const Options& options, const std::string& simulated);
     void step(const Step& step);
     void end(bool allAsExpected);
 
@@ -43,6 +42,8 @@ private:
 
     struct Session {
         std::string version;
+        /// How the chip was reached; empty without a chip.
+        std::string chip{};
         int steps = 0;
         int withheld = 0;
         std::size_t bytesSent = 0;

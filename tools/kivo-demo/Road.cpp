@@ -18,6 +18,9 @@ using namespace kivo;
 /// The wait for an answer that must not come.
 constexpr auto waitForNoAnswer = 500ms;
 
+/// The same where no report of the step can be seen.
+constexpr std::chrono::seconds waitWithoutReport = 3s;
+
 /// The answers to one call. They arrive on the transport's thread and are read on the main one.
 class Answers {
 public:
@@ -76,22 +79,52 @@ struct Planned {
     std::chrono::seconds patience = 75s;
 };
 
+/// A date of six digits as a person types the date: day, month, year.
+std::string asTyped(const std::string& date, std::string_view century) {
+    return date.substr(4, 2) + "." + date.substr(2, 2) + "." + std::string{century} + date.substr(0, 2);
+}
+
+/// A person's way through the pages of the document reader. Returns an empty text, or a sentence about what was not
+/// there.
+std::string readWithChip(Display& display, const PassportOnDesk& passport) {
+    const std::function<std::string()> steps[] = {
+        [&] { return display.tap("passportOptionContainerView"); },
+        [&] { return display.tap("instructionsContinue"); },
+        [&] { return display.type("typeDocumentNumber", passport.documentNumber); },
+        [&] { return display.type("typeDateOfBirth", asTyped(passport.dateOfBirth, "19")); },
+        [&] { return display.type("typeDateOfExpiry", asTyped(passport.dateOfExpiry, "20")); },
+        [&] { return display.tap("typeContinue"); },
+    };
+    for (const auto& step : steps) {
+        if (auto problem = step(); !problem.empty()) {
+            return problem;
+        }
+    }
+    return {};
+}
+
 class Walker {
 public:
-    Walker(simulator::IdentityService& service, std::shared_ptr<Album> album,
+    Walker(simulator::IdentityService* service, std::shared_ptr<Album> album,
            const std::function<void(const Step&)>& report, bool faulty)
         : service_{service}
         , album_{std::move(album)}
         , report_{report}
         , faulty_{faulty} {
         // The empty block wakes the main loop, which checks its condition again.
-        service_.onRequest([](const auto&) { platform::RunLoop::main()->async([] {}); });
+        if (service_ != nullptr) {
+            service_->onRequest([](const auto&) { platform::RunLoop::main()->async([] {}); });
+        }
     }
 
     Walker(const Walker&) = delete;
     Walker& operator=(const Walker&) = delete;
 
-    ~Walker() { service_.onRequest({}); }
+    ~Walker() {
+        if (service_ != nullptr) {
+            service_->onRequest({});
+        }
+    }
 
     /// Takes a step. Returns whether the step ended in a success.
     bool step(const Planned& planned) {
@@ -100,14 +133,16 @@ public:
         if (faulty_) {
             step.expected.clear();
         }
-        const auto before = service_.requests().size();
+        const auto before = requests().size();
         const auto& answers = answers_.emplace_back(std::make_shared<Answers>());
         const auto start = std::chrono::steady_clock::now();
         const auto problem = planned.call([answers](const IdvOutcome& outcome) { answers->add(outcome); });
         if (problem.empty()) {
             const auto answered = [&] { return answers->number() > 0; };
             const auto reported = [&] { return hasReportSince(before); };
-            platform::RunLoop::main()->runUntil([&] { return answered() || reported(); }, planned.patience);
+            platform::RunLoop::main()->runUntil([&] { return answered() || reported(); },
+                                                service_ == nullptr && planned.isWithheld ? waitWithoutReport
+                                                                                          : planned.patience);
             if (!answered()) {
                 platform::RunLoop::main()->runUntil(answered, waitForNoAnswer);
             }
@@ -124,11 +159,12 @@ public:
         }
         answers->describe(step);
         // A request after the answer still belongs to the step.
-        const bool isSent = service_.waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
+        const bool isSent =
+            service_ == nullptr || service_->waitForRequests(before + (faulty_ ? 0 : planned.requests), 1s);
         step.isWhole = problem.empty() && isSent;
-        const auto requests = service_.requests();
-        for (auto i = before; i < requests.size(); ++i) {
-            step.bytesSent += requests[i].body.size();
+        const auto sent = requests();
+        for (auto i = before; i < sent.size(); ++i) {
+            step.bytesSent += sent[i].body.size();
         }
         withheld_ += step.isWithheld ? 1 : 0;
         allAsExpected_ = allAsExpected_ && step.asExpected();
@@ -145,15 +181,19 @@ public:
     }
 
 private:
+    std::vector<simulator::RecordedRequest> requests() const {
+        return service_ == nullptr ? std::vector<simulator::RecordedRequest>{} : service_->requests();
+    }
+
     /// Whether one of the service's requests from number `count` on reports a failure.
     bool hasReportSince(std::size_t count) const {
-        const auto requests = service_.requests();
-        return std::any_of(requests.begin() + static_cast<std::ptrdiff_t>(count), requests.end(), [](const auto& each) {
+        const auto sent = requests();
+        return std::any_of(sent.begin() + static_cast<std::ptrdiff_t>(count), sent.end(), [](const auto& each) {
             return each.endpoint == simulator::Endpoint::update && each.body.contains(R"("code":)");
         });
     }
 
-    simulator::IdentityService& service_;
+    simulator::IdentityService* const service_;
     std::shared_ptr<Album> album_;
     const std::function<void(const Step&)>& report_;
     const bool faulty_;
@@ -164,7 +204,7 @@ private:
 
 } // namespace
 
-bool walk(const Options& options, simulator::IdentityService& service, const std::shared_ptr<Album>& album,
+bool walk(const Options& options, simulator::IdentityService* service, const std::shared_ptr<Album>& album,
           const std::function<void(const Step&)>& report) {
     const auto session = KivoSDK::load("DEMO", options.version);
     if (!session) {
@@ -174,9 +214,14 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
         std::make_shared<AcquisitionConfig>(SDKEnv::TEST, "PASSPORT,ID_CARD", "P6M", "0.8", "UTO", "face");
     const auto image = std::string(std::size_t{48} * 1024, 'A');
     Display display{/*boxesAreReset=*/options.version >= "17"};
+    const auto window = display.window();
+    window->setSize(options.display);
+    window->setPreferredContentSizeCategory(options.readingSize);
+    window->setUserInterfaceStyle(options.isDark ? platform::UserInterfaceStyle::dark
+                                                 : platform::UserInterfaceStyle::light);
     session->setContext(display.context());
     if (album) {
-        album->follow(display.window());
+        album->follow(window);
     }
 
     // The code screen stays until the join has succeeded, and may deliver more than one code.
@@ -206,6 +251,11 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
             return button.empty() ? std::string{} : display.tap(button);
         };
     };
+    const std::function<std::string(IdvCompletion)> readChip = [&](IdvCompletion response) {
+        display.returnToStart();
+        session->acquire(AcquisitionObject::nfcScan, config, std::move(response));
+        return readWithChip(display, options.passport);
+    };
     const auto calling = [](auto call) {
         return [call](IdvCompletion response) {
             call(std::move(response));
@@ -214,7 +264,7 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
     };
 
     const auto join = calling([&](auto response) { session->join(code, config, response); });
-    const Planned typeRightCode{"type the right code", "SCAN_QR_CODE", 0, typeCode("123456")};
+    const Planned typeRightCode{"type the right code", "SCAN_QR_CODE", 0, typeCode(options.code)};
     const Planned scanRightCode{"scan the right code", "SCAN_QR_CODE", 0, scanCode, /*isWithheld=*/false, 20s};
 
     const Planned enter[]{
@@ -224,9 +274,12 @@ bool walk(const Options& options, simulator::IdentityService& service, const std
         {"join with it", "JOIN_SESSION", 1, join},
     };
     const auto* const document = options.outcomeOf("document");
-    const Planned readPassport{
-        "read the passport", document != nullptr ? document->code : "DOCUMENT_SCAN", document != nullptr ? 2U : 3U,
-        scan(AcquisitionObject::nfcScan, "passportOptionContainerView"), options.withholds("document")};
+    const Planned readPassport{"read the passport", document != nullptr ? document->code : "DOCUMENT_SCAN",
+                               document != nullptr ? 2U : 3U,
+                               options.chip ? readChip
+                                            : std::function<std::string(IdvCompletion)>{scan(
+                                                  AcquisitionObject::nfcScan, "passportOptionContainerView")},
+                               options.withholds("document")};
     const auto* const face = options.outcomeOf("face");
     const auto* const card = options.outcomeOf("idcard");
     const Planned scanFace{"scan the face", face != nullptr ? face->code : "FACE_SCAN", face != nullptr ? 1U : 2U,

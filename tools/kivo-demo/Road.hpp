@@ -34,9 +34,10 @@ struct Step {
     }
 };
 
-/// Walks a host's road through one session, and calls `report` after every step. `album` takes pictures of the screens;
-/// may be null. Returns whether every step ended as expected.
-bool walk(const Options& options, kivo::simulator::IdentityService& service, const std::shared_ptr<Album>& album,
+/// Walks a host's road through one session, and calls `report` after every step. `service` is the demo's own
+/// simulated service, which counts the requests; null when the requests go to a service elsewhere. `album` takes
+/// pictures of the screens; may be null. Returns whether every step ended as expected.
+bool walk(const Options& options, kivo::simulator::IdentityService* service, const std::shared_ptr<Album>& album,
           const std::function<void(const Step&)>& report);
 
 } // namespace demo

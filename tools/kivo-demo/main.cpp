@@ -2,6 +2,9 @@
 #include "Options.hpp"
 #include "Report.hpp"
 #include "Road.hpp"
+#ifdef KIVO_DEMO_HAS_READER
+#include "desk/Desk.hpp"
+#endif
 #include "program/Program.hpp"
 #include "program/Temporary.hpp"
 
@@ -21,6 +24,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -31,7 +35,8 @@ using Stream = std::unique_ptr<std::FILE, decltype([](std::FILE* each) { std::fc
 /// Keeps standard output for the report alone. The library prints its log there: with --log the log goes to standard
 /// error, otherwise the log is dropped.
 Stream openReportStream(const demo::Options& options) {
-    Stream report{fdopen(dup(STDOUT_FILENO), "w")};
+    const int copy = dup(STDOUT_FILENO);
+    Stream report{copy < 0 ? nullptr : fdopen(copy, "w")};
     const int library = options.log ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (!report || library < 0) {
         throw std::runtime_error{"standard output is closed, or cannot be written"};
@@ -43,17 +48,19 @@ Stream openReportStream(const demo::Options& options) {
 
 /// Copies the demo's own bundle, adds a list of pins, and returns the copy's folder; an empty path without --pin.
 std::filesystem::path makePinnedBundle(const std::filesystem::path& below, const std::string& choice,
-                                       const kivo::simulator::IdentityService& service) {
+                                       const kivo::simulator::IdentityService* service) {
     if (choice.empty()) {
         return {};
     }
     std::string pin;
     if (choice == "leaf") {
-        pin = service.pins().leaf;
+        pin = service->pins().leaf;
     } else if (choice == "intermediate") {
-        pin = service.pins().intermediate;
+        pin = service->pins().intermediate;
     } else if (choice == "other") {
         pin = kivo::simulator::CertificateAuthority{}.issue({}).pins.leaf;
+    } else if (choice != "empty") {
+        pin = choice;
     }
     const auto bundle = below / "Host.bundle";
     auto own = std::filesystem::read_symlink("/proc/self/exe");
@@ -91,19 +98,21 @@ std::shared_ptr<kivo::simulator::ReadID> makeReadID(const demo::Options& options
 std::shared_ptr<kivo::simulator::Camera> makeCamera(const demo::Options& options) {
     auto camera = std::make_shared<kivo::simulator::Camera>();
     if (options.scanFile.empty()) {
-        camera->showCode(R"({"code":"123456"})");
+        camera->showCode(R"({"code":")" + options.code + R"("})");
     } else {
         camera->showPicture(options.scanFile);
     }
     return camera;
 }
 
-/// Installs the SDK's services, with the simulated ones among them.
-void installServices(const demo::Options& options, const kivo::simulator::IdentityService& service,
+/// Installs the SDK's services, with the simulated ones among them. When `service` is null, the SDK
+/// trusts the certificates and pins of the service that the options name.
+void installServices(const demo::Options& options, const kivo::simulator::IdentityService* service,
                      const std::filesystem::path& folder, demo::Album* album) {
+    const auto trusted = service != nullptr ? service->trustedCertificates() : std::filesystem::path{options.trusted};
     auto services = kivo::platform::linuxServices({.mainBundle = makePinnedBundle(folder, options.pin, service),
                                                    .dataFolder = folder,
-                                                   .trustedCertificates = service.trustedCertificates()});
+                                                   .trustedCertificates = trusted});
     services.reachability = std::make_shared<kivo::simulator::Reachability>();
     if (album != nullptr) {
         services.fonts = album->fonts();
@@ -112,13 +121,13 @@ void installServices(const demo::Options& options, const kivo::simulator::Identi
     services.readID = makeReadID(options);
     services.camera = makeCamera(options);
     kivo::platform::install(services);
-    const auto page = service.joinPage();
+    const auto page = service != nullptr ? service->joinPage() : options.service;
     kivo::Deployment::install({.joinPages = {page, page, page, page}});
     kivo::KivoSDK::setLogLevel(options.log ? kivo::LogLevel::debug : kivo::LogLevel::warning);
 }
 
 /// Walks through the wanted sessions. Returns whether all went well.
-bool walkAll(const demo::Options& options, kivo::simulator::IdentityService& service,
+bool walkAll(const demo::Options& options, kivo::simulator::IdentityService* service,
              const std::shared_ptr<demo::Album>& album, std::FILE* out) {
     demo::Report report{out, options.json, options.version};
     bool well = true;
@@ -128,12 +137,12 @@ bool walkAll(const demo::Options& options, kivo::simulator::IdentityService& ser
         }
         auto session = options;
         session.version = version;
-        report.begin(session, service);
+        report.begin(session, service != nullptr ? service->joinPage() : "");
         const bool walkedWell = demo::walk(session, service, album, [&](const demo::Step& step) { report.step(step); });
         report.end(walkedWell);
         well = walkedWell && well;
     }
-    const auto violations = service.violations();
+    const auto violations = service != nullptr ? service->violations() : std::vector<std::string>{};
     for (const auto& violation : violations) {
         program::complain("a request broke the protocol: " + violation);
     }
@@ -149,22 +158,42 @@ bool walkAll(const demo::Options& options, kivo::simulator::IdentityService& ser
     return well && report.problem().empty();
 }
 
-int walkFrom(const demo::Options& options) {
+int walkFrom(demo::Options options) {
     const auto report = openReportStream(options);
     // The album outlives every view that its fonts measure.
     const auto album = options.screens.empty() ? nullptr : demo::Album::open(options.screens);
     const program::TemporaryFolder folder{"kivo-demo"};
-    const auto service = folder.holding([&] {
+#ifdef KIVO_DEMO_HAS_READER
+    std::optional<desk::Desk> onDesk;
+    if (options.chip) {
+        // Before the service's threads run, because the card service is named by an environment variable.
+        onDesk.emplace(desk::Desk::Way::cardService, folder.path());
+        const auto& passport = *onDesk->passport();
+        options.passport = {.way = onDesk->way(),
+                            .documentNumber = passport.documentNumber(),
+                            .dateOfBirth = passport.dateOfBirth(),
+                            .dateOfExpiry = passport.dateOfExpiry()};
+    }
+#endif
+    const auto makeService = [&] {
         kivo::simulator::IdentityServiceConfiguration configuration;
         configuration.retryLimit = 5;
         configuration.hostPerEndpoint = !options.faults.empty();
         return std::make_unique<kivo::simulator::IdentityService>(configuration);
-    });
-    installServices(options, *service, folder.path(), album.get());
+    };
+    const auto service = options.service.empty() ? folder.holding(makeService) : nullptr;
+    installServices(options, service.get(), folder.path(), album.get());
+#ifdef KIVO_DEMO_HAS_READER
+    if (onDesk) {
+        kivo::platform::Services reading;
+        reading.readID = onDesk->makeReader(/*usesCamera=*/false);
+        kivo::platform::install(reading);
+    }
+#endif
     for (const auto& each : options.faults) {
         service->inject(each.endpoint, each.fault);
     }
-    return walkAll(options, *service, album, report.get()) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return walkAll(options, service.get(), album, report.get()) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace

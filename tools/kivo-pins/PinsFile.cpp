@@ -69,7 +69,7 @@ bool lock(int folder) {
 /// A name in the file's folder that is not in use.
 fs::path draftFor(const fs::path& file) {
     std::random_device random;
-    return file.parent_path() / ("." + file.filename().string() + "." + std::to_string(random()));
+    return file.parent_path() / std::string{"."}.append(file.filename()).append(".").append(std::to_string(random()));
 }
 
 bool writeAll(int file, std::string_view text) {

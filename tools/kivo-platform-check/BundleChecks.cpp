@@ -130,7 +130,8 @@ void readsColoursAndImages(Trial& trial) {
     trial.write("secret.png", "");
     const auto bundle = mainBundleOf(trial);
     const auto paint = required(bundle).color("Paint");
-    trial.expect(paint == (platform::Color{128.0 / 255, 0.2, 0.25, 0.5}), "the colour in its light variant");
+    trial.expect(paint == platform::Color::adaptive({128.0 / 255, 0.2, 0.25, 0.5}, platform::Color::white()),
+                 "the colour in its light and in its dark variant");
     trial.expect(!bundle->color("Broken") && !bundle->color("Missing"), "no colour that is malformed or missing");
     const auto image = bundle->image("icon");
     trial.expect(image && image->file == picture, "the picture's file");

@@ -118,6 +118,22 @@ void keepsEveryByte(Trial& trial) {
     }
 }
 
+void storesSeveral(Trial& trial) {
+    const auto services = trial.services();
+    auto& keychain = required(services.keychain);
+    keychain.SecItemAdd(item("one", "old"));
+    keychain.SecItemAdd(item("other", "kept"));
+    using enum platform::KeychainDurability;
+    trial.expectEqual("emptying one", keychain.SecItemStoreAll({{item("one", "")}}, withNextChange), 0);
+    trial.expectEqual("one, emptied", read(keychain, item("one")), "");
+    trial.expectEqual("storing two", keychain.SecItemStoreAll({{item("one", "new"), item("two", "also")}}), 0);
+    trial.expectEqual("storing nothing", keychain.SecItemStoreAll({}), 0);
+    const auto later = trial.services();
+    trial.expectEqual("one, by new services", read(required(later.keychain), item("one")), "new");
+    trial.expectEqual("two, by new services", read(required(later.keychain), item("two")), "also");
+    trial.expectEqual("the other item", read(keychain, item("other")), "kept");
+}
+
 void isDurable(Trial& trial) {
     required(trial.services().keychain).SecItemAdd(item("one", "first"));
     required(trial.services().keychain).SecItemAdd(item("two", "second"));
@@ -197,6 +213,7 @@ Checks keychainChecks() {
         {seam, "matches and changes the accessibility", matchesAccessibility},
         {seam, "gives a value only when it is asked for", givesValuesOnlyWhenAsked},
         {seam, "keeps every byte of a value", keepsEveryByte},
+        {seam, "stores the values of several items", storesSeveral},
         {seam, "keeps every change for later services on the same data, and for no others", isDurable},
         {seam, "shows each change to other services on the same data", sharesWithOthers},
         {seam, "serves many threads and services at once", servesManyThreads},

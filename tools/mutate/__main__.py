@@ -68,9 +68,9 @@ def chosen_of(faults, options, files, harmless):
     return sorted(chosen, key=lambda each: (each.file, each.start, each.kind))
 
 
-def state_of(tree):
+def state_of(paths):
     state = hashlib.sha256()
-    for path in sorted(each for each in tree.rglob("*") if each.is_file()):
+    for path in sorted(paths):
         state.update(str(path).encode() + b"\0" + path.read_bytes())
     return state.hexdigest()[:16]
 
@@ -88,7 +88,11 @@ def main():
     harmless = Harmless(ROOT / "tools" / "mutate-harmless.txt")
     builder = Builder(ROOT, FOLDER, Path(__file__).parent / "mutation.hpp", options.jobs, progress)
     commands = [each for each in builder.commands() if str(Path(each["file"]).relative_to(ROOT)) in wanted]
+    before = state_of(ROOT / name for name in wanted)
     collection = collect(ROOT, FOLDER / "read", commands, wanted, options.jobs, progress)
+    # Reading takes minutes, and faults would be planted at the wrong places.
+    if state_of(ROOT / name for name in wanted) != before:
+        raise SystemExit("The sources have changed while they were read. Start again, perhaps in a copy of the repository.")
     for entry in harmless.stale(collection.faults):
         print(f"    {harmless.path.name}: nothing in {entry[0]} is like \"{entry[1]}\" any more")
     if options.list:
@@ -99,7 +103,7 @@ def main():
         return
 
     numbers = builder.run(collection, number(collection.faults, FOLDER / "blocks.json"))
-    state = state_of(builder.tree)
+    state = state_of(each for each in builder.tree.rglob("*") if each.is_file())
     trials = Trials(FOLDER, builder.build, options.jobs, progress)
     left_out = trials.measure(state, BLOCK * 1024)
     if left_out:

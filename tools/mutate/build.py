@@ -55,6 +55,7 @@ class Builder:
     def run(self, collection, numbers):
         """Returns the numbers of the faults that are in the build."""
         self.collection, self.numbers = collection, numbers
+        self.by_number = {numbers[each.key]: each for each in collection.faults if each.key in numbers}
         self.needed = set(collection.needed)
         self.restore()
         for _ in range(40):
@@ -120,7 +121,7 @@ class Builder:
     def nearest(self, file, number, column, whole):
         text = open(file, encoding="latin-1").read().split("\n")[number - 1]
         seen = [(match.start(), int(match[1])) for match in re.finditer(r"mutation::on(?:AtRunTime)?\((\d+)\)", text)]
-        by_number = {self.numbers[each.key]: each for each in self.collection.faults if each.key in self.numbers}
+        by_number = self.by_number
         if seen and not whole:
             left = [each for each in seen if each[0] <= column + 20]
             return {by_number[(left or seen)[-1 if left else 0][1]].key}

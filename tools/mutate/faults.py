@@ -149,10 +149,12 @@ class Maker:
             return
         at = self.source.index(start)
         end = at
-        while end < len(self.source.tokens) and self.source.tokens[end].lastgroup == "text":
+        # The compiler joins literals that follow each other, also those behind a macro's name.
+        while end < len(self.source.tokens) and (self.source.tokens[end].lastgroup == "text" or
+                                                 self.source.tokens[end][0].isupper()):
             end += 1
         pieces = [piece[0] for piece in self.source.tokens[at:end]]
-        changed = next((i for i, piece in enumerate(pieces) if other_text(piece)), None)
+        changed = next((i for i, piece in enumerate(pieces) if '"' in piece and other_text(piece)), None)
         if changed is not None:
             pieces[changed] = other_text(pieces[changed])
             self.either("constant", start, self.source.tokens[end - 1].end(), " ".join(pieces))

@@ -7,9 +7,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -39,6 +41,29 @@ bool isIgnored(int signal) {
     return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
+/// What a signal does to the program.
+struct Ending {
+    std::mutex mutex;
+    std::condition_variable hasCome;
+    bool isAwaited = false;
+    bool isAskedFor = false;
+
+    /// Hands a signal to the one who waits. Returns whether there is one, and this is the first signal.
+    bool handOver() {
+        const std::scoped_lock lock{mutex};
+        const bool isFirst = isAwaited && !isAskedFor;
+        isAskedFor = isAskedFor || isAwaited;
+        hasCome.notify_all();
+        return isFirst;
+    }
+};
+
+Ending& ending() {
+    // Never destroyed: the thread that waits for signals may need the object until the end.
+    static auto& only = *new Ending;
+    return only;
+}
+
 /// Waits on a thread of its own for the signals that end the program: unlike a signal handler, a thread may remove
 /// files.
 class EndingSignals {
@@ -50,7 +75,7 @@ public:
                 sigaddset(&signals_, signal);
             }
         }
-        // A signal of the thread's own, which nobody sends to a process by accident.
+        // The destructor ends the thread with this signal, which no shell or terminal sends.
         sigaddset(&signals_, wakeUp());
         pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
         thread_ = std::thread{[this] { wait(); }};
@@ -75,7 +100,7 @@ private:
             if (isOver_) {
                 return;
             }
-        } while (signal == wakeUp());
+        } while (signal == wakeUp() || ending().handOver());
         const auto held = removeTemporaries();
         // With the signal's own action, so that the parent sees which signal ended the program.
         std::signal(signal, SIG_DFL);
@@ -111,6 +136,22 @@ int run(const std::string& name, const std::function<int()>& body) {
         return failed;
     }
     return status;
+}
+
+EndingSignal::EndingSignal() {
+    const std::scoped_lock lock{ending().mutex};
+    ending().isAwaited = true;
+    ending().isAskedFor = false;
+}
+
+EndingSignal::~EndingSignal() {
+    const std::scoped_lock lock{ending().mutex};
+    ending().isAwaited = false;
+}
+
+void EndingSignal::wait() {
+    std::unique_lock lock{ending().mutex};
+    ending().hasCome.wait(lock, [] { return ending().isAskedFor; });
 }
 
 void complain(const std::string& sentence) {

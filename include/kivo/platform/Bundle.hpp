@@ -18,23 +18,30 @@ namespace kivo::platform {
 
 /// A value of a property list: text, number, boolean, bytes, list or dictionary.
 struct PropertyValue {
+    /// Data of a property list, other than a text.
     struct Bytes {
+        /// The bytes.
         std::string value;
         bool operator==(const Bytes&) const = default;
     };
 
+    /// The values that hold other values.
     using List = std::vector<PropertyValue>;
     using Dictionary = std::map<std::string, PropertyValue>;
 
+    /// The value, in the type that the list gives it.
     std::variant<std::string, std::int64_t, double, bool, Bytes, List, Dictionary> value;
 
     /// The text, or null when the value has another type. The functions below do the same for their types.
     const std::string* text() const { return std::get_if<std::string>(&value); }
 
+    /// The value as a list; null for a value of another type.
     const List* list() const { return std::get_if<List>(&value); }
 
+    /// The value as a dictionary; null for a value of another type.
     const Dictionary* dictionary() const { return std::get_if<Dictionary>(&value); }
 
+    /// The value as a flag; null for a value of another type.
     const bool* boolean() const { return std::get_if<bool>(&value); }
 
     bool operator==(const PropertyValue&) const = default;
@@ -62,10 +69,16 @@ public:
     /// The text for `key` in `table`.strings of the person's language, else of the development language, else `key`.
     virtual std::string localizedString(std::string_view key, std::string_view table = "Localizable") const = 0;
 
-    /// A named colour of the asset catalogue; absent when missing or malformed (a diagnostic tells which).
+    /// The language of the bundle's texts for this person, such as "de" or "pt_BR": the first of the person's languages
+    /// and the development language for which the bundle has texts. Empty when unknown.
+    virtual std::string language() const { return {}; }
+
+    /// A named colour of the asset catalogue, with its dark variant if the catalogue has one; absent when missing or
+    /// malformed (a diagnostic tells which).
     virtual std::optional<Color> color(std::string_view /*name*/) const { return std::nullopt; }
 
-    /// A named image of the asset catalogue; null when missing or malformed (a diagnostic tells which).
+    /// A named image of the asset catalogue, with its dark variant if the catalogue has one; null when missing or
+    /// malformed (a diagnostic tells which).
     virtual std::shared_ptr<const Image> image(std::string_view /*name*/) const { return nullptr; }
 };
 

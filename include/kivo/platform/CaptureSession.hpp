@@ -29,6 +29,7 @@ class KIVO_EXPORT CaptureMetadataOutputDelegate {
 public:
     virtual ~CaptureMetadataOutputDelegate() = default;
 
+    /// Called for each picture in which objects were found, with all of them.
     virtual void didOutput(const std::vector<MetadataObject>& objects) = 0;
 };
 
@@ -43,6 +44,8 @@ class KIVO_EXPORT CaptureMetadataOutput {
 public:
     virtual ~CaptureMetadataOutput() = default;
 
+    /// Names the receiver, which is held weakly, with the queue for its calls, and the types of objects that it
+    /// receives.
     virtual void setDelegate(std::weak_ptr<CaptureMetadataOutputDelegate> delegate,
                              std::shared_ptr<DispatchQueue> queue) = 0;
     virtual void setObjectTypes(std::vector<MetadataObjectType> types) = 0;
@@ -65,11 +68,14 @@ class KIVO_EXPORT CaptureSession {
 public:
     virtual ~CaptureSession() = default;
 
+    /// Whether the session takes that part, and the call that adds the part. A part that the session does not take must
+    /// not be added.
     virtual bool canAddInput(const CaptureInput& input) const = 0;
     virtual void addInput(std::shared_ptr<CaptureInput> input) = 0;
     virtual bool canAddOutput(const CaptureMetadataOutput& output) const = 0;
     virtual void addOutput(std::shared_ptr<CaptureMetadataOutput> output) = 0;
 
+    /// Whether the camera is on, and the calls that switch it. A session that has ended by itself is not running.
     virtual bool isRunning() const = 0;
     virtual void startRunning() = 0;
     virtual void stopRunning() = 0;

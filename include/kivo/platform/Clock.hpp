@@ -12,6 +12,7 @@ namespace kivo::platform {
 /// A monotonic clock, by which a run loop measures its delays.
 class KIVO_EXPORT Clock {
 public:
+    /// A time on this clock; it never goes back.
     using Time = std::chrono::nanoseconds;
 
     virtual ~Clock() = default;

@@ -38,6 +38,7 @@ public:
     /// to do, and when the call comes from a block of the queue.
     void sync(const std::function<void()>& block);
 
+    /// The name that the queue was given, for logs and debuggers.
     const std::string& label() const;
 
 private:

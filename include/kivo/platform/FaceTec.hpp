@@ -17,6 +17,7 @@ namespace kivo::platform {
 /// The look of the vendor's screens. An adapter derives from it and adds what its library offers.
 class KIVO_EXPORT FaceTecCustomization {
 public:
+    /// The look of the screens that help a person.
     struct Guidance {
         /// The pictures of the screen that asks to try again; empty for the vendor's own pictures.
         std::vector<std::shared_ptr<const Image>> retryScreenSlideshowImages;
@@ -24,6 +25,7 @@ public:
 
     virtual ~FaceTecCustomization() = default;
 
+    /// The look of the screens that help a person.
     Guidance guidanceCustomization;
 };
 
@@ -34,9 +36,11 @@ public:
 
     /// The vendor's number; 0 for a completed session.
     virtual int status() const = 0;
+    /// The vendor's session; absent without one.
     virtual std::optional<std::string> sessionId() const = 0;
     /// Base64, some megabytes. The reference is valid as long as the result.
     virtual const std::optional<std::string>& faceScanBase64() const = 0;
+    /// Pictures in Base64. The references are valid as long as the result.
     virtual const std::vector<std::string>& auditTrailCompressedBase64() const = 0;
     virtual const std::vector<std::string>& lowQualityAuditTrailCompressedBase64() const = 0;
 
@@ -49,6 +53,7 @@ class KIVO_EXPORT FaceTecIDScanResult {
 public:
     virtual ~FaceTecIDScanResult() = default;
 
+    /// As for a face session; the pictures are of the front and of the back of the card.
     virtual int status() const = 0;
     virtual std::optional<std::string> sessionId() const = 0;
     virtual const std::optional<std::string>& idScanBase64() const = 0;
@@ -64,9 +69,11 @@ public:
 
     /// Passes the server's blob to the library. False when the library rejects the scan.
     virtual bool onFaceScanResultProceedToNextStep(const std::string& scanResultBlob) = 0;
+    /// Ends the session without success.
     virtual void onFaceScanResultCancel() = 0;
     /// From 0 to 1.
     virtual void onFaceScanUploadProgress(float progress) = 0;
+    /// A text to show while an upload takes long.
     virtual void onFaceScanUploadMessageOverride(const AttributedText& message) = 0;
 };
 
@@ -75,6 +82,7 @@ class KIVO_EXPORT FaceTecIDScanResultCallback {
 public:
     virtual ~FaceTecIDScanResultCallback() = default;
 
+    /// As for a face scan.
     virtual bool onIDScanResultProceedToNextStep(const std::string& scanResultBlob) = 0;
     virtual void onIDScanResultCancel() = 0;
     virtual void onIDScanUploadProgress(float progress) = 0;
@@ -86,16 +94,19 @@ class KIVO_EXPORT FaceTecFaceScanProcessorDelegate {
 public:
     virtual ~FaceTecFaceScanProcessorDelegate() = default;
 
+    /// Takes the result to the server, and gives the verdict to `callback`.
     virtual void processSessionWhileFaceTecSDKWaits(std::shared_ptr<FaceTecSessionResult> sessionResult,
                                                     std::shared_ptr<FaceTecFaceScanResultCallback> callback) = 0;
     /// The library has closed its screens.
     virtual void onFaceTecSDKCompletelyDone() = 0;
 };
 
+/// Takes the result of an ID scan to the server, like `FaceTecFaceScanProcessorDelegate` that of a face.
 class KIVO_EXPORT FaceTecIDScanProcessorDelegate {
 public:
     virtual ~FaceTecIDScanProcessorDelegate() = default;
 
+    /// As for a face session.
     virtual void processIDScanWhileFaceTecSDKWaits(std::shared_ptr<FaceTecIDScanResult> idScanResult,
                                                    std::shared_ptr<FaceTecIDScanResultCallback> callback) = 0;
     virtual void onFaceTecSDKCompletelyDone() = 0;
@@ -114,6 +125,7 @@ public:
     virtual void initializeInDevelopmentMode(const std::string& deviceKeyIdentifier,
                                              const std::string& faceScanEncryptionKey,
                                              std::function<void(bool)> completion) = 0;
+    /// The language of the vendor's screens, such as "en".
     virtual void setLanguage(std::string_view language) = 0;
 
     /// A new look with the vendor's defaults.
@@ -122,6 +134,7 @@ public:
     virtual void setLowLightCustomization(std::shared_ptr<FaceTecCustomization> customization) = 0;
     virtual void setOverrideResultScreenSuccessMessage(const std::string& message) = 0;
 
+    /// The user agent with which the scan of that session is uploaded.
     virtual std::string createFaceTecAPIUserAgentString(const std::string& sessionId) = 0;
 
     /// The vendor's own screen for one face session, to be presented; null when it cannot be made.

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,7 @@ namespace kivo::platform {
 /// A keychain's answer: 0 for success, otherwise a number of the list below.
 using OSStatus = std::int32_t;
 
+/// The numbers that a keychain gives.
 inline constexpr OSStatus errSecSuccess = 0;
 inline constexpr OSStatus errSecDiskFull = -34;
 inline constexpr OSStatus errSecIO = -36;
@@ -22,9 +24,11 @@ inline constexpr OSStatus errSecDuplicateItem = -25299;
 inline constexpr OSStatus errSecItemNotFound = -25300;
 inline constexpr OSStatus errSecDecode = -26275;
 
+/// The only class of items, and the only limit of a query.
 inline constexpr std::string_view kSecClassGenericPassword = "genp";
 inline constexpr std::string_view kSecMatchLimitOne = "m_LimitOne";
 
+/// When an item can be read. The Linux keychain stores the word and reads items at any time.
 inline constexpr std::string_view kSecAttrAccessibleWhenUnlocked = "ak";
 inline constexpr std::string_view kSecAttrAccessibleAfterFirstUnlock = "ck";
 inline constexpr std::string_view kSecAttrAccessibleAlways = "dk";
@@ -35,6 +39,7 @@ inline constexpr std::string_view kSecAttrAccessibleWhenPasscodeSetThisDeviceOnl
 
 /// The attributes of an item, or of a query. An absent attribute is not stored, or not compared.
 struct KeychainAttributes {
+    /// The class, and the attributes by their names.
     std::string kSecClass{kSecClassGenericPassword};
     std::optional<std::string> kSecAttrService;
     std::optional<std::string> kSecAttrAccessible;
@@ -44,6 +49,18 @@ struct KeychainAttributes {
     std::optional<std::string> kSecValueData;
     std::optional<std::string> kSecMatchLimit;
     bool kSecReturnData = false;
+
+    bool operator==(const KeychainAttributes&) const = default;
+};
+
+/// When a change is on the disk.
+enum class KeychainDurability {
+    /// Before the call returns.
+    atOnce,
+    /// Together with the next change that is durable at once, and never after a later change. A killed process loses
+    /// nothing. A power cut may bring the former values back, all of them, and until the next durable change they may
+    /// stay in the keychain's files.
+    withNextChange,
 };
 
 /// The platform's store for small secrets. Calls may come from any thread; the store puts them in order.
@@ -70,6 +87,15 @@ public:
 
     /// Deletes every matching item beyond recovery; `errSecItemNotFound` without a match.
     virtual OSStatus SecItemDelete(const KeychainAttributes& query) = 0;
+
+    /// Stores the values of several items together, each as a new item or in place of the value of the item with the
+    /// same identity. After a crash at any moment all items have their old or all have their new values. Without items
+    /// the call waits until the earlier changes are on the disk.
+    ///
+    /// The default, for a keychain that knows only single items, adds or updates the items one after another, each
+    /// durable at once, and ends at the first failure.
+    virtual OSStatus SecItemStoreAll(std::span<const KeychainAttributes> items,
+                                     KeychainDurability durability = KeychainDurability::atOnce);
 };
 
 /// Overwrites a secret text, and empties it.

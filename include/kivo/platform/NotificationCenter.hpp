@@ -13,6 +13,7 @@ namespace kivo::platform {
 
 /// An event, and the object that the event concerns.
 struct Notification {
+    /// The name, and what comes with it: any value on which sender and observers agree.
     std::string name;
     std::any object;
 };
@@ -26,6 +27,7 @@ public:
 /// Passes notifications to their observers. Callable from any thread.
 class KIVO_EXPORT NotificationCenter {
 public:
+    /// Called with each notification of the name that it observes.
     using Observer = std::function<void(const Notification&)>;
 
     /// The centre that the SDK posts to; never destroyed.

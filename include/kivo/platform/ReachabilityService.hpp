@@ -15,6 +15,7 @@ inline constexpr std::uint32_t kSCNetworkReachabilityFlagsReachable = 2;
 
 /// An IPv4 socket address; all zero it stands for the general internet.
 struct SocketAddress {
+    /// The members of the address as the network's own structure has them; 2 is the family of IPv4.
     std::uint8_t length = 16;
     std::uint8_t family = 2;
     std::uint16_t port = 0;
@@ -32,10 +33,12 @@ public:
 /// Tells whether the network can be reached, and calls back at a change. Callable from any thread.
 class KIVO_EXPORT ReachabilityService {
 public:
+    /// A watched target.
     using Ref = std::shared_ptr<NetworkReachabilityRef>;
 
     /// The service retains `info` as long as the callback is set.
     struct Context {
+        /// What the callback is given.
         std::shared_ptr<void> info;
     };
 

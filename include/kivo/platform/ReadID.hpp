@@ -15,6 +15,7 @@
 
 namespace kivo::platform::readid {
 
+/// The documents that can be read, by the sizes of ICAO 9303.
 enum class DocumentType { passport, identityCardTD1, identityCardTD2 };
 
 /// Why a reading failed, in the vendor's words. `other` stands for reasons that this release does not know.
@@ -47,6 +48,7 @@ struct KIVO_EXPORT UIResources {
     std::shared_ptr<Bundle> customBundle{};
     /// The table of `customBundle` with the texts; absent for the vendor's own.
     std::optional<std::string> customStringTableName{};
+    /// Sizes and fonts; an absent font stands for the vendor's own.
     double textSize = 17;
     std::optional<Font> buttonFont{};
     std::optional<Font> titleFont{};
@@ -54,6 +56,7 @@ struct KIVO_EXPORT UIResources {
     double buttonTextSize = 17;
     double buttonHeight = 50;
     double buttonCornerRadius = 0;
+    /// Whether the screens follow the reading size that the person has set on the device.
     bool isDynamicTypeEnabled = false;
 };
 
@@ -61,33 +64,44 @@ struct KIVO_EXPORT UIResources {
 enum class NFCResultDataMode { none, simple, full };
 enum class VIZResultDataMode { none, simple, full };
 
+/// The screen with what the chip gave.
 struct NFCResultScreenConfiguration {
+    /// How much of the data the screen shows.
     NFCResultDataMode nfcResultDataMode = NFCResultDataMode::full;
 };
 
+/// The screen with what the page gave.
 struct VIZResultScreenConfiguration {
+    /// How much of the data the screen shows.
     VIZResultDataMode vizResultDataMode = VIZResultDataMode::full;
 };
 
 /// The settings of a document reading.
 struct NFCWithAccessControlFlow {
+    /// The documents that a person may have read, and the looks of the screens.
     std::vector<DocumentType> allowedDocumentTypes{};
     std::shared_ptr<UIResources> uiResources{};
     /// The address of the document proxy, to which the vendor sends the document's data, and the proxy's access key.
     std::optional<std::string> baseUrl{};
     std::string accessKey{};
+    /// How often the instructions are shown, whether only before the first reading, and whether a person chooses the
+    /// document on the vendor's screen.
     int instructionsPlayCount = 0;
     bool shouldOnlyShowInstructionsOnFirstUse = true;
     bool shouldShowDocumentSelection = true;
+    /// The number of failed readings of the chip after which a person may go on without the chip.
     int allowSkipReadingAfterAttempts = 0;
+    /// Whether connections go to pinned servers only.
     bool shouldUsePinning = false;
     /// The pins of the keys with which the document's data is encrypted, in addition to the connection's own
     /// encryption. Empty for no such encryption.
     std::vector<std::string> applicationLevelEncryptionPins{};
+    /// Which result screens are shown, and how.
     NFCResultScreenConfiguration nfcResultScreenConfiguration{};
     VIZResultScreenConfiguration vizResultScreenConfiguration{};
     bool shouldShowVIZResult = true;
     bool shouldShowNFCResult = true;
+    /// Whether a picture is taken with a sound.
     bool shouldPlayShutterSound = true;
 };
 
@@ -103,52 +117,71 @@ public:
     virtual void finish(std::function<void()> completionHandler) = 0;
 };
 
+/// What reading the chip gave: the session at the document proxy.
 struct NFCResult {
+    /// The session; null when the vendor gives none.
     std::shared_ptr<ReadIDSession> readIDSession{};
 };
 
 /// The lines at the foot of a document's data page. Personal data: never logged.
 struct MachineReadableZone {
+    /// Each line as it is printed.
     std::vector<std::string> lines{};
 };
 
+/// What reading the lines gave.
 struct MRZData {
+    /// The lines.
     MachineReadableZone mrz{};
 };
 
+/// What reading the page gave.
 struct VIZResult {
+    /// The lines of the page.
     MRZData mrzData{};
 };
 
+/// A success in which the page was read, and no chip.
 struct VIZOnly {
+    /// The page.
     VIZResult viz{};
 };
 
+/// A success in which page and chip were read.
 struct VIZNFC {
+    /// The page and the chip.
     VIZResult viz{};
     NFCResult nfc{};
 };
 
+/// A success in which the chip was read, and no page.
 struct NFCOnly {
+    /// The chip.
     NFCResult nfc{};
 };
 
 /// A success of a kind that this release does not know.
 struct UnknownSuccess {};
 
+/// What was read, by the way in which the reading succeeded.
 using SuccessValue = std::variant<VIZNFC, NFCOnly, VIZOnly, UnknownSuccess>;
 
+/// A reading that ended without success.
 struct Failure {
+    /// Why, and the page if it had been read.
     FailureReason failureReason = FailureReason::other;
     std::optional<VIZResult> viz{};
 };
 
+/// How a reading ended.
 using ReadIDResult = std::expected<SuccessValue, Failure>;
 
 /// Why a reading could not begin.
 struct ReadIDError {
+    /// Why the vendor's library has not begun.
     enum class Kind { invalidConfiguration, nfcNotSupported, other };
 
+    /// The kind, and the vendor's own words for the log.
     Kind kind = Kind::other;
     std::string message{};
 };

@@ -25,6 +25,7 @@ namespace kivo::platform {
 /// a keychain that the parent has used gives `errSecNotAvailable`. The child must not use the other services: fork
 /// workers before the parent's first call to the library.
 struct Services {
+    /// The services that are always there. Each type says what the SDK expects.
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UrlSessions> urlSessions;
     std::shared_ptr<Trust> trust;
@@ -35,6 +36,7 @@ struct Services {
     std::shared_ptr<Workspace> workspace;
     /// Receives reports even of services that were made before the diagnostics were installed.
     std::shared_ptr<Diagnostics> diagnostics;
+    /// The installed fonts and the camera; never null.
     std::shared_ptr<Fonts> fonts;
     std::shared_ptr<Camera> camera;
     /// The host's adapter to the face-scan vendor; null until one is installed.

@@ -11,6 +11,7 @@ namespace kivo::platform {
 
 /// The period and the host for which a certificate was issued.
 struct CertificateValidity {
+    /// The time in which the certificate is valid.
     std::chrono::sys_seconds notBefore;
     std::chrono::sys_seconds notAfter;
     /// Whether the certificate names the host in question, by name or numeric address.

@@ -24,6 +24,7 @@ using HttpHeader = std::pair<std::string, std::string>;
 
 /// One request. The body is moved along, never copied.
 struct UrlRequest {
+    /// The https address, the method, the headers and the body.
     std::string url{};
     std::string method = "GET";
     std::vector<HttpHeader> headers{};
@@ -37,6 +38,7 @@ struct UrlRequest {
 struct UrlSessionConfiguration {
     /// Added to every request that does not carry a header of the same name.
     std::vector<HttpHeader> headers{};
+    /// The longest time for an exchange. The shorter of the two limits counts.
     std::chrono::milliseconds requestTimeout{60'000};
     std::chrono::milliseconds resourceTimeout{60'000};
     /// The longest time without a byte in either direction; 0 for no such limit.
@@ -49,6 +51,7 @@ struct UrlSessionConfiguration {
 
 /// A complete HTTP answer.
 struct UrlResponse {
+    /// The HTTP status and the answer's headers.
     int status = 0;
     std::vector<HttpHeader> headers;
     /// Absent when the status allows no body (204, 205, 304); empty when the body has no bytes.
@@ -81,10 +84,12 @@ KIVO_EXPORT std::string_view name(UrlErrorKind kind);
 
 /// A failed exchange: its kind, and a text for the person who reads the log. Carries no secret.
 struct UrlError {
+    /// The kind, and one sentence.
     UrlErrorKind kind = UrlErrorKind::unknown;
     std::string text;
 };
 
+/// How a request ended, and who is told.
 using UrlOutcome = std::expected<UrlResponse, UrlError>;
 using UrlCompletion = std::function<void(UrlOutcome)>;
 
@@ -102,6 +107,7 @@ public:
 /// Each certificate is signed by the next certificate, which belongs to an authority. All other certificates that the
 /// server presented are left out, so that a foreign certificate cannot slip into the chain.
 struct ServerTrust {
+    /// The name in the request's address, and the certificates, the server's own first.
     std::string host;
     std::vector<Data> chain;
 };
@@ -122,6 +128,7 @@ public:
     virtual void didReceiveChallenge(const ServerTrust* serverTrust,
                                      std::function<void(AuthChallengeDisposition)> completionHandler) = 0;
 
+    /// Whether `didReceiveChallenge` alone decides about a server; false by default.
     virtual bool judgesServerTrust() const { return false; }
 
     /// The number of bytes of the request's body sent so far, and the body's length.

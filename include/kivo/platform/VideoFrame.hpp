@@ -10,6 +10,7 @@ namespace kivo::platform {
 
 /// One picture of a camera, its rows from the top and without gaps between them.
 struct KIVO_EXPORT VideoFrame {
+    /// How a pixel is stored.
     enum class Format {
         /// One byte of brightness a pixel.
         gray,
@@ -23,6 +24,7 @@ struct KIVO_EXPORT VideoFrame {
     /// The largest width and height of a picture that is read: 8K video, and photographs of 50 megapixels.
     static constexpr int largestSide = 8192;
 
+    /// Width and height in pixels, the form of a pixel, and the rows from the top without gaps.
     int width = 0;
     int height = 0;
     Format format = Format::gray;

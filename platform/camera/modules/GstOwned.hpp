@@ -15,6 +15,8 @@ struct Unref {
 
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
 
+    void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
+
     void operator()(GstIterator* iterator) const { gst_iterator_free(iterator); }
 
     void operator()(GstQuery* query) const { gst_query_unref(query); }

@@ -1,6 +1,6 @@
 #include "GstAdvice.hpp"
 #include "GstOwned.hpp"
-#include "GstSizeLimit.hpp"
+#include "GstPictureGuard.hpp"
 #include "platform/camera/Modules.hpp"
 
 #include <kivo/platform/FrameSource.hpp>
@@ -200,7 +200,7 @@ private:
         }
         pipeline_ = std::move(pipeline);
         outlet_ = std::make_shared<Outlet>();
-        limitPictures(*GST_BIN(pipeline_.get()),
+        guardPictures(*GST_BIN(pipeline_.get()),
                       [outlet = outlet_](std::string problem) { outlet->end(std::move(problem)); });
         connectOutlet();
         return {};
@@ -240,6 +240,6 @@ std::shared_ptr<FrameSource> makeGstPipeline(const std::string& description) {
 } // namespace
 } // namespace kivo::platform
 
-extern "C" KIVO_EXPORT const kivo::platform::CameraModule kivoModule;
-const kivo::platform::CameraModule kivoModule{.version = KIVO_SDK_VERSION,
+extern "C" KIVO_EXPORT const kivo::platform::CameraModule kivoCamera;
+const kivo::platform::CameraModule kivoCamera{.version = KIVO_SDK_VERSION,
                                               .makePipeline = kivo::platform::makeGstPipeline};

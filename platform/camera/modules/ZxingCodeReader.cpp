@@ -61,7 +61,7 @@ public:
             const bool isNegative = picturesWithout_ % negativeEvery == negativeEvery - 1;
             auto results = ZXing::ReadBarcodes(viewOf(isNegative ? negativeOf(frame) : frame), hints);
             picturesWithout_ = results.empty() ? picturesWithout_ + 1 : 0;
-            std::ranges::stable_sort(results, {}, [&](const auto& result) { return distance(result, frame); });
+            std::ranges::sort(results, {}, [&](const auto& result) { return distance(result, frame); });
             return objectsOf(results);
         } catch (const std::exception&) {
             // A picture that cannot be read, for want of memory or otherwise, counts as a picture without a code.
@@ -118,5 +118,5 @@ std::shared_ptr<CodeReader> makeReader() {
 } // namespace
 } // namespace kivo::platform
 
-extern "C" KIVO_EXPORT const kivo::platform::CodesModule kivoModule;
-const kivo::platform::CodesModule kivoModule{.version = KIVO_SDK_VERSION, .makeReader = kivo::platform::makeReader};
+extern "C" KIVO_EXPORT const kivo::platform::CodesModule kivoCodes;
+const kivo::platform::CodesModule kivoCodes{.version = KIVO_SDK_VERSION, .makeReader = kivo::platform::makeReader};

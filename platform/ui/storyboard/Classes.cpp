@@ -32,18 +32,23 @@ StoryboardClasses knownFromTheStart() {
     return all;
 }
 
+struct Registered {
+    StoryboardClasses classes = knownFromTheStart();
+    std::size_t registrations = 0;
+};
+
 /// Made at first use: a host's static initialisers may use it as well.
-StoryboardClasses& registered() {
-    return Process::current().part<StoryboardClasses>([] { return new StoryboardClasses{knownFromTheStart()}; });
+Registered& registered() {
+    return Process::current().part<Registered>([] { return new Registered; });
 }
 
 auto& screens() {
-    return registered().screens;
+    return registered().classes.screens;
 }
 
 /// The registered classes of views, which come before the view model's own.
 Views& registeredViews() {
-    return registered().views;
+    return registered().classes.views;
 }
 
 const Views& ownViews() {
@@ -94,6 +99,15 @@ bool isRegisteredView(const std::string& name) {
     return registeredViews().contains(name);
 }
 
+std::shared_ptr<Bundle> libraryBundle() {
+    const auto& classes = registered().classes;
+    return classes.bundle != nullptr ? classes.bundle() : nullptr;
+}
+
+std::size_t registrations() {
+    return registered().registrations;
+}
+
 std::string knownScreens() {
     return names(screens());
 }
@@ -105,10 +119,12 @@ std::string knownViews() {
 } // namespace storyboard
 
 void Storyboard::registerScreen(std::string className, Factory factory) {
+    ++storyboard::registered().registrations;
     storyboard::screens().insert_or_assign(std::move(className), std::move(factory));
 }
 
 void Storyboard::registerView(std::string className, ViewFactory factory) {
+    ++storyboard::registered().registrations;
     storyboard::registeredViews().insert_or_assign(std::move(className), std::move(factory));
 }
 

@@ -1,9 +1,15 @@
 #include "platform/ui/storyboard/LayoutValue.hpp"
 
+#include "platform/ui/storyboard/Classes.hpp"
+
+#include <kivo/platform/Services.hpp>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 namespace kivo::platform::storyboard {
 namespace {
@@ -32,6 +38,15 @@ std::string words(double number) {
     return {digits.begin(), end};
 }
 
+/// The bundles in which a name of the layout is looked up, the host's first.
+std::vector<std::shared_ptr<const Bundle>> bundlesOf(const LayoutContext& context) {
+    std::vector<std::shared_ptr<const Bundle>> bundles{services().bundles->main(), context.bundle};
+    if (auto library = libraryBundle()) {
+        bundles.push_back(std::move(library));
+    }
+    return bundles;
+}
+
 } // namespace
 
 void LayoutValue::needObject() const {
@@ -46,7 +61,19 @@ LayoutValue LayoutValue::member(std::string_view name) const {
     if (found == nullptr) {
         where.fail("the member " + inQuotes(name) + " is missing; add it.");
     }
-    return {*found, where.in(inQuotes(name)), bundle};
+    return {*found, where.in(inQuotes(name)), context};
+}
+
+LayoutValue LayoutValue::orNamed() const {
+    const auto* const word = content.text();
+    if (word == nullptr || context.values == nullptr) {
+        return *this;
+    }
+    const auto* const found = context.values->find(*word);
+    if (found == nullptr) {
+        where.fail("the storyboard has no value " + inQuotes(*word) + R"(; add it to "values".)");
+    }
+    return {*found, where, context};
 }
 
 std::string LayoutValue::name() const {
@@ -66,8 +93,9 @@ bool LayoutValue::flag() const {
 }
 
 double LayoutValue::number(double least, double most) const {
-    const auto value = content.real();
-    if (!value && content.kind() == json::Kind::number) {
+    const auto named = orNamed();
+    const auto value = named.content.real();
+    if (!value && named.content.kind() == json::Kind::number) {
         where.fail("this number is beyond all bounds; write a smaller one.");
     }
     if (!value || *value < least || *value > most) {
@@ -89,13 +117,20 @@ double LayoutValue::points() const {
 }
 
 std::string LayoutValue::text() const {
-    if (const auto* const text = content.text()) {
-        return *text;
+    const auto* key = content.text();
+    if (key == nullptr) {
+        if (content.members().size() != 1 || content.find("key") == nullptr) {
+            where.fail(R"(this must be a text, or {"key": "..."} for one of the string tables.)");
+        }
+        member("key").name();
+        key = content.textOf("key");
     }
-    if (content.members().size() != 1 || content.find("key") == nullptr) {
-        where.fail(R"(this must be a text, or {"key": "..."} for one of the bundle's string table.)");
+    for (const auto& bundle : bundlesOf(context)) {
+        if (auto text = bundle->localizedString(*key); text != *key) {
+            return text;
+        }
     }
-    return bundle.localizedString(member("key").name());
+    return *key;
 }
 
 std::optional<Color> LayoutValue::color() const {
@@ -112,14 +147,32 @@ std::optional<Color> LayoutValue::color() const {
                                                                            {"clear", Color::clear()},
                                                                            {"systemBlue", Color::systemBlue()}}};
     const auto found = std::ranges::find(common, word, &std::pair<std::string_view, Color>::first);
-    return found != common.end() ? std::optional{found->second} : bundle.color(word);
+    if (found != common.end()) {
+        return found->second;
+    }
+    for (const auto& bundle : bundlesOf(context)) {
+        if (const auto color = bundle->color(word)) {
+            return color;
+        }
+    }
+    return std::nullopt;
+}
+
+std::shared_ptr<const Image> LayoutValue::image() const {
+    const auto word = name();
+    for (const auto& bundle : bundlesOf(context)) {
+        if (auto image = bundle->image(word)) {
+            return image;
+        }
+    }
+    return nullptr;
 }
 
 Font LayoutValue::font() const {
     std::string family;
     double size = 0;
     bool isScaled = false;
-    eachMember([&](const std::string& name, const LayoutValue& value) {
+    orNamed().eachMember([&](const std::string& name, const LayoutValue& value) {
         if (name == "name") {
             family = value.name();
         } else if (name == "size") {
@@ -139,26 +192,34 @@ Font LayoutValue::font() const {
 }
 
 Placement LayoutValue::placement() const {
-    static const std::array<std::pair<std::string_view, std::optional<double> Placement::*>, 9> distances{
+    static const std::array<std::pair<std::string_view, std::optional<double> Placement::*>, 13> distances{
         {{"top", &Placement::top},
          {"left", &Placement::left},
          {"bottom", &Placement::bottom},
          {"right", &Placement::right},
+         {"leading", &Placement::leading},
+         {"trailing", &Placement::trailing},
          {"centerX", &Placement::centerX},
          {"centerY", &Placement::centerY},
          {"width", &Placement::width},
          {"height", &Placement::height},
-         {"minimumHeight", &Placement::minimumHeight}}};
+         {"minimumHeight", &Placement::minimumHeight},
+         {"maximumWidth", &Placement::maximumWidth},
+         {"shareOfDisplay", &Placement::shareOfDisplay}}};
     Placement placement;
     eachMember([&](const std::string& name, const LayoutValue& value) {
         const auto found = std::ranges::find(distances, name, [](const auto& each) { return each.first; });
         if (name == "ignoresSafeArea") {
             placement.ignoresSafeArea = value.flag();
+        } else if (name == "grows") {
+            placement.grows = value.flag();
         } else if (found == distances.end()) {
             value.where.fail(
-                "a placement has no such member; it has top, left, bottom, right, centerX, centerY, width, "
-                "height, minimumHeight and ignoresSafeArea.");
-        } else if (name == "width" || name == "height" || name == "minimumHeight") {
+                "a placement has no such member; it has top, left, bottom, right, leading, trailing, centerX, centerY, "
+                "width, height, minimumHeight, maximumWidth, shareOfDisplay, grows and ignoresSafeArea.");
+        } else if (name == "shareOfDisplay") {
+            placement.shareOfDisplay = value.number(0, 1);
+        } else if (name == "width" || name == "height" || name.starts_with("m")) {
             placement.*found->second = value.number(0, furthestPoint);
         } else {
             placement.*found->second = value.points();
@@ -169,7 +230,7 @@ Placement LayoutValue::placement() const {
 
 EdgeInsets LayoutValue::insets() const {
     EdgeInsets insets;
-    if (content.kind() == json::Kind::number) {
+    if (content.kind() != json::Kind::object) {
         const auto all = points();
         return {.top = all, .left = all, .bottom = all, .right = all};
     }

@@ -8,6 +8,7 @@
 #include <kivo/platform/ui/Geometry.hpp>
 #include <kivo/platform/ui/Placement.hpp>
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -42,12 +43,20 @@ inline std::string inQuotes(std::string_view text) {
     return std::string{"\""}.append(text).append("\"");
 }
 
-/// A value of the file, with its place and the bundle in which names are looked up. Every function that reads the value
-/// throws a `LayoutError` when the value does not fit.
+/// What a layout is read with: the bundle of the file, and the file's own named values and styles.
+struct LayoutContext {
+    std::shared_ptr<const Bundle> bundle;
+    /// The root's members of these names; null without them.
+    const json::Value* values = nullptr;
+    const json::Value* styles = nullptr;
+};
+
+/// A value of the file, with its place and the context in which names are looked up. Every function that reads the
+/// value throws a `LayoutError` when the value does not fit.
 struct LayoutValue {
     const json::Value& content;
     Where where;
-    const Bundle& bundle;
+    const LayoutContext& context;
 
     /// The member of that name; fails when it is missing.
     LayoutValue member(std::string_view name) const;
@@ -57,9 +66,12 @@ struct LayoutValue {
     void eachMember(const Take& take) const {
         needObject();
         for (const auto& [name, member] : content.members()) {
-            take(name, LayoutValue{member, where.in(inQuotes(name)), bundle});
+            take(name, LayoutValue{member, where.in(inQuotes(name)), context});
         }
     }
+
+    /// This value, or the one of the file's named values that its text names. Fails for an unknown name.
+    LayoutValue orNamed() const;
 
     void needObject() const;
 
@@ -71,14 +83,19 @@ struct LayoutValue {
     /// A length or distance in points.
     double points() const;
 
-    /// A text, or `{"key": "..."}` for a text of the bundle's string table.
+    /// A text, which is the key of its translation, or `{"key": "..."}`. The table of the host's main bundle comes
+    /// first, then those of the layout's bundle and of the library; a text without a translation is shown as it is.
     std::string text() const;
 
-    /// "#RRGGBB", "#RRGGBBAA", a common colour, or the name of a colour in the catalogue; absent when the catalogue
-    /// lacks the colour.
+    /// "#RRGGBB", "#RRGGBBAA", a common colour, or the name of a colour in the asset catalogues of the same bundles;
+    /// absent when all lack the colour.
     std::optional<Color> color() const;
 
-    /// `{"name": "...", "size": 17, "scaled": true}`; the system's font where the named font is not installed.
+    /// The image of that name in the same catalogues; null when all lack the image.
+    std::shared_ptr<const Image> image() const;
+
+    /// `{"name": "...", "size": 17, "scaled": true}`, or the name of such a value; the system's font where the named
+    /// font is not installed.
     Font font() const;
 
     Placement placement() const;

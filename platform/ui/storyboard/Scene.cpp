@@ -48,6 +48,44 @@ void addOutlet(const LayoutValue& value, const std::shared_ptr<View>& view, Scen
     view->setIdentifier(name);
 }
 
+std::shared_ptr<View> buildView(const LayoutValue& value, Scene& scene, int depth);
+
+void addSubviews(const std::shared_ptr<View>& view, const LayoutValue& list, const Where& parent, Scene& scene,
+                 int depth) {
+    if (list.content.kind() != json::Kind::array) {
+        list.where.fail("this must be a list of views.");
+    }
+    for (std::size_t i = 0; const auto& element : list.content.elements()) {
+        LayoutValue subview{element, list.where, list.context};
+        subview.where = placeOf(subview, i++, parent);
+        view->addSubview(buildView(subview, scene, depth + 1));
+    }
+}
+
+/// Sets a member of the view, or of the style that gives the view some of its members.
+void setViewMember(const std::shared_ptr<View>& view, const std::string& name, const LayoutValue& member,
+                   const LayoutValue& value, Scene& scene) {
+    if (!setMember(view, name, member, scene) && !isStandIn(value, scene)) {
+        member.where.fail("a view of the type " + typeOf(value) + " has no such member; it has " + knownMembers(*view) +
+                          ".");
+    }
+}
+
+/// Gives the view the members that the style named by `style` has and the view itself has not.
+void applyStyle(const std::shared_ptr<View>& view, const LayoutValue& style, const LayoutValue& value, Scene& scene) {
+    const auto word = style.name();
+    const auto* const found = style.context.styles != nullptr ? style.context.styles->find(word) : nullptr;
+    if (found == nullptr) {
+        style.where.fail("the storyboard has no style " + inQuotes(word) + R"(; add it to "styles".)");
+    }
+    LayoutValue{*found, style.where.in(inQuotes(word)), style.context}.eachMember(
+        [&](const std::string& name, const LayoutValue& member) {
+            if (value.content.find(name) == nullptr) {
+                setViewMember(view, name, member, value, scene);
+            }
+        });
+}
+
 /// Makes the view that `value` describes and every view below, and notes their connections in `scene`.
 std::shared_ptr<View> buildView(const LayoutValue& value, Scene& scene, int depth) {
     if (depth > deepestTree) {
@@ -61,17 +99,11 @@ std::shared_ptr<View> buildView(const LayoutValue& value, Scene& scene, int dept
         if (name == "outlet") {
             addOutlet(member, view, scene);
         } else if (name == "subviews") {
-            if (member.content.kind() != json::Kind::array) {
-                member.where.fail("this must be a list of views.");
-            }
-            for (std::size_t i = 0; const auto& element : member.content.elements()) {
-                LayoutValue subview{element, member.where, member.bundle};
-                subview.where = placeOf(subview, i++, value.where);
-                view->addSubview(buildView(subview, scene, depth + 1));
-            }
-        } else if (!setMember(view, name, member, scene) && !isStandIn(value, scene)) {
-            member.where.fail("a view of the type " + typeOf(value) + " has no such member; it has " +
-                              knownMembers(*view) + ".");
+            addSubviews(view, member, value.where, scene, depth);
+        } else if (name == "style") {
+            applyStyle(view, member, value, scene);
+        } else {
+            setViewMember(view, name, member, value, scene);
         }
     });
     return view;

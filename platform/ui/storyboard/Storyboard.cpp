@@ -1,3 +1,4 @@
+#include "platform/base/Process.hpp"
 #include "platform/posix/Files.hpp"
 #include "platform/ui/ViewControllerState.hpp"
 #include "platform/ui/storyboard/Classes.hpp"
@@ -25,6 +26,7 @@ namespace kivo::platform {
 
 using storyboard::ButtonSegue;
 using storyboard::inQuotes;
+using storyboard::LayoutContext;
 using storyboard::LayoutError;
 using storyboard::LayoutValue;
 using storyboard::Purpose;
@@ -36,8 +38,25 @@ struct Storyboard::Contents {
     std::string file;
     std::shared_ptr<Bundle> bundle;
     json::Value root;
+    LayoutContext context{bundle, root.find("values"), root.find("styles")};
 
-    LayoutValue rootValue() const { return {root, Where{file}, *bundle}; }
+    LayoutValue rootValue() const { return {root, Where{file}, context}; }
+};
+
+/// The storyboard opened last, which is not read and checked again while nothing has changed. Main thread.
+struct Storyboard::LastOpened {
+    std::shared_ptr<Storyboard> storyboard;
+    std::string bytes;
+    std::size_t registrations = 0;
+
+    static LastOpened& ofProcess() {
+        return Process::current().part<LastOpened>([] { return new LastOpened; });
+    }
+
+    bool is(const std::string& file, const std::shared_ptr<Bundle>& bundle, const std::string& now) const {
+        return storyboard && storyboard->contents_->file == file && storyboard->contents_->bundle == bundle &&
+               registrations == storyboard::registrations() && bytes == now;
+    }
 };
 
 namespace {
@@ -78,8 +97,10 @@ json::Value parse(const std::string& bytes, const std::string& file) {
 
 LayoutValue scenesOf(const LayoutValue& root) {
     root.eachMember([](const std::string& name, const LayoutValue& member) {
-        if (name != "scenes") {
-            member.where.fail("a storyboard has no such member; it has \"scenes\".");
+        if (name == "values" || name == "styles") {
+            member.needObject();
+        } else if (name != "scenes") {
+            member.where.fail(R"(a storyboard has no such member; it has "values", "styles" and "scenes".)");
         }
     });
     return root.member("scenes");
@@ -91,7 +112,7 @@ LayoutValue sceneValue(const LayoutValue& root, const std::string& identifier) {
     if (scene == nullptr) {
         root.where.fail("there is no scene " + inQuotes(identifier) + R"(; add it to "scenes".)");
     }
-    return {*scene, root.where.in("scene " + inQuotes(identifier)), root.bundle};
+    return {*scene, root.where.in("scene " + inQuotes(identifier)), root.context};
 }
 
 void checkSegues(const Scene& scene, const LayoutValue& scenes) {
@@ -131,7 +152,6 @@ public:
     }
 
     /// Makes the scene's controls call the actions, for as long as the screen lives.
-
     void connectActions(const std::shared_ptr<ViewController>& screen) const {
         for (const auto& wanted : scene_.actions) {
             const auto found = actions_.find(wanted.action);
@@ -210,13 +230,21 @@ std::expected<std::shared_ptr<Storyboard>, std::string> Storyboard::open(std::st
         return std::unexpected{file + ": the bundle has no such resource; put the file into the bundle's folder."};
     }
     try {
-        auto contents = std::make_unique<Contents>(path->string(), bundle, parse(readWhole(*path), path->string()));
+        auto bytes = readWhole(*path);
+        auto& last = LastOpened::ofProcess();
+        if (last.is(path->string(), bundle, bytes)) {
+            return last.storyboard;
+        }
+        auto contents = std::make_unique<Contents>(path->string(), bundle, parse(bytes, path->string()));
         const auto root = contents->rootValue();
         const auto scenes = scenesOf(root);
         scenes.eachMember([&](const std::string& identifier, const LayoutValue&) {
             checkSegues(readScene(sceneValue(root, identifier), Purpose::check), scenes);
         });
-        return std::shared_ptr<Storyboard>{new Storyboard{std::move(contents)}};
+        last.storyboard = std::shared_ptr<Storyboard>{new Storyboard{std::move(contents)}};
+        last.bytes = std::move(bytes);
+        last.registrations = storyboard::registrations();
+        return last.storyboard;
     } catch (const LayoutError& error) {
         return std::unexpected{error.what()};
     }

@@ -51,6 +51,17 @@ const Setters<View> viewMembers{
     {"layer", setLayer},
     {"userInteractionEnabled",
      [](View& view, const LayoutValue& value) { view.setUserInteractionEnabled(value.flag()); }},
+    {"appearance",
+     [](View& view, const LayoutValue& value) {
+         using enum UserInterfaceStyle;
+         view.overrideUserInterfaceStyle(value.choice<UserInterfaceStyle>({{"light", light}, {"dark", dark}}));
+     }},
+    {"direction",
+     [](View& view, const LayoutValue& value) {
+         using enum LayoutDirection;
+         view.overrideLayoutDirection(
+             value.choice<LayoutDirection>({{"leftToRight", leftToRight}, {"rightToLeft", rightToLeft}}));
+     }},
     {"passesTouches", [](View& view, const LayoutValue& value) { view.setPassesTouches(value.flag()); }},
     {"accessibilityLabel", [](View& view, const LayoutValue& value) { view.setAccessibilityLabel(value.text()); }},
 };
@@ -80,9 +91,8 @@ const Setters<Control> controlMembers{
 
 const Setters<Button> buttonMembers{
     {"title", [](Button& view, const LayoutValue& value) { view.setTitle(value.text()); }},
-    {"image", [](Button& view, const LayoutValue& value) { view.setImage(value.bundle.image(value.name())); }},
-    {"backgroundImage",
-     [](Button& view, const LayoutValue& value) { view.setBackgroundImage(value.bundle.image(value.name())); }},
+    {"image", [](Button& view, const LayoutValue& value) { view.setImage(value.image()); }},
+    {"backgroundImage", [](Button& view, const LayoutValue& value) { view.setBackgroundImage(value.image()); }},
 };
 
 const Setters<TextField> fieldMembers{
@@ -121,7 +131,7 @@ const Setters<StackView> stackMembers{
 };
 
 const Setters<ImageView> imageMembers{
-    {"image", [](ImageView& view, const LayoutValue& value) { view.setImage(value.bundle.image(value.name())); }},
+    {"image", [](ImageView& view, const LayoutValue& value) { view.setImage(value.image()); }},
 };
 
 const Setters<ActivityIndicatorView> activityMembers{
@@ -196,7 +206,7 @@ public:
         if (word == words.end()) {
             std::string known;
             for (const auto each : words) {
-                known += (known.empty() ? "" : ", ") + inQuotes(each);
+                known.append(known.empty() ? "" : ", ").append(inQuotes(each));
             }
             value_->where.fail("there is no " + inQuotes(value_->name()) + "; use one of " + known + ".");
         }
@@ -281,7 +291,7 @@ bool setMember(const std::shared_ptr<View>& view, const std::string& name, const
 }
 
 std::string knownMembers(View& view) {
-    std::string known = "type, outlet, subviews";
+    std::string known = "type, outlet, style, subviews";
     anyClass(view, [&](const auto&, const auto& setters) {
         for (const auto& [name, setter] : setters) {
             known += ", " + name;

@@ -1,3 +1,4 @@
+#include "Configuration/environment/DeploymentInForce.hpp"
 #include "Configuration/environment/SdkBundle.hpp"
 #include "platform/base/Process.hpp"
 
@@ -6,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -15,7 +17,8 @@ namespace {
 
 struct Installed {
     std::mutex mutex;
-    std::optional<Deployment> deployment;
+    /// Null until it is installed or read.
+    std::shared_ptr<const Deployment> deployment;
 };
 
 Installed& installed() {
@@ -81,23 +84,28 @@ std::string Deployment::joinPage(SDKEnv environment) const {
 }
 
 void Deployment::install(Deployment deployment) {
+    auto replacement = std::make_shared<const Deployment>(std::move(deployment));
     const std::scoped_lock lock{installed().mutex};
-    installed().deployment = std::move(deployment);
+    std::swap(installed().deployment, replacement);
 }
 
 Deployment Deployment::current() {
+    return *deploymentInForce();
+}
+
+std::shared_ptr<const Deployment> deploymentInForce() {
     {
         const std::scoped_lock lock{installed().mutex};
         if (installed().deployment) {
-            return *installed().deployment;
+            return installed().deployment;
         }
     }
-    auto deployment = shipped();
+    auto deployment = std::make_shared<const Deployment>(shipped());
     const std::scoped_lock lock{installed().mutex};
     if (!installed().deployment) {
         installed().deployment = std::move(deployment);
     }
-    return *installed().deployment;
+    return installed().deployment;
 }
 
 } // namespace kivo

@@ -3,35 +3,72 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/KeychainWrapper.hpp"
+#include "platform/base/Process.hpp"
 #include "platform/json/Json.hpp"
 
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/Text.hpp>
 
+#include <mutex>
+#include <tuple>
+#include <utility>
+
 namespace kivo {
 namespace {
 
-bool store(std::string_view value, std::string_view item) {
-    if (KeychainWrapper::standard().set(std::string{value}, std::string{item})) {
-        return true;
+bool saidWhere(bool isStored) {
+    if (!isStored) {
+        log::error("set(_:forKey:withAccessibility:)", [] {
+            return "The item \"" + std::string{StoredItems::joinAnswer} +
+                   "\" could not be stored; see the keychain's diagnostics.";
+        });
     }
-    log::error("set(_:forKey:withAccessibility:)", [&] {
-        return "The item \"" + std::string{item} + "\" could not be stored; see the keychain's diagnostics.";
-    });
-    return false;
+    return isStored;
 }
 
 std::optional<std::string> faceMapSetting(std::string_view key) {
-    const auto answer = storedJoinAnswer();
-    if (!answer) {
+    if (!storedJoinAnswer()) {
         return std::nullopt;
     }
-    const auto session = ActivationResponse::decode(*answer);
+    const auto session = storedSession();
     if (!session) {
         return "";
     }
     log::debug("Config", [&] { return session->encode(); });
     return settingIn(session->idpFaceMap, key);
+}
+
+/// The session decoded last, and the stored bytes that the session was decoded from.
+struct LastSession {
+    std::mutex mutex;
+    std::optional<std::string> answer;
+    /// The answer as it was read before it was stored; absent once the session is decoded from it.
+    std::optional<json::Value> read;
+    std::shared_ptr<const ActivationResponse> session;
+
+    static LastSession& ofProcess() {
+        return platform::Process::current().part<LastSession>([] { return new LastSession; });
+    }
+
+    void replace(std::optional<std::string> newAnswer, std::optional<json::Value> newRead) {
+        if (answer) {
+            platform::wipe(*answer);
+        }
+        answer = std::move(newAnswer);
+        read = std::move(newRead);
+        session.reset();
+    }
+
+    void decode() {
+        if (auto decoded = sessionIn(*std::exchange(read, std::nullopt))) {
+            session = std::make_shared<const ActivationResponse>(std::move(*decoded));
+        }
+    }
+};
+
+std::optional<json::Value> readAnswer(const std::optional<std::string>& answer) {
+    auto read = json::read(answer.value_or(""));
+    return read ? std::optional{std::move(*read)} : std::nullopt;
 }
 
 } // namespace
@@ -41,26 +78,53 @@ std::optional<std::string> storedJoinAnswer() {
     return answer && text::isUtf8(*answer) ? std::move(answer) : std::nullopt;
 }
 
-std::optional<ActivationResponse> storedSession() {
-    auto answer = storedJoinAnswer();
-    if (!answer) {
-        return std::nullopt;
+std::shared_ptr<const ActivationResponse> storedSession() {
+    auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
+    auto& last = LastSession::ofProcess();
+    const std::scoped_lock lock{last.mutex};
+    if (answer != last.answer) {
+        auto read = readAnswer(answer);
+        last.replace(std::move(answer), std::move(read));
+    } else if (answer) {
+        platform::wipe(*answer);
     }
-    auto session = ActivationResponse::decode(*answer);
-    platform::wipe(*answer);
-    return session;
+    if (last.read) {
+        last.decode();
+    }
+    return last.session;
 }
 
-bool storeJoinAnswer(std::string_view answer) {
-    if (const auto read = json::read(answer); !read && read.error().isBeyondLimits()) {
+bool emptyStoredJoinAnswer() {
+    return saidWhere(KeychainWrapper::standard().setAll({{StoredItems::joinAnswer, ""}},
+                                                        platform::KeychainDurability::withNextChange));
+}
+
+void settleStoredJoinAnswer() {
+    std::ignore = KeychainWrapper::standard().setAll({});
+}
+
+bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode) {
+    auto read = json::read(answer);
+    if (!read && read.error().isBeyondLimits()) {
         log::error("getJoin(codeValue:completion:)", "The join answer is too large or too deep to be read.");
         return false;
     }
-    return store(answer, StoredItems::joinAnswer);
-}
-
-bool storeActivationCode(std::string_view activationCode) {
-    return store(activationCode, StoredItems::activationCode);
+    auto& store = KeychainWrapper::standard();
+    KeychainWrapper::Values values;
+    values.reserve(2);
+    values.emplace_back(StoredItems::joinAnswer, answer);
+    if (activationCode) {
+        values.emplace_back(StoredItems::activationCode, *activationCode);
+    }
+    // The code is never read again, so a store that has room for the answer alone will do.
+    if (!store.setAll(std::move(values)) &&
+        !(activationCode && store.setAll({{StoredItems::joinAnswer, std::string{answer}}}))) {
+        return saidWhere(false);
+    }
+    auto& last = LastSession::ofProcess();
+    const std::scoped_lock lock{last.mutex};
+    last.replace(std::string{answer}, read ? std::optional{std::move(*read)} : std::nullopt);
+    return true;
 }
 
 bool removeStoredJoinAnswer() {
@@ -71,6 +135,11 @@ bool removeStoredJoinAnswer() {
     }
     if (!isText) {
         return false;
+    }
+    {
+        auto& last = LastSession::ofProcess();
+        const std::scoped_lock lock{last.mutex};
+        last.replace(std::nullopt, std::nullopt);
     }
     // Removes even when no answer was read, because a locked or damaged store seems to hold no answer.
     using enum KeychainWrapper::Removal;

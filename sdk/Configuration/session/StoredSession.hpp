@@ -2,6 +2,7 @@
 
 #include "Models/SessionKeys.hpp"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,15 +13,20 @@ namespace kivo {
 /// The stored join answer; absent also when the stored bytes are not UTF-8 text.
 std::optional<std::string> storedJoinAnswer();
 
-/// The stored join answer, decoded; absent also when the answer is not a session.
-std::optional<ActivationResponse> storedSession();
+/// The stored join answer, decoded; null also when the answer is not a session. The same answer is decoded once.
+std::shared_ptr<const ActivationResponse> storedSession();
 
-/// Replaces the stored join answer. False, with an error line, if the answer could not be stored or is beyond the
-/// limits of the reader, because every later operation reads the stored answer again.
-bool storeJoinAnswer(std::string_view answer);
+/// Puts empty text in place of the stored join answer, without waiting for the disk. False, with an error line, on
+/// failure.
+bool emptyStoredJoinAnswer();
 
-/// Stores the activation code of the joined session. False, with an error line, on failure.
-bool storeActivationCode(std::string_view activationCode);
+/// Waits until an emptied join answer is on the disk.
+void settleStoredJoinAnswer();
+
+/// Replaces the stored join answer and, if given, the stored activation code. False, with an error line, if the answer
+/// could not be stored or is beyond the limits of the reader, because every later operation reads the stored answer
+/// again.
+bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode = {});
 
 /// Deletes the stored join answer. False when there was no answer, and, with an error line, on failure.
 bool removeStoredJoinAnswer();

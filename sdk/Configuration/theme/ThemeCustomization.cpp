@@ -4,6 +4,7 @@
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/ZorCloseButtonAppearance.hpp>
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/ui/LayerStyle.hpp>
 
 #include <atomic>
@@ -68,7 +69,8 @@ void ThemeCustomization::setDocumentListConfigurationStatus(DocumentListConfigur
 }
 
 ZorCloseButtonAppearance::ZorCloseButtonAppearance()
-    : closeButtonFont{ui::namedOrSystemFont("Karbon-Bold", 17)} {}
+    : closeButtonTitle{platform::localizedText("Close")}
+    , closeButtonFont{ui::namedOrSystemFont("Karbon-Bold", 17)} {}
 
 void ZorCloseButtonAppearance::applyAppearanceCloseButton(platform::Button& closeButton,
                                                           platform::LayoutConstraint& widthConstraint,

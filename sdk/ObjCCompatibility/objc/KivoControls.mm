@@ -13,7 +13,6 @@ using kivo::platform::Button;
 using kivo::platform::Label;
 using kivo::platform::TextField;
 using kivo::platform::TextStyled;
-using kivo::platform::View;
 
 namespace {
 
@@ -47,7 +46,7 @@ KIVO_FORWARDED(KivoColor*, textColor, setTextColor)
 @implementation KivoLabel
 
 - (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<Label>()}];
+    return [super initWithNativeView:std::make_shared<Label>()];
 }
 
 KIVO_FORWARDED(NSString*, text, setText)
@@ -57,7 +56,7 @@ KIVO_FORWARDED(NSString*, text, setText)
 @implementation KivoButton
 
 - (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<Button>()}];
+    return [super initWithNativeView:std::make_shared<Button>()];
 }
 
 KIVO_FORWARDED(NSString*, title, setTitle)
@@ -75,7 +74,7 @@ KIVO_FORWARDED(BOOL, isEnabled, setEnabled)
 @implementation KivoTextField
 
 - (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<TextField>()}];
+    return [super initWithNativeView:std::make_shared<TextField>()];
 }
 
 KIVO_FORWARDED(NSString*, text, setText)

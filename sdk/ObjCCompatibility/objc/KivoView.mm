@@ -151,6 +151,14 @@ KIVO_FORWARDED(KivoColor*, backgroundColor, setBackgroundColor)
 
 @end
 
+@implementation KivoView (NativeView)
+
+- (instancetype)initWithNativeView:(std::shared_ptr<View>)view {
+    return [self initWithNative:std::move(view)];
+}
+
+@end
+
 @implementation KivoView (Native)
 
 + (nullable KivoView*)viewWithNative:(const std::shared_ptr<View>&)view {

@@ -26,12 +26,12 @@ std::shared_ptr<NavigationController> native(KivoNavigationController* stack) {
 @implementation KivoWindow
 
 - (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<Window>()}];
+    return [super initWithNativeView:std::make_shared<Window>()];
 }
 
 - (instancetype)initWithSize:(NSSize)size {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<Window>(
-                                     kivo::platform::Size{.width = size.width, .height = size.height})}];
+    return [super
+        initWithNativeView:std::make_shared<Window>(kivo::platform::Size{.width = size.width, .height = size.height})];
 }
 
 - (nullable KivoViewController*)rootViewController {

@@ -9,7 +9,6 @@
 #include <utility>
 
 using kivo::objc::HostBlock;
-using kivo::platform::View;
 
 namespace {
 
@@ -56,7 +55,7 @@ kivo::LuOTPView& native(LuOTPView* view) {
 @implementation LuOTPTextField
 
 - (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<kivo::LuOTPTextField>()}];
+    return [super initWithNativeView:std::make_shared<kivo::LuOTPTextField>()];
 }
 
 KIVO_PROPERTY(KivoColor*, borderColorOfTextField, setBorderColorOfTextField)
@@ -69,7 +68,7 @@ KIVO_FORWARDED(NSString*, placeholderString, setPlaceholderString)
 @implementation LuOTPView
 
 - (instancetype)init {
-    return [super initWithNative:std::shared_ptr<View>{std::make_shared<kivo::LuOTPView>()}];
+    return [super initWithNativeView:std::make_shared<kivo::LuOTPView>()];
 }
 
 KIVO_PROPERTY(NSInteger, otpTextFieldsCount, setOtpTextFieldsCount)

@@ -1,6 +1,7 @@
 #pragma once
 
-#import <kivo/objc/KivoObject.h>
+#import <kivo/objc/KivoView.h>
+#include <kivo/platform/ui/View.hpp>
 
 #include <algorithm>
 #include <limits>
@@ -14,6 +15,14 @@
 
 /// The wrapper of `native`: an existing wrapper of the object, otherwise the receiver. Nil for null.
 - (instancetype)initWithNative:(std::shared_ptr<void>)native;
+
+@end
+
+@interface KivoView (NativeView)
+
+/// The wrapper of a view of any class. The wrapper keeps a pointer to the `View`, which every wrapper of a view
+/// expects.
+- (instancetype)initWithNativeView:(std::shared_ptr<kivo::platform::View>)view;
 
 @end
 

@@ -5,6 +5,7 @@
 #include "ui/Overlays.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 
 #include <cstddef>
 
@@ -16,13 +17,13 @@ bool refusesFurtherAttempt(platform::ViewController& screen) {
     }
     const auto texts = platform::services().bundles->main();
     ui::showAlert(screen, texts->localizedString("Retry_Limit_Title"), texts->localizedString("Retry_Limit_Message"),
-                  {"OK"}, [](std::size_t) {});
+                  {platform::localizedText("OK")}, [](std::size_t) {});
     return true;
 }
 
-void countAttempt(const std::optional<ActivationResponse>& session) {
+void countAttempt(const ActivationResponse* session) {
     if (session && Attempts::shared().shouldApplyRetryLimit()) {
-        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(&*session);
+        CommunicationSecurityManager::shared().updateRetryCountLimitOnServer(session);
     }
 }
 

@@ -1,3 +1,4 @@
+#include "Configuration/environment/SdkBundle.hpp"
 #include "services/acquisition/facemap/facetec/LiveNessCheckVC.hpp"
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 #include "services/acquisition/nfc/innovator/AuthMenuVC.hpp"
@@ -29,7 +30,8 @@ StoryboardClasses libraryClasses() {
                         {"FinalStatusVC", make<FinalStatusVC>}},
             .views = {{"QRScannerView", make<QRScannerView>},
                       {"LuOTPView", make<LuOTPView>},
-                      {"LuOTPTextField", make<LuOTPTextField>}}};
+                      {"LuOTPTextField", make<LuOTPTextField>}},
+            .bundle = [] { return sdkBundle(); }};
 }
 
 } // namespace kivo::platform

@@ -41,6 +41,7 @@ public:
         if (const auto screen = waitingScreen("told the upload progress")) {
             record_->uploadProgress.push_back(progress);
             screen->page_->setMessage({.text = std::to_string(std::lround(progress * 100)) + " % sent"});
+            screen->page_->setProgress(progress);
         }
     }
 
@@ -219,6 +220,8 @@ void ScanScreen::enter(Stage stage) {
 void ScanScreen::show(VendorPage page, std::vector<Choice> choices) {
     if (waitsForPerson_) {
         page.offer(std::move(choices));
+    } else if (stage_ != Stage::judged) {
+        page.showWork();
     }
     page_ = std::move(page);
     page_->showIn(*view());
@@ -244,7 +247,8 @@ VendorPage ScanScreen::page(const std::string& message, std::shared_ptr<const pl
     const auto* const title = record_->kind == ScanRecord::Kind::face ? "Simulated face scan"
                               : isOnBackSide_                         ? "Simulated ID scan: the back side"
                                                                       : "Simulated ID scan";
-    return {"scan", {}, title, message, std::move(picture)};
+    const auto frame = record_->kind == ScanRecord::Kind::face ? VendorPage::Frame::face : VendorPage::Frame::card;
+    return {"scan", {}, title, message, frame, std::move(picture)};
 }
 
 } // namespace kivo::simulator

@@ -70,7 +70,7 @@ VendorLook lookOf(const readid::UIResources& resources) {
             .messageFont = font(resources.textFont, resources.textSize),
             .buttonFont = font(resources.buttonFont, resources.buttonTextSize),
             .buttonTextColor = platform::Color::white(),
-            .buttonColor = platform::Color::systemBlue(),
+            .buttonColor = {.red = 0.04, .green = 0.29, .blue = 0.58},
             .buttonHeight = resources.buttonHeight,
             .buttonCornerRadius = resources.buttonCornerRadius};
 }
@@ -82,11 +82,13 @@ ReadingScreen::ReadingScreen(std::shared_ptr<readid::UIResources> resources)
 
 VendorPage ReadingScreen::page(std::string_view line) const {
     return {"reading", lookOf(*resources_), localized(*resources_, "Document reader (simulated)"),
-            localized(*resources_, line)};
+            localized(*resources_, line), VendorPage::Frame::card};
 }
 
 void ReadingScreen::tell(std::string_view line) {
-    page(line).showIn(*view());
+    auto now = page(line);
+    now.showWork();
+    now.showIn(*view());
 }
 
 void ReadingScreen::ask(std::function<void(const Reading&)> chosen) {

@@ -234,6 +234,53 @@ TEST_F(StoryboardFile, SetsTheMembersOfEachClass) {
     EXPECT_TRUE(wheel->isAnimating() && wheel->color() == Color::white());
 }
 
+TEST_F(StoryboardFile, NamesValuesAndStylesInOnePlace) {
+    folder_.write("en.lproj/Localizable.strings", R"("Go on" = "Continue"; "greeting" = "Hello";)");
+    const auto storyboard = open(R"({
+      "values": {"wide": 44, "part": 0.5, "large": {"size": 30, "scaled": true}},
+      "styles": {"main": {"font": "large", "textColor": "white", "textAlignment": "center",
+                          "placement": {"leading": "wide", "trailing": 1, "maximumWidth": 440, "shareOfDisplay": "part"}}},
+      "scenes": {"entry": {"class": "ViewController", "view": {"appearance": "dark", "direction": "rightToLeft", "subviews": [
+        {"type": "Label", "outlet": "first", "style": "main", "text": "Go on"},
+        {"type": "Label", "outlet": "second", "textColor": "black", "style": "main", "text": "Stop",
+         "placement": {"grows": true}},
+        {"type": "StackView", "outlet": "stack", "margins": "wide"}]}}}})");
+    ASSERT_TRUE(storyboard) << storyboard.error();
+    const auto view = (*(*storyboard)->instantiate("entry"))->view();
+    EXPECT_EQ(view->userInterfaceStyle(), UserInterfaceStyle::dark);
+    EXPECT_EQ(view->layoutDirection(), LayoutDirection::rightToLeft);
+    const auto first = view->find<Label>("first");
+    EXPECT_EQ(first->text(), "Continue");
+    EXPECT_EQ(first->font(), (Font{.pointSize = 30, .isScaled = true}));
+    EXPECT_EQ(first->placement(),
+              (Placement{.leading = 44, .trailing = 1, .maximumWidth = 440, .shareOfDisplay = 0.5}));
+    const auto second = view->find<Label>("second");
+    EXPECT_EQ(second->text(), "Stop");
+    EXPECT_EQ(second->textColor(), Color::black());
+    EXPECT_EQ(second->textAlignment(), TextAlignment::center);
+    EXPECT_EQ(second->placement(), (Placement{.grows = true}));
+    EXPECT_EQ(view->find<StackView>("stack")->margins(), (EdgeInsets{44, 44, 44, 44}));
+
+    const std::pair<std::string, std::string> faults[] = {
+        {R"({"values": {}, "scenes": {"s": {"class": "ViewController", "view": {"alpha": "half"}}}})",
+         "no value \"half\""},
+        {R"({"scenes": {"s": {"class": "ViewController", "view": {"alpha": "half"}}}})", "a number from 0 to 1"},
+        {R"({"values": {"half": 2}, "scenes": {"s": {"class": "ViewController", "view": {"alpha": "half"}}}})",
+         "a number from 0 to 1"},
+        {R"({"scenes": {"s": {"class": "ViewController", "view": {"style": "loud"}}}})", "no style \"loud\""},
+        {R"({"styles": {"loud": {"volume": 1}}, "scenes": {"s": {"class": "ViewController", "view": {"style": "loud"}}}})",
+         "no such member"},
+        {R"({"styles": {"loud": 1}, "scenes": {"s": {"class": "ViewController", "view": {"style": "loud"}}}})",
+         "must be an object"},
+        {R"({"styles": [], "scenes": {}})", "must be an object"},
+    };
+    for (const auto& [file, problem] : faults) {
+        const auto broken = open(file);
+        ASSERT_FALSE(broken) << file;
+        EXPECT_THAT(broken.error(), testing::HasSubstr(problem));
+    }
+}
+
 TEST_F(StoryboardFile, MakesRegisteredViewsForScenesInUseOnly) {
     int made = 0;
     Storyboard::registerView("Lens", [&made] {

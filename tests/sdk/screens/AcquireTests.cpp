@@ -140,8 +140,6 @@ TEST_F(AcquireFromAnotherLayout, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
         {R"({"scenes":{"QRCodeVC":{"class":"QRCodeVC","view":{}}}})", "textFieldDigitOne"},
     };
 
-    folder.write("Sdk.bundle/Info.plist", R"(<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict><key>CFBundleIdentifier</key><string>com.test.ZORFramework</string></dict></plist>)");
     for (const auto& row : rows) {
         if (row.storyboard != nullptr) {
             folder.write("Sdk.bundle/ZORFramework.storyboard", row.storyboard);

@@ -209,6 +209,28 @@ TEST_F(ActivationCodeScreen, IsEmptyAgainAfterAPersonHasLeft) {
     EXPECT_EQ(outlet<TextField>(*plain, "activationCodeTextField")->text(), "12") << "the single field keeps its text";
 }
 
+TEST_F(ActivationCodeScreen, SaysThatACodeWasRefusedUntilAPersonGoesOn) {
+    const auto screen = shown(CodeTextFieldStyle::boxed);
+    const auto error = outlet(*screen, "codeErrorLabel");
+    EXPECT_TRUE(error->isHidden());
+    screen->resetActivationCodeFields();
+    EXPECT_FALSE(error->isHidden());
+    Keys::press(*screen, "<");
+    EXPECT_FALSE(error->isHidden()) << "nothing was typed";
+    Keys::press(*screen, "1");
+    EXPECT_TRUE(error->isHidden());
+    screen->resetActivationCodeFields();
+    screen->performSegue("scannerSegueID");
+    EXPECT_TRUE(error->isHidden());
+
+    const auto single = shown(CodeTextFieldStyle::single);
+    single->resetActivationCodeFields();
+    EXPECT_FALSE(outlet(*single, "codeErrorLabel")->isHidden());
+    outlet<TextField>(*single, "activationCodeTextField")->touch();
+    Keys::pressAll(*single, "1");
+    EXPECT_TRUE(outlet(*single, "codeErrorLabel")->isHidden());
+}
+
 TEST_F(ActivationCodeScreen, HandsThemeAndItselfToTheScanner) {
     const auto screen = shown(CodeTextFieldStyle::boxed);
     Keys::press(*screen, "1");

@@ -71,9 +71,10 @@ TEST_F(Closing, LeavesAScreenAloneInItsStackWhereItIs) {
     window->setRootViewController(std::make_shared<platform::NavigationController>(screen));
     settle();
     tap(*screen, "closeButton");
-    scanner->initialized(false);
+    std::thread{[this] { scanner->initialized(false); }}.join();
     advance(1s);
     EXPECT_THAT(ears->heard, ElementsAre("CANCELLED_BY_USER", "FACETEC_INITIALIZATION_FAILED after 200 ms"));
+    EXPECT_EQ(ears->thread, std::this_thread::get_id());
 }
 
 TEST_F(Closing, ReleasesTheCodeScreenOnEveryOtherWayOut) {

@@ -281,6 +281,7 @@ TEST_F(DocumentReading, HandsTheSessionsSettingsToTheLibrary) {
     EXPECT_EQ(flow.vizResultScreenConfiguration.vizResultDataMode, VIZResultDataMode::none);
     EXPECT_EQ(flow.uiResources, ThemeCustomization::passportScanViewCustomization());
     EXPECT_EQ(flow.uiResources->customBundle, nullptr) << "without a theme";
+    EXPECT_EQ(flow.uiResources->textSize, 21) << "the vendor's own";
 
     const auto theme = makeTheme();
     theme->allowNFCSkipReadingAfterAttempts = 7;
@@ -303,17 +304,6 @@ TEST_F(DocumentReading, IsNotHeldByTheLibraryAndHearsNothingWhenGone) {
     readChip();
     EXPECT_THAT(network->requests, IsEmpty());
     EXPECT_THAT(ears->heard, IsEmpty());
-}
-
-TEST_F(DocumentReading, KeepsWhatWasReadOutOfTheLog) {
-    KivoSDK::setLogLevel(LogLevel::debug);
-    testing::internal::CaptureStdout();
-    reading({});
-    const VIZResult page{.mrzData = {.mrz = {.lines = {"P<SECRET"}}}};
-    reader->fail(FailureReason::userCancelled, &page);
-    const auto log = testing::internal::GetCapturedStdout();
-    EXPECT_THAT(log, testing::AllOf(HasSubstr("MRZ: 1 lines"), testing::Not(HasSubstr("SECRET")),
-                                    HasSubstr("Proceeding with Allowed Documents [passport]")));
 }
 
 } // namespace

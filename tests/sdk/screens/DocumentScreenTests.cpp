@@ -1,7 +1,5 @@
 #include "support/VendorScreens.hpp"
 
-#include <kivo/ReadIDUIResourcesWrapper.hpp>
-
 namespace kivo {
 namespace {
 
@@ -34,6 +32,8 @@ TEST_F(DocumentScreen, ShowsTheChoiceWhileADocumentIsListedAndStillToBeRead) {
             EXPECT_EQ(outlet(*screen, name)->isHidden(), row.isHidden) << name;
         }
         EXPECT_TRUE(outlet(*screen, "otherCardContainerView")->isHidden());
+        EXPECT_EQ(outlet(*screen, "stepDoneView")->isHidden(), row.state != docAuthSuccess);
+        EXPECT_EQ(outlet(*screen, "stepIllustration")->isHidden(), row.state == docAuthSuccess);
         EXPECT_EQ(ThemeCustomization::documentListConfigurationStatus(), row.status);
     }
 }
@@ -66,30 +66,6 @@ TEST_F(DocumentScreen, PassesOnWhatTheIDScanScreenSays) {
     delegate->ocrScanDidComplete(std::unexpected{ResponseCode::OCR_SCAN_FAILED});
     EXPECT_EQ(UIStateManager::shared().docAuthState, DocAuthStatus::docAuthFailedOrInitialized);
     EXPECT_THAT(ears->heard, ElementsAre("ID scan OCR_SCAN", "ID scan OCR_SCAN_FAILED"));
-}
-
-TEST(ReadIDResources, AreTheVendorsOneObjectForAllWrappers) {
-    platform::Services services;
-    services.readID = std::make_shared<test::DocumentVendor>();
-    platform::install(services);
-    const auto& shared = ThemeCustomization::passportScanViewCustomization();
-    ReadIDUIResourcesWrapper wrapper;
-    EXPECT_NE(std::dynamic_pointer_cast<test::VendorLooks>(shared), nullptr);
-    EXPECT_EQ(wrapper.textSize(), 21);
-    EXPECT_EQ(wrapper.titleFont(), platform::Font{});
-    wrapper.setCustomStringTableName("Texts");
-    wrapper.setTitleFont(platform::Font::system(30));
-    wrapper.setTextFont(platform::Font::system(11));
-    wrapper.setButtonFont(platform::Font::system(12));
-    wrapper.setIsDynamicTypeEnabled(true);
-    const ReadIDUIResourcesWrapper another;
-    EXPECT_EQ(another.customStringTableName(), "Texts");
-    EXPECT_EQ(another.titleFont().pointSize, 30);
-    EXPECT_EQ(shared->textFont->pointSize, 11);
-    EXPECT_EQ(shared->buttonFont->pointSize, 12);
-    EXPECT_TRUE(shared->isDynamicTypeEnabled);
-    wrapper.setCustomStringTableName("");
-    EXPECT_FALSE(shared->customStringTableName.has_value());
 }
 
 } // namespace

@@ -136,6 +136,7 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
         {final, "completeTitleLabel", 22, {"closeAppInfoLabel", "backToHomeButton"}},
     };
 
+    const std::set<std::string_view> themesButtons{"scanQRCodeButton", "scanManuallyButton", "nextButton"};
     using enum ContentSizeCategory;
 
     const struct {
@@ -165,13 +166,10 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
             SCOPED_TRACE(std::string{row.what} + ", " + texts.front());
             fonts->installed.clear();
             if (row.karbonInstalled) {
-                fonts->installed = {"Karbon-Medium", "Karbon-Regular"};
+                fonts->installed = {"Karbon-Medium", "Karbon-Regular", "Karbon-Bold"};
             }
             window->setPreferredContentSizeCategory(large);
             const auto theme = row.hasTheme ? makeTheme() : nullptr;
-            if (theme) {
-                theme->primaryButtonFont = theme->descriptionInfoFont;
-            }
             const auto screen = show(theme);
             if (!row.follows) {
                 theme->enableDynamicTextSizes = false;
@@ -189,7 +187,8 @@ TEST_F(Look, FollowsTheReadingSizeWithinTheLimitsOfTheTheme) {
                 expectFont(title, "Karbon-Medium", (isThemes ? 32 : titleSizeWithoutTheme) * row.text / 17);
             }
             for (const auto* name : texts) {
-                expectFont(name, "Karbon-Regular", row.text);
+                expectFont(name, row.hasTheme && themesButtons.contains(name) ? "Karbon-Bold" : "Karbon-Regular",
+                           row.text);
             }
             if (const auto box = std::dynamic_pointer_cast<TextStyled>(screen->view()->find("textFieldDigitOne"))) {
                 EXPECT_FALSE(box->adjustsFontForContentSizeCategory()) << "boxes keep their size";

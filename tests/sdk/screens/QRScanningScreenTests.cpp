@@ -62,13 +62,19 @@ TEST_F(QRScanningScreen, StopsAtAGoodCodeAndScansAgainOnTheNextVisit) {
 }
 
 TEST_F(QRScanningScreen, LooksAgainThreeSecondsAfterABadCode) {
-    pushed<QRCodeScannerVC>();
+    const auto screen = pushed<QRCodeScannerVC>();
+    const auto tells = [&] {
+        EXPECT_NE(outlet(*screen, "scanErrorLabel")->isHidden(), outlet(*screen, "scanHintLabel")->isHidden());
+        return !outlet(*screen, "scanErrorLabel")->isHidden();
+    };
     EXPECT_EQ(scanned("no JSON"), "invalid");
     camera->showNothing();
     advance(2999ms);
     EXPECT_FALSE(camera->isOn());
+    EXPECT_TRUE(tells());
     advance(1ms);
     EXPECT_TRUE(camera->isOn());
+    EXPECT_FALSE(tells());
     EXPECT_EQ(scanned(R"({"code":"A"})"), "scanned A");
 }
 

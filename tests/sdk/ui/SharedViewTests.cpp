@@ -27,21 +27,6 @@ using platform::ViewController;
 
 using SharedViews = test::HostScreenFixture;
 
-TEST_F(SharedViews, RoundCornersClipExactlyWhenThereIsARadius) {
-    View view;
-    for (const double radius : {4.0, 0.0, 0.5, -1.0}) {
-        ui::setCornerRadiusExt(view, radius);
-        EXPECT_EQ(ui::cornerRadiusExt(view), radius);
-        EXPECT_EQ(view.layer().masksToBounds, radius > 0);
-    }
-    ui::applyPrimaryButtonStyle(view, Color::black(), 0, 3);
-    EXPECT_TRUE(view.layer().masksToBounds) << "a main button clips whatever its radius";
-    EXPECT_EQ(ui::borderWidthExt(view), 3);
-    EXPECT_EQ(ui::borderColorExt(view), Color::black());
-    ui::setBorderColorExt(view, std::nullopt);
-    EXPECT_EQ(ui::borderColorExt(view), std::nullopt);
-}
-
 TEST_F(SharedViews, FieldsTakePaddingAPlaceholdersColourAndLetterSpace) {
     TextField field;
     EXPECT_EQ(ui::paddingLeftCustom(field), 0);
@@ -59,6 +44,8 @@ TEST_F(SharedViews, FieldsTakePaddingAPlaceholdersColourAndLetterSpace) {
     ui::setPlaceHolderColor(field, Color::white(0.5));
     EXPECT_EQ(ui::placeHolderColor(field), Color::white(0.5));
     EXPECT_EQ(field.placeholder(), "Code");
+    field.setPlaceholder("Name");
+    EXPECT_FALSE(field.attributedPlaceholder()) << "a plain text drops the colour";
 
     EXPECT_EQ(ui::letterSpace(field), 0);
     field.setText("123");

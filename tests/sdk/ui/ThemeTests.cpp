@@ -39,19 +39,6 @@ TEST_F(HostsTheme, TakesTheColoursThatTheHostNames) {
     EXPECT_EQ(theme.screenDescriptionInfoTextColor, Color::white(0.125));
 }
 
-TEST_F(HostsTheme, TakesTheFontsThatAreInstalled) {
-    fonts->installed = {"Karbon-Medium", "Karbon-Regular", "Karbon-Bold"};
-    const ThemeCustomization theme;
-    const Font regular{.name = "Karbon-Regular", .pointSize = 17};
-    const Font bold{.name = "Karbon-Bold", .pointSize = 17};
-    EXPECT_EQ(theme.screenTitleFont, (Font{.name = "Karbon-Medium", .pointSize = 32}));
-    EXPECT_EQ(theme.descriptionInfoFont, regular);
-    EXPECT_EQ(theme.documentOptionsTitleFont, regular);
-    EXPECT_EQ(theme.codeTextFieldFont, regular);
-    EXPECT_EQ(theme.primaryButtonFont, bold);
-    EXPECT_EQ(theme.zorCloseButtonAppearance->closeButtonFont, bold);
-}
-
 TEST_F(HostsTheme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
     const auto button = std::make_shared<Button>();
     button->setTextColor(green);
@@ -70,6 +57,8 @@ TEST_F(HostsTheme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
     EXPECT_EQ(button->image(), nullptr);
     EXPECT_EQ(ui::cornerRadiusExt(*button), 17.5);
 
+    fonts->installed = {"Karbon-Bold"};
+    appearance.closeButtonFont = ZorCloseButtonAppearance{}.closeButtonFont;
     appearance.closeButtonIsHidden = false;
     appearance.closeButtonTitle = "";
     appearance.closeButtonHeight = 20;
@@ -81,6 +70,7 @@ TEST_F(HostsTheme, GivesTheCloseButtonItsLookAndLeavesWhatIsAbsent) {
     appearance.applyAppearanceCloseButton(*button, width, height);
     EXPECT_FALSE(button->isHidden());
     EXPECT_EQ(button->title(), "");
+    EXPECT_EQ(button->font(), (Font{.name = "Karbon-Bold", .pointSize = 17}));
     EXPECT_EQ(height.constant(), 20);
     EXPECT_EQ(ui::cornerRadiusExt(*button), 0);
     EXPECT_FALSE(button->layer().masksToBounds);

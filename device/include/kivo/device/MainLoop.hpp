@@ -10,6 +10,7 @@ namespace kivo::device {
 /// there.
 class KIVO_EXPORT MainLoop {
 public:
+    /// Begins to run `loop` in Qt's event loop. Main thread, after the `QApplication` was made.
     explicit MainLoop(std::shared_ptr<platform::RunLoop> loop = platform::RunLoop::main());
     MainLoop(const MainLoop&) = delete;
     MainLoop& operator=(const MainLoop&) = delete;

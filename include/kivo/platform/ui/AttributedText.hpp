@@ -10,6 +10,7 @@ namespace kivo::platform {
 
 /// A text with attributes for its whole length. The view's own attribute replaces an absent attribute.
 struct AttributedText {
+    /// The text and its colour; without a colour the view's own counts.
     std::string text{};
     std::optional<Color> foregroundColor{};
     /// Extra space between characters, in points.

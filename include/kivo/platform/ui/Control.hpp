@@ -9,13 +9,16 @@
 
 namespace kivo::platform {
 
+/// What a person does with a control.
 enum class ControlEvent { touchUpInside, editingDidBegin, editingChanged, editingDidEnd };
 
 /// A view that a person operates, and that has a text, such as a button or a field.
 class KIVO_EXPORT Control : public TextStyled {
 public:
+    /// Called with the control that a person has used.
     using Action = std::function<void(const std::shared_ptr<View>& sender)>;
 
+    /// Whether a person can use the control; true at first.
     bool isEnabled() const { return isEnabled_; }
 
     void setEnabled(bool enabled);

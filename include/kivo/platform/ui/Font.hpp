@@ -20,6 +20,7 @@ struct Font {
     /// The font of that name; absent when no such font is installed on this machine.
     KIVO_EXPORT static std::optional<Font> named(std::string_view name, double pointSize);
 
+    /// The system's typeface at that size, which does not follow the reading size.
     static Font system(double pointSize) { return {.name = {}, .pointSize = pointSize, .isScaled = false}; }
 
     bool operator==(const Font&) const = default;

@@ -12,6 +12,7 @@ class KIVO_EXPORT Fonts {
 public:
     virtual ~Fonts() = default;
 
+    /// Whether a typeface of that name is installed.
     virtual bool isInstalled(std::string_view name) = 0;
 
     /// The size of `text` in the typeface `name` (empty: the system's own) at `pointSize`, with its lines broken at

@@ -4,31 +4,41 @@ namespace kivo::platform {
 
 /// Lengths are in points throughout: units of the layout, not of the display.
 struct Point {
+    /// The distances from the left and from the top, in points.
     double x = 0;
     double y = 0;
 
     bool operator==(const Point&) const = default;
 };
 
+/// A width and a height, in points.
 struct Size {
+    /// Each is 0 or more.
     double width = 0;
     double height = 0;
 
     bool operator==(const Size&) const = default;
 };
 
+/// A rectangle, in points.
 struct Rect {
+    /// The upper left corner and the size.
     Point origin{};
     Size size{};
 
+    /// The left edge.
     double left() const { return origin.x; }
 
+    /// The upper edge.
     double top() const { return origin.y; }
 
+    /// The right edge.
     double right() const { return origin.x + size.width; }
 
+    /// The lower edge.
     double bottom() const { return origin.y + size.height; }
 
+    /// Whether the point lies inside, or on the left or the upper edge.
     bool contains(Point point) const {
         return point.x >= left() && point.x < right() && point.y >= top() && point.y < bottom();
     }
@@ -38,6 +48,7 @@ struct Rect {
 
 /// Distances from the four edges, inwards.
 struct EdgeInsets {
+    /// The distance from each edge, in points.
     double top = 0;
     double left = 0;
     double bottom = 0;

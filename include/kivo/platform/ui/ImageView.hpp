@@ -10,6 +10,7 @@ class KIVO_EXPORT ImageView : public View {
 public:
     ImageView();
 
+    /// The picture; null for none.
     const std::shared_ptr<const Image>& image() const { return image_; }
 
     void setImage(std::shared_ptr<const Image> image);

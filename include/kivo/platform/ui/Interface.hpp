@@ -18,6 +18,7 @@ namespace kivo::platform {
 /// the scene fail with an error that names them.
 class KIVO_EXPORT Interface {
 public:
+    /// Called with the control that a person has used.
     using Action = std::function<void(const std::shared_ptr<View>& sender)>;
 
     virtual ~Interface() = default;
@@ -31,6 +32,7 @@ public:
         });
     }
 
+    /// Fills `slot` with the constraint of that outlet.
     void outlet(std::string_view name, std::shared_ptr<LayoutConstraint>& slot) { connectConstraint(name, slot); }
 
     /// Fills `slot` like `outlet`, for an outlet that the scene may lack. Without the outlet, `slot` gets a view that
@@ -49,6 +51,7 @@ public:
     virtual void action(std::string_view name, Action action) = 0;
 
 protected:
+    /// What the storyboard's reader does for the functions above.
     virtual bool hasOutlet(std::string_view name) const = 0;
     virtual void connectView(std::string_view name, const std::type_info& wanted,
                              const std::function<bool(const std::shared_ptr<View>&)>& take) = 0;

@@ -17,6 +17,7 @@ inline constexpr std::string_view keyboardWillHide = "keyboardWillHide";
 
 /// The keyboard's frame before and after its movement, in the window's coordinates.
 struct KeyboardFrame {
+    /// Where the keyboard was, and where it will be, on the display; absent for a keyboard that is not shown.
     std::optional<Rect> begin{};
     std::optional<Rect> end{};
 };

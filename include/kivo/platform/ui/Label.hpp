@@ -12,6 +12,7 @@ class KIVO_EXPORT Label : public TextStyled {
 public:
     Label();
 
+    /// The text that the label shows.
     const std::string& text() const { return text_; }
 
     void setText(std::string text);

@@ -9,6 +9,7 @@ namespace kivo::platform {
 
 /// How a view's box is drawn: corners, border, shadow and clipping.
 struct Layer {
+    /// The radius of the corners, and the border; a border without a colour is not drawn.
     double cornerRadius = 0;
     double borderWidth = 0;
     std::optional<Color> borderColor{};

@@ -10,11 +10,13 @@ namespace kivo::platform {
 /// A handle on the width or height of a view's placement, which a storyboard gives to a screen.
 class KIVO_EXPORT LayoutConstraint {
 public:
+    /// The side whose length the constraint sets.
     enum class Attribute { width, height };
 
     /// A constraint of no view.
     LayoutConstraint() = default;
 
+    /// A constraint of that view, which may be gone.
     LayoutConstraint(std::weak_ptr<View> view, Attribute attribute)
         : view_{std::move(view)}
         , attribute_{attribute} {}

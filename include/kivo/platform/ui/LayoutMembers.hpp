@@ -21,6 +21,8 @@ class KIVO_EXPORT LayoutMembers {
 public:
     virtual ~LayoutMembers() = default;
 
+    /// A member of that type, whose number lies between `least` and `most`. `set` is called when the layout has the
+    /// member.
     virtual void flag(std::string_view name, const std::function<void(bool)>& set) = 0;
     virtual void integer(std::string_view name, int least, int most, const std::function<void(int)>& set) = 0;
     virtual void number(std::string_view name, double least, double most, const std::function<void(double)>& set) = 0;
@@ -28,6 +30,7 @@ public:
     virtual void text(std::string_view name, const std::function<void(std::string)>& set) = 0;
     /// A colour that the asset catalogue lacks sets nothing.
     virtual void color(std::string_view name, const std::function<void(Color)>& set) = 0;
+    /// A font by name and size.
     virtual void font(std::string_view name, const std::function<void(Font)>& set) = 0;
     /// One of `words`; `set` receives the word's index.
     virtual void choice(std::string_view name, const std::vector<std::string_view>& words,

@@ -13,8 +13,10 @@ namespace kivo::platform {
 
 /// A button in the navigation bar.
 struct BarButtonItem {
+    /// The button's look; `done` stands out.
     enum class Style { plain, done };
 
+    /// The button's text, or its picture, its look, and the function that a tap calls.
     std::string title{};
     std::shared_ptr<const Image> image{};
     Style style = Style::plain;
@@ -26,6 +28,7 @@ struct BarButtonItem {
 /// The title and the buttons that a screen shows in the navigation bar while it is on top.
 class KIVO_EXPORT NavigationItem {
 public:
+    /// The screen's title.
     const std::string& title() const { return title_; }
 
     void setTitle(std::string title) {
@@ -33,6 +36,7 @@ public:
         tellChange();
     }
 
+    /// The button at the left; absent for none, or for "Back".
     const std::optional<BarButtonItem>& leftBarButtonItem() const { return left_; }
 
     void setLeftBarButtonItem(std::optional<BarButtonItem> item) {
@@ -40,6 +44,7 @@ public:
         tellChange();
     }
 
+    /// The button at the right; absent for none.
     const std::optional<BarButtonItem>& rightBarButtonItem() const { return right_; }
 
     void setRightBarButtonItem(std::optional<BarButtonItem> item) {

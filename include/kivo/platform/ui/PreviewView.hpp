@@ -14,6 +14,7 @@ namespace kivo::platform {
 /// distortion, and is cut off at two sides where it does not fit. Without a session or a picture the view is black.
 class KIVO_EXPORT PreviewView : public View {
 public:
+    /// The session whose pictures the view shows; null for none.
     const std::shared_ptr<CaptureSession>& previewSession() const { return previewSession_; }
 
     void setPreviewSession(std::shared_ptr<CaptureSession> session) { previewSession_ = std::move(session); }

@@ -7,6 +7,7 @@ namespace kivo::platform {
 /// Shows a part of its content, which may be higher than the view.
 class KIVO_EXPORT ScrollView : public View {
 public:
+    /// The size of what can be scrolled, known after the layout.
     Size contentSize() const { return contentSize_; }
 
     /// How far the content is scrolled up.

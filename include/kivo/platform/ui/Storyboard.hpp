@@ -18,6 +18,7 @@ class Bundle;
 /// a tree of views. docs/storyboards.md describes the file.
 class KIVO_EXPORT Storyboard : public std::enable_shared_from_this<Storyboard> {
 public:
+    /// Makes a new object of a class; must not return null.
     using Factory = std::function<std::shared_ptr<ViewController>()>;
     using ViewFactory = std::function<std::shared_ptr<View>()>;
 
@@ -41,6 +42,7 @@ public:
 
 private:
     struct Contents;
+    struct LastOpened;
 
     explicit Storyboard(std::unique_ptr<Contents> contents);
 
@@ -49,12 +51,16 @@ private:
 
 /// Classes of screens and of views by their names.
 struct StoryboardClasses {
+    /// What makes an object of each class.
     std::map<std::string, Storyboard::Factory> screens{};
     std::map<std::string, Storyboard::ViewFactory> views{};
+    /// Finds the bundle with the texts, colours and images for which the host's bundle has none; null without such a
+    /// bundle.
+    std::shared_ptr<Bundle> (*bundle)() = nullptr;
 };
 
-/// The classes that storyboards know without registration, in addition to the view model's own. The library that stands
-/// on the view model defines this function.
+/// The classes and resources that storyboards know without registration, in addition to the view model's own. The
+/// library that stands on the view model defines this function.
 StoryboardClasses libraryClasses();
 
 } // namespace kivo::platform

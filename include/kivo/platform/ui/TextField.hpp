@@ -15,6 +15,7 @@ class TextField;
 
 /// A range of a text, in characters as a person counts them: a flag or a letter with its accents is one character.
 struct TextRange {
+    /// The first character, and the number of characters.
     std::size_t location = 0;
     std::size_t length = 0;
 
@@ -29,10 +30,13 @@ class KIVO_EXPORT TextFieldDelegate {
 public:
     virtual ~TextFieldDelegate() = default;
 
+    /// Whether the field may take the keyboard; true by default.
     virtual bool textFieldShouldBeginEditing(TextField& /*field*/) { return true; }
 
+    /// The field has the keyboard.
     virtual void textFieldDidBeginEditing(TextField& /*field*/) {}
 
+    /// The field has lost the keyboard.
     virtual void textFieldDidEndEditing(TextField& /*field*/) {}
 
     /// Called before a person's change. The delegate may set the field's text itself and return false.
@@ -54,35 +58,43 @@ public:
     /// Replaces the text and drops the attributes. The cursor goes to the end; no event is sent.
     void setText(std::string text);
 
+    /// The text with its colour; absent for a plain text.
     const std::optional<AttributedText>& attributedText() const { return attributedText_; }
 
     /// Replaces the text. An absent text makes the field empty.
     void setAttributedText(std::optional<AttributedText> text);
 
+    /// The text that an empty field shows.
     const std::string& placeholder() const { return placeholder_; }
 
     void setPlaceholder(std::string placeholder);
 
+    /// The same with a colour, which then counts; absent for a plain text.
     const std::optional<AttributedText>& attributedPlaceholder() const { return attributedPlaceholder_; }
 
     void setAttributedPlaceholder(std::optional<AttributedText> placeholder);
 
+    /// The delegate; null for none, or when it is gone. The field holds it weakly.
     std::shared_ptr<TextFieldDelegate> delegate() const { return delegate_.lock(); }
 
     void setDelegate(std::weak_ptr<TextFieldDelegate> delegate) { delegate_ = std::move(delegate); }
 
+    /// The keyboard that the field asks for; the standard one at first.
     KeyboardType keyboardType() const { return keyboardType_; }
 
     void setKeyboardType(KeyboardType type) { keyboardType_ = type; }
 
+    /// Whether the keyboard may correct what a person types.
     bool isAutocorrected() const { return isAutocorrected_; }
 
     void setAutocorrected(bool autocorrected) { isAutocorrected_ = autocorrected; }
 
+    /// The view inside the field, left of the text; null for none.
     const std::shared_ptr<View>& leftView() const { return leftView_; }
 
     void setLeftView(std::shared_ptr<View> view);
 
+    /// The view inside the field, right of the text; null for none.
     const std::shared_ptr<View>& rightView() const { return rightView_; }
 
     void setRightView(std::shared_ptr<View> view);

@@ -6,7 +6,9 @@
 #include <kivo/platform/ui/Font.hpp>
 #include <kivo/platform/ui/Geometry.hpp>
 #include <kivo/platform/ui/Layer.hpp>
+#include <kivo/platform/ui/LayoutDirection.hpp>
 #include <kivo/platform/ui/Placement.hpp>
+#include <kivo/platform/ui/UserInterfaceStyle.hpp>
 
 #include <cstddef>
 #include <functional>
@@ -39,21 +41,25 @@ public:
 
     void setIdentifier(std::string identifier) { identifier_ = std::move(identifier); }
 
+    /// A number of the host's choice, by which it finds the view; 0 at first.
     int tag() const { return tag_; }
 
     void setTag(int tag) { tag_ = tag; }
 
     // The tree.
 
+    /// The views inside this view, the lowest first.
     const std::vector<std::shared_ptr<View>>& subviews() const { return subviews_; }
 
-    std::shared_ptr<View> superview() const { return superview_.lock(); }
+    /// The view around this view; null at the root of a tree.
+    std::shared_ptr<View> superview() const { return superview_ ? superview_->weak_from_this().lock() : nullptr; }
 
     /// Puts `view` on top of the other subviews, and removes it from its former superview.
     void addSubview(const std::shared_ptr<View>& view);
 
     /// Puts `view` below the subviews from `index` on; an index past the end puts it on top.
     void insertSubview(const std::shared_ptr<View>& view, std::size_t index);
+    /// Takes this view out of its superview, which may have held the last reference.
     void removeFromSuperview();
 
     /// The first view with that identifier, depth first, among this view and the views below; null without a match.
@@ -71,10 +77,12 @@ public:
     /// The window at the root of the tree; null while the view is in no window.
     std::shared_ptr<Window> window();
 
+    /// Whether `view` is this view or a view around it.
     bool isDescendantOf(const View& view) const;
 
     // Appearance.
 
+    /// Whether the view and all in it are out of sight; false at first.
     bool isHidden() const { return isHidden_; }
 
     void setHidden(bool hidden);
@@ -87,10 +95,12 @@ public:
     /// covers its screen.
     bool isReachable();
 
+    /// How opaque the view and all in it are, from 0 to 1; 1 at first.
     double alpha() const { return alpha_; }
 
     void setAlpha(double alpha);
 
+    /// The colour behind the view; absent for none.
     const std::optional<Color>& backgroundColor() const { return backgroundColor_; }
 
     void setBackgroundColor(std::optional<Color> color);
@@ -99,6 +109,7 @@ public:
     std::optional<Color> tintColor() const;
     void setTintColor(std::optional<Color> color);
 
+    /// The outline of the view.
     const Layer& layer() const { return layer_; }
 
     /// Changes the layer in place: `view.changeLayer([](Layer& layer) { layer.cornerRadius = 4; })`.
@@ -117,6 +128,7 @@ public:
     /// The frame's size at the view's own origin.
     Rect bounds() const { return {.origin = {}, .size = frame_.size}; }
 
+    /// Where the superview places the view.
     const Placement& placement() const { return placement_; }
 
     void setPlacement(const Placement& placement);
@@ -142,6 +154,7 @@ public:
 
     // Input.
 
+    /// Whether a person's touches reach the view and all in it; true at first.
     bool isUserInteractionEnabled() const { return isUserInteractionEnabled_; }
 
     void setUserInteractionEnabled(bool enabled);
@@ -162,12 +175,15 @@ public:
     /// comes first. Returns whether a view took the tap.
     bool touch();
 
+    /// Whether the view can take the keyboard's input; false by default.
     virtual bool canBecomeFirstResponder() const { return false; }
 
     /// Takes the keyboard's input. A view that is not on screen may take the input too, but not from a view that a
     /// person can reach. Returns whether the view has the input now.
     virtual bool becomeFirstResponder();
+    /// Gives the keyboard's input back. Returns whether the view is without the input now.
     virtual bool resignFirstResponder();
+    /// Whether the view has the keyboard's input.
     bool isFirstResponder() const;
 
     /// Ends the editing of a view in this view's tree. Returns whether no view of the tree has the keyboard now.
@@ -175,10 +191,12 @@ public:
 
     // Reading size.
 
+    /// The smallest reading size for this view and all in it; absent for no limit.
     const std::optional<ContentSizeCategory>& minimumContentSizeCategory() const { return minimumCategory_; }
 
     void setMinimumContentSizeCategory(std::optional<ContentSizeCategory> category);
 
+    /// The largest reading size for this view and all in it; absent for no limit.
     const std::optional<ContentSizeCategory>& maximumContentSizeCategory() const { return maximumCategory_; }
 
     void setMaximumContentSizeCategory(std::optional<ContentSizeCategory> category);
@@ -187,12 +205,32 @@ public:
     /// around.
     ContentSizeCategory contentSizeCategory() const;
 
+    // Light and dark.
+
+    /// The appearance in which the view is drawn: its own or, without one, that of the views around, of which the
+    /// window's is the last.
+    UserInterfaceStyle userInterfaceStyle() const;
+
+    /// Gives the view and all in it an appearance of their own; absent for that of the views around.
+    void overrideUserInterfaceStyle(std::optional<UserInterfaceStyle> style);
+
+    // Left to right, or right to left.
+
+    /// The direction in which the view places its subviews: its own or, without one, that of the views around, of which
+    /// the window's is the last. Left to right outside of a window.
+    LayoutDirection layoutDirection() const;
+
+    /// Gives the view and all in it a direction of their own, as digits and codes need; absent for that of the views
+    /// around.
+    void overrideLayoutDirection(std::optional<LayoutDirection> direction);
+
     // Assistive technology.
 
     /// The text for screen readers; by default the text that the view shows.
     std::string accessibilityLabel() const;
     void setAccessibilityLabel(std::string label);
 
+    /// The role that screen readers tell; none for a plain view.
     virtual AccessibilityRole accessibilityRole() const { return AccessibilityRole::none; }
 
     /// The text that the view shows; empty for views without a text.
@@ -206,7 +244,7 @@ protected:
     virtual bool handleTouch();
 
     /// Gives `subview` its frame inside `area`, by its placement.
-    static void place(View& subview, const Rect& area);
+    void place(View& subview, const Rect& area) const;
 
     /// Gives `subview` its frame inside this view, except the parts under cut-outs and bars.
     void placeInScreen(View& subview) const;
@@ -229,18 +267,28 @@ private:
 
     virtual Window* asWindow() { return nullptr; }
 
+    /// The direction at the root of a tree.
+    virtual LayoutDirection directionOfLanguage() const { return LayoutDirection::leftToRight; }
+
+    /// The window at the root of the tree; null where the root is no window, or is being destroyed.
+    Window* rootWindow();
+
     /// Whether the view takes part in input; a disabled control does not.
     virtual bool isOperable() const { return isUserInteractionEnabled_; }
 
     void setSafeAreaInsets(const EdgeInsets& insets);
     void setContentSizeOverride(std::optional<ContentSizeCategory> category);
     void tellContentSizeCategoryChange();
+    void noteChangeOfTree();
+    void setNeedsLayoutOfTree();
+    double heightLimit() const;
     void layoutTree();
     void tellWindowAboutScreens();
 
     std::string identifier_;
     int tag_ = 0;
-    std::weak_ptr<View> superview_;
+    /// The view whose subview this is; that view resets the pointer when it goes.
+    View* superview_ = nullptr;
     std::vector<std::shared_ptr<View>> subviews_;
     bool isHidden_ = false;
     double alpha_ = 1;
@@ -259,6 +307,8 @@ private:
     std::optional<ContentSizeCategory> minimumCategory_;
     std::optional<ContentSizeCategory> maximumCategory_;
     std::optional<ContentSizeCategory> contentSizeOverride_;
+    std::optional<UserInterfaceStyle> styleOverride_;
+    std::optional<LayoutDirection> directionOverride_;
     std::string accessibilityLabel_;
     /// The screen whose own view this is.
     std::weak_ptr<ViewController> screen_;

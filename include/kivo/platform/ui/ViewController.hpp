@@ -21,6 +21,7 @@ class Window;
 
 /// The way from one screen to another, as the storyboard describes it.
 struct Segue {
+    /// The segue's name, and the two screens.
     std::string identifier;
     std::shared_ptr<ViewController> source;
     std::shared_ptr<ViewController> destination;
@@ -37,6 +38,7 @@ enum class ModalPresentationStyle { automatic, fullScreen };
 /// draws the tree animates at its own pace. A screen that leaves is released, unless the host holds a reference.
 class KIVO_EXPORT ViewController : public std::enable_shared_from_this<ViewController> {
 public:
+    /// A screen without a storyboard.
     ViewController();
     ViewController(const ViewController&) = delete;
     ViewController& operator=(const ViewController&) = delete;
@@ -45,18 +47,24 @@ public:
     /// The screen's view, made on first use; `viewDidLoad` runs then.
     const std::shared_ptr<View>& view();
 
+    /// Whether the view was made already.
     bool isViewLoaded() const { return view_ != nullptr; }
 
     // The life cycle, for subclasses; empty by default.
 
+    /// The view was made, its outlets are connected.
     virtual void viewDidLoad() {}
 
+    /// The screen is about to be seen.
     virtual void viewWillAppear(bool /*animated*/) {}
 
+    /// The screen is seen.
     virtual void viewDidAppear(bool /*animated*/) {}
 
+    /// The screen is about to be covered or to leave.
     virtual void viewWillDisappear(bool /*animated*/) {}
 
+    /// The screen is covered or has left.
     virtual void viewDidDisappear(bool /*animated*/) {}
 
     /// The screen is about to leave its stack or its parent, which `parent()` still returns. Called even while other
@@ -66,7 +74,7 @@ public:
     /// The person has removed this screen from its stack with the navigation bar's "Back".
     virtual void didGoBack() {}
 
-    /// The reading size changed while the view was loaded.
+    /// The reading size or the appearance changed while the view was loaded.
     virtual void traitCollectionDidChange() {}
 
     /// Called between making a segue's destination and showing it.
@@ -79,7 +87,9 @@ public:
 
     /// The navigation controller whose stack holds this screen or a parent of it; null without such a controller.
     std::shared_ptr<NavigationController> navigationController();
+    /// The screen or stack of which this screen is part; null without one.
     std::shared_ptr<ViewController> parent() const;
+    /// The screens that are part of this screen.
     const std::vector<std::shared_ptr<ViewController>>& children() const;
 
     /// The window that this screen belongs to, even while other screens cover it and its view is in no window. Null
@@ -88,6 +98,7 @@ public:
 
     /// Makes `child` part of this screen. The caller adds the child's view.
     void addChild(const std::shared_ptr<ViewController>& child);
+    /// Takes this screen out of its parent. The caller removes the view.
     void removeFromParent();
 
     /// The title and the buttons for the navigation bar.
@@ -107,9 +118,11 @@ public:
     /// in any case.
     void dismissAlone(bool animated, std::function<void()> completion = {});
 
+    /// The screen directly over this one, and the screen that this one covers; null without one.
     std::shared_ptr<ViewController> presentedViewController() const;
     std::shared_ptr<ViewController> presentingViewController() const;
 
+    /// How this screen covers another; `automatic` at first.
     ModalPresentationStyle modalPresentationStyle() const { return modalPresentationStyle_; }
 
     void setModalPresentationStyle(ModalPresentationStyle style) { modalPresentationStyle_ = style; }

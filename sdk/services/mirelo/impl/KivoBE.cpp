@@ -1,5 +1,6 @@
 #include "services/mirelo/impl/KivoBE.hpp"
 
+#include "Configuration/environment/DeploymentInForce.hpp"
 #include "Configuration/logging/Log.hpp"
 #include "Configuration/session/ApplicationInformation.hpp"
 #include "Configuration/session/StoredSession.hpp"
@@ -7,10 +8,8 @@
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/Attempts.hpp"
 #include "NetworkManager/CommunicationSecurityManager.hpp"
-#include "NetworkManager/NetworkManager.hpp"
 #include "platform/base/Process.hpp"
 
-#include <kivo/Deployment.hpp>
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/Text.hpp>
 #include <kivo/platform/Url.hpp>
@@ -28,10 +27,14 @@ struct KivoBE::SessionRequest {
     std::string_view endpoint;
     ResponseCode invalidSession;
     IdvEvents event;
-    json::Value body = json::Object{};
+    json::ObjectText body{};
 };
 
 namespace {
+
+// What the requests need besides the texts of the host, in bytes.
+constexpr std::size_t roomForNames = 128;
+constexpr std::size_t roomForJoin = 1024;
 
 BackendOutcome succeeded(std::string data, IdvEvents event) {
     return std::make_shared<IdvResult>(std::move(data), event);
@@ -60,14 +63,6 @@ std::unexpected<Failure> withoutAttempts() {
     return failed(ResponseCode::RETRY_LIMIT_REACHED, FailureKind::noAttempts, "No attempt remains for an upload.");
 }
 
-json::Object objectOf(const std::vector<std::pair<std::string, std::string>>& texts) {
-    json::Object object;
-    for (const auto& [key, value] : texts) {
-        object.set(key, value);
-    }
-    return object;
-}
-
 } // namespace
 
 KivoBE& KivoBE::shared(InterfaceVersion version) {
@@ -89,7 +84,7 @@ KivoBE::KivoBE(InterfaceVersion version)
 void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<AcquisitionConfig> config,
                   BackendCompletion sessionResponseCompletion) {
     constexpr std::string_view function = "join(forCode:deviceCode:config:sessionResponseCompletion:)";
-    if (rules_.clearsStoredAnswerFirst && !storeJoinAnswer("")) {
+    if (rules_.clearsStoredAnswerFirst && !emptyStoredJoinAnswer()) {
         sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::storage,
                                          "The former session could not be removed from the keychain."));
         return;
@@ -99,7 +94,8 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
         constexpr const char* reason =
             "A join needs an AcquisitionConfig whose ENVIRONMENT is one of the four environments.";
         log::error(function, reason);
-        sessionResponseCompletion(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::configuration, reason));
+        sessionResponseCompletion(
+            withoutJoin({ResponseCode::INVALID_JOIN_SESSION, FailureKind::configuration, reason}));
         return;
     }
     {
@@ -113,7 +109,7 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
     security.setSdkEnvironment(config->ENVIRONMENT);
     if (!security.isNetworkAvailable()) {
         log::debug(function, "**JOIN: Network Unavailable**");
-        sessionResponseCompletion(withoutNetwork());
+        sessionResponseCompletion(withoutJoin(withoutNetwork().error()));
         return;
     }
     {
@@ -123,8 +119,7 @@ void KivoBE::join(std::string forCode, std::string deviceCode, std::shared_ptr<A
     }
     log::info(function, [this] { return description(); });
     NetworkManager::shared().forgetCookies();
-    getJoin(forCode,
-            [this, completion = std::move(sessionResponseCompletion)](JoinDone done) { completion(judgeJoin(done)); });
+    getJoin(std::move(forCode), std::move(sessionResponseCompletion));
 }
 
 BackendOutcome KivoBE::judgeJoin(JoinDone done) const {
@@ -132,7 +127,7 @@ BackendOutcome KivoBE::judgeJoin(JoinDone done) const {
     log::debug(function,
                [&] { return std::string{"Received join response with result "} + (done ? "true" : "false"); });
     if (!done) {
-        return std::unexpected{done.error()};
+        return withoutJoin(std::move(done.error()));
     }
     const auto session = storedSession();
     if (!session) {
@@ -147,7 +142,14 @@ BackendOutcome KivoBE::judgeJoin(JoinDone done) const {
     return succeeded(session->tId, IdvEvents::JOIN_SESSION);
 }
 
-void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinDone done)> completion) {
+BackendOutcome KivoBE::withoutJoin(Failure failure) const {
+    if (rules_.clearsStoredAnswerFirst) {
+        settleStoredJoinAnswer();
+    }
+    return std::unexpected{std::move(failure)};
+}
+
+void KivoBE::getJoin(std::string codeValue, BackendCompletion completion) {
     constexpr std::string_view function = "getJoin(codeValue:completion:)";
     if (rules_.logsClientBeforeJoin) {
         log::debug(function, [this] { return description(); });
@@ -155,31 +157,32 @@ void KivoBE::getJoin(const std::string& codeValue, std::function<void(JoinDone d
     const auto joined = fields();
     log::debug(function, [&] { return "Sending join request for code " + joined.joinCode; });
     log::debug(function, [&] { return "appConfigDictionary: " + log::described(joined.appConfigDictionary); });
-    const auto body = json::Value::object({{RequestKeys::action, "init"},
-                                           {RequestKeys::activationCode, joined.joinCode},
-                                           {RequestKeys::deviceCode, joined.deviceCode},
-                                           {RequestKeys::appInfo, objectOf(Environment::applicationInformation())},
-                                           {RequestKeys::appConfig, objectOf(joined.appConfigDictionary)}});
-    // Both callbacks share the completion; the transport calls exactly one of them.
-    const auto shared = std::make_shared<decltype(completion)>(std::move(completion));
+    json::ObjectText body{roomForJoin};
+    body.add(RequestKeys::action, "init")
+        .add(RequestKeys::activationCode, joined.joinCode)
+        .add(RequestKeys::deviceCode, joined.deviceCode)
+        .add(RequestKeys::appInfo, std::move(json::ObjectText{}.addAll(Environment::applicationInformation())))
+        .add(RequestKeys::appConfig, std::move(json::ObjectText{}.addAll(joined.appConfigDictionary)));
     NetworkManager::shared().sendRequest(
-        Deployment::current().joinPage(joined.environment), body,
-        [shared, codeValue](const platform::Data& answer) {
-            if (!text::isUtf8(answer)) {
-                (*shared)(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::answer,
-                                 "The answer to the join is not UTF-8 text."));
-            } else if (!storeJoinAnswer(answer)) {
-                (*shared)(failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::storage,
-                                 "The answer to the join could not be stored; an error line names the reason."));
-            } else {
-                // A failure to store the code does not fail the join, because the code is never read again.
-                storeActivationCode(codeValue);
-                (*shared)({});
-            }
-        },
-        [shared](const TransportError& error) {
-            (*shared)(std::unexpected{error.failure(ResponseCode::INVALID_JOIN_SESSION)});
+        deploymentInForce()->joinPage(joined.environment), std::move(body),
+        [this, completion = std::move(completion), codeValue = std::move(codeValue)](NetworkManager::Answer answer) {
+            completion(judgeJoin(storeAnswer(std::move(answer), codeValue)));
         });
+}
+
+KivoBE::JoinDone KivoBE::storeAnswer(NetworkManager::Answer answer, std::string_view codeValue) {
+    constexpr auto invalid = ResponseCode::INVALID_JOIN_SESSION;
+    if (!answer) {
+        return std::unexpected{answer.error().failure(invalid)};
+    }
+    if (!text::isUtf8(*answer)) {
+        return failed(invalid, FailureKind::answer, "The answer to the join is not UTF-8 text.");
+    }
+    if (!storeJoinAnswer(*answer, codeValue)) {
+        return failed(invalid, FailureKind::storage,
+                      "The answer to the join could not be stored; an error line names the reason.");
+    }
+    return {};
 }
 
 void KivoBE::update(std::string tid, std::string action, std::string message, BackendCompletion completion) {
@@ -188,10 +191,11 @@ void KivoBE::update(std::string tid, std::string action, std::string message, Ba
           .endpoint = ResponseKeys::updateEndpoint,
           .invalidSession = ResponseCode::INVALID_UPDATE_SESSION,
           .event = IdvEvents::UPDATE_SESSION,
-          .body = json::Value::object({{RequestKeys::action, std::move(action)},
-                                       {RequestKeys::message, std::move(message)},
-                                       {RequestKeys::tid, std::move(tid)}})},
-         completion);
+          .body = std::move(json::ObjectText{}
+                                .add(RequestKeys::action, action)
+                                .add(RequestKeys::message, message)
+                                .add(RequestKeys::tid, tid))},
+         std::move(completion));
 }
 
 void KivoBE::status(BackendCompletion completion) {
@@ -200,7 +204,7 @@ void KivoBE::status(BackendCompletion completion) {
           .endpoint = ResponseKeys::statusEndpoint,
           .invalidSession = ResponseCode::INVALID_STATUS_SESSION,
           .event = IdvEvents::SESSION_STATUS},
-         completion);
+         std::move(completion));
 }
 
 void KivoBE::commit(BackendCompletion completion) {
@@ -209,10 +213,10 @@ void KivoBE::commit(BackendCompletion completion) {
           .endpoint = ResponseKeys::resumeEndpoint,
           .invalidSession = ResponseCode::INVALID_COMMIT_SESSION,
           .event = IdvEvents::COMMIT_SESSION},
-         completion);
+         std::move(completion));
 }
 
-void KivoBE::send(const SessionRequest& request, const BackendCompletion& completion) const {
+void KivoBE::send(SessionRequest request, BackendCompletion completion) const {
     const auto session = storedSession();
     if (!session) {
         completion(withoutSession(request.invalidSession));
@@ -223,15 +227,16 @@ void KivoBE::send(const SessionRequest& request, const BackendCompletion& comple
         completion(withoutNetwork());
         return;
     }
-    NetworkManager::shared().sendRequest(
-        settingIn(session->idpConfig, request.endpoint), request.body,
-        [completion, tid = session->tId, event = request.event](const platform::Data& answer) {
-            const auto refusal = ErrorManager::refusalIn(answer);
-            completion(refusal ? refused(*refusal) : succeeded(tid, event));
-        },
-        [completion, code = request.invalidSession](const TransportError& error) {
-            completion(std::unexpected{error.failure(code)});
-        });
+    NetworkManager::shared().sendRequest(settingIn(session->idpConfig, request.endpoint), std::move(request.body),
+                                         [completion = std::move(completion), session, event = request.event,
+                                          code = request.invalidSession](const NetworkManager::Answer& answer) {
+                                             if (!answer) {
+                                                 completion(std::unexpected{answer.error().failure(code)});
+                                                 return;
+                                             }
+                                             const auto refusal = ErrorManager::refusalIn(*answer);
+                                             completion(refusal ? refused(*refusal) : succeeded(session->tId, event));
+                                         });
 }
 
 void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, BackendCompletion completion) {
@@ -254,24 +259,27 @@ void KivoBE::upload(AcquisitionObject acquisitionObject, std::string data, Backe
         completion(withoutAttempts());
         return;
     }
-    json::Object body;
-    body.set(RequestKeys::source, "remote");
-    body.set(RequestKeys::acquisitionObject, rawValue(acquisitionObject));
-    body.set(RequestKeys::data, std::move(data));
-    const auto finish = [function, completion](const BackendOutcome& outcome) {
-        log::debug(function, outcome ? "upload biodata success" : "upload biodata failed");
-        completion(outcome);
-    };
+    json::ObjectText body{data.size() + roomForNames};
+    body.add(RequestKeys::source, "remote")
+        .add(RequestKeys::acquisitionObject, std::int64_t{rawValue(acquisitionObject)})
+        .add(RequestKeys::data, data);
+    platform::wipe(data);
     NetworkManager::shared().sendRequest(
-        url, body,
-        [this, finish](const platform::Data& answer) {
-            const auto refusal = ErrorManager::refusalIn(answer);
-            finish(refusal ? refused(*refusal) : succeeded(fields().joinCode, IdvEvents::UPLOAD_DOCUMENT));
-        },
-        [finish](const TransportError& error) {
-            finish(std::unexpected{error.failure(ResponseCode::BIODATA_UPLOAD_FAILED)});
+        url, std::move(body),
+        [this, function, completion = std::move(completion)](const NetworkManager::Answer& answer) {
+            const auto outcome = judgeUpload(answer);
+            log::debug(function, outcome ? "upload biodata success" : "upload biodata failed");
+            completion(outcome);
         });
     CommunicationSecurityManager::shared().tellRemainingAttempts(*remaining, *session);
+}
+
+BackendOutcome KivoBE::judgeUpload(const NetworkManager::Answer& answer) const {
+    if (!answer) {
+        return std::unexpected{answer.error().failure(ResponseCode::BIODATA_UPLOAD_FAILED)};
+    }
+    const auto refusal = ErrorManager::refusalIn(*answer);
+    return refusal ? refused(*refusal) : succeeded(fields().joinCode, IdvEvents::UPLOAD_DOCUMENT);
 }
 
 void KivoBE::resumeInBrowser() {
@@ -298,7 +306,7 @@ void KivoBE::update(const ServerReportModel& reportModel) {
     if (rules_.reporting == Reporting::logged) {
         log::debug(function, session ? "Reporting to server" : "Could not report to server without session");
     }
-    CommunicationSecurityManager::shared().updateFailureOnServer(reportModel, session ? &*session : nullptr);
+    CommunicationSecurityManager::shared().updateFailureOnServer(reportModel, session.get());
 }
 
 KivoBE::Fields KivoBE::fields() const {

@@ -2,12 +2,12 @@
 
 #include "Models/InterfaceVersion.hpp"
 #include "Models/SessionKeys.hpp"
+#include "NetworkManager/NetworkManager.hpp"
 #include "services/mirelo/MireloProxy.hpp"
 
 #include <kivo/ResponseCode.hpp>
 
 #include <expected>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -48,10 +48,14 @@ private:
 
     Fields fields() const;
     std::string description() const;
-    /// Sends the join of the current fields and stores the answer, still unchecked, and `codeValue` beside the answer.
-    void getJoin(const std::string& codeValue, std::function<void(JoinDone done)> completion);
+    /// Sends the join of the current fields, stores the answer with `codeValue`, and judges it.
+    void getJoin(std::string codeValue, BackendCompletion completion);
+    static JoinDone storeAnswer(NetworkManager::Answer answer, std::string_view codeValue);
     BackendOutcome judgeJoin(JoinDone done) const;
-    void send(const SessionRequest& request, const BackendCompletion& completion) const;
+    /// The outcome of a join that brought no answer; the former session, which the join has emptied, leaves the disk.
+    BackendOutcome withoutJoin(Failure failure) const;
+    void send(SessionRequest request, BackendCompletion completion) const;
+    BackendOutcome judgeUpload(const NetworkManager::Answer& answer) const;
 
     const InterfaceVersion version_;
     const BackendRules rules_;

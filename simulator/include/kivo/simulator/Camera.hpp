@@ -37,6 +37,7 @@ public:
     /// Shows a QR code to the running session and to all that start later, until the camera is shown something else.
     void showCode(std::string_view text) { show(qrCodeFrame(text)); }
 
+    /// Shows a picture of the test's own, likewise.
     void show(platform::VideoFrame frame);
     /// Shows a PNG or JPEG file, through the pipeline of a real camera. A file that cannot be read ends the session
     /// with a diagnostic.
@@ -53,6 +54,7 @@ public:
     /// Whether a session has switched the camera on. The camera stays on when a picture file ends or cannot be read.
     bool isOn() const;
 
+    /// What the SDK asks of a camera.
     std::shared_ptr<platform::CaptureSession> makeSession() override;
     std::shared_ptr<platform::CaptureDevice> defaultVideoDevice() override;
     std::shared_ptr<platform::CaptureInput> makeInput(const std::shared_ptr<platform::CaptureDevice>& device) override;

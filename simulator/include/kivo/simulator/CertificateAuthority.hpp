@@ -23,12 +23,14 @@ enum class CertificateFlaw {
 struct CertificateRequest {
     /// Host names and numeric addresses. The first entry is also the common name.
     std::vector<std::string> names{"localhost", "*.localhost", "127.0.0.1", "::1"};
+    /// The kind of the leaf's key, and the fault that the certificate is to have.
     KeyType keyType = KeyType::rsa2048;
     CertificateFlaw flaw = CertificateFlaw::none;
 };
 
 /// The pins of a certificate. A host that lists either of them pins the server.
 struct CertificatePins {
+    /// The pins as a host lists them, in Base64.
     std::string leaf;
     /// Empty for a self-signed certificate.
     std::string intermediate;

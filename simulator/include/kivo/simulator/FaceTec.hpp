@@ -21,7 +21,9 @@ struct FaceTecMemory;
 /// Everything happens on the main queue.
 class FaceTec final : public platform::FaceTec {
 public:
+    /// What the SDK has handed over at a beginning of the library.
     struct Initialization {
+        /// The mode and the keys, as they came.
         bool isProduction;
         std::string productionKey;
         std::string deviceKeyIdentifier;
@@ -35,12 +37,14 @@ public:
 
     // The vendor's behaviour. A session takes a copy when it is made.
 
+    /// What happens in a face session, and in an ID scan.
     ScanScript faceScan;
     ScanScript idScan;
 
     /// With another number than 0 the initialisation fails, and a session that is begun nevertheless ends at once with
     /// this number.
     int initializationStatus = 0;
+    /// How long a beginning takes.
     std::chrono::milliseconds initializationTime{0};
 
     /// Whether sessions wait for the buttons of their screens: `finishScanButton`, `cancelScanButton`,
@@ -49,12 +53,16 @@ public:
 
     // The records.
 
+    /// Every beginning so far.
     const std::vector<Initialization>& initializations() const { return initializations_; }
 
+    /// The language that was set last.
     const std::string& language() const { return language_; }
 
+    /// The look that was set last; null before.
     const std::shared_ptr<platform::FaceTecCustomization>& customization() const { return customization_; }
 
+    /// The look for the dark that was set last; null before.
     const std::shared_ptr<platform::FaceTecCustomization>& lowLightCustomization() const {
         return lowLightCustomization_;
     }
@@ -73,6 +81,7 @@ public:
 
     // The vendor's operations.
 
+    /// What the SDK asks of the vendor's library.
     void initializeInProductionMode(const std::string& productionKey, const std::string& deviceKeyIdentifier,
                                     const std::string& faceScanEncryptionKey,
                                     std::function<void(bool)> completion) override;

@@ -17,6 +17,7 @@ namespace kivo::simulator {
 /// A way in which the identity service can misbehave.
 class Fault {
 public:
+    /// What an endpoint does; the functions below make one of each.
     enum class Kind {
         delay,
         drop,
@@ -108,19 +109,25 @@ public:
     /// takes another one.
     static Fault anotherScan() { return Fault{Kind::anotherScan}; }
 
+    /// What the endpoint does.
     Kind kind() const { return kind_; }
 
     /// The body, the location or the response code's name.
     const std::string& text() const { return text_; }
 
+    /// The message beside a refusal's code.
     const std::string& message() const { return message_; }
 
+    /// The delay, or the time over which the body is sent.
     std::chrono::milliseconds time() const { return time_; }
 
+    /// The number of bytes of an answer, or in a second.
     std::size_t bytes() const { return bytes_; }
 
+    /// The HTTP status of an answer.
     int httpStatus() const { return httpStatus_; }
 
+    /// The flaw of the certificate that a certificate fault presents.
     CertificateFlaw flaw() const { return flaw_; }
 
     bool operator==(const Fault&) const = default;
@@ -160,6 +167,7 @@ const std::vector<NamedFault>& namedFaults();
 /// connections, which are counted instead.
 class Calls {
 public:
+    /// Every call.
     static Calls all() { return first(std::numeric_limits<int>::max()); }
 
     /// The n-th call only; the next call has the number 1.
@@ -168,6 +176,7 @@ public:
     /// The first `n` calls; none when `n` is 0.
     static Calls first(int n) { return Calls{1, n}; }
 
+    /// Whether a call belongs to these; the first has the number 1.
     bool contains(int call) const { return call >= from_ && call <= to_; }
 
     /// How many calls the fault still meets after `seen` calls; absent without an end.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kivo/simulator/CertificateAuthority.hpp>
+#include <kivo/simulator/CountryAuthority.hpp>
 #include <kivo/simulator/Fault.hpp>
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,6 +30,10 @@ inline constexpr std::array allEndpoints{Endpoint::join,   Endpoint::update,  En
 /// The enumerator's name.
 std::string_view name(Endpoint endpoint);
 
+/// The key for which sessions ask a document reader to encrypt documents: none, 32 bytes that both sides know, or a
+/// certificate with a key of RSA or on a curve.
+enum class DocumentEncryption { none, sharedKey, rsaCertificate, curveCertificate };
+
 /// The set-up of a simulated identity service.
 struct IdentityServiceConfiguration {
     /// The activation codes that may join, any number of times.
@@ -37,6 +43,10 @@ struct IdentityServiceConfiguration {
     /// The attempts that a session allows. Absent: the answer to a join names no limit. Screens then allow any number
     /// of attempts, but the SDK refuses every upload.
     std::optional<int> retryLimit;
+    /// The key of the document proxy. `ReadID` encrypts for the shared key only.
+    DocumentEncryption documentEncryption = DocumentEncryption::sharedKey;
+    /// The states whose documents the document proxy takes; empty for `CountryAuthority{}`.
+    std::vector<std::shared_ptr<const CountryAuthority>> countries{};
     /// Whether sessions offer the list of documents.
     bool documentList = true;
     /// Gives every endpoint a host name of its own (update.localhost), so that a certificate fault meets that endpoint
@@ -44,10 +54,16 @@ struct IdentityServiceConfiguration {
     bool hostPerEndpoint = false;
     /// The key of the server's certificate.
     KeyType keyType = KeyType::rsa2048;
+    /// The port to serve on; 0 for a free one.
+    int port = 0;
+    /// How many requests `requests()` and `violations()` remember; older requests are forgotten. A service that runs
+    /// for days needs a bound.
+    std::size_t mostRequests = std::numeric_limits<std::size_t>::max();
 };
 
 /// A request as it was received, and its answer.
 struct RecordedRequest {
+    /// The endpoint, and the request as it came.
     Endpoint endpoint;
     std::string method;
     std::string path;
@@ -61,10 +77,35 @@ struct RecordedRequest {
     std::optional<std::string> violation;
     /// Requests with the same number came over the same connection.
     std::uint64_t connection = 0;
+    /// The session's name in the path. Of a join the name of the session that it opened, or empty.
+    std::string session{};
+    std::chrono::system_clock::time_point receivedAt{};
+    /// The fault that met the request. Certificate faults meet connections instead.
+    std::optional<Fault> fault{};
+};
+
+/// A request that went to no endpoint and was answered with 404.
+struct StrayRequest {
+    /// The method and the path as they were sent, and when they came.
+    std::string method;
+    std::string path;
+    std::chrono::system_clock::time_point receivedAt;
+};
+
+/// A session that a join has opened.
+struct JoinedSession {
+    /// The name in the addresses of the session, such as "s1".
+    std::string name;
+    /// The transaction identifier.
+    std::string tid;
+    /// The interface version that the device code tells, such as "18".
+    std::string interfaceVersion;
+    std::chrono::system_clock::time_point joinedAt;
 };
 
 /// A fault that later calls meet.
 struct PendingFault {
+    /// The endpoint whose calls meet the fault, and the fault.
     Endpoint endpoint;
     Fault fault;
     /// How many calls the fault still meets; absent when the fault stays until it is cleared.
@@ -79,7 +120,7 @@ struct PendingFault {
 /// may be called from any thread. The process ignores SIGPIPE from the first service on.
 class IdentityService {
 public:
-    /// Starts on a free port. Throws `std::runtime_error` when no port is free: this is a tool for tests.
+    /// Throws `std::runtime_error` when the port, or every port, is taken: this is a tool for tests.
     explicit IdentityService(IdentityServiceConfiguration configuration = {});
     IdentityService(const IdentityService&) = delete;
     IdentityService& operator=(const IdentityService&) = delete;
@@ -96,6 +137,7 @@ public:
     /// expired certificate, and the one for another host, have the same intermediate.
     CertificatePins pins() const;
 
+    /// The port on 127.0.0.1.
     int port() const;
 
     /// Makes an endpoint misbehave. Where several faults meet a call, the last one injected counts.
@@ -104,10 +146,22 @@ public:
     /// to any endpoint. Injecting or clearing a certificate fault closes all open connections, so that the next call
     /// opens a connection.
     void inject(Endpoint endpoint, Fault fault, Calls calls = Calls::all());
+    /// Forgets every fault that is still to come.
     void clearFaults();
+    /// Clears the faults of one endpoint.
+    void clearFaults(Endpoint endpoint);
 
     /// The injected faults that are not used up, in the order of their injection.
     std::vector<PendingFault> pendingFaults() const;
+
+    /// The activation codes that may join.
+    std::vector<std::string> activationCodes() const;
+
+    /// Replaces the activation codes for later joins. Sessions that were joined stay.
+    void setActivationCodes(std::vector<std::string> codes);
+
+    /// The sessions joined so far, in order. The service forgets the oldest of more than 100000.
+    std::vector<JoinedSession> sessions() const;
 
     /// Every request to an endpoint so far, in order. A request is recorded before its answer is sent.
     std::vector<RecordedRequest> requests() const;
@@ -121,6 +175,9 @@ public:
 
     /// Sets the function that is called with every recorded request, on the connection's thread; null for none.
     void onRequest(std::function<void(const RecordedRequest&)> listener);
+
+    /// Sets the function that is called with every request to no endpoint, on the connection's thread; null for none.
+    void onStray(std::function<void(const StrayRequest&)> listener);
 
     /// The number of connections that completed their TLS handshake.
     std::size_t connections() const;

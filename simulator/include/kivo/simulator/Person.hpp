@@ -22,6 +22,7 @@ namespace kivo::simulator {
 /// loop runs its due blocks.
 class Person {
 public:
+    /// Success, or a sentence about why the person could not do it.
     using Outcome = std::expected<void, std::string>;
 
     /// `loop` must be the installed main queue.
@@ -51,6 +52,7 @@ public:
     /// Taps the navigation bar's button with that title or, where a button has no title, with that image.
     Outcome pressBarButton(std::string_view name);
 
+    /// Chooses the reading size in the settings of the device.
     void setReadingSize(platform::ContentSizeCategory category);
 
     /// Whether a visible view of the topmost screen has that text in it.

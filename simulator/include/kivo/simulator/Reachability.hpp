@@ -20,15 +20,19 @@ public:
     /// Makes the named step fail with `errorNumber`; 0 makes the step work again.
     void failCreation(int errorNumber) { creationError_ = errorNumber; }
 
+    /// Likewise for setting a callback.
     void failSetCallback(int errorNumber) { callbackError_ = errorNumber; }
 
+    /// Likewise for setting a queue.
     void failSetDispatchQueue(int errorNumber) { queueError_ = errorNumber; }
 
+    /// Likewise for reading the flags.
     void failGetFlags(int errorNumber) { flagsError_ = errorNumber; }
 
     /// How often a callback has been registered.
     int callbacksSet() const { return callbacksSet_; }
 
+    /// What the SDK asks of a network.
     Ref SCNetworkReachabilityCreateWithName(const std::string& hostname) override;
     Ref SCNetworkReachabilityCreateWithAddress(const platform::SocketAddress& address) override;
     bool SCNetworkReachabilitySetCallback(const Ref& target, Callback callback, Context context) override;

@@ -14,6 +14,7 @@ namespace kivo::simulator {
 /// The course of one reading of a document.
 class Reading {
 public:
+    /// How a reading ends.
     enum class Kind { pageAndChip, chip, page, unknownSuccess, failure, refusal, byPerson };
 
     /// Reads the data page and the chip, and sends both to the session's document proxy.
@@ -46,12 +47,16 @@ public:
     /// Shows a button for each of the other endings except the refusal, and waits for a person to tap a button.
     static Reading byPerson() { return Reading{Kind::byPerson}; }
 
+    /// How the reading ends.
     Kind kind() const { return kind_; }
 
+    /// Why a failure fails.
     platform::readid::FailureReason reason() const { return reason_; }
 
+    /// Whether a failure comes after the page was read.
     bool pageWasRead() const { return pageWasRead_; }
 
+    /// Why a refusal begins no reading.
     const platform::readid::ReadIDError& error() const { return error_; }
 
 private:
@@ -73,6 +78,7 @@ class ReadID final : public platform::ReadID {
 public:
     /// A reading session that a document proxy gave out.
     struct Session {
+        /// The name of the session at the document proxy.
         std::string id;
         /// Whether the SDK has finished the session.
         bool isFinished = false;
@@ -94,6 +100,7 @@ public:
     /// The flow that the SDK passed for each reading so far.
     const std::vector<platform::readid::NFCWithAccessControlFlow>& flows() const { return flows_; }
 
+    /// The sessions so far, the oldest first.
     std::vector<Session> sessions() const;
 
     /// Drops the records of flows and of finished sessions, for a test that runs for long.

@@ -13,6 +13,7 @@ namespace kivo::simulator {
 /// The vendor's numbers for the endings of a face scan.
 namespace faceScanStatus {
 
+/// The vendor's numbers for the end of a session.
 inline constexpr int completed = 0;
 inline constexpr int unsuccessful = 1;
 inline constexpr int cancelled = 2;
@@ -35,6 +36,7 @@ inline constexpr int sessionExpired = 18;
 /// The vendor's numbers for the endings of an ID scan.
 namespace idScanStatus {
 
+/// The vendor's numbers for the end of a scan.
 inline constexpr int completed = 0;
 inline constexpr int unsuccessful = 1;
 inline constexpr int cancelled = 2;
@@ -82,8 +84,10 @@ struct ScanScript {
 
 /// The record of one session.
 struct ScanRecord {
+    /// What was scanned.
     enum class Kind { face, idDocument };
 
+    /// What was scanned, and the token with which the SDK began.
     Kind kind;
     std::string sessionToken;
     /// The status of each result that the processor got.

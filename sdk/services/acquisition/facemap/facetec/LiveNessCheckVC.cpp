@@ -24,6 +24,8 @@ void LiveNessCheckVC::connect(platform::Interface& interface) {
     interface.outlet("titleInfoLabel", titleInfoLabel_);
     interface.outlet("processDescriptionLabel", processDescriptionLabel_);
     interface.outlet("nextButton", nextButton_);
+    interface.optionalOutlet("stepIllustration", stepIllustration_);
+    interface.optionalOutlet("stepDoneView", stepDoneView_);
     interface.outlet("closeButton", closeButton_.button);
     interface.outlet("closeButtonWidth", closeButton_.width);
     interface.outlet("closeButtonHeight", closeButton_.height);
@@ -88,6 +90,8 @@ void LiveNessCheckVC::showStateOfFaceStep() {
     const bool isOpen = UIStateManager::shared().faceAuthState == FaceAuthStatus::faceAuthFailedOrInitialized;
     nextButton_->setEnabled(isOpen);
     setContentHidden(!isOpen);
+    stepIllustration_->setHidden(!isOpen);
+    stepDoneView_->setHidden(isOpen);
 }
 
 void LiveNessCheckVC::setContentHidden(bool hidden) {

@@ -61,6 +61,8 @@ private:
     std::shared_ptr<platform::Label> titleInfoLabel_;
     std::shared_ptr<platform::Label> processDescriptionLabel_;
     std::shared_ptr<platform::Button> nextButton_;
+    std::shared_ptr<platform::View> stepIllustration_;
+    std::shared_ptr<platform::View> stepDoneView_;
     ui::CloseButton closeButton_;
 
     /// Held only until the scan has been reported: a result may have many megabytes.

@@ -171,7 +171,7 @@ void EnrollmentProcessor::processSessionWhileFaceTecSDKWaits(std::shared_ptr<Fac
             .cancel = [callback] { callback->onFaceScanResultCancel(); },
             .uploadProgress = [callback](float fraction) { callback->onFaceScanUploadProgress(fraction); }});
     if (Attempts::shared().shouldApplyRetryLimit()) {
-        countAttempt(storedSession());
+        countAttempt(storedSession().get());
     }
     explainSlowUpload(callback);
 }

@@ -103,7 +103,7 @@ void AuthMenuVC::readingDidEnd(const readid::ReadIDResult& result) {
     } else {
         readingDidFail(result.error());
     }
-    countAttempt(qrCodeResponse_);
+    countAttempt(qrCodeResponse_.get());
 }
 
 void AuthMenuVC::readingDidSucceed(const readid::SuccessValue& value) {

@@ -53,6 +53,8 @@ void AuthMenuVC::connect(platform::Interface& interface) {
     interface.outlet("documentOptionOneImageView", documentOptionOneImageView_);
     interface.outlet("documentOptionTwoImageView", documentOptionTwoImageView_);
     interface.outlet("documentOptionThreeImageView", documentOptionThreeImageView_);
+    interface.optionalOutlet("stepIllustration", stepIllustration_);
+    interface.optionalOutlet("stepDoneView", stepDoneView_);
     interface.outlet("closeButton", closeButton_.button);
     interface.outlet("closeButtonWidth", closeButton_.width);
     interface.outlet("closeButtonHeight", closeButton_.height);
@@ -66,10 +68,10 @@ void AuthMenuVC::connect(platform::Interface& interface) {
 void AuthMenuVC::viewDidLoad() {
     settlement_ = Settlement::with(delegate, &AuthMenuVCDelegate::documentFlowDidComplete);
     qrCodeResponse_ = storedSession();
-    isDocListAvailable_ = ActivationResponse::isDocumentListAvailable(qrCodeResponse_ ? &*qrCodeResponse_ : nullptr);
+    isDocListAvailable_ = ActivationResponse::isDocumentListAvailable(qrCodeResponse_.get());
     applyTheme();
     if (platform::services().readID) {
-        readIdUiFlow_ = makeReadingFlow(qrCodeResponse_ ? &*qrCodeResponse_ : nullptr, themeObj.get());
+        readIdUiFlow_ = makeReadingFlow(qrCodeResponse_.get(), themeObj.get());
     }
     if (!isDocListAvailable_) {
         afterATenthOfASecond(&AuthMenuVC::navigateToVelmoraScreen);
@@ -115,7 +117,10 @@ void AuthMenuVC::viewWillAppear(bool /*animated*/) {
     }
     using enum DocumentListConfigurationStatus;
     ThemeCustomization::setDocumentListConfigurationStatus(isDocListAvailable_ ? available : notAvailable);
-    setOptionsHidden(!isDocListAvailable_ || UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess);
+    const bool isDone = UIStateManager::shared().docAuthState == DocAuthStatus::docAuthSuccess;
+    setOptionsHidden(!isDocListAvailable_ || isDone);
+    stepIllustration_->setHidden(isDone);
+    stepDoneView_->setHidden(!isDone);
     applyDynamicType();
 }
 

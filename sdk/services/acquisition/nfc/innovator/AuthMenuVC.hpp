@@ -81,9 +81,11 @@ private:
     std::shared_ptr<platform::ImageView> documentOptionOneImageView_;
     std::shared_ptr<platform::ImageView> documentOptionTwoImageView_;
     std::shared_ptr<platform::ImageView> documentOptionThreeImageView_;
+    std::shared_ptr<platform::View> stepIllustration_;
+    std::shared_ptr<platform::View> stepDoneView_;
     ui::CloseButton closeButton_;
 
-    std::optional<ActivationResponse> qrCodeResponse_;
+    std::shared_ptr<const ActivationResponse> qrCodeResponse_;
     bool isDocListAvailable_ = false;
     /// Null without a vendor's library.
     std::shared_ptr<platform::readid::NFCWithAccessControlFlow> readIdUiFlow_;

@@ -108,20 +108,16 @@ ResponseCode readingFailureCode(FailureReason reason, bool isDocListAvailable) {
 void sendDocumentReadNotice(const std::string& endpoint, const std::string& sessionId,
                             std::function<void(const NoticeOutcome& outcome)> completion) {
     const auto session = storedSession();
-    const auto body =
-        json::Value::object({{"opaqueId", session ? session->tId : std::string{}}, {"sessionId", sessionId}});
-    // The callback that runs moves the completion away, so that the completion is not destroyed on the transport's
-    // thread.
+    json::ObjectText body;
+    body.add("opaqueId", session ? session->tId : std::string{}).add("sessionId", sessionId);
+    // The callback moves the completion away, so that the completion is not destroyed on the transport's thread.
     const auto held = std::make_shared<decltype(completion)>(std::move(completion));
-    const auto finish = [held](NoticeOutcome outcome) {
-        platform::services().mainQueue->async([run = std::move(*held), outcome = std::move(outcome)] { run(outcome); });
-    };
     // The document screen waits for the answer, so this notice must not queue behind notices without a waiting caller.
-    NetworkManager::shared().sendRequest(
-        endpoint, body, [finish](platform::Data answer) { finish(std::move(answer)); },
-        [finish](const TransportError& error) {
-            finish(std::unexpected{codeOf(error.cause, ResponseCode::SERVER_ERROR)});
-        });
+    NetworkManager::shared().sendRequest(endpoint, std::move(body), [held](NetworkManager::Answer answer) {
+        auto outcome = answer ? NoticeOutcome{std::move(*answer)}
+                              : std::unexpected{codeOf(answer.error().cause, ResponseCode::SERVER_ERROR)};
+        platform::services().mainQueue->async([run = std::move(*held), outcome = std::move(outcome)] { run(outcome); });
+    });
 }
 
 } // namespace kivo

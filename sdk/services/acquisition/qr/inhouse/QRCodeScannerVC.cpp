@@ -110,6 +110,8 @@ void QRScannerView::pauseScanning() {
 
 void QRCodeScannerVC::connect(platform::Interface& interface) {
     interface.outlet("qrCodeScannerView", qrCodeScannerView_);
+    interface.optionalOutlet("scanHintLabel", scanHintLabel_);
+    interface.optionalOutlet("scanErrorLabel", scanErrorLabel_);
     interface.optionalOutlet("scanManuallyButton", scanManuallyButton_);
     interface.optionalOutlet("closeButton", closeButton_.button);
     interface.optionalOutlet("closeButtonWidth", closeButton_.width);
@@ -171,11 +173,18 @@ void QRCodeScannerVC::scanningSucceeded(std::string code) {
     if (listener) {
         listener->invalidQRCodeScanned();
     }
+    setErrorShown(true);
     resumeScanningLater();
+}
+
+void QRCodeScannerVC::setErrorShown(bool shown) {
+    scanErrorLabel_->setHidden(!shown);
+    scanHintLabel_->setHidden(shown);
 }
 
 void QRCodeScannerVC::resumeScanning() {
     if (!qrCodeScannerView_->isScanning() && scannedCodeValue_.empty()) {
+        setErrorShown(false);
         qrCodeScannerView_->resumeScanning();
     }
 }

@@ -89,8 +89,11 @@ private:
     /// Starts the camera, unless the camera runs or a valid code has been read.
     void resumeScanning();
     void resumeScanningLater();
+    void setErrorShown(bool shown);
 
     std::shared_ptr<QRScannerView> qrCodeScannerView_;
+    std::shared_ptr<platform::Label> scanHintLabel_;
+    std::shared_ptr<platform::Label> scanErrorLabel_;
     std::shared_ptr<platform::Button> scanManuallyButton_;
     ui::CloseButton closeButton_;
     /// The last valid code; empty before. While a code is set, the camera does not start again by itself.

@@ -21,6 +21,7 @@ void QRCodeVC::connect(platform::Interface& interface) {
     interface.optionalOutlet("activationCodeTitleLabel", activationCodeTitleLabel_);
     interface.optionalOutlet("orTitleLabel", orTitleLabel_);
     interface.optionalOutlet("getStartedTitleLabel", getStartedTitleLabel_);
+    interface.optionalOutlet("codeErrorLabel", codeErrorLabel_);
     interface.optionalOutlet("scanQRCodeButton", scanQRCodeButton_);
     interface.optionalOutlet("closeButton", closeButton_.button);
     interface.optionalOutlet("closeButtonWidth", closeButton_.width);
@@ -35,6 +36,9 @@ void QRCodeVC::connect(platform::Interface& interface) {
     interface.action("textTextDidChange", [this](const std::shared_ptr<View>& sender) {
         const auto box = std::dynamic_pointer_cast<platform::TextField>(sender);
         if (boxes_ && box) {
+            if (!box->text().empty()) {
+                codeErrorLabel_->setHidden(true);
+            }
             boxes_->textDidChange(*box);
         }
     });
@@ -89,6 +93,7 @@ void QRCodeVC::viewDidDisappear(bool /*animated*/) {
     if (boxes_) {
         boxes_->clear();
     }
+    codeErrorLabel_->setHidden(true);
 }
 
 void QRCodeVC::traitCollectionDidChange() {
@@ -130,6 +135,7 @@ void QRCodeVC::applyDynamicType() {
 }
 
 void QRCodeVC::editingchangeInTextField() {
+    codeErrorLabel_->setHidden(true);
     if (isCompleteActivationCode(activationCodeTextField_->text())) {
         activationCodeTextField_->resignFirstResponder();
         activationCodeEntered(activationCodeTextField_->text());
@@ -140,6 +146,7 @@ void QRCodeVC::resetActivationCodeFields() {
     if (boxes_) {
         boxes_->reset();
     }
+    codeErrorLabel_->setHidden(false);
 }
 
 void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
@@ -147,6 +154,7 @@ void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
         return;
     }
     resetActivationCodeFields();
+    codeErrorLabel_->setHidden(true);
     if (const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(segue.destination)) {
         scanner->themeObj = themeObj;
         scanner->delegate = std::static_pointer_cast<QRCodeVC>(shared_from_this());

@@ -59,6 +59,7 @@ private:
     std::shared_ptr<platform::Label> activationCodeTitleLabel_;
     std::shared_ptr<platform::Label> orTitleLabel_;
     std::shared_ptr<platform::Label> getStartedTitleLabel_;
+    std::shared_ptr<platform::Label> codeErrorLabel_;
     std::shared_ptr<platform::Button> scanQRCodeButton_;
     ui::CloseButton closeButton_;
     std::shared_ptr<platform::StackView> stackViewBoxedTextfield_;

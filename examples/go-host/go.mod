@@ -1,0 +1,3 @@
+module kivo.example/go-host
+
+go 1.19

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <kivo/Export.hpp>
+
+#include <string>
+#include <string_view>
+
+namespace kivo::platform {
+
+/// The translation of a text of the SDK's own, which is its own key, into the person's language: the host's, else the
+/// SDK's, else the text itself. Any thread.
+KIVO_EXPORT std::string localizedText(std::string_view text);
+
+} // namespace kivo::platform

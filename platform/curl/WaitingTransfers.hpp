@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/curl/CurlTransfer.hpp"
+
+#include <chrono>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace kivo::platform {
+
+/// The transfers for which no exchange is under way, in their order for each server. For one thread.
+///
+/// The time of each function grows with the number of servers, and at most with the logarithm of that of the transfers.
+class WaitingTransfers {
+public:
+    using Transfer = std::shared_ptr<CurlTransfer>;
+    using Time = std::chrono::steady_clock::time_point;
+
+    bool isEmpty() const { return places_.empty(); }
+
+    /// Adds a transfer behind the others to its server.
+    void add(Transfer transfer);
+
+    /// Adds a transfer in front of the others to its server.
+    void addInFront(Transfer transfer);
+
+    /// Takes a transfer out; false when the transfer does not wait.
+    bool remove(const CurlTransfer& transfer);
+
+    /// Takes the first transfer to a server for which `hasRoom(server)` is true, past the transfers that await their
+    /// delegate's verdict. Null when there is none.
+    template <typename HasRoom>
+    Transfer takeNext(const HasRoom& hasRoom) {
+        for (const auto& [server, queue] : queues_) {
+            if (!hasRoom(server)) {
+                continue;
+            }
+            for (const auto& transfer : queue) {
+                if (!transfer->awaitsVerdict()) {
+                    return take(transfer);
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    /// Takes the transfer whose time ends first, if the end is not after `now`. Null otherwise.
+    Transfer takeLate(Time now);
+
+    /// The end of the time of the transfer whose time ends first; the end of all times without transfers.
+    Time firstDeadline() const { return isEmpty() ? Time::max() : places_.begin()->first.first; }
+
+private:
+    using Queue = std::list<Transfer>;
+    using Key = std::pair<Time, const CurlTransfer*>;
+
+    static Key keyOf(const CurlTransfer& transfer) { return {transfer.deadline(), &transfer}; }
+
+    /// `transfer` is an element of a queue.
+    Transfer take(const Transfer& transfer);
+
+    std::map<std::string, Queue> queues_;
+    /// The place of each transfer in its queue.
+    std::map<Key, Queue::iterator> places_;
+};
+
+} // namespace kivo::platform

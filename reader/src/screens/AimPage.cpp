@@ -1,0 +1,100 @@
+#include "screens/AimPage.hpp"
+
+#include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/PreviewView.hpp>
+
+#include <chrono>
+#include <utility>
+
+namespace kivo::reader {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// The time after which the page suggests to type.
+constexpr auto timeToSuggestTyping = 20s;
+constexpr double previewHeight = 240;
+
+constexpr std::string_view usualHint = "Keep the page flat, without a reflection on the lines.";
+constexpr std::string_view darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
+constexpr std::string_view lateHint = "Nothing could be read yet. You can also type the values by hand.";
+
+std::shared_ptr<platform::View> outline(const platform::Placement& placement, double thickness) {
+    auto view = std::make_shared<platform::View>();
+    view->setPlacement(placement);
+    view->changeLayer([&](platform::Layer& layer) {
+        layer.cornerRadius = 8;
+        layer.borderWidth = thickness;
+        layer.borderColor = platform::Color::white();
+    });
+    return view;
+}
+
+} // namespace
+
+std::shared_ptr<AimPage> AimPage::open(const Look& look, bool cards, PageCamera::ZoneReaders makeReader,
+                                       Events events) {
+    auto page = std::make_shared<AimPage>(look, cards, std::move(events));
+    page->camera_ = PageCamera::open(std::move(makeReader), [weak = std::weak_ptr{page}](const auto& sight) {
+        if (const auto self = weak.lock()) {
+            self->see(sight);
+        }
+    });
+    page->addPreview(cards);
+    page->hint_ = page->page_.addText("Hint", usualHint);
+    page->hint_->setTextAlignment(platform::TextAlignment::center);
+    page->page_.addButton("Type", "Type the values by hand", [weak = std::weak_ptr{page}] {
+        if (const auto self = weak.lock()) {
+            self->events_.type();
+        }
+    });
+    platform::services().mainQueue->asyncAfter(timeToSuggestTyping, [weak = std::weak_ptr{page}] {
+        if (const auto self = weak.lock()) {
+            self->hasWaited_ = true;
+            self->say(lateHint);
+        }
+    });
+    return page;
+}
+
+AimPage::AimPage(const Look& look, bool cards, Events events)
+    : page_{look, "aim", "Show the page to the camera",
+            cards ? "Hold the side of the card with the lines of letters and arrows into the frame."
+                  : "Hold the page with the photo into the frame, with the two lines at its foot."}
+    , events_{std::move(events)} {}
+
+void AimPage::addPreview(bool cards) {
+    const auto preview = std::make_shared<platform::PreviewView>();
+    preview->setIdentifier("aimPreview");
+    preview->setAccessibilityLabel(page_.look().text("The camera's picture"));
+    preview->setPlacement({.height = previewHeight});
+    preview->changeLayer([](platform::Layer& layer) {
+        layer.cornerRadius = 8;
+        layer.masksToBounds = true;
+    });
+    preview->setPreviewSession(camera_->session());
+    const auto frame = outline({.top = 12, .left = 12, .bottom = 12, .right = 12}, 2);
+    frame->setIdentifier("aimFrame");
+    constexpr double threeLines = 84;
+    constexpr double twoLines = 56;
+    frame->addSubview(outline({.left = 8, .bottom = 8, .right = 8, .height = cards ? threeLines : twoLines}, 1));
+    preview->addSubview(frame);
+    page_.add(preview);
+}
+
+void AimPage::see(const ZoneReader::Sight& sight) {
+    if (sight.zone) {
+        camera_ = nullptr;
+        events_.read(*sight.zone);
+        return;
+    }
+    say(sight.isTooDark ? darkHint : hasWaited_ ? lateHint : usualHint);
+}
+
+void AimPage::say(std::string_view key) {
+    if (auto text = page_.look().text(key); text != hint_->text()) {
+        hint_->setText(std::move(text));
+    }
+}
+
+} // namespace kivo::reader

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "reading/ChipReading.hpp"
+
+#include <kivo/platform/ReadID.hpp>
+
+#include <string_view>
+
+namespace kivo::reader {
+
+/// A failed step, for the host and for the person.
+struct FailedStep {
+    platform::readid::FailureReason reason = platform::readid::FailureReason::other;
+    /// What happened, and what to do; keys of the texts.
+    std::string_view title{};
+    std::string_view sentence{};
+    /// Whether the same step can succeed when it is taken again.
+    bool isWorthRetrying = true;
+    /// Whether other values may open the chip.
+    bool isOfKey = false;
+};
+
+/// Why the chip was not read.
+FailedStep failedStep(ChipFailure failure);
+
+/// Why the document was not sent.
+FailedStep failedSending(platform::readid::FailureReason reason);
+
+/// The document is of a kind that the host does not allow.
+FailedStep wrongDocument();
+
+} // namespace kivo::reader

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "reading/ChipReading.hpp"
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kivo::reader {
+
+/// The values as a person has typed them.
+struct TypedValues {
+    std::string documentNumber{};
+    /// Day, month and year of four digits, in this order or reversed, with any signs between them or none.
+    std::string dateOfBirth{};
+    std::string dateOfExpiry{};
+    std::string cardAccessNumber{};
+};
+
+/// What is wrong with a typed value: the sentence for the person, a key of the texts.
+struct TypingFault {
+    std::string TypedValues::* value = nullptr;
+    std::string_view sentence{};
+};
+
+/// The key to the chip. A card access number is enough by itself, and so are the three values.
+std::expected<AccessKey, TypingFault> keyOf(const TypedValues& typed);
+
+} // namespace kivo::reader

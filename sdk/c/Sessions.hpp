@@ -1,0 +1,20 @@
+#pragma once
+
+#include <kivo/KivoAPI.hpp>
+#include <kivo/c/session.h>
+
+#include <memory>
+#include <string_view>
+
+namespace kivo::c {
+
+/// Whether `openedSession` knows the version.
+bool isVersion(std::string_view version);
+
+/// The handle of an interface version; null for a version that `KivoSDK::load` rejects. Empty stands for the newest.
+kivo_session* openedSession(std::string_view key, std::string_view version);
+
+/// The session behind a pointer of the host. Refuses a pointer that is no session, and never reads through the pointer.
+const std::shared_ptr<KivoAPI>& sessionOf(const kivo_session* handle);
+
+} // namespace kivo::c
