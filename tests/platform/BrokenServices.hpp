@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <list>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -134,12 +135,14 @@ struct AcceptsAll final : UrlSessionDelegate {
 /// A serial queue in name: each block has a thread of its own.
 struct ManyThreads final : DispatchQueue {
     void async(std::function<void()> block) override {
+        const std::scoped_lock lock{mutex};
         threads.emplace_back([act = std::move(block)] {
             std::this_thread::sleep_for(std::chrono::milliseconds{1});
             act();
         });
     }
 
+    std::mutex mutex;
     std::list<std::jthread> threads;
 };
 
