@@ -309,7 +309,7 @@ void FolderBundle::reportOnce(const std::string& problem) const {
 }
 
 std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBundle,
-                                           std::shared_ptr<Diagnostics> diagnostics) {
+                                           std::shared_ptr<Diagnostics> diagnostics, std::string_view language) {
     if (mainBundle.empty()) {
         mainBundle = executableFile() += ".bundle";
         if (mainBundle == ".bundle") {
@@ -324,7 +324,7 @@ std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBund
     if (sdkBundle.empty()) {
         sdkBundle = installedSdkBundle();
     }
-    const auto languages = personLanguages();
+    const auto languages = language.empty() ? personLanguages() : languageFolders(language);
     using enum FolderBundle::Presence;
     const auto main = std::make_shared<FolderBundle>(std::move(mainBundle), optional, languages, diagnostics);
     return std::make_shared<FolderBundles>(
