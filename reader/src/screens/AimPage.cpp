@@ -15,9 +15,9 @@ using namespace std::chrono_literals;
 constexpr auto timeToSuggestTyping = 20s;
 constexpr double previewHeight = 240;
 
-constexpr std::string_view usualHint = "Keep the page flat, without a reflection on the lines.";
-constexpr std::string_view darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
-constexpr std::string_view lateHint = "Nothing could be read yet. You can also type the values by hand.";
+constexpr ScreenText usualHint = "Keep the page flat, without a reflection on the lines.";
+constexpr ScreenText darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
+constexpr ScreenText lateHint = "Nothing could be read yet. You can also type the values by hand.";
 
 std::shared_ptr<platform::View> outline(const platform::Placement& placement, double thickness) {
     auto view = std::make_shared<platform::View>();
@@ -42,8 +42,8 @@ std::shared_ptr<AimPage> AimPage::open(const Look& look, bool cards, PageCamera:
     });
     page->addPreview(cards);
     page->hint_ = page->page_.addText("Hint", usualHint);
-    page->hint_->setTextAlignment(platform::TextAlignment::center);
-    page->page_.addButton("Type", "Type the values by hand", [weak = std::weak_ptr{page}] {
+    look.dressCaption(*page->hint_);
+    page->page_.addButton("Type", "Type the values by hand", Page::Way::other, [weak = std::weak_ptr{page}] {
         if (const auto self = weak.lock()) {
             self->events_.type();
         }
@@ -59,8 +59,8 @@ std::shared_ptr<AimPage> AimPage::open(const Look& look, bool cards, PageCamera:
 
 AimPage::AimPage(const Look& look, bool cards, Events events)
     : page_{look, "aim", "Show the page to the camera",
-            cards ? "Hold the side of the card with the lines of letters and arrows into the frame."
-                  : "Hold the page with the photo into the frame, with the two lines at its foot."}
+            cards ? ScreenText{"Hold the side of the card with the lines of letters and arrows into the frame."}
+                  : ScreenText{"Hold the page with the photo into the frame, with the two lines at its foot."}}
     , events_{std::move(events)} {}
 
 void AimPage::addPreview(bool cards) {
@@ -91,9 +91,9 @@ void AimPage::see(const ZoneReader::Sight& sight) {
     say(sight.isTooDark ? darkHint : hasWaited_ ? lateHint : usualHint);
 }
 
-void AimPage::say(std::string_view key) {
-    if (auto text = page_.look().text(key); text != hint_->text()) {
-        hint_->setText(std::move(text));
+void AimPage::say(ScreenText text) {
+    if (auto shown = page_.look().text(text); shown != hint_->text()) {
+        hint_->setText(std::move(shown));
     }
 }
 
