@@ -60,7 +60,7 @@ TEST_F(ReaderTexts, AreShownInThePersonsLanguage) {
         const char* birth;
         const char* percent;
     } rows[] = {
-        {"de_AT.UTF-8", "Dokumentnummer", "12.08.1974", "25 %"},
+        {"de_AT.UTF-8", "Dokumentnummer", "12.08.1974", "25\u00A0%"},
         {"ja_JP.UTF-8", "書類番号", "1974/08/12", "25%"},
         {"nl_NL.UTF-8", "Document number", "12.08.1974", "25%"},
     };

@@ -19,13 +19,19 @@ constexpr ScreenText usualHint = "Keep the page flat, without a reflection on th
 constexpr ScreenText darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
 constexpr ScreenText lateHint = "Nothing could be read yet. You can also type the values by hand.";
 
-std::shared_ptr<platform::View> outline(const platform::Placement& placement, double thickness) {
+/// The part of the picture around the frame.
+constexpr double around = 14;
+constexpr auto shade = platform::Color::white(0, 0.45);
+/// A blue that is seen on paper and in the dark.
+constexpr platform::Color zoneColor{.red = 0.16, .green = 0.5, .blue = 0.95};
+
+std::shared_ptr<platform::View> outline(const platform::Placement& placement, const platform::Color& color) {
     auto view = std::make_shared<platform::View>();
     view->setPlacement(placement);
     view->changeLayer([&](platform::Layer& layer) {
-        layer.cornerRadius = 8;
-        layer.borderWidth = thickness;
-        layer.borderColor = platform::Color::white();
+        layer.cornerRadius = 6;
+        layer.borderWidth = 2;
+        layer.borderColor = color;
     });
     return view;
 }
@@ -71,13 +77,17 @@ void AimPage::addPreview(bool cards) {
     preview->changeLayer([](platform::Layer& layer) {
         layer.cornerRadius = 8;
         layer.masksToBounds = true;
+        layer.borderWidth = around;
+        layer.borderColor = shade;
     });
     preview->setPreviewSession(camera_->session());
-    const auto frame = outline({.top = 12, .left = 12, .bottom = 12, .right = 12}, 2);
+    const auto frame =
+        outline({.top = around, .left = around, .bottom = around, .right = around}, platform::Color::white());
     frame->setIdentifier("aimFrame");
     constexpr double threeLines = 84;
     constexpr double twoLines = 56;
-    frame->addSubview(outline({.left = 8, .bottom = 8, .right = 8, .height = cards ? threeLines : twoLines}, 1));
+    frame->addSubview(
+        outline({.left = 6, .bottom = 6, .right = 6, .height = cards ? threeLines : twoLines}, zoneColor));
     preview->addSubview(frame);
     page_.add(preview);
 }

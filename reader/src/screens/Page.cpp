@@ -13,6 +13,8 @@ constexpr double cardGap = 12;
 constexpr double readableWidth = 440;
 constexpr double pictureShare = 0.29;
 constexpr double iconSize = 24;
+/// A title is large already, and leaves what is below in sight.
+constexpr auto largestTitle = platform::ContentSizeCategory::accessibilityLarge;
 
 /// What an action does may replace the page, and with it the button that holds the action.
 platform::Control::Action keptWhileRunning(std::function<void()> action) {
@@ -37,6 +39,7 @@ Page::Page(Look look, std::string name, ScreenText title, ScreenText message)
     words->setSpacing(smallGap);
     title_ = label("Title", look_.text(title));
     look_.dressTitle(*title_);
+    title_->setMaximumContentSizeCategory(largestTitle);
     message_ = label("Message", look_.text(message));
     message_->setHidden(message.isEmpty());
     for (const auto& each : {title_, message_}) {

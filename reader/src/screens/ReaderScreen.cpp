@@ -6,14 +6,16 @@ namespace kivo::reader {
 namespace {
 
 constexpr double barHeight = 44;
+/// With the margin inside of a button, the titles stand above the edges of the page.
+constexpr double barMargin = 8;
 
 } // namespace
 
 std::shared_ptr<platform::View> ReaderScreen::loadView() {
     const auto toPageBefore = barButton("readerBack", "Back", &ReaderScreen::back);
-    toPageBefore->setPlacement({.top = 0, .leading = 20, .height = barHeight});
+    toPageBefore->setPlacement({.top = 0, .leading = barMargin, .height = barHeight});
     const auto toHost = barButton("readerClose", "Cancel", &ReaderScreen::close);
-    toHost->setPlacement({.top = 0, .trailing = 20, .height = barHeight});
+    toHost->setPlacement({.top = 0, .trailing = barMargin, .height = barHeight});
     scroll_->setPlacement({.top = barHeight, .left = 0, .bottom = 0, .right = 0});
     auto view = std::make_shared<platform::View>();
     view->setBackgroundColor(look_.colors().background);

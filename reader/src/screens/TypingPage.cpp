@@ -23,7 +23,9 @@ void TypingPage::addFields(bool offersAccessNumber) {
     birth_ = page_.addField("DateOfBirth", "Date of birth (day, month, year)");
     expiry_ = page_.addField("DateOfExpiry", "Date of expiry (day, month, year)");
     if (offersAccessNumber) {
-        page_.look().dressCaption(*page_.addText("Or", "Or, where the face of a card has one, only this number:"));
+        const auto other = page_.addText("Or", "Or, where the face of a card has one, only this number:");
+        page_.look().dressCaption(*other);
+        other->setTextAlignment(platform::TextAlignment::natural);
         accessNumber_ = page_.addField("CardAccessNumber", "Card access number");
         accessNumber_->setKeyboardType(platform::KeyboardType::numberPad);
     }
@@ -31,14 +33,15 @@ void TypingPage::addFields(bool offersAccessNumber) {
         if (field) {
             field->addAction(platform::ControlEvent::editingChanged, [weak = weak_from_this()](const auto& /*sender*/) {
                 if (const auto self = weak.lock()) {
+                    self->showFault(nullptr, {});
                     self->events_.touched();
                 }
             });
         }
     }
-    fault_ = page_.addText("Fault", {});
+    fault_ = page_.label("Fault", {});
+    page_.look().dressCaption(*fault_);
     fault_->setTextColor(page_.look().colors().error);
-    fault_->setHidden(true);
     page_.addButton("Continue", "Continue", Page::Way::on, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
             self->submit();
@@ -58,28 +61,34 @@ void TypingPage::submit() {
                             .dateOfBirth = birth_->text(),
                             .dateOfExpiry = expiry_->text(),
                             .cardAccessNumber = accessNumber_ ? accessNumber_->text() : ""});
-    fault_->setHidden(key.has_value());
-    const auto frame = [this](const auto& field, const platform::Color& color) {
-        if (field) {
-            field->changeLayer([&](platform::Layer& layer) { layer.borderColor = color; });
-        }
-    };
-    for (const auto& each : {number_, birth_, expiry_, accessNumber_}) {
-        frame(each, page_.look().colors().border);
-    }
     if (key) {
+        showFault(nullptr, {});
         events_.typed(*key);
         return;
     }
     const auto& [value, sentence] = key.error();
-    fault_->setText(page_.look().text(sentence));
     const auto field = value == &TypedValues::documentNumber ? number_
                        : value == &TypedValues::dateOfBirth  ? birth_
                        : value == &TypedValues::dateOfExpiry ? expiry_
                                                              : accessNumber_;
-    frame(field, page_.look().colors().error);
+    showFault(field, sentence);
     field->becomeFirstResponder();
     fault_->scrollIntoView();
+}
+
+void TypingPage::showFault(const std::shared_ptr<platform::TextField>& field, ScreenText sentence) {
+    const auto& colors = page_.look().colors();
+    for (const auto& each : {number_, birth_, expiry_, accessNumber_}) {
+        if (each) {
+            each->changeLayer(
+                [&](platform::Layer& layer) { layer.borderColor = each == field ? colors.error : colors.border; });
+        }
+    }
+    fault_->setText(page_.look().text(sentence));
+    fault_->removeFromSuperview();
+    if (field) {
+        field->superview()->addSubview(fault_);
+    }
 }
 
 } // namespace kivo::reader

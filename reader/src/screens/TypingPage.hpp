@@ -32,6 +32,8 @@ public:
 private:
     void addFields(bool offersAccessNumber);
     void submit();
+    /// Shows what is wrong below the field; null for nothing wrong.
+    void showFault(const std::shared_ptr<platform::TextField>& field, ScreenText sentence);
 
     Page page_;
     Events events_;
