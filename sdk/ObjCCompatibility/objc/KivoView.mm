@@ -74,6 +74,10 @@ KIVO_FORWARDED(NSString*, identifier, setIdentifier)
 KIVO_FORWARDED(BOOL, isHidden, setHidden)
 KIVO_FORWARDED(KivoColor*, backgroundColor, setBackgroundColor)
 
+- (KivoUserInterfaceStyle)userInterfaceStyle {
+    return static_cast<KivoUserInterfaceStyle>(native(self).userInterfaceStyle());
+}
+
 - (NSArray<KivoView*>*)subviews {
     NSMutableArray* const subviews = [NSMutableArray array];
     for (const auto& subview : native(self).subviews()) {

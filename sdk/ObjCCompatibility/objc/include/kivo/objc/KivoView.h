@@ -24,6 +24,9 @@ __attribute__((visibility("default")))
 /// Nil for a view without a background; nil at first.
 @property (nonatomic, copy, nullable) KivoColor* backgroundColor;
 
+/// The appearance of this view: its window's, unless a view around has an appearance of its own.
+@property (nonatomic, readonly) KivoUserInterfaceStyle userInterfaceStyle;
+
 @property (nonatomic, readonly) NSArray<KivoView*>* subviews;
 /// Moves `view` on top of the other subviews; the view leaves its former superview.
 - (void)addSubview:(KivoView*)view;
