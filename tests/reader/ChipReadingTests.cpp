@@ -1,17 +1,16 @@
 #include "reading/ChipReading.hpp"
 
+#include "reader/OwnCardService.hpp"
 #include "reader/PassportCards.hpp"
 #include "support/TemporaryFolder.hpp"
 #include "verification/TrustAnchors.hpp"
 
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/reader/CardSources.hpp>
-#include <kivo/simulator/CardService.hpp>
 #include <kivo/simulator/VirtualReader.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
 
 namespace kivo::reader {
@@ -299,11 +298,10 @@ TEST(ChipReading, ReadsThroughASocket) {
 }
 
 TEST(ChipReading, ReadsThroughTheCardService) {
-    const auto service = simulator::CardService::start();
+    const auto service = test::startedCardService();
     if (!service) {
         GTEST_SKIP() << service.error();
     }
-    setenv("PCSCLITE_CSOCK_NAME", (*service)->socket().c_str(), 1);
     const auto source = systemCards();
     ASSERT_TRUE(source->isAvailable());
     EXPECT_FALSE(source->readers().empty());
@@ -320,7 +318,7 @@ TEST(ChipReading, ReadsThroughTheCardService) {
 
     Told told{source, order};
     ASSERT_TRUE(told.reaches(ChipProgress::Step::waitingForCard));
-    const simulator::VirtualReader reader{passport, (*service)->readerPort()};
+    const simulator::VirtualReader reader{passport, **service};
     expectWholeDocument(told.outcome(), *passport);
     expectWholeDocument(Told{source, order}.outcome(), *passport);
 

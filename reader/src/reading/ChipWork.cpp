@@ -136,7 +136,7 @@ private:
         if (!atrInfo) {
             return std::unexpected{atrInfo.error()};
         }
-        channel_.capabilities() = capabilitiesWith(channel_.capabilities(), *atrInfo);
+        channel_.learn(*atrInfo);
         if (*cardAccess) {
             document_.files[DocumentFile::cardAccess] = **cardAccess;
             const auto infos = securityInfosIn(**cardAccess);
