@@ -283,7 +283,7 @@ TEST_F(ReaderScreens, NeitherHearNorAskAReadingThatWasGivenUp) {
     EXPECT_TRUE(network->requests.empty());
 }
 
-/// A bundle with the host's words for two texts.
+/// A bundle with the host's words for a text, and with a colour.
 class HostsWords final : public platform::Bundle {
 public:
     std::optional<std::string> bundleIdentifier() const override { return {}; }
@@ -299,6 +299,10 @@ public:
     std::string localizedString(std::string_view key, std::string_view table) const override {
         return key == "Type the values" && table == "Reader" ? "Werte eingeben" : std::string{key};
     }
+
+    std::optional<platform::Color> color(std::string_view name) const override {
+        return name == "Kivo.Background" ? std::optional{platform::Color::white(0.9)} : std::nullopt;
+    }
 };
 
 TEST_F(ReaderScreens, HaveTheHostsWordsAndLooks) {
@@ -312,6 +316,9 @@ TEST_F(ReaderScreens, HaveTheHostsWordsAndLooks) {
     hasEyes = false;
     begin();
     EXPECT_TRUE(sees("Werte eingeben"));
+    EXPECT_TRUE(sees("Continue")) << "the host's table lacks the text";
+    EXPECT_EQ(window_->visibleViewController()->view()->backgroundColor(), platform::Color::white(0.9));
+    EXPECT_TRUE(window_->find<platform::Label>("typeTitle")->textColor().dark) << "the reader's own colour";
     window_->layoutIfNeeded();
     const auto button = window_->find<platform::Button>("typeContinue");
     EXPECT_NEAR(button->bounds().size.height, 61, 0.01);

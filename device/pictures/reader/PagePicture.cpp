@@ -13,8 +13,8 @@ namespace {
 
 constexpr QSize size{1400, 960};
 /// Pixels a millimetre. A page is 125 mm by 88 mm.
-constexpr double scale = 10;
-constexpr QRectF page{75, 40, 125 * scale, 88 * scale};
+constexpr double scale = 9.6;
+constexpr QRectF page{100, 57, 125 * scale, 88 * scale};
 const QColor ink{28, 34, 46};
 
 QString words(std::string_view part) {
@@ -27,14 +27,18 @@ void drawWaves(QPainter& painter) {
     QPainterPath edge;
     edge.addRoundedRect(page, 22, 22);
     painter.setClipPath(edge);
+    painter.setBrush(Qt::NoBrush);
     for (int row = 0; row < 34; ++row) {
         QPainterPath wave;
-        for (double x = page.left(); x <= page.right(); x += 6) {
+        constexpr int steps = 200;
+        for (int i = 0; i <= steps; ++i) {
+            const auto x = page.left() + page.width() * i / steps;
             const auto y = page.top() + row * 27 + 11 * std::sin((x + row * 38) / 72);
-            if (wave.isEmpty()) {
+            if (i == 0) {
                 wave.moveTo(x, y);
+            } else {
+                wave.lineTo(x, y);
             }
-            wave.lineTo(x, y);
         }
         painter.setPen(QPen{row % 2 == 0 ? QColor{96, 140, 176, 70} : QColor{150, 120, 170, 55}, 1.5});
         painter.drawPath(wave);
@@ -81,7 +85,7 @@ void drawFields(QPainter& painter, const std::vector<std::string>& lines) {
         painter.setFont(font);
         painter.setPen(ink);
         painter.drawText(QPointF{page.left() + 430, y + 44}, value);
-        y += 112;
+        y += 108;
     }
 }
 
@@ -126,7 +130,7 @@ platform::VideoFrame pagePicture(const std::vector<std::string>& lines) {
     painter.setPen(QColor{20, 72, 140});
     painter.drawText(QPointF{page.left() + 60, page.top() + 82}, "PASSPORT");
     painter.drawText(QPointF{page.left() + 430, page.top() + 82}, "UTOPIA");
-    drawPortrait(painter, {page.left() + 60, page.top() + 120, 310, 400});
+    drawPortrait(painter, {page.left() + 60, page.top() + 116, 300, 388});
     drawFields(painter, lines);
     drawZone(painter, lines);
     painter.end();

@@ -13,7 +13,11 @@ using namespace std::chrono_literals;
 
 /// The time after which the page suggests to type.
 constexpr auto timeToSuggestTyping = 20s;
-constexpr double previewHeight = 240;
+/// Height to width of a picture in which a page of a passport has its frame.
+constexpr double shapeOfPreview = 0.69;
+/// The part of a passport's page, and of a card, that the zone takes.
+constexpr double zoneOfPage = 0.27;
+constexpr double zoneOfCard = 0.41;
 
 constexpr ScreenText usualHint = "Keep the page flat, without a reflection on the lines.";
 constexpr ScreenText darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
@@ -25,16 +29,47 @@ constexpr auto shade = platform::Color::white(0, 0.45);
 /// A blue that is seen on paper and in the dark.
 constexpr platform::Color zoneColor{.red = 0.16, .green = 0.5, .blue = 0.95};
 
-std::shared_ptr<platform::View> outline(const platform::Placement& placement, const platform::Color& color) {
-    auto view = std::make_shared<platform::View>();
-    view->setPlacement(placement);
-    view->changeLayer([&](platform::Layer& layer) {
+void outline(platform::View& view, const platform::Color& color) {
+    view.changeLayer([&](platform::Layer& layer) {
         layer.cornerRadius = 6;
         layer.borderWidth = 2;
         layer.borderColor = color;
     });
-    return view;
 }
+
+/// The camera's picture, as high as its width asks for.
+class PagePreview final : public platform::PreviewView {
+public:
+    platform::Size sizeThatFits(double widthLimit) override {
+        return {.width = widthLimit, .height = widthLimit * shapeOfPreview};
+    }
+};
+
+/// The frame for the page, with the zone marked at its foot. The zone takes `share` of the page's height.
+class PageFrame final : public platform::View {
+public:
+    explicit PageFrame(double share)
+        : share_{share} {}
+
+    void addZone() {
+        outline(*this, platform::Color::white());
+        outline(*zone_, zoneColor);
+        addSubview(zone_);
+    }
+
+protected:
+    void layoutSubviews() override {
+        constexpr double gap = 6;
+        const auto size = bounds().size;
+        const auto height = size.height * share_;
+        zone_->setFrame({.origin = {.x = gap, .y = size.height - height - gap},
+                         .size = {.width = size.width - 2 * gap, .height = height}});
+    }
+
+private:
+    const double share_;
+    const std::shared_ptr<platform::View> zone_ = std::make_shared<platform::View>();
+};
 
 } // namespace
 
@@ -70,10 +105,9 @@ AimPage::AimPage(const Look& look, bool cards, Events events)
     , events_{std::move(events)} {}
 
 void AimPage::addPreview(bool cards) {
-    const auto preview = std::make_shared<platform::PreviewView>();
+    const auto preview = std::make_shared<PagePreview>();
     preview->setIdentifier("aimPreview");
     preview->setAccessibilityLabel(page_.look().text("The camera's picture"));
-    preview->setPlacement({.height = previewHeight});
     preview->changeLayer([](platform::Layer& layer) {
         layer.cornerRadius = 8;
         layer.masksToBounds = true;
@@ -81,13 +115,10 @@ void AimPage::addPreview(bool cards) {
         layer.borderColor = shade;
     });
     preview->setPreviewSession(camera_->session());
-    const auto frame =
-        outline({.top = around, .left = around, .bottom = around, .right = around}, platform::Color::white());
+    const auto frame = std::make_shared<PageFrame>(cards ? zoneOfCard : zoneOfPage);
     frame->setIdentifier("aimFrame");
-    constexpr double threeLines = 84;
-    constexpr double twoLines = 56;
-    frame->addSubview(
-        outline({.left = 6, .bottom = 6, .right = 6, .height = cards ? threeLines : twoLines}, zoneColor));
+    frame->setPlacement({.top = around, .left = around, .bottom = around, .right = around});
+    frame->addZone();
     preview->addSubview(frame);
     page_.add(preview);
 }

@@ -14,9 +14,9 @@ constexpr double titleToText = 1.65;
 constexpr double captionToText = 0.88;
 
 // Where no bundle has the colour.
-constexpr auto ink = Color::adaptive(Color::black(), Color::white());
-constexpr auto ground = Color::adaptive(Color::white(), Color::black());
-constexpr auto line = Color::adaptive(Color::white(0.4), Color::white(0.6));
+constexpr auto plainInk = Color::adaptive(Color::black(), Color::white());
+constexpr auto plainGround = Color::adaptive(Color::white(), Color::black());
+constexpr auto plainLine = Color::adaptive(Color::white(0.4), Color::white(0.6));
 
 void setFont(platform::TextStyled& view, const platform::Font& font) {
     view.setFont(font);
@@ -47,18 +47,18 @@ Look::Look(std::shared_ptr<const platform::readid::UIResources> resources)
         return found.value_or(last);
     };
     colors_ = std::make_shared<const ScreenColors>(ScreenColors{
-        .background = named("Kivo.Background", ground),
-        .surface = named("Kivo.Surface", ground),
-        .tint = named("Kivo.AccentTint", ground),
-        .text = named("Kivo.black", ink),
-        .title = named("Kivo.HeaderTextColor", ink),
-        .secondaryText = named("Kivo.SecondaryTextColor", ink),
-        .accent = named("Kivo.PrimaryColor", ink),
+        .background = named("Kivo.Background", plainGround),
+        .surface = named("Kivo.Surface", plainGround),
+        .tint = named("Kivo.AccentTint", plainGround),
+        .text = named("Kivo.black", plainInk),
+        .title = named("Kivo.HeaderTextColor", plainInk),
+        .secondaryText = named("Kivo.SecondaryTextColor", plainInk),
+        .accent = named("Kivo.PrimaryColor", plainInk),
         .buttonGround = named("Kivo.Button.BackgroundColor", Color::white(0.25)),
-        .separator = named("Kivo.Separator", line),
-        .border = named("Kivo.TextFieled.BorderColor", line),
-        .error = named("Kivo.ErrorColor", ink),
-        .success = named("Kivo.SuccessColor", ink),
+        .separator = named("Kivo.Separator", plainLine),
+        .border = named("Kivo.TextFieled.BorderColor", plainLine),
+        .error = named("Kivo.ErrorColor", plainInk),
+        .success = named("Kivo.SuccessColor", plainInk),
     });
 }
 
@@ -77,8 +77,8 @@ std::string Look::text(ScreenText text) const {
 
 std::string Look::text(ScreenText text, std::string_view value) const {
     auto shown = this->text(text);
-    if (const auto sign = shown.find('#'); sign != std::string::npos) {
-        shown.replace(sign, 1, value);
+    if (const auto place = shown.find('#'); place != std::string::npos) {
+        shown.replace(place, 1, value);
     }
     return shown;
 }

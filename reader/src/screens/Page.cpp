@@ -188,7 +188,7 @@ void Page::add(const std::shared_ptr<platform::View>& view) {
 }
 
 std::shared_ptr<platform::View> Page::addWheel() {
-    const auto wheel = std::make_shared<platform::ActivityIndicatorView>(platform::ActivityIndicatorView::Style::large);
+    auto wheel = std::make_shared<platform::ActivityIndicatorView>(platform::ActivityIndicatorView::Style::large);
     wheel->setIdentifier(name_ + "Wheel");
     wheel->setAccessibilityLabel(title_->text());
     wheel->setColor(look_.colors().accent);
@@ -196,8 +196,16 @@ std::shared_ptr<platform::View> Page::addWheel() {
     wheel->startAnimating();
     auto row = std::make_shared<platform::View>();
     row->addSubview(wheel);
+    wheel_ = std::move(wheel);
     add(row);
     return row;
+}
+
+void Page::setTitle(ScreenText text) {
+    title_->setText(look_.text(text));
+    if (wheel_) {
+        wheel_->setAccessibilityLabel(title_->text());
+    }
 }
 
 } // namespace kivo::reader

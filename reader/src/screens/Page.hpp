@@ -65,7 +65,7 @@ public:
     /// Adds a view to the content.
     void add(const std::shared_ptr<platform::View>& view);
 
-    void setTitle(ScreenText text) { title_->setText(look_.text(text)); }
+    void setTitle(ScreenText text);
 
     void setMessage(ScreenText text) { message_->setText(look_.text(text)); }
 
@@ -85,6 +85,7 @@ private:
     std::shared_ptr<platform::ImageView> illustration_ = std::make_shared<platform::ImageView>();
     std::shared_ptr<platform::Label> title_;
     std::shared_ptr<platform::Label> message_;
+    std::shared_ptr<platform::View> wheel_;
 };
 
 } // namespace kivo::reader

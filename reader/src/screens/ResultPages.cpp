@@ -105,7 +105,7 @@ private:
 };
 
 /// A sign beside a sentence: proven, refuted, or neither.
-std::shared_ptr<platform::ImageView> sign(const Page& page, Proof proof) {
+std::shared_ptr<platform::ImageView> signOf(const Page& page, Proof proof) {
     const auto& colors = page.look().colors();
     switch (proof) {
     case Proof::proven:
@@ -179,7 +179,7 @@ ChipResultPage::ChipResultPage(const Look& look, const Zone& zone, const Verdict
                                std::function<void()> goOn)
     : page_{look, "chipResult", "The chip was read", {}} {
     addPortrait();
-    page_.addRow(page_.addCard(), sign(page_, verdictOf(verdict)),
+    page_.addRow(page_.addCard(), signOf(page_, verdictOf(verdict)),
                  page_.label("Verdict", look.text(verdictInWords(verdict))));
     if (isFull) {
         const Facts facts{page_};
@@ -191,7 +191,7 @@ ChipResultPage::ChipResultPage(const Look& look, const Zone& zone, const Verdict
             const auto words = proof == Proof::proven    ? each.proven
                                : proof == Proof::refuted ? each.refuted
                                                          : each.notTried;
-            page_.addRow(card, sign(page_, proof), page_.label(each.identifier, look.text(words)));
+            page_.addRow(card, signOf(page_, proof), page_.label(each.identifier, look.text(words)));
         }
     }
     page_.addButton("Continue", "Continue", Page::Way::on, std::move(goOn));

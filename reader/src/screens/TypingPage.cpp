@@ -73,7 +73,7 @@ void TypingPage::submit() {
                                                              : accessNumber_;
     showFault(field, sentence);
     field->becomeFirstResponder();
-    fault_->scrollIntoView();
+    field->superview()->scrollIntoView();
 }
 
 void TypingPage::showFault(const std::shared_ptr<platform::TextField>& field, ScreenText sentence) {
