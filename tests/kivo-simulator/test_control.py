@@ -102,6 +102,13 @@ def test_no_page_of_another_origin_drives_it(simulator):
     # What a form or a script of another page can send without asking first.
     for kind in ["text/plain", "application/x-www-form-urlencoded", "multipart/form-data", "application/jsonx"]:
         simulator.ask("POST", "/codes", '{"code": "1"}', 415, {"Content-Type": kind})
+    form = '--x\r\nContent-Disposition: form-data; name="code"\r\n\r\n1\r\n--x--\r\n'
+    form_type = "multipart/form-data; boundary=x"
+    simulator.ask("POST", "/codes", form, 415, {"Content-Type": form_type})
+    connection = simulator.service()
+    connection.request("POST", "/enrol/join.html", form, {"Content-Type": form_type})
+    connection.getresponse().read()
+    assert form_type in simulator.ask("GET", "/records")["records"][-1]["violation"]
     assert simulator.raw("OPTIONS", "/faults", headers={"Access-Control-Request-Method": "PUT"})[0].status == 405
     answer, _ = simulator.raw("GET", "/")
     assert "default-src 'none'" in answer.getheader("Content-Security-Policy")
