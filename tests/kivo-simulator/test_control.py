@@ -121,6 +121,11 @@ def test_no_page_of_another_origin_drives_it(simulator):
     assert simulator.ask("PUT", "/faults/join", '{"fault":"reset"}', headers=json_type)["pending"]
 
 
+def test_repeats_nothing_for_ranges(simulator):
+    ranged, content = simulator.raw("GET", "/page.js", headers={"Range": "bytes=" + ",".join(["0-"] * 2000)})
+    assert (ranged.status, content) == (200, simulator.raw("GET", "/page.js")[1])
+
+
 def test_bounds_a_body_without_a_length(simulator):
     with socket.create_connection(("127.0.0.1", int(simulator.control.split(":")[1])), timeout=30) as peer:
         peer.sendall(f"POST /codes HTTP/1.1\r\nHost: {simulator.control}\r\nContent-Type: application/json\r\n"
