@@ -137,6 +137,7 @@ TEST(ChipReading, ReadsAllKindsOfDocuments) {
         {"ECDH IM AES-256", pace(integrated, aes256, 17)},
         {"ECDH CAM AES-128", pace(chipAuthentication, aes128, 13)},
         {"ECDH CAM AES-256", pace(chipAuthentication, aes256, 16)},
+        {"ECDH CAM AES-128, no other proof", {.pace = {{chipAuthentication, aes128, 12}}, .chipAuthentication = {}}},
         {"DH GM 3DES", pace(generic, tripleDes, 0)},
         {"DH GM AES-256", pace(generic, aes256, 2)},
         {"DH IM 3DES", pace(integrated, tripleDes, 1)},
@@ -202,12 +203,11 @@ TEST(ChipReading, TellsWhatIsWrongWithADocument) {
         {ChipFault::takenAway(20000), ChipFailure::takenAway},
     };
 
-    for (const bool hasPace : {true, false}) {
+    const std::vector<simulator::PaceOffer> offers[] = {
+        {simulator::PaceOffer{}}, {}, {{.mapping = simulator::PaceMapping::chipAuthentication}}};
+    for (const auto& offer : offers) {
         for (const auto& row : rows) {
-            PassportConfiguration configuration{.fault = row.fault};
-            if (!hasPace) {
-                configuration.pace = {};
-            }
+            PassportConfiguration configuration{.pace = offer, .fault = row.fault};
             const auto passport = std::make_shared<Passport>(configuration);
             const auto outcome =
                 outcomeOf(passport, {.key = keyOf(*passport), .groups = allGroups, .anchors = anchors});
