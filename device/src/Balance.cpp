@@ -16,7 +16,7 @@ namespace kivo::device {
 namespace {
 
 constexpr int mostLines = 4;
-constexpr double gainOfMark = 0.03; // as much as two lines that are 12 parts of 100 too long and too short
+constexpr double gainOfMark = 0.06; // as much as two lines that are 17 parts of 100 too long and too short
 constexpr qsizetype mostKept = 256;
 
 /// A part of the text inside which no line ends.
@@ -34,10 +34,11 @@ bool isJapanese(QChar character) {
     return script == QChar::Script_Hiragana || script == QChar::Script_Katakana || script == QChar::Script_Han;
 }
 
-/// Whether a phrase may end between the two characters. A Japanese phrase ends with a mark or with the hiragana of its
-/// particle or inflection; "お" and "ご" begin a word.
+/// Whether a phrase may end between the two characters. A Japanese phrase ends with a mark, before a bracket, or with
+/// the hiragana of its particle or inflection; "お" and "ご" begin a word.
 bool endsPhrase(QChar before, QChar after) {
-    if ((!isJapanese(before) && !isJapanese(after)) || !before.isLetterOrNumber()) {
+    if ((!isJapanese(before) && !isJapanese(after)) || !before.isLetterOrNumber() ||
+        after.category() == QChar::Punctuation_Open) {
         return true;
     }
     const bool isHonorific = before == QChar{u'お'} || before == QChar{u'ご'};

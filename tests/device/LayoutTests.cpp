@@ -143,6 +143,34 @@ TEST_F(ScreenLayout, IsReadableInTheLightAndInTheDark) {
     }
 }
 
+TEST_F(ScreenLayout, ASimulatedVendorSpeaksThePersonsLanguage) {
+    const struct {
+        const char* language;
+        const char* badge;
+        const char* cancel;
+    } rows[] = {{"C", "Simulated: no camera, no chip", "Cancel"},
+                {"de_AT", "Simuliert: keine Kamera, kein Chip", "Abbrechen"},
+                {"ar", "محاكاة: بلا كاميرا وبلا شريحة", "إلغاء"},
+                {"ja", "シミュレーション：カメラ・ICなし", "キャンセル"}};
+
+    for (const auto& [language, badge, cancel] : rows) {
+        speak(language);
+        simulator::ReadID vendor{simulator::Reading::byPerson()};
+        const auto flow = std::make_shared<readid::NFCWithAccessControlFlow>();
+        flow->baseUrl = "https://proxy.example";
+        ASSERT_TRUE(vendor.identify(navigation, ModalPresentationStyle::automatic, flow, [](const auto&) {}));
+        mainLoop->drain();
+        EXPECT_EQ(window->find<Label>("simulatedBadge")->text(), badge);
+        EXPECT_EQ(window->find<Button>("userCancelled")->title(), cancel);
+        for (int raw = 0; raw <= RawValues<ContentSizeCategory>::last; ++raw) {
+            window->setPreferredContentSizeCategory(static_cast<ContentSizeCategory>(raw));
+            expectNoFaults(language, readable);
+        }
+        navigation->dismiss(/*animated=*/false);
+        mainLoop->drain();
+    }
+}
+
 TEST_F(ScreenLayout, FaultsAreNamed) {
     const Placement above{.top = 0, .left = 0, .width = 200, .height = 40};
     const Placement below{.top = 60, .left = 0, .width = 200, .height = 40};
