@@ -4,6 +4,7 @@
 #include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QRegion>
 #include <utility>
 
 namespace kivo::device {
@@ -139,6 +140,9 @@ void FocusRing::follow(const QRect& place, double cornerRadius) {
     const auto area = place.adjusted(-ringReach, -ringReach, ringReach, ringReach);
     if (area != geometry() || cornerRadius != std::exchange(cornerRadius_, cornerRadius)) {
         setGeometry(area);
+        // A caret that blinks inside the ring draws nothing of the ring anew.
+        const auto depth = 2 * ringReach + 1 + static_cast<int>(cornerRadius * 0.3);
+        setMask(QRegion{rect()} - rect().adjusted(depth, depth, -depth, -depth));
         update();
     }
     setVisible(!place.isEmpty());

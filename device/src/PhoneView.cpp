@@ -177,14 +177,15 @@ void PhoneView::wheelEvent(QWheelEvent* event) {
 void PhoneView::keyPressEvent(QKeyEvent* event) {
     const auto onward = leadsOn(event->key(), state_->window->layoutDirection());
     const bool isOnControl = QApplication::focusWidget() != this;
-    if (event->key() == Qt::Key_Escape && state_->leave()) {
+    const bool isTaken = (event->key() == Qt::Key_Escape && state_->leave()) ||
+                         (onward && isOnControl && state_->controls.moveFocus(*onward)) ||
+                         scrolls(*state_->window, event->key());
+    if (isTaken) {
         synchronize();
-    } else if (onward && isOnControl && state_->controls.moveFocus(*onward)) {
-        event->accept();
-    } else if (scrolls(*state_->window, event->key())) {
-        synchronize();
-    } else if (auto* const edit = isTyping(*event) ? state_->controls.firstEdit() : nullptr;
-               edit != nullptr && !edit->hasFocus()) {
+        return;
+    }
+    auto* const edit = isTyping(*event) ? state_->controls.firstEdit() : nullptr;
+    if (edit != nullptr && !edit->hasFocus()) {
         edit->setFocus(Qt::OtherFocusReason);
         QCoreApplication::sendEvent(edit, event);
     } else {
