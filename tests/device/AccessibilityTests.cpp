@@ -189,6 +189,27 @@ TEST_F(ToldScreen, IsToldInTheOrderOfReadingInEveryState) {
          {},
          {"ProgressBar Please wait a moment., busy"},
          "Please wait a moment."},
+        {"a wait in another language",
+         [&] {
+             speak("de");
+             show("LivenessCheckVCID");
+             window->find("nextButton")->touch();
+         },
+         {},
+         {"ProgressBar Bitte warten Sie einen Moment., busy"},
+         "Gesichtsscan Bitte warten Sie einen Moment."},
+        {"a step that is done",
+         [&] {
+             speak("en");
+             show("LivenessCheckVCID");
+             for (const auto* name : {"titleInfoLabel", "processDescriptionLabel", "nextButton", "closeButton"}) {
+                 window->find(name)->setHidden(true);
+             }
+             window->find("stepDoneView")->setHidden(false);
+         },
+         {"Button Back", "Heading Face scan"},
+         {"Graphic Step 3 of 4", "StaticText This step is done", "StaticText Please wait a moment."},
+         "Face scan This step is done"},
         {"a card scan",
          [&] { show("OCRScanInitializeVC"); },
          {"Button Back", "Heading ID card"},
