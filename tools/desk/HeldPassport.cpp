@@ -75,8 +75,7 @@ std::expected<std::unique_ptr<Card>, CardError> HeldPassport::waitForCard(std::c
     std::unique_lock lock{mutex_};
     // A wait without a reader ends when the reader comes.
     const bool wasConnected = isConnected_;
-    changed_.wait_for(lock, stop, patience,
-                      [&] { return refusal_ || (isConnected_ && (isLaid_ || !wasConnected)); });
+    changed_.wait_for(lock, stop, patience, [&] { return refusal_ || (isConnected_ && (isLaid_ || !wasConnected)); });
     if (refusal_) {
         return std::unexpected{*refusal_};
     }

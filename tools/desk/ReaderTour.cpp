@@ -96,6 +96,11 @@ void ReaderTour::goWell(const Visit& visit) {
     cards_->setConnected(true);
     waitForText("Lay the document on the reader");
     visit("lay");
+    cards_->setRefusal(CardError::noCard);
+    waitForView("failureSkip");
+    visit("skip");
+    cards_->setRefusal(std::nullopt);
+    tap("failureRetry");
     cards_->setLaid(true);
     waitFor([this] { return cards_->isHolding(); }, "the middle of the face");
     // What the reading has told until then.
@@ -180,6 +185,7 @@ void ReaderTour::begin(const std::vector<DocumentType>& allowed) {
     flow->baseUrl = "https://proxy.example";
     flow->instructionsPlayCount = 1;
     flow->shouldOnlyShowInstructionsOnFirstUse = false;
+    flow->allowSkipReadingAfterAttempts = 1;
     isOver_ = false;
     const auto begun = reader_.identify(host_, platform::ModalPresentationStyle::fullScreen, flow,
                                         [this](const auto&) { isOver_ = true; });

@@ -42,7 +42,8 @@ public:
     ReaderTour& operator=(const ReaderTour&) = delete;
     ~ReaderTour();
 
-    /// From the choice to the end, without a fault. Throws `std::runtime_error` where a page does not come.
+    /// From the choice to the end, with a chip that is found at the second attempt. Throws `std::runtime_error` where a
+    /// page does not come.
     void goWell(const Visit& visit);
     /// Typing, and what can go wrong.
     void goWrong(const Visit& visit);

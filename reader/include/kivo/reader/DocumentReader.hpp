@@ -53,7 +53,8 @@ struct DocumentReaderOptions {
 /// The screens speak the person's language where the reader's bundle has it: English, German, French, Spanish, Polish,
 /// Arabic or Japanese. Their English texts are keys, for which the table `UIResources::customStringTableName` goes
 /// before. Colours such as "Kivo.Background" come from `UIResources::customBundle`, else from the host's main bundle,
-/// else from the reader's. Nothing of a document is written to a disk or to a log. A reading in which the person has typed the values ends in `NFCOnly`.
+/// else from the reader's. Nothing of a document is written to a disk or to a log. A reading in which the person has
+/// typed the values ends in `NFCOnly`.
 ///
 /// A failed step shows a page that tells the person what to do; the reading ends with the reason when the person gives
 /// up on that page. `backgroundTimeout` and, before the document is known, `vizCaptureTimeout` end a reading whose
