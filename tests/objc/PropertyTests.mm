@@ -254,6 +254,12 @@ TEST_F(ObjCLooks, ReachViewsAndTheirLayers) {
     button.identifier = @"closeButton";
     [view addSubview:button];
     EXPECT_EQ([view find:@"closeButton"], button);
+    EXPECT_TRUE([button.accessibilityLabel isEqual:@"Leave"]);
+    button.accessibilityLabel = @"Leave the bank";
+    button.accessibilityHint = @"Nothing is kept";
+    button.accessibilityHidden = YES;
+    const platform::Accessibility expected{.label = "Leave the bank", .hint = "Nothing is kept", .isHidden = true};
+    EXPECT_EQ([button nativeView]->accessibility(), expected);
 }
 
 } // namespace

@@ -8,9 +8,6 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <iomanip>
-#include <iterator>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 #include <typeinfo>
@@ -62,7 +59,7 @@ std::shared_ptr<Album> Album::open(const std::filesystem::path& folder) {
 Album::Album(std::unique_ptr<kivo::device::Pictures> pictures, std::filesystem::path folder)
     : pictures_{std::move(pictures)}
     , folder_{std::move(folder)}
-    , contrasts_{folder_ / "contrast.txt"} {}
+    , contrasts_{folder_} {}
 
 void Album::follow(const std::shared_ptr<kivo::platform::Window>& window) {
     window_ = window;
@@ -81,39 +78,10 @@ void Album::take(std::string_view occasion) {
     const auto file = folder_ / asFileName(number + ("-" + name) + "-" + std::string{occasion});
     if (const auto saved = pictures_->save(*window, file.string() + ".png")) {
         ++saved_;
-        tellContrast(*window, file.filename().string());
+        const auto hardlyRead = contrasts_.add(file.filename().string(), pictures_->contrasts(*window));
+        problem_ = problem_.empty() ? hardlyRead : problem_;
     } else if (problem_.empty()) {
         problem_ = saved.error();
-    }
-}
-
-void Album::tellContrast(kivo::platform::Window& window, const std::string& picture) {
-    const kivo::device::TextContrast* worst = nullptr;
-    int judged = 0;
-    const auto found = pictures_->contrasts(window);
-    for (const auto& each : found) {
-        if (each.least == 0) {
-            continue;
-        }
-        ++judged;
-        // By how much a text is above what the text needs.
-        if (worst == nullptr || each.contrast / each.least < worst->contrast / worst->least) {
-            worst = &each;
-        }
-    }
-    contrasts_ << picture << ": " << judged << " texts judged, " << std::ssize(found) - judged
-               << " behind a veil or disabled";
-    if (worst != nullptr) {
-        std::ostringstream detail;
-        detail << std::fixed << std::setprecision(1) << worst->contrast << " of " << worst->least << " (\""
-               << worst->text << "\")";
-        contrasts_ << "; least contrast " << detail.str();
-        if (worst->contrast < worst->least && problem_.empty()) {
-            problem_ = picture + ": a text hardly stands out, with a contrast of " + detail.str();
-        }
-    }
-    if (!(contrasts_ << std::endl) && problem_.empty()) {
-        problem_ = (folder_ / "contrast.txt").string() + " could not be written";
     }
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "contrast/ContrastReport.hpp"
+
 #include <kivo/device/Pictures.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -39,11 +40,9 @@ public:
     void screenDidChange() override;
 
 private:
-    void tellContrast(kivo::platform::Window& window, const std::string& picture);
-
     std::unique_ptr<kivo::device::Pictures> pictures_;
     std::filesystem::path folder_;
-    std::ofstream contrasts_;
+    contrast::Report contrasts_;
     std::weak_ptr<kivo::platform::Window> window_;
     bool isChanged_ = true;
     int number_ = 0;
