@@ -1,9 +1,9 @@
 #include "platform/ui/ViewControllerState.hpp"
-#include "platform/ui/storyboard/Classes.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Control.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -129,9 +129,7 @@ void Window::setUserInterfaceStyle(UserInterfaceStyle style) {
 LayoutDirection Window::directionOfLanguage() const {
     // Every view asks at each layout, and the bundles answer slowly.
     if (!languageDirection_) {
-        const auto language = services().bundles->main()->language();
-        const auto library = language.empty() ? storyboard::libraryBundle() : nullptr;
-        languageDirection_ = layoutDirectionOf(library ? library->language() : language);
+        languageDirection_ = layoutDirectionOf(textLanguage());
     }
     return *languageDirection_;
 }
