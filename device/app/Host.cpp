@@ -186,6 +186,11 @@ void Host::setColors(const HostColors& colors) {
     navigation_->navigationBar()->setTintColor(colors.tint);
 }
 
+void Host::returnToStart() {
+    navigation_->dismiss(/*animated=*/false);
+    navigation_->popToViewController(home_, /*animated=*/false);
+}
+
 IdvCompletion Host::onMain(Step then) {
     return [weak = weak_from_this(), then = std::move(then)](const IdvOutcome& outcome) {
         platform::services().mainQueue->async([weak, then, outcome] {
@@ -260,6 +265,9 @@ void Host::showClosingScreen() {
     const auto storyboard = platform::Storyboard::open("ZORFramework", platform::services().bundles->main());
     const auto screen = storyboard ? (*storyboard)->instantiate("FinalStatusVC") : std::unexpected{storyboard.error()};
     if (screen) {
+        if (const auto closing = std::dynamic_pointer_cast<FinalStatusVC>(*screen)) {
+            closing->themeObj = session_->sdkTheme();
+        }
         navigation_->present(*screen, /*animated=*/true);
     } else {
         tell("There is no closing screen", screen.error());

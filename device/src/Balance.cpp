@@ -4,6 +4,7 @@
 
 #include <QCache>
 #include <QFontMetricsF>
+#include <QStringView>
 #include <QTextBoundaryFinder>
 #include <cmath>
 #include <cstddef>
@@ -16,7 +17,9 @@ namespace kivo::device {
 namespace {
 
 constexpr int mostLines = 4;
-constexpr double gainOfMark = 0.06; // as much as two lines that are 17 parts of 100 too long and too short
+/// What a mark at the end of a line gains: 0.12 is the cost of two lines that differ from their mean by a quarter.
+constexpr double gainOfSentence = 0.12;
+constexpr double gainOfMark = 0.05;
 constexpr qsizetype mostKept = 256;
 
 /// A part of the text inside which no line ends.
@@ -68,7 +71,8 @@ std::vector<Piece> piecesOf(const QString& text, const QFont& font, bool byPhras
 /// What a line costs that is longer or shorter than the others, less for a line that ends with a mark.
 double costOf(double width, double ideal, QChar last) {
     const auto difference = (width - ideal) / ideal;
-    return difference * difference - (last.isPunct() ? gainOfMark : 0);
+    const bool endsSentence = QStringView{u".!?\u3002\uFF1F\u061F"}.contains(last);
+    return difference * difference - (endsSentence ? gainOfSentence : last.isPunct() ? gainOfMark : 0);
 }
 
 /// The ends of all lines but the last when the pieces stand in that number of lines; absent when they do not fit.

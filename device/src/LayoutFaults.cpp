@@ -1,4 +1,5 @@
 #include "Content.hpp"
+#include "Contrast.hpp"
 #include "Drawing.hpp"
 #include "Text.hpp"
 
@@ -12,7 +13,6 @@
 #include <QColor>
 #include <QTextBoundaryFinder>
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -156,22 +156,13 @@ std::optional<QColor> inkOf(const View& view) {
     return std::nullopt;
 }
 
-/// The relative luminance in the sense of the Web Content Accessibility Guidelines.
-double luminance(const QColor& color) {
-    const auto linear = [](double level) {
-        return level <= 0.04045 ? level / 12.92 : std::pow((level + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
 bool contrasts(const View& view, double leastContrast) {
     const auto ink = inkOf(view);
     if (!ink) {
         return true;
     }
     const auto ground = groundOf(view);
-    const auto [darker, lighter] = std::minmax({luminance(ground), luminance(blended(*ink, ground))});
-    return (lighter + 0.05) / (darker + 0.05) >= leastContrast;
+    return contrastOf(ground, blended(*ink, ground)) >= leastContrast;
 }
 
 const platform::ScrollView* scrollAround(const View& view) {

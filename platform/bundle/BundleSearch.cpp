@@ -97,7 +97,7 @@ std::vector<std::string> personLanguages() {
 } // namespace
 
 std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBundle,
-                                           std::shared_ptr<Diagnostics> diagnostics) {
+                                           std::shared_ptr<Diagnostics> diagnostics, std::string_view language) {
     if (mainBundle.empty()) {
         mainBundle = executableFile() += ".bundle";
         if (mainBundle == ".bundle") {
@@ -112,7 +112,7 @@ std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBund
     if (sdkBundle.empty()) {
         sdkBundle = installedSdkBundle();
     }
-    const auto languages = personLanguages();
+    const auto languages = language.empty() ? personLanguages() : languageFolders(language);
     using enum FolderBundle::Presence;
     const auto main = std::make_shared<FolderBundle>(std::move(mainBundle), optional, languages, diagnostics);
     const auto open = [=](fs::path folder) {

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int width = 1280;
 constexpr int height = 720;
-constexpr int largestModule = 8;
+constexpr int largestModule = 5;
 /// The white margin that a reader needs around the code, in modules.
 constexpr int margin = 4;
 /// The levels of grey of the paper with the code, and of the desk around it.

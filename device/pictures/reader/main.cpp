@@ -1,6 +1,7 @@
 // Makes pictures of the document reader's screens, in the language of LC_ALL. A tool of the project itself, run by
 // ./dev pictures and ./dev check.
 #include "app/Models.hpp"
+#include "contrast/ContrastReport.hpp"
 #include "desk/ReaderTour.hpp"
 #include "pictures/reader/PagePicture.hpp"
 #include "program/CommandLine.hpp"
@@ -50,9 +51,13 @@ void draw(const std::filesystem::path& folder, bool isDark, bool isLarge) {
                           window,
                           simulator::Person{window},
                           [](const auto& condition) { return platform::RunLoop::main()->runUntil(condition, 20s); }};
+    contrast::Report contrasts{folder};
     const auto save = [&](const std::string& page) {
         if (const auto saved = pictures->save(*window, folder / (page + ".png")); !saved) {
             throw std::runtime_error{saved.error()};
+        }
+        if (const auto hardlyRead = contrasts.add(page, pictures->contrasts(*window)); !hardlyRead.empty()) {
+            throw std::runtime_error{hardlyRead};
         }
     };
     tour.goWell(save);
@@ -71,7 +76,7 @@ int main(int argc, char** argv) {
              .arguments = "[options] FOLDER",
              .purpose = "Puts a picture of every page of the document reader's screens into a folder.\n",
              .statuses = {{0, "the pictures are written"},
-                          {1, "a page did not come, or a picture could not be written"},
+                          {1, "a page did not come, a picture could not be written, or a text hardly stands out"},
                           {2, "the command line is wrong"}}}};
         line.flag("--dark", isDark, "the dark appearance");
         line.flag("--large", isLarge, "the largest reading size");
