@@ -72,14 +72,10 @@ private:
         for (auto& [what, transfer] : commands_.list) {
             switch (what) {
             case Command::What::add:
-                transfer->useJar(jar_);
                 take(std::move(transfer));
                 break;
             case Command::What::cancel:
                 finishCancelled(std::move(transfer));
-                break;
-            case Command::What::forgetCookies:
-                jar_ = std::make_shared<const CookieJar>();
                 break;
             }
         }
@@ -214,7 +210,6 @@ private:
     CurlSockets sockets_;
     CURLM* const multi_;
     CurlHandles handles_;
-    std::shared_ptr<const CookieJar> jar_ = std::make_shared<const CookieJar>();
     std::vector<Active> active_;
     WaitingTransfers waiting_;
     Commands commands_;
@@ -249,6 +244,13 @@ CurlEngine::~CurlEngine() {
 }
 
 void CurlEngine::add(std::shared_ptr<CurlTransfer> transfer) {
+    {
+        const std::scoped_lock lock{mutex_};
+        if (!jar_) {
+            jar_ = std::make_shared<const CookieJar>();
+        }
+        transfer->useJar(jar_);
+    }
     order({Command::What::add, std::move(transfer)});
 }
 
@@ -257,7 +259,10 @@ void CurlEngine::cancel(std::shared_ptr<CurlTransfer> transfer) {
 }
 
 void CurlEngine::forgetCookies() {
-    order({Command::What::forgetCookies, nullptr});
+    // Outlives the lock: without transfers that use the jar, the jar is destroyed here.
+    std::shared_ptr<const CookieJar> former;
+    const std::scoped_lock lock{mutex_};
+    std::swap(former, jar_);
 }
 
 void CurlEngine::order(Command command) {

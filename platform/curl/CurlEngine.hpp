@@ -54,7 +54,7 @@ private:
     bool isStopping();
 
     struct Command {
-        enum class What { add, cancel, forgetCookies };
+        enum class What { add, cancel };
 
         What what;
         std::shared_ptr<CurlTransfer> transfer;
@@ -71,6 +71,8 @@ private:
     const int wakeDescriptor_;
     std::mutex mutex_;
     Commands commands_;
+    /// The cookies of the transfers added from now on; null before the first.
+    std::shared_ptr<const CookieJar> jar_;
 };
 
 } // namespace kivo::platform

@@ -74,6 +74,15 @@ TEST_F(SqliteKeychainTest, AValueReadBeforeFollowsEveryChange) {
     EXPECT_EQ(read(*keychain, "one"), "new") << "by another process";
     ASSERT_EQ(keychain->SecItemUpdate(item("one"), value("newer")), errSecSuccess);
     EXPECT_EQ(read(*keychain, "one"), "newer") << "by this one";
+    ASSERT_EQ(other->SecItemUpdate(item("one"), value("theirs")), errSecSuccess);
+    ASSERT_EQ(keychain->SecItemStoreAll(std::array{item("one", "newer")}), errSecSuccess);
+    EXPECT_EQ(read("one"), "newer") << "not taken for the value that is there";
+    ASSERT_EQ(keychain->SecItemStoreAll(std::array{item("two", "ours"), item("one", "both")}), errSecSuccess);
+    EXPECT_EQ(read(*keychain, "one") + read("one") + read("two"), "bothbothours");
+    ASSERT_EQ(other->SecItemUpdate(item("one"), value("theirs")), errSecSuccess);
+    ASSERT_EQ(keychain->SecItemUpdate(item("two"), value("other")), errSecSuccess);
+    EXPECT_EQ(read(*keychain, "one"), "theirs") << "although this one has changed another item since";
+    ASSERT_EQ(keychain->SecItemDelete(item("two")), errSecSuccess);
     EXPECT_EQ(read(*keychain, "two"), std::to_string(errSecItemNotFound)) << "another item";
     ASSERT_EQ(other->SecItemDelete(item("one")), errSecSuccess);
     EXPECT_EQ(read(*keychain, "one"), std::to_string(errSecItemNotFound));

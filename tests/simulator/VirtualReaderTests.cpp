@@ -42,12 +42,22 @@ private:
     test::TestSocket socket_;
 };
 
+// The slot once the card is in it: until the driver has asked in vain, the card service takes a card for the one
+// before.
+Side slotWithCard(const test::TestListener& driver) {
+    Side powered{driver.accept()};
+    powered.tell("01");
+    EXPECT_TRUE(powered.isClosed()) << "not yet asked whether there is a card";
+    EXPECT_EQ(Side{driver.accept()}.ask("04"), "closed");
+    return Side{driver.accept()};
+}
+
 TEST(VirtualReader, SpeaksAsTheDriverDoesAndComesBackWhenTheCardIsLaidDownAgain) {
     test::TestListener driver;
     const auto passport = std::make_shared<Passport>();
     const VirtualReader reader{passport, driver.port()};
     {
-        Side slot{driver.accept()};
+        auto slot = slotWithCard(driver);
         EXPECT_EQ(slot.ask("04"), hex(passport->answerToReset()));
         EXPECT_TRUE(reader.waitForDriver(10s));
         slot.tell("01");
@@ -59,7 +69,7 @@ TEST(VirtualReader, SpeaksAsTheDriverDoesAndComesBackWhenTheCardIsLaidDownAgain)
         EXPECT_TRUE(slot.isClosed());
     }
     passport->layDown();
-    Side slot{driver.accept()};
+    auto slot = slotWithCard(driver);
     EXPECT_EQ(slot.ask("04"), hex(passport->answerToReset()));
 }
 
@@ -69,7 +79,7 @@ TEST(VirtualReader, EndsWhileAChipIsSilent) {
     configuration.fault = ChipFault::silent();
     const auto passport = std::make_shared<Passport>(configuration);
     auto reader = std::make_unique<VirtualReader>(passport, driver.port());
-    Side slot{driver.accept()};
+    auto slot = slotWithCard(driver);
     slot.tell("00b0820000");
     reader.reset();
     EXPECT_TRUE(slot.isClosed());
@@ -112,7 +122,7 @@ TEST(CardService, RunsADaemonOfItsOwnWhoseDriverTakesACard) {
         GTEST_SKIP() << service.error();
     }
     const auto passport = std::make_shared<Passport>();
-    const VirtualReader reader{passport, (*service)->readerPort()};
+    const VirtualReader reader{passport, **service};
     EXPECT_TRUE(reader.waitForDriver(20s));
     EXPECT_TRUE(std::filesystem::is_socket((*service)->socket()));
 }
