@@ -12,7 +12,7 @@ namespace {
 
 using platform::AccessibilityRole;
 
-constexpr int ringReach = 3;
+constexpr int markReach = 3;
 
 QAccessible::Role roleInQt(AccessibilityRole role) {
     switch (role) {
@@ -137,11 +137,11 @@ FocusRing::FocusRing(QWidget* phone)
 }
 
 void FocusRing::follow(const QRect& place, double cornerRadius) {
-    const auto area = place.adjusted(-ringReach, -ringReach, ringReach, ringReach);
+    const auto area = place.adjusted(-markReach, -markReach, markReach, markReach);
     if (area != geometry() || cornerRadius != std::exchange(cornerRadius_, cornerRadius)) {
         setGeometry(area);
         // A caret that blinks inside the ring draws nothing of the ring anew.
-        const auto depth = 2 * ringReach + 1 + static_cast<int>(cornerRadius * 0.3);
+        const auto depth = 2 * markReach + 1 + static_cast<int>(cornerRadius * 0.3);
         setMask(QRegion{rect()} - rect().adjusted(depth, depth, -depth, -depth));
         update();
     }
@@ -151,8 +151,8 @@ void FocusRing::follow(const QRect& place, double cornerRadius) {
 void FocusRing::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter{this};
     painter.setRenderHint(QPainter::Antialiasing);
-    const auto line = QRectF{rect()}.adjusted(ringReach, ringReach, -ringReach, -ringReach);
-    for (const auto& [color, width] : {std::pair{Qt::black, 2.0 * ringReach}, {Qt::white, 2.0}}) {
+    const auto line = QRectF{rect()}.adjusted(markReach, markReach, -markReach, -markReach);
+    for (const auto& [color, width] : {std::pair{Qt::black, 2.0 * markReach}, {Qt::white, 2.0}}) {
         painter.setPen(QPen{color, width});
         painter.drawRoundedRect(line, cornerRadius_, cornerRadius_);
     }

@@ -132,7 +132,7 @@ bool View::isReachable() {
             return false;
         }
         if (const auto* window = view->asWindow()) {
-            return window == this || std::ranges::any_of(window->reachableViews(),
+            return window == this || std::ranges::any_of(window->subviewsInReach(),
                                                          [&](const auto& top) { return top.get() == screenView; });
         }
         screenView = view;
@@ -154,8 +154,7 @@ std::optional<Color> View::tintColor() const {
     if (tintColor_) {
         return tintColor_;
     }
-    const auto parent = superview();
-    return parent ? parent->tintColor() : std::nullopt;
+    return superview_ ? superview_->tintColor() : std::nullopt;
 }
 
 void View::setTintColor(std::optional<Color> color) {
@@ -164,8 +163,11 @@ void View::setTintColor(std::optional<Color> color) {
 }
 
 void View::changeLayer(const std::function<void(Layer&)>& change) {
+    const auto former = layer_;
     change(layer_);
-    noteChange();
+    if (layer_ != former) {
+        noteChange();
+    }
 }
 
 void View::setUserInteractionEnabled(bool enabled) {

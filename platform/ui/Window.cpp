@@ -127,7 +127,11 @@ void Window::setUserInterfaceStyle(UserInterfaceStyle style) {
 }
 
 LayoutDirection Window::directionOfLanguage() const {
-    return layoutDirectionOf(textLanguage());
+    // Every view asks at each layout, and the bundles answer slowly.
+    if (!languageDirection_) {
+        languageDirection_ = layoutDirectionOf(textLanguage());
+    }
+    return *languageDirection_;
 }
 
 void Window::setLayoutDirection(LayoutDirection direction) {
@@ -158,6 +162,11 @@ std::shared_ptr<View> Window::hitTest(Point point) {
 }
 
 std::vector<std::shared_ptr<View>> Window::reachableViews() const {
+    const auto views = subviewsInReach();
+    return {views.begin(), views.end()};
+}
+
+std::span<const std::shared_ptr<View>> Window::subviewsInReach() const {
     const auto top = screenViews_.empty() ? subviews().begin() : std::ranges::find(subviews(), screenViews_.back());
     return {top, subviews().end()};
 }

@@ -123,6 +123,10 @@ std::optional<std::string> readBody(const std::optional<Fault>& fault, const Tls
     body.reserve(std::min<std::size_t>(announced, mostReserved));
     const auto start = Clock::now();
     const auto take = [&](const char* data, std::size_t size) {
+        if (size > largestRequest - body.size()) {
+            TlsConnections::reset();
+            return false;
+        }
         body.append(data, size);
         if (!isSlow) {
             return true;

@@ -1,4 +1,6 @@
 """The control interface, held against openapi.json."""
+import gzip
+import http.client
 import json
 import socket
 import ssl
@@ -134,6 +136,11 @@ def test_bounds_a_body_without_a_length(simulator):
             peer.sendall(b"400\r\n" + b"x" * 1024 + b"\r\n")
         peer.sendall(b"0\r\n\r\n")
         assert peer.recv(100).startswith(b"HTTP/1.1 413")
+    packed = gzip.compress(b" " * (65 << 20), 1)
+    with pytest.raises((OSError, http.client.HTTPException)):
+        connection = simulator.service()
+        connection.request("POST", "/enrol/join.html", packed, {"Content-Encoding": "gzip"})
+        connection.getresponse()
 
 
 def test_tells_what_happens_as_it_happens(simulator):

@@ -2,6 +2,7 @@
 
 #include "reader/OwnCardService.hpp"
 #include "reader/PassportCards.hpp"
+#include "support/Eventually.hpp"
 #include "support/TemporaryFolder.hpp"
 #include "verification/TrustAnchors.hpp"
 
@@ -243,13 +244,15 @@ TEST(ChipReading, TellsTheStepsInOrder) {
 
 TEST(ChipReading, EndsAtOnceWhenItIsStopped) {
     const auto passport = std::make_shared<Passport>(PassportConfiguration{.fault = ChipFault::silent()});
-    Told told{std::make_shared<PassportCards>(passport), {.key = keyOf(*passport)}};
+    const auto cards = std::make_shared<PassportCards>(passport);
+    Told told{cards, {.key = keyOf(*passport)}};
     ASSERT_TRUE(told.reaches(ChipProgress::Step::opening));
     told.reading().stop();
     EXPECT_EQ(told.outcome().error(), ChipFailure::stopped);
     told.reading().stop();
     platform::RunLoop::main()->drain();
     passport->takeAway();
+    EXPECT_TRUE(test::eventually([&] { return cards.use_count() == 1; })) << "the thread lets go of the cards";
 }
 
 TEST(ChipReading, EndsWhenItsTimeIsOver) {
