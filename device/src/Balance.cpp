@@ -17,6 +17,7 @@ namespace kivo::device {
 namespace {
 
 constexpr int mostLines = 4;
+constexpr qsizetype longestText = 400; // characters
 /// What a mark at the end of a line gains: 0.12 is the cost of two lines that differ from their mean by a quarter.
 constexpr double gainOfSentence = 0.12;
 constexpr double gainOfMark = 0.05;
@@ -145,7 +146,7 @@ QString balancedAnew(const QString& text, const QFont& font, double width) {
 } // namespace
 
 QString balanced(const QString& text, const QFont& font, double width) {
-    if (text.contains('\n') || text.contains(QChar::LineSeparator) ||
+    if (text.size() > longestText || text.contains('\n') || text.contains(QChar::LineSeparator) ||
         QFontMetricsF{font}.horizontalAdvance(text) <= width) {
         return text;
     }

@@ -174,9 +174,9 @@ TEST_F(ToldScreen, IsToldInTheOrderOfReadingInEveryState) {
                  window->find(name)->setHidden(false);
              }
          },
-         {"Button Back"},
+         {"Button Back", "Heading Document"},
          {"Graphic Step 2 of 4", "Heading Choose your document", "Button Passport", "Button Identity card"},
-         "Choose your document"},
+         "Document"},
         {"a face scan",
          [&] { show("LivenessCheckVCID"); },
          {"Button Back", "Heading Face scan"},
