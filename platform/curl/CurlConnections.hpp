@@ -16,6 +16,8 @@ public:
     curl_socket_t open(const curl_sockaddr& address);
     void close(curl_socket_t socket);
 
+    bool isEmpty() const { return open_.empty(); }
+
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
     /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
     /// connection for a sign of life.

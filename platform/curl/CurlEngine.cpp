@@ -1,9 +1,7 @@
 #include "platform/curl/CurlEngine.hpp"
 
 #include "platform/curl/WaitingTransfers.hpp"
-#include "platform/posix/BackgroundThread.hpp"
 
-#include <openssl/crypto.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -37,15 +35,26 @@ public:
 
     ~Loop() { curl_multi_cleanup(multi_); }
 
-    void run() {
-        while (takeCommands()) {
-            do {
-                int running = 0;
-                curl_multi_perform(multi_, &running);
-                collect();
-                startWaiting();
-            } while (!waitForWork());
+    // Returns whether transfers are left.
+    bool drive() {
+        takeCommands();
+        while (true) {
+            int running = 0;
+            curl_multi_perform(multi_, &running);
+            collect();
+            startWaiting();
+            if (isIdle() || engine_.threads_.mustReturn()) {
+                engine_.isConnected_ = !sockets_.isEmpty();
+                return !isIdle();
+            }
+            if (waitForWork()) {
+                takeCommands();
+            }
         }
+    }
+
+    void finish() {
+        takeCommands();
         while (!active_.empty()) {
             finishCancelled(active_.back().transfer);
         }
@@ -62,8 +71,10 @@ private:
         EasyHandle easy;
     };
 
-    // Carries out the commands of other threads; false when the engine is to end.
-    bool takeCommands() {
+    bool isIdle() const { return active_.empty() && waiting_.isEmpty(); }
+
+    // Carries out the commands of other threads.
+    void takeCommands() {
         {
             const std::scoped_lock lock{engine_.mutex_};
             std::swap(commands_.list, engine_.commands_.list);
@@ -80,7 +91,6 @@ private:
             }
         }
         commands_.list.clear();
-        return !commands_.stopping;
     }
 
     void take(std::shared_ptr<CurlTransfer> transfer) {
@@ -215,26 +225,18 @@ private:
     Commands commands_;
 };
 
-std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> callbacks) {
-    auto engine = std::make_shared<CurlEngine>(std::move(callbacks));
-    if (ExitGuard::shared().add(engine)) {
-        const auto error = startBackgroundThread("kivo-network", [engine] {
-            ExitGuard::markMemberThread();
-            Loop{*engine}.run();
-            // Otherwise OpenSSL frees its data at the thread's end, for which an exiting process does not wait.
-            OPENSSL_thread_stop();
-            ExitGuard::shared().remove(engine.get());
-        });
-        if (error) {
-            ExitGuard::shared().remove(engine.get());
-            throw std::system_error{error, "kivo cannot start its network thread"};
-        }
+std::shared_ptr<CurlEngine> CurlEngine::start(Driver driver, std::shared_ptr<DispatchQueue> callbacks) {
+    auto engine = std::make_shared<CurlEngine>(driver, std::move(callbacks));
+    if (const auto error = engine->threads_.start(engine, engine->callbacks_ == nullptr)) {
+        throw std::system_error{error, "kivo cannot start its network threads"};
     }
     return engine;
 }
 
-CurlEngine::CurlEngine(std::shared_ptr<DispatchQueue> callbacks)
-    : callbacks_{std::move(callbacks)}
+CurlEngine::CurlEngine(Driver driver, std::shared_ptr<DispatchQueue> callbacks)
+    : driver_{driver}
+    , callbacks_{std::move(callbacks)}
+    , loop_{std::make_unique<Loop>(*this)}
     , wakeDescriptor_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)} {}
 
 CurlEngine::~CurlEngine() {
@@ -246,7 +248,7 @@ CurlEngine::~CurlEngine() {
 void CurlEngine::add(std::shared_ptr<CurlTransfer> transfer) {
     {
         const std::scoped_lock lock{mutex_};
-        if (!jar_) {
+        if (!jar_ && !commands_.stopping) {
             jar_ = std::make_shared<const CookieJar>();
         }
         transfer->useJar(jar_);
@@ -283,11 +285,33 @@ void CurlEngine::stop() {
         const std::scoped_lock lock{mutex_};
         commands_.stopping = true;
     }
-    wake();
+    threads_.stop();
+}
+
+bool CurlEngine::drive() {
+    return loop_->drive();
+}
+
+void CurlEngine::finish() {
+    loop_->finish();
+    loop_.reset();
+    forgetCookies();
+}
+
+void CurlEngine::callBack(std::function<void()> block) {
+    if (callbacks_) {
+        callbacks_->async(std::move(block));
+    } else {
+        threads_.callBack(std::move(block));
+    }
 }
 
 bool CurlEngine::holdUntil(const std::function<bool()>& decided, std::chrono::steady_clock::time_point deadline) {
     bool isDecided = decided();
+    // A decision that needs the callback thread does not come while that thread waits here.
+    if (threads_.isCallbackThread()) {
+        return isDecided;
+    }
     while (!isDecided && !isStopping()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
@@ -301,7 +325,7 @@ bool CurlEngine::holdUntil(const std::function<bool()>& decided, std::chrono::st
         isDecided = decided();
     }
     // The thread may have been woken for a command too, which is still to be carried out.
-    wake();
+    interrupt();
     return isDecided;
 }
 
@@ -310,7 +334,7 @@ bool CurlEngine::isStopping() {
     return commands_.stopping;
 }
 
-void CurlEngine::wake() const {
+void CurlEngine::interrupt() const {
     const std::uint64_t one = 1;
     // Fails only when the counter is full, and then the thread wakes anyway.
     [[maybe_unused]] const auto written = ::write(wakeDescriptor_, &one, sizeof one);

@@ -114,7 +114,7 @@ void CurlTransfer::setCallbacks(CurlOptions& options) {
             const std::string_view part{bytes, size * count};
             return static_cast<CurlTransfer*>(self)->answer_.takeBody(part) ? part.size() : 0;
         });
-    if (settings_->delegate && expected_ > 0) {
+    if (settings_->followsUploads && expected_ > 0) {
         options.set(CURLOPT_NOPROGRESS, 0L);
         options.set(CURLOPT_XFERINFODATA, this);
         options.set(
@@ -212,7 +212,7 @@ void CurlTransfer::announceSent() {
 }
 
 bool CurlTransfer::conclude(CURLcode code) {
-    if (settings_->delegate && expected_ > 0) {
+    if (settings_->followsUploads && expected_ > 0) {
         noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
     }
     const bool isOver = !needsFurtherExchange(code);

@@ -32,6 +32,7 @@ struct CurlSettings {
     std::string trustFile;
     std::shared_ptr<UrlSessionDelegate> delegate;
     bool judgesServerTrust = false;
+    bool followsUploads = false;
     std::shared_ptr<Diagnostics> diagnostics = relayedDiagnostics();
 };
 

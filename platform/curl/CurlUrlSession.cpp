@@ -3,7 +3,6 @@
 #include "platform/curl/CurlEngine.hpp"
 #include "platform/curl/CurlTransfer.hpp"
 #include "platform/posix/ExitGuard.hpp"
-#include "platform/posix/SerialQueue.hpp"
 
 #include <curl/curl.h>
 #include <openssl/ssl.h>
@@ -16,11 +15,19 @@
 namespace kivo::platform {
 namespace {
 
+CurlEngine::Driver driverFor(const CurlSettings& settings) {
+    using enum CurlEngine::Driver;
+    if (settings.followsUploads) {
+        return networkThread;
+    }
+    return settings.judgesServerTrust ? callbackThreadWhenConnected : callbackThread;
+}
+
 class CurlUrlSession final : public UrlSession {
 public:
     CurlUrlSession(std::shared_ptr<const CurlSettings> settings, std::shared_ptr<DispatchQueue> callbacks)
         : settings_{std::move(settings)}
-        , engine_{CurlEngine::start(std::move(callbacks))} {}
+        , engine_{CurlEngine::start(driverFor(*settings_), std::move(callbacks))} {}
 
     CurlUrlSession(const CurlUrlSession&) = delete;
     CurlUrlSession& operator=(const CurlUrlSession&) = delete;
@@ -78,12 +85,13 @@ public:
                                      std::shared_ptr<UrlSessionDelegate> delegate,
                                      std::shared_ptr<DispatchQueue> delegateQueue) override {
         const bool judgesServerTrust = delegate && delegate->judgesServerTrust();
+        const bool followsUploads = delegate && delegate->followsUploads();
         auto settings = std::make_shared<const CurlSettings>(CurlSettings{.configuration = std::move(configuration),
                                                                           .trustFile = trustFile_,
                                                                           .delegate = std::move(delegate),
-                                                                          .judgesServerTrust = judgesServerTrust});
-        auto callbacks = delegateQueue ? std::move(delegateQueue) : makeCallbackQueue("kivo-callbacks");
-        return std::make_shared<CurlUrlSession>(std::move(settings), std::move(callbacks));
+                                                                          .judgesServerTrust = judgesServerTrust,
+                                                                          .followsUploads = followsUploads});
+        return std::make_shared<CurlUrlSession>(std::move(settings), std::move(delegateQueue));
     }
 
 private:

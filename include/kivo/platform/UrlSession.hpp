@@ -131,6 +131,10 @@ public:
     /// Whether `didReceiveChallenge` alone decides about a server; false by default.
     virtual bool judgesServerTrust() const { return false; }
 
+    /// Whether the delegate needs the calls of `didSendBodyData`, which cost time; true by default. A session may leave
+    /// them out otherwise.
+    virtual bool followsUploads() const { return true; }
+
     /// The number of bytes of the request's body sent so far, and the body's length.
     virtual void didSendBodyData(const std::shared_ptr<UrlSessionTask>& task, std::uint64_t sent,
                                  std::uint64_t expected) = 0;
