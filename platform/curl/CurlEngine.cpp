@@ -83,6 +83,7 @@ private:
         for (auto& [what, transfer] : commands_.list) {
             switch (what) {
             case Command::What::add:
+                transfer->findDestination();
                 take(std::move(transfer));
                 break;
             case Command::What::cancel:

@@ -43,8 +43,6 @@ CurlTransfer::CurlTransfer(UrlRequest request, UrlCompletion completion, std::sh
     , timeout_{shortestTimeout(request_, settings_->configuration)}
     , deadline_{std::chrono::steady_clock::now() + timeout_}
     , limits_{.head = settings_->configuration.headLimit, .body = settings_->configuration.responseLimit}
-    , destination_{destinationOf(request_, settings_->configuration.headers)}
-    , server_{keyOf(destination_)}
     , expected_{request_.body.size()} {}
 
 void CurlTransfer::cancel() {
@@ -55,6 +53,11 @@ void CurlTransfer::cancel() {
     if (const auto engine = engine_.lock()) {
         engine->cancel(shared_from_this());
     }
+}
+
+void CurlTransfer::findDestination() {
+    destination_ = destinationOf(request_, settings_->configuration.headers);
+    server_ = keyOf(destination_);
 }
 
 bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {

@@ -65,6 +65,10 @@ public:
 
     // The engine's thread calls the rest of the public functions, except `deliver()`.
 
+    /// Reads the address. Call this function once, before the others; it is no part of the constructor, so that
+    /// `dataTask()` returns sooner.
+    void findDestination();
+
     /// Prepares `easy` for the next exchange; false when no exchange is needed. `sockets` belong to the engine.
     bool prepare(CURL* easy, CurlSockets& sockets);
 

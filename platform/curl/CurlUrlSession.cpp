@@ -41,6 +41,7 @@ public:
     std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) override {
         auto transfer = std::make_shared<CurlTransfer>(std::move(request), std::move(completion), settings_, engine_);
         if (!isOwnProcess()) {
+            transfer->findDestination();
             transfer->concludeUnsent(CURLE_FAILED_INIT);
             transfer->deliver();
             return transfer;
