@@ -105,7 +105,7 @@ int main(int argc, char** argv) {
     }
     setenv("PCSCLITE_CSOCK_NAME", (*service)->socket().c_str(),
            1); // NOLINT(concurrency-mt-unsafe): no thread reads yet
-    const simulator::VirtualReader reader{passport, (*service)->readerPort()};
+    const simulator::VirtualReader reader{passport, **service};
     measure("behind the card service", *systemCards(), *passport, rounds);
     return EXIT_SUCCESS;
 }

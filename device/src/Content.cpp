@@ -67,11 +67,18 @@ bool isTinted(const platform::Button& button) {
                       around->accessibilityRole() == platform::AccessibilityRole::alert);
 }
 
+/// Where the lines of a label stand. Qt does not turn `AlignLeft` round for a language that is read from the right.
+Qt::Alignment alignmentOf(const platform::Label& label) {
+    const bool isMirrored = label.textAlignment() == platform::TextAlignment::natural &&
+                            label.layoutDirection() == platform::LayoutDirection::rightToLeft;
+    return isMirrored ? Qt::AlignRight | Qt::AlignAbsolute : toQt(label.textAlignment());
+}
+
 void drawLabel(QPainter& painter, const platform::Label& label) {
     const bool isLong = dynamic_cast<const platform::TextView*>(&label) != nullptr;
     painter.setPen(toQt(label.textColor(), label.userInterfaceStyle()));
     drawText(painter, bounds(label), toQt(label.text()), toQt(label.fittedFont()),
-             toQt(label.textAlignment()) | (isLong ? Qt::AlignTop : Qt::AlignVCenter));
+             alignmentOf(label) | (isLong ? Qt::AlignTop : Qt::AlignVCenter));
 }
 
 void drawButton(QPainter& painter, const platform::Button& button) {

@@ -1,5 +1,7 @@
 #include "Text.hpp"
 
+#include "Balance.hpp"
+
 #include <kivo/device/Fonts.hpp>
 
 #include <QFontDatabase>
@@ -141,7 +143,8 @@ platform::Size measureText(const QString& text, const QFont& font, double widthL
 }
 
 void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment) {
-    const Lines lines{text, font, area.width(), alignment & Qt::AlignHorizontal_Mask};
+    const auto shown = alignment.testFlag(Qt::AlignHCenter) ? balanced(text, font, area.width()) : text;
+    const Lines lines{shown, font, area.width(), alignment & Qt::AlignHorizontal_Mask};
     const auto spare = alignment.testFlag(Qt::AlignVCenter) ? (area.height() - lines.height()) / 2 : 0;
     lines.draw(painter, {area.x(), area.y() + std::max(spare, 0.0)});
 }

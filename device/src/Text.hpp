@@ -34,7 +34,7 @@ Qt::Alignment toQt(platform::TextAlignment alignment);
 platform::Size measureText(const QString& text, const QFont& font, double widthLimit);
 
 /// Draws the text into `area`, with its lines broken at the area's width: in the middle with `AlignVCenter`, otherwise
-/// at the top.
+/// at the top. The lines of a short centred text have like lengths.
 void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment);
 
 } // namespace kivo::device

@@ -246,11 +246,29 @@ bool View::endEditing() {
 }
 
 std::string View::accessibilityLabel() const {
-    return accessibilityLabel_.empty() ? shownText() : accessibilityLabel_;
+    return accessibility().label.empty() ? shownText() : accessibility().label;
 }
 
 void View::setAccessibilityLabel(std::string label) {
-    accessibilityLabel_ = std::move(label);
+    changeAccessibility([&](Accessibility& accessibility) { accessibility.label = std::move(label); });
+}
+
+const Accessibility& View::accessibility() const {
+    static const Accessibility plain;
+    return accessibility_ ? *accessibility_ : plain;
+}
+
+void View::changeAccessibility(const std::function<void(Accessibility&)>& change) {
+    auto changed = accessibility();
+    change(changed);
+    if (changed == accessibility()) {
+        return;
+    }
+    if (accessibility_) {
+        *accessibility_ = std::move(changed);
+    } else {
+        accessibility_ = std::make_unique<Accessibility>(std::move(changed));
+    }
     noteChange();
 }
 

@@ -1,9 +1,9 @@
 #include "platform/ui/ViewControllerState.hpp"
-#include "platform/ui/storyboard/Classes.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Control.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -127,9 +127,7 @@ void Window::setUserInterfaceStyle(UserInterfaceStyle style) {
 }
 
 LayoutDirection Window::directionOfLanguage() const {
-    auto language = services().bundles->main()->language();
-    const auto library = language.empty() ? storyboard::libraryBundle() : nullptr;
-    return layoutDirectionOf(library ? library->language() : language);
+    return layoutDirectionOf(textLanguage());
 }
 
 void Window::setLayoutDirection(LayoutDirection direction) {

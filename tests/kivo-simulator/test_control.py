@@ -102,6 +102,13 @@ def test_no_page_of_another_origin_drives_it(simulator):
     # What a form or a script of another page can send without asking first.
     for kind in ["text/plain", "application/x-www-form-urlencoded", "multipart/form-data", "application/jsonx"]:
         simulator.ask("POST", "/codes", '{"code": "1"}', 415, {"Content-Type": kind})
+    form = '--x\r\nContent-Disposition: form-data; name="code"\r\n\r\n1\r\n--x--\r\n'
+    form_type = "multipart/form-data; boundary=x"
+    simulator.ask("POST", "/codes", form, 415, {"Content-Type": form_type})
+    connection = simulator.service()
+    connection.request("POST", "/enrol/join.html", form, {"Content-Type": form_type})
+    connection.getresponse().read()
+    assert form_type in simulator.ask("GET", "/records")["records"][-1]["violation"]
     assert simulator.raw("OPTIONS", "/faults", headers={"Access-Control-Request-Method": "PUT"})[0].status == 405
     answer, _ = simulator.raw("GET", "/")
     assert "default-src 'none'" in answer.getheader("Content-Security-Policy")
@@ -112,6 +119,11 @@ def test_no_page_of_another_origin_drives_it(simulator):
     simulator.ask("POST", "/codes", hidden, 403, {"Origin": "https://evil.example", "Content-Type": "text/plain"})
     assert simulator.ask("GET", "/faults")["pending"] == []
     assert simulator.ask("PUT", "/faults/join", '{"fault":"reset"}', headers=json_type)["pending"]
+
+
+def test_repeats_nothing_for_ranges(simulator):
+    ranged, content = simulator.raw("GET", "/page.js", headers={"Range": "bytes=" + ",".join(["0-"] * 2000)})
+    assert (ranged.status, content) == (200, simulator.raw("GET", "/page.js")[1])
 
 
 def test_bounds_a_body_without_a_length(simulator):

@@ -1,9 +1,8 @@
+#include "card/BoundedSources.hpp"
 #include "card/Capabilities.hpp"
 #include "card/Command.hpp"
 #include "reader/ScriptedCard.hpp"
 #include "reader/Vectors.hpp"
-
-#include <kivo/reader/CardSources.hpp>
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -180,6 +179,20 @@ TEST(SocketCards, CarryCommandsUntilTheSocketCloses) {
         EXPECT_EQ(answer.has_value(), sent == message.size()) << sent;
         EXPECT_EQ((*card)->transmit(command).error(), CardError::gone);
     }
+}
+
+TEST(SocketCards, GiveACardUpThatNeverAnswers) {
+    const Listener listener{[](int connection) {
+        Bytes received(6 + 6);
+        EXPECT_EQ(recv(connection, received.data(), 6, MSG_WAITALL), 6);
+        EXPECT_EQ(send(connection, "\0\1\x3B", 3, MSG_NOSIGNAL), 3);
+        // The command, and then the end of the connection.
+        EXPECT_EQ(recv(connection, received.data(), received.size(), MSG_WAITALL), 7);
+    }};
+    auto card = cardsBehindSocket("127.0.0.1", listener.port(), 50ms)->waitForCard(10s, {});
+    ASSERT_TRUE(card);
+    EXPECT_EQ((*card)->transmit(Bytes{0x00, 0x84, 0x00, 0x00, 0x08}).error(), CardError::gone);
+    card->reset();
 }
 
 TEST(SocketCards, WaitUntilThePatienceEndsOrAStopComes) {

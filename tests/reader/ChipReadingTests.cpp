@@ -1,17 +1,16 @@
 #include "reading/ChipReading.hpp"
 
+#include "reader/OwnCardService.hpp"
 #include "reader/PassportCards.hpp"
 #include "support/TemporaryFolder.hpp"
 #include "verification/TrustAnchors.hpp"
 
 #include <kivo/platform/RunLoop.hpp>
 #include <kivo/reader/CardSources.hpp>
-#include <kivo/simulator/CardService.hpp>
 #include <kivo/simulator/VirtualReader.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
 
 namespace kivo::reader {
@@ -138,6 +137,7 @@ TEST(ChipReading, ReadsAllKindsOfDocuments) {
         {"ECDH IM AES-256", pace(integrated, aes256, 17)},
         {"ECDH CAM AES-128", pace(chipAuthentication, aes128, 13)},
         {"ECDH CAM AES-256", pace(chipAuthentication, aes256, 16)},
+        {"ECDH CAM AES-128, no other proof", {.pace = {{chipAuthentication, aes128, 12}}, .chipAuthentication = {}}},
         {"DH GM 3DES", pace(generic, tripleDes, 0)},
         {"DH GM AES-256", pace(generic, aes256, 2)},
         {"DH IM 3DES", pace(integrated, tripleDes, 1)},
@@ -203,12 +203,11 @@ TEST(ChipReading, TellsWhatIsWrongWithADocument) {
         {ChipFault::takenAway(20000), ChipFailure::takenAway},
     };
 
-    for (const bool hasPace : {true, false}) {
+    const std::vector<simulator::PaceOffer> offers[] = {
+        {simulator::PaceOffer{}}, {}, {{.mapping = simulator::PaceMapping::chipAuthentication}}};
+    for (const auto& offer : offers) {
         for (const auto& row : rows) {
-            PassportConfiguration configuration{.fault = row.fault};
-            if (!hasPace) {
-                configuration.pace = {};
-            }
+            PassportConfiguration configuration{.pace = offer, .fault = row.fault};
             const auto passport = std::make_shared<Passport>(configuration);
             const auto outcome =
                 outcomeOf(passport, {.key = keyOf(*passport), .groups = allGroups, .anchors = anchors});
@@ -299,11 +298,10 @@ TEST(ChipReading, ReadsThroughASocket) {
 }
 
 TEST(ChipReading, ReadsThroughTheCardService) {
-    const auto service = simulator::CardService::start();
+    const auto service = test::startedCardService();
     if (!service) {
         GTEST_SKIP() << service.error();
     }
-    setenv("PCSCLITE_CSOCK_NAME", (*service)->socket().c_str(), 1);
     const auto source = systemCards();
     ASSERT_TRUE(source->isAvailable());
     EXPECT_FALSE(source->readers().empty());
@@ -320,7 +318,7 @@ TEST(ChipReading, ReadsThroughTheCardService) {
 
     Told told{source, order};
     ASSERT_TRUE(told.reaches(ChipProgress::Step::waitingForCard));
-    const simulator::VirtualReader reader{passport, (*service)->readerPort()};
+    const simulator::VirtualReader reader{passport, **service};
     expectWholeDocument(told.outcome(), *passport);
     expectWholeDocument(Told{source, order}.outcome(), *passport);
 

@@ -220,5 +220,40 @@ TEST(PassiveAuthentication, RefusesBrokenSecurityObjects) {
     EXPECT_EQ(described(passiveVerdict({{DocumentFile::dg1, group1}}, nullptr, now)), "");
 }
 
+TEST(PassiveAuthentication, TakesTheKeysOfACardFromASignerOfTheDocumentsRank) {
+    const auto root = makeIdentity({.isAuthority = true});
+    const auto signer = makeIdentity({.name = "signer"}, &root);
+    const auto other = makeIdentity({.name = "another"}, &root);
+    const auto stranger = makeIdentity({.name = "signer"});
+    const TrustAnchors trusting{{certificateOf(root)}, {*RevocationList::read(revocationList(root, {other}))}};
+    const Bytes infos{0x31, 0x00};
+    const std::string kind = "0.4.0.127.0.7.3.2.1";
+    auto changed = signedMessage(signer, infos, {.contentType = kind});
+    changed.back() ^= 1U;
+
+    const struct {
+        const char* what;
+        Bytes file;
+        const TrustAnchors* anchors;
+        Proof isSigned;
+    } rows[] = {
+        {"the document's signer", signedMessage(signer, infos, {.contentType = kind}), &trusting, proven},
+        {"the same, nobody trusted", signedMessage(signer, infos, {.contentType = kind}), nullptr, proven},
+        {"another, nobody trusted", signedMessage(other, infos, {.contentType = kind}), nullptr, notTried},
+        {"revoked", signedMessage(other, infos, {.contentType = kind}), &trusting, refuted},
+        {"a stranger", signedMessage(stranger, infos, {.contentType = kind}), &trusting, refuted},
+        {"a changed signature", changed, nullptr, refuted},
+        {"another kind of content", signedMessage(signer, infos), &trusting, refuted},
+        {"no message", infos, &trusting, refuted},
+    };
+
+    for (const auto& row : rows) {
+        auto files = document(signer, securityObject({{1, group1}, {2, group2}}));
+        files[DocumentFile::cardSecurity] = row.file;
+        EXPECT_EQ(cardSecurityKeys(files, row.anchors, now).isSigned, row.isSigned) << row.what;
+    }
+    EXPECT_EQ(cardSecurityKeys({}, &trusting, now).isSigned, notTried);
+}
+
 } // namespace
 } // namespace kivo::reader

@@ -6,6 +6,7 @@
 #include <kivo/simulator/VirtualReader.hpp>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 
 namespace kivo::simulator {
 namespace {
@@ -41,12 +42,22 @@ private:
     test::TestSocket socket_;
 };
 
+// The slot once the card is in it: until the driver has asked in vain, the card service takes a card for the one
+// before.
+Side slotWithCard(const test::TestListener& driver) {
+    Side powered{driver.accept()};
+    powered.tell("01");
+    EXPECT_TRUE(powered.isClosed()) << "not yet asked whether there is a card";
+    EXPECT_EQ(Side{driver.accept()}.ask("04"), "closed");
+    return Side{driver.accept()};
+}
+
 TEST(VirtualReader, SpeaksAsTheDriverDoesAndComesBackWhenTheCardIsLaidDownAgain) {
     test::TestListener driver;
     const auto passport = std::make_shared<Passport>();
     const VirtualReader reader{passport, driver.port()};
     {
-        Side slot{driver.accept()};
+        auto slot = slotWithCard(driver);
         EXPECT_EQ(slot.ask("04"), hex(passport->answerToReset()));
         EXPECT_TRUE(reader.waitForDriver(10s));
         slot.tell("01");
@@ -58,7 +69,7 @@ TEST(VirtualReader, SpeaksAsTheDriverDoesAndComesBackWhenTheCardIsLaidDownAgain)
         EXPECT_TRUE(slot.isClosed());
     }
     passport->layDown();
-    Side slot{driver.accept()};
+    auto slot = slotWithCard(driver);
     EXPECT_EQ(slot.ask("04"), hex(passport->answerToReset()));
 }
 
@@ -68,7 +79,7 @@ TEST(VirtualReader, EndsWhileAChipIsSilent) {
     configuration.fault = ChipFault::silent();
     const auto passport = std::make_shared<Passport>(configuration);
     auto reader = std::make_unique<VirtualReader>(passport, driver.port());
-    Side slot{driver.accept()};
+    auto slot = slotWithCard(driver);
     slot.tell("00b0820000");
     reader.reset();
     EXPECT_TRUE(slot.isClosed());
@@ -93,13 +104,25 @@ TEST(CardSocket, ServesOneClientAfterTheOtherAndNobodyWithoutACard) {
     EXPECT_TRUE(test::eventually([&] { return test::canConnectTo(socket.port()); }));
 }
 
+TEST(CardSocket, EndsWhileItsClientReadsNothing) {
+    auto socket = std::make_unique<CardSocket>(std::make_shared<Passport>());
+    const auto client = test::connectedTo(socket->port());
+    const auto request = fromHex("000104"); // for the answer to reset
+    pollfd room{.fd = client.descriptor(), .events = POLLOUT, .revents = 0};
+    for (std::size_t sent = 0; poll(&room, 1, 200) > 0;) {
+        const auto at = sent % request.size();
+        sent += static_cast<std::size_t>(send(room.fd, request.data() + at, request.size() - at, MSG_NOSIGNAL));
+    }
+    socket.reset();
+}
+
 TEST(CardService, RunsADaemonOfItsOwnWhoseDriverTakesACard) {
     const auto service = CardService::start();
     if (!service) {
         GTEST_SKIP() << service.error();
     }
     const auto passport = std::make_shared<Passport>();
-    const VirtualReader reader{passport, (*service)->readerPort()};
+    const VirtualReader reader{passport, **service};
     EXPECT_TRUE(reader.waitForDriver(20s));
     EXPECT_TRUE(std::filesystem::is_socket((*service)->socket()));
 }

@@ -26,7 +26,7 @@ Desk::Desk(Way way, const std::filesystem::path& folder)
     if (service) {
         service_ = std::move(*service);
         setenv("PCSCLITE_CSOCK_NAME", service_->socket().c_str(), /*overwrite=*/1);
-        virtualReader_ = std::make_unique<simulator::VirtualReader>(passport_, service_->readerPort());
+        virtualReader_ = std::make_unique<simulator::VirtualReader>(passport_, *service_);
         if (virtualReader_->waitForDriver(10s)) {
             cards_ = kivo::reader::systemCards();
             way_ = "through the card service pcscd and a virtual reader";

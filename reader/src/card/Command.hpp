@@ -23,9 +23,6 @@ struct Command {
     bool isLong() const { return data.size() > 255 || expected > 256; }
 };
 
-/// How long one call to a card may take, so that a card that answers no more holds nothing up.
-constexpr std::chrono::seconds longestCall{10};
-
 /// The bytes of the command. At most 65535 bytes of data.
 Bytes encoded(const Command& command);
 

@@ -1,7 +1,5 @@
+#include "card/BoundedSources.hpp"
 #include "card/Capabilities.hpp"
-#include "card/Command.hpp"
-
-#include <kivo/reader/CardSources.hpp>
 
 #include <netdb.h>
 #include <netinet/in.h>
@@ -96,15 +94,16 @@ private:
 
 class SocketCard final : public Card {
 public:
-    explicit SocketCard(Socket socket)
-        : socket_{std::move(socket)} {
+    SocketCard(Socket socket, std::chrono::milliseconds longest)
+        : socket_{std::move(socket)}
+        , longest_{longest} {
         // The reset has no answer.
-        isGone_ = !sendMessage(Bytes{resetCard}, steady_clock::now() + longestCall);
+        isGone_ = !sendMessage(Bytes{resetCard}, steady_clock::now() + longest_);
         historicalBytes_ = historicalBytesOf(SocketCard::transmit(Bytes{tellAnswerToReset}).value_or(Bytes{}));
     }
 
     std::expected<Bytes, CardError> transmit(ByteView command) override {
-        const auto until = steady_clock::now() + longestCall;
+        const auto until = steady_clock::now() + longest_;
         if (isGone_ || command.size() > longestMessage) {
             return std::unexpected{isGone_ ? CardError::gone : CardError::broken};
         }
@@ -131,15 +130,17 @@ private:
     }
 
     Socket socket_;
+    std::chrono::milliseconds longest_;
     Bytes historicalBytes_{};
     bool isGone_ = false;
 };
 
 class SocketCards final : public CardSource {
 public:
-    SocketCards(std::string host, std::uint16_t port)
+    SocketCards(std::string host, std::uint16_t port, std::chrono::milliseconds longest)
         : host_{std::move(host)}
-        , port_{port} {}
+        , port_{port}
+        , longest_{longest} {}
 
     std::expected<std::unique_ptr<Card>, CardError> waitForCard(std::chrono::milliseconds patience,
                                                                 std::stop_token stop) override {
@@ -158,7 +159,7 @@ public:
             if (stop.stop_requested()) {
                 return std::unexpected{CardError::stopped};
             }
-            if (auto card = connectedUntil(std::min(until, steady_clock::now() + longestCall))) {
+            if (auto card = connectedUntil(std::min(until, steady_clock::now() + longest_))) {
                 return card;
             }
             if (steady_clock::now() >= until) {
@@ -194,17 +195,22 @@ private:
         }
         const int yes = 1;
         setsockopt(socket.descriptor(), IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-        return std::make_unique<SocketCard>(std::move(socket));
+        return std::make_unique<SocketCard>(std::move(socket), longest_);
     }
 
     std::string host_;
     std::uint16_t port_;
+    std::chrono::milliseconds longest_;
 };
 
 } // namespace
 
 std::shared_ptr<CardSource> cardsBehindSocket(std::string host, std::uint16_t port) {
-    return std::make_shared<SocketCards>(std::move(host), port);
+    return cardsBehindSocket(std::move(host), port, longestCall);
+}
+
+std::shared_ptr<CardSource> cardsBehindSocket(std::string host, std::uint16_t port, std::chrono::milliseconds longest) {
+    return std::make_shared<SocketCards>(std::move(host), port, longest);
 }
 
 } // namespace kivo::reader

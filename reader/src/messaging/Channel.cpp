@@ -19,7 +19,13 @@ Channel::Channel(Card& card, Clock::time_point until, std::stop_token stop)
     : card_{card}
     , until_{until}
     , stop_{std::move(stop)}
-    , capabilities_{capabilitiesIn(card.historicalBytes())} {}
+    , capabilities_{card.carriesLongMessages() ? capabilitiesIn(card.historicalBytes()) : Capabilities{}} {}
+
+void Channel::learn(ByteView atrInfo) {
+    if (card_.carriesLongMessages()) {
+        capabilities_ = capabilitiesWith(capabilities_, atrInfo);
+    }
+}
 
 std::expected<Answer, ChipFault> Channel::broken() {
     isBroken_ = true;

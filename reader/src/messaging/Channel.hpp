@@ -47,6 +47,9 @@ public:
 
     Capabilities& capabilities() { return capabilities_; }
 
+    /// Takes what EF.ATR/INFO tells about the lengths that the card can do, where the way to the card carries them.
+    void learn(ByteView atrInfo);
+
     /// The most bytes of data that an answer can have.
     std::size_t longestData() const;
 

@@ -1,13 +1,11 @@
 #include "reading/ChipWork.hpp"
 
 #include "access/BasicAccess.hpp"
-#include "access/ChipAuthentication.hpp"
 #include "access/Pace.hpp"
 #include "files/DataGroups.hpp"
 #include "files/Zone.hpp"
+#include "reading/ChipProving.hpp"
 #include "reading/FileReader.hpp"
-#include "tlv/Tlv.hpp"
-#include "verification/ActiveAuthentication.hpp"
 #include "verification/PassiveAuthentication.hpp"
 
 #include <algorithm>
@@ -87,7 +85,7 @@ std::string zoneInformation(const AccessKey& key) {
     std::string information;
     for (const auto& field : {number, key.dateOfBirth, key.dateOfExpiry}) {
         information += field;
-        information += checkDigit(field);
+        information += checkDigit(field).value_or('<'); // a field with other characters opens no chip
     }
     wipe(number.data(), number.size());
     return information;
@@ -136,7 +134,7 @@ private:
         if (!atrInfo) {
             return std::unexpected{atrInfo.error()};
         }
-        channel_.capabilities() = capabilitiesWith(channel_.capabilities(), *atrInfo);
+        channel_.learn(*atrInfo);
         if (*cardAccess) {
             document_.files[DocumentFile::cardAccess] = **cardAccess;
             const auto infos = securityInfosIn(**cardAccess);
@@ -245,58 +243,11 @@ private:
 
     Result<void> proveChip() {
         progress_({.step = Step::provingChip});
-        auto& proof = document_.verdict.chipIsGenuine;
-        const auto dg14 = document_.files.find(DocumentFile::dg14);
-        if (dg14 != document_.files.end()) {
-            const auto set = valueOf(dg14->second, 0x6E);
-            const auto infos = set ? securityInfosIn(*set) : std::nullopt;
-            if (!infos) {
-                return std::unexpected{ChipFault::broken};
-            }
-            if (isProvenByMapping(*infos)) {
-                proof = Proof::proven;
-                return {};
-            }
-            const auto authenticated = authenticateChip(channel_, *infos);
-            if (!authenticated) {
-                return std::unexpected{authenticated.error()};
-            }
-            if (*authenticated != ChipProof::notOffered) {
-                proof = *authenticated == ChipProof::proven ? Proof::proven : Proof::refuted;
-                return {};
-            }
+        const auto proof = provenChip(channel_, document_.files, mappedChip_, order_.anchors.get());
+        if (!proof) {
+            return std::unexpected{proof.error()};
         }
-        return authenticateActively();
-    }
-
-    bool isProvenByMapping(const SecurityInfos& infos) const {
-        return mappedChip_.group && std::ranges::any_of(infos.keys, [&](const auto& offered) {
-                   const auto key = staticKeyIn(offered.subjectPublicKeyInfo);
-                   return key && mappedChip_.hasSecretOf(key->publicKey);
-               });
-    }
-
-    Result<void> authenticateActively() {
-        const auto dg15 = document_.files.find(DocumentFile::dg15);
-        if (dg15 == document_.files.end()) {
-            return {};
-        }
-        Bytes challenge(8);
-        fillRandomly(challenge);
-        const std::size_t expected = channel_.capabilities().takesLongMessages ? channel_.longestData() : 256;
-        const auto answer =
-            channel_.send({.instruction = 0x88, .data = challenge, .expected = std::min<std::size_t>(expected, 1024)});
-        auto& proof = document_.verdict.chipIsGenuine;
-        if (!answer && answer.error() != ChipFault::broken) {
-            return std::unexpected{answer.error()};
-        }
-        if (!answer || answer->status != status::success) {
-            proof = Proof::refuted;
-            return {};
-        }
-        const auto dg14 = document_.files.find(DocumentFile::dg14);
-        proof = activeAuthentication(dg15->second, dg14 == document_.files.end() ? ByteView{} : ByteView{dg14->second},
-                                     challenge, answer->data);
+        document_.verdict.chipIsGenuine = *proof;
         return {};
     }
 

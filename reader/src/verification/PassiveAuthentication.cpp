@@ -12,7 +12,8 @@ namespace kivo::reader {
 namespace {
 
 constexpr std::string_view securityObjectKind = "2.23.136.1.1.1";
-constexpr std::size_t largestSecurityObject = std::size_t{1} << 18;
+constexpr std::string_view cardSecurityKind = "0.4.0.127.0.7.3.2.1";
+constexpr std::size_t largestMessage = std::size_t{1} << 18;
 
 constexpr std::array<std::pair<DocumentFile, int>, 7> groups{{{DocumentFile::dg1, 1},
                                                               {DocumentFile::dg2, 2},
@@ -26,14 +27,20 @@ Proof proofOf(bool holds) {
     return holds ? Proof::proven : Proof::refuted;
 }
 
-std::optional<SignedMessage> messageIn(const Files& files) {
+std::optional<SignedMessage> messageIn(ByteView der, std::string_view kind) {
+    auto message = der.size() > largestMessage ? std::nullopt : SignedMessage::read(der);
+    return message && message->contentType() == kind ? std::move(message) : std::nullopt;
+}
+
+std::optional<SignedMessage> securityObjectOf(const Files& files) {
     const auto found = files.find(DocumentFile::sod);
-    if (found == files.end() || found->second.size() > largestSecurityObject) {
-        return std::nullopt;
-    }
-    const auto file = firstTlv(found->second);
-    auto message = file && file->tag == 0x77 ? SignedMessage::read(file->value) : std::nullopt;
-    return message && message->contentType() == securityObjectKind ? std::move(message) : std::nullopt;
+    const auto file = found == files.end() ? std::nullopt : firstTlv(found->second);
+    return file && file->tag == 0x77 ? messageIn(file->value, securityObjectKind) : std::nullopt;
+}
+
+std::optional<SignedMessage> cardSecurityOf(const Files& files) {
+    const auto found = files.find(DocumentFile::cardSecurity);
+    return found == files.end() ? std::nullopt : messageIn(found->second, cardSecurityKind);
 }
 
 bool digestsAgree(const Files& files, const SecurityObject& object) {
@@ -69,32 +76,61 @@ bool datesHold(const Certificate& signer, const std::optional<SignerPath>& path,
            (!path || std::ranges::all_of(path->authorities, isValid));
 }
 
-} // namespace
+// Who has signed a message, and what becomes of the proofs about that.
+struct Signing {
+    std::optional<Certificate> signer{};
+    Verdict verdict{};
+};
 
-Verdict passiveVerdict(const Files& files, const TrustAnchors* anchors, std::chrono::system_clock::time_point now) {
-    Verdict verdict;
-    const auto message = messageIn(files);
-    if (!message) {
-        // A file that is there but cannot be a security object is a forgery, or broken.
-        verdict.signatureHolds = files.contains(DocumentFile::sod) ? Proof::refuted : Proof::notTried;
-        return verdict;
+Signing signingOf(const SignedMessage& message, const TrustAnchors* anchors,
+                  std::chrono::system_clock::time_point now) {
+    Signing signing{.signer = anchors == nullptr ? message.signer() : message.signer(anchors->signers())};
+    if (!signing.signer) {
+        return signing;
     }
-    const auto signer = anchors == nullptr ? message->signer() : message->signer(anchors->signers());
-    if (signer) {
-        verdict.signatureHolds = proofOf(message->signatureHolds(*signer));
-    }
-    verdict.dataIsUnchanged = dataProof(files, *message, verdict.signatureHolds);
-    if (!signer) {
-        return verdict;
-    }
+    auto& verdict = signing.verdict;
+    verdict.signatureHolds = proofOf(message.signatureHolds(*signing.signer));
     std::optional<SignerPath> path;
     if (anchors != nullptr && !anchors->isEmpty()) {
-        path = anchors->pathOf(*signer);
+        path = anchors->pathOf(*signing.signer);
         verdict.signerIsTrusted = proofOf(path.has_value());
         verdict.signerIsNotRevoked = path ? path->isNotRevoked : Proof::notTried;
     }
-    verdict.datesHold = proofOf(datesHold(*signer, path, message->signingTime(), now));
+    verdict.datesHold = proofOf(datesHold(*signing.signer, path, message.signingTime(), now));
+    return signing;
+}
+
+} // namespace
+
+Verdict passiveVerdict(const Files& files, const TrustAnchors* anchors, std::chrono::system_clock::time_point now) {
+    const auto message = securityObjectOf(files);
+    if (!message) {
+        // A file that is there but cannot be a security object is a forgery, or broken.
+        return {.signatureHolds = files.contains(DocumentFile::sod) ? Proof::refuted : Proof::notTried};
+    }
+    auto verdict = signingOf(*message, anchors, now).verdict;
+    verdict.dataIsUnchanged = dataProof(files, *message, verdict.signatureHolds);
     return verdict;
+}
+
+SignedKeys cardSecurityKeys(const Files& files, const TrustAnchors* anchors,
+                            std::chrono::system_clock::time_point now) {
+    const auto message = cardSecurityOf(files);
+    if (!message) {
+        return {.isSigned = files.contains(DocumentFile::cardSecurity) ? Proof::refuted : Proof::notTried};
+    }
+    const auto signing = signingOf(*message, anchors, now);
+    const auto& verdict = signing.verdict;
+    SignedKeys keys{.infos = {message->content().begin(), message->content().end()},
+                    .isSigned = verdict.signatureHolds};
+    if (verdict.signerIsTrusted == Proof::refuted || verdict.signerIsNotRevoked == Proof::refuted) {
+        keys.isSigned = Proof::refuted;
+    } else if (verdict.signerIsTrusted == Proof::notTried && keys.isSigned == Proof::proven) {
+        const auto object = securityObjectOf(files);
+        const auto signer = object ? object->signer() : std::nullopt;
+        keys.isSigned = signer && *signer == *signing.signer ? Proof::proven : Proof::notTried;
+    }
+    return keys;
 }
 
 } // namespace kivo::reader

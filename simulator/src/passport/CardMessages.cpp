@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <optional>
@@ -60,19 +61,36 @@ std::optional<Bytes> received(const Socket& socket, std::size_t count, const std
         if (got <= 0) {
             return std::nullopt;
         }
+        // The driver sends length and message apart, and the message only once the length is acknowledged, which the
+        // system else puts off by 40 ms. The option lasts for one acknowledgement.
+        const int yes = 1;
+        setsockopt(socket.descriptor(), IPPROTO_TCP, TCP_QUICKACK, &yes, sizeof yes);
         have += static_cast<std::size_t>(got);
     }
     return bytes;
 }
 
-bool send(const Socket& socket, View answer) {
+/// A message without its length; absent when the other side closes, or sends one without bytes.
+std::optional<Bytes> receivedMessage(const Socket& socket, const std::stop_token& stop,
+                                     const std::function<bool()>& goesOn) {
+    const auto head = received(socket, lengthSize, stop, goesOn);
+    const auto length = head ? static_cast<std::size_t>((*head)[0] << 8U | (*head)[1]) : 0;
+    return length == 0 ? std::nullopt : received(socket, length, stop, goesOn);
+}
+
+/// False when the other side closes, or does not read until the end.
+bool send(const Socket& socket, View answer, const std::stop_token& stop, const std::function<bool()>& goesOn) {
     const auto message = joined({bigEndian(answer.size(), lengthSize), answer});
     for (std::size_t sent = 0; sent < message.size();) {
-        const auto took = ::send(socket.descriptor(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL);
-        if (took <= 0) {
+        if (!waitFor(POLLOUT, socket, stop, goesOn)) {
             return false;
         }
-        sent += static_cast<std::size_t>(took);
+        const auto took =
+            ::send(socket.descriptor(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (took <= 0 && errno != EAGAIN) {
+            return false;
+        }
+        sent += static_cast<std::size_t>(std::max<ssize_t>(took, 0));
     }
     return true;
 }
@@ -93,8 +111,11 @@ Socket::~Socket() {
     }
 }
 
-Socket connectedTo(int port, const std::stop_token& stop) {
-    Socket socket{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
+Socket newSocket() {
+    return Socket{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
+}
+
+Socket connectedTo(Socket socket, int port, const std::stop_token& stop) {
     const auto address = loopback(port);
     if (!socket || (connect(socket.descriptor(), generic(address), sizeof address) != 0 && errno != EINPROGRESS)) {
         return Socket{};
@@ -137,15 +158,13 @@ void serveReader(const Socket& socket, Passport& passport, const std::stop_token
                  const std::function<void()>& askedForReset) {
     const auto lies = [&] { return passport.isOnReader(); };
     for (;;) {
-        const auto head = received(socket, lengthSize, stop, lies);
-        const auto length = head ? static_cast<std::size_t>((*head)[0] << 8U | (*head)[1]) : 0;
-        const auto message = length == 0 ? std::nullopt : received(socket, length, stop, lies);
+        const auto message = receivedMessage(socket, stop, lies);
         if (!message) {
             return;
         }
-        if (length > 1) {
+        if (message->size() > 1) {
             const auto answer = passport.transmit(*message, stop);
-            if (answer.empty() || !send(socket, answer)) {
+            if (answer.empty() || !send(socket, answer, stop, lies)) {
                 return;
             }
             continue;
@@ -154,11 +173,16 @@ void serveReader(const Socket& socket, Passport& passport, const std::stop_token
             passport.reset();
             continue;
         }
-        if (!send(socket, passport.answerToReset())) {
+        if (!send(socket, passport.answerToReset(), stop, lies)) {
             return;
         }
         askedForReset();
     }
+}
+
+bool isAskedInVain(Socket socket, const Passport& passport, const std::stop_token& stop) {
+    const auto first = receivedMessage(socket, stop, [&] { return passport.isOnReader(); });
+    return first && first->size() == 1 && static_cast<Control>(first->front()) == Control::answerToReset;
 }
 
 } // namespace kivo::simulator::chip

@@ -27,8 +27,12 @@ private:
     int descriptor_;
 };
 
-/// A connection to the port on this machine; without a descriptor where nobody listens, or a stop is requested.
-Socket connectedTo(int port, const std::stop_token& stop);
+/// A socket that is not connected.
+Socket newSocket();
+
+/// The socket, connected to the port of its loopback interface; without a descriptor where nobody listens, or a stop is
+/// requested.
+Socket connectedTo(Socket socket, int port, const std::stop_token& stop);
 
 /// A socket that listens on the port of the loopback interface; 0 for a free one. Without a descriptor where none is
 /// free.
@@ -44,5 +48,9 @@ bool waitForBytes(const Socket& socket, const std::stop_token& stop, const std::
 /// requested. `askedForReset` is called whenever the reader has been told the answer to reset.
 void serveReader(const Socket& socket, Passport& passport, const std::stop_token& stop,
                  const std::function<void()>& askedForReset);
+
+/// Leaves the reader's first message without an answer. Whether the reader has asked for the answer to reset, which the
+/// driver does when it looks for a card: it then tells the card service that there is none.
+bool isAskedInVain(Socket socket, const Passport& passport, const std::stop_token& stop);
 
 } // namespace kivo::simulator::chip

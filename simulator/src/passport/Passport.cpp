@@ -1,3 +1,4 @@
+#include "passport/ByteProtocol.hpp"
 #include "passport/Personalisation.hpp"
 
 #include <kivo/simulator/Passport.hpp>
@@ -119,6 +120,7 @@ private:
 
     void begin() {
         chip_.emplace(contents_);
+        byBytes_ = {};
         sent_ = 0;
         former_.clear();
     }
@@ -136,10 +138,14 @@ private:
         if (isGone() || stop.stop_requested()) {
             return {};
         }
-        auto answer = chip_->answer(command);
-        if (isReading) {
-            spoil(answer, (command[0] & 0x0CU) != 0);
-        }
+        const auto ofChip = [&](chip::View whole) {
+            auto answer = chip_->answer(whole);
+            if (isReading) {
+                spoil(answer, (command[0] & 0x0CU) != 0);
+            }
+            return answer;
+        };
+        auto answer = configuration_.protocol == CardProtocol::t0 ? byBytes_.answer(command, ofChip) : ofChip(command);
         sent_ += answer.size();
         if (has(takenAway) && sent_ > configuration_.fault->bytes()) {
             isOnReader_ = false;
@@ -171,6 +177,7 @@ private:
     chip::ChipKeyRing keys_;
     std::shared_ptr<const chip::ChipContents> contents_;
     std::optional<chip::Chip> chip_;
+    chip::ByteProtocol byBytes_;
     bool isOnReader_ = true;
     /// The bytes of all answers since the chip was laid down.
     std::size_t sent_ = 0;
@@ -192,8 +199,12 @@ void Passport::reset() {
 }
 
 Bytes Passport::answerToReset() const {
+    const auto& configuration = life_->configuration();
+    const auto lengths = static_cast<std::uint8_t>(configuration.extendedLength ? 0xC0 : 0x80);
+    if (configuration.protocol == CardProtocol::t0) {
+        return {0x3B, 0x05, 0x80, 0x73, 0xC0, 0x01, lengths};
+    }
     // T=0 and T=1, and five historical bytes: what the chip can do. The last byte checks the others but the first.
-    const auto lengths = static_cast<std::uint8_t>(life_->configuration().extendedLength ? 0xC0 : 0x80);
     Bytes answer{0x3B, 0x85, 0x80, 0x01, 0x80, 0x73, 0xC0, 0x01, lengths};
     answer.push_back(std::accumulate(answer.begin() + 1, answer.end(), std::uint8_t{0}, std::bit_xor{}));
     return answer;

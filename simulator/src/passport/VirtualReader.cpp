@@ -1,5 +1,7 @@
 #include "passport/CardMessages.hpp"
+#include "passport/CardRoom.hpp"
 
+#include <kivo/simulator/CardService.hpp>
 #include <kivo/simulator/VirtualReader.hpp>
 
 #include <sys/socket.h>
@@ -14,9 +16,10 @@ namespace kivo::simulator {
 
 class VirtualReader::Connection {
 public:
-    Connection(std::shared_ptr<Passport> passport, int port)
+    Connection(std::shared_ptr<Passport> passport, int port, std::shared_ptr<chip::CardRoom> room)
         : passport_{std::move(passport)}
         , port_{port}
+        , room_{std::move(room)}
         , thread_{[this](const std::stop_token& stop) { serve(stop); }} {}
 
     bool waitForDriver(std::chrono::milliseconds limit) {
@@ -26,15 +29,18 @@ public:
 
 private:
     void serve(const std::stop_token& stop) {
+        // A driver that begins to listen gives no sign.
+        constexpr std::chrono::milliseconds pause{20};
+        bool wasMissed = false;
         while (passport_->waitForReader(stop)) {
-            // A driver that begins to listen gives no sign.
-            std::chrono::milliseconds pause{20};
-            if (const auto socket = chip::connectedTo(port_, stop)) {
+            auto socket = chip::connectedTo(room_ ? room_->newSocket() : chip::newSocket(), port_, stop);
+            if (socket && !wasMissed) {
+                wasMissed = chip::isAskedInVain(std::move(socket), *passport_, stop);
+            } else if (socket) {
                 passport_->reset();
                 chip::serveReader(socket, *passport_, stop, [this] { setAsked(true); });
                 setAsked(false);
-                // The card service looks for its card some times a second, and would not notice a shorter absence.
-                pause = std::chrono::seconds{1};
+                wasMissed = false;
             }
             std::unique_lock lock{mutex_};
             changed_.wait_for(lock, stop, pause, [] { return false; });
@@ -49,6 +55,7 @@ private:
 
     const std::shared_ptr<Passport> passport_;
     const int port_;
+    const std::shared_ptr<chip::CardRoom> room_;
     std::mutex mutex_;
     std::condition_variable_any changed_;
     bool hasAsked_ = false;
@@ -56,7 +63,10 @@ private:
 };
 
 VirtualReader::VirtualReader(std::shared_ptr<Passport> passport, int port)
-    : connection_{std::make_unique<Connection>(std::move(passport), port)} {}
+    : connection_{std::make_unique<Connection>(std::move(passport), port, nullptr)} {}
+
+VirtualReader::VirtualReader(std::shared_ptr<Passport> passport, const CardService& service, int slot)
+    : connection_{std::make_unique<Connection>(std::move(passport), usualPort + slot, service.room())} {}
 
 VirtualReader::~VirtualReader() = default;
 

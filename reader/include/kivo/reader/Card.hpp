@@ -45,6 +45,10 @@ public:
     /// The historical bytes of the answer to reset, which tell whether the card takes long commands; empty where the
     /// transport knows none.
     virtual Bytes historicalBytes() const { return {}; }
+
+    /// Whether the way to the card carries commands and answers of more than 256 bytes, if the card takes them. The
+    /// protocol T=0 does not.
+    virtual bool carriesLongMessages() const { return true; }
 };
 
 /// Where cards come from: the system's card readers, or another transport of commands. Any thread.

@@ -7,9 +7,13 @@
 
 namespace kivo::simulator {
 
-/// A card service (pcscd) for the caller alone, with one virtual reader. The machine's own service and readers stay
-/// untouched: the daemon runs in a view of the file system of its own, as the superuser or as anybody who may make
-/// user namespaces.
+namespace chip {
+class CardRoom;
+} // namespace chip
+
+/// A card service (pcscd) for the caller alone, with one virtual reader of two slots. The machine's own service and
+/// readers stay untouched, and nobody else reaches the reader: the daemon runs with a view of the file system and a
+/// network of its own, as the superuser or as anybody who may make user namespaces.
 ///
 /// Clients find the service by the environment variable PCSCLITE_CSOCK_NAME, which holds `socket()`. Set it before
 /// threads run: the C library reads the environment without a lock.
@@ -23,17 +27,19 @@ public:
     /// Ends the daemon, which also ends with this process.
     ~CardService();
 
+    /// Ends the daemon and starts another at the same socket, with its reader or without; cards in the reader are found
+    /// again. False where the daemon does not come back.
+    bool restart(bool hasReader = true);
+
     /// The socket of the daemon, for PCSCLITE_CSOCK_NAME.
     std::filesystem::path socket() const;
 
-    /// The port on which the reader waits for a card, for `VirtualReader`. The driver listens on every interface of
-    /// the machine: do not start it where strangers are on the network.
-    int readerPort() const;
-
 private:
+    friend class VirtualReader;
     class Daemon;
 
     explicit CardService(std::unique_ptr<Daemon> daemon);
+    std::shared_ptr<chip::CardRoom> room() const;
 
     std::unique_ptr<Daemon> daemon_;
 };

@@ -53,6 +53,11 @@ struct ChipAuthenticationOffer {
 /// The key with which a chip answers a challenge, to prove that it is no copy.
 enum class ActiveAuthentication { none, rsa, ecdsa };
 
+/// How commands travel to the chip: in blocks, as contactless chips do (T=1), or byte by byte as with many cards that
+/// have contacts (T=0), where nothing is longer than 256 bytes and an answer to a command with data is fetched with a
+/// command of its own.
+enum class CardProtocol { t1, t0 };
+
 /// The set-up of a simulated passport.
 struct PassportConfiguration {
     /// The size of the document, and with it the number and length of the zone's lines.
@@ -76,8 +81,9 @@ struct PassportConfiguration {
     std::optional<ChipAuthenticationOffer> chipAuthentication = ChipAuthenticationOffer{};
     ActiveAuthentication activeAuthentication = ActiveAuthentication::none;
 
-    /// Whether the chip takes commands, and gives answers, of more than 256 bytes.
+    /// Whether the chip takes commands, and gives answers, of more than 256 bytes, where the protocol carries them.
     bool extendedLength = true;
+    CardProtocol protocol = CardProtocol::t1;
 
     /// The digest and the signature under the files. Active authentication uses the digest, too.
     HashFunction digest = HashFunction::sha256;

@@ -7,12 +7,14 @@
 
 namespace kivo::simulator {
 
+class CardService;
+
 /// A reader of the system's card service on which a simulated passport lies: speaks the protocol of the virtual reader
 /// driver (Debian's vsmartcard-vpcd), so that the real daemon carries every byte.
 ///
 /// The card is on the reader while the passport is: a passport that is taken away or laid down is so for the card
-/// service, too. After it was away the card comes back a second later, because the service would not notice a shorter
-/// absence.
+/// service, too. Before a card comes, the service has once asked in vain, so that it takes the card for another than
+/// the one before; that takes the service half a second.
 class VirtualReader {
 public:
     /// The port on which the driver waits for a card, as Debian sets it up.
@@ -20,6 +22,8 @@ public:
 
     /// Connects to the driver on this machine, and tries again for as long as nobody listens.
     explicit VirtualReader(std::shared_ptr<Passport> passport, int port = usualPort);
+    /// The same with the reader of a service of its own, in slot 0 or 1. The service may end before the reader.
+    VirtualReader(std::shared_ptr<Passport> passport, const CardService& service, int slot = 0);
     VirtualReader(const VirtualReader&) = delete;
     VirtualReader& operator=(const VirtualReader&) = delete;
     /// Takes the card off the reader; the passport stays as it is.
