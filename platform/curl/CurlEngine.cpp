@@ -1,5 +1,6 @@
 #include "platform/curl/CurlEngine.hpp"
 
+#include "platform/curl/CurlServers.hpp"
 #include "platform/curl/WaitingTransfers.hpp"
 #include "platform/posix/BackgroundThread.hpp"
 
@@ -9,17 +10,14 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <string_view>
+#include <ranges>
+#include <string>
 #include <utility>
 
 namespace kivo::platform {
 namespace {
 
-// Further requests to the same server wait, as servers expect of a polite client. They wait here and not in libcurl:
-// some versions of libcurl forget waiting requests when connections end together, and do not time them out.
-constexpr std::ptrdiff_t requestsPerServer = 6;
 constexpr int longPollMs = 3'600'000;
 constexpr int blindPollMs = 20;
 
@@ -30,7 +28,11 @@ class CurlEngine::Loop {
 public:
     explicit Loop(CurlEngine& engine)
         : engine_{engine}
-        , multi_{curl_multi_init()} {}
+        , multi_{curl_multi_init()}
+        , servers_{engine.sharesConnections_} {
+        const long sharing = engine.sharesConnections_ ? CURLPIPE_MULTIPLEX : CURLPIPE_NOTHING;
+        curl_multi_setopt(multi_, CURLMOPT_PIPELINING, sharing);
+    }
 
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
@@ -40,8 +42,7 @@ public:
     void run() {
         while (takeCommands()) {
             do {
-                int running = 0;
-                curl_multi_perform(multi_, &running);
+                perform();
                 collect();
                 startWaiting();
             } while (!waitForWork());
@@ -90,16 +91,12 @@ private:
     void take(std::shared_ptr<CurlTransfer> transfer) {
         if (transfer->isCancelled() || commands_.stopping) {
             endCancelled(std::move(transfer));
-        } else if (hasRoom(transfer->server()) && transfer->deadline() > std::chrono::steady_clock::now()) {
+        } else if (const auto now = std::chrono::steady_clock::now();
+                   transfer->deadline() > now && servers_.at(transfer->server()).hasRoom(now)) {
             begin(std::move(transfer));
         } else {
             waiting_.add(std::move(transfer));
         }
-    }
-
-    bool hasRoom(std::string_view server) const {
-        const auto goesThere = [&](const Active& entry) { return entry.transfer->server() == server; };
-        return std::ranges::count_if(active_, goesThere) < requestsPerServer;
     }
 
     // Begins the waiting transfers that may start now, in their order, and ends the transfers whose time is up.
@@ -112,7 +109,8 @@ private:
             late->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
             handOver(std::move(late));
         }
-        while (auto next = waiting_.takeNext([this](std::string_view server) { return hasRoom(server); })) {
+        const auto hasRoom = [&](const std::string& server) { return servers_.at(server).hasRoom(now); };
+        while (auto next = waiting_.takeNext(hasRoom)) {
             begin(std::move(next));
         }
     }
@@ -120,9 +118,11 @@ private:
     void begin(std::shared_ptr<CurlTransfer> transfer) {
         Active entry{.transfer = std::move(transfer), .jar = nullptr, .easy = handles_.take()};
         entry.jar = entry.transfer->jar();
-        const bool isPrepared = entry.transfer->prepare(entry.easy.get(), sockets_);
+        const bool isPrepared =
+            entry.transfer->prepare(entry.easy.get(), sockets_, servers_.at(entry.transfer->server()));
         if (isPrepared && curl_multi_add_handle(multi_, entry.easy.get()) == CURLM_OK) {
             active_.push_back(std::move(entry));
+            hasBegun_ = true;
             return;
         }
         if (isPrepared) {
@@ -132,9 +132,23 @@ private:
         handles_.giveBack(std::move(entry.easy));
     }
 
+    // When a request begins or is given up, libcurl may forget to wake the requests for which it has just read bytes
+    // from a shared connection. All of them get another look then.
+    void perform() {
+        auto alive = std::ssize(active_);
+        bool mayForget = false;
+        do {
+            int running = 0;
+            curl_multi_perform(multi_, &running);
+            mayForget = servers_.share() && (std::exchange(hasBegun_, false) || running < alive);
+            alive = running;
+        } while (mayForget);
+    }
+
     // Takes the results of the exchanges that have ended since the last call.
     void collect() {
         int left = 0;
+        std::vector<std::shared_ptr<CurlTransfer>> further;
         while (const auto* const message = curl_multi_info_read(multi_, &left)) {
             if (message->msg != CURLMSG_DONE) {
                 continue;
@@ -147,9 +161,13 @@ private:
             if (isOver) {
                 handOver(std::move(ended.transfer));
             } else {
-                waiting_.addInFront(std::move(ended.transfer));
+                further.push_back(std::move(ended.transfer));
             }
             handles_.giveBack(std::move(ended.easy));
+        }
+        // The first comes to the front last.
+        for (auto& transfer : std::views::reverse(further)) {
+            waiting_.addInFront(std::move(transfer));
         }
     }
 
@@ -183,13 +201,14 @@ private:
         return isBlind || (wake.revents != 0 && ::read(engine_.wakeDescriptor_, &count, sizeof count) > 0);
     }
 
-    // The time until the first waiting transfer has waited too long.
+    // The time until a waiting transfer's time is up, or a server has room for one.
     int patienceMs() const {
         if (waiting_.isEmpty()) {
             return longPollMs;
         }
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(waiting_.firstDeadline() - std::chrono::steady_clock::now());
+        const auto now = std::chrono::steady_clock::now();
+        const auto next = std::min(waiting_.firstDeadline(), servers_.nextRoom(now));
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - now);
         return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, longPollMs));
     }
 
@@ -214,14 +233,16 @@ private:
     CurlSockets sockets_;
     CURLM* const multi_;
     CurlHandles handles_;
+    CurlServers servers_;
     std::shared_ptr<const CookieJar> jar_ = std::make_shared<const CookieJar>();
     std::vector<Active> active_;
+    bool hasBegun_ = false;
     WaitingTransfers waiting_;
     Commands commands_;
 };
 
-std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> callbacks) {
-    auto engine = std::make_shared<CurlEngine>(std::move(callbacks));
+std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> callbacks, bool sharesConnections) {
+    auto engine = std::make_shared<CurlEngine>(std::move(callbacks), sharesConnections);
     if (ExitGuard::shared().add(engine)) {
         const auto error = startBackgroundThread("kivo-network", [engine] {
             ExitGuard::markMemberThread();
@@ -238,8 +259,9 @@ std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> cal
     return engine;
 }
 
-CurlEngine::CurlEngine(std::shared_ptr<DispatchQueue> callbacks)
+CurlEngine::CurlEngine(std::shared_ptr<DispatchQueue> callbacks, bool sharesConnections)
     : callbacks_{std::move(callbacks)}
+    , sharesConnections_{sharesConnections}
     , wakeDescriptor_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)} {}
 
 CurlEngine::~CurlEngine() {

@@ -21,9 +21,10 @@ namespace kivo::platform {
 /// All functions except `holdUntil()` may be called from any thread and never wait for the network.
 class CurlEngine final : public Stoppable {
 public:
-    static std::shared_ptr<CurlEngine> start(std::shared_ptr<DispatchQueue> callbacks);
+    /// `sharesConnections`: whether requests share a connection on which the server speaks HTTP/2.
+    static std::shared_ptr<CurlEngine> start(std::shared_ptr<DispatchQueue> callbacks, bool sharesConnections);
 
-    explicit CurlEngine(std::shared_ptr<DispatchQueue> callbacks);
+    CurlEngine(std::shared_ptr<DispatchQueue> callbacks, bool sharesConnections);
     CurlEngine(const CurlEngine&) = delete;
     CurlEngine& operator=(const CurlEngine&) = delete;
     ~CurlEngine() override;
@@ -68,6 +69,7 @@ private:
     void order(Command command);
 
     const std::shared_ptr<DispatchQueue> callbacks_;
+    const bool sharesConnections_;
     const int wakeDescriptor_;
     std::mutex mutex_;
     Commands commands_;
