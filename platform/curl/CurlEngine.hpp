@@ -32,10 +32,12 @@ public:
         networkThread,
     };
 
-    /// Without `callbacks` the callbacks run on a thread of the engine's own.
-    static std::shared_ptr<CurlEngine> start(Driver driver, std::shared_ptr<DispatchQueue> callbacks);
+    /// Without `callbacks` the callbacks run on a thread of the engine's own. `sharesConnections`: whether requests
+    /// share a connection on which the server speaks HTTP/2.
+    static std::shared_ptr<CurlEngine> start(Driver driver, std::shared_ptr<DispatchQueue> callbacks,
+                                             bool sharesConnections);
 
-    CurlEngine(Driver driver, std::shared_ptr<DispatchQueue> callbacks);
+    CurlEngine(Driver driver, std::shared_ptr<DispatchQueue> callbacks, bool sharesConnections);
     CurlEngine(const CurlEngine&) = delete;
     CurlEngine& operator=(const CurlEngine&) = delete;
     ~CurlEngine() override;
@@ -63,6 +65,10 @@ public:
 private:
     class Loop;
 
+    static constexpr int longPollMs = 3'600'000;
+    /// In place of a wait for the wake descriptor, which the system has refused.
+    static constexpr int blindPollMs = 20;
+
     bool drive() override;
     void finish() override;
     void interrupt() const override;
@@ -88,6 +94,7 @@ private:
     void order(Command command);
 
     const Driver driver_;
+    const bool sharesConnections_;
     /// Null where the callbacks run on a thread of the engine's own.
     const std::shared_ptr<DispatchQueue> callbacks_;
     CurlThreads threads_;

@@ -23,11 +23,19 @@ CurlEngine::Driver driverFor(const CurlSettings& settings) {
     return settings.judgesServerTrust ? callbackThreadWhenConnected : callbackThread;
 }
 
+/// Room for the largest answer, or none where that is too much for each of many requests.
+std::size_t answerBufferFor(const UrlSessionConfiguration& configuration) {
+    constexpr std::size_t mostShared = std::size_t{1024} * 1024;
+    // libcurl bounds a head at 128 KiB itself.
+    constexpr std::size_t headRoom = std::size_t{256} * 1024;
+    return configuration.responseLimit <= mostShared ? configuration.responseLimit + headRoom : 0;
+}
+
 class CurlUrlSession final : public UrlSession {
 public:
     CurlUrlSession(std::shared_ptr<const CurlSettings> settings, std::shared_ptr<DispatchQueue> callbacks)
         : settings_{std::move(settings)}
-        , engine_{CurlEngine::start(driverFor(*settings_), std::move(callbacks))} {}
+        , engine_{CurlEngine::start(driverFor(*settings_), std::move(callbacks), settings_->answerBuffer > 0)} {}
 
     CurlUrlSession(const CurlUrlSession&) = delete;
     CurlUrlSession& operator=(const CurlUrlSession&) = delete;
@@ -87,11 +95,13 @@ public:
                                      std::shared_ptr<DispatchQueue> delegateQueue) override {
         const bool judgesServerTrust = delegate && delegate->judgesServerTrust();
         const bool followsUploads = delegate && delegate->followsUploads();
+        const auto answerBuffer = answerBufferFor(configuration);
         auto settings = std::make_shared<const CurlSettings>(CurlSettings{.configuration = std::move(configuration),
                                                                           .trustFile = trustFile_,
                                                                           .delegate = std::move(delegate),
                                                                           .judgesServerTrust = judgesServerTrust,
-                                                                          .followsUploads = followsUploads});
+                                                                          .followsUploads = followsUploads,
+                                                                          .answerBuffer = answerBuffer});
         return std::make_shared<CurlUrlSession>(std::move(settings), std::move(delegateQueue));
     }
 

@@ -156,8 +156,10 @@ public:
     virtual ~UrlSession() = default;
 
     /// Starts a request at once. While six requests of the session to the same server are under way, a further request
-    /// waits; the wait counts towards its timeouts. An address that `parseUrl()` refuses, or that is not https, is
-    /// reported like any failure.
+    /// waits; the wait counts towards its timeouts. Over HTTP/2 a session whose `responseLimit` is at most 1 MiB may
+    /// have more requests under way, which share a connection; its first request to a server may then go ahead of the
+    /// others, for at most half a second, to learn which protocol the server speaks. An address that `parseUrl()`
+    /// refuses, or that is not https, is reported like any failure.
     virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
 
     /// Forgets the cookies received so far. Earlier requests may keep their cookies until they end. Later requests know
