@@ -107,6 +107,8 @@ ChipPage::Line ChipPage::addLine(ScreenText content) {
     line.wheel->setColor(colors.accent);
     line.wheel->setPlacement({.width = symbolSize, .height = symbolSize});
     line.wheel->startAnimating();
+    // The page's message tells of the reading.
+    line.wheel->changeAccessibility([](platform::Accessibility& it) { it.isHidden = true; });
     const auto row = page_.addRow(card_, line.wheel, line.name);
     if (line.tick) {
         row->insertSubview(line.tick, 0);

@@ -42,6 +42,8 @@ Page::Page(Look look, std::string name, ScreenText title, ScreenText message)
     title_->setMaximumContentSizeCategory(largestTitle);
     message_ = label("Message", look_.text(message));
     message_->setHidden(message.isEmpty());
+    title_->changeAccessibility([](platform::Accessibility& it) { it.isHeading = true; });
+    message_->changeAccessibility([](platform::Accessibility& it) { it.isLive = true; });
     for (const auto& each : {title_, message_}) {
         each->setTextAlignment(platform::TextAlignment::center);
         words->addSubview(each);
@@ -82,6 +84,7 @@ std::shared_ptr<platform::Label> Page::addText(std::string_view identifier, Scre
 std::shared_ptr<platform::TextField> Page::addField(std::string_view identifier, ScreenText label) {
     const auto caption = this->label(std::string{identifier} + "Label", look_.text(label));
     look_.dressCaption(*caption);
+    caption->changeAccessibility([](platform::Accessibility& it) { it.isHidden = true; }); // the field has this name
     auto field = std::make_shared<platform::TextField>();
     field->setIdentifier(name_ + std::string{identifier});
     field->setAccessibilityLabel(look_.text(label));
@@ -164,6 +167,7 @@ void Page::addChoice(std::string_view identifier, std::string_view image, Screen
         arrow->setPlacement({.width = 12, .height = 20});
         row->addSubview(arrow);
     }
+    row->changeAccessibility([](platform::Accessibility& it) { it.isHidden = true; }); // the button has this name
     const auto button = std::make_shared<platform::Button>();
     button->setIdentifier(name_ + std::string{identifier});
     button->setAccessibilityLabel(look_.text(title));

@@ -41,6 +41,7 @@ void TypingPage::addFields(bool offersAccessNumber) {
     }
     fault_ = page_.label("Fault", {});
     page_.look().dressCaption(*fault_);
+    fault_->changeAccessibility([](platform::Accessibility& it) { it.isLive = true; });
     fault_->setTextColor(page_.look().colors().error);
     page_.addButton("Continue", "Continue", Page::Way::on, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
@@ -80,6 +81,10 @@ void TypingPage::showFault(const std::shared_ptr<platform::TextField>& field, Sc
     const auto& colors = page_.look().colors();
     for (const auto& each : {number_, birth_, expiry_, accessNumber_}) {
         if (each) {
+            each->changeAccessibility([&](platform::Accessibility& it) {
+                it.isInvalid = each == field;
+                it.hint = it.isInvalid ? page_.look().text(sentence) : std::string{};
+            });
             each->changeLayer(
                 [&](platform::Layer& layer) { layer.borderColor = each == field ? colors.error : colors.border; });
         }
