@@ -1,13 +1,17 @@
 // Many requests at once through the SDK, beside a loop around a bare multi handle that keeps as many requests under way
-// as the SDK: six. The simulated service answers in a process of its own.
+// as the SDK: six. The simulated service answers in a process of its own. Then the same requests through a proxy that
+// offers HTTP/2, on one connection, beside a proxy that does not, on six.
 //
 // usage: kivo-bench-many [MOST]. The figures go to standard error: standard output is the SDK's, and is thrown away.
 #include "BareCurl.hpp"
 #include "BenchHost.hpp"
 #include "Measuring.hpp"
+#include "ProxyProcess.hpp"
 #include "ServiceProcess.hpp"
 
 #include <kivo/kivo.hpp>
+#include <kivo/platform/Url.hpp>
+#include <kivo/platform/UrlSession.hpp>
 
 #include <algorithm>
 #include <atomic>
@@ -84,6 +88,69 @@ double bare(CURLM* multi, std::vector<std::unique_ptr<Handle>>& handles, const P
     });
 }
 
+/// A URL session of the platform whose requests go through a proxy.
+class ThroughProxy {
+public:
+    ThroughProxy(const Post& post, const std::string& protocols, const std::filesystem::path& folder)
+        : post_{post}
+        , proxy_{portOf(post), protocols, folder}
+        , session_{
+              platform::linuxServices(
+                  {.mainBundle = {}, .dataFolder = folder, .trustedCertificates = proxy_.trustedCertificates.string()})
+                  .urlSessions->make({.responseLimit = std::size_t{1024} * 1024})} {
+        run(static_cast<int>(underWay));
+    }
+
+    /// The milliseconds until `count` requests have been answered.
+    double run(int count) {
+        return timed([&] {
+            Answered all;
+            std::atomic<int> left = count;
+            for (int i = 0; i < count; ++i) {
+                session_->dataTask(
+                    {.url = "https://localhost:" + std::to_string(proxy_.port) + post_.url.substr(pathAt(post_)),
+                     .method = "POST",
+                     .headers = {{"Content-Type", "application/json; charset=UTF-8"}},
+                     .body = post_.body},
+                    [&](const platform::UrlOutcome& outcome) {
+                        const bool isGood = outcome && outcome->body && outcome->body->contains("\"data\"");
+                        if (!isGood || --left == 0) {
+                            all.tell(isGood);
+                        }
+                    });
+            }
+            all.await("a request through the proxy failed");
+        });
+    }
+
+private:
+    static std::size_t pathAt(const Post& post) { return post.url.find('/', std::string_view{"https://"}.size()); }
+
+    static std::uint16_t portOf(const Post& post) {
+        const auto url = platform::parseUrl(post.url);
+        return static_cast<std::uint16_t>(url ? url->port : 0);
+    }
+
+    const Post post_;
+    ProxyProcess proxy_;
+    std::shared_ptr<platform::UrlSession> session_;
+};
+
+void compareProtocols(const Post& post, const std::filesystem::path& folder, int most) {
+    ThroughProxy http1{post, "http/1.1", folder};
+    ThroughProxy http2{post, "h2", folder};
+    std::fprintf(stderr, "\n%8s  %12s  %12s\n", "at once", "HTTP/1.1 us", "HTTP/2 us");
+    for (int count = 10; count <= std::min(most, 1000); count *= 10) {
+        std::vector<double> six;
+        std::vector<double> one;
+        for (int round = std::clamp(2000 / count, 5, 30); round > 0; --round) {
+            six.push_back(http1.run(count) * 1000 / count);
+            one.push_back(http2.run(count) * 1000 / count);
+        }
+        std::fprintf(stderr, "%8d  %12.1f  %12.1f\n", count, median(six), median(one));
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -131,5 +198,6 @@ int main(int argc, char** argv) {
     found("many at once beside a bare multi handle", worst);
     handles.clear();
     curl_multi_cleanup(multi);
+    compareProtocols(post, folder.path(), most);
     return EXIT_SUCCESS;
 }

@@ -41,7 +41,7 @@ std::string twoDigits(double number) {
 }
 
 std::string withDigit(const std::string& field) {
-    return field + checkDigit(field);
+    return field + *checkDigit(field);
 }
 
 std::string filled(std::string text, std::size_t size) {
@@ -78,15 +78,15 @@ Lines randomLines(Random& random) {
     if (kind < 1) {
         const auto optional = withDigit(filled(uniform(random, 0, 1) < 0.5 ? letters(random, digits, 9) : "", 14));
         const auto second = number + state + birth + sex + expiry + optional;
-        return {filled("P<" + state + names, 44), second + checkDigit(number + birth + expiry + optional)};
+        return {filled("P<" + state + names, 44), second + *checkDigit(number + birth + expiry + optional)};
     }
     if (kind < 2) {
         const auto second = number + state + birth + sex + expiry + filled("", 7);
-        return {filled("I<" + state + names, 36), second + checkDigit(number + birth + expiry + filled("", 7))};
+        return {filled("I<" + state + names, 36), second + *checkDigit(number + birth + expiry + filled("", 7))};
     }
     const auto first = filled("ID" + state + number, 30);
     const auto second = birth + sex + expiry + state + filled("", 11);
-    return {first, second + checkDigit(first.substr(5) + birth + expiry + filled("", 11)), filled(names, 30)};
+    return {first, second + *checkDigit(first.substr(5) + birth + expiry + filled("", 11)), filled(names, 30)};
 }
 
 struct Kind {

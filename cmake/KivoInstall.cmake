@@ -32,6 +32,8 @@ if(kivo_has_reader)
   install(TARGETS kivo_reader EXPORT KivoReaderTargets LIBRARY COMPONENT reader)
   set_target_properties(kivo_reader PROPERTIES INSTALL_RPATH "$ORIGIN")
   install(DIRECTORY reader/include/kivo DESTINATION ${kivo_include_dir} COMPONENT reader)
+  install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/KivoReader.bundle DESTINATION ${CMAKE_INSTALL_DATADIR}/${kivo_versioned}
+    COMPONENT reader)
   install(EXPORT KivoReaderTargets NAMESPACE Kivo:: DESTINATION ${kivo_cmake_dir} COMPONENT reader)
 endif()
 

@@ -95,8 +95,9 @@ Lets hosts of libkivo read passports and identity cards: the page with a
 camera or by hand, the chip with a contactless card reader (PC/SC), with
 screens for the person, and checks what the issuing state has signed.
 
-This package holds the shared library, its headers and its part of the
-package for CMake. Building with it needs libkivo-dev."
+This package holds the shared library, the texts and pictures of its screens,
+its headers and its part of the package for CMake. Building with it needs
+libkivo-dev."
     DEPENDS "${kivo_library_package} (= ${kivo_release})" tesseract-ocr-eng RECOMMENDS pcscd libccid
     SUGGESTS "libkivo-dev (= ${kivo_release})" LIBRARY libkivo-reader)
 endif()

@@ -21,6 +21,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         kivo::fuzz::require(com->groups.size() <= 16);
     }
     if (const auto zone = zoneOf(bytes)) {
+        for (const auto& line : zone->lines) {
+            kivo::fuzz::require(checkDigit(line).has_value()); // has a zone's letters only
+        }
         kivo::fuzz::require(parsedZone(zone->lines)->documentNumber == zone->documentNumber);
         kivo::fuzz::require(repairedZone(zone->lines)->lines == zone->lines);
     }

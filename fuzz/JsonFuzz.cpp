@@ -1,5 +1,5 @@
 #include "FuzzInput.hpp"
-#include "platform/json/Json.hpp"
+#include "platform/json/Cursor.hpp"
 
 namespace json = kivo::json;
 using kivo::fuzz::require;
@@ -20,14 +20,17 @@ std::size_t membersOf(const json::Value& value) {
 
 } // namespace
 
-/// A value that was read is written, and read and written again as the same text. The first byte chooses the limits.
+/// A value that was read is written, and read and written again as the same text. A text that is only judged is judged
+/// alike. The first byte chooses the limits.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
         return 0;
     }
     const json::Limits limits{
         .bytes = 4096, .depth = data[0] % 16U, .members = data[0] / 4U, .comments = data[0] % 2 == 0};
-    const auto value = json::read(kivo::fuzz::textOf(data + 1, size - 1), limits);
+    const auto text = kivo::fuzz::textOf(data + 1, size - 1);
+    const auto value = json::read(text, limits);
+    require(json::refusalOf(text, limits) == (value ? std::nullopt : std::optional{value.error()}));
     if (!value) {
         require(value.error().offset < size);
         return 0;

@@ -4,6 +4,8 @@
 
 #include <kivo/kivo.h>
 
+#include <pthread.h>
+
 #include <condition_variable>
 #include <mutex>
 
@@ -12,6 +14,8 @@ namespace {
 std::mutex mutex;
 std::condition_variable left;
 int inside = 0;
+/// The part of `inside` that belongs to the calling thread.
+thread_local int insideHere = 0;
 bool isClosed = false;
 kivo_keychain keychain{};
 kivo_main_queue queue{};
@@ -22,7 +26,7 @@ public:
     Call() {
         const std::scoped_lock lock{mutex};
         isOpen_ = !isClosed;
-        inside += isOpen_ ? 1 : 0;
+        add(isOpen_ ? 1 : 0);
     }
 
     Call(const Call&) = delete;
@@ -31,7 +35,7 @@ public:
     ~Call() {
         if (isOpen_) {
             const std::scoped_lock lock{mutex};
-            inside -= 1;
+            add(-1);
             left.notify_all();
         }
     }
@@ -44,8 +48,20 @@ public:
     bool isOpen() const { return isOpen_; }
 
 private:
+    static void add(int calls) {
+        inside += calls;
+        insideHere += calls;
+    }
+
     bool isOpen_ = false;
 };
+
+/// A forked child has the thread that forked and no other, so the calls of the others never leave there.
+[[maybe_unused]] const int watchesForks = pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); },
+                                                         [] {
+                                                             inside = insideHere;
+                                                             mutex.unlock();
+                                                         });
 
 } // namespace
 

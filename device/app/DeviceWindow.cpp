@@ -190,6 +190,7 @@ QWidget* DeviceWindow::makeSide() {
                 .documentReaders = laboratory_.documentReaders,
                 .passport = laboratory_.passport,
                 .setTheme = [this](const auto& theme) { laboratory_.host->setTheme(theme); },
+                .speak = [this](const auto& language) { laboratory_.speak(language); },
                 .setAnimated = [this](bool isAnimated) { phone_->setAnimated(isAnimated); }});
     auto area = std::make_unique<QScrollArea>();
     area->setObjectName("side");

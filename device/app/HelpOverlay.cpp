@@ -30,7 +30,7 @@ HelpOverlay::HelpOverlay(const QList<QAction*>& actions, QWidget* window)
         }
     }
     lines_.append(Line{"Tab", "Go on to the next control, also on the phone"});
-    lines_.append(Line{"Enter, Esc", "Answer an alert on the phone"});
+    lines_.append(Line{"Esc", "Leave a field, an alert or a screen of the phone"});
     for (const auto& [keys, meaning] : lines_) {
         spoken.append(keys + ": " + meaning);
     }

@@ -57,6 +57,9 @@ public:
         column->setPlacement({.left = 20, .right = 20, .centerY = 0});
         column->addSubview(row);
         column->addSubview(label);
+        // The wheel is told with the same text.
+        label->changeAccessibility([](platform::Accessibility& accessibility) { accessibility.isHidden = true; });
+        veil_->changeAccessibility([](platform::Accessibility& accessibility) { accessibility.isModal = true; });
         veil_->setBackgroundColor(platform::Color::white(0, 0.7));
         veil_->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0, .ignoresSafeArea = true});
         veil_->addSubview(column);
@@ -113,6 +116,7 @@ void HomeScreen::setColors(const HostColors& colors) {
 
 std::shared_ptr<platform::View> HomeScreen::loadView() {
     outcome_->setIdentifier("outcome");
+    outcome_->changeAccessibility([](platform::Accessibility& accessibility) { accessibility.isLive = true; });
     outcome_->setFont(platform::FontMetrics::scaledFont(platform::Font::system(17)));
     outcome_->setAdjustsFontForContentSizeCategory(true);
     outcome_->setTextAlignment(platform::TextAlignment::center);
@@ -180,6 +184,11 @@ void Host::setColors(const HostColors& colors) {
     home_->setColors(colors);
     navigation_->setNavigationBarColors(colors.bar, colors.text);
     navigation_->navigationBar()->setTintColor(colors.tint);
+}
+
+void Host::returnToStart() {
+    navigation_->dismiss(/*animated=*/false);
+    navigation_->popToViewController(home_, /*animated=*/false);
 }
 
 IdvCompletion Host::onMain(Step then) {
@@ -256,6 +265,9 @@ void Host::showClosingScreen() {
     const auto storyboard = platform::Storyboard::open("ZORFramework", platform::services().bundles->main());
     const auto screen = storyboard ? (*storyboard)->instantiate("FinalStatusVC") : std::unexpected{storyboard.error()};
     if (screen) {
+        if (const auto closing = std::dynamic_pointer_cast<FinalStatusVC>(*screen)) {
+            closing->themeObj = session_->sdkTheme();
+        }
         navigation_->present(*screen, /*animated=*/true);
     } else {
         tell("There is no closing screen", screen.error());

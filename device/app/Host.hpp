@@ -41,6 +41,9 @@ public:
 
     void setColors(const HostColors& colors);
 
+    /// Takes all other screens away from the start screen.
+    void returnToStart();
+
 private:
     class Progress;
     using Step = std::function<void(Host&, const IdvOutcome&)>;

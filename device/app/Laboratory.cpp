@@ -16,12 +16,24 @@
 
 namespace kivo::device::app {
 
+namespace {
+
+/// A service with a key on a curve: an RSA key would take half of the tool's start.
+std::shared_ptr<simulator::IdentityService> makeService() {
+    simulator::IdentityServiceConfiguration configuration;
+    configuration.keyType = simulator::KeyType::ec256;
+    return std::make_shared<simulator::IdentityService>(configuration);
+}
+
+} // namespace
+
 Laboratory::Laboratory(const std::string& version, const program::TemporaryFolder& folder)
-    : service{folder.holding([] { return std::make_shared<simulator::IdentityService>(); })}
+    : service{folder.holding(makeService)}
     , camera{std::make_shared<simulator::Camera>()}
     , readID{std::make_shared<simulator::ReadID>(simulator::Reading::byPerson())}
     , faceTec{std::make_shared<simulator::FaceTec>()}
-    , window{std::make_shared<platform::Window>()} {
+    , window{std::make_shared<platform::Window>()}
+    , dataFolder_{folder.path()} {
     makeDocumentReaders(folder);
     auto services = platform::linuxServices(
         {.mainBundle = {}, .dataFolder = folder.path(), .trustedCertificates = service->trustedCertificates()});
@@ -53,6 +65,18 @@ void Laboratory::makeDocumentReaders([[maybe_unused]] const program::TemporaryFo
 
 Laboratory::~Laboratory() {
     service->onRequest({});
+}
+
+void Laboratory::speak(const std::string& language) {
+    host->returnToStart();
+    platform::Services changed;
+    changed.bundles = platform::linuxServices({.mainBundle = {},
+                                               .dataFolder = dataFolder_,
+                                               .trustedCertificates = service->trustedCertificates(),
+                                               .language = language})
+                          .bundles;
+    platform::install(changed);
+    window->setNeedsLayout();
 }
 
 void Laboratory::start() {

@@ -13,6 +13,7 @@
 #include <kivo/simulator/Passport.hpp>
 #include <kivo/simulator/ReadID.hpp>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -31,6 +32,10 @@ public:
     /// Shows the host's start screen.
     void start();
 
+    /// Returns to the start screen, and has the SDK's and the vendors' screens speak that language from then on: a name
+    /// such as "de", or an empty text for the desktop's language.
+    void speak(const std::string& language);
+
     std::shared_ptr<simulator::IdentityService> service;
     std::shared_ptr<simulator::Camera> camera;
     std::shared_ptr<simulator::ReadID> readID;
@@ -45,6 +50,7 @@ private:
     /// Adds the document reader, where it is built, to the simulated vendor's.
     void makeDocumentReaders(const program::TemporaryFolder& folder);
 
+    const std::filesystem::path dataFolder_;
     /// The simulated card reader.
     std::shared_ptr<void> desk_;
     std::unique_ptr<device::MainLoop> mainLoop_;

@@ -97,7 +97,14 @@ void drawStatusBar(QPainter& painter, const Model& model, const QRectF& display,
     const auto inset = isLow ? 12.0 : model.cornerRadius * 0.75;
     painter.setFont(fontOfBar(isLow ? 12 : 15));
     painter.setPen(ink);
-    painter.drawText(QRectF{display.left() + inset, middle - 15, 120, 30}, Qt::AlignVCenter | Qt::AlignLeft, time);
+    const auto room = display.adjusted(inset, middle - 15 - display.top(), -inset, middle + 15 - display.bottom());
+    const bool isMirrored = painter.layoutDirection() == Qt::RightToLeft;
+    // The leading edge: with the painter's direction, Qt mirrors the alignment.
+    painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft, time);
+    if (isMirrored) {
+        painter.translate(display.left() + display.right(), 0);
+        painter.scale(-1, 1);
+    }
     drawSymbols(painter, display.right() - inset - 3, middle, isLow ? 9 : 11.5, ink);
 }
 
@@ -142,7 +149,9 @@ void drawOverDisplay(QPainter& painter, const Model& model, bool isLandscape, co
         painter.drawEllipse(middle, cameraRadius * 0.45, cameraRadius * 0.45);
     }
     if (safe.top > 0) {
+        painter.save();
         drawStatusBar(painter, model, display, safe.top, time, ink);
+        painter.restore();
     }
     if (safe.bottom > 0) {
         const auto width = std::min(display.width() * 0.36, 220.0);

@@ -16,8 +16,8 @@ double marginAround(const Model& model);
 void drawBody(QPainter& painter, const Model& model, const QRectF& display);
 
 /// Draws over a picture of the display what the picture lacks: the body at the rounded corners, the camera, the status
-/// bar with `time`, and the bar at the lower edge, in `ink` at the top and `inkBelow` at the lower edge. One unit of
-/// the painter is a point.
+/// bar with `time`, and the bar at the lower edge, in `ink` at the top and `inkBelow` at the lower edge. The status bar
+/// follows the painter's layout direction. One unit of the painter is a point.
 void drawOverDisplay(QPainter& painter, const Model& model, bool isLandscape, const QRectF& display,
                      const QString& time, const QColor& ink, const QColor& inkBelow);
 

@@ -43,6 +43,7 @@ protected:
         painter.translate(1, 1);
         painter.scale(zoom, zoom);
         const auto size = frame_.model_.sizeWhen(frame_.isLandscape_);
+        painter.setLayoutDirection(frame_.readingDirection());
         drawOverDisplay(painter, frame_.model_, frame_.isLandscape_, {0, 0, size.width, size.height},
                         frame_.timeOfDay(), ink, inkBelow);
     }
@@ -89,6 +90,11 @@ QString PhoneFrame::timeOfDay() const {
     return time_.isEmpty() ? QTime::currentTime().toString("H:mm") : time_;
 }
 
+Qt::LayoutDirection PhoneFrame::readingDirection() const {
+    const bool isFromTheRight = phone_->shownWindow()->layoutDirection() == platform::LayoutDirection::rightToLeft;
+    return isFromTheRight ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
 QImage PhoneFrame::picture(double scale) {
     auto picture = phone_->picture(scale);
     QPainter painter{&picture};
@@ -97,6 +103,7 @@ QImage PhoneFrame::picture(double scale) {
     bare.cornerRadius = 0;
     bare.hasCameraInDisplay = false;
     const auto size = model_.sizeWhen(isLandscape_);
+    painter.setLayoutDirection(readingDirection());
     drawOverDisplay(painter, bare, isLandscape_, {0, 0, size.width, size.height}, timeOfDay(), glass_->ink,
                     glass_->inkBelow);
     return picture;

@@ -41,6 +41,7 @@ private:
     /// Looks at the display for the colour in which the bars can be read.
     void takeInk();
     QString timeOfDay() const;
+    Qt::LayoutDirection readingDirection() const;
     /// The display in this widget, in points of the display.
     QRectF display() const;
 

@@ -19,6 +19,12 @@
 namespace kivo::device::app {
 namespace {
 
+/// The languages of the SDK's texts, each in its own words.
+constexpr std::pair<const char*, const char*> languages[] = {
+    {"", "The desktop's"}, {"en", "English"}, {"de", "Deutsch"}, {"fr", "Français"},
+    {"es", "Español"},     {"pl", "Polski"},  {"ar", "العربية"}, {"ja", "日本語"},
+};
+
 using namespace std::chrono_literals;
 
 constexpr auto refreshInterval = 200ms;
@@ -318,8 +324,22 @@ void SteeringPanel::addLook(QGroupBox& box) {
         theme.addItem(each.name);
     }
     theme.setToolTip("The SDK's screens wear the theme from the next screen on");
-    connect(&theme, &QComboBox::currentIndexChanged, this,
-            [this](int index) { steered_.setTheme(themePresets().at(static_cast<std::size_t>(index)).make()); });
+    const auto setTheme = [this, &theme] {
+        steered_.setTheme(themePresets().at(static_cast<std::size_t>(theme.currentIndex())).make());
+    };
+    connect(&theme, &QComboBox::currentIndexChanged, this, setTheme);
+    if (steered_.speak) {
+        auto& language = addRow<Chooser>(*rows, "Language");
+        for (const auto& [name, title] : languages) {
+            language.addItem(QString::fromUtf8(title), QString{name});
+        }
+        language.setToolTip("The phone returns to the host, and the next screens speak the language");
+        connect(&language, &QComboBox::currentIndexChanged, this, [this, &language, setTheme] {
+            steered_.speak(language.currentData().toString().toStdString());
+            // A theme takes some of its texts from the tables when the theme is made.
+            setTheme();
+        });
+    }
     auto& dark = addRow<Switch>(*rows, "", "Dark appearance");
     dark.setAccessibleName(dark.text());
     connect(&dark, &Switch::toggled, this, [this](bool isDark) {

@@ -20,6 +20,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace kivo::device::app {
@@ -36,6 +37,8 @@ struct Steered {
     std::shared_ptr<simulator::Passport> passport{};
     /// Sets the theme of the screens that come later.
     std::function<void(const std::shared_ptr<ThemeCustomization>&)> setTheme;
+    /// Sets the language of the screens that come later; empty where there is no choice.
+    std::function<void(const std::string&)> speak{};
     /// Sets whether the phone moves what happens; empty where nothing moves.
     std::function<void(bool)> setAnimated{};
 };

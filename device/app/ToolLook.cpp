@@ -40,7 +40,7 @@ QTabBar::tab { background: transparent; color: @faint; padding: 7px 14px; border
 QTabBar::tab:selected { color: @text; border-bottom: 2px solid @accent; }
 QTabBar::tab:focus { color: @accent; }
 QTreeView, QPlainTextEdit { background: @card; color: @text; border: none; border-radius: 10px; selection-background-color: @accent; selection-color: @onAccent; }
-QTreeView::item { padding: 3px 0; }
+QTreeView::item { padding: 3px 5px; }
 QHeaderView::section { background: @card; color: @faint; border: none; border-bottom: 1px solid @line; padding: 6px 8px; font-weight: 500; }
 QSplitter::handle { background: transparent; }
 QScrollBar:vertical { background: transparent; width: 11px; margin: 0; }

@@ -9,7 +9,10 @@
 #include <kivo/kivo.hpp>
 
 #include <QApplication>
+#include <QEvent>
 #include <QPointer>
+#include <QTimer>
+#include <QWidget>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -35,7 +38,24 @@ std::unique_ptr<QApplication> startQt(int& argc, char** argv) {
     return application;
 }
 
-int show(const std::string& version, const program::TemporaryFolder& folder) {
+/// Ends the program when the window has been drawn once.
+class UntilShown final : public QObject {
+public:
+    explicit UntilShown(QWidget& window)
+        : QObject{&window} {
+        window.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            // Qt hands the drawn window to the display before the loop goes on.
+            QTimer::singleShot(0, qApp, &QApplication::quit);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+int show(const std::string& version, const program::TemporaryFolder& folder, bool untilShown) {
     dressApplication(isDesktopDark());
     Laboratory laboratory{version, folder};
     DeviceWindow window{laboratory};
@@ -45,6 +65,9 @@ int show(const std::string& version, const program::TemporaryFolder& folder) {
         }
     }};
     laboratory.start();
+    if (untilShown) {
+        std::make_unique<UntilShown>(window).release(); // the window's child
+    }
     window.show();
     window.focusPhone();
     const int result = QApplication::exec();
@@ -73,6 +96,8 @@ int main(int argc, char** argv) {
         line.value("--interface", "NN",
                    "interface version to load: " + program::listed(versions) + " (default " + version + ")",
                    program::oneOf(versions, version));
+        bool untilShown = false;
+        line.flag("--until-shown", untilShown, "end when the window has been drawn once, to measure the start");
         if (const auto status = line.read(argc, argv)) {
             return *status;
         }
@@ -81,6 +106,6 @@ int main(int argc, char** argv) {
         const program::TemporaryFolder folder{"kivo-device"};
         const auto application = folder.holding([&] { return startQt(argc, argv); });
         QApplication::setApplicationName("kivo-device");
-        return show(version, folder);
+        return show(version, folder, untilShown);
     });
 }

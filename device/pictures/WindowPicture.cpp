@@ -1,11 +1,13 @@
 #include "WindowPicture.hpp"
 
+#include "WindowContrast.hpp"
 #include "app/DeviceWindow.hpp"
 #include "app/Laboratory.hpp"
 #include "app/ToolLook.hpp"
 #include "program/Temporary.hpp"
 
 #include <kivo/SdkVersions.hpp>
+#include <kivo/device/TextContrast.hpp>
 #include <kivo/simulator/FaultText.hpp>
 #include <kivo/simulator/Person.hpp>
 
@@ -14,6 +16,7 @@
 #include <QSize>
 #include <QTime>
 #include <algorithm>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
@@ -22,6 +25,7 @@ namespace {
 
 constexpr QSize laptop{1346, 716}; // 1366 x 768 without a frame and a task bar
 constexpr auto timeOnThePhone = "9:30";
+constexpr double leastContrast = 4.5;
 
 void require(const simulator::Person::Outcome& outcome) {
     if (!outcome) {
@@ -47,6 +51,20 @@ void walk(app::Laboratory& laboratory) {
     laboratory.service->inject(simulator::Endpoint::commit, simulator::faultFromText("delay:2s").value(),
                                simulator::Calls::only(1));
     require(person.tap("readDocument"));
+}
+
+/// Prints how well the texts of the tool stand out, and throws where one does not.
+void requireContrast(app::DeviceWindow& window, platform::Window& phone, const QImage& picture) {
+    const auto found = widgetContrast(window, window.frame(), picture);
+    std::printf("%d texts of the tool, least contrast %.1f of %.1f\n", found.texts, found.least, leastContrast);
+    for (const auto& each : textContrasts(phone)) {
+        if (each.contrast < each.least) {
+            throw std::runtime_error{"on the phone a text hardly stands out: " + each.text};
+        }
+    }
+    if (found.texts == 0 || found.least < leastContrast) {
+        throw std::runtime_error{"a text of the tool hardly stands out"};
+    }
 }
 
 } // namespace
@@ -75,6 +93,7 @@ QImage windowPicture(bool isDark) {
     QApplication::processEvents();
     auto picture = window.grab().toImage();
     picture.setDevicePixelRatio(1);
+    requireContrast(window, *laboratory.window, picture);
     return picture;
 }
 

@@ -31,7 +31,8 @@ constexpr int framesOfPassage = 2;
 struct Job {
     std::string name;
     std::string file;
-    bool isDark = false;
+    pictures::Page page;
+    bool isFromTheRight = false;
     std::vector<pictures::Step> steps;
     std::vector<std::string> folders;
 };
@@ -66,14 +67,14 @@ QByteArray animation(const Job& job) {
     for (std::size_t i = 0; i < job.steps.size(); ++i) {
         const auto& now = job.steps[i].screen;
         const auto& next = job.steps[(i + 1) % job.steps.size()].screen;
-        made.add(pictures::phone(now, animationWidth, job.isDark), shown);
+        made.add(pictures::phone(now, animationWidth, job.page), shown);
         for (int step = 1; step <= framesOfPassage; ++step) {
             const auto rest = 1 - static_cast<double>(step) / (framesOfPassage + 1);
             auto between = now;
             QPainter painter{&between};
             painter.drawImage(QPointF{next.width() * rest * rest, 0}, next);
             painter.end();
-            made.add(pictures::phone(between, animationWidth, job.isDark), moving);
+            made.add(pictures::phone(between, animationWidth, job.page), moving);
         }
     }
     return made.file();
@@ -89,7 +90,7 @@ int compare(const Job& job) {
 
 int make(const Job& job) {
     if (job.name == "window" && !job.file.empty()) {
-        save(job.file, pictures::windowPicture(job.isDark));
+        save(job.file, pictures::windowPicture(job.page.isDark));
         return EXIT_SUCCESS;
     }
     if (job.steps.empty()) {
@@ -97,7 +98,7 @@ int make(const Job& job) {
         return 2;
     }
     if (job.name == "strip") {
-        save(job.file, pictures::strip(job.steps, stripWidth, job.isDark));
+        save(job.file, pictures::strip(job.steps, stripWidth, job.page));
     } else {
         write(job.file, animation(job));
     }
@@ -109,15 +110,16 @@ int make(const Job& job) {
 int main(int argc, char** argv) {
     return program::run("kivo-pictures", [&]() -> int {
         Job job;
-        program::CommandLine line{
-            {.name = "kivo-pictures",
-             .arguments = "[--dark] strip|animation FILE CAPTION=SCREEN... | window FILE | compare FOLDER FOLDER",
-             .purpose = "Makes pictures for the documentation out of pictures of screens, or "
-                        "compares the pictures of two folders.\n",
-             .statuses = {{0, "the picture is written, or the folders hold the same pictures"},
-                          {1, "the picture could not be written, or a picture differs"},
-                          {2, "the command line is wrong"}}}};
-        line.flag("--dark", job.isDark, "for a dark page");
+        program::CommandLine line{{.name = "kivo-pictures",
+                                   .arguments = "[--dark] [--right-to-left] strip|animation FILE CAPTION=SCREEN... | "
+                                                "window FILE | compare FOLDER FOLDER",
+                                   .purpose = "Makes pictures for the documentation out of pictures of screens, or "
+                                              "compares the pictures of two folders.\n",
+                                   .statuses = {{0, "the picture is written, or the folders hold the same pictures"},
+                                                {1, "the picture could not be written, or a picture differs"},
+                                                {2, "the command line is wrong"}}}};
+        line.flag("--dark", job.page.isDark, "for a dark page");
+        line.flag("--right-to-left", job.isFromTheRight, "for phones of a person who reads from the right");
         line.arguments([&](const std::string& text) -> std::string {
             if (job.name.empty()) {
                 job.name = text;
@@ -143,6 +145,7 @@ int main(int argc, char** argv) {
         if (const auto status = line.read(argc, argv)) {
             return *status;
         }
+        job.page.direction = job.isFromTheRight ? Qt::RightToLeft : Qt::LeftToRight;
         if (job.name == "compare" && job.folders.size() != 2) {
             program::complain("compare takes two folders");
             return 2;

@@ -1,7 +1,5 @@
 #include "Content.hpp"
 
-#include "Text.hpp"
-
 #include <kivo/platform/Text.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
@@ -67,14 +65,21 @@ bool isTinted(const platform::Button& button) {
                       around->accessibilityRole() == platform::AccessibilityRole::alert);
 }
 
-void drawLabel(QPainter& painter, const platform::Label& label) {
+/// Where the lines of a label stand. Qt does not turn `AlignLeft` round for a language that is read from the right.
+Qt::Alignment alignmentOf(const platform::Label& label) {
+    const bool isMirrored = label.textAlignment() == platform::TextAlignment::natural &&
+                            label.layoutDirection() == platform::LayoutDirection::rightToLeft;
+    return isMirrored ? Qt::AlignRight | Qt::AlignAbsolute : toQt(label.textAlignment());
+}
+
+void drawLabel(QPainter& painter, const platform::Label& label, const Letters& letters) {
     const bool isLong = dynamic_cast<const platform::TextView*>(&label) != nullptr;
     painter.setPen(toQt(label.textColor(), label.userInterfaceStyle()));
     drawText(painter, bounds(label), toQt(label.text()), toQt(label.fittedFont()),
-             toQt(label.textAlignment()) | (isLong ? Qt::AlignTop : Qt::AlignVCenter));
+             alignmentOf(label) | (isLong ? Qt::AlignTop : Qt::AlignVCenter), letters);
 }
 
-void drawButton(QPainter& painter, const platform::Button& button) {
+void drawButton(QPainter& painter, const platform::Button& button, const Letters& letters) {
     const auto area = bounds(button);
     const auto color = titleColor(button);
     painter.setOpacity(painter.opacity() * (button.isEnabled() ? 1 : disabledOpacity));
@@ -98,7 +103,7 @@ void drawButton(QPainter& painter, const platform::Button& button) {
     painter.setPen(color);
     const auto alignment = button.textAlignment() == platform::TextAlignment::natural ? Qt::Alignment{Qt::AlignHCenter}
                                                                                       : toQt(button.textAlignment());
-    drawText(painter, titleArea, toQt(button.title()), toQt(button.shownFont()), alignment | Qt::AlignVCenter);
+    drawText(painter, titleArea, toQt(button.title()), toQt(button.shownFont()), alignment | Qt::AlignVCenter, letters);
 }
 
 void drawCursor(QPainter& painter, const platform::TextField& field, const QRectF& area, const QFont& font) {
@@ -115,7 +120,7 @@ void drawCursor(QPainter& painter, const platform::TextField& field, const QRect
                      toQt(field.tintColor().value_or(Color::systemBlue()), field.userInterfaceStyle()));
 }
 
-void drawField(QPainter& painter, const platform::TextField& field) {
+void drawField(QPainter& painter, const platform::TextField& field, const Letters& letters) {
     const auto area = textArea(field);
     const auto font = shownFont(field);
     const auto& attributes = field.attributedText();
@@ -127,7 +132,7 @@ void drawField(QPainter& painter, const platform::TextField& field) {
     const auto text = toQt(field.shownText());
     auto line = area;
     line.setWidth(std::max(area.width(), measureText(text, font, 1e6).width));
-    drawText(painter, line, text, font, toQt(field.textAlignment()) | Qt::AlignVCenter);
+    drawText(painter, line, text, font, toQt(field.textAlignment()) | Qt::AlignVCenter, letters);
     if (field.isFirstResponder()) {
         drawCursor(painter, field, area, font);
     }
@@ -214,12 +219,12 @@ QFont shownFont(const platform::TextField& field) {
 
 void drawContent(QPainter& painter, platform::View& view, const DrawState& state) {
     if (const auto* label = dynamic_cast<platform::Label*>(&view)) {
-        drawLabel(painter, *label);
+        drawLabel(painter, *label, state.letters);
     } else if (const auto* button = dynamic_cast<platform::Button*>(&view)) {
-        drawButton(painter, *button);
+        drawButton(painter, *button, state.letters);
     } else if (const auto* field = dynamic_cast<platform::TextField*>(&view)) {
         if (!state.isDrawnElsewhere(*field)) {
-            drawField(painter, *field);
+            drawField(painter, *field, state.letters);
         }
     } else if (const auto* image = dynamic_cast<platform::ImageView*>(&view)) {
         drawImage(painter, *image);

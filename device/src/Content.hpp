@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Text.hpp"
+
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/TextField.hpp>
 #include <kivo/platform/ui/View.hpp>
@@ -12,6 +14,7 @@ namespace kivo::device {
 
 /// The changing part of a drawing of a tree.
 struct DrawState {
+    Letters letters{};
     /// The turn of the activity indicators, from 0 to 1.
     double turn = 0;
     /// Whether a line edit draws the field's text.

@@ -4,12 +4,15 @@
 #include "Text.hpp"
 
 #include <kivo/platform/Text.hpp>
+#include <kivo/platform/ui/StackView.hpp>
 
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPalette>
 #include <algorithm>
+#include <iterator>
+#include <memory>
 #include <utility>
 
 namespace kivo::device {
@@ -108,7 +111,27 @@ void FieldEdit::keyPressEvent(QKeyEvent* event) {
         changed_();
         return;
     }
+    if (event->modifiers() == Qt::NoModifier && movesToNeighbour(event->key())) {
+        changed_();
+        return;
+    }
     QLineEdit::keyPressEvent(event);
+}
+
+bool FieldEdit::movesToNeighbour(int key) {
+    const auto row = std::dynamic_pointer_cast<platform::StackView>(field_->superview());
+    const bool isBox = row && row->axis() == platform::StackView::Axis::horizontal && text().size() <= 1;
+    if (!isBox || (key != Qt::Key_Left && key != Qt::Key_Right)) {
+        return false;
+    }
+    const auto& boxes = row->subviews();
+    const bool isMirrored = row->layoutDirection() == platform::LayoutDirection::rightToLeft;
+    const auto step = (key == Qt::Key_Right) == isMirrored ? -1 : 1;
+    const auto next = std::ranges::find(boxes, field_) - boxes.begin() + step;
+    if (next >= 0 && next < std::ssize(boxes)) {
+        boxes[static_cast<std::size_t>(next)]->becomeFirstResponder();
+    }
+    return true;
 }
 
 platform::TextRange FieldEdit::range(qsizetype begin, qsizetype end, const QString& text) const {

@@ -36,6 +36,8 @@ protected:
 private:
     void apply(const QString& edited);
     void pushSelection();
+    /// Moves the input to the field beside this one in a row of boxes. Returns whether the key does so.
+    bool movesToNeighbour(int key);
     platform::TextRange range(qsizetype begin, qsizetype end, const QString& text) const;
 
     std::shared_ptr<platform::TextField> field_;

@@ -1,4 +1,5 @@
 #include "Content.hpp"
+#include "Contrast.hpp"
 #include "Drawing.hpp"
 #include "Text.hpp"
 
@@ -7,14 +8,17 @@
 #include <kivo/platform/ui/Control.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
 
 #include <QColor>
 #include <QTextBoundaryFinder>
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace kivo::device {
 namespace {
@@ -152,22 +156,53 @@ std::optional<QColor> inkOf(const View& view) {
     return std::nullopt;
 }
 
-/// The relative luminance in the sense of the Web Content Accessibility Guidelines.
-double luminance(const QColor& color) {
-    const auto linear = [](double level) {
-        return level <= 0.04045 ? level / 12.92 : std::pow((level + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
 bool contrasts(const View& view, double leastContrast) {
     const auto ink = inkOf(view);
     if (!ink) {
         return true;
     }
     const auto ground = groundOf(view);
-    const auto [darker, lighter] = std::minmax({luminance(ground), luminance(blended(*ink, ground))});
-    return (lighter + 0.05) / (darker + 0.05) >= leastContrast;
+    return contrastOf(ground, blended(*ink, ground)) >= leastContrast;
+}
+
+const platform::ScrollView* scrollAround(const View& view) {
+    const auto around = view.superview();
+    const auto* const scroll = dynamic_cast<const platform::ScrollView*>(around.get());
+    return scroll != nullptr || !around ? scroll : scrollAround(*around);
+}
+
+/// Whether a person reads `first` after `second`: it stands below, or behind in the line.
+bool isReadAfter(const View& first, const View& second) {
+    const auto place = toQt(first.frameOnScreen());
+    const auto other = toQt(second.frameOnScreen());
+    const bool isMirrored = first.superview()->layoutDirection() == platform::LayoutDirection::rightToLeft;
+    const bool isBehind =
+        isMirrored ? place.right() <= other.left() + tolerance : place.left() >= other.right() - tolerance;
+    const bool isInOneLine = place.top() < other.bottom() - tolerance && place.bottom() > other.top() + tolerance;
+    return isInOneLine ? isBehind : place.top() >= other.bottom() - tolerance;
+}
+
+/// The faults of what assistive technology tells.
+void findToldFaults(platform::Window& window, std::vector<std::string>& faults) {
+    const platform::AccessibilityElement* former = nullptr;
+    std::set<std::pair<platform::AccessibilityRole, std::string>> names;
+    const auto elements = platform::accessibilityElements(window);
+    for (const auto& element : elements) {
+        if (!isControl(*element.view)) {
+            continue;
+        }
+        if (element.name.empty()) {
+            faults.push_back(named(*element.view) + " has no name for assistive technology");
+        } else if (!names.emplace(element.role, element.name).second) {
+            faults.push_back(named(*element.view) + " has the name of another control, \"" + element.name + "\"");
+        }
+        // What is scrolled lies anywhere beside what is not.
+        if (former != nullptr && scrollAround(*former->view) == scrollAround(*element.view) &&
+            isReadAfter(*former->view, *element.view)) {
+            faults.push_back(named(*former->view) + " is told before " + named(*element.view));
+        }
+        former = &element;
+    }
 }
 
 } // namespace
@@ -217,6 +252,7 @@ std::vector<std::string> layoutFaults(platform::Window& window, double leastCont
             }
         }
     }
+    findToldFaults(window, faults);
     return faults;
 }
 

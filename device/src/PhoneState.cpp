@@ -1,6 +1,8 @@
 #include "PhoneState.hpp"
 
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
+#include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/Keyboard.hpp>
 #include <kivo/platform/ui/PreviewView.hpp>
 
 #include <QGuiApplication>
@@ -126,6 +128,18 @@ void PhoneView::State::tick() {
     }
     eachMoving(*window, [this](platform::View& view) { repaints_.note(view); });
     redraw();
+}
+
+bool PhoneView::State::leave() {
+    if (const auto alert = std::dynamic_pointer_cast<platform::AlertController>(window->visibleViewController())) {
+        alert->cancel();
+        return true;
+    }
+    if (const auto edited = platform::Keyboard::firstResponder(); edited && edited->isDescendantOf(*window)) {
+        return window->endEditing();
+    }
+    const auto back = controls.focusable("backButton");
+    return back && back->touch();
 }
 
 void PhoneView::State::setZoom(double zoom) {

@@ -36,6 +36,10 @@ public:
     /// Moves everything that moves to its place at the present time.
     void tick();
 
+    /// A person's wish to leave: cancels an alert, ends an edit, or goes back. Returns whether there was something to
+    /// leave.
+    bool leave();
+
     void setZoom(double zoom);
 
     double zoom() const { return zoom_; }

@@ -1,7 +1,8 @@
 #include "PhoneState.hpp"
 
 #include <kivo/device/PhoneView.hpp>
-#include <kivo/platform/ui/AlertController.hpp>
+#include <kivo/platform/ui/LayoutDirection.hpp>
+#include <kivo/platform/ui/ScrollView.hpp>
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -10,6 +11,9 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <map>
+#include <optional>
+#include <ranges>
 #include <utility>
 
 namespace kivo::device {
@@ -19,6 +23,61 @@ constexpr double smallestZoom = 0.1;
 constexpr double largestZoom = 4;
 constexpr double wheelNotch = 120; // the usual step of a wheel, in eighths of a degree
 constexpr double lineHeight = 20;  // of the lines by which a wheel scrolls, as in Qt's own scroll areas
+
+/// The topmost scroll view on the display that has more content than room; null without such a view.
+std::shared_ptr<platform::ScrollView> scrollIn(const std::shared_ptr<platform::View>& view) {
+    if (!view->isVisible()) {
+        return nullptr;
+    }
+    for (const auto& subview : view->subviews() | std::views::reverse) {
+        if (auto found = scrollIn(subview)) {
+            return found;
+        }
+    }
+    auto scroll = std::dynamic_pointer_cast<platform::ScrollView>(view);
+    return scroll && scroll->contentSize().height > scroll->frame().size.height ? scroll : nullptr;
+}
+
+/// Whether the key scrolled.
+bool scrolls(const platform::Window& window, int key) {
+    std::shared_ptr<platform::ScrollView> scroll;
+    for (const auto& view : window.reachableViews()) {
+        scroll = scroll ? scroll : scrollIn(view);
+    }
+    if (!scroll) {
+        return false;
+    }
+    const auto page = scroll->frame().size.height - lineHeight;
+    const std::map<int, double> distances{{Qt::Key_Up, -lineHeight},
+                                          {Qt::Key_Down, lineHeight},
+                                          {Qt::Key_PageUp, -page},
+                                          {Qt::Key_PageDown, page},
+                                          {Qt::Key_Home, -scroll->contentSize().height},
+                                          {Qt::Key_End, scroll->contentSize().height}};
+    const auto found = distances.find(key);
+    if (found == distances.end()) {
+        return false;
+    }
+    scroll->setContentOffset(scroll->contentOffset() + found->second);
+    return true;
+}
+
+/// Whether an arrow key leads to the next control, or to the former one; absent for another key.
+std::optional<bool> leadsOn(int key, platform::LayoutDirection direction) {
+    const bool isMirrored = direction == platform::LayoutDirection::rightToLeft;
+    switch (key) {
+    case Qt::Key_Down:
+        return true;
+    case Qt::Key_Up:
+        return false;
+    case Qt::Key_Right:
+        return !isMirrored;
+    case Qt::Key_Left:
+        return isMirrored;
+    default:
+        return std::nullopt;
+    }
+}
 
 /// Whether the key puts a text into a field.
 bool isTyping(const QKeyEvent& event) {
@@ -43,6 +102,8 @@ PhoneView::PhoneView(std::shared_ptr<platform::Window> window, QWidget* parent)
 
 PhoneView::~PhoneView() {
     state_->window->setObserver({});
+    // The controls go with the state, and Qt may then ask for the next focus.
+    const auto last = std::exchange(state_, nullptr);
 }
 
 const std::shared_ptr<platform::Window>& PhoneView::shownWindow() const {
@@ -114,17 +175,27 @@ void PhoneView::wheelEvent(QWheelEvent* event) {
 }
 
 void PhoneView::keyPressEvent(QKeyEvent* event) {
-    const auto alert = std::dynamic_pointer_cast<platform::AlertController>(state_->window->visibleViewController());
-    if (alert && event->key() == Qt::Key_Escape) {
-        alert->cancel();
+    const auto onward = leadsOn(event->key(), state_->window->layoutDirection());
+    const bool isOnControl = QApplication::focusWidget() != this;
+    const bool isTaken = (event->key() == Qt::Key_Escape && state_->leave()) ||
+                         (onward && isOnControl && state_->controls.moveFocus(*onward)) ||
+                         scrolls(*state_->window, event->key());
+    if (isTaken) {
         synchronize();
-    } else if (auto* const edit = isTyping(*event) ? state_->controls.firstEdit(*state_->window) : nullptr;
-               edit != nullptr && !edit->hasFocus()) {
+        return;
+    }
+    auto* const edit = isTyping(*event) ? state_->controls.firstEdit() : nullptr;
+    if (edit != nullptr && !edit->hasFocus()) {
         edit->setFocus(Qt::OtherFocusReason);
         QCoreApplication::sendEvent(edit, event);
     } else {
         QWidget::keyPressEvent(event);
     }
+}
+
+bool PhoneView::focusNextPrevChild(bool next) {
+    const bool staysHere = state_ && state_->controls.keepsFocus();
+    return staysHere ? state_->controls.moveFocus(next) : QWidget::focusNextPrevChild(next);
 }
 
 void PhoneView::timerEvent(QTimerEvent* /*event*/) {

@@ -67,6 +67,8 @@ public:
         return writePng(pictureOf(window, scale, {}), file);
     }
 
+    std::vector<TextContrast> contrasts(platform::Window& window) override { return textContrasts(window); }
+
 private:
     std::unique_ptr<OffscreenApplication> application_;
 };

@@ -1,5 +1,7 @@
 #include "Text.hpp"
 
+#include "Balance.hpp"
+
 #include <kivo/device/Fonts.hpp>
 
 #include <QFontDatabase>
@@ -43,6 +45,15 @@ public:
     double height() const { return std::max(height_, lineHeight_); }
 
     void draw(QPainter& painter, QPointF position) const { layout_.draw(&painter, position); }
+
+    /// Fills the place of each line, in whole pixels.
+    void fill(QPainter& painter, QPointF position, const QColor& color) const {
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        for (int i = 0; i < layout_.lineCount(); ++i) {
+            painter.fillRect(layout_.lineAt(i).naturalTextRect().translated(position), color);
+        }
+        painter.setRenderHint(QPainter::Antialiasing);
+    }
 
 private:
     QTextLayout layout_;
@@ -140,10 +151,17 @@ platform::Size measureText(const QString& text, const QFont& font, double widthL
     return {std::min(std::ceil(lines.widest()), widthLimit), std::ceil(lines.height())};
 }
 
-void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment) {
-    const Lines lines{text, font, area.width(), alignment & Qt::AlignHorizontal_Mask};
+void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment,
+              const Letters& letters) {
+    const auto shown = alignment.testFlag(Qt::AlignHCenter) ? balanced(text, font, area.width()) : text;
+    const Lines lines{shown, font, area.width(), alignment & Qt::AlignHorizontal_Mask};
     const auto spare = alignment.testFlag(Qt::AlignVCenter) ? (area.height() - lines.height()) / 2 : 0;
-    lines.draw(painter, {area.x(), area.y() + std::max(spare, 0.0)});
+    const QPointF position{area.x(), area.y() + std::max(spare, 0.0)};
+    if (letters.areBlocks) {
+        lines.fill(painter, position, letters.color.value_or(painter.pen().color()));
+    } else if (letters.areDrawn) {
+        lines.draw(painter, position);
+    }
 }
 
 std::shared_ptr<platform::Fonts> fonts() {

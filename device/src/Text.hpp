@@ -33,8 +33,18 @@ Qt::Alignment toQt(platform::TextAlignment alignment);
 /// The size of the text with its lines broken at `widthLimit`.
 platform::Size measureText(const QString& text, const QFont& font, double widthLimit);
 
+/// How a text is drawn.
+struct Letters {
+    bool areDrawn = true;
+    /// Whether a block stands in the place of each line.
+    bool areBlocks = false;
+    /// The colour of the blocks; absent for the text's own.
+    std::optional<QColor> color{};
+};
+
 /// Draws the text into `area`, with its lines broken at the area's width: in the middle with `AlignVCenter`, otherwise
-/// at the top.
-void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment);
+/// at the top. The lines of a short centred text have like lengths.
+void drawText(QPainter& painter, const QRectF& area, const QString& text, const QFont& font, Qt::Alignment alignment,
+              const Letters& letters);
 
 } // namespace kivo::device

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -31,14 +32,22 @@ public:
     Part& part(Make make) {
         static const std::size_t index = nextIndex();
         auto& place = places_[index];
-        std::call_once(place.made, [&] { place.part = std::shared_ptr<Part>{make()}; });
+        if (auto* const made = place.address.load(std::memory_order_acquire)) {
+            return *static_cast<Part*>(made);
+        }
+        std::call_once(place.once, [&] {
+            place.part = std::shared_ptr<Part>{make()};
+            place.address.store(place.part.get(), std::memory_order_release);
+        });
         return *static_cast<Part*>(place.part.get());
     }
 
 private:
     struct Place {
-        std::once_flag made;
+        std::once_flag once;
         std::shared_ptr<void> part;
+        /// Null before the part is made.
+        std::atomic<void*> address = nullptr;
     };
 
     /// More than the classes of which a process has one; `nextIndex` ends a program that has more.

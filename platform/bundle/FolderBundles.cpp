@@ -1,16 +1,13 @@
 #include "platform/bundle/FolderBundles.hpp"
 
 #include "platform/base/Ascii.hpp"
-#include "platform/base/CodeLocation.hpp"
 #include "platform/bundle/PropertyListReader.hpp"
 #include "platform/posix/Files.hpp"
 
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <expected>
 #include <system_error>
 #include <utility>
@@ -37,52 +34,6 @@ void appendMissing(std::vector<std::string>& names, const std::vector<std::strin
             names.push_back(name);
         }
     }
-}
-
-class FolderBundles final : public Bundles {
-public:
-    FolderBundles(std::shared_ptr<Bundle> main, std::shared_ptr<Bundle> sdk)
-        : main_{std::move(main)}
-        , sdk_{std::move(sdk)} {}
-
-    std::shared_ptr<Bundle> main() override { return main_; }
-
-    std::shared_ptr<Bundle> withIdentifier(std::string_view identifier) override {
-        for (const auto& bundle : {main_, sdk_}) {
-            if (bundle->bundleIdentifier() == identifier) {
-                return bundle;
-            }
-        }
-        return nullptr;
-    }
-
-private:
-    std::shared_ptr<Bundle> main_;
-    std::shared_ptr<Bundle> sdk_;
-};
-
-fs::path installedSdkBundle() {
-    constexpr auto name = "ZORFramework.bundle";
-    constexpr auto installed = "share/kivo-" KIVO_SOVERSION; // each release has its own
-    const auto library = libraryFile().parent_path();
-    const auto program = executableFile().parent_path();
-    const std::array places{library / name, library.parent_path() / installed / name,
-                            library.parent_path().parent_path() / installed / name,
-                            program.parent_path() / "lib" / name, program.parent_path() / installed / name};
-    const auto found = std::ranges::find_if(places, [](const auto& place) {
-        std::error_code error;
-        return fs::is_directory(place, error);
-    });
-    return found == places.end() ? places.front() : *found;
-}
-
-std::vector<std::string> personLanguages() {
-    for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (const auto* locale = std::getenv(variable); locale && *locale) {
-            return languageFolders(locale);
-        }
-    }
-    return {};
 }
 
 } // namespace
@@ -306,29 +257,6 @@ void FolderBundle::reportOnce(const std::string& problem) const {
     if (diagnostics_) {
         diagnostics_->report("bundle", problem);
     }
-}
-
-std::shared_ptr<Bundles> makeFolderBundles(fs::path mainBundle, fs::path sdkBundle,
-                                           std::shared_ptr<Diagnostics> diagnostics) {
-    if (mainBundle.empty()) {
-        mainBundle = executableFile() += ".bundle";
-        if (mainBundle == ".bundle") {
-            // No file exists below a file. A folder of the working directory must not pass for the host's bundle.
-            mainBundle = "/dev/null/main.bundle";
-            diagnostics->report("bundles",
-                                "The system does not tell where the program lies, so the program's bundle cannot "
-                                "be found; name the main bundle in the options of the platform's services "
-                                "(or mount /proc, on Linux).");
-        }
-    }
-    if (sdkBundle.empty()) {
-        sdkBundle = installedSdkBundle();
-    }
-    const auto languages = personLanguages();
-    using enum FolderBundle::Presence;
-    const auto main = std::make_shared<FolderBundle>(std::move(mainBundle), optional, languages, diagnostics);
-    return std::make_shared<FolderBundles>(
-        main, std::make_shared<FolderBundle>(std::move(sdkBundle), expected, languages, diagnostics, main));
 }
 
 } // namespace kivo::platform

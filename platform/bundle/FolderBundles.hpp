@@ -70,11 +70,13 @@ std::vector<std::string> languageFolders(std::string_view locale);
 
 /// Bundles that are folders: `Info.plist` and the resources, and `<language>.lproj` folders with translated ones.
 ///
-/// The language is that of `LC_ALL`, `LC_MESSAGES` or `LANG` at the time of this call; then the bundle's
-/// `CFBundleDevelopmentRegion`, then en, then Base. An empty `mainBundle` stands for `<executable>.bundle` beside the
-/// executable, an empty `sdkBundle` for the `ZORFramework.bundle` installed or built with the library. A missing main
-/// bundle counts as an empty bundle. Everything unreadable is left out and reported to `diagnostics` once.
+/// The language is `language` or, where that is empty, that of `LC_ALL`, `LC_MESSAGES` or `LANG` at the time of this
+/// call; then the bundle's `CFBundleDevelopmentRegion`, then en, then Base. An empty `mainBundle` stands for
+/// `<executable>.bundle` beside the executable, an empty `sdkBundle` for the `ZORFramework.bundle` installed or built
+/// with the library. A missing main bundle counts as an empty bundle. The bundles of other libraries, such as the
+/// document reader's, are found by their identifiers beside `sdkBundle`. Everything unreadable is left out and reported
+/// to `diagnostics` once.
 std::shared_ptr<Bundles> makeFolderBundles(std::filesystem::path mainBundle, std::filesystem::path sdkBundle,
-                                           std::shared_ptr<Diagnostics> diagnostics);
+                                           std::shared_ptr<Diagnostics> diagnostics, std::string_view language = {});
 
 } // namespace kivo::platform

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <utility>
 
 namespace kivo::platform {
 namespace {
@@ -96,6 +97,12 @@ void CurlSending::watch(CurlOptions& options) {
         });
 }
 
+void CurlSending::end(bool isAnswered) {
+    if (auto* const server = std::exchange(server_, nullptr)) {
+        server->end(this, hasSent_, isAnswered);
+    }
+}
+
 bool CurlSending::hasLeft() const {
     return sentBefore_ && info<long>(CURLINFO_REQUEST_SIZE) > *sentBefore_;
 }
@@ -103,19 +110,24 @@ bool CurlSending::hasLeft() const {
 bool CurlSending::mayConnect() {
     wouldRepeat_ = wouldRepeat_ || hasLeft();
     sentBefore_.reset();
-    return !wouldRepeat_;
+    mustWait_ = !wouldRepeat_ && !server_->mayConnect(this, std::chrono::steady_clock::now());
+    return !wouldRepeat_ && !mustWait_;
 }
 
 bool CurlSending::maySend(std::string_view peer, int localPort) {
     wouldRepeat_ = wouldRepeat_ || hasLeft();
     const bool isReused = info<long>(CURLINFO_NUM_CONNECTS) == 0;
+    const bool isHttp2 = speaksHttp2(info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR));
     if (!wouldRepeat_ && isReused) {
         // On HTTP/2 the server may speak without being asked.
-        const bool isSilent = !speaksHttp2(info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR));
-        isConnectionOver_ = sockets_.hasEnded(peer, localPort, isSilent);
+        isConnectionOver_ = sockets_.hasEnded(peer, localPort, !isHttp2);
     }
     sentBefore_ = info<long>(CURLINFO_REQUEST_SIZE);
-    return !wouldRepeat_ && !isConnectionOver_;
+    const bool maySend = !wouldRepeat_ && !isConnectionOver_;
+    if (maySend && !std::exchange(hasSent_, true)) {
+        server_->send(this, isHttp2);
+    }
+    return maySend;
 }
 
 } // namespace kivo::platform

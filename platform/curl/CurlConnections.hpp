@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/curl/CurlHandles.hpp"
+#include "platform/curl/CurlServers.hpp"
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,8 @@ class CurlSockets {
 public:
     curl_socket_t open(const curl_sockaddr& address);
     void close(curl_socket_t socket);
+
+    bool isEmpty() const { return open_.empty(); }
 
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
     /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
@@ -31,9 +35,12 @@ private:
 /// then whether the server has read the request. The object must not move while the exchange runs. Engine's thread.
 class CurlSending {
 public:
-    CurlSending(CURL* easy, CurlSockets& sockets)
+    CurlSending(CURL* easy, CurlSockets& sockets, CurlServer& server)
         : easy_{easy}
-        , sockets_{sockets} {}
+        , sockets_{sockets}
+        , server_{&server} {
+        server.begin(std::chrono::steady_clock::now());
+    }
 
     CurlSending(const CurlSending&) = delete;
     CurlSending& operator=(const CurlSending&) = delete;
@@ -45,6 +52,12 @@ public:
 
     /// Whether the exchange ended before a byte of the request had left, because the server had ended the connection.
     bool isConnectionOver() const { return isConnectionOver_; }
+
+    /// Whether the exchange ended before it had a connection, because another request is making one that both can use.
+    bool mustWait() const { return mustWait_; }
+
+    /// Makes room at the server for another request. Further calls do nothing.
+    void end(bool isAnswered);
 
 private:
     bool hasLeft() const;
@@ -60,10 +73,14 @@ private:
 
     CURL* const easy_;
     CurlSockets& sockets_;
+    /// Null once the exchange has ended.
+    CurlServer* server_;
     /// The number of bytes sent, to a proxy for example, before the request itself was about to leave.
     std::optional<long> sentBefore_;
     bool wouldRepeat_ = false;
     bool isConnectionOver_ = false;
+    bool mustWait_ = false;
+    bool hasSent_ = false;
 };
 
 } // namespace kivo::platform

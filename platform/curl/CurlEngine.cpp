@@ -1,245 +1,31 @@
 #include "platform/curl/CurlEngine.hpp"
 
-#include "platform/curl/WaitingTransfers.hpp"
-#include "platform/posix/BackgroundThread.hpp"
+#include "platform/curl/CurlLoop.hpp"
 
-#include <openssl/crypto.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <utility>
 
 namespace kivo::platform {
-namespace {
 
-// Further requests to the same server wait, as servers expect of a polite client. They wait here and not in libcurl:
-// some versions of libcurl forget waiting requests when connections end together, and do not time them out.
-constexpr std::ptrdiff_t requestsPerServer = 6;
-constexpr int longPollMs = 3'600'000;
-constexpr int blindPollMs = 20;
-
-} // namespace
-
-// The state that belongs to the engine's thread alone.
-class CurlEngine::Loop {
-public:
-    explicit Loop(CurlEngine& engine)
-        : engine_{engine}
-        , multi_{curl_multi_init()} {}
-
-    Loop(const Loop&) = delete;
-    Loop& operator=(const Loop&) = delete;
-
-    ~Loop() { curl_multi_cleanup(multi_); }
-
-    void run() {
-        while (takeCommands()) {
-            do {
-                int running = 0;
-                curl_multi_perform(multi_, &running);
-                collect();
-                startWaiting();
-            } while (!waitForWork());
-        }
-        while (!active_.empty()) {
-            finishCancelled(active_.back().transfer);
-        }
-        while (const auto transfer = waiting_.takeLate(WaitingTransfers::Time::max())) {
-            endCancelled(transfer);
-        }
-    }
-
-private:
-    struct Active {
-        std::shared_ptr<CurlTransfer> transfer;
-        /// The transfer may be destroyed before its handle has left the jar.
-        std::shared_ptr<const CookieJar> jar;
-        EasyHandle easy;
-    };
-
-    // Carries out the commands of other threads; false when the engine is to end.
-    bool takeCommands() {
-        {
-            const std::scoped_lock lock{engine_.mutex_};
-            std::swap(commands_.list, engine_.commands_.list);
-            commands_.stopping = engine_.commands_.stopping;
-        }
-        for (auto& [what, transfer] : commands_.list) {
-            switch (what) {
-            case Command::What::add:
-                transfer->useJar(jar_);
-                take(std::move(transfer));
-                break;
-            case Command::What::cancel:
-                finishCancelled(std::move(transfer));
-                break;
-            case Command::What::forgetCookies:
-                jar_ = std::make_shared<const CookieJar>();
-                break;
-            }
-        }
-        commands_.list.clear();
-        return !commands_.stopping;
-    }
-
-    void take(std::shared_ptr<CurlTransfer> transfer) {
-        if (transfer->isCancelled() || commands_.stopping) {
-            endCancelled(std::move(transfer));
-        } else if (hasRoom(transfer->server()) && transfer->deadline() > std::chrono::steady_clock::now()) {
-            begin(std::move(transfer));
-        } else {
-            waiting_.add(std::move(transfer));
-        }
-    }
-
-    bool hasRoom(std::string_view server) const {
-        const auto goesThere = [&](const Active& entry) { return entry.transfer->server() == server; };
-        return std::ranges::count_if(active_, goesThere) < requestsPerServer;
-    }
-
-    // Begins the waiting transfers that may start now, in their order, and ends the transfers whose time is up.
-    void startWaiting() {
-        if (waiting_.isEmpty()) {
-            return;
-        }
-        const auto now = std::chrono::steady_clock::now();
-        while (auto late = waiting_.takeLate(now)) {
-            late->concludeUnsent(CURLE_OPERATION_TIMEDOUT);
-            handOver(std::move(late));
-        }
-        while (auto next = waiting_.takeNext([this](std::string_view server) { return hasRoom(server); })) {
-            begin(std::move(next));
-        }
-    }
-
-    void begin(std::shared_ptr<CurlTransfer> transfer) {
-        Active entry{.transfer = std::move(transfer), .jar = nullptr, .easy = handles_.take()};
-        entry.jar = entry.transfer->jar();
-        const bool isPrepared = entry.transfer->prepare(entry.easy.get(), sockets_);
-        if (isPrepared && curl_multi_add_handle(multi_, entry.easy.get()) == CURLM_OK) {
-            active_.push_back(std::move(entry));
-            return;
-        }
-        if (isPrepared) {
-            entry.transfer->concludeUnsent(CURLE_FAILED_INIT);
-        }
-        handOver(std::move(entry.transfer));
-        handles_.giveBack(std::move(entry.easy));
-    }
-
-    // Takes the results of the exchanges that have ended since the last call.
-    void collect() {
-        int left = 0;
-        while (const auto* const message = curl_multi_info_read(multi_, &left)) {
-            if (message->msg != CURLMSG_DONE) {
-                continue;
-            }
-            const auto code = message->data.result;
-            auto ended =
-                takeOut([easy = message->easy_handle](const Active& entry) { return entry.easy.get() == easy; });
-            const bool isOver = ended.transfer->conclude(code);
-            curl_multi_remove_handle(multi_, ended.easy.get());
-            if (isOver) {
-                handOver(std::move(ended.transfer));
-            } else {
-                waiting_.addInFront(std::move(ended.transfer));
-            }
-            handles_.giveBack(std::move(ended.easy));
-        }
-    }
-
-    // Does nothing when the transfer has ended already.
-    void finishCancelled(std::shared_ptr<CurlTransfer> transfer) {
-        if (waiting_.remove(*transfer)) {
-            endCancelled(std::move(transfer));
-            return;
-        }
-        auto ended = takeOut([&](const Active& entry) { return entry.transfer == transfer; });
-        if (ended.transfer) {
-            curl_multi_remove_handle(multi_, ended.easy.get());
-            endCancelled(std::move(ended.transfer));
-            handles_.giveBack(std::move(ended.easy));
-        }
-    }
-
-    void endCancelled(std::shared_ptr<CurlTransfer> transfer) {
-        transfer->concludeCancelled();
-        handOver(std::move(transfer));
-    }
-
-    // Waits for news of a connection, for a command of another thread, or until a waiting transfer's time is up. True
-    // when there may be a command.
-    bool waitForWork() {
-        curl_waitfd wake{engine_.wakeDescriptor_, CURL_WAIT_POLLIN, 0};
-        const bool isBlind = engine_.wakeDescriptor_ < 0;
-        const auto longest = isBlind ? blindPollMs : longPollMs;
-        curl_multi_poll(multi_, &wake, isBlind ? 0 : 1, std::min(longest, patienceMs()), nullptr);
-        std::uint64_t count = 0;
-        return isBlind || (wake.revents != 0 && ::read(engine_.wakeDescriptor_, &count, sizeof count) > 0);
-    }
-
-    // The time until the first waiting transfer has waited too long.
-    int patienceMs() const {
-        if (waiting_.isEmpty()) {
-            return longPollMs;
-        }
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(waiting_.firstDeadline() - std::chrono::steady_clock::now());
-        return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, longPollMs));
-    }
-
-    // Takes an entry out of the active entries; an empty entry when none is wanted.
-    template <typename Predicate>
-    Active takeOut(const Predicate& isWanted) {
-        const auto found = std::ranges::find_if(active_, isWanted);
-        if (found == active_.end()) {
-            return {};
-        }
-        std::swap(*found, active_.back());
-        auto entry = std::move(active_.back());
-        active_.pop_back();
-        return entry;
-    }
-
-    void handOver(std::shared_ptr<CurlTransfer> transfer) {
-        engine_.callBack([transfer = std::move(transfer)] { transfer->deliver(); });
-    }
-
-    CurlEngine& engine_;
-    CurlSockets sockets_;
-    CURLM* const multi_;
-    CurlHandles handles_;
-    std::shared_ptr<const CookieJar> jar_ = std::make_shared<const CookieJar>();
-    std::vector<Active> active_;
-    WaitingTransfers waiting_;
-    Commands commands_;
-};
-
-std::shared_ptr<CurlEngine> CurlEngine::start(std::shared_ptr<DispatchQueue> callbacks) {
-    auto engine = std::make_shared<CurlEngine>(std::move(callbacks));
-    if (ExitGuard::shared().add(engine)) {
-        const auto error = startBackgroundThread("kivo-network", [engine] {
-            ExitGuard::markMemberThread();
-            Loop{*engine}.run();
-            // Otherwise OpenSSL frees its data at the thread's end, for which an exiting process does not wait.
-            OPENSSL_thread_stop();
-            ExitGuard::shared().remove(engine.get());
-        });
-        if (error) {
-            ExitGuard::shared().remove(engine.get());
-            throw std::system_error{error, "kivo cannot start its network thread"};
-        }
+std::shared_ptr<CurlEngine> CurlEngine::start(Driver driver, std::shared_ptr<DispatchQueue> callbacks,
+                                              bool sharesConnections) {
+    auto engine = std::make_shared<CurlEngine>(driver, std::move(callbacks), sharesConnections);
+    if (const auto error = engine->threads_.start(engine, engine->callbacks_ == nullptr)) {
+        throw std::system_error{error, "kivo cannot start its network threads"};
     }
     return engine;
 }
 
-CurlEngine::CurlEngine(std::shared_ptr<DispatchQueue> callbacks)
-    : callbacks_{std::move(callbacks)}
+CurlEngine::CurlEngine(Driver driver, std::shared_ptr<DispatchQueue> callbacks, bool sharesConnections)
+    : driver_{driver}
+    , sharesConnections_{sharesConnections}
+    , callbacks_{std::move(callbacks)}
+    , loop_{std::make_unique<Loop>(*this)}
     , wakeDescriptor_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)} {}
 
 CurlEngine::~CurlEngine() {
@@ -249,6 +35,13 @@ CurlEngine::~CurlEngine() {
 }
 
 void CurlEngine::add(std::shared_ptr<CurlTransfer> transfer) {
+    {
+        const std::scoped_lock lock{mutex_};
+        if (!jar_ && !commands_.stopping) {
+            jar_ = std::make_shared<const CookieJar>();
+        }
+        transfer->useJar(jar_);
+    }
     order({Command::What::add, std::move(transfer)});
 }
 
@@ -257,7 +50,10 @@ void CurlEngine::cancel(std::shared_ptr<CurlTransfer> transfer) {
 }
 
 void CurlEngine::forgetCookies() {
-    order({Command::What::forgetCookies, nullptr});
+    // Outlives the lock: without transfers that use the jar, the jar is destroyed here.
+    std::shared_ptr<const CookieJar> former;
+    const std::scoped_lock lock{mutex_};
+    std::swap(former, jar_);
 }
 
 void CurlEngine::order(Command command) {
@@ -278,11 +74,33 @@ void CurlEngine::stop() {
         const std::scoped_lock lock{mutex_};
         commands_.stopping = true;
     }
-    wake();
+    threads_.stop();
+}
+
+bool CurlEngine::drive() {
+    return loop_->drive();
+}
+
+void CurlEngine::finish() {
+    loop_->finish();
+    loop_.reset();
+    forgetCookies();
+}
+
+void CurlEngine::callBack(std::function<void()> block) {
+    if (callbacks_) {
+        callbacks_->async(std::move(block));
+    } else {
+        threads_.callBack(std::move(block));
+    }
 }
 
 bool CurlEngine::holdUntil(const std::function<bool()>& decided, std::chrono::steady_clock::time_point deadline) {
     bool isDecided = decided();
+    // A decision that needs the callback thread does not come while that thread waits here.
+    if (threads_.isCallbackThread()) {
+        return isDecided;
+    }
     while (!isDecided && !isStopping()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
@@ -296,7 +114,7 @@ bool CurlEngine::holdUntil(const std::function<bool()>& decided, std::chrono::st
         isDecided = decided();
     }
     // The thread may have been woken for a command too, which is still to be carried out.
-    wake();
+    interrupt();
     return isDecided;
 }
 
@@ -305,7 +123,7 @@ bool CurlEngine::isStopping() {
     return commands_.stopping;
 }
 
-void CurlEngine::wake() const {
+void CurlEngine::interrupt() const {
     const std::uint64_t one = 1;
     // Fails only when the counter is full, and then the thread wakes anyway.
     [[maybe_unused]] const auto written = ::write(wakeDescriptor_, &one, sizeof one);

@@ -13,6 +13,12 @@ void leaveCookieJar(CURL* easy) {
     curl_easy_setopt(easy, CURLOPT_SHARE, nullptr);
 }
 
+/// Whether the next exchange can have a receive buffer of its own size. A handle that ended while others used its
+/// connection keeps its buffer, and refuses another size.
+bool mayTakeBuffer(CURL* easy) {
+    return curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, static_cast<long>(CURL_MAX_WRITE_SIZE)) == CURLE_OK;
+}
+
 } // namespace
 
 CookieJar::CookieJar()
@@ -39,7 +45,9 @@ void CurlHandles::giveBack(EasyHandle easy) {
     leaveCookieJar(easy.get());
     if (spare_.size() < spareHandles) {
         curl_easy_reset(easy.get());
-        spare_.push_back(std::move(easy));
+        if (mayTakeBuffer(easy.get())) {
+            spare_.push_back(std::move(easy));
+        }
     }
 }
 

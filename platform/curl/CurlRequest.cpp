@@ -120,4 +120,8 @@ std::expected<Url, UrlError> destinationOf(const UrlRequest& request, const std:
     return std::move(*url);
 }
 
+std::string serverOf(const std::expected<Url, UrlError>& destination) {
+    return destination ? destination->host + ":" + std::to_string(destination->port) : std::string{};
+}
+
 } // namespace kivo::platform

@@ -34,4 +34,7 @@ bool carriesBody(const UrlRequest& request);
 /// The destination of the request, or the reason why the request cannot be sent.
 std::expected<Url, UrlError> destinationOf(const UrlRequest& request, const std::vector<HttpHeader>& sessionHeaders);
 
+/// Host and port of a destination; empty where there is none.
+std::string serverOf(const std::expected<Url, UrlError>& destination);
+
 } // namespace kivo::platform

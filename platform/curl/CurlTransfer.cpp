@@ -27,10 +27,6 @@ long millisecondsUntil(std::chrono::steady_clock::time_point deadline) {
     return std::max(static_cast<long>(left.count()), 1L);
 }
 
-std::string keyOf(const std::expected<Url, UrlError>& destination) {
-    return destination ? destination->host + ":" + std::to_string(destination->port) : std::string{};
-}
-
 } // namespace
 
 CurlTransfer::CurlTransfer(UrlRequest request, UrlCompletion completion, std::shared_ptr<const CurlSettings> settings,
@@ -43,8 +39,6 @@ CurlTransfer::CurlTransfer(UrlRequest request, UrlCompletion completion, std::sh
     , timeout_{shortestTimeout(request_, settings_->configuration)}
     , deadline_{std::chrono::steady_clock::now() + timeout_}
     , limits_{.head = settings_->configuration.headLimit, .body = settings_->configuration.responseLimit}
-    , destination_{destinationOf(request_, settings_->configuration.headers)}
-    , server_{keyOf(destination_)}
     , expected_{request_.body.size()} {}
 
 void CurlTransfer::cancel() {
@@ -57,7 +51,12 @@ void CurlTransfer::cancel() {
     }
 }
 
-bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {
+void CurlTransfer::findDestination() {
+    destination_ = destinationOf(request_, settings_->configuration.headers);
+    server_ = serverOf(destination_);
+}
+
+bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets, CurlServer& server) {
     if (!destination_) {
         outcome_ = std::unexpected{destination_.error()};
         return false;
@@ -67,25 +66,27 @@ bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets) {
         return false;
     }
     easy_ = easy;
-    sending_.emplace(easy, sockets);
+    const bool wantsFresh = endedConnections_ > (server.mayShare() && server.isConnected() ? 1 : 0);
+    sending_.emplace(easy, sockets, server);
     detail_ = {};
     answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
     headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isOnOtherServer_);
-    if (const auto code = setOptions(); code != CURLE_OK) {
+    if (const auto code = setOptions(wantsFresh, server.mayShare()); code != CURLE_OK) {
         concludeUnsent(code);
         return false;
     }
     return true;
 }
 
-CURLcode CurlTransfer::setOptions() {
+CURLcode CurlTransfer::setOptions(bool wantsFreshConnection, bool mayShare) {
     CurlOptions options{easy_};
     setCommonOptions(options);
     options.set(CURLOPT_SHARE, jar_->get());
     options.set(CURLOPT_PRIVATE, this);
     options.set(CURLOPT_ERRORBUFFER, detail_.data());
     options.set(CURLOPT_URL, request_.url.c_str());
-    options.set(CURLOPT_FRESH_CONNECT, wantsFreshConnection_ ? 1L : 0L);
+    options.set(CURLOPT_FRESH_CONNECT, wantsFreshConnection ? 1L : 0L);
+    options.set(CURLOPT_BUFFERSIZE, mayShare ? static_cast<long>(settings_->answerBuffer) : 0L);
     options.set(CURLOPT_TIMEOUT_MS, millisecondsUntil(deadline_));
     if (const auto idle = settings_->configuration.idleTimeout; idle.count() > 0) {
         options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
@@ -114,7 +115,7 @@ void CurlTransfer::setCallbacks(CurlOptions& options) {
             const std::string_view part{bytes, size * count};
             return static_cast<CurlTransfer*>(self)->answer_.takeBody(part) ? part.size() : 0;
         });
-    if (settings_->delegate && expected_ > 0) {
+    if (settings_->followsUploads && expected_ > 0) {
         options.set(CURLOPT_NOPROGRESS, 0L);
         options.set(CURLOPT_XFERINFODATA, this);
         options.set(
@@ -212,33 +213,40 @@ void CurlTransfer::announceSent() {
 }
 
 bool CurlTransfer::conclude(CURLcode code) {
-    if (settings_->delegate && expected_ > 0) {
+    if (settings_->followsUploads && expected_ > 0) {
         noteSent(static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T)));
     }
     const bool isOver = !needsFurtherExchange(code);
     if (isOver) {
         outcome_ = outcomeOf(code);
     }
-    easy_ = nullptr;
+    endExchange(code == CURLE_OK);
     return isOver;
 }
 
 void CurlTransfer::concludeCancelled() {
     outcome_ = std::unexpected{cancelledError()};
-    easy_ = nullptr;
+    endExchange(false);
 }
 
 void CurlTransfer::concludeUnsent(CURLcode code) {
     outcome_ = outcomeOf(code);
+    endExchange(false);
+}
+
+void CurlTransfer::endExchange(bool isAnswered) {
     easy_ = nullptr;
+    if (sending_) {
+        sending_->end(isAnswered);
+    }
 }
 
 bool CurlTransfer::needsFurtherExchange(CURLcode code) {
     if (std::exchange(endedUnjudged_, false)) {
         return true;
     }
-    if (sending_ && sending_->isConnectionOver()) {
-        wantsFreshConnection_ = true;
+    if (sending_ && (sending_->isConnectionOver() || sending_->mustWait())) {
+        endedConnections_ += sending_->isConnectionOver() ? 1 : 0;
         return true;
     }
     return code == CURLE_OK && answer_.isRedirect() && answer_.isWhole() && follow();
@@ -263,7 +271,7 @@ bool CurlTransfer::follow() {
     }
     request_.url = location;
     destination_ = std::move(*address);
-    const auto former = std::exchange(server_, keyOf(destination_));
+    const auto former = std::exchange(server_, serverOf(destination_));
     isOnOtherServer_ = isOnOtherServer_ || server_ != former;
     judged_.reset();
     challenge_.reset();

@@ -32,6 +32,11 @@ struct CurlSettings {
     std::string trustFile;
     std::shared_ptr<UrlSessionDelegate> delegate;
     bool judgesServerTrust = false;
+    bool followsUploads = false;
+    /// The bytes that libcurl keeps for an answer until they are taken; 0 for libcurl's own default. Where the bytes
+    /// hold a whole answer, requests share an HTTP/2 connection. Otherwise libcurl stops the reading of all of them
+    /// when an answer's bytes are full, and may forget to go on when that request then ends early.
+    std::size_t answerBuffer = 0;
     std::shared_ptr<Diagnostics> diagnostics = relayedDiagnostics();
 };
 
@@ -64,8 +69,13 @@ public:
 
     // The engine's thread calls the rest of the public functions, except `deliver()`.
 
-    /// Prepares `easy` for the next exchange; false when no exchange is needed. `sockets` belong to the engine.
-    bool prepare(CURL* easy, CurlSockets& sockets);
+    /// Reads the address. Call this function once, before the others; it is no part of the constructor, so that
+    /// `dataTask()` returns sooner.
+    void findDestination();
+
+    /// Prepares `easy` for the next exchange; false when no exchange is needed. `sockets` and `server` belong to the
+    /// engine.
+    bool prepare(CURL* easy, CurlSockets& sockets, CurlServer& server);
 
     /// Takes the result of the exchange on the prepared handle. False when a further exchange follows, for which the
     /// transfer must be prepared again.
@@ -86,11 +96,12 @@ public:
 private:
     enum class State { underWay, cancelled, delivered };
 
-    CURLcode setOptions();
+    CURLcode setOptions(bool wantsFreshConnection, bool mayShare);
     void setMethodAndBody(class CurlOptions& options);
     void setTrust(class CurlOptions& options);
     void setCallbacks(class CurlOptions& options);
     bool needsFurtherExchange(CURLcode code);
+    void endExchange(bool isAnswered);
     bool follow();
     UrlOutcome outcomeOf(CURLcode code);
     void reportDescriptors() const;
@@ -125,7 +136,8 @@ private:
     std::size_t redirects_ = 0;
     bool isOnOtherServer_ = false;
     std::optional<UrlError> redirectFault_;
-    bool wantsFreshConnection_ = false;
+    /// How often the server had ended the connection over which the request was about to leave.
+    int endedConnections_ = 0;
     std::shared_ptr<const ServerTrust> judged_;
     std::shared_ptr<TrustChallenge> challenge_;
     bool endedUnjudged_ = false;

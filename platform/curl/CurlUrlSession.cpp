@@ -3,7 +3,6 @@
 #include "platform/curl/CurlEngine.hpp"
 #include "platform/curl/CurlTransfer.hpp"
 #include "platform/posix/ExitGuard.hpp"
-#include "platform/posix/SerialQueue.hpp"
 
 #include <curl/curl.h>
 #include <openssl/ssl.h>
@@ -16,11 +15,27 @@
 namespace kivo::platform {
 namespace {
 
+CurlEngine::Driver driverFor(const CurlSettings& settings) {
+    using enum CurlEngine::Driver;
+    if (settings.followsUploads) {
+        return networkThread;
+    }
+    return settings.judgesServerTrust ? callbackThreadWhenConnected : callbackThread;
+}
+
+/// Room for the largest answer, or none where that is too much for each of many requests.
+std::size_t answerBufferFor(const UrlSessionConfiguration& configuration) {
+    constexpr std::size_t mostShared = std::size_t{1024} * 1024;
+    // libcurl bounds a head at 128 KiB itself.
+    constexpr std::size_t headRoom = std::size_t{256} * 1024;
+    return configuration.responseLimit <= mostShared ? configuration.responseLimit + headRoom : 0;
+}
+
 class CurlUrlSession final : public UrlSession {
 public:
     CurlUrlSession(std::shared_ptr<const CurlSettings> settings, std::shared_ptr<DispatchQueue> callbacks)
         : settings_{std::move(settings)}
-        , engine_{CurlEngine::start(std::move(callbacks))} {}
+        , engine_{CurlEngine::start(driverFor(*settings_), std::move(callbacks), settings_->answerBuffer > 0)} {}
 
     CurlUrlSession(const CurlUrlSession&) = delete;
     CurlUrlSession& operator=(const CurlUrlSession&) = delete;
@@ -34,6 +49,7 @@ public:
     std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) override {
         auto transfer = std::make_shared<CurlTransfer>(std::move(request), std::move(completion), settings_, engine_);
         if (!isOwnProcess()) {
+            transfer->findDestination();
             transfer->concludeUnsent(CURLE_FAILED_INIT);
             transfer->deliver();
             return transfer;
@@ -78,12 +94,15 @@ public:
                                      std::shared_ptr<UrlSessionDelegate> delegate,
                                      std::shared_ptr<DispatchQueue> delegateQueue) override {
         const bool judgesServerTrust = delegate && delegate->judgesServerTrust();
+        const bool followsUploads = delegate && delegate->followsUploads();
+        const auto answerBuffer = answerBufferFor(configuration);
         auto settings = std::make_shared<const CurlSettings>(CurlSettings{.configuration = std::move(configuration),
                                                                           .trustFile = trustFile_,
                                                                           .delegate = std::move(delegate),
-                                                                          .judgesServerTrust = judgesServerTrust});
-        auto callbacks = delegateQueue ? std::move(delegateQueue) : makeCallbackQueue("kivo-callbacks");
-        return std::make_shared<CurlUrlSession>(std::move(settings), std::move(callbacks));
+                                                                          .judgesServerTrust = judgesServerTrust,
+                                                                          .followsUploads = followsUploads,
+                                                                          .answerBuffer = answerBuffer});
+        return std::make_shared<CurlUrlSession>(std::move(settings), std::move(delegateQueue));
     }
 
 private:

@@ -37,6 +37,8 @@ struct Refusal {
 
     /// Whether the text went beyond a limit. What such a text says is unknown, unlike that of a text that is no JSON.
     bool isBeyondLimits() const { return kind != Kind::notJson; }
+
+    bool operator==(const Refusal&) const = default;
 };
 
 enum class Kind { null, boolean, number, text, array, object };

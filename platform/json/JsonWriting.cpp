@@ -30,25 +30,36 @@ char escapeOf(char byte) {
     return escapes[static_cast<unsigned char>(byte)];
 }
 
-/// Appends a text of UTF-8 in quotes.
-void appendQuoted(std::string& to, std::string_view text) {
+/// Appends a text in quotes. At a part that is no UTF-8 false, and the text is appended no further.
+bool appendQuoted(std::string& to, std::string_view text) {
+    // So much is copied while the processor's cache still has it.
+    constexpr std::size_t atOnce = 16 * 1024;
     to += '"';
-    while (true) {
-        const auto plain = plainPart(text).length;
-        to.append(text.substr(0, plain));
-        if (plain == text.size()) {
-            break;
+    while (!text.empty()) {
+        auto [plain, isAscii] = plainPart(text.substr(0, atOnce));
+        if (!isAscii) {
+            // A sequence of UTF-8 may go on behind.
+            plain = plainPart(text).length;
+            if (!text::isUtf8(text.substr(0, plain))) {
+                return false;
+            }
         }
-        const char escape = escapeOf(text[plain]);
+        to.append(text.substr(0, plain));
+        text.remove_prefix(plain);
+        if (text.empty() || escapeOf(text.front()) == 0) {
+            continue;
+        }
+        const char escape = escapeOf(text.front());
         to.append({'\\', escape});
         if (escape == 'u') {
             constexpr std::string_view digits = "0123456789abcdef";
-            const auto byte = static_cast<unsigned char>(text[plain]);
+            const auto byte = static_cast<unsigned char>(text.front());
             to.append({'0', '0', digits[byte / 16], digits[byte % 16]});
         }
-        text.remove_prefix(plain + 1);
+        text.remove_prefix(1);
     }
     to += '"';
+    return true;
 }
 
 /// The text with U+FFFD in place of each byte that is not UTF-8.
@@ -109,16 +120,17 @@ bool append(std::string& to, const Value& value, const AppendText& appendText) {
 } // namespace
 
 bool append(std::string& to, std::string_view text) {
-    const bool isValid = text::isUtf8(text);
-    if (isValid) {
-        appendQuoted(to, text);
+    const auto former = to.size();
+    const bool isValid = appendQuoted(to, text);
+    if (!isValid) {
+        to.resize(former);
     }
     return isValid;
 }
 
 void appendRepaired(std::string& to, std::string_view text) {
     if (!append(to, text)) {
-        appendQuoted(to, repaired(text));
+        append(to, repaired(text));
     }
 }
 

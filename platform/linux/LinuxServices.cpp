@@ -16,7 +16,7 @@ Services linuxServices(const LinuxOptions& options) {
     Services services;
     services.diagnostics = standardErrorDiagnostics();
     const auto diagnostics = relayedDiagnostics();
-    services.bundles = makeFolderBundles(options.mainBundle, {}, diagnostics);
+    services.bundles = makeFolderBundles(options.mainBundle, {}, diagnostics, options.language);
     const auto dataFolder =
         options.dataFolder.empty() ? defaultDataFolder(*services.bundles->main()) : DataFolder{options.dataFolder};
     services.mainQueue = RunLoop::main();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -270,6 +271,20 @@ std::optional<DatabaseVersion> SqliteDatabase::version() const {
     }
     std::ranges::copy_n(static_cast<const volatile char*>(index), version.size(), version.begin());
     return version;
+}
+
+std::optional<std::uint32_t> SqliteDatabase::commitsBetween(const DatabaseVersion& former,
+                                                            const DatabaseVersion& later) const {
+    if (!hasLog_) {
+        return std::nullopt;
+    }
+    const auto counter = [](const DatabaseVersion& version) {
+        constexpr std::size_t placeInIndex = 8;
+        std::uint32_t commits = 0;
+        std::memcpy(&commits, version.data() + placeInIndex, sizeof commits);
+        return commits;
+    };
+    return counter(later) - counter(former);
 }
 
 bool SqliteDatabase::isInTransaction() const {

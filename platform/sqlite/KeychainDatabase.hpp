@@ -106,6 +106,9 @@ public:
     /// The bytes by which SQLite itself notices that another process has committed. Absent when they cannot be read.
     std::optional<DatabaseVersion> version() const;
 
+    /// The number of commits by which one version follows another. Absent where commits are not counted.
+    std::optional<std::uint32_t> commitsBetween(const DatabaseVersion& former, const DatabaseVersion& later) const;
+
     bool isInTransaction() const;
 
 private:

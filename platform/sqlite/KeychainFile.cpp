@@ -185,9 +185,9 @@ OSStatus KeychainFile::settle() {
 }
 
 OSStatus KeychainFile::openKey(Purpose purpose) {
-    const auto key = readKeyFile(*folder_);
+    auto key = readKeyFile(*folder_);
     if (key) {
-        key_ = *key;
+        key_ = std::move(*key);
         return errSecSuccess;
     }
     key_.reset();
@@ -239,7 +239,7 @@ OSStatus KeychainFile::createKey() {
     if (!key) {
         return statusOf(key.error());
     }
-    key_ = *key;
+    key_ = std::move(*key);
     return errSecSuccess;
 }
 

@@ -19,6 +19,8 @@ struct Identity {
     std::string account;
     std::string accessGroup;
 
+    bool operator==(const Identity&) const = default;
+
     std::string associatedData() const {
         constexpr std::size_t roomForLength = 24;
         std::string data;

@@ -121,9 +121,19 @@ private:
 
     template <typename Operation>
     OSStatus change(Operation operation, KeychainDurability durability = KeychainDurability::atOnce) {
-        last_.forget();
-        const auto status = inTransaction("BEGIN IMMEDIATE", operation);
-        return status == errSecSuccess && durability == KeychainDurability::atOnce ? file_.settle() : status;
+        auto status = inTransaction("BEGIN IMMEDIATE", [&] {
+            last_.beginChange(file_);
+            return operation();
+        });
+        if (status == errSecSuccess && durability == KeychainDurability::atOnce) {
+            status = file_.settle();
+        }
+        if (status == errSecSuccess) {
+            last_.endChange(file_);
+        } else {
+            last_.forget();
+        }
+        return status;
     }
 
     OSStatus read(const KeychainAttributes& query, std::string* result) {
@@ -133,9 +143,10 @@ private:
             return errSecSuccess;
         }
         const auto version = file_.database().version();
-        const auto status = inTransaction("BEGIN", [&] { return copy(query, result); });
+        FoundItem found;
+        const auto status = inTransaction("BEGIN", [&] { return copy(query, result, &found); });
         if (status == errSecSuccess && result != nullptr) {
-            last_.keep(query, *result, file_.connections(), version);
+            last_.keep(query, std::move(found), *result, file_.connections(), version);
         }
         return status;
     }
@@ -176,6 +187,7 @@ private:
         bindOptional(*insert, attributes.kSecAttrGeneric);
         bindOptional(*insert, attributes.kSecAttrAccessible);
         insert->bindBlob(*sealed);
+        last_.forget();
         return insert->step() == SQLITE_DONE ? errSecSuccess : file_.failure();
     }
 
@@ -188,15 +200,22 @@ private:
         query.kSecAttrAccount = item.kSecAttrAccount.value_or("");
         KeychainAttributes change;
         change.kSecValueData = item.kSecValueData.value_or("");
-        const auto status = update(query, change);
+        const auto* const known = last_.itemWith(identityOf(query));
+        auto status = errSecSuccess;
+        if (known == nullptr) {
+            status = update(query, change);
+        } else if (last_.value() != *change.kSecValueData) {
+            status = updateItem(known->identity, known->id, change);
+        }
         wipe(*change.kSecValueData);
         return status == errSecItemNotFound ? add(item) : status;
     }
 
-    OSStatus copy(const KeychainAttributes& query, std::string* result) {
+    /// `result` and `found` may be null.
+    OSStatus copy(const KeychainAttributes& query, std::string* result, FoundItem* found = nullptr) {
         const Matching matching{query};
         auto select = file_.database().prepare(matching.statement(
-            "SELECT class, service, account, access_group, value FROM items", " ORDER BY id LIMIT 1"));
+            "SELECT class, service, account, access_group, value, id FROM items", " ORDER BY id LIMIT 1"));
         if (!select) {
             return file_.failure();
         }
@@ -211,7 +230,8 @@ private:
         if (!file_.key()) {
             return errSecDecode;
         }
-        auto value = unseal(*file_.key(), identityOf(*select, 0).associatedData(), select->bytes(4));
+        auto identity = identityOf(*select, 0);
+        auto value = unseal(*file_.key(), identity.associatedData(), select->bytes(4));
         if (!value) {
             file_.report("An item of the keychain does not open with its key: the database or the key file was "
                          "exchanged or altered. Store the item anew, or restore both files from a backup.");
@@ -219,14 +239,11 @@ private:
         }
         result->swap(*value);
         wipe(*value);
+        if (found != nullptr) {
+            *found = {.identity = std::move(identity), .id = select->integer(5)};
+        }
         return errSecSuccess;
     }
-
-    struct Found {
-        Identity identity;
-        std::int64_t id;
-        bool isSame;
-    };
 
     /// Whether the item of this row is the same after a change. Columns 5 and 6 hold the value and the accessibility.
     bool isSame(const SqliteStatement& row, const Identity& identity, const KeychainAttributes& change) {
@@ -255,26 +272,26 @@ private:
             return file_.failure();
         }
         matching.bind(*select);
-        std::vector<Found> found;
+        std::vector<FoundItem> changed;
+        bool isFound = false;
         int step = SQLITE_ROW;
         while ((step = select->step()) == SQLITE_ROW) {
+            isFound = true;
             auto identity = identityOf(*select, 0);
-            const bool same = isSame(*select, identity, change);
-            found.push_back({std::move(identity), select->integer(4), same});
+            // An unchanged item needs no write, and so no wait for the disk.
+            if (!isSame(*select, identity, change)) {
+                changed.push_back({std::move(identity), select->integer(4)});
+            }
         }
         if (step != SQLITE_DONE) {
             return file_.failure();
         }
-        for (const auto& [identity, id, isSame] : found) {
-            // An unchanged item needs no write, and so no wait for the disk.
-            if (isSame) {
-                continue;
-            }
+        for (const auto& [identity, id] : changed) {
             if (const auto status = updateItem(identity, id, change); status != errSecSuccess) {
                 return status;
             }
         }
-        return found.empty() ? errSecItemNotFound : errSecSuccess;
+        return isFound ? errSecSuccess : errSecItemNotFound;
     }
 
     OSStatus updateItem(const Identity& identity, std::int64_t id, const KeychainAttributes& change) {
@@ -285,8 +302,12 @@ private:
                 return errSecParam;
             }
         }
+        // The index has the accessibility in it, and a statement that names the column writes the index anew.
+        const bool isValueAlone = sealed && !change.kSecAttrAccessible;
         auto update = file_.database().prepare(
-            "UPDATE items SET value = coalesce(?, value), accessible = coalesce(?, accessible) WHERE id = ?");
+            isValueAlone
+                ? "UPDATE items SET value = ? WHERE id = ?"
+                : "UPDATE items SET value = coalesce(?, value), accessible = coalesce(?, accessible) WHERE id = ?");
         if (!update) {
             return file_.failure();
         }
@@ -295,7 +316,12 @@ private:
         } else {
             update->bindNull();
         }
-        bindOptional(*update, change.kSecAttrAccessible);
+        if (isValueAlone) {
+            last_.replace(id, *change.kSecValueData);
+        } else {
+            bindOptional(*update, change.kSecAttrAccessible);
+            last_.forget();
+        }
         update->bindInteger(id);
         return update->step() == SQLITE_DONE ? errSecSuccess : file_.failure();
     }
@@ -307,6 +333,7 @@ private:
             return file_.failure();
         }
         matching.bind(*erase);
+        last_.forget();
         if (erase->step() != SQLITE_DONE) {
             return file_.failure();
         }

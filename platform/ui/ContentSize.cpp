@@ -28,8 +28,7 @@ double FontMetrics::pointSize(const Font& font, ContentSizeCategory category) {
 }
 
 ContentSizeCategory View::contentSizeCategory() const {
-    const auto parent = superview();
-    auto category = parent ? parent->contentSizeCategory() : ContentSizeCategory::large;
+    auto category = superview_ ? superview_->contentSizeCategory() : ContentSizeCategory::large;
     category = contentSizeOverride_.value_or(category);
     category = std::max(category, minimumCategory_.value_or(category));
     return std::min(category, maximumCategory_.value_or(category));

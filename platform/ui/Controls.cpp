@@ -26,10 +26,11 @@ void Control::addAction(ControlEvent event, Action action) {
 
 void Control::sendActions(ControlEvent event) {
     const auto self = shared_from_this();
-    // A copy: an action may remove the control, or add another action.
-    const auto actions = actions_;
-    for (const auto& [wanted, action] : actions) {
-        if (wanted == event) {
+    // An action may add another one, which waits for the next event and may move the list.
+    const auto count = actions_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (actions_[i].first == event) {
+            const auto action = actions_[i].second;
             action(self);
         }
     }

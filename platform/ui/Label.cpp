@@ -67,6 +67,13 @@ void Label::setText(std::string text) {
     }
 }
 
+AccessibilityRole Label::accessibilityRole() const {
+    const auto& properties = accessibility();
+    return properties.isHeading ? AccessibilityRole::heading
+           : properties.isLive  ? AccessibilityRole::status
+                                : AccessibilityRole::text;
+}
+
 void Label::setShrinksToWords(bool shrinks) {
     if (std::exchange(shrinksToWords_, shrinks) != shrinks) {
         setNeedsLayout();

@@ -26,6 +26,12 @@ std::string localizedText(std::string_view text) {
     return library ? library->localizedString(text) : own;
 }
 
+std::string textLanguage() {
+    auto language = services().bundles->main()->language();
+    const auto library = language.empty() ? storyboard::libraryBundle() : nullptr;
+    return library ? library->language() : language;
+}
+
 std::optional<Font> Font::named(std::string_view name, double pointSize) {
     if (!services().fonts->isInstalled(name)) {
         return std::nullopt;

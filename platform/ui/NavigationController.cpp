@@ -209,6 +209,7 @@ void NavigationController::fillNavigationBar() {
     title->setTextColor(titleColor_);
     title->setTextAlignment(TextAlignment::center);
     title->setShrinksToWords(true);
+    title->changeAccessibility([](Accessibility& accessibility) { accessibility.isHeading = true; });
     if (const auto& left = item->leftBarButtonItem()) {
         add(barButton("leftBarButton", *left), {.leading = barMargin});
     } else if (children().size() > 1) {

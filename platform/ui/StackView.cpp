@@ -13,6 +13,7 @@ using Views = std::vector<std::shared_ptr<View>>;
 
 Views visible(const Views& views) {
     Views shown;
+    shown.reserve(views.size());
     std::ranges::copy_if(views, std::back_inserter(shown), [](const auto& view) { return !view->isHidden(); });
     return shown;
 }
@@ -63,6 +64,7 @@ std::vector<double> StackView::widthsInRow(const Views& views, double available)
         widths.assign(views.size(), views.empty() ? 0 : rest / static_cast<double>(views.size()));
         return widths;
     }
+    widths.reserve(views.size());
     // Views of a fixed width come first; the others share the rest.
     for (const auto& view : views) {
         rest -= view->placement().width.value_or(0);
@@ -77,6 +79,7 @@ std::vector<double> StackView::widthsInRow(const Views& views, double available)
 
 std::vector<double> StackView::heightsInColumn(const Views& views, double width) {
     std::vector<double> heights;
+    heights.reserve(views.size());
     for (const auto& view : views) {
         heights.push_back(view->fittingSize(width).height);
     }

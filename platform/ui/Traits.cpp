@@ -10,8 +10,7 @@ UserInterfaceStyle View::userInterfaceStyle() const {
     if (styleOverride_) {
         return *styleOverride_;
     }
-    const auto parent = superview();
-    return parent ? parent->userInterfaceStyle() : UserInterfaceStyle::light;
+    return superview_ ? superview_->userInterfaceStyle() : UserInterfaceStyle::light;
 }
 
 void View::overrideUserInterfaceStyle(std::optional<UserInterfaceStyle> style) {
@@ -32,8 +31,7 @@ LayoutDirection View::layoutDirection() const {
     if (directionOverride_) {
         return *directionOverride_;
     }
-    const auto parent = superview();
-    return parent ? parent->layoutDirection() : directionOfLanguage();
+    return superview_ ? superview_->layoutDirection() : directionOfLanguage();
 }
 
 void View::overrideLayoutDirection(std::optional<LayoutDirection> direction) {

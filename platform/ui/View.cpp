@@ -132,7 +132,7 @@ bool View::isReachable() {
             return false;
         }
         if (const auto* window = view->asWindow()) {
-            return window == this || std::ranges::any_of(window->reachableViews(),
+            return window == this || std::ranges::any_of(window->subviewsInReach(),
                                                          [&](const auto& top) { return top.get() == screenView; });
         }
         screenView = view;
@@ -154,8 +154,7 @@ std::optional<Color> View::tintColor() const {
     if (tintColor_) {
         return tintColor_;
     }
-    const auto parent = superview();
-    return parent ? parent->tintColor() : std::nullopt;
+    return superview_ ? superview_->tintColor() : std::nullopt;
 }
 
 void View::setTintColor(std::optional<Color> color) {
@@ -164,8 +163,11 @@ void View::setTintColor(std::optional<Color> color) {
 }
 
 void View::changeLayer(const std::function<void(Layer&)>& change) {
+    const auto former = layer_;
     change(layer_);
-    noteChange();
+    if (layer_ != former) {
+        noteChange();
+    }
 }
 
 void View::setUserInteractionEnabled(bool enabled) {
@@ -246,11 +248,29 @@ bool View::endEditing() {
 }
 
 std::string View::accessibilityLabel() const {
-    return accessibilityLabel_.empty() ? shownText() : accessibilityLabel_;
+    return accessibility().label.empty() ? shownText() : accessibility().label;
 }
 
 void View::setAccessibilityLabel(std::string label) {
-    accessibilityLabel_ = std::move(label);
+    changeAccessibility([&](Accessibility& accessibility) { accessibility.label = std::move(label); });
+}
+
+const Accessibility& View::accessibility() const {
+    static const Accessibility plain;
+    return accessibility_ ? *accessibility_ : plain;
+}
+
+void View::changeAccessibility(const std::function<void(Accessibility&)>& change) {
+    auto changed = accessibility();
+    change(changed);
+    if (changed == accessibility()) {
+        return;
+    }
+    if (accessibility_) {
+        *accessibility_ = std::move(changed);
+    } else {
+        accessibility_ = std::make_unique<Accessibility>(std::move(changed));
+    }
     noteChange();
 }
 

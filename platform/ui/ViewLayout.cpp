@@ -1,5 +1,5 @@
 #include <kivo/platform/ui/LayoutConstraint.hpp>
-#include <kivo/platform/ui/View.hpp>
+#include <kivo/platform/ui/Window.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -105,9 +105,17 @@ void View::setNeedsLayout() {
 }
 
 void View::layoutIfNeeded() {
-    auto root = shared_from_this();
-    while (auto next = root->superview()) {
-        root = std::move(next);
+    auto* top = this;
+    while (top->superview_) {
+        top = top->superview_;
+    }
+    // Null while the tree is being destroyed.
+    const auto root = top->weak_from_this().lock();
+    if (!root) {
+        return;
+    }
+    if (auto* const window = root->asWindow()) {
+        window->languageDirection_.reset();
     }
     // A layout may change texts, and so need another layout. A layout that settles at all settles within three.
     for (int pass = 0; pass < 3 && root->layoutIsPending_; ++pass) {
@@ -120,10 +128,11 @@ void View::layoutTree() {
         layoutSubviews();
     }
     bool isPending = needsLayout_;
-    // A copy: a layout may add views, which the next pass then places.
-    const auto subviews = subviews_;
-    for (const auto& subview : subviews) {
-        if (subview->layoutIsPending_) {
+    // A layout may add and remove views, and marks this view with it: the next pass then places the views.
+    std::size_t next = 0;
+    while (next < subviews_.size()) {
+        if (const auto& each = subviews_[next++]; each->layoutIsPending_) {
+            const auto subview = each;
             subview->layoutTree();
             isPending = isPending || subview->layoutIsPending_;
         }
@@ -180,8 +189,8 @@ double View::heightLimit() const {
         return std::numeric_limits<double>::infinity();
     }
     const auto* root = this;
-    for (auto around = superview(); around; around = around->superview()) {
-        root = around.get();
+    while (root->superview_) {
+        root = root->superview_;
     }
     return std::max(root->frame_.size.height - forTexts, 0.0) * *placement_.shareOfDisplay;
 }

@@ -1,9 +1,9 @@
 #include "platform/ui/ViewControllerState.hpp"
-#include "platform/ui/storyboard/Classes.hpp"
 
 #include <kivo/platform/Services.hpp>
 #include <kivo/platform/ui/Control.hpp>
 #include <kivo/platform/ui/Keyboard.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/platform/ui/NavigationController.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -127,9 +127,11 @@ void Window::setUserInterfaceStyle(UserInterfaceStyle style) {
 }
 
 LayoutDirection Window::directionOfLanguage() const {
-    auto language = services().bundles->main()->language();
-    const auto library = language.empty() ? storyboard::libraryBundle() : nullptr;
-    return layoutDirectionOf(library ? library->language() : language);
+    // Every view asks at each layout, and the bundles answer slowly.
+    if (!languageDirection_) {
+        languageDirection_ = layoutDirectionOf(textLanguage());
+    }
+    return *languageDirection_;
 }
 
 void Window::setLayoutDirection(LayoutDirection direction) {
@@ -160,6 +162,11 @@ std::shared_ptr<View> Window::hitTest(Point point) {
 }
 
 std::vector<std::shared_ptr<View>> Window::reachableViews() const {
+    const auto views = subviewsInReach();
+    return {views.begin(), views.end()};
+}
+
+std::span<const std::shared_ptr<View>> Window::subviewsInReach() const {
     const auto top = screenViews_.empty() ? subviews().begin() : std::ranges::find(subviews(), screenViews_.back());
     return {top, subviews().end()};
 }

@@ -1,10 +1,12 @@
 #include "Configuration/logging/Log.hpp"
 #include "Models/SessionKeys.hpp"
-#include "platform/json/Json.hpp"
+#include "platform/json/Cursor.hpp"
 
-#include <expected>
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <map>
 #include <string>
-#include <utility>
 
 namespace kivo {
 namespace {
@@ -13,43 +15,79 @@ using Keys = KivoResponseKeys;
 
 constexpr std::string_view decodeFunction = "init(from:)";
 
-template <class T>
-using Decoded = std::expected<T, std::string>;
+using Settings = ActivationResponse::Settings;
+using Response = ActivationResponse;
 
-Decoded<std::string> textIn(json::Value& value) {
-    if (auto* const text = value.text()) {
-        return std::move(*text);
-    }
-    return std::unexpected{"expected a text, found " + std::string{name(value.kind())}};
+/// Why a member keeps its default.
+using Fault = std::optional<std::string>;
+
+/// A member of the answer, which is a text or settings. The name is the property's in the log.
+struct Property {
+    std::string_view key;
+    std::string_view name;
+    std::string Response::* text = nullptr;
+    Settings Response::* settings = nullptr;
+};
+
+constexpr std::array<Property, 7> properties{{
+    {.key = Keys::responseType, .name = "responseType", .text = &Response::responseType},
+    {.key = Keys::responseCode, .name = "responseCode", .text = &Response::responseCode},
+    {.key = Keys::tid, .name = "tId", .text = &Response::tId},
+    {.key = Keys::idpConfig, .name = "idpConfig", .settings = &Response::idpConfig},
+    {.key = Keys::appConfig, .name = "appConfig", .settings = &Response::appConfig},
+    {.key = Keys::idpBiodata, .name = "idpBiodata", .settings = &Response::idpBiodata},
+    {.key = Keys::idpFaceMap, .name = "idpFaceMap", .settings = &Response::idpFaceMap},
+}};
+
+std::string expected(std::string_view what, std::optional<json::Kind> found) {
+    return "expected " + std::string{what} + ", found " + std::string{name(found.value_or(json::Kind::null))};
 }
 
-Decoded<ActivationResponse::Settings> settingsIn(json::Value& value) {
-    if (value.kind() != json::Kind::object) {
-        return std::unexpected{"expected an object of texts, found " + std::string{name(value.kind())}};
+Fault readText(json::Cursor& answer, std::string& to) {
+    to.clear();
+    if (const auto found = answer.kind(); found != json::Kind::text) {
+        answer.skip();
+        return expected("a text", found);
     }
-    ActivationResponse::Settings settings;
-    for (auto& [key, setting] : std::move(value).takeMembers()) {
-        auto text = textIn(setting);
-        if (!text) {
-            return std::unexpected{"at \"" + key + "\": " + text.error()};
+    to = answer.text().value_or("");
+    return std::nullopt;
+}
+
+Fault readSettings(json::Cursor& answer, Settings& to) {
+    to.clear();
+    if (const auto found = answer.kind(); found != json::Kind::object) {
+        answer.skip();
+        return expected("an object of texts", found);
+    }
+    // Of members with one name the last counts, also where an earlier one is no text.
+    std::map<std::string, json::Kind, std::less<>> others;
+    auto place = to.end();
+    answer.enter();
+    while (const auto key = answer.member()) {
+        const auto found = answer.kind();
+        if (found == json::Kind::text) {
+            // A service writes most settings in an order in which each has its place behind the one before.
+            const auto text = answer.text().value_or("");
+            const auto before = to.size();
+            place = to.emplace_hint(place, *key, text);
+            if (to.size() == before) {
+                place->second = text;
+            }
+            ++place;
+            if (!others.empty()) {
+                others.erase(std::string{*key});
+            }
+        } else {
+            others.insert_or_assign(std::string{*key}, found.value_or(json::Kind::null));
+            answer.skip();
         }
-        settings.emplace(std::move(key), std::move(*text));
     }
-    return settings;
-}
-
-template <class T>
-void decodeMember(json::Value& object, std::string_view key, Decoded<T> (&decode)(json::Value&),
-                  std::string_view property, T& value) {
-    auto* const member = object.find(key);
-    if (member == nullptr) {
-        return;
+    if (others.empty()) {
+        return std::nullopt;
     }
-    if (auto decoded = decode(*member)) {
-        value = std::move(*decoded);
-    } else {
-        log::debug(decodeFunction, [&] { return "Error mapping " + std::string{property} + " " + decoded.error(); });
-    }
+    to.clear();
+    const auto& [key, kind] = *others.begin();
+    return "at \"" + key + "\": " + expected("a text", kind);
 }
 
 json::Object objectOf(const ActivationResponse::Settings& settings) {
@@ -63,22 +101,32 @@ json::Object objectOf(const ActivationResponse::Settings& settings) {
 } // namespace
 
 std::optional<ActivationResponse> ActivationResponse::decode(std::string_view text) {
-    auto answer = json::read(text);
-    return answer ? sessionIn(std::move(*answer)) : std::nullopt;
-}
-
-std::optional<ActivationResponse> sessionIn(json::Value answer) {
+    json::Cursor answer{text};
     if (answer.kind() != json::Kind::object) {
         return std::nullopt;
     }
-    ActivationResponse session;
-    decodeMember(answer, Keys::responseType, textIn, "responseType", session.responseType);
-    decodeMember(answer, Keys::responseCode, textIn, "responseCode", session.responseCode);
-    decodeMember(answer, Keys::tid, textIn, "tId", session.tId);
-    decodeMember(answer, Keys::idpConfig, settingsIn, "idpConfig", session.idpConfig);
-    decodeMember(answer, Keys::appConfig, settingsIn, "appConfig", session.appConfig);
-    decodeMember(answer, Keys::idpBiodata, settingsIn, "idpBiodata", session.idpBiodata);
-    decodeMember(answer, Keys::idpFaceMap, settingsIn, "idpFaceMap", session.idpFaceMap);
+    std::optional<ActivationResponse> session{std::in_place};
+    std::array<Fault, properties.size()> faults;
+    answer.enter();
+    while (const auto key = answer.member()) {
+        const auto* const property = std::ranges::find(properties, *key, &Property::key);
+        if (property == properties.end()) {
+            answer.skip();
+            continue;
+        }
+        auto& fault = faults.at(static_cast<std::size_t>(property - properties.begin()));
+        fault = property->text != nullptr ? readText(answer, *session.*property->text)
+                                          : readSettings(answer, *session.*property->settings);
+    }
+    if (!answer.end()) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        if (faults[i]) {
+            log::debug(decodeFunction,
+                       [&] { return "Error mapping " + std::string{properties[i].name} + " " + *faults[i]; });
+        }
+    }
     return session;
 }
 

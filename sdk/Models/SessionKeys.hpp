@@ -2,7 +2,6 @@
 
 #include <kivo/ActivationResponse.hpp>
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -67,13 +66,6 @@ struct StoredItems {
     static constexpr std::string_view joinAnswer = "qr_response";
     static constexpr std::string_view activationCode = "qr_code";
 };
-
-namespace json {
-class Value;
-}
-
-/// The session that an answer to a join describes; absent when the answer is no object.
-std::optional<ActivationResponse> sessionIn(json::Value answer);
 
 /// The text of a setting; empty when missing.
 const std::string& settingIn(const ActivationResponse::Settings& settings, std::string_view key);

@@ -4,7 +4,7 @@
 #include "NetworkManager/CommunicationSecurityManager.hpp"
 #include "NetworkManager/PublicKeyPins.hpp"
 #include "platform/base/Process.hpp"
-#include "platform/json/Json.hpp"
+#include "platform/json/Cursor.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -35,8 +35,8 @@ bool mayBeCut(const platform::UrlResponse& response) {
     if (response.isProvenWhole) {
         return false;
     }
-    const auto read = json::read(*response.body);
-    return !read && !read.error().isBeyondLimits();
+    const auto refusal = json::refusalOf(*response.body);
+    return refusal && !refusal->isBeyondLimits();
 }
 
 RequestSender::Answer bodyOf(platform::UrlOutcome outcome) {

@@ -32,8 +32,8 @@ struct TransportError {
 /// The code for a request that got no usable answer: `own`, unless the server was not a pinned server.
 ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode own);
 
-/// Sends JSON to the identity service, over connections and a callback queue that no other sender uses. At most six
-/// requests to a server are under way at once; further requests wait for them. Any thread.
+/// Sends JSON to the identity service, over connections and a callback queue that no other sender uses. As many
+/// requests to a server are under way at once as `UrlSession::dataTask()` says. Any thread.
 class RequestSender {
 public:
     /// The answer's body, or why there is none.

@@ -93,7 +93,7 @@ bool listsPins(const platform::Bundle& bundle) {
 }
 
 bool pinsAreInForce(const platform::Bundle& bundle) {
-    return listsPins(bundle) || deploymentInForce()->requiresPins;
+    return deploymentInForce()->requiresPins || listsPins(bundle);
 }
 
 PinList readPinList(const platform::Bundle& bundle) {

@@ -1,6 +1,7 @@
 #include "c/Display.hpp"
 #include "platform/json/Json.hpp"
 
+#include <kivo/platform/ui/Accessibility.hpp>
 #include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/ImageView.hpp>
@@ -176,6 +177,51 @@ Value described(View& view) {
     return members;
 }
 
+const char* nameOf(AccessibilityRole role) {
+    switch (role) {
+    case AccessibilityRole::button:
+        return "button";
+    case AccessibilityRole::textField:
+        return "field";
+    case AccessibilityRole::image:
+        return "image";
+    case AccessibilityRole::progress:
+        return "progress";
+    case AccessibilityRole::alert:
+        return "alert";
+    case AccessibilityRole::heading:
+        return "heading";
+    case AccessibilityRole::status:
+        return "status";
+    case AccessibilityRole::none:
+    case AccessibilityRole::text:
+        break;
+    }
+    return "text";
+}
+
+Value described(const AccessibilityElement& element) {
+    Object members;
+    members.set("role", nameOf(element.role));
+    members.set("name", element.name);
+    setText(members, "value", element.value);
+    setText(members, "hint", element.hint);
+    setText(members, "outlet", element.view->identifier());
+    members.set("frame", written(element.view->frameOnScreen()));
+    const std::pair<const char*, bool> states[] = {{"focusable", element.isFocusable}, {"focused", element.isFocused},
+                                                   {"disabled", element.isDisabled},   {"busy", element.isBusy},
+                                                   {"invalid", element.isInvalid},     {"required", element.isRequired},
+                                                   {"modal", element.isModal}};
+    std::vector<Value> those;
+    for (const auto& [name, holds] : states) {
+        if (holds) {
+            those.emplace_back(name);
+        }
+    }
+    members.set("states", std::move(those));
+    return members;
+}
+
 /// The views that are not hidden, from the lowest up.
 std::vector<Value> described(const std::vector<std::shared_ptr<View>>& views) {
     std::vector<Value> all;
@@ -197,6 +243,11 @@ std::string snapshotOf(Window& window) {
     members.set("height", window.frame().size.height);
     members.set("screen", screen ? screen->navigationItem()->title() : "");
     members.set("views", described(window.subviews()));
+    std::vector<Value> elements;
+    for (const auto& element : accessibilityElements(window)) {
+        elements.push_back(described(element));
+    }
+    members.set("elements", std::move(elements));
     return json::writeRepaired(members);
 }
 

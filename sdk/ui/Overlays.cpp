@@ -28,6 +28,7 @@ std::shared_ptr<View> makeOverlay() {
     overlay->setTag(activityOverlayTag);
     overlay->setBackgroundColor(platform::Color::white(120.0 / 255));
     overlay->setAlpha(0.5);
+    overlay->changeAccessibility([](platform::Accessibility& accessibility) { accessibility.isModal = true; });
     overlay->setPlacement({.top = 0, .left = 0, .bottom = 0, .right = 0, .ignoresSafeArea = true});
 
     const auto indicator =

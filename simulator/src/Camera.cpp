@@ -4,6 +4,8 @@
 #include <qrencode.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -18,9 +20,12 @@ namespace {
 
 constexpr int width = 1280;
 constexpr int height = 720;
-constexpr int largestModule = 8;
+constexpr int largestModule = 5;
 /// The white margin that a reader needs around the code, in modules.
 constexpr int margin = 4;
+/// The levels of grey of the paper with the code, and of the desk around it.
+constexpr std::uint8_t paper = 255;
+constexpr std::uint8_t desk = 92;
 
 struct FreeCode {
     void operator()(QRcode* code) const { QRcode_free(code); }
@@ -89,15 +94,20 @@ platform::VideoFrame qrCodeFrame(std::string_view text) {
     const int module = std::min(largestModule, height / (code->width + 2 * margin));
     const int left = (width - code->width * module) / 2;
     const int top = (height - code->width * module) / 2;
+    const int side = (code->width + 2 * margin) * module;
     platform::VideoFrame frame{.width = width,
                                .height = height,
                                .format = platform::VideoFrame::Format::gray,
-                               .bytes = std::vector<std::uint8_t>(std::size_t{width} * height, 255)};
+                               .bytes = std::vector<std::uint8_t>(std::size_t{width} * height, desk)};
+    for (int y = 0; y < side; ++y) {
+        const auto row = std::size_t{width} * static_cast<std::size_t>(top - margin * module + y);
+        std::fill_n(frame.bytes.begin() + static_cast<std::ptrdiff_t>(row) + left - margin * module, side, paper);
+    }
     for (int y = 0; y < code->width * module; ++y) {
         for (int x = 0; x < code->width * module; ++x) {
             const bool isBlack = (code->data[y / module * code->width + x / module] & 1) != 0;
             frame.bytes[static_cast<std::size_t>(top + y) * width + static_cast<std::size_t>(left + x)] =
-                isBlack ? 0 : 255;
+                isBlack ? 0 : paper;
         }
     }
     return frame;

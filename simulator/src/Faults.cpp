@@ -122,14 +122,22 @@ std::optional<std::string> readBody(const std::optional<Fault>& fault, const Tls
     const auto announced = request.get_header_value<std::uint64_t>("Content-Length");
     body.reserve(std::min<std::size_t>(announced, mostReserved));
     const auto start = Clock::now();
-    const bool isWhole = reader([&](const char* data, std::size_t size) {
+    const auto take = [&](const char* data, std::size_t size) {
+        if (size > largestRequest - body.size()) {
+            TlsConnections::reset();
+            return false;
+        }
         body.append(data, size);
         if (!isSlow) {
             return true;
         }
         const auto early = start + timeFor(body.size(), fault->bytes()) - Clock::now();
         return early <= Clock::duration::zero() || connections.wait(early);
-    });
+    };
+    // The library hands a form over in parts only.
+    const bool isWhole = request.is_multipart_form_data()
+                             ? reader([](const httplib::MultipartFormData&) { return true; }, take)
+                             : reader(take);
     return isWhole ? std::optional{std::move(body)} : std::nullopt;
 }
 

@@ -6,6 +6,7 @@
 
 #include <httplib.h>
 
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -48,8 +49,12 @@ private:
     std::vector<Planned> planned_;
 };
 
+/// The bytes of the largest body that is read.
+inline constexpr std::size_t largestRequest = std::size_t{64} * 1024 * 1024;
+
 /// Reads a request's body, at the rate of the fault where the fault is a slow reader. Absent when the body ends too
-/// early; the HTTP library has then set the status.
+/// early; the HTTP library has then set the status. A body that turns out to be too large, unpacked or without a
+/// length, ends the connection.
 std::optional<std::string> readBody(const std::optional<Fault>& fault, const TlsConnections& connections,
                                     const httplib::Request& request, const httplib::ContentReader& reader);
 

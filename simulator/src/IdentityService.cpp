@@ -17,7 +17,6 @@
 namespace kivo::simulator {
 namespace {
 
-constexpr std::size_t largestRequest = std::size_t{64} * 1024 * 1024;
 constexpr std::size_t threads = 48;
 
 std::vector<std::pair<std::string, std::string>> headersOf(const httplib::Request& request) {

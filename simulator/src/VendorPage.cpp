@@ -15,6 +15,8 @@ using platform::Color;
 using platform::View;
 
 constexpr double sideMargin = 24;
+/// As on the SDK's screens without a theme of the host's.
+constexpr auto largestReadingSize = platform::ContentSizeCategory::accessibilityMedium;
 constexpr double readableWidth = 440;
 constexpr double progressWidth = 240;
 constexpr double progressHeight = 6;
@@ -70,13 +72,9 @@ std::shared_ptr<View> cardFrame() {
     return card;
 }
 
-std::string hintOf(VendorPage::Frame frame) {
-    return frame == VendorPage::Frame::face ? "Keep your face inside the oval and look straight ahead."
-                                            : "Keep the document flat inside the frame.";
-}
-
-platform::Font hintFont() {
-    return platform::FontMetrics::scaledFont(platform::Font::system(15));
+VendorText hintOf(VendorPage::Frame frame) {
+    return frame == VendorPage::Frame::face ? VendorText{"Keep your face inside the oval and look straight ahead."}
+                                            : VendorText{"Keep the document flat inside the frame."};
 }
 
 } // namespace
@@ -93,7 +91,7 @@ VendorPage::VendorPage(const std::string& name, VendorLook look, const std::stri
     around->setPlacement({.minimumHeight = viewfinder->placement().height.value_or(0) + 16});
     around->addSubview(viewfinder);
     column_->addSubview(around);
-    addLabel(name + "Hint", hintFont(), hintOf(frame));
+    addLabel(name + "Hint", look_.hintFont, hintOf(frame).shown());
     addLabel(name + "Title", look_.titleFont, title);
     message_ = addLabel(name + "Message", look_.messageFont, message);
     if (picture) {
@@ -106,7 +104,7 @@ VendorPage::VendorPage(const std::string& name, VendorLook look, const std::stri
 }
 
 void VendorPage::addBadge() {
-    const auto badge = addLabel("simulatedBadge", hintFont(), "Simulated: no camera, no chip");
+    const auto badge = addLabel("simulatedBadge", look_.hintFont, VendorText{"Simulated: no camera, no chip"}.shown());
     badge->setPlacement({.minimumHeight = 32});
     badge->setBackgroundColor(warning);
     badge->changeLayer([](platform::Layer& layer) { layer.cornerRadius = 10; });
@@ -179,6 +177,7 @@ void VendorPage::setProgress(double progress) {
 
 void VendorPage::showIn(View& screen) const {
     screen.setBackgroundColor(ground);
+    screen.setMaximumContentSizeCategory(largestReadingSize);
     const auto former = screen.subviews();
     for (const auto& view : former) {
         view->removeFromSuperview();

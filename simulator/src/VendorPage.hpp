@@ -1,5 +1,7 @@
 #pragma once
 
+#include "VendorText.hpp"
+
 #include <kivo/platform/ui/AttributedText.hpp>
 #include <kivo/platform/ui/Image.hpp>
 #include <kivo/platform/ui/Label.hpp>
@@ -16,6 +18,7 @@ namespace kivo::simulator {
 struct VendorLook {
     platform::Font titleFont = platform::FontMetrics::scaledFont(platform::Font::system(24));
     platform::Font messageFont = platform::FontMetrics::scaledFont(platform::Font::system(17));
+    platform::Font hintFont = platform::FontMetrics::scaledFont(platform::Font::system(15));
     platform::Font buttonFont = platform::Font::system(17);
     /// The first button's; the other buttons are quieter.
     platform::Color buttonTextColor = platform::Color::white();

@@ -80,6 +80,8 @@ int main(int count, char** arguments) {
     CHECK(kivo_display_type(host.display, KIVO_TEXT("textFieldDigitOne"), KIVO_TEXT("129")));
     CHECK(kivo_display_delete_backward(host.display) && kivo_display_type(host.display, none, KIVO_TEXT("A4")));
     CHECK(comes_to_show(&host, "\"value\":\"A\""));
+    CHECK(comes_to_show(&host, "{\"role\":\"heading\",\"name\":\"Welcome\",\"outlet\":\"getStartedTitleLabel\","));
+    CHECK(comes_to_show(&host, "\"states\":[\"focusable\",\"focused\",\"required\"]"));
     if (count > 1) { // for people who look
         kivo_string* snapshot = kivo_display_snapshot(host.display);
         puts(kivo_string_text(snapshot).data);

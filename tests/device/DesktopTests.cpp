@@ -79,6 +79,31 @@ protected:
         return hit != nullptr;
     }
 
+    /// Presses Tab until the control of that name has the focus.
+    bool tabTo(const QString& name) {
+        for (int i = 0; i < 20; ++i) {
+            const auto* const former = QApplication::focusWidget();
+            xdotool({"key", "Tab"});
+            const bool moved = await([&] { return QApplication::focusWidget() != former; });
+            if (!moved || !phone.isAncestorOf(QApplication::focusWidget())) {
+                return false;
+            }
+            if (QApplication::focusWidget()->objectName() == name) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// Goes to a button with Tab as soon as it is there, and presses the button with the key.
+    void pressWith(const char* key, const std::string& name) {
+        ASSERT_TRUE(await([&] { return isThere(name); })) << name;
+        const auto* const focused = QApplication::focusWidget();
+        const auto wanted = QString::fromStdString(name);
+        ASSERT_TRUE((focused != nullptr && focused->objectName() == wanted) || tabTo(wanted)) << name;
+        xdotool({"key", key});
+    }
+
     device::PhoneView phone{window};
 };
 
@@ -117,22 +142,6 @@ protected:
     ~DesktopKeyboard() override { phone.setParent(nullptr); }
 
     bool hasFocus() const { return QApplication::focusWidget() == &phone || phone.isAncestorOf(desk.focusWidget()); }
-
-    /// Presses Tab until the control of that name has the focus.
-    bool tabTo(const QString& name) {
-        for (int i = 0; i < 20; ++i) {
-            const auto* const former = desk.focusWidget();
-            xdotool({"key", "Tab"});
-            const bool moved = await([&] { return desk.focusWidget() != former; });
-            if (!moved || !hasFocus()) {
-                return false;
-            }
-            if (desk.focusWidget()->objectName() == name) {
-                return true;
-            }
-        }
-        return false;
-    }
 
     QWidget desk;
     QVBoxLayout layout{&desk};
@@ -238,6 +247,46 @@ TEST_F(DesktopRoad, ADocumentAndAFaceAreScannedWithTheMouse) {
     click("continueButton");
     EXPECT_TRUE(await([&] { return heard == "FACE_SCAN"; })) << heard;
     EXPECT_TRUE(service->violations().empty());
+}
+
+TEST_F(DesktopRoad, IsWalkedWithTheKeyboardAloneInBothDirections) {
+    for (const auto* language : {"en", "ar"}) {
+        speak(language);
+        EXPECT_EQ(window->layoutDirection() == platform::LayoutDirection::rightToLeft, language == std::string{"ar"});
+        phone.setFocus();
+        const auto app = std::make_shared<device::app::Host>(window, "18");
+        app->start();
+        const auto hears = [&](const char* outcome) {
+            return await([&] {
+                const auto label = window->find("outcome");
+                return isThere("enterCode") && label && label->shownText() == outcome;
+            });
+        };
+        pressWith("Return", "enterCode");
+        ASSERT_TRUE(await([&] { return isThere("textFieldDigitOne"); }));
+        pressWith("space", "scanQRCodeButton");
+        pressWith("space", "scanManuallyButton");
+        ASSERT_TRUE(await([&] { return isThere("textFieldDigitOne"); }));
+        xdotool({"type", "--delay", "50", "12"});
+        xdotool({"key", "Left", "BackSpace"});
+        xdotool({"type", "--delay", "50", "23456"});
+        ASSERT_TRUE(hears("You have joined the session.")) << language;
+        pressWith("Return", "readDocument");
+        ASSERT_TRUE(await([&] { return isThere("passportOptionContainerView"); }));
+        xdotool({"key", "Escape"});
+        pressWith("Return", "readDocument");
+        ASSERT_TRUE(await([&] { return isThere("passportOptionContainerView"); }));
+        const auto passport = window->viewWithTag(1);
+        passport->setIdentifier("passport");
+        pressWith("space", "passport");
+        pressWith("Return", "readPageAndChip");
+        ASSERT_TRUE(hears("The document was read.")) << language;
+        pressWith("Return", "scanFace");
+        pressWith("space", "nextButton");
+        pressWith("Return", "finishScanButton");
+        pressWith("Return", "continueButton");
+        ASSERT_TRUE(hears("The face was scanned.")) << language;
+    }
 }
 
 TEST_F(DesktopRoad, TheHostTellsAPersonHowEachStepEnds) {

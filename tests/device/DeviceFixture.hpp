@@ -8,13 +8,17 @@
 #include <kivo/platform/ui/Window.hpp>
 
 #include <QPointF>
+#include <cstdlib>
 
 namespace kivo::test {
 
 /// A host that draws with Qt, in front of a session that shows screens.
 class DeviceFixture : public OfflineHost {
 public:
-    ~DeviceFixture() override { session->setContext(nullptr); }
+    ~DeviceFixture() override {
+        session->setContext(nullptr);
+        unsetenv("LC_ALL");
+    }
 
 protected:
     DeviceFixture() {
@@ -25,6 +29,15 @@ protected:
         navigation = std::make_shared<platform::NavigationController>(host);
         window->setRootViewController(navigation);
         session->setContext(host);
+    }
+
+    /// Has the screens that come next speak that language.
+    void speak(const char* language) {
+        setenv("LC_ALL", language, /*overwrite=*/1);
+        services.bundles = platform::linuxServices(
+                               {.mainBundle = {}, .dataFolder = folder.path() / "other", .trustedCertificates = {}})
+                               .bundles;
+        platform::install(services);
     }
 
     /// Shows the activation code screen as a session does; its codes go to `code`.

@@ -11,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <string_view>
@@ -25,16 +24,6 @@ using testing::IsEmpty;
 
 class ScreenLayout : public DeviceFixture {
 protected:
-    void TearDown() override { unsetenv("LC_ALL"); }
-
-    /// Has the screens that come next speak that language.
-    void speak(const char* language) {
-        setenv("LC_ALL", language, /*overwrite=*/1);
-        services.bundles =
-            linuxServices({.mainBundle = {}, .dataFolder = folder.path() / "other", .trustedCertificates = {}}).bundles;
-        platform::install(services);
-    }
-
     /// Shows each screen of the SDK in turn, and an alert, each with what else waits for a theme or a session.
     void eachScreen(const std::function<void(const std::string& name)>& look) {
         showCodeScreen();
@@ -143,6 +132,34 @@ TEST_F(ScreenLayout, IsReadableInTheLightAndInTheDark) {
     }
 }
 
+TEST_F(ScreenLayout, ASimulatedVendorSpeaksThePersonsLanguage) {
+    const struct {
+        const char* language;
+        const char* badge;
+        const char* cancel;
+    } rows[] = {{"C", "Simulated: no camera, no chip", "Cancel"},
+                {"de_AT", "Simuliert: keine Kamera, kein Chip", "Abbrechen"},
+                {"ar", "محاكاة: بلا كاميرا وبلا شريحة", "إلغاء"},
+                {"ja", "シミュレーション：カメラ・ICなし", "キャンセル"}};
+
+    for (const auto& [language, badge, cancel] : rows) {
+        speak(language);
+        simulator::ReadID vendor{simulator::Reading::byPerson()};
+        const auto flow = std::make_shared<readid::NFCWithAccessControlFlow>();
+        flow->baseUrl = "https://proxy.example";
+        ASSERT_TRUE(vendor.identify(navigation, ModalPresentationStyle::automatic, flow, [](const auto&) {}));
+        mainLoop->drain();
+        EXPECT_EQ(window->find<Label>("simulatedBadge")->text(), badge);
+        EXPECT_EQ(window->find<Button>("userCancelled")->title(), cancel);
+        for (int raw = 0; raw <= RawValues<ContentSizeCategory>::last; ++raw) {
+            window->setPreferredContentSizeCategory(static_cast<ContentSizeCategory>(raw));
+            expectNoFaults(language, readable);
+        }
+        navigation->dismiss(/*animated=*/false);
+        mainLoop->drain();
+    }
+}
+
 TEST_F(ScreenLayout, FaultsAreNamed) {
     const Placement above{.top = 0, .left = 0, .width = 200, .height = 40};
     const Placement below{.top = 60, .left = 0, .width = 200, .height = 40};
@@ -187,6 +204,11 @@ TEST_F(ScreenLayout, FaultsAreNamed) {
         neighbour->setPlacement({.top = 104, .left = 0, .width = 200, .height = 30});
         screen->view()->addSubview(neighbour);
         EXPECT_THAT(device::layoutFaults(*window), Contains(R"("Stop" is too small for a finger)"));
+        neighbour->setTitle("Go");
+        neighbour->setPlacement({.top = 0, .left = 220, .width = 100, .height = 44});
+        EXPECT_THAT(device::layoutFaults(*window), Contains(R"("second" has the name of another control, "Go")"));
+        neighbour->setTitle("");
+        EXPECT_THAT(device::layoutFaults(*window), Contains(R"("" has no name for assistive technology)"));
     }
 }
 

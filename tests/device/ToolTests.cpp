@@ -1,9 +1,13 @@
 #include "app/AnimatedPng.hpp"
+#include "app/DeviceWindow.hpp"
 #include "app/Keeping.hpp"
+#include "app/Laboratory.hpp"
 #include "app/LogView.hpp"
 #include "app/Recording.hpp"
 #include "support/Program.hpp"
 #include "support/TemporaryFolder.hpp"
+
+#include <kivo/simulator/Person.hpp>
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -12,7 +16,9 @@
 #include <QComboBox>
 #include <QGuiApplication>
 #include <QLineEdit>
+#include <algorithm>
 #include <csignal>
+#include <utility>
 
 namespace kivo::test {
 namespace {
@@ -101,6 +107,24 @@ TEST(Log, ShowsTheLinesOfALevelWithATextAndCopiesThose) {
     level->setCurrentIndex(0);
     text->clear();
     EXPECT_THAT(copied(), HasSubstr("details"));
+}
+
+TEST(Tool, TheNextScreensSpeakTheChosenLanguage) {
+    const program::TemporaryFolder folder{"kivo-tool-tests"};
+    Laboratory laboratory{"18", folder};
+    const DeviceWindow tool{laboratory};
+    laboratory.start();
+    simulator::Person person{laboratory.window};
+    const auto choosers = tool.findChildren<QComboBox*>();
+    const auto chooser = std::ranges::find(choosers, "Language", &QWidget::accessibleName);
+    ASSERT_NE(chooser, choosers.end());
+    for (const auto& [title, text] : {std::pair{"Deutsch", "Los geht’s"}, std::pair{"العربية", "لنبدأ"}}) {
+        (*chooser)->setCurrentIndex((*chooser)->findText(title));
+        EXPECT_EQ(laboratory.window->find("getStartedTitleLabel"), nullptr) << "the host's start screen";
+        ASSERT_TRUE(person.tap("enterCode"));
+        EXPECT_TRUE(person.sees(text)) << title;
+    }
+    EXPECT_EQ(laboratory.window->layoutDirection(), platform::LayoutDirection::rightToLeft);
 }
 
 } // namespace

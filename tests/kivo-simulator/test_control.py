@@ -1,4 +1,6 @@
 """The control interface, held against openapi.json."""
+import gzip
+import http.client
 import json
 import socket
 import ssl
@@ -102,6 +104,13 @@ def test_no_page_of_another_origin_drives_it(simulator):
     # What a form or a script of another page can send without asking first.
     for kind in ["text/plain", "application/x-www-form-urlencoded", "multipart/form-data", "application/jsonx"]:
         simulator.ask("POST", "/codes", '{"code": "1"}', 415, {"Content-Type": kind})
+    form = '--x\r\nContent-Disposition: form-data; name="code"\r\n\r\n1\r\n--x--\r\n'
+    form_type = "multipart/form-data; boundary=x"
+    simulator.ask("POST", "/codes", form, 415, {"Content-Type": form_type})
+    connection = simulator.service()
+    connection.request("POST", "/enrol/join.html", form, {"Content-Type": form_type})
+    connection.getresponse().read()
+    assert form_type in simulator.ask("GET", "/records")["records"][-1]["violation"]
     assert simulator.raw("OPTIONS", "/faults", headers={"Access-Control-Request-Method": "PUT"})[0].status == 405
     answer, _ = simulator.raw("GET", "/")
     assert "default-src 'none'" in answer.getheader("Content-Security-Policy")
@@ -114,6 +123,11 @@ def test_no_page_of_another_origin_drives_it(simulator):
     assert simulator.ask("PUT", "/faults/join", '{"fault":"reset"}', headers=json_type)["pending"]
 
 
+def test_repeats_nothing_for_ranges(simulator):
+    ranged, content = simulator.raw("GET", "/page.js", headers={"Range": "bytes=" + ",".join(["0-"] * 2000)})
+    assert (ranged.status, content) == (200, simulator.raw("GET", "/page.js")[1])
+
+
 def test_bounds_a_body_without_a_length(simulator):
     with socket.create_connection(("127.0.0.1", int(simulator.control.split(":")[1])), timeout=30) as peer:
         peer.sendall(f"POST /codes HTTP/1.1\r\nHost: {simulator.control}\r\nContent-Type: application/json\r\n"
@@ -122,6 +136,11 @@ def test_bounds_a_body_without_a_length(simulator):
             peer.sendall(b"400\r\n" + b"x" * 1024 + b"\r\n")
         peer.sendall(b"0\r\n\r\n")
         assert peer.recv(100).startswith(b"HTTP/1.1 413")
+    packed = gzip.compress(b" " * (65 << 20), 1)
+    with pytest.raises((OSError, http.client.HTTPException)):
+        connection = simulator.service()
+        connection.request("POST", "/enrol/join.html", packed, {"Content-Encoding": "gzip"})
+        connection.getresponse()
 
 
 def test_tells_what_happens_as_it_happens(simulator):

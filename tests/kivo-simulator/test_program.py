@@ -63,7 +63,7 @@ def test_ends_cleanly_with_its_records_written_for_the_owner(start, tmp_path, ho
     stream = simulator.listen()  # an open stream does not hold up the end
     simulator.join()
     simulator.post("/nowhere", {})
-    simulator.post("/session/%1b%5b2J/update", {})
+    simulator.post("/session/%1b%5b2J%c2%9b2J/update", {})
     assert simulator.end(how) == 0 and simulator.errors == ""
     assert stream.read() is not None
     assert [each.name for each in tmp_path.iterdir()] == ["records.json"]
@@ -72,7 +72,8 @@ def test_ends_cleanly_with_its_records_written_for_the_owner(start, tmp_path, ho
     assert [each["endpoint"] for each in written["records"]] == ["join", None, "update"] and written["violations"] == 2
     assert written["sessions"][0]["interfaceVersion"] == "18" and "SECRET" not in records.read_text()
     assert "join    200  s1" in simulator.output and "breaks the protocol: the path" in simulator.output
-    assert "3 requests, 2 of them broke the protocol" in simulator.output and "\x1b" not in simulator.output
+    assert "3 requests, 2 of them broke the protocol" in simulator.output
+    assert "\x1b" not in simulator.output and "\x9b" not in simulator.output
 
 
 def test_a_second_signal_ends_the_program_at_once(start, tmp_path):

@@ -188,6 +188,9 @@ TEST_F(ObjCObjects, ValuesAreArchivedAndNoOtherObjectIs) {
         {[[[::ObjCResult alloc] initWithError:errorOf(2001)] autorelease],
          "<ObjCResult: <ObjCError: NO_CHIP, 2001, No chip>>"},
         {[KivoColor colorWithRed:0.1 green:0.2 blue:0.3 alpha:1], "red 0.1, green 0.2, blue 0.3, alpha 1"},
+        {[KivoColor colorWithLight:[KivoColor colorWithRed:0.1 green:0.2 blue:0.3 alpha:1]
+                              dark:[KivoColor colorWithRed:0.5 green:0.6 blue:0.7 alpha:0.8]],
+         "red 0.1, green 0.2, blue 0.3, alpha 1; in the dark red 0.5, green 0.6, blue 0.7, alpha 0.8"},
         {[KivoFont systemFontOfSize:12.5], "system font at 12.5 points"},
     };
     for (const auto& [value, description] : values) {

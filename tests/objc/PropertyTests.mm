@@ -230,6 +230,16 @@ TEST_F(ObjCLooks, ReachViewsAndTheirLayers) {
     EXPECT_EQ(layer.borderColor, (platform::Color{0, 0, 1, 1}));
     EXPECT_TRUE(layer.masksToBounds) << "a main button clips whatever its radius";
 
+    KivoColor* const ink = [KivoColor colorWithRed:0 green:0 blue:0 alpha:1];
+    KivoColor* const paper = [KivoColor colorWithRed:1 green:1 blue:1 alpha:1];
+    button.backgroundColor = [KivoColor colorWithLight:paper dark:ink];
+    KivoWindow* const window = [[KivoWindow new] autorelease];
+    [window addSubview:button];
+    for (KivoColor* const shown in @[ paper, ink ]) {
+        window.userInterfaceStyle = shown == ink ? KivoUserInterfaceStyleDark : KivoUserInterfaceStyleLight;
+        EXPECT_TRUE([[button.backgroundColor colorInStyle:button.userInterfaceStyle] isEqual:shown]);
+    }
+
     ZorCloseButtonAppearance* const look = [[ZorCloseButtonAppearance new] autorelease];
     look.closeButtonTitle = @"Leave";
     look.closeButtonIsHidden = NO;
@@ -244,6 +254,12 @@ TEST_F(ObjCLooks, ReachViewsAndTheirLayers) {
     button.identifier = @"closeButton";
     [view addSubview:button];
     EXPECT_EQ([view find:@"closeButton"], button);
+    EXPECT_TRUE([button.accessibilityLabel isEqual:@"Leave"]);
+    button.accessibilityLabel = @"Leave the bank";
+    button.accessibilityHint = @"Nothing is kept";
+    button.accessibilityHidden = YES;
+    const platform::Accessibility expected{.label = "Leave the bank", .hint = "Nothing is kept", .isHidden = true};
+    EXPECT_EQ([button nativeView]->accessibility(), expected);
 }
 
 } // namespace

@@ -157,6 +157,23 @@ TEST(CurlServerTrust, LetsNoServerNegotiateAgain) {
     EXPECT_TRUE(eventually([&] { return server.ended() == 1; })) << "a server gives up when it is told no";
 }
 
+TEST(CurlUrlSession, SendsWhileACallbackHoldsItsThread) {
+    TestTlsServer server{[](const auto&) { return reply(200); }};
+    const auto judge = std::make_shared<Judge>(AuthChallengeDisposition::useCredential);
+    for (const auto& session : {sessionFor(server), judgedSession(judge)}) {
+        exchange(*session, {.url = server.url()});
+        const auto before = server.requests().size();
+        Answers answers;
+        std::atomic<bool> isSent = false;
+        session->dataTask({.url = server.url()}, [&](const auto&) {
+            session->dataTask({.url = server.url()}, answers.completion());
+            isSent = eventually([&] { return server.requests().size() == before + 2; });
+        });
+        answers.wait(1);
+        EXPECT_TRUE(isSent);
+    }
+}
+
 TEST(CurlUrlSession, RacesWithCancellationToOneCompletion) {
     TestTlsServer server{holdAllButQuick};
     const auto session = sessionFor(server);

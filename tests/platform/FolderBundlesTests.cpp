@@ -64,6 +64,27 @@ TEST_F(FolderBundlesTest, FindsTheBundleOfAProgramThatWasReplacedWhileItRuns) {
     EXPECT_EQ(test::run(program.string()).output, "com.example.app");
 }
 
+TEST_F(FolderBundlesTest, FindsTheBundlesOfOtherLibrariesInTheHostsLanguage) {
+    const auto info = [](const std::string& name) {
+        return test::propertyList("<dict><key>CFBundleIdentifier</key><string>" + name + "</string></dict>");
+    };
+    write("sdk.bundle/Info.plist", info("sdk"));
+    write("reader.bundle/Info.plist", info("reader"));
+    write("reader.bundle/fr.lproj/Localizable.strings", R"("Back" = "Retour";)");
+    write("app.bundle/fr.lproj/Localizable.strings", R"("Welcome" = "Bonjour";)");
+    write("other/Info.plist", info("other"));
+    setenv("LANG", "de_DE.UTF-8", 1);
+    write("app.bundle/Info.plist",
+          test::propertyList("<dict><key>CFBundleIdentifier</key><string>app</string>"
+                             "<key>CFBundleDevelopmentRegion</key><string>fr</string></dict>"));
+    const auto all = bundles();
+    ASSERT_TRUE(all->withIdentifier("reader"));
+    EXPECT_EQ(all->withIdentifier("reader")->localizedString("Back"), "Retour");
+    EXPECT_EQ(all->withIdentifier("reader"), all->withIdentifier("reader"));
+    EXPECT_EQ(all->withIdentifier("app"), all->main());
+    EXPECT_EQ(all->withIdentifier("other"), nullptr) << "a folder of another name";
+}
+
 TEST_F(FolderBundlesTest, TellsOnceOfAMissingSdkBundle) {
     const auto all = bundles();
     EXPECT_EQ(all->main()->localizedString("key"), "key");

@@ -1,4 +1,4 @@
-#include "platform/json/Json.hpp"
+#include "platform/json/Cursor.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -23,6 +23,7 @@ std::string repeated(std::string_view part, std::size_t count) {
 /// The value written again, or why the text was refused and where.
 std::string outcomeOf(std::string_view text, const Limits& limits = {}) {
     const auto value = read(text, limits);
+    EXPECT_EQ(refusalOf(text, limits), value ? std::nullopt : std::optional{value.error()}) << text.substr(0, 100);
     if (value) {
         return write(*value).value();
     }
@@ -88,6 +89,7 @@ TEST(Json, AgreesWithAnotherReaderAboutEveryTextThatIsNearlyJson) {
     int refused = 0;
     const auto compare = [&](const std::string& text) {
         const auto value = read(text);
+        EXPECT_EQ(refusalOf(text), value ? std::nullopt : std::optional{value.error()}) << text;
         ++(value ? accepted : refused);
         if (const auto expected = judgedByAnother(text)) {
             // Written again, because the other one keeps members in another order and numbers in another form.
@@ -194,6 +196,12 @@ TEST(Json, WritesMembersInOrderAndTextsAsTheyAre) {
     const auto broken = Value::object({{"a", "\xFFz"}});
     EXPECT_EQ(write(broken), std::nullopt);
     EXPECT_EQ(writeRepaired(broken), "{\"a\":\"\uFFFDz\"}");
+    // Two bytes that are not looked at together.
+    const auto lengthy = std::string(16 * 1024 - 1, 'x') + "\u00E9\n";
+    EXPECT_EQ(write(lengthy), '"' + lengthy.substr(0, lengthy.size() - 1) + "\\n\"");
+    std::string written = "[";
+    EXPECT_FALSE(append(written, lengthy + '\xC3'));
+    EXPECT_EQ(written, "[");
     Object built;
     built.set("b", 1);
     built.set("a", Value{});

@@ -81,6 +81,8 @@ TEST(FaceImage, RefusesPicturesThatWouldTakeMuchMemoryOrTime) {
                                 {"width below 0", stream, 16, "0000ffff"},
                                 {"tiles of one pixel", stream, 24, "0000000100000001"},
                                 {"tiles of nothing", stream, 24, "00000000"},
+                                {"more tiles than a number counts", stream, 8,
+                                 "fffffffffffffffffffffff0fffffff000000001000000010000000000000000"},
                                 {"16384 components", stream, 40, "4000"},
                                 {"components of 38 bits", stream, 42, "25"},
                                 {"components of a tenth", stream, 43, "0a"},

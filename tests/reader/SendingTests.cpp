@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <openssl/cms.h>
 #include <openssl/ec.h>
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
@@ -107,6 +108,8 @@ TEST(Envelope, OpensForEachRecipientAndForNobodyElse) {
 
 TEST(Envelope, RefusesWhatIsNoKey) {
     const Recipient signsOnly{EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519"), nullptr};
+    ERR_clear_error();
+    ERR_raise(ERR_LIB_USER, 1);
     for (const auto& text : {std::string{}, std::string{"simulated-encrypt-key"}, std::string{"AAA"},
                              base64Of(std::string(31, 'k')), base64Of(std::string(33, '0')), std::string(65536, 'A')}) {
         EXPECT_FALSE(EnvelopeKey::parsed(text)) << text.substr(0, 40);
@@ -122,6 +125,8 @@ TEST(Envelope, RefusesWhatIsNoKey) {
         flow.applicationLevelEncryptionPins = {key};
         EXPECT_THAT(sendingFault(flow), testing::HasSubstr("applicationLevelEncryptionPins"));
     }
+    EXPECT_EQ(ERR_GET_LIB(ERR_get_error()), ERR_LIB_USER) << "an error of the host's";
+    EXPECT_EQ(ERR_get_error(), 0UL) << "and none of ours";
 }
 
 /// The document proxy, in the hands of the test.

@@ -12,7 +12,7 @@ TEST(TypedKey, IsUnderstoodOrNamesTheFieldInFault) {
         std::string TypedValues::* fault;
     } rows[] = {
         {{"L898 902-c3", "12.08.1974", "15042012", ""}, "L898902<C3 740812 120415 ", nullptr},
-        {{"AB1", "1974-08-12", "2032/02/29", ""}, "AB1 740812 320229 ", nullptr},
+        {{"AB1", "1974-08-12", "20320229", ""}, "AB1 740812 320229 ", nullptr},
         {{"", "", "", "123 456"}, "   123456", nullptr},
         {{"", "12.08.1974", "15.04.2012", ""}, "", &TypedValues::documentNumber},
         {{"L8\xC3\x84", "12.08.1974", "15.04.2012", ""}, "", &TypedValues::documentNumber},

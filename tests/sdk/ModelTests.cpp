@@ -40,6 +40,28 @@ TEST(ResponseCode, KeepsItsNumberNameAndTexts) {
     EXPECT_FALSE(responseCode(0) || responseCode(1000) || responseCodeNamed("") || responseCodeNamed("no_chip"));
 }
 
+TEST(ActivationResponse, TakesTheLastOfMembersWithOneName) {
+    const std::pair<std::string_view, std::string_view> rows[] = {
+        {R"({"tid":"1","x":[{"tid":"2"}],"tid":"\u0033","idp-config":{"b":"1","a":"2","b":"\"3\u00E9"}})",
+         R"(3 a=2 b="3é)"},
+        {R"({"tid":"1","tid":2,"idp-config":{"a":"1"},"idp-config":{"b":"2"}})", " b=2"},
+        {R"({"idp-config":{"a":1,"a":"2"}})", " a=2"},
+        {R"({"idp-config":{"a":"1","b":"2","a":null}})", ""},
+        {R"({"tid":"1","idp-config":["a"]})", "1"},
+        {R"({"tid":"1"} x)", "refused"},
+        {R"({"idp-config":{"a":1 "b":"2"}})", "refused"},
+        {R"(["tid"])", "refused"},
+    };
+    for (const auto& [text, expected] : rows) {
+        const auto session = ActivationResponse::decode(text);
+        auto said = session ? session->tId : "refused";
+        for (const auto& [key, setting] : session.value_or(ActivationResponse{}).idpConfig) {
+            said += " " + key + "=" + setting;
+        }
+        EXPECT_EQ(said, expected) << text;
+    }
+}
+
 TEST(AcquisitionConfig, DecodesOnlyWhatIsWhole) {
     const AcquisitionConfig config{SDKEnv::DEV, "1", "2", "3", "4", "5"};
     const auto encoded = config.encode();

@@ -98,6 +98,7 @@ TEST(Passport, RefusesWhatNoTerminalSends) {
     } rows[] = {
         {"nothing", "", "6700"},
         {"half a header", "00a404", "6700"},
+        {"half an identifier", "00a40000013f", "6700"},
         {"more data than announced", "00a4040c0102ff00", "6700"},
         {"less data than announced", "00a4040c07a00000", "6700"},
         {"a long command without a length", "00a4040c0000", "6700"},

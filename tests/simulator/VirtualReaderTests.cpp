@@ -6,6 +6,7 @@
 #include <kivo/simulator/VirtualReader.hpp>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 
 namespace kivo::simulator {
 namespace {
@@ -101,6 +102,18 @@ TEST(CardSocket, ServesOneClientAfterTheOtherAndNobodyWithoutACard) {
     EXPECT_TRUE(test::eventually([&] { return !test::canConnectTo(socket.port()); }));
     passport->layDown();
     EXPECT_TRUE(test::eventually([&] { return test::canConnectTo(socket.port()); }));
+}
+
+TEST(CardSocket, EndsWhileItsClientReadsNothing) {
+    auto socket = std::make_unique<CardSocket>(std::make_shared<Passport>());
+    const auto client = test::connectedTo(socket->port());
+    const auto request = fromHex("000104"); // for the answer to reset
+    pollfd room{.fd = client.descriptor(), .events = POLLOUT, .revents = 0};
+    for (std::size_t sent = 0; poll(&room, 1, 200) > 0;) {
+        const auto at = sent % request.size();
+        sent += static_cast<std::size_t>(send(room.fd, request.data() + at, request.size() - at, MSG_NOSIGNAL));
+    }
+    socket.reset();
 }
 
 TEST(CardService, RunsADaemonOfItsOwnWhoseDriverTakesACard) {

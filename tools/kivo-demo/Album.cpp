@@ -58,7 +58,8 @@ std::shared_ptr<Album> Album::open(const std::filesystem::path& folder) {
 
 Album::Album(std::unique_ptr<kivo::device::Pictures> pictures, std::filesystem::path folder)
     : pictures_{std::move(pictures)}
-    , folder_{std::move(folder)} {}
+    , folder_{std::move(folder)}
+    , contrasts_{folder_} {}
 
 void Album::follow(const std::shared_ptr<kivo::platform::Window>& window) {
     window_ = window;
@@ -77,6 +78,8 @@ void Album::take(std::string_view occasion) {
     const auto file = folder_ / asFileName(number + ("-" + name) + "-" + std::string{occasion});
     if (const auto saved = pictures_->save(*window, file.string() + ".png")) {
         ++saved_;
+        const auto hardlyRead = contrasts_.add(file.filename().string(), pictures_->contrasts(*window));
+        problem_ = problem_.empty() ? hardlyRead : problem_;
     } else if (problem_.empty()) {
         problem_ = saved.error();
     }

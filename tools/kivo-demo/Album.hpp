@@ -1,5 +1,7 @@
 #pragma once
 
+#include "contrast/ContrastReport.hpp"
+
 #include <kivo/device/Pictures.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -10,7 +12,8 @@
 
 namespace demo {
 
-/// Takes a picture of every screen when it appears, and after every step that has changed it.
+/// Takes a picture of every screen when it appears, and after every step that has changed it. A line of the file
+/// "contrast.txt" tells how well the texts of each picture stand out.
 class Album final : public kivo::platform::WindowObserver, public std::enable_shared_from_this<Album> {
 public:
     /// Loads the device's library, which draws the pictures. Makes `folder` for the pictures if need be. Throws
@@ -30,7 +33,7 @@ public:
     /// The pictures that were written.
     int count() const { return saved_; }
 
-    /// The reason why a picture is missing; empty when all pictures are there.
+    /// The reason why a picture is missing, or the first text that hardly stands out; empty when all is well.
     const std::string& problem() const { return problem_; }
 
     void viewDidChange(kivo::platform::View& view) override;
@@ -39,6 +42,7 @@ public:
 private:
     std::unique_ptr<kivo::device::Pictures> pictures_;
     std::filesystem::path folder_;
+    contrast::Report contrasts_;
     std::weak_ptr<kivo::platform::Window> window_;
     bool isChanged_ = true;
     int number_ = 0;

@@ -20,6 +20,7 @@ constexpr std::array boxes{"textFieldDigitOne",  "textFieldDigitTwo",  "textFiel
 
 Display::Display(bool boxesAreReset)
     : boxesAreReset_{boxesAreReset} {
+    navigation_->navigationBar()->setTintColor(kivo::platform::Color::named("Kivo.PrimaryColor"));
     window_->setRootViewController(navigation_);
 }
 
@@ -61,7 +62,7 @@ void Display::returnToStart() {
     navigation_->popToViewController(start_, /*animated=*/true);
 }
 
-std::string Display::showFinalStatus() {
+std::string Display::showFinalStatus(const std::shared_ptr<kivo::ThemeCustomization>& theme) {
     const auto storyboard =
         kivo::platform::Storyboard::open("ZORFramework", kivo::platform::services().bundles->main());
     if (!storyboard) {
@@ -70,6 +71,9 @@ std::string Display::showFinalStatus() {
     const auto screen = (*storyboard)->instantiate("FinalStatusVC");
     if (!screen) {
         return screen.error();
+    }
+    if (const auto closing = std::dynamic_pointer_cast<kivo::FinalStatusVC>(*screen)) {
+        closing->themeObj = theme;
     }
     bool isShown = false;
     navigation_->present(*screen, /*animated=*/true, [&] { isShown = true; });

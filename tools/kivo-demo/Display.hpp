@@ -31,7 +31,7 @@ public:
     void returnToStart();
 
     /// Presents the closing screen, as a host does at the end of the road.
-    std::string showFinalStatus();
+    std::string showFinalStatus(const std::shared_ptr<kivo::ThemeCustomization>& theme);
 
 private:
     bool boxesAreEmpty() const;

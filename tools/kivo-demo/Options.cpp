@@ -252,7 +252,7 @@ std::expected<Options, int> parse(int argc, const char* const* argv) {
                    hasCode = true;
                    return takeCode(value, options);
                });
-    line.value("--screens", "DIR", "put a picture of every screen into that folder", [&](const auto& value) {
+    line.value("--screens", "DIR", "put a picture of every screen into that folder, and the\ncontrasts of the texts (contrast.txt)", [&](const auto& value) {
         options.screens = value;
         return std::string{};
     });

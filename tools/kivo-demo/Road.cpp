@@ -220,6 +220,10 @@ bool walk(const Options& options, simulator::IdentityService* service, const std
     window->setUserInterfaceStyle(options.isDark ? platform::UserInterfaceStyle::dark
                                                  : platform::UserInterfaceStyle::light);
     session->setContext(display.context());
+    const auto theme = std::make_shared<ThemeCustomization>();
+    theme->minimumContentSizeCategoryLimit = platform::ContentSizeCategory::extraSmall;
+    theme->maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge;
+    session->setTheme(theme);
     if (album) {
         album->follow(window);
     }
@@ -314,7 +318,7 @@ bool walk(const Options& options, simulator::IdentityService* service, const std
         walker.step(planned);
     }
     if (album) {
-        display.showFinalStatus();
+        display.showFinalStatus(theme);
         display.tap("backToHomeButton");
     }
     session->reset();

@@ -119,6 +119,8 @@ std::shared_ptr<const VideoFrame> pictureOfTwo(const char* far, const char* near
                                                         .height = left.height,
                                                         .format = VideoFrame::Format::gray,
                                                         .bytes = std::vector<std::uint8_t>(left.bytes.size(), 255)});
+    // The ink alone: the desk around the sheet of one code would cover the other.
+    constexpr int ink = 0;
     const auto copy = [&](const VideoFrame& from, int shift) {
         for (int y = 0; y < from.height; ++y) {
             for (int x = 0; x < from.width; ++x) {
@@ -127,7 +129,7 @@ std::shared_ptr<const VideoFrame> pictureOfTwo(const char* far, const char* near
                     return static_cast<std::size_t>(y) * static_cast<std::size_t>(from.width) +
                            static_cast<std::size_t>(column);
                 };
-                if (to >= 0 && to < from.width && from.bytes[at(x)] < 128) {
+                if (to >= 0 && to < from.width && from.bytes[at(x)] == ink) {
                     both->bytes[at(to)] = from.bytes[at(x)];
                 }
             }

@@ -45,16 +45,21 @@ void send(const Answer& answer, httplib::Response& response) {
 }
 
 /// Reads a body to its end; absent when it is longer than the bound.
-std::optional<std::string> bodyOf(const httplib::ContentReader& reader) {
+std::optional<std::string> bodyOf(const httplib::Request& request, const httplib::ContentReader& reader) {
     std::string body;
     std::size_t size = 0;
-    reader([&](const char* data, std::size_t length) {
+    const auto take = [&](const char* data, std::size_t length) {
         size += length;
         if (size <= largestBody) {
             body.append(data, length);
         }
         return size <= mostDiscarded;
-    });
+    };
+    if (request.is_multipart_form_data()) { // which the library hands over in parts only
+        reader([](const httplib::MultipartFormData&) { return true; }, take);
+    } else {
+        reader(take);
+    }
     return size <= largestBody ? std::optional{std::move(body)} : std::nullopt;
 }
 
@@ -85,7 +90,9 @@ public:
             }
         });
         const auto handle = [this](const httplib::Request& request, httplib::Response& response,
-                                   const httplib::ContentReader& reader) { serve(request, response, bodyOf(reader)); };
+                                   const httplib::ContentReader& reader) {
+            serve(request, response, bodyOf(request, reader));
+        };
         const auto handleWithoutBody = [this](const httplib::Request& request, httplib::Response& response) {
             serve(request, response, "");
         };
@@ -148,6 +155,8 @@ private:
     }
 
     void serve(const httplib::Request& request, httplib::Response& response, const std::optional<std::string>& body) {
+        // HTTP lets a server ignore ranges. The library would copy the answer for each of thousands of them.
+        const_cast<httplib::Request&>(request).ranges.clear();
         if (const auto problem = problemOfOrigin(request); !problem.empty()) {
             send(refusal(403, problem), response);
             return;

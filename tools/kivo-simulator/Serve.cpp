@@ -40,12 +40,6 @@ std::string quoted(const std::string& text) {
     return word + "'";
 }
 
-/// What a client sends must not steer the terminal.
-std::string withoutControls(std::string text) {
-    std::ranges::replace_if(text, [](unsigned char each) { return each < ' ' || each == 0x7F; }, '?');
-    return text;
-}
-
 std::string padded(std::string text, std::size_t width) {
     text.resize(std::max(text.size() + 1, width), ' ');
     return text;
@@ -84,7 +78,7 @@ public:
         }
         const auto text = [&](const char* member, const char* before) {
             const auto value = record.at(member).is_string() ? record.at(member).get<std::string>() : std::string{};
-            return value.empty() ? value : before + withoutControls(value);
+            return value.empty() ? value : before + program::printable(value);
         };
         constexpr std::size_t clockFrom = 11;
         constexpr std::size_t clockLength = 12;

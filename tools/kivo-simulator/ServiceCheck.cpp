@@ -10,7 +10,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
@@ -183,12 +182,6 @@ private:
     Json description_;
 };
 
-/// What a service sends must not steer the terminal.
-std::string printable(std::string text) {
-    std::ranges::replace_if(text, [](unsigned char each) { return each < ' ' || each == 0x7F; }, '?');
-    return text;
-}
-
 } // namespace
 
 int checkService(const Options& options) {
@@ -209,8 +202,8 @@ int checkService(const Options& options) {
                                {"found", finding.found},
                                {"expected", finding.expected}});
                     } else {
-                        std::printf("%s: %s; expected %s\n", finding.step.c_str(), printable(finding.found).c_str(),
-                                    finding.expected.c_str());
+                        std::printf("%s: %s; expected %s\n", finding.step.c_str(),
+                                    program::printable(finding.found).c_str(), finding.expected.c_str());
                         std::fflush(stdout);
                     }
                 }};

@@ -156,7 +156,20 @@ void EndingSignal::wait() {
 
 void complain(const std::string& sentence) {
     std::fflush(stdout);
-    std::fprintf(stderr, "%s: %s\n", programName().c_str(), sentence.c_str());
+    std::fprintf(stderr, "%s: %s\n", programName().c_str(), printable(sentence).c_str());
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        const auto next = at + 1 < text.size() ? static_cast<unsigned char>(text[at + 1]) : 0U;
+        // In UTF-8, the controls beyond those of ASCII are C2 80 to C2 9F.
+        const bool isLater = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+        at += isLater ? 1 : 0;
+        shown += isLater || byte < ' ' || byte == 0x7F ? '?' : static_cast<char>(byte);
+    }
+    return shown;
 }
 
 std::string finish(std::FILE* stream) {

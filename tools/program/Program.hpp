@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace program {
 
@@ -29,8 +30,11 @@ public:
     static void wait();
 };
 
-/// Prints the program's name and a sentence on standard error.
+/// Prints the program's name and a sentence, `printable`, on standard error.
 void complain(const std::string& sentence);
+
+/// The text with a question mark in place of each control character: what others send must not steer the terminal.
+std::string printable(std::string_view text);
 
 /// Flushes a stream. Returns the reason why some of the stream's text is lost, as a sentence, or an empty text.
 std::string finish(std::FILE* stream);

@@ -64,6 +64,30 @@ asyncio.run(asyncio.wait_for(host(), 30))
 """)[-5:] == ["True True", "STATUS_BAD_BIODATA", "[]", "the disk is full", "STORAGE"]
 
 
+def test_a_forked_child_ends_while_the_keychain_is_at_work():
+    assert run("""
+class Keychain(kivo.Keychain):
+    def __init__(self): self.main, self.inside, self.has_forked = threading.get_ident(), False, threading.Event()
+    def set(self, service, account, value):
+        self.inside = threading.get_ident() != self.main
+        if self.inside: self.has_forked.wait(30)
+    def get(self, service, account): return None
+    def remove(self, service, account): return False
+
+async def host():
+    keychain = Keychain()
+    kivo.install_keychain(keychain)
+    joining = asyncio.create_task(kivo.load("KEY").join("123456", config))
+    while not keychain.inside: await asyncio.sleep(0.01)
+    child = os.fork() or sys.exit()
+    print(os.waitpid(child, 0) == (child, 0))
+    keychain.has_forked.set()
+    joining.cancel()
+
+asyncio.run(asyncio.wait_for(host(), 30))
+""")[-1] == "True"
+
+
 def test_the_vendors_read_a_document_and_scan_a_face(monkeypatch):
     layouts = pathlib.Path(os.environ["KIVO_SIMULATED_SERVICE"]).parents[1] / "lib/ZORFramework.bundle"
     monkeypatch.setenv("KIVO_LAYOUTS", str(layouts))

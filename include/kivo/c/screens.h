@@ -64,6 +64,12 @@ KIVO_C_EXPORT kivo_status kivo_display_clear(kivo_display* display);
  * - "enabled" of a button and a field; "value", "placeholder", "focused" and "keyboard" ("standard", "ascii",
  *   "number" or "name") of a field; "animating" of a progress
  *
+ * "elements" lists what a screen reader tells, in the order of reading and of the focus, without the views that are
+ * covered or mere ornament. Each element has "role" ("text", "heading", "status", "button", "field", "image",
+ * "progress" or "alert"), "name", "frame" and "states", a list of "focusable", "focused", "disabled", "busy",
+ * "invalid", "required" and "modal"; and, left out where empty, the typed "value" of a field, "hint", which is told
+ * last, and "outlet". A status is told when it comes or changes.
+ *
  * A later release may add members. */
 KIVO_C_EXPORT kivo_string* kivo_display_snapshot(kivo_display* display);
 

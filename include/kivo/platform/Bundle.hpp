@@ -90,7 +90,8 @@ public:
     /// The host application's own bundle; never null, but empty when the application has none.
     virtual std::shared_ptr<Bundle> main() = 0;
 
-    /// A bundle by its identifier, or null.
+    /// A bundle by its identifier: the host's own, the SDK's, or that of another library, such as the document
+    /// reader's; null for none.
     virtual std::shared_ptr<Bundle> withIdentifier(std::string_view identifier) = 0;
 };
 

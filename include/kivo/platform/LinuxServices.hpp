@@ -19,6 +19,8 @@ struct LinuxOptions {
     std::filesystem::path trustedCertificates;
     /// The GStreamer pipeline that gives the camera's pictures; see `makePipelineSource`. Empty: the first camera.
     std::string cameraPipeline{};
+    /// The person's language, such as "de" or "pt_BR". Empty: that of `LC_ALL`, `LC_MESSAGES` or `LANG`.
+    std::string language{};
 };
 
 /// A fresh set of the Linux services, complete except for the vendors' libraries.

@@ -131,6 +131,10 @@ public:
     /// Whether `didReceiveChallenge` alone decides about a server; false by default.
     virtual bool judgesServerTrust() const { return false; }
 
+    /// Whether the delegate needs the calls of `didSendBodyData`, which cost time; true by default. A session may leave
+    /// them out otherwise.
+    virtual bool followsUploads() const { return true; }
+
     /// The number of bytes of the request's body sent so far, and the body's length.
     virtual void didSendBodyData(const std::shared_ptr<UrlSessionTask>& task, std::uint64_t sent,
                                  std::uint64_t expected) = 0;
@@ -152,8 +156,10 @@ public:
     virtual ~UrlSession() = default;
 
     /// Starts a request at once. While six requests of the session to the same server are under way, a further request
-    /// waits; the wait counts towards its timeouts. An address that `parseUrl()` refuses, or that is not https, is
-    /// reported like any failure.
+    /// waits; the wait counts towards its timeouts. Over HTTP/2 a session whose `responseLimit` is at most 1 MiB may
+    /// have more requests under way, which share a connection; its first request to a server may then go ahead of the
+    /// others, for at most half a second, to learn which protocol the server speaks. An address that `parseUrl()`
+    /// refuses, or that is not https, is reported like any failure.
     virtual std::shared_ptr<UrlSessionTask> dataTask(UrlRequest request, UrlCompletion completion) = 0;
 
     /// Forgets the cookies received so far. Earlier requests may keep their cookies until they end. Later requests know

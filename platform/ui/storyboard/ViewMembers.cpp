@@ -10,8 +10,10 @@
 #include <kivo/platform/ui/TextField.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <map>
+#include <utility>
 
 namespace kivo::platform::storyboard {
 namespace {
@@ -33,6 +35,26 @@ void setLayer(View& view, const LayoutValue& value) {
             } else {
                 member.where.fail(
                     "a layer has no such member; it has cornerRadius, borderWidth, borderColor and masksToBounds.");
+            }
+        });
+    });
+}
+
+void setAccessibility(View& view, const LayoutValue& value) {
+    static constexpr std::pair<std::string_view, bool Accessibility::*> flags[] = {
+        {"hidden", &Accessibility::isHidden},   {"heading", &Accessibility::isHeading},
+        {"invalid", &Accessibility::isInvalid}, {"required", &Accessibility::isRequired},
+        {"live", &Accessibility::isLive},       {"modal", &Accessibility::isModal}};
+    view.changeAccessibility([&](Accessibility& accessibility) {
+        value.eachMember([&](const std::string& name, const LayoutValue& member) {
+            const auto* const known = std::ranges::find(flags, name, [](const auto& flag) { return flag.first; });
+            if (known != std::end(flags)) {
+                accessibility.*(known->second) = member.flag();
+            } else if (name == "hint") {
+                accessibility.hint = member.text();
+            } else {
+                member.where.fail("there is no such property; there are hidden, heading, invalid, required, live, "
+                                  "modal and hint.");
             }
         });
     });
@@ -63,6 +85,7 @@ const Setters<View> viewMembers{
              value.choice<LayoutDirection>({{"leftToRight", leftToRight}, {"rightToLeft", rightToLeft}}));
      }},
     {"passesTouches", [](View& view, const LayoutValue& value) { view.setPassesTouches(value.flag()); }},
+    {"accessibility", setAccessibility},
     {"accessibilityLabel", [](View& view, const LayoutValue& value) { view.setAccessibilityLabel(value.text()); }},
 };
 

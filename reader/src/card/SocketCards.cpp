@@ -1,6 +1,7 @@
 #include "card/BoundedSources.hpp"
 #include "card/Capabilities.hpp"
 
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -146,7 +147,7 @@ public:
                                                                 std::stop_token stop) override {
         const auto until = steady_clock::now() + patience;
         std::array<int, 2> bell{};
-        if (pipe(bell.data()) != 0) {
+        if (pipe2(bell.data(), O_CLOEXEC) != 0) {
             return std::unexpected{CardError::noService};
         }
         const Socket heard{bell[0]};

@@ -3,6 +3,7 @@
 #include "crypto/CertificateObjects.hpp"
 
 #include <openssl/pem.h>
+#include <openssl/pemerr.h>
 #include <openssl/x509v3.h>
 
 #include <algorithm>
@@ -112,22 +113,23 @@ bool RevocationList::names(const Certificate& certificate) const {
     return X509_CRL_get0_by_serial(held.get(), &entry, X509_get0_serialNumber(certificate.native())) == 1;
 }
 
-std::vector<Bytes> derObjectsIn(ByteView file, std::size_t most) {
+std::optional<std::vector<Bytes>> derObjectsIn(ByteView file, std::size_t most) {
     const x509::Errors errors;
     const std::string_view text{reinterpret_cast<const char*>(file.data()), file.size()};
     if (!text.contains("-----BEGIN ")) {
-        return {Bytes{file.begin(), file.end()}};
+        return std::vector<Bytes>{{file.begin(), file.end()}};
     }
     const x509::Stream stream{BIO_new_mem_buf(file.data(), static_cast<int>(file.size()))};
     std::vector<Bytes> objects;
-    while (objects.size() < most) {
+    while (objects.size() <= most) {
         PemParts parts;
         if (PEM_read_bio(stream.get(), &parts.name, &parts.header, &parts.data, &parts.size) != 1) {
-            break;
+            const bool isAtEnd = ERR_GET_REASON(ERR_peek_last_error()) == PEM_R_NO_START_LINE;
+            return isAtEnd && !objects.empty() ? std::optional{std::move(objects)} : std::nullopt;
         }
         objects.emplace_back(parts.data, parts.data + parts.size);
     }
-    return objects;
+    return std::nullopt;
 }
 
 } // namespace kivo::reader

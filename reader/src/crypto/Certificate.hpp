@@ -51,7 +51,8 @@ private:
     std::shared_ptr<X509_crl_st> held;
 };
 
-/// The objects in DER of a file, which holds one as it is, or up to `most` in text form (PEM).
-std::vector<Bytes> derObjectsIn(ByteView file, std::size_t most);
+/// The objects in DER of a file, which holds one as it is, or up to `most` in text form (PEM). Absent where the text
+/// has no object or more, or is broken, even behind objects that are whole.
+std::optional<std::vector<Bytes>> derObjectsIn(ByteView file, std::size_t most);
 
 } // namespace kivo::reader

@@ -1,12 +1,9 @@
 #include "crypto/Envelope.hpp"
 
-#include <openssl/bio.h>
-#include <openssl/cms.h>
+#include "crypto/CertificateObjects.hpp"
+
 #include <openssl/crypto.h>
-#include <openssl/err.h>
-#include <openssl/evp.h>
 #include <openssl/rsa.h>
-#include <openssl/x509.h>
 
 #include <cstddef>
 #include <utility>
@@ -15,17 +12,7 @@
 namespace kivo::reader {
 namespace {
 
-template <auto free>
-struct FreeOfEnvelope {
-    template <class T>
-    void operator()(T* object) const {
-        free(object);
-    }
-};
-
-using EnvelopeCertificate = std::unique_ptr<X509, FreeOfEnvelope<X509_free>>;
-using Message = std::unique_ptr<CMS_ContentInfo, FreeOfEnvelope<CMS_ContentInfo_free>>;
-using Source = std::unique_ptr<BIO, FreeOfEnvelope<BIO_free>>;
+using EnvelopeCertificate = std::unique_ptr<X509, x509::Free<X509_free>>;
 
 constexpr std::size_t wrappingKeySize = 32;
 constexpr std::size_t longestKeyText = std::size_t{16} * 1024;
@@ -100,6 +87,7 @@ EnvelopeKey::EnvelopeKey(std::shared_ptr<const Content> content)
     : content_{std::move(content)} {}
 
 std::optional<EnvelopeKey> EnvelopeKey::parsed(std::string_view text) {
+    const x509::Errors errors;
     auto bytes = bytesOfKeyText(text);
     if (!bytes) {
         return std::nullopt;
@@ -111,15 +99,15 @@ std::optional<EnvelopeKey> EnvelopeKey::parsed(std::string_view text) {
     const auto* begin = std::as_const(*bytes).data();
     EnvelopeCertificate certificate{d2i_X509(nullptr, &begin, static_cast<long>(bytes->size()))};
     if (!certificate || begin != bytes->data() + bytes->size()) {
-        ERR_clear_error();
         return std::nullopt;
     }
     return EnvelopeKey{std::make_shared<const Content>(Content{std::move(certificate)})};
 }
 
 std::optional<Bytes> sealedMessage(ByteView plain, const std::vector<EnvelopeKey>& recipients) {
-    const Message message{CMS_AuthEnvelopedData_create(EVP_aes_256_gcm())};
-    const Source source{BIO_new_mem_buf(plain.data(), static_cast<int>(plain.size()))};
+    const x509::Errors errors;
+    const x509::Message message{CMS_AuthEnvelopedData_create(EVP_aes_256_gcm())};
+    const x509::Stream source{BIO_new_mem_buf(plain.data(), static_cast<int>(plain.size()))};
     bool isSealed = message && source && !recipients.empty();
     for (const auto& recipient : recipients) {
         const auto& key = recipient.content_->key;
@@ -132,7 +120,6 @@ std::optional<Bytes> sealedMessage(ByteView plain, const std::vector<EnvelopeKey
     isSealed = isSealed && CMS_set_detached(message.get(), 0) == 1 &&
                CMS_final(message.get(), source.get(), nullptr, CMS_BINARY) == 1;
     const int size = isSealed ? i2d_CMS_ContentInfo(message.get(), nullptr) : 0;
-    ERR_clear_error();
     if (size <= 0) {
         return std::nullopt;
     }

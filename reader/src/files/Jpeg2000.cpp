@@ -13,7 +13,7 @@ namespace kivo::reader {
 namespace {
 
 constexpr std::size_t mostComponents = 4;
-constexpr std::size_t mostTiles = 16;
+constexpr long long mostTiles = 16;
 constexpr std::size_t mostTileParts = 64;
 constexpr std::size_t mostMarkers = 64;
 constexpr std::size_t mostLayers = 32;
@@ -82,7 +82,7 @@ bool isSizeAllowed(ByteView segment) {
     }
     const auto across = (right - tilesLeft + tileWidth - 1) / tileWidth;
     const auto down = (bottom - tilesTop + tileHeight - 1) / tileHeight;
-    if (across * down > static_cast<long long>(mostTiles)) {
+    if (across > mostTiles || down > mostTiles || across * down > mostTiles) {
         return false;
     }
     for (std::size_t i = 0; i < components; ++i) {

@@ -142,7 +142,7 @@ std::optional<Zone> parsedAs(const ZoneLayout& layout, const std::vector<std::st
 
 } // namespace
 
-char checkDigit(std::string_view field) {
+std::optional<char> checkDigit(std::string_view field) {
     constexpr std::array weights{7, 3, 1};
     unsigned sum = 0;
     for (std::size_t i = 0; i < field.size(); ++i) {
@@ -153,7 +153,7 @@ char checkDigit(std::string_view field) {
         } else if (isUpper(letter)) {
             value = letter - 'A' + 10;
         } else if (letter != filler) {
-            return '\0';
+            return std::nullopt;
         }
         sum += static_cast<unsigned>(value * weights[i % weights.size()]);
     }

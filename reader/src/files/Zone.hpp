@@ -45,7 +45,7 @@ std::optional<Zone> parsedZone(const std::vector<std::string>& lines);
 /// other exchange agrees with the check digit, too.
 std::optional<Zone> repairedZone(const std::vector<std::string>& lines);
 
-/// The check digit of a field; '\0' where a character is none of a zone's.
-char checkDigit(std::string_view field);
+/// The check digit of a field; absent where a character is none of a zone's.
+std::optional<char> checkDigit(std::string_view field);
 
 } // namespace kivo::reader

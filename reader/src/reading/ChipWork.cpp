@@ -85,7 +85,7 @@ std::string zoneInformation(const AccessKey& key) {
     std::string information;
     for (const auto& field : {number, key.dateOfBirth, key.dateOfExpiry}) {
         information += field;
-        information += checkDigit(field);
+        information += checkDigit(field).value_or('<'); // a field with other characters opens no chip
     }
     wipe(number.data(), number.size());
     return information;

@@ -13,22 +13,63 @@ using namespace std::chrono_literals;
 
 /// The time after which the page suggests to type.
 constexpr auto timeToSuggestTyping = 20s;
-constexpr double previewHeight = 240;
+/// Height to width of a picture in which a page of a passport has its frame.
+constexpr double shapeOfPreview = 0.69;
+/// The part of a passport's page, and of a card, that the zone takes.
+constexpr double zoneOfPage = 0.27;
+constexpr double zoneOfCard = 0.41;
 
-constexpr std::string_view usualHint = "Keep the page flat, without a reflection on the lines.";
-constexpr std::string_view darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
-constexpr std::string_view lateHint = "Nothing could be read yet. You can also type the values by hand.";
+constexpr ScreenText usualHint = "Keep the page flat, without a reflection on the lines.";
+constexpr ScreenText darkHint = "It is dark here. Turn on a light, or go where it is brighter.";
+constexpr ScreenText lateHint = "Nothing could be read yet. You can also type the values by hand.";
 
-std::shared_ptr<platform::View> outline(const platform::Placement& placement, double thickness) {
-    auto view = std::make_shared<platform::View>();
-    view->setPlacement(placement);
-    view->changeLayer([&](platform::Layer& layer) {
-        layer.cornerRadius = 8;
-        layer.borderWidth = thickness;
-        layer.borderColor = platform::Color::white();
+/// The part of the picture around the frame.
+constexpr double around = 14;
+constexpr auto shade = platform::Color::white(0, 0.45);
+/// A blue that is seen on paper and in the dark.
+constexpr platform::Color zoneColor{.red = 0.16, .green = 0.5, .blue = 0.95};
+
+void outline(platform::View& view, const platform::Color& color) {
+    view.changeLayer([&](platform::Layer& layer) {
+        layer.cornerRadius = 6;
+        layer.borderWidth = 2;
+        layer.borderColor = color;
     });
-    return view;
 }
+
+/// The camera's picture, as high as its width asks for.
+class PagePreview final : public platform::PreviewView {
+public:
+    platform::Size sizeThatFits(double widthLimit) override {
+        return {.width = widthLimit, .height = widthLimit * shapeOfPreview};
+    }
+};
+
+/// The frame for the page, with the zone marked at its foot. The zone takes `share` of the page's height.
+class PageFrame final : public platform::View {
+public:
+    explicit PageFrame(double share)
+        : share_{share} {}
+
+    void addZone() {
+        outline(*this, platform::Color::white());
+        outline(*zone_, zoneColor);
+        addSubview(zone_);
+    }
+
+protected:
+    void layoutSubviews() override {
+        constexpr double gap = 6;
+        const auto size = bounds().size;
+        const auto height = size.height * share_;
+        zone_->setFrame({.origin = {.x = gap, .y = size.height - height - gap},
+                         .size = {.width = size.width - 2 * gap, .height = height}});
+    }
+
+private:
+    const double share_;
+    const std::shared_ptr<platform::View> zone_ = std::make_shared<platform::View>();
+};
 
 } // namespace
 
@@ -42,8 +83,8 @@ std::shared_ptr<AimPage> AimPage::open(const Look& look, bool cards, PageCamera:
     });
     page->addPreview(cards);
     page->hint_ = page->page_.addText("Hint", usualHint);
-    page->hint_->setTextAlignment(platform::TextAlignment::center);
-    page->page_.addButton("Type", "Type the values by hand", [weak = std::weak_ptr{page}] {
+    look.dressCaption(*page->hint_);
+    page->page_.addButton("Type", "Type the values by hand", Page::Way::other, [weak = std::weak_ptr{page}] {
         if (const auto self = weak.lock()) {
             self->events_.type();
         }
@@ -59,25 +100,25 @@ std::shared_ptr<AimPage> AimPage::open(const Look& look, bool cards, PageCamera:
 
 AimPage::AimPage(const Look& look, bool cards, Events events)
     : page_{look, "aim", "Show the page to the camera",
-            cards ? "Hold the side of the card with the lines of letters and arrows into the frame."
-                  : "Hold the page with the photo into the frame, with the two lines at its foot."}
+            cards ? ScreenText{"Hold the side of the card with the lines of letters and arrows into the frame."}
+                  : ScreenText{"Hold the page with the photo into the frame, with the two lines at its foot."}}
     , events_{std::move(events)} {}
 
 void AimPage::addPreview(bool cards) {
-    const auto preview = std::make_shared<platform::PreviewView>();
+    const auto preview = std::make_shared<PagePreview>();
     preview->setIdentifier("aimPreview");
     preview->setAccessibilityLabel(page_.look().text("The camera's picture"));
-    preview->setPlacement({.height = previewHeight});
     preview->changeLayer([](platform::Layer& layer) {
         layer.cornerRadius = 8;
         layer.masksToBounds = true;
+        layer.borderWidth = around;
+        layer.borderColor = shade;
     });
     preview->setPreviewSession(camera_->session());
-    const auto frame = outline({.top = 12, .left = 12, .bottom = 12, .right = 12}, 2);
+    const auto frame = std::make_shared<PageFrame>(cards ? zoneOfCard : zoneOfPage);
     frame->setIdentifier("aimFrame");
-    constexpr double threeLines = 84;
-    constexpr double twoLines = 56;
-    frame->addSubview(outline({.left = 8, .bottom = 8, .right = 8, .height = cards ? threeLines : twoLines}, 1));
+    frame->setPlacement({.top = around, .left = around, .bottom = around, .right = around});
+    frame->addZone();
     preview->addSubview(frame);
     page_.add(preview);
 }
@@ -91,9 +132,9 @@ void AimPage::see(const ZoneReader::Sight& sight) {
     say(sight.isTooDark ? darkHint : hasWaited_ ? lateHint : usualHint);
 }
 
-void AimPage::say(std::string_view key) {
-    if (auto text = page_.look().text(key); text != hint_->text()) {
-        hint_->setText(std::move(text));
+void AimPage::say(ScreenText text) {
+    if (auto shown = page_.look().text(text); shown != hint_->text()) {
+        hint_->setText(std::move(shown));
     }
 }
 

@@ -33,7 +33,7 @@ public:
 private:
     void addPreview(bool cards);
     void see(const ZoneReader::Sight& sight);
-    void say(std::string_view key);
+    void say(ScreenText text);
 
     Page page_;
     Events events_;

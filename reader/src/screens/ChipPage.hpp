@@ -18,16 +18,26 @@ public:
     void show(const ChipProgress& progress);
 
 private:
+    /// A kind of data: its name, and how much was read or the sign that all was.
+    struct Line {
+        std::shared_ptr<platform::Label> name;
+        std::shared_ptr<platform::Label> percent;
+        std::shared_ptr<platform::ActivityIndicatorView> wheel;
+        std::shared_ptr<platform::ImageView> tick;
+    };
+
     void showFile(const ChipProgress& progress);
+    Line addLine(ScreenText content);
     void finishFiles();
 
     Page page_;
     const bool cards_;
     ChipProgress::Step step_ = ChipProgress::Step::waitingForCard;
-    /// A line for each kind of data, in the order of the reading.
-    std::map<std::string_view, std::shared_ptr<platform::Label>> lines_;
+    std::shared_ptr<platform::View> wheel_;
+    Page::Column card_;
+    std::map<ScreenText, Line> lines_;
     /// The kind of data under way; empty for none.
-    std::string_view current_;
+    ScreenText current_;
 };
 
 } // namespace kivo::reader

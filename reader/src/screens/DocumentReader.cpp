@@ -68,9 +68,7 @@ DocumentReader::DocumentReader(DocumentReaderOptions options)
 DocumentReader::~DocumentReader() = default;
 
 std::shared_ptr<readid::UIResources> DocumentReader::makeUIResources() {
-    auto resources = std::make_shared<readid::UIResources>();
-    resources->isDynamicTypeEnabled = true;
-    return resources;
+    return usualResources();
 }
 
 std::expected<void, readid::ReadIDError> DocumentReader::identify(

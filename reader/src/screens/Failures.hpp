@@ -1,19 +1,18 @@
 #pragma once
 
 #include "reading/ChipReading.hpp"
+#include "screens/ScreenText.hpp"
 
 #include <kivo/platform/ReadID.hpp>
-
-#include <string_view>
 
 namespace kivo::reader {
 
 /// A failed step, for the host and for the person.
 struct FailedStep {
     platform::readid::FailureReason reason = platform::readid::FailureReason::other;
-    /// What happened, and what to do; keys of the texts.
-    std::string_view title{};
-    std::string_view sentence{};
+    /// What happened, and what to do.
+    ScreenText title{};
+    ScreenText sentence{};
     /// Whether the same step can succeed when it is taken again.
     bool isWorthRetrying = true;
     /// Whether other values may open the chip.

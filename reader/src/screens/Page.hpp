@@ -2,7 +2,9 @@
 
 #include "screens/Look.hpp"
 
+#include <kivo/platform/ui/ActivityIndicatorView.hpp>
 #include <kivo/platform/ui/Button.hpp>
+#include <kivo/platform/ui/ImageView.hpp>
 #include <kivo/platform/ui/Label.hpp>
 #include <kivo/platform/ui/StackView.hpp>
 #include <kivo/platform/ui/TextField.hpp>
@@ -14,47 +16,76 @@
 
 namespace kivo::reader {
 
-/// One page of the reader's screen: views one below the other. The identifiers of the views begin with the page's name.
-/// Every text is a key of the host's table.
+/// One page of the reader's screen: a picture, title and message, the content, and the buttons at the lower edge. The
+/// identifiers of the views begin with the page's name.
 class Page {
 public:
+    using Column = std::shared_ptr<platform::StackView>;
+
     /// A page with a title and, unless it is empty, a message: "aim" gives "aimTitle" and "aimMessage".
-    Page(Look look, std::string name, std::string_view title, std::string_view message);
+    Page(Look look, std::string name, ScreenText title, ScreenText message);
+
+    /// Shows the picture of that name above the title.
+    void setIllustration(std::string_view image);
 
     /// Adds a line of text in the page's look.
-    std::shared_ptr<platform::Label> addText(std::string_view identifier, std::string_view key);
-    /// The same with a text as it is, such as the name of a person.
-    std::shared_ptr<platform::Label> addValue(std::string_view identifier, std::string text);
+    std::shared_ptr<platform::Label> addText(std::string_view identifier, ScreenText text);
 
     /// Adds a field below the label that names it.
-    std::shared_ptr<platform::TextField> addField(std::string_view identifier, std::string_view label);
+    std::shared_ptr<platform::TextField> addField(std::string_view identifier, ScreenText label);
 
-    /// Adds a button. The first button of a page stands out.
-    void addButton(std::string_view identifier, std::string_view title, std::function<void()> action);
+    /// Adds a frame for what belongs together, and returns the column inside.
+    Column addCard();
+
+    /// A text in the page's look that stands in no column yet, as a card's rows have it.
+    std::shared_ptr<platform::Label> label(std::string_view identifier, std::string text) const;
+
+    /// Adds a row: the symbol, which may be null, and the text, which takes the rest of the width.
+    std::shared_ptr<platform::StackView> addRow(const Column& card, const std::shared_ptr<platform::View>& symbol,
+                                                const std::shared_ptr<platform::Label>& text) const;
+
+    /// An icon of the height of a line, in that colour; null where the icon is not installed.
+    std::shared_ptr<platform::ImageView> icon(std::string_view image, const platform::Color& color) const;
+
+    /// The number of a step.
+    std::shared_ptr<platform::View> number(int number) const;
+
+    /// Adds a card with an icon and an arrow, which is tapped like a button.
+    void addChoice(std::string_view identifier, std::string_view image, ScreenText title, std::function<void()> action);
+
+    /// What a button is for: the way on, of which a page has one, or another way.
+    enum class Way { on, other };
+
+    /// Adds a button at the lower edge.
+    void addButton(std::string_view identifier, ScreenText title, Way way, std::function<void()> action);
 
     /// Adds a turning wheel, whose text for screen readers is the page's title.
-    void addWheel();
+    std::shared_ptr<platform::View> addWheel();
 
-    void add(const std::shared_ptr<platform::View>& view) { column_->addSubview(view); }
+    /// Adds a view to the content.
+    void add(const std::shared_ptr<platform::View>& view);
 
-    void setTitle(std::string_view key) { title_->setText(look_.text(key)); }
+    void setTitle(ScreenText text);
 
-    void setMessage(std::string_view key) { message_->setText(look_.text(key)); }
+    void setMessage(ScreenText text) { message_->setText(look_.text(text)); }
 
     const Look& look() const { return look_; }
 
     const std::string& name() const { return name_; }
 
     /// The page's views.
-    const std::shared_ptr<platform::StackView>& column() const { return column_; }
+    const Column& column() const { return column_; }
 
 private:
     Look look_;
     std::string name_;
-    std::shared_ptr<platform::StackView> column_ = std::make_shared<platform::StackView>();
+    Column column_ = std::make_shared<platform::StackView>();
+    Column content_ = std::make_shared<platform::StackView>();
+    Column buttons_ = std::make_shared<platform::StackView>();
+    std::shared_ptr<platform::ImageView> illustration_ = std::make_shared<platform::ImageView>();
     std::shared_ptr<platform::Label> title_;
     std::shared_ptr<platform::Label> message_;
-    bool hasButton_ = false;
+    std::shared_ptr<platform::View> wheel_;
 };
 
 } // namespace kivo::reader

@@ -31,7 +31,7 @@ protected:
     std::shared_ptr<platform::View> loadView() override;
 
 private:
-    std::shared_ptr<platform::Button> barButton(std::string_view identifier, std::string_view title,
+    std::shared_ptr<platform::Button> barButton(std::string_view identifier, ScreenText title,
                                                 std::function<void()> ReaderScreen::* action);
 
     const Look look_;

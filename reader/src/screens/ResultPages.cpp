@@ -37,12 +37,12 @@ private:
     const std::shared_ptr<const platform::VideoFrame> picture_;
 };
 
-std::string_view nameOf(platform::readid::DocumentType type) {
-    return type == platform::readid::DocumentType::passport ? "Passport" : "Identity card";
+ScreenText nameOf(platform::readid::DocumentType type) {
+    return type == platform::readid::DocumentType::passport ? ScreenText{"Passport"} : ScreenText{"Identity card"};
 }
 
 /// The date with its century, where all of it is known: a birth lies in the past, an expiry in this century.
-std::string dateInWords(const std::string& digits, bool isBirth) {
+std::string dateInWords(const Look& look, const std::string& digits, bool isBirth) {
     const bool isWhole = digits.size() == 6 && std::ranges::all_of(digits, [](char c) { return c >= '0' && c <= '9'; });
     if (!isWhole) {
         return digits;
@@ -50,38 +50,80 @@ std::string dateInWords(const std::string& digits, bool isBirth) {
     const auto today = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
     const int yearNow = static_cast<int>(std::chrono::year_month_day{today}.year()) % 100;
     const bool isOfLastCentury = isBirth && std::stoi(digits.substr(0, 2)) > yearNow;
-    return digits.substr(4, 2) + "." + digits.substr(2, 2) + "." + (isOfLastCentury ? "19" : "20") +
-           digits.substr(0, 2);
-}
-
-void addFact(Page& page, std::string_view identifier, std::string_view label, const std::string& value) {
-    if (!value.empty()) {
-        page.addValue(identifier, page.look().text(label) + ": " + value);
+    auto date = look.text("dd.mm.yyyy");
+    const std::pair<std::string_view, std::string> parts[] = {
+        {"dd", digits.substr(4, 2)},
+        {"mm", digits.substr(2, 2)},
+        {"yyyy", (isOfLastCentury ? "19" : "20") + digits.substr(0, 2)},
+    };
+    for (const auto& [place, part] : parts) {
+        if (const auto at = date.find(place); at != std::string::npos) {
+            date.replace(at, place.size(), part);
+        }
     }
+    return date;
 }
 
-void addIdentity(Page& page, const Zone& zone) {
-    addFact(page, "Name", "Name", zone.primaryIdentifier);
-    addFact(page, "GivenNames", "Given names", zone.secondaryIdentifier);
-    addFact(page, "DateOfBirth", "Date of birth", dateInWords(zone.dateOfBirth, /*isBirth=*/true));
-    addFact(page, "Nationality", "Nationality", zone.nationality);
-    addFact(page, "Sex", "Sex", zone.sex);
-    addFact(page, "Issuer", "Issued by", zone.issuer);
-    addFact(page, "DateOfExpiry", "Date of expiry", dateInWords(zone.dateOfExpiry, /*isBirth=*/false));
-}
+/// The values of a document, each below the text that names the value.
+class Facts {
+public:
+    explicit Facts(Page& page)
+        : page_{page}
+        , column_{page.addCard()} {}
 
-void addNumber(Page& page, const Zone& zone) {
-    addFact(page, "Kind", "Document", page.look().text(nameOf(zone.type)));
-    addFact(page, "Number", "Document number", zone.documentNumber);
+    void addNumber(const Zone& zone) const {
+        add("Kind", "Document", page_.look().text(nameOf(zone.type)));
+        add("Number", "Document number", zone.documentNumber);
+    }
+
+    void addIdentity(const Zone& zone) const {
+        add("Name", "Name", zone.primaryIdentifier);
+        add("GivenNames", "Given names", zone.secondaryIdentifier);
+        add("DateOfBirth", "Date of birth", dateInWords(page_.look(), zone.dateOfBirth, /*isBirth=*/true));
+        add("Nationality", "Nationality", zone.nationality);
+        add("Sex", "Sex", zone.sex);
+        add("Issuer", "Issued by", zone.issuer);
+        add("DateOfExpiry", "Date of expiry", dateInWords(page_.look(), zone.dateOfExpiry, /*isBirth=*/false));
+    }
+
+private:
+    void add(const std::string& identifier, ScreenText name, std::string value) const {
+        if (value.empty()) {
+            return;
+        }
+        const auto caption = page_.label(identifier + "Label", page_.look().text(name));
+        page_.look().dressCaption(*caption);
+        const auto pair = std::make_shared<platform::StackView>();
+        pair->setAlignment(platform::StackView::Alignment::leading);
+        pair->addSubview(caption);
+        pair->addSubview(page_.label(identifier, std::move(value)));
+        column_->addSubview(pair);
+    }
+
+    Page& page_;
+    const Page::Column column_;
+};
+
+/// A sign beside a sentence: proven, refuted, or neither.
+std::shared_ptr<platform::ImageView> signOf(const Page& page, Proof proof) {
+    const auto& colors = page.look().colors();
+    switch (proof) {
+    case Proof::proven:
+        return page.icon("reader-proven", colors.success);
+    case Proof::refuted:
+        return page.icon("reader-refuted", colors.error);
+    default:
+        return page.icon("reader-untried", colors.secondaryText);
+    }
 }
 
 /// What a proof says, for each of its three ends.
 struct ProofWords {
     Proof Verdict::* proof;
     std::string_view identifier;
-    std::string_view proven;
-    std::string_view refuted;
-    std::string_view notTried;
+    ScreenText proven;
+    ScreenText refuted;
+    ScreenText notTried;
 };
 
 constexpr std::array proofs{
@@ -99,62 +141,81 @@ constexpr std::array proofs{
                "Whether the chip is a copy is not known."},
 };
 
-} // namespace
-
-std::string_view verdictInWords(const Verdict& verdict) {
+/// All proofs together.
+Proof verdictOf(const Verdict& verdict) {
     if (std::ranges::any_of(proofs, [&](const ProofWords& each) { return verdict.*each.proof == Proof::refuted; })) {
-        return "The document has failed a check.";
+        return Proof::refuted;
     }
     const bool isSealed = verdict.dataIsUnchanged == Proof::proven && verdict.signatureHolds == Proof::proven &&
                           verdict.signerIsTrusted == Proof::proven;
-    return isSealed ? "The document is genuine." : "The document was read. Not every check could be made here.";
+    return isSealed ? Proof::proven : Proof::notTried;
+}
+
+} // namespace
+
+ScreenText verdictInWords(const Verdict& verdict) {
+    switch (verdictOf(verdict)) {
+    case Proof::proven:
+        return "The document is genuine.";
+    case Proof::refuted:
+        return "The document has failed a check.";
+    default:
+        return "The document was read. Not every check could be made here.";
+    }
 }
 
 Page pageResult(const Look& look, const Zone& zone, bool isFull, std::function<void()> goOn) {
     Page page{look, "pageResult", "The page was read", "Compare with the document before you go on."};
-    addNumber(page, zone);
+    const Facts facts{page};
+    facts.addNumber(zone);
     if (isFull) {
-        addIdentity(page, zone);
+        facts.addIdentity(zone);
     }
-    page.addButton("Continue", "Continue", std::move(goOn));
+    page.addButton("Continue", "Continue", Page::Way::on, std::move(goOn));
     return page;
 }
 
 ChipResultPage::ChipResultPage(const Look& look, const Zone& zone, const Verdict& verdict, bool isFull,
                                std::function<void()> goOn)
-    : page_{look, "chipResult", "The chip was read", verdictInWords(verdict)} {
-    const auto row = std::make_shared<platform::View>();
-    portrait_ = std::make_shared<platform::PreviewView>();
-    portrait_->setIdentifier("chipResultPortrait");
-    portrait_->setAccessibilityLabel(look.text("Portrait"));
-    portrait_->setPlacement({.top = 0, .centerX = 0, .width = 120, .height = 160});
-    portrait_->changeLayer([](platform::Layer& layer) {
-        layer.cornerRadius = 8;
-        layer.masksToBounds = true;
-    });
-    portrait_->setHidden(true);
-    row->addSubview(portrait_);
-    page_.add(row);
+    : page_{look, "chipResult", "The chip was read", {}} {
+    addPortrait();
+    page_.addRow(page_.addCard(), signOf(page_, verdictOf(verdict)),
+                 page_.label("Verdict", look.text(verdictInWords(verdict))));
     if (isFull) {
-        addIdentity(page_, zone);
-        addNumber(page_, zone);
+        const Facts facts{page_};
+        facts.addIdentity(zone);
+        facts.addNumber(zone);
+        const auto card = page_.addCard();
         for (const auto& each : proofs) {
             const auto proof = verdict.*each.proof;
             const auto words = proof == Proof::proven    ? each.proven
                                : proof == Proof::refuted ? each.refuted
                                                          : each.notTried;
-            const auto sign = proof == Proof::proven ? "\u2713 " : proof == Proof::refuted ? "\u2717 " : "\u2013 ";
-            const auto line = page_.addValue(each.identifier, sign + look.text(words));
-            line->setAccessibilityLabel(look.text(words));
+            page_.addRow(card, signOf(page_, proof), page_.label(each.identifier, look.text(words)));
         }
     }
-    page_.addButton("Continue", "Continue", std::move(goOn));
+    page_.addButton("Continue", "Continue", Page::Way::on, std::move(goOn));
+}
+
+void ChipResultPage::addPortrait() {
+    const auto row = std::make_shared<platform::View>();
+    portrait_ = std::make_shared<platform::PreviewView>();
+    portrait_->setIdentifier("chipResultPortrait");
+    portrait_->setAccessibilityLabel(page_.look().text("Portrait"));
+    portrait_->setPlacement({.top = 0, .centerX = 0, .width = 120, .height = 160});
+    portrait_->changeLayer([](platform::Layer& layer) {
+        layer.cornerRadius = 8;
+        layer.masksToBounds = true;
+    });
+    row->setHidden(true);
+    row->addSubview(portrait_);
+    page_.add(row);
 }
 
 void ChipResultPage::setPortrait(platform::VideoFrame portrait) {
     std::static_pointer_cast<platform::PreviewView>(portrait_)->setPreviewSession(
         std::make_shared<StillPicture>(std::move(portrait)));
-    portrait_->setHidden(false);
+    portrait_->superview()->setHidden(false);
 }
 
 } // namespace kivo::reader

@@ -26,11 +26,13 @@ public:
     void setPortrait(platform::VideoFrame portrait);
 
 private:
+    void addPortrait();
+
     Page page_;
     std::shared_ptr<platform::View> portrait_;
 };
 
-/// The verdict in a sentence, a key of the texts.
-std::string_view verdictInWords(const Verdict& verdict);
+/// The verdict in a sentence.
+ScreenText verdictInWords(const Verdict& verdict);
 
 } // namespace kivo::reader

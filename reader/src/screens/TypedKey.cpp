@@ -47,17 +47,7 @@ std::optional<std::string> documentNumberIn(std::string_view typed) {
 }
 
 /// Year, month and day with two digits each; absent for what is no day of the calendar.
-std::optional<std::string> dateIn(std::string_view typed) {
-    constexpr std::size_t digitsOfDate = 8;
-    const auto digits = digitsOf(typed.substr(0, longestTyped));
-    if (digits.size() != digitsOfDate) {
-        return std::nullopt;
-    }
-    const auto number = [&](std::size_t first, std::size_t count) { return std::stoi(digits.substr(first, count)); };
-    const bool yearFirst = std::ranges::all_of(typed.substr(0, 4), isDigit) && typed.size() > digitsOfDate;
-    const int year = number(yearFirst ? 0 : 4, 4);
-    const int month = number(yearFirst ? 4 : 2, 2);
-    const int day = number(yearFirst ? 6 : 0, 2);
+std::optional<std::string> dateOf(int year, int month, int day) {
     const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
                                            std::chrono::day{static_cast<unsigned>(day)}};
     constexpr int firstYear = 1900;
@@ -68,6 +58,19 @@ std::optional<std::string> dateIn(std::string_view typed) {
     char text[16];
     std::snprintf(text, sizeof text, "%02d%02d%02d", year % 100, month, day);
     return text;
+}
+
+/// The same of what a person has typed. A date with the day first is never also one with the year first, because no
+/// month has the number 19 or 20.
+std::optional<std::string> dateIn(std::string_view typed) {
+    constexpr std::size_t digitsOfDate = 8;
+    const auto digits = digitsOf(typed.substr(0, longestTyped));
+    if (digits.size() != digitsOfDate) {
+        return std::nullopt;
+    }
+    const auto number = [&](std::size_t first, std::size_t count) { return std::stoi(digits.substr(first, count)); };
+    const auto dayFirst = dateOf(number(4, 4), number(2, 2), number(0, 2));
+    return dayFirst ? dayFirst : dateOf(number(0, 4), number(4, 2), number(6, 2));
 }
 
 } // namespace

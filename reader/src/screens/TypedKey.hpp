@@ -1,11 +1,11 @@
 #pragma once
 
 #include "reading/ChipReading.hpp"
+#include "screens/ScreenText.hpp"
 
 #include <expected>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace kivo::reader {
 
@@ -18,10 +18,10 @@ struct TypedValues {
     std::string cardAccessNumber{};
 };
 
-/// What is wrong with a typed value: the sentence for the person, a key of the texts.
+/// What is wrong with a typed value: the sentence for the person.
 struct TypingFault {
     std::string TypedValues::* value = nullptr;
-    std::string_view sentence{};
+    ScreenText sentence{};
 };
 
 /// The key to the chip. A card access number is enough by itself, and so are the three values.

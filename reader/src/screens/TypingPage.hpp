@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <memory>
-#include <string_view>
 
 namespace kivo::reader {
 
@@ -23,16 +22,18 @@ public:
 
     /// `remark` says why the person types, and may be empty. `offersAccessNumber` shows a field for the number on the
     /// face of a card.
-    static std::shared_ptr<TypingPage> make(const Look& look, std::string_view remark, bool offersAccessNumber,
+    static std::shared_ptr<TypingPage> make(const Look& look, ScreenText remark, bool offersAccessNumber,
                                             Events events);
 
-    TypingPage(const Look& look, std::string_view remark, Events events);
+    TypingPage(const Look& look, ScreenText remark, Events events);
 
     const Page& page() const { return page_; }
 
 private:
     void addFields(bool offersAccessNumber);
     void submit();
+    /// Shows what is wrong below the field; null for nothing wrong.
+    void showFault(const std::shared_ptr<platform::TextField>& field, ScreenText sentence);
 
     Page page_;
     Events events_;

@@ -49,19 +49,25 @@ void Walk::begin(platform::ViewController& from, platform::ModalPresentationStyl
 void Walk::showChoice() {
     Page page{look_, "choose", "Choose your document", "Which of these documents do you have at hand?"};
 
+    page.setIllustration("step-document");
+
     const struct {
         DocumentType type;
         std::string_view identifier;
-        std::string_view title;
+        std::string_view image;
+        ScreenText title;
     } rows[] = {
-        {DocumentType::passport, "Passport", "Passport"},
-        {DocumentType::identityCardTD1, "IdentityCardTD1", "Identity card with three lines of arrows"},
-        {DocumentType::identityCardTD2, "IdentityCardTD2", "Identity card with two lines of arrows"},
+        {DocumentType::passport, "Passport", "documentOptionOneImage", "Passport"},
+        {DocumentType::identityCardTD1, "IdentityCardTD1", "documentOptionTwoImage",
+         "Identity card with three lines of arrows"},
+        {DocumentType::identityCardTD2, "IdentityCardTD2", "documentOptionTwoImage",
+         "Identity card with two lines of arrows"},
     };
 
     for (const auto& row : rows) {
         if (allows(row.type)) {
-            page.addButton(row.identifier, row.title, when([type = row.type](Walk& walk) { walk.choose(type); }));
+            page.addChoice(row.identifier, row.image, row.title,
+                           when([type = row.type](Walk& walk) { walk.choose(type); }));
         }
     }
     show(page, nullptr);
@@ -78,10 +84,22 @@ void Walk::choose(DocumentType type) {
 
 void Walk::showInstructions() {
     Page page{look_, "instructions", "Have your document at hand", "This is how the reading goes:"};
-    page.addText("Aim", "1. Show the lines of the document to the camera, or type three values.");
-    page.addText("Lay", "2. Lay the document on the card reader.");
-    page.addText("Wait", "3. Leave the document there until all is read.");
-    page.addButton("Continue", "Continue", when(&Walk::showAim));
+    page.setIllustration(readsCards() ? "reader-card" : "reader-passport");
+
+    const struct {
+        std::string_view identifier;
+        ScreenText text;
+    } steps[] = {
+        {"Aim", "Show the lines of the document to the camera, or type three values."},
+        {"Lay", "Lay the document on the card reader."},
+        {"Wait", "Leave the document there until all is read."},
+    };
+
+    const auto card = page.addCard();
+    for (int number = 1; const auto& [identifier, text] : steps) {
+        page.addRow(card, page.number(number++), page.label(identifier, look_.text(text)));
+    }
+    page.addButton("Continue", "Continue", Page::Way::on, when(&Walk::showAim));
     show(page, nullptr);
 }
 
@@ -106,9 +124,10 @@ void Walk::showAim() {
         return;
     }
     aim_ = nullptr;
-    typingRemark_ = isCameraRefused_ ? "The camera may not be used. Allow it in the settings of this machine, or type "
-                                       "three values, which are printed on the document."
-                                     : "There is no camera. Type three values, which are printed on the document.";
+    typingRemark_ = isCameraRefused_
+                        ? ScreenText{"The camera may not be used. Allow it in the settings of this machine, or type "
+                                     "three values, which are printed on the document."}
+                        : ScreenText{"There is no camera. Type three values, which are printed on the document."};
     showTyping();
 }
 
@@ -263,6 +282,7 @@ void Walk::goOnWithoutChip() {
 void Walk::send() {
     resultPage_ = nullptr;
     Page page{look_, "sending", "Sending the document", "This takes a moment."};
+    page.setIllustration("reader-sending");
     page.addWheel();
     show(page, nullptr);
     sending_ = Sending::start(flow_, document_, [weak = weak_from_this()](const Sending::Outcome& outcome) {

@@ -88,7 +88,7 @@ private:
     std::shared_ptr<ChipPage> chipPage_;
     std::shared_ptr<ChipResultPage> resultPage_;
     /// Why the person types, where that is to be told.
-    std::string_view typingRemark_;
+    ScreenText typingRemark_;
     /// Whether there is a camera, and whether it could not be opened.
     bool hasCamera_ = false;
     bool isCameraRefused_ = false;

@@ -45,26 +45,32 @@ void Walk::showFailure(const FailedStep& failed) {
     const bool isOfSending = sending_ != nullptr;
     const bool isWrongDocument = failed.reason == FailureReason::wrongDocumentType;
     sending_ = nullptr;
+    page.setIllustration("reader-problem");
+    // The first button is the way that helps most.
+    auto way = Page::Way::on;
+    const auto add = [&](std::string_view identifier, ScreenText title, auto action) {
+        page.addButton(identifier, title, std::exchange(way, Page::Way::other), when(action));
+    };
     if (failed.isOfKey) {
-        page.addButton("Type", "Type the values", when([](Walk& walk) {
-                           walk.typingRemark_ = {};
-                           walk.showTyping();
-                       }));
+        add("Type", "Type the values", [](Walk& walk) {
+            walk.typingRemark_ = {};
+            walk.showTyping();
+        });
     }
     if (failed.isWorthRetrying) {
-        page.addButton("Retry", isOfSending ? "Send again" : "Try again",
-                       when(isOfSending ? &Walk::send : &Walk::showChip));
+        add("Retry", isOfSending ? ScreenText{"Send again"} : ScreenText{"Try again"},
+            isOfSending ? &Walk::send : &Walk::showChip);
     }
     if (isWrongDocument) {
-        page.addButton("Another", "Show another document", when(&Walk::showAim));
+        add("Another", "Show another document", &Walk::showAim);
     }
     const bool maySkip = !isOfSending && !isWrongDocument && !document_.lines.empty() &&
                          flow_.allowSkipReadingAfterAttempts > 0 &&
                          failedReadings_ >= flow_.allowSkipReadingAfterAttempts;
     if (maySkip) {
-        page.addButton("Skip", "Go on without the chip", when(&Walk::goOnWithoutChip));
+        add("Skip", "Go on without the chip", &Walk::goOnWithoutChip);
     }
-    page.addButton("End", "End the reading", when([reason = failed.reason](Walk& walk) { walk.fail(reason); }));
+    add("End", "End the reading", [reason = failed.reason](Walk& walk) { walk.fail(reason); });
     show(page, isOfSending ? nullptr : stepOfDocument());
 }
 

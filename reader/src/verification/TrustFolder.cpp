@@ -178,10 +178,10 @@ std::expected<std::shared_ptr<const TrustAnchors>, std::string> trustAnchorsIn(c
             return std::unexpected{bytes.error()};
         }
         const auto objects = derObjectsIn(*bytes, mostObjects);
-        if (objects.empty()) {
-            return refused(path, "holds no certificate, no revocation list and no master list.");
+        if (!objects) {
+            return refused(path, "is broken text (PEM), or holds more than 16384 objects.");
         }
-        for (const auto& der : objects) {
+        for (const auto& der : *objects) {
             if (const auto wrong = append(der, listSigner, found); !wrong.empty()) {
                 return refused(path, wrong);
             }

@@ -4,7 +4,7 @@
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/KeychainWrapper.hpp"
 #include "platform/base/Process.hpp"
-#include "platform/json/Json.hpp"
+#include "platform/json/Cursor.hpp"
 
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/Text.hpp>
@@ -42,34 +42,30 @@ std::optional<std::string> faceMapSetting(std::string_view key) {
 struct LastSession {
     std::mutex mutex;
     std::optional<std::string> answer;
-    /// The answer as it was read before it was stored; absent once the session is decoded from it.
-    std::optional<json::Value> read;
+    /// Null also before the answer is decoded.
     std::shared_ptr<const ActivationResponse> session;
+    bool isDecoded = false;
 
     static LastSession& ofProcess() {
         return platform::Process::current().part<LastSession>([] { return new LastSession; });
     }
 
-    void replace(std::optional<std::string> newAnswer, std::optional<json::Value> newRead) {
+    void replace(std::optional<std::string> newAnswer) {
         if (answer) {
             platform::wipe(*answer);
         }
         answer = std::move(newAnswer);
-        read = std::move(newRead);
+        isDecoded = false;
         session.reset();
     }
 
     void decode() {
-        if (auto decoded = sessionIn(*std::exchange(read, std::nullopt))) {
+        isDecoded = true;
+        if (auto decoded = ActivationResponse::decode(answer.value_or(""))) {
             session = std::make_shared<const ActivationResponse>(std::move(*decoded));
         }
     }
 };
-
-std::optional<json::Value> readAnswer(const std::optional<std::string>& answer) {
-    auto read = json::read(answer.value_or(""));
-    return read ? std::optional{std::move(*read)} : std::nullopt;
-}
 
 } // namespace
 
@@ -83,12 +79,11 @@ std::shared_ptr<const ActivationResponse> storedSession() {
     auto& last = LastSession::ofProcess();
     const std::scoped_lock lock{last.mutex};
     if (answer != last.answer) {
-        auto read = readAnswer(answer);
-        last.replace(std::move(answer), std::move(read));
+        last.replace(std::move(answer));
     } else if (answer) {
         platform::wipe(*answer);
     }
-    if (last.read) {
+    if (!last.isDecoded) {
         last.decode();
     }
     return last.session;
@@ -104,8 +99,8 @@ void settleStoredJoinAnswer() {
 }
 
 bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode) {
-    auto read = json::read(answer);
-    if (!read && read.error().isBeyondLimits()) {
+    const auto refusal = json::refusalOf(answer);
+    if (refusal && refusal->isBeyondLimits()) {
         log::error("getJoin(codeValue:completion:)", "The join answer is too large or too deep to be read.");
         return false;
     }
@@ -123,7 +118,7 @@ bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> ac
     }
     auto& last = LastSession::ofProcess();
     const std::scoped_lock lock{last.mutex};
-    last.replace(std::string{answer}, read ? std::optional{std::move(*read)} : std::nullopt);
+    last.replace(std::string{answer});
     return true;
 }
 
@@ -139,7 +134,7 @@ bool removeStoredJoinAnswer() {
     {
         auto& last = LastSession::ofProcess();
         const std::scoped_lock lock{last.mutex};
-        last.replace(std::nullopt, std::nullopt);
+        last.replace(std::nullopt);
     }
     // Removes even when no answer was read, because a locked or damaged store seems to hold no answer.
     using enum KeychainWrapper::Removal;

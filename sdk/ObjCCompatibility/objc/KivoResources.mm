@@ -27,9 +27,17 @@
 @synthesize green = _green;
 @synthesize blue = _blue;
 @synthesize alpha = _alpha;
+@synthesize hasDarkVariant = _hasDarkVariant;
 
 + (instancetype)colorWithRed:(double)red green:(double)green blue:(double)blue alpha:(double)alpha {
     return [[[self alloc] initWithNativeColor:{.red = red, .green = green, .blue = blue, .alpha = alpha}] autorelease];
+}
+
++ (instancetype)colorWithLight:(KivoColor*)light dark:(KivoColor*)dark {
+    using kivo::platform::Color;
+    const auto adaptive =
+        Color::adaptive(light ? [light nativeColor] : Color::clear(), dark ? [dark nativeColor] : Color::clear());
+    return [[[self alloc] initWithNativeColor:adaptive] autorelease];
 }
 
 + (nullable instancetype)colorNamed:(NSString*)name {
@@ -43,10 +51,17 @@
 
 - (nullable instancetype)initWithCoder:(NSCoder*)coder {
     kivo::objc::ArchiveReader archive{coder};
-    const kivo::platform::Color color{.red = archive.number(@"red"),
-                                      .green = archive.number(@"green"),
-                                      .blue = archive.number(@"blue"),
-                                      .alpha = archive.number(@"alpha")};
+    kivo::platform::Color color{.red = archive.number(@"red"),
+                                .green = archive.number(@"green"),
+                                .blue = archive.number(@"blue"),
+                                .alpha = archive.number(@"alpha")};
+    // An archive of release 0.1 knows one variant.
+    if ([coder containsValueForKey:@"hasDarkVariant"] && archive.integer(@"hasDarkVariant")) {
+        color.dark = {.red = archive.number(@"darkRed"),
+                      .green = archive.number(@"darkGreen"),
+                      .blue = archive.number(@"darkBlue"),
+                      .alpha = archive.number(@"darkAlpha")};
+    }
     if (archive.isDamaged()) {
         [self release];
         return nil;
@@ -55,10 +70,21 @@
 }
 
 KIVO_NO_INIT
-KIVO_VALUE(@"red", @"green", @"blue", @"alpha")
+KIVO_VALUE(@"red", @"green", @"blue", @"alpha", @"hasDarkVariant", @"darkRed", @"darkGreen", @"darkBlue", @"darkAlpha")
+
+- (KivoColor*)colorInStyle:(KivoUserInterfaceStyle)style {
+    const auto shown =
+        [self nativeColor].in(style == KivoUserInterfaceStyleDark ? kivo::platform::UserInterfaceStyle::dark
+                                                                  : kivo::platform::UserInterfaceStyle::light);
+    return [[[KivoColor alloc] initWithNativeColor:shown] autorelease];
+}
 
 - (NSString*)description {
-    return [NSString stringWithFormat:@"red %g, green %g, blue %g, alpha %g", _red, _green, _blue, _alpha];
+    NSString* const light =
+        [NSString stringWithFormat:@"red %g, green %g, blue %g, alpha %g", _red, _green, _blue, _alpha];
+    return _hasDarkVariant ? [light stringByAppendingFormat:@"; in the dark red %g, green %g, blue %g, alpha %g",
+                                                            _darkRed, _darkGreen, _darkBlue, _darkAlpha]
+                           : light;
 }
 
 @end
@@ -72,12 +98,22 @@ KIVO_VALUE(@"red", @"green", @"blue", @"alpha")
         _green = color.green;
         _blue = color.blue;
         _alpha = color.alpha;
+        _hasDarkVariant = color.dark.has_value();
+        const auto dark = color.dark.value_or(kivo::platform::Color::Variant{.alpha = 0});
+        _darkRed = dark.red;
+        _darkGreen = dark.green;
+        _darkBlue = dark.blue;
+        _darkAlpha = dark.alpha;
     }
     return self;
 }
 
 - (kivo::platform::Color)nativeColor {
-    return {.red = _red, .green = _green, .blue = _blue, .alpha = _alpha};
+    kivo::platform::Color color{.red = _red, .green = _green, .blue = _blue, .alpha = _alpha};
+    if (_hasDarkVariant) {
+        color.dark = {.red = _darkRed, .green = _darkGreen, .blue = _darkBlue, .alpha = _darkAlpha};
+    }
+    return color;
 }
 
 @end

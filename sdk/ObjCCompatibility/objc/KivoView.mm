@@ -14,6 +14,7 @@
 #include <utility>
 
 using kivo::objc::shown;
+using kivo::platform::Accessibility;
 using kivo::platform::LayoutConstraint;
 using kivo::platform::View;
 
@@ -72,7 +73,37 @@ KIVO_FORWARDED(NSString*, identifier, setIdentifier)
 }
 
 KIVO_FORWARDED(BOOL, isHidden, setHidden)
+KIVO_FORWARDED(NSString*, accessibilityLabel, setAccessibilityLabel)
+
+- (NSString*)accessibilityHint {
+    return shown<NSString*>(native(self).accessibility().hint);
+}
+
+- (void)setAccessibilityHint:(NSString*)hint {
+    native(self).changeAccessibility([&](Accessibility& it) { it.hint = kivo::objc::fromText(hint); });
+}
+
+- (BOOL)isAccessibilityHidden {
+    return native(self).accessibility().isHidden;
+}
+
+- (void)setAccessibilityHidden:(BOOL)hidden {
+    native(self).changeAccessibility([&](Accessibility& it) { it.isHidden = hidden; });
+}
+
+- (BOOL)isAccessibilityHeading {
+    return native(self).accessibility().isHeading;
+}
+
+- (void)setAccessibilityHeading:(BOOL)heading {
+    native(self).changeAccessibility([&](Accessibility& it) { it.isHeading = heading; });
+}
+
 KIVO_FORWARDED(KivoColor*, backgroundColor, setBackgroundColor)
+
+- (KivoUserInterfaceStyle)userInterfaceStyle {
+    return static_cast<KivoUserInterfaceStyle>(native(self).userInterfaceStyle());
+}
 
 - (NSArray<KivoView*>*)subviews {
     NSMutableArray* const subviews = [NSMutableArray array];

@@ -46,6 +46,15 @@ std::shared_ptr<NavigationController> native(KivoNavigationController* stack) {
     return [KivoViewController viewControllerWithNative:native(self).visibleViewController()];
 }
 
+- (KivoUserInterfaceStyle)userInterfaceStyle {
+    return [super userInterfaceStyle];
+}
+
+- (void)setUserInterfaceStyle:(KivoUserInterfaceStyle)style {
+    native(self).setUserInterfaceStyle(style == KivoUserInterfaceStyleDark ? kivo::platform::UserInterfaceStyle::dark
+                                                                           : kivo::platform::UserInterfaceStyle::light);
+}
+
 - (nullable KivoView*)hitTest:(NSPoint)point {
     return [KivoView viewWithNative:native(self).hitTest({.x = point.x, .y = point.y})];
 }

@@ -40,7 +40,7 @@ public:
         }
         if (const auto screen = waitingScreen("told the upload progress")) {
             record_->uploadProgress.push_back(progress);
-            screen->page_->setMessage({.text = std::to_string(std::lround(progress * 100)) + " % sent"});
+            screen->page_->setMessage({.text = VendorText{"{} % sent"}.shown(std::lround(progress * 100))});
             screen->page_->setProgress(progress);
         }
     }
@@ -114,8 +114,8 @@ void ScanScreen::viewDidDisappear(bool /*animated*/) {
 void ScanScreen::scan() {
     enter(Stage::scanning);
     const auto numbers = processor_->numbers;
-    show(page(waitsForPerson_ ? "There is no camera here: choose how the scan goes."
-                              : "There is no camera here: the scan goes as it was planned."),
+    show(page(waitsForPerson_ ? VendorText{"There is no camera here: choose how the scan goes."}.shown()
+                              : VendorText{"There is no camera here: the scan goes as it was planned."}.shown()),
          {ending("finishScanButton", "Finish the scan", 0), ending("cancelScanButton", "Cancel", numbers.cancelled),
           ending("timeOutButton", "Let it time out", numbers.timeout),
           ending("refuseCameraButton", "Refuse the camera", numbers.cameraRefused),
@@ -135,7 +135,7 @@ void ScanScreen::endScan(int status) {
 
 void ScanScreen::handOver(int status) {
     enter(Stage::waiting);
-    show(page(status == 0 ? "Sending the scan" : "Stopping"),
+    show(page(status == 0 ? VendorText{"Sending the scan"}.shown() : VendorText{"Stopping"}.shown()),
          {ending("switchAppButton", "Switch to another app", processor_->numbers.contextSwitch)});
     verdict_ = std::make_shared<Verdict>(std::static_pointer_cast<ScanScreen>(shared_from_this()));
     record_->results.push_back(status);
@@ -179,9 +179,9 @@ bool ScanScreen::proceed(const std::string& blob) {
 void ScanScreen::askAgain() {
     enter(Stage::scanning);
     const bool hasPicture = look_ && !look_->guidanceCustomization.retryScreenSlideshowImages.empty();
-    show(page("Please scan once more",
+    show(page(VendorText{"Please scan once more"}.shown(),
               hasPicture ? look_->guidanceCustomization.retryScreenSlideshowImages.front() : nullptr),
-         {{"scanAgainButton", "Scan again", ifStillHere([this] { scan(); })},
+         {{"scanAgainButton", VendorText{"Scan again"}.shown(), ifStillHere([this] { scan(); })},
           ending("cancelScanButton", "Cancel", processor_->numbers.cancelled)});
     if (!waitsForPerson_) {
         later(0s, [this] { scan(); });
@@ -191,8 +191,8 @@ void ScanScreen::askAgain() {
 void ScanScreen::showSuccess() {
     enter(Stage::judged);
     const auto& own = memory_->successMessage;
-    show(page(own.empty() ? "The scan is done" : own),
-         {{"continueButton", "Continue", ifStillHere([this] { close(); })}});
+    show(page(own.empty() ? VendorText{"The scan is done"}.shown() : own),
+         {{"continueButton", VendorText{"Continue"}.shown(), ifStillHere([this] { close(); })}});
     if (!waitsForPerson_) {
         later(0s, [this] { close(); });
     }
@@ -227,8 +227,8 @@ void ScanScreen::show(VendorPage page, std::vector<Choice> choices) {
     page_->showIn(*view());
 }
 
-Choice ScanScreen::ending(const char* name, const char* title, int status) {
-    return {.name = name, .title = title, .action = ifStillHere([this, status] { endScan(status); })};
+Choice ScanScreen::ending(const char* name, VendorText title, int status) {
+    return {.name = name, .title = title.shown(), .action = ifStillHere([this, status] { endScan(status); })};
 }
 
 void ScanScreen::later(std::chrono::nanoseconds delay, std::function<void()> step) {
@@ -244,11 +244,11 @@ std::function<void()> ScanScreen::ifStillHere(std::function<void()> step) {
 }
 
 VendorPage ScanScreen::page(const std::string& message, std::shared_ptr<const platform::Image> picture) const {
-    const auto* const title = record_->kind == ScanRecord::Kind::face ? "Simulated face scan"
-                              : isOnBackSide_                         ? "Simulated ID scan: the back side"
-                                                                      : "Simulated ID scan";
+    const auto title = record_->kind == ScanRecord::Kind::face ? VendorText{"Simulated face scan"}
+                       : isOnBackSide_                         ? VendorText{"Simulated ID scan: the back side"}
+                                                               : VendorText{"Simulated ID scan"};
     const auto frame = record_->kind == ScanRecord::Kind::face ? VendorPage::Frame::face : VendorPage::Frame::card;
-    return {"scan", {}, title, message, frame, std::move(picture)};
+    return {"scan", {}, title.shown(), message, frame, std::move(picture)};
 }
 
 } // namespace kivo::simulator

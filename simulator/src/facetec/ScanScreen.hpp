@@ -51,7 +51,7 @@ private:
 
     void enter(Stage stage);
     void show(VendorPage page, std::vector<Choice> choices);
-    Choice ending(const char* name, const char* title, int status);
+    Choice ending(const char* name, VendorText title, int status);
     void later(std::chrono::nanoseconds delay, std::function<void()> step);
     /// A function that runs `step` unless the session has moved on.
     std::function<void()> ifStillHere(std::function<void()> step);

@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <optional>
@@ -77,14 +78,19 @@ std::optional<Bytes> receivedMessage(const Socket& socket, const std::stop_token
     return length == 0 ? std::nullopt : received(socket, length, stop, goesOn);
 }
 
-bool send(const Socket& socket, View answer) {
+/// False when the other side closes, or does not read until the end.
+bool send(const Socket& socket, View answer, const std::stop_token& stop, const std::function<bool()>& goesOn) {
     const auto message = joined({bigEndian(answer.size(), lengthSize), answer});
     for (std::size_t sent = 0; sent < message.size();) {
-        const auto took = ::send(socket.descriptor(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL);
-        if (took <= 0) {
+        if (!waitFor(POLLOUT, socket, stop, goesOn)) {
             return false;
         }
-        sent += static_cast<std::size_t>(took);
+        const auto took =
+            ::send(socket.descriptor(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (took <= 0 && errno != EAGAIN) {
+            return false;
+        }
+        sent += static_cast<std::size_t>(std::max<ssize_t>(took, 0));
     }
     return true;
 }
@@ -158,7 +164,7 @@ void serveReader(const Socket& socket, Passport& passport, const std::stop_token
         }
         if (message->size() > 1) {
             const auto answer = passport.transmit(*message, stop);
-            if (answer.empty() || !send(socket, answer)) {
+            if (answer.empty() || !send(socket, answer, stop, lies)) {
                 return;
             }
             continue;
@@ -167,7 +173,7 @@ void serveReader(const Socket& socket, Passport& passport, const std::stop_token
             passport.reset();
             continue;
         }
-        if (!send(socket, passport.answerToReset())) {
+        if (!send(socket, passport.answerToReset(), stop, lies)) {
             return;
         }
         askedForReset();

@@ -12,8 +12,9 @@ constexpr std::uint16_t masterFile = 0x3F00;
 constexpr std::size_t shortAnswer = 0x100;
 constexpr std::size_t statusSize = 2;
 
-std::uint16_t identifierIn(View bytes) {
-    return static_cast<std::uint16_t>(bytes[0] << 8U | bytes[1]);
+/// Absent where the bytes are not two.
+std::optional<std::uint16_t> identifierIn(View bytes) {
+    return bytes.size() == 2 ? std::optional{static_cast<std::uint16_t>(bytes[0] << 8U | bytes[1])} : std::nullopt;
 }
 
 bool isCompleteObject(View data) {
@@ -137,18 +138,18 @@ Answer Chip::select(const Command& command) {
     if (command.first != byIdentifier && command.first != fileOfTheFolder) {
         return Status::wrongParameters;
     }
-    if (command.first == byIdentifier && (command.data.empty() || identifierIn(command.data) == masterFile)) {
+    const auto identifier = identifierIn(command.data);
+    if (command.first == byIdentifier && (command.data.empty() || identifier == masterFile)) {
         isInApplication_ = false;
         return Status::done;
     }
-    if (command.data.size() != 2) {
+    if (!identifier) {
         return Status::wrongLength;
     }
-    const auto identifier = identifierIn(command.data);
     if (isInApplication_ && access_ == Access::none) {
         return Status::notAllowed;
     }
-    if (!files().contains(identifier)) {
+    if (!files().contains(*identifier)) {
         return Status::fileNotFound;
     }
     file_ = identifier;

@@ -11,7 +11,7 @@ using readid::FailureReason;
 /// An ending that a person can choose.
 struct Ending {
     std::string_view name;
-    std::string_view label;
+    VendorText label;
     Reading reading;
 };
 
@@ -49,14 +49,17 @@ const std::vector<Ending>& endings() {
     return all;
 }
 
-constexpr auto question = "Choose how the reading goes";
+constexpr VendorText question = "Choose how the reading goes";
 
-/// The vendor's text for `key`, in the host's words where its table has them.
-std::string localized(const readid::UIResources& resources, std::string_view key) {
-    if (!resources.customBundle || !resources.customStringTableName) {
-        return std::string{key};
+/// The vendor's text, in the words of the table that the host has named where the table has them.
+std::string localized(const readid::UIResources& resources, VendorText text) {
+    if (resources.customBundle && resources.customStringTableName) {
+        auto own = resources.customBundle->localizedString(text.english(), *resources.customStringTableName);
+        if (own != text.english()) {
+            return own;
+        }
     }
-    return resources.customBundle->localizedString(key, *resources.customStringTableName);
+    return text.shown();
 }
 
 VendorLook lookOf(const readid::UIResources& resources) {
@@ -66,8 +69,10 @@ VendorLook lookOf(const readid::UIResources& resources) {
         return chosen;
     };
     constexpr double titleToText = 1.5;
+    constexpr double hintToText = 0.9;
     return {.titleFont = font(resources.titleFont, resources.textSize * titleToText),
             .messageFont = font(resources.textFont, resources.textSize),
+            .hintFont = font(resources.textFont, resources.textSize * hintToText),
             .buttonFont = font(resources.buttonFont, resources.buttonTextSize),
             .buttonTextColor = platform::Color::white(),
             .buttonColor = {.red = 0.04, .green = 0.29, .blue = 0.58},
@@ -80,12 +85,12 @@ VendorLook lookOf(const readid::UIResources& resources) {
 ReadingScreen::ReadingScreen(std::shared_ptr<readid::UIResources> resources)
     : resources_{resources ? std::move(resources) : std::make_shared<readid::UIResources>()} {}
 
-VendorPage ReadingScreen::page(std::string_view line) const {
+VendorPage ReadingScreen::page(VendorText line) const {
     return {"reading", lookOf(*resources_), localized(*resources_, "Document reader (simulated)"),
             localized(*resources_, line), VendorPage::Frame::card};
 }
 
-void ReadingScreen::tell(std::string_view line) {
+void ReadingScreen::tell(VendorText line) {
     auto now = page(line);
     now.showWork();
     now.showIn(*view());

@@ -7,7 +7,6 @@
 
 #include <functional>
 #include <memory>
-#include <string_view>
 
 namespace kivo::simulator {
 
@@ -19,7 +18,7 @@ public:
     explicit ReadingScreen(std::shared_ptr<platform::readid::UIResources> resources);
 
     /// Shows a line without buttons.
-    void tell(std::string_view line);
+    void tell(VendorText line);
 
     /// Shows a button for each ending that a person can choose, and hands the first ending chosen to `chosen`.
     void ask(std::function<void(const Reading&)> chosen);
@@ -30,7 +29,7 @@ public:
     void viewDidDisappear(bool animated) override;
 
 private:
-    VendorPage page(std::string_view line) const;
+    VendorPage page(VendorText line) const;
 
     const std::shared_ptr<platform::readid::UIResources> resources_;
 };

@@ -47,6 +47,18 @@ protected:
     std::vector<bool> editing;
 };
 
+TEST_F(OneTimeCodeView, NamesItsFieldsFromTheLeftInEveryDirection) {
+    window->setLayoutDirection(platform::LayoutDirection::rightToLeft);
+    const auto code = shown();
+    Texts names;
+    for (const auto& element : platform::accessibilityElements(*window)) {
+        if (element.role == platform::AccessibilityRole::textField) {
+            names.push_back(element.name);
+        }
+    }
+    EXPECT_EQ(names, (Texts{"Character 1 of 4", "Character 2 of 4", "Character 3 of 4", "Character 4 of 4"}));
+}
+
 TEST_F(OneTimeCodeView, CentresItsFields) {
     struct Row {
         int count;

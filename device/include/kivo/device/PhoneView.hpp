@@ -15,7 +15,10 @@ namespace kivo::device {
 /// assistive technology. The view is as large as the window with its zoom, and becomes the window's observer.
 ///
 /// Once a part of the view has the focus, the focus stays in the view when the screen changes. Typing then goes to the
-/// screen's first field unless another field is edited; an alert takes the focus and answers Enter and Escape.
+/// screen's first field unless another field is edited. Tab and the arrow keys go through the controls in the order of
+/// reading, Enter and the space key press a button, Escape ends an edit or goes back, and the arrow and page keys
+/// scroll where no control can be reached. An alert keeps the focus, answers Enter and Escape, and gives the focus
+/// back. A field whose value was refused takes the focus.
 class KIVO_EXPORT PhoneView final : public QWidget {
 public:
     /// Shows `window`, which must not be null. Qt's `parent` owns the view, if there is one.
@@ -57,6 +60,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
     void timerEvent(QTimerEvent* event) override;
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kivo/device/TextContrast.hpp>
 #include <kivo/platform/ui/Fonts.hpp>
 #include <kivo/platform/ui/Window.hpp>
 
@@ -7,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kivo::device {
 
@@ -25,6 +27,9 @@ public:
     /// Lays the window out and writes it as PNG, at `scale` pixels a point. The error is a sentence naming the file.
     virtual std::expected<void, std::string> save(platform::Window& window, const std::filesystem::path& file,
                                                   double scale = 2) = 0;
+
+    /// `device::textContrasts(window)`.
+    virtual std::vector<TextContrast> contrasts(platform::Window& window) = 0;
 };
 
 /// The name and the type of `Pictures::open` for programs that load this library with dlopen. The caller owns the

@@ -28,7 +28,8 @@ public:
 
     Size sizeThatFits(double widthLimit) override;
 
-    AccessibilityRole accessibilityRole() const override { return AccessibilityRole::text; }
+    /// A heading or a status where `accessibility` says so, otherwise a text.
+    AccessibilityRole accessibilityRole() const override;
 
     std::string shownText() const override { return text_; }
 

@@ -11,4 +11,8 @@ namespace kivo::platform {
 /// SDK's, else the text itself. Any thread.
 KIVO_EXPORT std::string localizedText(std::string_view text);
 
+/// The language of the texts on the screens, such as "de" or "pt_BR": the host's, else the SDK's; empty when unknown.
+/// Any thread.
+KIVO_EXPORT std::string textLanguage();
+
 } // namespace kivo::platform

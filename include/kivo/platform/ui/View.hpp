@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kivo/Export.hpp>
+#include <kivo/platform/ui/Accessibility.hpp>
 #include <kivo/platform/ui/Color.hpp>
 #include <kivo/platform/ui/ContentSizeCategory.hpp>
 #include <kivo/platform/ui/Font.hpp>
@@ -22,9 +23,6 @@ namespace kivo::platform {
 
 class ViewController;
 class Window;
-
-/// The role of a view for a person who cannot see it.
-enum class AccessibilityRole { none, text, button, textField, image, progress, alert };
 
 /// A rectangle of the screen and the views inside it. A view draws nothing: the device that shows the tree draws.
 ///
@@ -230,7 +228,13 @@ public:
     std::string accessibilityLabel() const;
     void setAccessibilityLabel(std::string label);
 
-    /// The role that screen readers tell; none for a plain view.
+    /// What the view tells assistive technology beside its text and its role, its label included.
+    const Accessibility& accessibility() const;
+
+    /// Changes these properties in place: `view.changeAccessibility([](Accessibility& it) { it.isHeading = true; })`.
+    void changeAccessibility(const std::function<void(Accessibility&)>& change);
+
+    /// The role that screen readers tell; none for a plain view, which is told as an image if it has a label.
     virtual AccessibilityRole accessibilityRole() const { return AccessibilityRole::none; }
 
     /// The text that the view shows; empty for views without a text.
@@ -309,7 +313,8 @@ private:
     std::optional<ContentSizeCategory> contentSizeOverride_;
     std::optional<UserInterfaceStyle> styleOverride_;
     std::optional<LayoutDirection> directionOverride_;
-    std::string accessibilityLabel_;
+    /// Null for the properties that every view has at first.
+    std::unique_ptr<Accessibility> accessibility_;
     /// The screen whose own view this is.
     std::weak_ptr<ViewController> screen_;
 };

@@ -5,6 +5,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <vector>
 
 namespace kivo::platform {
@@ -89,6 +91,9 @@ private:
 
     LayoutDirection directionOfLanguage() const override;
 
+    /// The views of `reachableViews`.
+    std::span<const std::shared_ptr<View>> subviewsInReach() const;
+
     /// Brings the screens' life cycles and views in line with the present hierarchy of screens.
     void updateScreens(bool animated, std::function<void()> completion = {});
     /// The presented screens, from the topmost screen that fills the display upwards.
@@ -105,6 +110,8 @@ private:
     std::vector<std::shared_ptr<View>> screenViews_;
     bool isArranging_ = false;
     bool isArrangementDue_ = false;
+    /// The direction of the language, until the next layout.
+    mutable std::optional<LayoutDirection> languageDirection_;
     EdgeInsets safeArea_{.top = 47, .left = 0, .bottom = 34, .right = 0};
     std::weak_ptr<WindowObserver> observer_;
 };

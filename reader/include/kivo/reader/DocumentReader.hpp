@@ -50,8 +50,11 @@ struct DocumentReaderOptions {
 /// - each of `applicationLevelEncryptionPins` is base64 of a key of 32 bytes, or of a certificate in DER form;
 /// - `shouldPlayShutterSound` changes nothing: the reader looks at the camera's pictures as they come, and takes none.
 ///
-/// The texts of the screens are keys of `UIResources::customStringTableName`, in English. Nothing of a document is
-/// written to a disk or to a log. A reading in which the person has typed the values ends in `NFCOnly`.
+/// The screens speak the person's language where the reader's bundle has it: English, German, French, Spanish, Polish,
+/// Arabic or Japanese. Their English texts are keys, for which the table `UIResources::customStringTableName` goes
+/// before. Colours such as "Kivo.Background" come from `UIResources::customBundle`, else from the host's main bundle,
+/// else from the reader's. Nothing of a document is written to a disk or to a log. A reading in which the person has
+/// typed the values ends in `NFCOnly`.
 ///
 /// A failed step shows a page that tells the person what to do; the reading ends with the reason when the person gives
 /// up on that page. `backgroundTimeout` and, before the document is known, `vizCaptureTimeout` end a reading whose
@@ -65,7 +68,7 @@ public:
     /// A reading under way goes on to its end.
     ~DocumentReader() override;
 
-    /// Resources with the defaults of `UIResources`, which follow the reading size.
+    /// Resources with the defaults of `UIResources`, with texts that follow the reading size and round buttons.
     std::shared_ptr<platform::readid::UIResources> makeUIResources() override;
 
     /// Begins a reading. Errors: `invalidConfiguration` where the flow's `baseUrl` is no https address, a key cannot be

@@ -1,6 +1,7 @@
 #include "services/acquisition/facemap/facetec/OCRScanInitializeVC.hpp"
 
 #include "Configuration/logging/Log.hpp"
+#include "Configuration/theme/ReadingSize.hpp"
 #include "Configuration/theme/ThemeApplication.hpp"
 #include "services/acquisition/RetryLimit.hpp"
 #include "services/acquisition/facemap/facetec/FaceTecLibrary.hpp"
@@ -32,6 +33,7 @@ void OCRScanInitializeVC::viewDidLoad() {
     if (themeObj) {
         ThemeHelpers::applyTheme(*themeObj);
     }
+    ui::followsReadingSize(*view(), themeObj);
 }
 
 void OCRScanInitializeVC::initializeFacetecOcr() {

@@ -2,8 +2,6 @@
 
 #include "services/acquisition/qr/inhouse/ActivationCode.hpp"
 
-#include <kivo/ui/LayerStyle.hpp>
-
 #include <algorithm>
 #include <utility>
 
@@ -108,9 +106,12 @@ void CodeBoxes::focus(const std::shared_ptr<TextField>& box) {
 /// Highlights one box; null highlights none.
 void CodeBoxes::highlight(const TextField* active) {
     for (const auto& box : boxes_) {
-        ui::setBorderColorExt(*box, box.get() == active ? look_.activeBorderColor : look_.inactiveBorderColor);
-        ui::setBorderWidthExt(*box, look_.borderWidth);
-        ui::setCornerRadiusExt(*box, look_.cornerRadius);
+        box->changeLayer([&](platform::Layer& layer) {
+            layer.borderColor = box.get() == active ? look_.activeBorderColor : look_.inactiveBorderColor;
+            layer.borderWidth = look_.borderWidth;
+            layer.cornerRadius = look_.cornerRadius;
+            layer.masksToBounds = look_.cornerRadius > 0;
+        });
     }
 }
 

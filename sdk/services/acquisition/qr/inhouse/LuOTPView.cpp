@@ -1,12 +1,14 @@
 #include <kivo/LuOTPTextField.hpp>
 #include <kivo/LuOTPView.hpp>
 #include <kivo/platform/Text.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/ui/LayerStyle.hpp>
 
 #include <utf8proc.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -16,6 +18,17 @@ namespace {
 using platform::Color;
 using platform::TextField;
 using platform::TextRange;
+
+/// "Character 1 of 4" in the person's language.
+std::string nameOfField(int tag, int count) {
+    auto name = platform::localizedText("Character %1 of %2");
+    for (const auto& [place, number] : {std::pair{"%1", tag}, {"%2", count}}) {
+        if (const auto found = name.find(place); found != std::string::npos) {
+            name.replace(found, 2, std::to_string(number));
+        }
+    }
+    return name;
+}
 
 platform::KeyboardType platformKeyboard(KeyboardType type) {
     switch (type) {
@@ -71,7 +84,10 @@ struct LuOTPView::Entry {
 };
 
 LuOTPView::LuOTPView()
-    : entry_{std::make_unique<Entry>()} {}
+    : entry_{std::make_unique<Entry>()} {
+    // A code is read from the left in every language.
+    overrideLayoutDirection(platform::LayoutDirection::leftToRight);
+}
 
 LuOTPView::~LuOTPView() = default;
 
@@ -122,6 +138,9 @@ void LuOTPView::takeIn(LuOTPTextField& field) {
     field.setBackgroundColor(otpTextFieldDefaultBackgroundColor);
     field.setAutocorrected(false);
     field.setTextAlignment(platform::TextAlignment::center);
+    if (field.accessibility().label.empty()) {
+        field.setAccessibilityLabel(nameOfField(field.tag(), otpTextFieldsCount));
+    }
 }
 
 /// The row is centred in the view.

@@ -37,7 +37,7 @@ void QRCodeVC::connect(platform::Interface& interface) {
         const auto box = std::dynamic_pointer_cast<platform::TextField>(sender);
         if (boxes_ && box) {
             if (!box->text().empty()) {
-                codeErrorLabel_->setHidden(true);
+                setErrorShown(false);
             }
             boxes_->textDidChange(*box);
         }
@@ -93,7 +93,7 @@ void QRCodeVC::viewDidDisappear(bool /*animated*/) {
     if (boxes_) {
         boxes_->clear();
     }
-    codeErrorLabel_->setHidden(true);
+    setErrorShown(false);
 }
 
 void QRCodeVC::traitCollectionDidChange() {
@@ -135,7 +135,7 @@ void QRCodeVC::applyDynamicType() {
 }
 
 void QRCodeVC::editingchangeInTextField() {
-    codeErrorLabel_->setHidden(true);
+    setErrorShown(false);
     if (isCompleteActivationCode(activationCodeTextField_->text())) {
         activationCodeTextField_->resignFirstResponder();
         activationCodeEntered(activationCodeTextField_->text());
@@ -146,7 +146,23 @@ void QRCodeVC::resetActivationCodeFields() {
     if (boxes_) {
         boxes_->reset();
     }
-    codeErrorLabel_->setHidden(false);
+    setErrorShown(true);
+}
+
+void QRCodeVC::setErrorShown(bool shown) {
+    if (codeErrorLabel_->isHidden() != shown) {
+        return;
+    }
+    codeErrorLabel_->setHidden(!shown);
+    const auto tell = [&](platform::TextField& field) {
+        field.changeAccessibility([&](platform::Accessibility& accessibility) {
+            accessibility.isInvalid = shown;
+            accessibility.hint = shown ? codeErrorLabel_->text() : std::string{};
+        });
+    };
+    tell(*activationCodeTextField_);
+    // The first box, which has the focus then, tells of the whole row.
+    tell(*textFieldDigits_.front());
 }
 
 void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
@@ -154,7 +170,7 @@ void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
         return;
     }
     resetActivationCodeFields();
-    codeErrorLabel_->setHidden(true);
+    setErrorShown(false);
     if (const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(segue.destination)) {
         scanner->themeObj = themeObj;
         scanner->delegate = std::static_pointer_cast<QRCodeVC>(shared_from_this());

@@ -52,6 +52,7 @@ private:
     void applyTheme();
     void applyDynamicType();
     void editingchangeInTextField();
+    void setErrorShown(bool shown);
     void closeButtonTap();
     void activationCodeEntered(std::string code);
 

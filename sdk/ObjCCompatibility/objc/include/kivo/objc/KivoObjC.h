@@ -22,6 +22,7 @@
 #import <kivo/objc/KivoNavigationController.h>
 #import <kivo/objc/KivoObject.h>
 #import <kivo/objc/KivoSDK.h>
+#import <kivo/objc/KivoUserInterfaceStyle.h>
 #import <kivo/objc/KivoView.h>
 #import <kivo/objc/KivoViewController.h>
 #import <kivo/objc/KivoWindow.h>

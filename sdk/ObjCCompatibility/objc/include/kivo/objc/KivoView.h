@@ -21,8 +21,19 @@ __attribute__((visibility("default")))
 /// In the coordinates of the superview. A written frame becomes the view's placement, which a layout keeps.
 @property (nonatomic) NSRect frame;
 @property (nonatomic, getter=isHidden) BOOL hidden;
+/// What a screen reader calls the view; the text that the view shows at first.
+@property (nonatomic, copy) NSString* accessibilityLabel;
+/// What a screen reader tells last, such as the reason why a value was refused; empty at first.
+@property (nonatomic, copy) NSString* accessibilityHint;
+/// Whether a screen reader leaves out the view and all in it; NO at first.
+@property (nonatomic, getter=isAccessibilityHidden) BOOL accessibilityHidden;
+/// Whether a label's text is a heading for a screen reader; NO at first.
+@property (nonatomic, getter=isAccessibilityHeading) BOOL accessibilityHeading;
 /// Nil for a view without a background; nil at first.
 @property (nonatomic, copy, nullable) KivoColor* backgroundColor;
+
+/// The appearance of this view: its window's, unless a view around has an appearance of its own.
+@property (nonatomic, readonly) KivoUserInterfaceStyle userInterfaceStyle;
 
 @property (nonatomic, readonly) NSArray<KivoView*>* subviews;
 /// Moves `view` on top of the other subviews; the view leaves its former superview.

@@ -20,6 +20,9 @@ __attribute__((visibility("default")))
 /// The screen that a person sees: the last presented one or, of a navigation stack, the topmost.
 @property (nonatomic, readonly, nullable) KivoViewController* visibleViewController;
 
+/// The appearance that the person has chosen; light at first. A change reaches the shown screens.
+@property (nonatomic) KivoUserInterfaceStyle userInterfaceStyle;
+
 /// The topmost view at a point of the display that takes touches; nil when there is none.
 - (nullable KivoView*)hitTest:(NSPoint)point;
 
