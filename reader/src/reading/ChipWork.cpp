@@ -200,10 +200,11 @@ private:
         if (!content) {
             return std::unexpected{content.error()};
         }
-        if (*content) {
-            document_.files[file] = **std::move(content);
+        if (!*content) {
+            return false;
         }
-        return content->has_value();
+        document_.files[file] = **std::move(content);
+        return true;
     }
 
     Result<void> readFiles() {
