@@ -15,6 +15,7 @@
 #include <QWidget>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,10 +42,7 @@ std::unique_ptr<QApplication> startQt(int& argc, char** argv) {
 /// Ends the program when the window has been drawn once.
 class UntilShown final : public QObject {
 public:
-    explicit UntilShown(QWidget& window)
-        : QObject{&window} {
-        window.installEventFilter(this);
-    }
+    explicit UntilShown(QWidget& window) { window.installEventFilter(this); }
 
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::Paint) {
@@ -65,8 +63,9 @@ int show(const std::string& version, const program::TemporaryFolder& folder, boo
         }
     }};
     laboratory.start();
+    std::optional<UntilShown> ending;
     if (untilShown) {
-        std::make_unique<UntilShown>(window).release(); // the window's child
+        ending.emplace(window);
     }
     window.show();
     window.focusPhone();

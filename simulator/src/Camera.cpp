@@ -99,9 +99,10 @@ platform::VideoFrame qrCodeFrame(std::string_view text) {
                                .height = height,
                                .format = platform::VideoFrame::Format::gray,
                                .bytes = std::vector<std::uint8_t>(std::size_t{width} * height, desk)};
-    for (int y = 0; y < side; ++y) {
-        const auto row = std::size_t{width} * static_cast<std::size_t>(top - margin * module + y);
-        std::fill_n(frame.bytes.begin() + static_cast<std::ptrdiff_t>(row) + left - margin * module, side, paper);
+    const int edge = margin * module;
+    for (int y = top - edge; y < top - edge + side; ++y) {
+        const auto row = frame.bytes.begin() + std::ptrdiff_t{width} * y + (left - edge);
+        std::fill_n(row, side, paper);
     }
     for (int y = 0; y < code->width * module; ++y) {
         for (int x = 0; x < code->width * module; ++x) {
