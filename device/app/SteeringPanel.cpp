@@ -19,12 +19,6 @@
 namespace kivo::device::app {
 namespace {
 
-/// The languages of the SDK's texts, each in its own words.
-constexpr std::pair<const char*, const char*> languages[] = {
-    {"", "The desktop's"}, {"en", "English"}, {"de", "Deutsch"}, {"fr", "Français"},
-    {"es", "Español"},     {"pl", "Polski"},  {"ar", "العربية"}, {"ja", "日本語"},
-};
-
 using namespace std::chrono_literals;
 
 constexpr auto refreshInterval = 200ms;
@@ -336,8 +330,7 @@ void SteeringPanel::addLook(QGroupBox& box) {
         language.setToolTip("The phone returns to the host, and the next screens speak the language");
         connect(&language, &QComboBox::currentIndexChanged, this, [this, &language, setTheme] {
             steered_.speak(language.currentData().toString().toStdString());
-            // A theme takes some of its texts from the tables when the theme is made.
-            setTheme();
+            setTheme(); // made anew, because a theme takes some of its texts from the tables
         });
     }
     auto& dark = addRow<Switch>(*rows, "", "Dark appearance");
