@@ -16,12 +16,12 @@ using app::Model;
 constexpr double gap = 26;           // points between two phones
 constexpr double captionHeight = 52; // pixels
 constexpr int captionSize = 21;
-constexpr double leastContrast = 4.5;
+constexpr double leastContrastOfCaptions = 4.5;
 constexpr double pixelsOfPoint = 2; // of the screens
 constexpr auto shownTime = "9:30";
 
 void requireContrast(const QColor& ink, const QColor& ground) {
-    if (contrastOf(ink, ground) < leastContrast) {
+    if (contrastOf(ink, ground) < leastContrastOfCaptions) {
         throw std::runtime_error{"a caption or a clock is hard to read: " + ink.name().toStdString() + " on " +
                                  ground.name().toStdString()};
     }

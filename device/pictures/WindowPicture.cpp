@@ -25,7 +25,7 @@ namespace {
 
 constexpr QSize laptop{1346, 716}; // 1366 x 768 without a frame and a task bar
 constexpr auto timeOnThePhone = "9:30";
-constexpr double leastContrast = 4.5;
+constexpr double leastContrastOfTool = 4.5;
 
 void require(const simulator::Person::Outcome& outcome) {
     if (!outcome) {
@@ -56,13 +56,13 @@ void walk(app::Laboratory& laboratory) {
 /// Prints how well the texts of the tool stand out, and throws where one does not.
 void requireContrast(app::DeviceWindow& window, platform::Window& phone, const QImage& picture) {
     const auto found = widgetContrast(window, window.frame(), picture);
-    std::printf("%d texts of the tool, least contrast %.1f of %.1f\n", found.texts, found.least, leastContrast);
+    std::printf("%d texts of the tool, least contrast %.1f of %.1f\n", found.texts, found.least, leastContrastOfTool);
     for (const auto& each : textContrasts(phone)) {
         if (each.contrast < each.least) {
             throw std::runtime_error{"on the phone a text hardly stands out: " + each.text};
         }
     }
-    if (found.texts == 0 || found.least < leastContrast) {
+    if (found.texts == 0 || found.least < leastContrastOfTool) {
         throw std::runtime_error{"a text of the tool hardly stands out"};
     }
 }

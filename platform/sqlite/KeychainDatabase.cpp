@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -80,20 +81,19 @@ SqliteStatement::~SqliteStatement() {
     sqlite3_clear_bindings(statement_);
 }
 
-void SqliteStatement::bindText(std::string_view text) {
-    sqlite3_bind_text64(statement_, ++bound_, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+void SqliteStatement::bindText(std::optional<std::string_view> text) {
+    // SQLite takes a pointer to nothing for NULL.
+    const auto place = text.value_or(std::string_view{});
+    sqlite3_bind_text64(statement_, ++bound_, place.data(), place.size(), SQLITE_STATIC, SQLITE_UTF8);
 }
 
-void SqliteStatement::bindBlob(std::string_view bytes) {
-    sqlite3_bind_blob64(statement_, ++bound_, bytes.data(), bytes.size(), SQLITE_STATIC);
+void SqliteStatement::bindBlob(std::optional<std::string_view> bytes) {
+    const auto place = bytes.value_or(std::string_view{});
+    sqlite3_bind_blob64(statement_, ++bound_, place.data(), place.size(), SQLITE_STATIC);
 }
 
 void SqliteStatement::bindInteger(std::int64_t number) {
     sqlite3_bind_int64(statement_, ++bound_, number);
-}
-
-void SqliteStatement::bindNull() {
-    sqlite3_bind_null(statement_, ++bound_);
 }
 
 int SqliteStatement::step() {

@@ -27,10 +27,11 @@ public:
     ~SqliteStatement();
 
     /// Binds the next parameter. The text or bytes must outlive the run.
-    void bindText(std::string_view text);
-    void bindBlob(std::string_view bytes);
+    /// An absent text is NULL.
+    void bindText(std::optional<std::string_view> text);
+    /// Absent bytes are NULL.
+    void bindBlob(std::optional<std::string_view> bytes);
     void bindInteger(std::int64_t number);
-    void bindNull();
 
     /// SQLITE_ROW, SQLITE_DONE or an error.
     int step();

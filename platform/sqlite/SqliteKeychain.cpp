@@ -24,14 +24,6 @@ namespace {
 
 using Purpose = KeychainFile::Purpose;
 
-void bindOptional(SqliteStatement& statement, const std::optional<std::string>& text) {
-    if (text) {
-        statement.bindText(*text);
-    } else {
-        statement.bindNull();
-    }
-}
-
 class SqliteKeychain final : public Keychain {
 public:
     SqliteKeychain(DataFolder folder, std::shared_ptr<Diagnostics> diagnostics, std::chrono::milliseconds patience)
@@ -184,8 +176,8 @@ private:
         insert->bindText(identity.service);
         insert->bindText(identity.account);
         insert->bindText(identity.accessGroup);
-        bindOptional(*insert, attributes.kSecAttrGeneric);
-        bindOptional(*insert, attributes.kSecAttrAccessible);
+        insert->bindText(attributes.kSecAttrGeneric);
+        insert->bindText(attributes.kSecAttrAccessible);
         insert->bindBlob(*sealed);
         last_.forget();
         return insert->step() == SQLITE_DONE ? errSecSuccess : file_.failure();
@@ -311,15 +303,11 @@ private:
         if (!update) {
             return file_.failure();
         }
-        if (sealed) {
-            update->bindBlob(*sealed);
-        } else {
-            update->bindNull();
-        }
+        update->bindBlob(sealed);
         if (isValueAlone) {
             last_.replace(id, *change.kSecValueData);
         } else {
-            bindOptional(*update, change.kSecAttrAccessible);
+            update->bindText(change.kSecAttrAccessible);
             last_.forget();
         }
         update->bindInteger(id);
