@@ -252,10 +252,12 @@ std::expected<Options, int> parse(int argc, const char* const* argv) {
                    hasCode = true;
                    return takeCode(value, options);
                });
-    line.value("--screens", "DIR", "put a picture of every screen into that folder, and the\ncontrasts of the texts (contrast.txt)", [&](const auto& value) {
-        options.screens = value;
-        return std::string{};
-    });
+    line.value("--screens", "DIR",
+               "put a picture of every screen into that folder, and the\ncontrasts of the texts (contrast.txt)",
+               [&](const auto& value) {
+                   options.screens = value;
+                   return std::string{};
+               });
     line.value("--display", "WxH", "the phone's display in the pictures, in points (default 390x844)",
                [&](const auto& value) { return takeDisplay(value, options); });
     line.value("--reading-size", "N", "the person's reading size, from 0 over 3 (default) to 11",
