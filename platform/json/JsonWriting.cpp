@@ -33,7 +33,7 @@ char escapeOf(char byte) {
 /// Appends a text in quotes. At a part that is no UTF-8 false, and the text is appended no further.
 bool appendQuoted(std::string& to, std::string_view text) {
     // So much is copied while the processor's cache still has it.
-    constexpr std::size_t atOnce = 16 * 1024;
+    constexpr std::size_t atOnce = std::size_t{16} * 1024;
     to += '"';
     while (!text.empty()) {
         auto [plain, isAscii] = plainPart(text.substr(0, atOnce));
