@@ -58,7 +58,7 @@ void CodeScan::take(std::shared_ptr<const VideoFrame> frame) {
     // Declared before the lock: pictures are large, and are to be destroyed outside the lock.
     std::shared_ptr<const VideoFrame> shown = frame;
     const std::scoped_lock lock{mutex_};
-    if (isStopped_ || hasEnded_) {
+    if (isStopped_ || isEnding_) {
         return;
     }
     std::swap(preview_.picture, shown);
@@ -70,7 +70,7 @@ void CodeScan::take(std::shared_ptr<const VideoFrame> frame) {
 void CodeScan::leaveOut(const VideoFrame& frame) {
     {
         const std::scoped_lock lock{mutex_};
-        if (isStopped_ || hasEnded_ || std::exchange(hasLeftOut_, true)) {
+        if (isStopped_ || isEnding_ || std::exchange(hasLeftOut_, true)) {
             return;
         }
     }
@@ -86,7 +86,7 @@ void CodeScan::leaveOut(const VideoFrame& frame) {
 void CodeScan::reportSilence(std::chrono::seconds since) const {
     {
         const std::scoped_lock lock{mutex_};
-        if (isStopped_ || hasEnded_ || hasLeftOut_ || preview_.number != numberBefore_) {
+        if (isStopped_ || isEnding_ || hasLeftOut_ || preview_.number != numberBefore_) {
             return;
         }
     }
@@ -98,11 +98,14 @@ void CodeScan::reportSilence(std::chrono::seconds since) const {
 void CodeScan::end(std::string reason) {
     {
         const std::scoped_lock lock{mutex_};
-        if (isStopped_ || std::exchange(hasEnded_, true)) {
+        if (isStopped_ || std::exchange(isEnding_, true)) {
             return;
         }
     }
     services().diagnostics->report("camera", reason);
+    // Last, so that a host that sees the end has been told the reason.
+    const std::scoped_lock lock{mutex_};
+    hasEnded_ = true;
 }
 
 void CodeScan::work() {

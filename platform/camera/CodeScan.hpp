@@ -64,7 +64,7 @@ public:
     /// over either.
     void stop() override;
 
-    /// Whether the pictures have ended by themselves.
+    /// Whether the pictures have ended by themselves, and the diagnostics have the reason.
     bool hasEnded() const;
 
     PreviewFrame preview() const;
@@ -95,6 +95,7 @@ private:
     std::shared_ptr<const VideoFrame> waiting_;
     bool isHandingOver_ = false;
     bool isStopped_ = false;
+    bool isEnding_ = false;
     bool hasEnded_ = false;
     bool hasLeftOut_ = false;
 };
