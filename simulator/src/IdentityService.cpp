@@ -1,4 +1,5 @@
 #include "Faults.hpp"
+#include "LoopbackServer.hpp"
 #include "RequestLog.hpp"
 #include "ServerCertificates.hpp"
 #include "SessionProtocol.hpp"
@@ -8,10 +9,7 @@
 
 #include <httplib.h>
 
-#include <cerrno>
 #include <limits>
-#include <stdexcept>
-#include <system_error>
 #include <thread>
 
 namespace kivo::simulator {
@@ -55,11 +53,8 @@ public:
         };
         constexpr auto anywhere = ".*";
         http_.Post(anywhere, handle).Put(anywhere, handle).Delete(anywhere, handle).Get(anywhere, handleWithoutBody);
-        bind(configuration.port);
-        thread_ = std::thread{[this] { http_.listen_after_bind(); }};
-        while (!http_.is_running()) {
-            std::this_thread::yield();
-        }
+        port_ = bindToLoopback(http_, configuration.port);
+        thread_ = startAnswering(http_);
     }
 
     Server(const Server&) = delete;
@@ -107,27 +102,6 @@ public:
     std::size_t handshakes() const { return connections_.handshakes(); }
 
 private:
-    void bind(int port) {
-        // Without the library's SO_REUSEPORT, which would let two services share a port.
-        http_.set_socket_options([](socket_t socket) {
-            const int yes = 1;
-            setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        });
-        constexpr auto loopback = "127.0.0.1";
-        errno = 0;
-        if (port == 0) {
-            port_ = http_.bind_to_any_port(loopback);
-        } else if (http_.bind_to_port(loopback, port)) {
-            port_ = port;
-        }
-        if (port_ <= 0) {
-            const auto reason = errno == 0 ? "" : " (" + std::generic_category().message(errno) + ")";
-            throw std::runtime_error{port == 0 ? "no port is free on the loopback interface" + reason
-                                               : "port " + std::to_string(port) +
-                                                     " of the loopback interface cannot be taken" + reason};
-        }
-    }
-
     bool prepare(SSL_CTX& context) {
         connections_.follow(&context);
         certificates_.use(&context, [this](std::string_view host) { return faults_.nextFlaw(endpointOf(host)); });

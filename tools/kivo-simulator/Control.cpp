@@ -1,17 +1,16 @@
 #include "Control.hpp"
 
+#include "LoopbackServer.hpp"
+
 #include <httplib.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <limits>
 #include <optional>
-#include <stdexcept>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -99,11 +98,8 @@ public:
         constexpr auto anywhere = ".*";
         http_.Post(anywhere, handle).Put(anywhere, handle).Patch(anywhere, handle).Delete(anywhere, handle);
         http_.Get(anywhere, handleWithoutBody).Options(anywhere, handleWithoutBody);
-        bind(port);
-        thread_ = std::thread{[this] { http_.listen_after_bind(); }};
-        while (!http_.is_running()) {
-            std::this_thread::yield();
-        }
+        port_ = kivo::simulator::bindToLoopback(http_, port, "the control interface: ");
+        thread_ = kivo::simulator::startAnswering(http_);
     }
 
     Server(const Server&) = delete;
@@ -118,25 +114,6 @@ public:
     std::string authority() const { return std::string{loopback} + ":" + std::to_string(port_); }
 
 private:
-    void bind(int port) {
-        // Without the library's SO_REUSEPORT, which would let two programs share a port.
-        http_.set_socket_options([](socket_t socket) {
-            const int yes = 1;
-            setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        });
-        errno = 0;
-        if (port == 0) {
-            port_ = http_.bind_to_any_port(loopback);
-        } else if (http_.bind_to_port(loopback, port)) {
-            port_ = port;
-        }
-        if (port_ <= 0) {
-            throw std::runtime_error{"the control port " + (port == 0 ? "" : std::to_string(port) + " ") +
-                                     "cannot be taken" +
-                                     (errno == 0 ? "" : " (" + std::generic_category().message(errno) + ")")};
-        }
-    }
-
     /// Why the request does not come from this machine's programs or the page itself; empty if it does.
     std::string problemOfOrigin(const httplib::Request& request) const {
         const std::array hosts{authority(), "localhost:" + std::to_string(port_)};
