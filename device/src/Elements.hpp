@@ -50,7 +50,7 @@ public:
 };
 
 /// The mark around the control with the focus: a light line between dark ones, which stands out from every ground.
-/// Qt leaves focus frames out of what it tells assistive technology.
+/// The ring around the focused element. Assistive technology never hears of the ring: Qt does not tell focus frames.
 class FocusRing final : public QFocusFrame {
 public:
     explicit FocusRing(QWidget* phone);

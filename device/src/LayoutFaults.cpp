@@ -196,7 +196,7 @@ void findToldFaults(platform::Window& window, std::vector<std::string>& faults) 
         } else if (!names.emplace(element.role, element.name).second) {
             faults.push_back(named(*element.view) + " has the name of another control, \"" + element.name + "\"");
         }
-        // What is scrolled lies anywhere beside what is not.
+        // Only elements of the same scroll view are compared: scrolling moves them past all other elements.
         if (former != nullptr && scrollAround(*former->view) == scrollAround(*element.view) &&
             isReadAfter(*former->view, *element.view)) {
             faults.push_back(named(*former->view) + " is told before " + named(*element.view));

@@ -53,7 +53,8 @@ public:
     /// Whether the exchange ended before a byte of the request had left, because the server had ended the connection.
     bool isConnectionOver() const { return isConnectionOver_; }
 
-    /// Whether the exchange ended before it had a connection, because another request is making one that both can use.
+    /// Whether the exchange ended without a connection of its own, so that it can share the connection that another
+    /// request is making.
     bool mustWait() const { return mustWait_; }
 
     /// Makes room at the server for another request. Further calls do nothing.

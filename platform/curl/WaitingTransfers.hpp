@@ -13,7 +13,8 @@ namespace kivo::platform {
 
 /// The transfers for which no exchange is under way, in their order for each server. For one thread.
 ///
-/// The time of each function grows with the number of servers, and at most with the logarithm of that of the transfers.
+/// The time of each function grows with the number of servers and with the logarithm of the number of transfers. The
+/// time of `takeNext` also grows with the number of transfers that await their delegate's verdict.
 class WaitingTransfers {
 public:
     using Transfer = std::shared_ptr<CurlTransfer>;

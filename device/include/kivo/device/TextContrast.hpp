@@ -8,7 +8,7 @@
 
 namespace kivo::device {
 
-/// How well a text stands out from what is drawn behind the text.
+/// The contrast between a text and the pixels behind the text.
 struct TextContrast {
     /// The text as it is drawn.
     std::string text;

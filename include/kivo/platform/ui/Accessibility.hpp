@@ -20,7 +20,7 @@ enum class AccessibilityRole { none, text, button, textField, image, progress, a
 struct Accessibility {
     /// The name; empty for the text that the view shows.
     std::string label{};
-    /// What is told after the name, the role and the value, such as the reason why a value was refused.
+    /// A sentence that follows the name, the role and the value, such as the reason why a value was refused.
     std::string hint{};
     /// Whether the view and all in it are left out: neither told nor in the order of focus. A touch still arrives.
     bool isHidden = false;
@@ -64,10 +64,10 @@ struct AccessibilityElement {
 
 /// What assistive technology tells of the topmost screen, in the order of reading and of focus: from the top down and
 /// along the lines of the person's language. A view under a modal one, an image without a name and a wheel that stands
-/// still are left out. The name of an alert is its text, which is not told once more. Main thread.
+/// still are left out. The name of an alert is its text; the list has no second element for the text. Main thread.
 KIVO_EXPORT std::vector<AccessibilityElement> accessibilityElements(Window& window);
 
-/// Finds what is to be told without a move of the focus. Main thread.
+/// Finds the texts that assistive technology speaks although the focus stays where it is. Main thread.
 class KIVO_EXPORT AccessibilityAnnouncements {
 public:
     /// The texts to announce since the last call, or since the first screen: the title or the first heading of a new
