@@ -3,10 +3,10 @@
 #include "platform/curl/CurlEngine.hpp"
 #include "platform/curl/CurlTransfer.hpp"
 #include "platform/posix/ExitGuard.hpp"
+#include "platform/posix/ProcessNumber.hpp"
 
 #include <curl/curl.h>
 #include <openssl/ssl.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <tuple>
@@ -66,11 +66,11 @@ public:
 
 private:
     /// False in a forked child, which has neither the session's threads nor a way to release the locks they held.
-    bool isOwnProcess() const { return ::getpid() == process_; }
+    bool isOwnProcess() const { return processNumber() == process_; }
 
     const std::shared_ptr<const CurlSettings> settings_;
     const std::shared_ptr<CurlEngine> engine_;
-    const pid_t process_ = ::getpid();
+    const pid_t process_ = processNumber();
 };
 
 void makeLibrariesReady() {

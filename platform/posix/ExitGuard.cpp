@@ -1,6 +1,6 @@
 #include "platform/posix/ExitGuard.hpp"
 
-#include <unistd.h>
+#include "platform/posix/ProcessNumber.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -28,7 +28,7 @@ bool ExitGuard::add(const std::shared_ptr<Stoppable>& member) {
     if (exiting_) {
         return false;
     }
-    if (process_.exchange(::getpid()) != ::getpid()) {
+    if (process_.exchange(processNumber()) != processNumber()) {
         members_.clear();
     }
     members_.emplace_back(member.get(), member);
@@ -56,7 +56,7 @@ void ExitGuard::keep(std::shared_ptr<void> object) {
 }
 
 void ExitGuard::stopAll() {
-    if (::getpid() != process_) {
+    if (processNumber() != process_) {
         return;
     }
     std::vector<std::shared_ptr<Stoppable>> members;

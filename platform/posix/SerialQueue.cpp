@@ -1,8 +1,7 @@
 #include "platform/posix/SerialQueue.hpp"
 
 #include "platform/posix/BackgroundThread.hpp"
-
-#include <unistd.h>
+#include "platform/posix/ProcessNumber.hpp"
 
 #include <atomic>
 #include <condition_variable>
@@ -84,7 +83,7 @@ public:
     void waitForEnd() {
         std::unique_lock lock{mutex_};
         // A forked child has the queue, but not its thread.
-        ended_.wait(lock, [this] { return !isStarted_ || ::getpid() != process_; });
+        ended_.wait(lock, [this] { return !isStarted_ || processNumber() != process_; });
     }
 
 private:
@@ -104,7 +103,7 @@ private:
             throw std::system_error{error, "kivo cannot start the thread of the queue \"" + label_ + "\""};
         }
         isStarted_ = true;
-        process_ = ::getpid();
+        process_ = processNumber();
     }
 
     void work() {

@@ -1,9 +1,9 @@
 #include "platform/sqlite/KeychainFile.hpp"
 
+#include "platform/posix/ProcessNumber.hpp"
 #include "platform/sqlite/NamesAside.hpp"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
@@ -30,7 +30,7 @@ bool lacksLog(int sqliteError) {
 
 KeychainFile::~KeychainFile() {
     // In a forked child, closing the connection would undo the parent's unfinished write.
-    if (database_ && process_ != getpid()) {
+    if (database_ && process_ != processNumber()) {
         [[maybe_unused]] auto* const left = database_.release();
     }
 }
@@ -123,7 +123,7 @@ OSStatus KeychainFile::connect(SqliteDatabase::Access access) {
     database_ = std::move(*opened);
     ++connections_;
     database_->setDeadline(deadline_);
-    process_ = getpid();
+    process_ = processNumber();
     struct stat file{};
     if (lstat(databasePath_.c_str(), &file) != 0) {
         return statusOf(FileProblem{.error = errno});

@@ -2,12 +2,12 @@
 
 #include "platform/openssl/SealedValue.hpp"
 #include "platform/posix/DeadlineMutex.hpp"
+#include "platform/posix/ProcessNumber.hpp"
 #include "platform/sqlite/KeychainFile.hpp"
 #include "platform/sqlite/KeychainQuery.hpp"
 #include "platform/sqlite/LastRead.hpp"
 
 #include <sys/types.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -72,14 +72,15 @@ private:
     OSStatus perform(Purpose purpose, Operation operation) {
         const auto deadline = std::chrono::steady_clock::now() + patience_;
         // A forked child has neither SQLite's locks nor the threads that were using the keychain.
-        if (const auto user = user_.load(); user != 0 && user != getpid()) {
+        const auto process = processNumber();
+        if (const auto user = user_.load(); user != 0 && user != process) {
             if (!isForkTold_.exchange(true)) {
                 diagnostics_->report("keychain", "The process was forked after its keychain was used, so the keychain "
                                                  "cannot be used here; have the child execute a program first.");
             }
             return errSecNotAvailable;
         }
-        user_ = getpid();
+        user_ = process;
         std::vector<std::string> reports;
         OSStatus status = errSecNotAvailable;
         if (const auto lock = mutex_.lock(deadline)) {
