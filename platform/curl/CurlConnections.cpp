@@ -29,15 +29,15 @@ int portOf(const sockaddr_storage& address) {
     return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
 }
 
-// A connection that was reset has no peer any more.
-bool leadsTo(curl_socket_t socket, std::string_view peer) {
-    const auto address = addressFrom(::getpeername, socket);
+// Empty without an address: a connection that was reset has no peer any more.
+std::string hostOf(const sockaddr_storage& address) {
     std::array<char, INET6_ADDRSTRLEN> buffer{};
     const void* const bytes = address.ss_family == AF_INET6
                                   ? static_cast<const void*>(&reinterpret_cast<const sockaddr_in6&>(address).sin6_addr)
                                   : &reinterpret_cast<const sockaddr_in&>(address).sin_addr;
-    return address.ss_family == AF_UNSPEC ||
-           (::inet_ntop(address.ss_family, bytes, buffer.data(), buffer.size()) != nullptr && peer == buffer.data());
+    const bool isKnown = address.ss_family != AF_UNSPEC &&
+                         ::inet_ntop(address.ss_family, bytes, buffer.data(), buffer.size()) != nullptr;
+    return isKnown ? buffer.data() : "";
 }
 
 bool speaksHttp2(const curl_tlssessioninfo* tls) {
@@ -55,20 +55,24 @@ curl_socket_t CurlSockets::open(const curl_sockaddr& address) {
     // Programs that the host starts must not inherit the connections.
     const auto socket = ::socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
     if (socket >= 0) {
-        open_.push_back(socket);
+        open_.push_back({.socket = socket});
     }
     return socket;
 }
 
 void CurlSockets::close(curl_socket_t socket) {
-    std::erase(open_, socket);
+    std::erase_if(open_, [socket](const Open& open) { return open.socket == socket; });
     ::close(socket);
 }
 
-bool CurlSockets::hasEnded(std::string_view peer, int localPort, bool isSilent) const {
-    for (const auto socket : open_) {
-        if (portOf(addressFrom(::getsockname, socket)) == localPort && leadsTo(socket, peer)) {
-            pollfd one{.fd = socket, .events = POLLIN | POLLRDHUP, .revents = 0};
+bool CurlSockets::hasEnded(std::string_view peer, int localPort, bool isSilent) {
+    for (auto& open : open_) {
+        if (open.localPort == 0) {
+            open.localPort = portOf(addressFrom(::getsockname, open.socket));
+            open.peer = hostOf(addressFrom(::getpeername, open.socket));
+        }
+        if (open.localPort == localPort && (open.peer.empty() || open.peer == peer)) {
+            pollfd one{.fd = open.socket, .events = POLLIN | POLLRDHUP, .revents = 0};
             return ::poll(&one, 1, 0) > 0 && (isSilent || (one.revents & ~POLLIN) != 0);
         }
     }

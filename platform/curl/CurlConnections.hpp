@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,10 +24,17 @@ public:
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
     /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
     /// connection for a sign of life.
-    bool hasEnded(std::string_view peer, int localPort, bool isSilent) const;
+    bool hasEnded(std::string_view peer, int localPort, bool isSilent);
 
 private:
-    std::vector<curl_socket_t> open_;
+    struct Open {
+        curl_socket_t socket;
+        /// Read when the connection is used again, and 0 before.
+        int localPort = 0;
+        std::string peer{};
+    };
+
+    std::vector<Open> open_;
 };
 
 /// Watches over one exchange, so that its request leaves at most once and never over a connection that has ended.
