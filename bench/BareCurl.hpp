@@ -148,13 +148,18 @@ public:
     void run(const std::vector<Post>& posts) {
         for (const auto& post : posts) {
             Answered answered;
-            {
-                const std::scoped_lock lock{mutex_};
-                next_ = {&post, &answered};
-            }
-            curl_multi_wakeup(multi_);
+            order(post, answered);
             answered.await("the bare threads were refused");
         }
+    }
+
+    /// Hands a post to the thread and wakes the thread. One post at a time.
+    void order(const Post& post, Answered& answered) {
+        {
+            const std::scoped_lock lock{mutex_};
+            next_ = {&post, &answered};
+        }
+        curl_multi_wakeup(multi_);
     }
 
 private:

@@ -109,17 +109,24 @@ Compared compare(const char* part, int rounds, Roads& roads) {
     return {.byLoop = sdk / loop, .byThreads = sdk / threads, .moreARequest = (sdk - loop) / 4.0};
 }
 
-/// The time that a call keeps its caller. The answers are awaited outside the measured time.
-void measureCaller(int rounds, KivoAPI& session) {
+/// The time that a call keeps its caller, and that of bare threads, which is little more than the waking of a thread.
+/// The answers are awaited outside the measured time.
+void measureCaller(int rounds, KivoAPI& session, BareThreads& threads, const Post& post) {
     std::vector<double> times;
+    std::vector<double> bareTimes;
     for (int i = 0; i < rounds; ++i) {
         Answered answered;
         times.push_back(
             timed([&] { session.status([&](const IdvOutcome& outcome) { answered.tell(outcome.has_value()); }); }));
         answered.await("a status failed");
+        Answered bare;
+        bareTimes.push_back(timed([&] { threads.order(post, bare); }));
+        bare.await("the bare threads were refused");
     }
     const double caller = median(times) * 1000;
-    std::fprintf(stderr, "a call of status keeps its caller for %.1f us (median)\n", caller);
+    std::fprintf(stderr,
+                 "a call of status keeps its caller for %.1f us, a post of the bare threads for %.1f us (medians)\n",
+                 caller, median(bareTimes) * 1000);
     found("time of a call for its caller", caller);
 }
 
@@ -174,7 +181,7 @@ int main(int argc, char** argv) {
     const auto atOnce = compare("answers and disk at once", rounds, roads);
     found("time of a request beside a bare loop", atOnce.moreARequest);
     found("road beside bare threads", atOnce.byThreads);
-    measureCaller(rounds * 4, *session);
+    measureCaller(rounds * 4, *session, threads, roads.posts.back());
     service.delayAnswers();
     found("road with late answers beside a bare loop",
           compare("disk at once, answers 20 ms late", std::max(1, rounds / 4), roads).byLoop);
