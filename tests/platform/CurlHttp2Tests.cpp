@@ -147,6 +147,50 @@ TEST(CurlHttp2, FailsWhatAFaultHitsOnceAndNothingElse) {
     }
 }
 
+TEST(CurlHttp2, GivesUpOneOfManyRequestsAlone) {
+    const std::string rows[] = {"", http2::head(), http2::head("6") + http2::frame(data, 0, "ab")};
+    for (const auto& begun : rows) {
+        SCOPED_TRACE(&begun - rows);
+        std::atomic<int> count = 0;
+        const auto serve = [&](const auto&) {
+            switch (++count) {
+            case 2:
+                return TestReply{begun};
+            case 3:
+            case 4:
+                return TestReply{""};
+            case 5:
+                // The request that was given up is answered all the same, between the others.
+                return TestReply{http2::onStream(answer("b"), streamOf(3)) +
+                                 http2::onStream(answer("late"), streamOf(2)) +
+                                 http2::onStream(answer("c"), streamOf(4)) + answer("d")};
+            default:
+                return TestReply{answer()};
+            }
+        };
+        TestTlsServer server{serve, Protocol::http2};
+        const auto session = sharingSession(server);
+        ASSERT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+        std::vector<Answers> answers(4);
+        const auto givenUp = session->dataTask({.url = server.url()}, answers[0].completion());
+        session->dataTask({.url = server.url()}, answers[1].completion());
+        session->dataTask({.url = server.url()}, answers[2].completion());
+        ASSERT_TRUE(eventually([&] { return server.requests().size() == 4; }));
+        givenUp->cancel();
+        ASSERT_EQ(answers[0].wait().size(), 1U);
+        EXPECT_TRUE(answers[1].seen().empty());
+        session->dataTask({.url = server.url()}, answers[3].completion());
+        const std::string seen[] = {"cancelled", "200 b", "200 c", "200 d"};
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            const auto entries = answers[i].wait();
+            ASSERT_EQ(entries.size(), 1U) << i;
+            EXPECT_EQ(summary(entries.front().outcome), seen[i]);
+        }
+        EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+        EXPECT_EQ(server.connections(), 1);
+    }
+}
+
 /// Leaves the first question about a server open and answers yes to all others.
 struct SlowJudge final : UrlSessionDelegate {
     void didReceiveChallenge(const ServerTrust*, std::function<void(AuthChallengeDisposition)> answer) override {
