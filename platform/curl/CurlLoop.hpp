@@ -86,6 +86,9 @@ private:
             case Command::What::cancel:
                 finishCancelled(std::move(transfer));
                 break;
+            case Command::What::goOn:
+                waiting_.goOn(*transfer);
+                break;
             }
         }
         commands_.list.clear();

@@ -169,9 +169,10 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
     }
     if (!judged_ || judged_->chain != chain) {
         judged_ = std::make_shared<const ServerTrust>(destination_->host, std::move(chain));
-        challenge_ = std::make_shared<TrustChallenge>([weak = engine_] {
-            if (const auto waiting = weak.lock()) {
-                waiting->wake();
+        challenge_ = std::make_shared<TrustChallenge>([weak = engine_, self = weak_from_this()] {
+            const auto waiting = weak.lock();
+            if (auto transfer = self.lock(); waiting && transfer) {
+                waiting->goOn(std::move(transfer));
             }
         });
         engine->callBack([settings = settings_, challenge = challenge_, trust = judged_] {

@@ -191,11 +191,11 @@ TEST(CurlHttp2, GivesUpOneOfManyRequestsAlone) {
     }
 }
 
-/// Leaves the first question about a server open and answers yes to all others.
+/// Leaves the first three questions about a server open and answers yes to all others.
 struct SlowJudge final : UrlSessionDelegate {
     void didReceiveChallenge(const ServerTrust*, std::function<void(AuthChallengeDisposition)> answer) override {
-        if (++questions == 1) {
-            open = std::move(answer);
+        if (++questions <= 3) {
+            open.push_back(std::move(answer));
         } else {
             answer(AuthChallengeDisposition::useCredential);
         }
@@ -205,22 +205,35 @@ struct SlowJudge final : UrlSessionDelegate {
 
     void didSendBodyData(const std::shared_ptr<UrlSessionTask>&, std::uint64_t, std::uint64_t) override {}
 
-    std::function<void(AuthChallengeDisposition)> open;
+    std::vector<std::function<void(AuthChallengeDisposition)>> open;
     std::atomic<int> questions = 0;
 };
 
-TEST(CurlHttp2, GoesPastARequestWhoseServerIsStillJudged) {
+TEST(CurlHttp2, GoesPastRequestsWhoseServerIsStillJudged) {
     TestTlsServer server{[](const auto&) { return TestReply{answer()}; }, Protocol::http2};
     const auto judge = std::make_shared<SlowJudge>();
     const auto session = makeCurlUrlSessions("/nonexistent")->make({.responseLimit = limit}, judge);
-    Answers first;
-    session->dataTask({.url = server.url()}, first.completion());
+    std::vector<Answers> judged(3);
+    std::vector<std::shared_ptr<UrlSessionTask>> tasks;
+    for (auto& one : judged) {
+        // Only the time of the last ends before its server is judged.
+        const auto timeout = tasks.size() == 2 ? 1s : 60s;
+        tasks.push_back(session->dataTask({.url = server.url(), .timeout = timeout}, one.completion()));
+        ASSERT_TRUE(eventually([&] { return judge->questions == std::ssize(tasks); }));
+    }
     EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
-    EXPECT_TRUE(first.seen().empty());
-    judge->open(AuthChallengeDisposition::useCredential);
-    ASSERT_EQ(first.wait().size(), 1U);
-    EXPECT_EQ(summary(first.seen().front().outcome), "200 a");
-    EXPECT_EQ(server.requests().size(), 2U);
+    EXPECT_TRUE(judged[0].seen().empty());
+    judge->open[0](AuthChallengeDisposition::useCredential);
+    tasks[1]->cancel();
+    const std::string seen[] = {"200 a", "cancelled", "timedOut"};
+    for (std::size_t i = 0; i < judged.size(); ++i) {
+        const auto entries = judged[i].wait();
+        ASSERT_EQ(entries.size(), 1U) << i;
+        EXPECT_EQ(summary(entries.front().outcome), seen[i]);
+    }
+    judge->open[1](AuthChallengeDisposition::useCredential);
+    EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+    EXPECT_EQ(server.requests().size(), 3U);
 }
 
 struct CurlServerRoom : testing::Test {
