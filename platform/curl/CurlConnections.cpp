@@ -40,11 +40,11 @@ bool leadsTo(curl_socket_t socket, std::string_view peer) {
            (::inet_ntop(address.ss_family, bytes, buffer.data(), buffer.size()) != nullptr && peer == buffer.data());
 }
 
-bool speaksHttp2(const curl_tlssessioninfo* tls) {
+bool speaksHttp2(const SSL* tls) {
     const unsigned char* name = nullptr;
     unsigned int size = 0;
-    if (tls != nullptr && tls->internals != nullptr) {
-        SSL_get0_alpn_selected(static_cast<const SSL*>(tls->internals), &name, &size);
+    if (tls != nullptr) {
+        SSL_get0_alpn_selected(tls, &name, &size);
     }
     return size == 2 && name[0] == 'h' && name[1] == '2';
 }
@@ -117,7 +117,12 @@ bool CurlSending::mayConnect() {
 bool CurlSending::maySend(std::string_view peer, int localPort) {
     wouldRepeat_ = wouldRepeat_ || hasLeft();
     const bool isReused = info<long>(CURLINFO_NUM_CONNECTS) == 0;
-    const bool isHttp2 = speaksHttp2(info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR));
+    const auto* const session = info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR);
+    auto* const tls = session != nullptr ? static_cast<SSL*>(session->internals) : nullptr;
+    const bool isHttp2 = speaksHttp2(tls);
+    if (tls != nullptr) {
+        sockets_.turns().watch(tls);
+    }
     if (!wouldRepeat_ && isReused) {
         // On HTTP/2 the server may speak without being asked.
         isConnectionOver_ = sockets_.hasEnded(peer, localPort, !isHttp2);

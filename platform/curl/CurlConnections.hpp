@@ -2,6 +2,7 @@
 
 #include "platform/curl/CurlHandles.hpp"
 #include "platform/curl/CurlServers.hpp"
+#include "platform/curl/CurlTurns.hpp"
 
 #include <curl/curl.h>
 
@@ -20,6 +21,8 @@ public:
 
     bool isEmpty() const { return open_.empty(); }
 
+    CurlTurns& turns() { return turns_; }
+
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
     /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
     /// connection for a sign of life.
@@ -27,6 +30,7 @@ public:
 
 private:
     std::vector<curl_socket_t> open_;
+    CurlTurns turns_;
 };
 
 /// Watches over one exchange, so that its request leaves at most once and never over a connection that has ended.

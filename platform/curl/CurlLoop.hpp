@@ -145,6 +145,7 @@ private:
         bool mayForget = false;
         do {
             int running = 0;
+            sockets_.turns().begin();
             curl_multi_perform(multi_, &running);
             mayForget = servers_.share() && (std::exchange(hasBegun_, false) || running < alive);
             alive = running;

@@ -1,0 +1,81 @@
+#include "platform/curl/CurlUrlSession.hpp"
+#include "support/Answers.hpp"
+#include "support/Http2Frames.hpp"
+#include "support/TestTlsServer.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+/// Servers that would hold up a session for longer than a request may take.
+namespace kivo::platform {
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using After = TestReply::After;
+using Protocol = TestTlsServer::Protocol;
+using enum http2::Type;
+
+std::string answer() {
+    return http2::head("1") + http2::frame(data, http2::endStream, "a");
+}
+
+std::shared_ptr<UrlSession> sharingSession(const TestTlsServer& server) {
+    return makeCurlUrlSessions(server.certificateFile())->make({.responseLimit = 65'536});
+}
+
+/// As many copies of a frame as fill a TLS record.
+std::string recordOf(const std::string& frame) {
+    std::string record;
+    while (record.size() + frame.size() <= 16'000) {
+        record += frame;
+    }
+    return record;
+}
+
+TEST(CurlTurns, EndAConnectionWhoseServerSendsNothingButBusywork) {
+    constexpr std::uint8_t acknowledged = 1;
+    constexpr auto unknownType = static_cast<http2::Type>(0xfa);
+    const auto flooded = [](const std::string& frame) {
+        return TestReply{.bytes = http2::head(), .flood = recordOf(frame)};
+    };
+
+    const struct {
+        TestReply reply;
+        Protocol protocol = Protocol::http2;
+    } rows[] = {
+        {flooded(http2::frame(data, 0, ""))},
+        {flooded(http2::frame(windowUpdate, 0, http2::number(1), true))},
+        {flooded(http2::frame(ping, acknowledged, "12345678", true))},
+        {flooded(http2::frame(unknownType, 0, "", true))},
+        {{"", After::renewKeys}, Protocol::tls},
+    };
+
+    const auto certificate = simulator::CertificateAuthority{}.issue(
+        {.names = {"localhost"}, .keyType = simulator::KeyType::ec256, .flaw = simulator::CertificateFlaw::selfSigned});
+    TestTlsServer other{[](const auto&) { return reply(200, "other"); }, Protocol::tls, certificate};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        const auto usual = row.protocol == Protocol::http2 ? TestReply{answer()} : reply(200, "a");
+        std::atomic<int> count = 0;
+        TestTlsServer server{[&](const auto&) { return ++count == 1 ? row.reply : usual; }, row.protocol, certificate};
+        const auto session = sharingSession(server);
+        Answers answers;
+        session->dataTask({.url = server.url(), .timeout = 2s}, answers.completion());
+        ASSERT_TRUE(eventually([&] { return server.requests().size() == 1; }));
+        const auto start = Clock::now();
+        EXPECT_EQ(summary(exchange(*session, {.url = other.url()})), "200 other");
+        const auto entries = answers.wait();
+        EXPECT_LT(Clock::now() - start, 8s);
+        ASSERT_EQ(entries.size(), 1U);
+        // Where the server is too slow to keep the turn going, the request's own time ends the request.
+        EXPECT_THAT(summary(entries.front().outcome), testing::AnyOf("connectionLost", "timedOut"));
+        EXPECT_TRUE(eventually([&] {
+            return summary(exchange(*session, {.url = server.url(), .timeout = 2s})) == "200 a";
+        })) << "over another connection";
+    }
+}
+
+} // namespace
+} // namespace kivo::platform
