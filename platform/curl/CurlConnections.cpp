@@ -75,6 +75,14 @@ bool CurlSockets::hasEnded(std::string_view peer, int localPort, bool isSilent) 
     return false;
 }
 
+void CurlSockets::waitForBytes(int wake, std::chrono::milliseconds longest) const {
+    std::vector<pollfd> polled{{.fd = wake, .events = POLLIN, .revents = 0}};
+    for (const auto socket : open_) {
+        polled.push_back({.fd = socket, .events = POLLIN, .revents = 0});
+    }
+    ::poll(polled.data(), polled.size(), static_cast<int>(longest.count()));
+}
+
 void CurlSending::watch(CurlOptions& options) {
     options.set(CURLOPT_OPENSOCKETDATA, this);
     options.set(

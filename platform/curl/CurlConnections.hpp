@@ -28,6 +28,10 @@ public:
     /// connection for a sign of life.
     bool hasEnded(std::string_view peer, int localPort, bool isSilent) const;
 
+    /// Waits until a server has sent something, the descriptor `wake` can be read, or the time is up. A negative
+    /// descriptor is left out.
+    void waitForBytes(int wake, std::chrono::milliseconds longest) const;
+
 private:
     std::vector<curl_socket_t> open_;
     CurlTurns turns_;

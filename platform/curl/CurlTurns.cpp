@@ -6,10 +6,18 @@ void CurlTurns::watch(SSL* tls) {
     SSL_set_msg_callback_arg(tls, this);
     SSL_set_msg_callback(
         tls, +[](int isWritten, int, int type, const void*, std::size_t, SSL* connection, void* self) {
+            auto& turns = *static_cast<CurlTurns*>(self);
+            turns.noteProgress();
             if (isWritten == 0 && type == SSL3_RT_HEADER) {
-                static_cast<CurlTurns*>(self)->read(connection);
+                turns.read(connection);
             }
         });
+}
+
+void CurlTurns::begin() {
+    fruitless_ = hasProgress_ ? 0 : fruitless_ + 1;
+    hasProgress_ = false;
+    reading_ = nullptr;
 }
 
 void CurlTurns::read(SSL* tls) {

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 /// Servers that would hold up a session for longer than a request may take.
 namespace kivo::platform {
@@ -75,6 +76,42 @@ TEST(CurlTurns, EndAConnectionWhoseServerSendsNothingButBusywork) {
             return summary(exchange(*session, {.url = server.url(), .timeout = 2s})) == "200 a";
         })) << "over another connection";
     }
+}
+
+std::chrono::microseconds processorTime() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto in = [](const timeval& time) {
+        return std::chrono::seconds{time.tv_sec} + std::chrono::microseconds{time.tv_usec};
+    };
+    return in(usage.ru_utime) + in(usage.ru_stime);
+}
+
+TEST(CurlTurns, RestWhileTheServerAllowsNoByteOfABody) {
+    constexpr std::size_t moreThanAWindow = 200'000;
+    // The request that comes third allows the second the rest of its body.
+    const auto allow = http2::number(static_cast<std::uint32_t>(2 * moreThanAWindow));
+    const auto windows =
+        http2::frame(windowUpdate, 0, allow, true) + http2::onStream(http2::frame(windowUpdate, 0, allow), 3);
+    TestTlsServer server{[&](const std::string& request) {
+                             return TestReply{(request.size() < moreThanAWindow ? windows : "") + answer()};
+                         },
+                         Protocol::http2};
+    const auto session = sharingSession(server);
+    const UrlRequest upload{
+        .url = server.url(), .method = "POST", .body = std::string(moreThanAWindow, 'x'), .timeout = 1s};
+    const auto before = processorTime();
+    EXPECT_EQ(summary(exchange(*session, upload)), "timedOut");
+    EXPECT_LT(processorTime() - before, 500ms);
+
+    Answers answers;
+    auto longer = upload;
+    longer.timeout = 60s;
+    session->dataTask(longer, answers.completion());
+    EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+    ASSERT_EQ(answers.wait().size(), 1U);
+    EXPECT_EQ(summary(answers.seen().front().outcome), "200 a");
+    EXPECT_EQ(server.connections(), 1);
 }
 
 } // namespace
