@@ -2,11 +2,13 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -49,6 +51,14 @@ bool speaksHttp2(const SSL* tls) {
     return size == 2 && name[0] == 'h' && name[1] == '2';
 }
 
+/// Half of the request's time, so that a request that is lost with the network does not take the next request along. In
+/// less than two seconds, a few lost packets would end a good connection. After a minute, an exchange has stood still
+/// for as long as the longest exchanges may.
+std::chrono::milliseconds patienceFor(std::chrono::milliseconds timeout) {
+    using namespace std::chrono_literals;
+    return std::clamp<std::chrono::milliseconds>(timeout / 2, 2s, 60s);
+}
+
 } // namespace
 
 curl_socket_t CurlSockets::open(const curl_sockaddr& address) {
@@ -65,14 +75,15 @@ void CurlSockets::close(curl_socket_t socket) {
     ::close(socket);
 }
 
+void CurlSockets::limitSilence(std::string_view peer, int localPort, std::chrono::milliseconds patience) const {
+    const auto milliseconds = static_cast<unsigned int>(patience.count());
+    ::setsockopt(find(peer, localPort), IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds, sizeof milliseconds);
+}
+
 bool CurlSockets::hasEnded(std::string_view peer, int localPort, bool isSilent) const {
-    for (const auto socket : open_) {
-        if (portOf(addressFrom(::getsockname, socket)) == localPort && leadsTo(socket, peer)) {
-            pollfd one{.fd = socket, .events = POLLIN | POLLRDHUP, .revents = 0};
-            return ::poll(&one, 1, 0) > 0 && (isSilent || (one.revents & ~POLLIN) != 0);
-        }
-    }
-    return false;
+    // A negative descriptor is never ready.
+    pollfd one{.fd = find(peer, localPort), .events = POLLIN | POLLRDHUP, .revents = 0};
+    return ::poll(&one, 1, 0) > 0 && (isSilent || (one.revents & ~POLLIN) != 0);
 }
 
 void CurlSockets::waitForBytes(int wake, std::chrono::milliseconds longest) const {
@@ -81,6 +92,13 @@ void CurlSockets::waitForBytes(int wake, std::chrono::milliseconds longest) cons
         polled.push_back({.fd = socket, .events = POLLIN, .revents = 0});
     }
     ::poll(polled.data(), polled.size(), static_cast<int>(longest.count()));
+}
+
+curl_socket_t CurlSockets::find(std::string_view peer, int localPort) const {
+    const auto found = std::ranges::find_if(open_, [&](curl_socket_t socket) {
+        return portOf(addressFrom(::getsockname, socket)) == localPort && leadsTo(socket, peer);
+    });
+    return found == open_.end() ? CURL_SOCKET_BAD : *found;
 }
 
 void CurlSending::watch(CurlOptions& options) {
@@ -131,7 +149,9 @@ bool CurlSending::maySend(std::string_view peer, int localPort) {
     if (tls != nullptr) {
         sockets_.turns().watch(tls);
     }
-    if (!wouldRepeat_ && isReused) {
+    if (!isReused) {
+        sockets_.limitSilence(peer, localPort, patienceFor(timeout_));
+    } else if (!wouldRepeat_) {
         // On HTTP/2 the server may speak without being asked.
         isConnectionOver_ = sockets_.hasEnded(peer, localPort, !isHttp2);
     }

@@ -23,6 +23,11 @@ public:
 
     CurlTurns& turns() { return turns_; }
 
+    /// Ends the connection from `localPort` to `peer` when the server leaves bytes unconfirmed for `patience`.
+    /// Otherwise the kernel sends over a dead connection for a quarter of an hour, and so does every request that
+    /// shares it.
+    void limitSilence(std::string_view peer, int localPort, std::chrono::milliseconds patience) const;
+
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
     /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
     /// connection for a sign of life.
@@ -33,6 +38,9 @@ public:
     void waitForBytes(int wake, std::chrono::milliseconds longest) const;
 
 private:
+    /// The socket from `localPort` to `peer`; CURL_SOCKET_BAD for none.
+    curl_socket_t find(std::string_view peer, int localPort) const;
+
     std::vector<curl_socket_t> open_;
     CurlTurns turns_;
 };
@@ -43,8 +51,10 @@ private:
 /// then whether the server has read the request. The object must not move while the exchange runs. Engine's thread.
 class CurlSending {
 public:
-    CurlSending(CURL* easy, CurlSockets& sockets, CurlServer& server)
+    /// `timeout`: the time for the whole request.
+    CurlSending(CURL* easy, std::chrono::milliseconds timeout, CurlSockets& sockets, CurlServer& server)
         : easy_{easy}
+        , timeout_{timeout}
         , sockets_{sockets}
         , server_{&server} {
         server.begin(std::chrono::steady_clock::now());
@@ -81,6 +91,7 @@ private:
     }
 
     CURL* const easy_;
+    const std::chrono::milliseconds timeout_;
     CurlSockets& sockets_;
     /// Null once the exchange has ended.
     CurlServer* server_;

@@ -67,7 +67,7 @@ bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets, CurlServer& server)
     }
     easy_ = easy;
     const bool wantsFresh = endedConnections_ > (server.mayShare() && server.isConnected() ? 1 : 0);
-    sending_.emplace(easy, sockets, server);
+    sending_.emplace(easy, timeout_, sockets, server);
     detail_ = {};
     answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
     headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isOnOtherServer_);

@@ -1,13 +1,14 @@
 #include "platform/curl/CurlUrlSession.hpp"
 #include "support/Answers.hpp"
 #include "support/Http2Frames.hpp"
+#include "support/OwnNetwork.hpp"
 #include "support/TestTlsServer.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-/// Servers that would hold up a session for longer than a request may take.
+/// Servers and networks that would hold up a session for longer than a request may take.
 namespace kivo::platform {
 namespace {
 
@@ -112,6 +113,20 @@ TEST(CurlTurns, RestWhileTheServerAllowsNoByteOfABody) {
     ASSERT_EQ(answers.wait().size(), 1U);
     EXPECT_EQ(summary(answers.seen().front().outcome), "200 a");
     EXPECT_EQ(server.connections(), 1);
+}
+
+struct CurlNetwork : OwnNetwork {};
+
+TEST_F(CurlNetwork, LosesOneRequestOverAConnectionThatHasDied) {
+    TestTlsServer server{[](const auto&) { return TestReply{answer()}; }, Protocol::http2};
+    const auto session = sharingSession(server);
+    const UrlRequest request{.url = server.url(), .timeout = 4s};
+    ASSERT_EQ(summary(exchange(*session, request)), "200 a");
+    ip("link set lo down");
+    EXPECT_EQ(summary(exchange(*session, request)), "connectionLost");
+    ip("link set lo up");
+    EXPECT_EQ(summary(exchange(*session, request)), "200 a");
+    EXPECT_EQ(server.connections(), 2);
 }
 
 } // namespace
