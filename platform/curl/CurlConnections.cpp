@@ -2,11 +2,13 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -40,13 +42,21 @@ std::string hostOf(const sockaddr_storage& address) {
     return isKnown ? buffer.data() : "";
 }
 
-bool speaksHttp2(const curl_tlssessioninfo* tls) {
+bool speaksHttp2(const SSL* tls) {
     const unsigned char* name = nullptr;
     unsigned int size = 0;
-    if (tls != nullptr && tls->internals != nullptr) {
-        SSL_get0_alpn_selected(static_cast<const SSL*>(tls->internals), &name, &size);
+    if (tls != nullptr) {
+        SSL_get0_alpn_selected(tls, &name, &size);
     }
     return size == 2 && name[0] == 'h' && name[1] == '2';
+}
+
+/// Half of the request's time, so that a request that is lost with the network does not take the next request along. In
+/// less than two seconds, a few lost packets would end a good connection. After a minute, an exchange has stood still
+/// for as long as the longest exchanges may.
+std::chrono::milliseconds patienceFor(std::chrono::milliseconds timeout) {
+    using namespace std::chrono_literals;
+    return std::clamp<std::chrono::milliseconds>(timeout / 2, 2s, 60s);
 }
 
 } // namespace
@@ -65,18 +75,36 @@ void CurlSockets::close(curl_socket_t socket) {
     ::close(socket);
 }
 
+void CurlSockets::limitSilence(std::string_view peer, int localPort, std::chrono::milliseconds patience) {
+    const auto milliseconds = static_cast<unsigned int>(patience.count());
+    ::setsockopt(find(peer, localPort), IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds, sizeof milliseconds);
+}
+
 bool CurlSockets::hasEnded(std::string_view peer, int localPort, bool isSilent) {
+    // A negative descriptor is never ready.
+    pollfd one{.fd = find(peer, localPort), .events = POLLIN | POLLRDHUP, .revents = 0};
+    return ::poll(&one, 1, 0) > 0 && (isSilent || (one.revents & ~POLLIN) != 0);
+}
+
+void CurlSockets::waitForBytes(int wake, std::chrono::milliseconds longest) const {
+    std::vector<pollfd> polled{{.fd = wake, .events = POLLIN, .revents = 0}};
+    for (const auto& open : open_) {
+        polled.push_back({.fd = open.socket, .events = POLLIN, .revents = 0});
+    }
+    ::poll(polled.data(), polled.size(), static_cast<int>(longest.count()));
+}
+
+curl_socket_t CurlSockets::find(std::string_view peer, int localPort) {
     for (auto& open : open_) {
-        if (open.localPort == 0) {
+        if (open.peer.empty()) {
             open.localPort = portOf(addressFrom(::getsockname, open.socket));
             open.peer = hostOf(addressFrom(::getpeername, open.socket));
         }
         if (open.localPort == localPort && (open.peer.empty() || open.peer == peer)) {
-            pollfd one{.fd = open.socket, .events = POLLIN | POLLRDHUP, .revents = 0};
-            return ::poll(&one, 1, 0) > 0 && (isSilent || (one.revents & ~POLLIN) != 0);
+            return open.socket;
         }
     }
-    return false;
+    return CURL_SOCKET_BAD;
 }
 
 void CurlSending::watch(CurlOptions& options) {
@@ -121,8 +149,15 @@ bool CurlSending::mayConnect() {
 bool CurlSending::maySend(std::string_view peer, int localPort) {
     wouldRepeat_ = wouldRepeat_ || hasLeft();
     const bool isReused = info<long>(CURLINFO_NUM_CONNECTS) == 0;
-    const bool isHttp2 = speaksHttp2(info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR));
-    if (!wouldRepeat_ && isReused) {
+    const auto* const session = info<curl_tlssessioninfo*>(CURLINFO_TLS_SSL_PTR);
+    auto* const tls = session != nullptr ? static_cast<SSL*>(session->internals) : nullptr;
+    const bool isHttp2 = speaksHttp2(tls);
+    if (tls != nullptr) {
+        sockets_.turns().watch(tls);
+    }
+    if (!isReused) {
+        sockets_.limitSilence(peer, localPort, patienceFor(timeout_));
+    } else if (!wouldRepeat_) {
         // On HTTP/2 the server may speak without being asked.
         isConnectionOver_ = sockets_.hasEnded(peer, localPort, !isHttp2);
     }

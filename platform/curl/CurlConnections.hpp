@@ -2,6 +2,7 @@
 
 #include "platform/curl/CurlHandles.hpp"
 #include "platform/curl/CurlServers.hpp"
+#include "platform/curl/CurlTurns.hpp"
 
 #include <curl/curl.h>
 
@@ -21,20 +22,35 @@ public:
 
     bool isEmpty() const { return open_.empty(); }
 
+    CurlTurns& turns() { return turns_; }
+
+    /// Ends the connection from `localPort` to `peer` when the server leaves bytes unconfirmed for `patience`.
+    /// Otherwise the kernel sends over a dead connection for a quarter of an hour, and so does every request that
+    /// shares it.
+    void limitSilence(std::string_view peer, int localPort, std::chrono::milliseconds patience);
+
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the
     /// server sends unasked counts as the end as well. libcurl notices neither: libcurl takes the alert that closes a
     /// connection for a sign of life.
     bool hasEnded(std::string_view peer, int localPort, bool isSilent);
 
+    /// Waits until a server has sent something, the descriptor `wake` can be read, or the time is up. A negative
+    /// descriptor is left out.
+    void waitForBytes(int wake, std::chrono::milliseconds longest) const;
+
 private:
     struct Open {
         curl_socket_t socket;
-        /// Read when the connection is used again, and 0 before.
-        int localPort = 0;
+        /// Where the connection leads, read when the connection is first looked for. Empty without a connection.
         std::string peer{};
+        int localPort = 0;
     };
 
+    /// The socket from `localPort` to `peer`; CURL_SOCKET_BAD for none.
+    curl_socket_t find(std::string_view peer, int localPort);
+
     std::vector<Open> open_;
+    CurlTurns turns_;
 };
 
 /// Watches over one exchange, so that its request leaves at most once and never over a connection that has ended.
@@ -43,8 +59,10 @@ private:
 /// then whether the server has read the request. The object must not move while the exchange runs. Engine's thread.
 class CurlSending {
 public:
-    CurlSending(CURL* easy, CurlSockets& sockets, CurlServer& server)
+    /// `timeout`: the time for the whole request.
+    CurlSending(CURL* easy, std::chrono::milliseconds timeout, CurlSockets& sockets, CurlServer& server)
         : easy_{easy}
+        , timeout_{timeout}
         , sockets_{sockets}
         , server_{&server} {
         server.begin(std::chrono::steady_clock::now());
@@ -81,6 +99,7 @@ private:
     }
 
     CURL* const easy_;
+    const std::chrono::milliseconds timeout_;
     CurlSockets& sockets_;
     /// Null once the exchange has ended.
     CurlServer* server_;

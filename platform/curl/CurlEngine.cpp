@@ -49,6 +49,12 @@ void CurlEngine::cancel(std::shared_ptr<CurlTransfer> transfer) {
     order({Command::What::cancel, std::move(transfer)});
 }
 
+void CurlEngine::goOn(std::shared_ptr<CurlTransfer> transfer) {
+    order({Command::What::goOn, std::move(transfer)});
+    // The thread carries no command out in holdUntil(), so an earlier command may have used up its wake-up.
+    threads_.wake();
+}
+
 void CurlEngine::forgetCookies() {
     // Outlives the lock: without transfers that use the jar, the jar is destroyed here.
     std::shared_ptr<const CookieJar> former;
@@ -65,7 +71,7 @@ void CurlEngine::order(Command command) {
     }
     // The thread takes all commands at once, so the first has woken it for the others.
     if (isFirst) {
-        wake();
+        threads_.wake();
     }
 }
 

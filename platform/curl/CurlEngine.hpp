@@ -47,17 +47,17 @@ public:
     /// Ends a transfer whose `isCancelled()` is true.
     void cancel(std::shared_ptr<CurlTransfer> transfer);
 
+    /// Goes on with a transfer whose delegate has given the verdict.
+    void goOn(std::shared_ptr<CurlTransfer> transfer);
+
     /// Gives the transfers added from now on an empty cookie jar; earlier transfers keep their jar.
     void forgetCookies();
 
     void stop() override;
 
-    /// Waits, on the driving thread inside a handshake, until `decided()` is true. `wake()` makes the thread ask
-    /// again. False when the deadline passes first or the engine is to end, and at once on the callback thread.
+    /// Waits, on the driving thread inside a handshake, until `decided()` is true. `goOn()` makes the thread
+    /// ask again. False when the deadline passes first or the engine is to end, and at once on the callback thread.
     bool holdUntil(const std::function<bool()>& decided, std::chrono::steady_clock::time_point deadline);
-
-    /// Makes a thread look at all transfers again.
-    void wake() { threads_.wake(); }
 
     /// Puts `block` on the session's callback queue. For the driving thread.
     void callBack(std::function<void()> block);
@@ -80,7 +80,7 @@ private:
     bool isStopping();
 
     struct Command {
-        enum class What { add, cancel };
+        enum class What { add, cancel, goOn };
 
         What what;
         std::shared_ptr<CurlTransfer> transfer;

@@ -86,6 +86,9 @@ private:
             case Command::What::cancel:
                 finishCancelled(std::move(transfer));
                 break;
+            case Command::What::goOn:
+                waiting_.goOn(*transfer);
+                break;
             }
         }
         commands_.list.clear();
@@ -142,6 +145,7 @@ private:
         bool mayForget = false;
         do {
             int running = 0;
+            sockets_.turns().begin();
             curl_multi_perform(multi_, &running);
             mayForget = servers_.share() && (std::exchange(hasBegun_, false) || running < alive);
             alive = running;
@@ -167,6 +171,7 @@ private:
                 further.push_back(std::move(ended.transfer));
             }
             handles_.giveBack(std::move(ended.easy));
+            sockets_.turns().noteProgress();
         }
         // The first comes to the front last.
         for (auto& transfer : std::views::reverse(further)) {
@@ -198,8 +203,13 @@ private:
     bool waitForWork() {
         curl_waitfd wake{engine_.wakeDescriptor_, CURL_WAIT_POLLIN, 0};
         const bool isBlind = engine_.wakeDescriptor_ < 0;
-        const auto longest = isBlind ? blindPollMs : longPollMs;
-        curl_multi_poll(multi_, &wake, isBlind ? 0 : 1, std::min(longest, patienceMs()), nullptr);
+        auto longest = std::min(isBlind ? blindPollMs : longPollMs, patienceMs());
+        if (sockets_.turns().areFruitless()) {
+            sockets_.waitForBytes(engine_.wakeDescriptor_,
+                                  std::min(CurlTurns::rest, std::chrono::milliseconds{longest}));
+            longest = 0;
+        }
+        curl_multi_poll(multi_, &wake, isBlind ? 0 : 1, longest, nullptr);
         std::uint64_t count = 0;
         return isBlind || (wake.revents != 0 && ::read(engine_.wakeDescriptor_, &count, sizeof count) > 0);
     }

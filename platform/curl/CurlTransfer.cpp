@@ -67,7 +67,7 @@ bool CurlTransfer::prepare(CURL* easy, CurlSockets& sockets, CurlServer& server)
     }
     easy_ = easy;
     const bool wantsFresh = endedConnections_ > (server.mayShare() && server.isConnected() ? 1 : 0);
-    sending_.emplace(easy, sockets, server);
+    sending_.emplace(easy, timeout_, sockets, server);
     detail_ = {};
     answer_ = HttpAnswer{limits_, request_.method == "HEAD" && !carriesBody_};
     headerLines_.emplace(settings_->configuration.headers, request_.headers, carriesBody_, isOnOtherServer_);
@@ -169,9 +169,10 @@ bool CurlTransfer::accepts(std::vector<Data> chain) {
     }
     if (!judged_ || judged_->chain != chain) {
         judged_ = std::make_shared<const ServerTrust>(destination_->host, std::move(chain));
-        challenge_ = std::make_shared<TrustChallenge>([weak = engine_] {
-            if (const auto waiting = weak.lock()) {
-                waiting->wake();
+        challenge_ = std::make_shared<TrustChallenge>([weak = engine_, self = weak_from_this()] {
+            const auto waiting = weak.lock();
+            if (auto transfer = self.lock(); waiting && transfer) {
+                waiting->goOn(std::move(transfer));
             }
         });
         engine->callBack([settings = settings_, challenge = challenge_, trust = judged_] {

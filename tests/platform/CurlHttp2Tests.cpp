@@ -147,11 +147,55 @@ TEST(CurlHttp2, FailsWhatAFaultHitsOnceAndNothingElse) {
     }
 }
 
-/// Leaves the first question about a server open and answers yes to all others.
+TEST(CurlHttp2, GivesUpOneOfManyRequestsAlone) {
+    const std::string rows[] = {"", http2::head(), http2::head("6") + http2::frame(data, 0, "ab")};
+    for (const auto& begun : rows) {
+        SCOPED_TRACE(&begun - rows);
+        std::atomic<int> count = 0;
+        const auto serve = [&](const auto&) {
+            switch (++count) {
+            case 2:
+                return TestReply{begun};
+            case 3:
+            case 4:
+                return TestReply{""};
+            case 5:
+                // The request that was given up is answered all the same, between the others.
+                return TestReply{http2::onStream(answer("b"), streamOf(3)) +
+                                 http2::onStream(answer("late"), streamOf(2)) +
+                                 http2::onStream(answer("c"), streamOf(4)) + answer("d")};
+            default:
+                return TestReply{answer()};
+            }
+        };
+        TestTlsServer server{serve, Protocol::http2};
+        const auto session = sharingSession(server);
+        ASSERT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+        std::vector<Answers> answers(4);
+        const auto givenUp = session->dataTask({.url = server.url()}, answers[0].completion());
+        session->dataTask({.url = server.url()}, answers[1].completion());
+        session->dataTask({.url = server.url()}, answers[2].completion());
+        ASSERT_TRUE(eventually([&] { return server.requests().size() == 4; }));
+        givenUp->cancel();
+        ASSERT_EQ(answers[0].wait().size(), 1U);
+        EXPECT_TRUE(answers[1].seen().empty());
+        session->dataTask({.url = server.url()}, answers[3].completion());
+        const std::string seen[] = {"cancelled", "200 b", "200 c", "200 d"};
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            const auto entries = answers[i].wait();
+            ASSERT_EQ(entries.size(), 1U) << i;
+            EXPECT_EQ(summary(entries.front().outcome), seen[i]);
+        }
+        EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+        EXPECT_EQ(server.connections(), 1);
+    }
+}
+
+/// Leaves the first three questions about a server open and answers yes to all others.
 struct SlowJudge final : UrlSessionDelegate {
     void didReceiveChallenge(const ServerTrust*, std::function<void(AuthChallengeDisposition)> answer) override {
-        if (++questions == 1) {
-            open = std::move(answer);
+        if (++questions <= 3) {
+            open.push_back(std::move(answer));
         } else {
             answer(AuthChallengeDisposition::useCredential);
         }
@@ -161,22 +205,35 @@ struct SlowJudge final : UrlSessionDelegate {
 
     void didSendBodyData(const std::shared_ptr<UrlSessionTask>&, std::uint64_t, std::uint64_t) override {}
 
-    std::function<void(AuthChallengeDisposition)> open;
+    std::vector<std::function<void(AuthChallengeDisposition)>> open;
     std::atomic<int> questions = 0;
 };
 
-TEST(CurlHttp2, GoesPastARequestWhoseServerIsStillJudged) {
+TEST(CurlHttp2, GoesPastRequestsWhoseServerIsStillJudged) {
     TestTlsServer server{[](const auto&) { return TestReply{answer()}; }, Protocol::http2};
     const auto judge = std::make_shared<SlowJudge>();
     const auto session = makeCurlUrlSessions("/nonexistent")->make({.responseLimit = limit}, judge);
-    Answers first;
-    session->dataTask({.url = server.url()}, first.completion());
+    std::vector<Answers> judged(3);
+    std::vector<std::shared_ptr<UrlSessionTask>> tasks;
+    for (auto& one : judged) {
+        // Only the time of the last ends before its server is judged.
+        const auto timeout = tasks.size() == 2 ? 1s : 60s;
+        tasks.push_back(session->dataTask({.url = server.url(), .timeout = timeout}, one.completion()));
+        ASSERT_TRUE(eventually([&] { return judge->questions == std::ssize(tasks); }));
+    }
     EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
-    EXPECT_TRUE(first.seen().empty());
-    judge->open(AuthChallengeDisposition::useCredential);
-    ASSERT_EQ(first.wait().size(), 1U);
-    EXPECT_EQ(summary(first.seen().front().outcome), "200 a");
-    EXPECT_EQ(server.requests().size(), 2U);
+    EXPECT_TRUE(judged[0].seen().empty());
+    judge->open[0](AuthChallengeDisposition::useCredential);
+    tasks[1]->cancel();
+    const std::string seen[] = {"200 a", "cancelled", "timedOut"};
+    for (std::size_t i = 0; i < judged.size(); ++i) {
+        const auto entries = judged[i].wait();
+        ASSERT_EQ(entries.size(), 1U) << i;
+        EXPECT_EQ(summary(entries.front().outcome), seen[i]);
+    }
+    judge->open[1](AuthChallengeDisposition::useCredential);
+    EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 a");
+    EXPECT_EQ(server.requests().size(), 3U);
 }
 
 struct CurlServerRoom : testing::Test {

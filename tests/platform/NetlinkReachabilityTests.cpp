@@ -1,10 +1,9 @@
 #include "platform/linux/LinuxParts.hpp"
 #include "support/Answers.hpp"
+#include "support/OwnNetwork.hpp"
 #include "support/Program.hpp"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,30 +24,8 @@ struct ImmediateQueue final : DispatchQueue {
     void async(std::function<void()> block) override { block(); }
 };
 
-/// Has a network of its own, with nothing but a loopback interface, which begins down.
-class NetlinkReachabilityTest : public testing::Test {
+class NetlinkReachabilityTest : public test::OwnNetwork {
 protected:
-    void SetUp() override {
-        setenv("PATH", (std::string{std::getenv("PATH")} + ":/usr/sbin:/sbin").c_str(), 1);
-        home = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
-        if (unshare(CLONE_NEWNET) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0) {
-            GTEST_SKIP() << "This user may not make a network namespace";
-        }
-        if (std::system("ip link show lo >/dev/null 2>&1") != 0) {
-            GTEST_SKIP() << "The program ip is not installed";
-        }
-        ip("link set lo up");
-    }
-
-    void TearDown() override {
-        setns(home, CLONE_NEWNET);
-        close(home);
-    }
-
-    static void ip(const std::string& arguments) {
-        ASSERT_EQ(std::system(("ip " + arguments).c_str()), 0) << arguments;
-    }
-
     ReachabilityService::Ref watched(const std::shared_ptr<DispatchQueue>& queue) {
         auto target = service->SCNetworkReachabilityCreateWithAddress({});
         const auto tell = [add = told.completion()](const auto&, std::uint32_t flags, const auto&) { add(flags); };
@@ -64,7 +41,6 @@ protected:
         });
     }
 
-    int home = -1;
     std::shared_ptr<ReachabilityService> service = makeNetlinkReachability();
     test::Collected<std::uint32_t> told;
 };

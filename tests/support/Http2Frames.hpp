@@ -10,7 +10,15 @@
 /// As much of HTTP/2 (RFC 9113) as a server needs that leaves every frame to its test.
 namespace kivo::test::http2 {
 
-enum class Type : std::uint8_t { data = 0, headers = 1, resetStream = 3, settings = 4, goAway = 7 };
+enum class Type : std::uint8_t {
+    data = 0,
+    headers = 1,
+    resetStream = 3,
+    settings = 4,
+    ping = 6,
+    goAway = 7,
+    windowUpdate = 8
+};
 
 inline constexpr std::uint8_t endStream = 1;
 inline constexpr std::uint8_t endHeaders = 4;

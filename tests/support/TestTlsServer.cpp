@@ -82,6 +82,9 @@ public:
             SSL_set_quiet_shutdown(ssl_, 0);
             SSL_shutdown(ssl_);
             SSL_set_quiet_shutdown(ssl_, 1);
+        } else if (how == TestReply::After::renewKeys) {
+            while (SSL_key_update(ssl_, SSL_KEY_UPDATE_NOT_REQUESTED) == 1 && SSL_do_handshake(ssl_) == 1) {
+            }
         }
     }
 
@@ -196,7 +199,10 @@ bool TestTlsServer::answer(Connection& connection, const std::string& request, s
         requests_.push_back(request);
     }
     const auto reply = handler_(request);
-    if (!connection.write(http2Stream == 0 ? reply.bytes : http2::onStream(reply.bytes, http2Stream))) {
+    const auto onWire = [&](const std::string& bytes) {
+        return http2Stream == 0 ? bytes : http2::onStream(bytes, http2Stream);
+    };
+    if (!connection.write(onWire(reply.bytes))) {
         return false;
     }
     if (reply.renegotiates) {
@@ -207,6 +213,11 @@ bool TestTlsServer::answer(Connection& connection, const std::string& request, s
         if (!connection.write(std::string_view{filler}.substr(0, left))) {
             return false;
         }
+    }
+    if (const auto flood = onWire(reply.flood); !flood.empty()) {
+        while (connection.write(flood)) {
+        }
+        return false;
     }
     connection.end(reply.after);
     return reply.after == TestReply::After::keepOpen;

@@ -21,16 +21,20 @@ struct bio_st;
 
 namespace kivo::test {
 
-/// What the server does with a request: bytes as they go on the wire, then filler bytes, then what comes after.
+/// What the server does with a request: bytes as they go on the wire, then filler bytes, then a flood, then what comes
+/// after.
 struct TestReply {
-    /// `close` says goodbye first, `cut` only ends the connection.
-    enum class After { keepOpen, close, cut, reset, hold };
+    /// `close` says goodbye first, `cut` only ends the connection. `renewKeys` sends new keys (TLS 1.3) over and over,
+    /// until the client ends the connection.
+    enum class After { keepOpen, close, cut, reset, hold, renewKeys };
 
     std::string bytes;
     After after = After::keepOpen;
     std::uint64_t filler = 0;
     /// Whether the server wants another handshake ahead of the filler.
     bool renegotiates = false;
+    /// Frames that the server sends over and over, until the client ends the connection.
+    std::string flood{};
 };
 
 /// A complete answer with its Content-Length.

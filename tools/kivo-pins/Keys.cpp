@@ -217,6 +217,8 @@ public:
 
     bool judgesServerTrust() const override { return true; }
 
+    bool followsUploads() const override { return false; }
+
     void didSendBodyData(const std::shared_ptr<platform::UrlSessionTask>& /*task*/, std::uint64_t /*sent*/,
                          std::uint64_t /*expected*/) override {}
 

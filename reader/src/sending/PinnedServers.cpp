@@ -26,6 +26,8 @@ public:
 
     bool judgesServerTrust() const override { return true; }
 
+    bool followsUploads() const override { return false; }
+
     void didReceiveChallenge(const platform::ServerTrust* server,
                              std::function<void(platform::AuthChallengeDisposition)> completionHandler) override {
         using enum platform::AuthChallengeDisposition;
