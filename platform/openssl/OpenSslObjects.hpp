@@ -1,5 +1,6 @@
 #pragma once
 
+#include <openssl/err.h>
 #include <openssl/x509.h>
 
 #include <memory>
@@ -19,6 +20,17 @@ struct OpenSslFree {
 
 using X509Pointer = std::unique_ptr<X509, OpenSslFree<X509_free>>;
 using KeyPointer = std::unique_ptr<EVP_PKEY, OpenSslFree<EVP_PKEY_free>>;
+
+/// Takes the errors that OpenSSL adds during the scope out of the thread's list, and leaves the errors of the host.
+class OpenSslErrors {
+public:
+    OpenSslErrors() { ERR_set_mark(); }
+
+    OpenSslErrors(const OpenSslErrors&) = delete;
+    OpenSslErrors& operator=(const OpenSslErrors&) = delete;
+
+    ~OpenSslErrors() { ERR_pop_to_mark(); }
+};
 
 /// The certificate in these bytes (DER), or null.
 inline X509Pointer certificateIn(std::string_view der) {

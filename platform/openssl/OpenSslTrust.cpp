@@ -3,7 +3,6 @@
 #include "platform/openssl/OpenSslObjects.hpp"
 
 #include <openssl/core_names.h>
-#include <openssl/err.h>
 #include <openssl/x509v3.h>
 
 #include <algorithm>
@@ -46,18 +45,17 @@ bool namesHost(X509& certificate, const std::string& host) {
 class OpenSslTrust final : public Trust {
 public:
     std::optional<std::string> externalPublicKey(std::string_view certificate) const override {
+        const OpenSslErrors errors;
         const auto parsed = certificateIn(certificate);
         const auto* const key = parsed ? X509_get0_pubkey(parsed.get()) : nullptr;
-        auto form = key != nullptr ? externalForm(*key) : std::nullopt;
-        ERR_clear_error();
-        return form;
+        return key != nullptr ? externalForm(*key) : std::nullopt;
     }
 
     std::optional<CertificateValidity> validity(std::string_view certificate, const std::string& host) const override {
+        const OpenSslErrors errors;
         const auto parsed = certificateIn(certificate);
         const auto from = parsed ? timeOf(X509_get0_notBefore(parsed.get())) : std::nullopt;
         const auto until = parsed ? timeOf(X509_get0_notAfter(parsed.get())) : std::nullopt;
-        ERR_clear_error();
         if (!from || !until) {
             return std::nullopt;
         }
@@ -104,6 +102,8 @@ std::optional<std::string> externalForm(const EVP_PKEY& key) {
 }
 
 std::vector<X509*> linkedChain(X509* leaf, const STACK_OF(X509) * presented) {
+    // A signature that did not fit is no error of the connection.
+    const OpenSslErrors errors;
     std::vector<X509*> chain{leaf};
     bool isComplete = false;
     while (!isComplete && chain.size() < longestChain) {
@@ -118,8 +118,6 @@ std::vector<X509*> linkedChain(X509* leaf, const STACK_OF(X509) * presented) {
             }
         }
     }
-    // A signature that did not fit is no error of the connection.
-    ERR_clear_error();
     return chain;
 }
 

@@ -25,8 +25,9 @@ std::shared_ptr<Reachability> makeMonitor() {
     return monitor ? *monitor : nullptr;
 }
 
-void warnWhenNear(std::chrono::year_month_day date, SDKEnv environment, std::string_view certificate) {
-    const long days = daysUntil(date, std::chrono::system_clock::now());
+void warnWhenNear(std::chrono::year_month_day date, std::chrono::system_clock::time_point now, SDKEnv environment,
+                  std::string_view certificate) {
+    const long days = daysUntil(date, now);
     if (days < warnBelowDays) {
         log::print("****" + std::to_string(days) + "**** Days left until " +
                    std::string{SDKEnvHelper::environmentName(environment)} + " Server " + std::string{certificate} +
@@ -150,16 +151,17 @@ std::string CommunicationSecurityManager::networkType() const {
     return monitor ? std::string{monitor->currentReachabilityString()} : std::string{};
 }
 
-CertificateExpiryDates CommunicationSecurityManager::certificateExpiryDates(bool warn) const {
+CertificateExpiryDates CommunicationSecurityManager::certificateExpiryDates(
+    std::optional<std::chrono::system_clock::time_point> warnAt) const {
     const auto environment = [this] {
         const std::scoped_lock lock{mutex_};
         return sdkEnvironment_;
     }();
     const auto dates = environment ? certificateDatesOf(*environment) : std::nullopt;
     if (dates) {
-        if (warn) {
-            warnWhenNear(dates->leaf, *environment, "Leaf");
-            warnWhenNear(dates->intermediate, *environment, "Intermediate");
+        if (warnAt) {
+            warnWhenNear(dates->leaf, *warnAt, *environment, "Leaf");
+            warnWhenNear(dates->intermediate, *warnAt, *environment, "Intermediate");
         }
         return {.leaf = monthDayYear(dates->leaf), .intermediate = monthDayYear(dates->intermediate)};
     }

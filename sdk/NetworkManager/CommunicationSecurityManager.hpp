@@ -9,6 +9,7 @@
 #include <kivo/platform/NotificationCenter.hpp>
 #include <kivo/platform/UrlSession.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -63,8 +64,10 @@ public:
     /// The kind of connection in words, such as "WiFi"; empty without a monitor.
     std::string networkType() const;
 
-    /// The certificates' dates for the current environment. With `warn`, also prints a line for each near date.
-    CertificateExpiryDates certificateExpiryDates(bool warn) const;
+    /// The certificates' dates for the current environment. With `warnAt`, also prints a line for each date that is
+    /// near at that time.
+    CertificateExpiryDates
+    certificateExpiryDates(std::optional<std::chrono::system_clock::time_point> warnAt = std::nullopt) const;
 
     /// Counts an attempt that has been made, and tells the session how many remain.
     void updateRetryCountLimitOnServer(const ActivationResponse* activationSession);

@@ -57,7 +57,7 @@ void requireSpecimen(Json document) {
 
 DocumentProxy::DocumentProxy(const IdentityServiceConfiguration& configuration)
     : key_{configuration.documentEncryption}
-    , check_{configuration.countries} {}
+    , check_{configuration.countries, configuration.wallClock} {}
 
 std::string DocumentProxy::receive(const std::string& session, const ServiceRequest& request) {
     if (request.accessKey != sessionAccessKey) {

@@ -1,7 +1,9 @@
 """The control interface, held against openapi.json."""
+import contextlib
 import gzip
 import http.client
 import json
+import re
 import socket
 import ssl
 import time
@@ -141,6 +143,58 @@ def test_bounds_a_body_without_a_length(simulator):
         connection = simulator.service()
         connection.request("POST", "/enrol/join.html", packed, {"Content-Encoding": "gzip"})
         connection.getresponse()
+
+
+def memory(simulator):
+    """The most memory that the program has had so far, in bytes."""
+    with open(f"/proc/{simulator.process.pid}/status", encoding="utf-8") as file:
+        return int(re.search(r"VmHWM:\s+(\d+) kB", file.read())[1]) * 1024
+
+
+CHUNKED = "Content-Type: application/json\r\nTransfer-Encoding: chunked\r\n\r\n"
+PARTS = "Content-Type: multipart/form-data; boundary=x\r\n"
+LONG = "Content-Length: 1000000000\r\n\r\n"
+PACKED = gzip.compress(b"--x\r\nA: " + b"a" * (100 << 20), 1)
+
+
+@pytest.mark.parametrize("begin, endless", [
+    pytest.param("GET /", b"x" * 65536, id="address"),
+    pytest.param("GET /faults HTTP/1.1\r\nA: ", b"x" * 65536, id="header"),
+    pytest.param("GET /faults HTTP/1.1\r\n", b"A: x\r\n" * 10000, id="headers"),
+    pytest.param(f"POST /codes HTTP/1.1\r\n{CHUNKED}", b"0" * 65536, id="size of a chunk"),
+    pytest.param(f"POST /codes HTTP/1.1\r\n{CHUNKED}0\r\nA: ", b"x" * 65536, id="trailer"),
+    pytest.param(f"POST /codes HTTP/1.1\r\n{PARTS}{LONG}--x\r\nA: ", b"x" * 65536, id="header of a part"),
+    pytest.param(f"POST /codes HTTP/1.1\r\n{PARTS}Content-Encoding: gzip\r\n{LONG}", PACKED, id="packed part"),
+    pytest.param(f"PRI /codes HTTP/1.1\r\n{LONG}", b"x" * 65536, id="body"),
+    pytest.param(f"PRI /codes HTTP/1.1\r\nContent-Encoding: gzip\r\n{LONG}", PACKED, id="packed body"),
+])
+def test_ends_a_request_without_an_end_before_memory_does(simulator, begin, endless):
+    before = memory(simulator)
+    with socket.create_connection(("127.0.0.1", int(simulator.control.split(":")[1])), timeout=30) as peer:
+        with contextlib.suppress(OSError):
+            peer.sendall(begin.encode())
+            for _ in range((160 << 20) // len(endless)):
+                peer.sendall(endless)
+            while peer.recv(65536):
+                pass
+    simulator.ask("GET", "/codes")
+    assert memory(simulator) - before < 64 << 20
+
+
+def test_ends_a_request_that_never_ends(simulator):
+    began = time.monotonic()
+    with socket.create_connection(("127.0.0.1", int(simulator.control.split(":")[1])), timeout=0.5) as peer:
+        peer.sendall(b"GET /faults HTTP/1.1\r\n")
+        while time.monotonic() < began + 60:
+            try:
+                peer.sendall(b"A: x\r\n")
+                if not peer.recv(65536):
+                    break
+            except TimeoutError:
+                pass
+            except OSError:
+                break
+    assert time.monotonic() < began + 30
 
 
 def test_tells_what_happens_as_it_happens(simulator):

@@ -9,6 +9,10 @@
 #include <openssl/evp.h>
 #include <openssl/x509.h>
 
+#include <atomic>
+#include <chrono>
+#include <functional>
+
 namespace kivo::simulator {
 namespace {
 
@@ -43,8 +47,10 @@ Json documentOf(const Passport& passport, const char* type = "passport") {
 /// A service with an open session, to which a reader sends.
 class SimulatedDocumentProxy : public test::HostFixture {
 protected:
+    using Time = std::chrono::system_clock::time_point;
+
     explicit SimulatedDocumentProxy(DocumentEncryption encryption = DocumentEncryption::none)
-        : HostFixture{with(encryption)} {
+        : HostFixture{with(encryption, [this] { return now_.load(); })} {
         join(*KivoSDK::load("KEY", "18"));
     }
 
@@ -64,11 +70,15 @@ protected:
         return isTaken ? "" : violations.back();
     }
 
-    static IdentityServiceConfiguration with(DocumentEncryption encryption) {
+    static IdentityServiceConfiguration with(DocumentEncryption encryption, std::function<Time()> clock) {
         IdentityServiceConfiguration configuration;
         configuration.documentEncryption = encryption;
+        configuration.wallClock = std::move(clock);
         return configuration;
     }
+
+    /// The proxy's time.
+    std::atomic<Time> now_ = std::chrono::system_clock::now();
 
     std::shared_ptr<platform::UrlSession> urlSession_ = services.urlSessions->make({});
 };
@@ -90,6 +100,31 @@ TEST_F(SimulatedDocumentProxy, TakesWhatItsCountrySignedAndNothingElse) {
         passport.setFault(row.fault);
         EXPECT_THAT(violationOf(documentOf(passport)), HasSubstr(row.violation));
     }
+}
+
+TEST_F(SimulatedDocumentProxy, JudgesDatesByItsOwnClock) {
+    const auto today = now_.load();
+    const Passport passport;
+    const Passport revoked{{.fault = ChipFault::revokedSigner()}};
+
+    const struct {
+        std::chrono::days later;
+        const char* violation;
+    } rows[] = {
+        {std::chrono::days{-29}, ""},
+        {std::chrono::days{9 * 365}, ""},
+        {std::chrono::days{-31}, "not yet valid"},
+        {std::chrono::days{10 * 365 + 1}, "expired"},
+    };
+
+    for (const auto& row : rows) {
+        now_ = today + row.later;
+        const auto violation = violationOf(documentOf(passport));
+        EXPECT_THAT(violation, HasSubstr(row.violation)) << row.later;
+        EXPECT_EQ(violation.empty(), std::string_view{row.violation}.empty()) << violation;
+    }
+    now_ = today + std::chrono::days{9 * 365};
+    EXPECT_THAT(violationOf(documentOf(revoked)), HasSubstr("revoked"));
 }
 
 TEST_F(SimulatedDocumentProxy, KnowsEveryFormatDigestAndSignature) {

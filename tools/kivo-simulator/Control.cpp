@@ -1,8 +1,7 @@
 #include "Control.hpp"
 
+#include "BoundedServer.hpp"
 #include "LoopbackServer.hpp"
-
-#include <httplib.h>
 
 #include <algorithm>
 #include <array>
@@ -22,7 +21,7 @@ using namespace std::chrono_literals;
 constexpr auto loopback = "127.0.0.1";
 constexpr std::size_t largestBody = std::size_t{64} * 1024;
 /// The bytes that are read of a body beyond the bound, so that the client receives the refusal and no reset.
-constexpr std::size_t mostDiscarded = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t mostDiscarded = BoundedServer::mostOfBody;
 constexpr int mostListeners = 8;
 /// Each listener keeps a thread.
 constexpr std::size_t threads = mostListeners + 16;
@@ -44,7 +43,7 @@ void send(const Answer& answer, httplib::Response& response) {
 }
 
 /// Reads a body to its end; absent when it is longer than the bound.
-std::optional<std::string> bodyOf(const httplib::Request& request, const httplib::ContentReader& reader) {
+std::optional<std::string> bodyOf(const httplib::ContentReader& reader) {
     std::string body;
     std::size_t size = 0;
     const auto take = [&](const char* data, std::size_t length) {
@@ -54,11 +53,7 @@ std::optional<std::string> bodyOf(const httplib::Request& request, const httplib
         }
         return size <= mostDiscarded;
     };
-    if (request.is_multipart_form_data()) { // which the library hands over in parts only
-        reader([](const httplib::MultipartFormData&) { return true; }, take);
-    } else {
-        reader(take);
-    }
+    reader(take);
     return size <= largestBody ? std::optional{std::move(body)} : std::nullopt;
 }
 
@@ -75,10 +70,6 @@ public:
         : interface_{interface}
         , events_{events} {
         http_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
-        // Each connection serves one request, so the rest of a refused request is never taken for a request.
-        http_.set_keep_alive_max_count(1);
-        http_.set_read_timeout(5s);
-        http_.set_write_timeout(10s);
         // The bound is `bodyOf`'s, which also knows bodies without a length.
         http_.set_payload_max_length(std::numeric_limits<std::size_t>::max());
         http_.set_default_headers({headers.begin(), headers.end()});
@@ -89,9 +80,7 @@ public:
             }
         });
         const auto handle = [this](const httplib::Request& request, httplib::Response& response,
-                                   const httplib::ContentReader& reader) {
-            serve(request, response, bodyOf(request, reader));
-        };
+                                   const httplib::ContentReader& reader) { serve(request, response, bodyOf(reader)); };
         const auto handleWithoutBody = [this](const httplib::Request& request, httplib::Response& response) {
             serve(request, response, "");
         };
@@ -195,7 +184,7 @@ private:
     Interface& interface_;
     Events& events_;
     std::atomic<int> listeners_ = 0;
-    httplib::Server http_;
+    BoundedServer http_;
     int port_ = 0;
     std::thread thread_;
 };

@@ -1,6 +1,7 @@
 #include "reading/ChipReading.hpp"
 
 #include "reading/ChipWork.hpp"
+#include "reading/ReadingUnderWay.hpp"
 
 #include <kivo/platform/Services.hpp>
 
@@ -45,11 +46,17 @@ class Reading final : public ChipReading {
 public:
     Reading(std::shared_ptr<CardSource> source, ChipReadingOrder order, Progress progress, End end)
         : telling_{std::make_shared<Telling>(std::move(progress), std::move(end))} {
+        ReadingUnderWay::prepare();
         auto queue = std::make_shared<platform::SerialQueue>("kivo.chip", platform::QualityOfService::userInitiated);
-        queue->async([queue, telling = telling_, stop = stop_.get_token(), source = std::move(source),
-                      order = std::move(order)] {
-            telling->end(documentRead(*source, order, stop, [&telling](const auto& step) { telling->progress(step); }));
-        });
+        queue->async(
+            [queue, telling = telling_, stop = stop_, source = std::move(source), order = std::move(order)]() mutable {
+                const ReadingUnderWay underWay{stop};
+                // Released here, before an exiting process goes on.
+                const auto cards = std::move(source);
+                const auto task = std::move(order);
+                telling->end(
+                    documentRead(*cards, task, stop.get_token(), [&](const auto& step) { telling->progress(step); }));
+            });
     }
 
     Reading(const Reading&) = delete;

@@ -125,7 +125,7 @@ void setDates(X509* certificate, long daysFrom, long daysUntil) {
 
 Certificate makeAuthorityCertificate(const CountryAuthority::Keys& keys) {
     auto certificate = blank(keys.country, "Country signing authority", keys.key.get(), authoritySerial);
-    setDates(certificate.get(), "20200101000000Z", "20490101000000Z");
+    setDates(certificate.get(), "20200101000000Z", "21200101000000Z");
     X509_set_issuer_name(certificate.get(), X509_get_subject_name(certificate.get()));
     extend(certificate.get(), certificate.get(), NID_basic_constraints, "critical,CA:TRUE,pathlen:0");
     extend(certificate.get(), certificate.get(), NID_key_usage, "critical,keyCertSign,cRLSign");

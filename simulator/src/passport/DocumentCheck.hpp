@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <openssl/x509_vfy.h>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -16,8 +18,11 @@ namespace kivo::simulator::chip {
 /// together. Callable from any thread.
 class DocumentCheck {
 public:
-    /// Trusts the documents of these countries; of none for those of `CountryAuthority{}`.
-    explicit DocumentCheck(const std::vector<std::shared_ptr<const CountryAuthority>>& countries);
+    using Clock = std::function<std::chrono::system_clock::time_point()>;
+
+    /// Trusts the documents of these countries, or of `CountryAuthority{}` where the list is empty, and judges dates by
+    /// the clock; null for the machine's.
+    DocumentCheck(const std::vector<std::shared_ptr<const CountryAuthority>>& countries, Clock clock);
 
     /// Throws a `Violation` that tells what is wrong.
     void require(const nlohmann::ordered_json& document) const;
@@ -28,6 +33,7 @@ private:
     Bytes signedContentOf(const Bytes& securityObject) const;
     void requireTrust(X509* signer) const;
 
+    const Clock clock_;
     std::unique_ptr<X509_STORE, Free<X509_STORE_free>> trusted_;
 };
 

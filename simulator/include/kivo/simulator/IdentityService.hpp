@@ -47,6 +47,9 @@ struct IdentityServiceConfiguration {
     DocumentEncryption documentEncryption = DocumentEncryption::sharedKey;
     /// The states whose documents the document proxy takes; empty for `CountryAuthority{}`.
     std::vector<std::shared_ptr<const CountryAuthority>> countries{};
+    /// The time at which the document proxy judges the dates of certificates; null for the machine's clock. Called on
+    /// any thread.
+    std::function<std::chrono::system_clock::time_point()> wallClock{};
     /// Whether sessions offer the list of documents.
     bool documentList = true;
     /// Gives every endpoint a host name of its own (update.localhost), so that a certificate fault meets that endpoint
