@@ -137,9 +137,9 @@ TEST_F(ScreenLayout, ASimulatedVendorSpeaksThePersonsLanguage) {
         const char* language;
         const char* badge;
         const char* cancel;
-    } rows[] = {{"C", "Simulated: no camera, no chip", "Cancel"},
-                {"de_AT", "Simuliert: keine Kamera, kein Chip", "Abbrechen"},
-                {"ar", "محاكاة: بلا كاميرا وبلا شريحة", "إلغاء"},
+    } rows[] = {{"C", "Simulated: no\u00a0camera, no\u00a0chip", "Cancel"},
+                {"de_AT", "Simuliert: keine\u00a0Kamera, kein\u00a0Chip", "Abbrechen"},
+                {"ar", "محاكاة: بلا\u00a0كاميرا\u00a0وبلا\u00a0شريحة", "إلغاء"},
                 {"ja", "シミュレーション：カメラ・ICなし", "キャンセル"}};
 
     for (const auto& [language, badge, cancel] : rows) {
