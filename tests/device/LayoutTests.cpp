@@ -104,6 +104,17 @@ TEST_F(ScreenLayout, ShowsEverythingInEveryLanguageAtEveryReadingSizeOnEveryDisp
     EXPECT_EQ(looks(), 7 * 11 * 5 * 12);
 }
 
+TEST_F(ScreenLayout, AtTheLargestReadingSizeACodeIsTypedWithoutScrolling) {
+    for (const auto* language : {"en", "de", "fr", "es", "pl", "ar", "ja"}) {
+        speak(language);
+        showCodeScreen();
+        window->setPreferredContentSizeCategory(ContentSizeCategory::accessibilityExtraExtraExtraLarge);
+        window->layoutIfNeeded();
+        EXPECT_LE(window->find("textFieldDigitOne")->frameOnScreen().bottom(), 844 - window->safeArea().bottom)
+            << language;
+    }
+}
+
 TEST_F(ScreenLayout, IsReadableInTheLightAndInTheDark) {
     const auto app = std::make_shared<device::app::Host>(window, "18");
     const auto former = window->rootViewController();
