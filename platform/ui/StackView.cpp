@@ -1,3 +1,4 @@
+#include <kivo/platform/ui/ScrollView.hpp>
 #include <kivo/platform/ui/StackView.hpp>
 
 #include <algorithm>
@@ -10,13 +11,6 @@ namespace kivo::platform {
 namespace {
 
 using Views = std::vector<std::shared_ptr<View>>;
-
-Views visible(const Views& views) {
-    Views shown;
-    shown.reserve(views.size());
-    std::ranges::copy_if(views, std::back_inserter(shown), [](const auto& view) { return !view->isHidden(); });
-    return shown;
-}
 
 double gaps(const Views& views, double spacing) {
     return views.empty() ? 0 : spacing * static_cast<double>(views.size() - 1);
@@ -57,6 +51,14 @@ void StackView::setMargins(const EdgeInsets& margins) {
     setNeedsLayout();
 }
 
+StackView::Views StackView::inLine() const {
+    Views shown;
+    shown.reserve(subviews().size());
+    std::ranges::copy_if(subviews(), std::back_inserter(shown),
+                         [](const auto& view) { return !view->isHidden() && !view->placeBeside_; });
+    return shown;
+}
+
 std::vector<double> StackView::widthsInRow(const Views& views, double available) const {
     auto rest = std::max(available - gaps(views, spacing_), 0.0);
     std::vector<double> widths;
@@ -87,7 +89,7 @@ std::vector<double> StackView::heightsInColumn(const Views& views, double width)
 }
 
 Size StackView::sizeThatFits(double widthLimit) {
-    const auto views = visible(subviews());
+    const auto views = inLine();
     const auto available = std::max(widthLimit - margins_.left - margins_.right, 0.0);
     Size needed;
     if (axis_ == Axis::horizontal) {
@@ -119,7 +121,7 @@ Size StackView::sizeThatFits(double widthLimit) {
 }
 
 void StackView::layoutSubviews() {
-    const auto views = visible(subviews());
+    const auto views = inLine();
     const auto area = inset(inset(bounds(), safeAreaInsets()), margins_);
     const bool isRow = axis_ == Axis::horizontal;
     auto lengths = isRow ? widthsInRow(views, area.size.width) : heightsInColumn(views, area.size.width);
@@ -137,6 +139,23 @@ void StackView::layoutSubviews() {
         const Rect column{.origin = {area.left() + offset, position}, .size = {across, length}};
         views[i]->setFrame(isRow ? row : column);
         position += length + spacing_;
+    }
+    placeBeside();
+}
+
+void StackView::placeBeside() {
+    for (const auto& view : subviews()) {
+        if (!view->placeBeside_ || view->isHidden()) {
+            continue;
+        }
+        auto place = *view->placeBeside_;
+        const View* column = this;
+        while (dynamic_cast<const ScrollView*>(column->superview_) == nullptr) {
+            place.origin.x -= column->frame().origin.x;
+            place.origin.y -= column->frame().origin.y;
+            column = column->superview_;
+        }
+        view->setFrame(place);
     }
 }
 

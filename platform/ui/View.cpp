@@ -116,7 +116,7 @@ void View::setHidden(bool hidden) {
 }
 
 bool View::isVisible() {
-    if (isHidden_ || alpha_ < leastVisibleAlpha) {
+    if (isHidden() || alpha_ < leastVisibleAlpha) {
         return false;
     }
     return superview_ ? superview_->isVisible() : asWindow() != nullptr;

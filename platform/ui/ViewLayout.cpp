@@ -188,6 +188,9 @@ double View::heightLimit() const {
     if (!placement_.shareOfDisplay) {
         return std::numeric_limits<double>::infinity();
     }
+    if (pictureHeight_) {
+        return *pictureHeight_;
+    }
     const auto* root = this;
     while (root->superview_) {
         root = root->superview_;
@@ -198,7 +201,7 @@ double View::heightLimit() const {
 Size View::sizeThatFits(double widthLimit) {
     Size needed;
     for (const auto& subview : subviews_) {
-        if (subview->isHidden_) {
+        if (subview->isHidden()) {
             continue;
         }
         const auto across = horizontal(subview->placement_, layoutDirection());

@@ -6,6 +6,7 @@
 #include <kivo/platform/ui/ScrollView.hpp>
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace kivo::simulator {
@@ -72,6 +73,17 @@ std::shared_ptr<View> cardFrame() {
     return card;
 }
 
+/// The text with lines that end behind a colon or a comma only.
+std::string brokenAtMarksOnly(std::string_view text) {
+    constexpr std::string_view noBreakSpace = "\u00a0";
+    std::string kept;
+    for (const char each : text) {
+        const bool isMark = !kept.empty() && (kept.back() == ':' || kept.back() == ',');
+        kept += each == ' ' && !isMark ? noBreakSpace : std::string_view{&each, 1};
+    }
+    return kept;
+}
+
 VendorText hintOf(VendorPage::Frame frame) {
     return frame == VendorPage::Frame::face ? VendorText{"Keep your face inside the oval and look straight ahead."}
                                             : VendorText{"Keep the document flat inside the frame."};
@@ -104,7 +116,9 @@ VendorPage::VendorPage(const std::string& name, VendorLook look, const std::stri
 }
 
 void VendorPage::addBadge() {
-    const auto badge = addLabel("simulatedBadge", look_.hintFont, VendorText{"Simulated: no camera, no chip"}.shown());
+    // Every page of every vendor has the same badge, whatever look the host has given the vendor.
+    const auto badge = addLabel("simulatedBadge", VendorLook{}.hintFont,
+                                brokenAtMarksOnly(VendorText{"Simulated: no camera, no chip"}.shown()));
     badge->setPlacement({.minimumHeight = 32});
     badge->setBackgroundColor(warning);
     badge->changeLayer([](platform::Layer& layer) { layer.cornerRadius = 10; });

@@ -104,6 +104,17 @@ TEST_F(ScreenLayout, ShowsEverythingInEveryLanguageAtEveryReadingSizeOnEveryDisp
     EXPECT_EQ(looks(), 7 * 11 * 5 * 12);
 }
 
+TEST_F(ScreenLayout, AtTheLargestReadingSizeACodeIsTypedWithoutScrolling) {
+    for (const auto* language : {"en", "de", "fr", "es", "pl", "ar", "ja"}) {
+        speak(language);
+        showCodeScreen();
+        window->setPreferredContentSizeCategory(ContentSizeCategory::accessibilityExtraExtraExtraLarge);
+        window->layoutIfNeeded();
+        EXPECT_LE(window->find("textFieldDigitOne")->frameOnScreen().bottom(), 844 - window->safeArea().bottom)
+            << language;
+    }
+}
+
 TEST_F(ScreenLayout, IsReadableInTheLightAndInTheDark) {
     const auto app = std::make_shared<device::app::Host>(window, "18");
     const auto former = window->rootViewController();
@@ -137,9 +148,9 @@ TEST_F(ScreenLayout, ASimulatedVendorSpeaksThePersonsLanguage) {
         const char* language;
         const char* badge;
         const char* cancel;
-    } rows[] = {{"C", "Simulated: no camera, no chip", "Cancel"},
-                {"de_AT", "Simuliert: keine Kamera, kein Chip", "Abbrechen"},
-                {"ar", "محاكاة: بلا كاميرا وبلا شريحة", "إلغاء"},
+    } rows[] = {{"C", "Simulated: no\u00a0camera, no\u00a0chip", "Cancel"},
+                {"de_AT", "Simuliert: keine\u00a0Kamera, kein\u00a0Chip", "Abbrechen"},
+                {"ar", "محاكاة: بلا\u00a0كاميرا\u00a0وبلا\u00a0شريحة", "إلغاء"},
                 {"ja", "シミュレーション：カメラ・ICなし", "キャンセル"}};
 
     for (const auto& [language, badge, cancel] : rows) {

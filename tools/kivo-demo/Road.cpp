@@ -79,6 +79,12 @@ struct Planned {
     std::chrono::seconds patience = 75s;
 };
 
+/// Whether a display of that size is a phone's whose camera is at the left.
+bool liesOnItsSide(const platform::Size& display) {
+    constexpr double highestPhone = 500;
+    return display.width > display.height && display.height < highestPhone;
+}
+
 /// A date of six digits as a person types the date: day, month, year.
 std::string asTyped(const std::string& date, std::string_view century) {
     return date.substr(4, 2) + "." + date.substr(2, 2) + "." + std::string{century} + date.substr(0, 2);
@@ -216,6 +222,9 @@ bool walk(const Options& options, simulator::IdentityService* service, const std
     Display display{/*boxesAreReset=*/options.version >= "17"};
     const auto window = display.window();
     window->setSize(options.display);
+    if (liesOnItsSide(options.display)) {
+        window->setSafeArea({.top = 0, .left = 47, .bottom = 21, .right = 47});
+    }
     window->setPreferredContentSizeCategory(options.readingSize);
     window->setUserInterfaceStyle(options.isDark ? platform::UserInterfaceStyle::dark
                                                  : platform::UserInterfaceStyle::light);
@@ -223,6 +232,11 @@ bool walk(const Options& options, simulator::IdentityService* service, const std
     const auto theme = std::make_shared<ThemeCustomization>();
     theme->minimumContentSizeCategoryLimit = platform::ContentSizeCategory::extraSmall;
     theme->maximumContentSizeCategoryLimit = platform::ContentSizeCategory::accessibilityExtraExtraExtraLarge;
+    if (!theme->screenTitleFont) {
+        // Else the last screen's title is smaller than the titles before.
+        theme->screenTitleFont = platform::Font::system(32);
+    }
+    ThemeCustomization::passportScanViewCustomization()->isDynamicTypeEnabled = true;
     session->setTheme(theme);
     if (album) {
         album->follow(window);

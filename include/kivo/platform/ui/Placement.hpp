@@ -29,7 +29,8 @@ struct Placement {
     /// A view between two edges that is wider than this gets this width, in the middle between the edges.
     std::optional<double> maximumWidth{};
     /// For a view that decides on its height itself, such as a picture: the largest part that it takes of the display's
-    /// height beyond 300 points, which texts and buttons need; from 0 to 1.
+    /// height beyond 300 points, which texts and buttons need; from 0 to 1. In a scroll view such a view makes room
+    /// before anything must be scrolled (`ScrollView`).
     std::optional<double> shareOfDisplay{};
     /// Whether the view takes what a stack view has left over; several such views share it.
     bool grows = false;

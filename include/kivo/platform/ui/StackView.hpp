@@ -52,8 +52,11 @@ protected:
 private:
     using Views = std::vector<std::shared_ptr<View>>;
 
+    /// The visible subviews that follow one another. A picture beside the column is none of them.
+    Views inLine() const;
     std::vector<double> widthsInRow(const Views& views, double available) const;
     static std::vector<double> heightsInColumn(const Views& views, double width);
+    void placeBeside();
     void shareRest(const Views& views, std::vector<double>& lengths, double available) const;
     double lengthAcross(const View& view, double needed, double available) const;
     double offsetAcross(double length, double available) const;

@@ -80,8 +80,9 @@ public:
 
     // Appearance.
 
-    /// Whether the view and all in it are out of sight; false at first.
-    bool isHidden() const { return isHidden_; }
+    /// Whether the view and all in it are out of sight: hidden, which it is not at first, or a picture that makes room
+    /// (`Placement::shareOfDisplay`).
+    bool isHidden() const { return isHidden_ || (pictureHeight_ == 0 && !placeBeside_); }
 
     void setHidden(bool hidden);
 
@@ -261,6 +262,8 @@ protected:
 
 private:
     friend class NavigationController;
+    friend class ScrollView;
+    friend class StackView;
     friend class ViewController;
     friend class Window;
 
@@ -301,6 +304,10 @@ private:
     Layer layer_;
     Rect frame_;
     Placement placement_;
+    /// The height that a scroll view leaves to a picture; absent for no limit.
+    std::optional<double> pictureHeight_;
+    /// The place of a picture beside the column that holds the picture, in the coordinates of that column.
+    std::optional<Rect> placeBeside_;
     EdgeInsets safeAreaInsets_;
     bool needsLayout_ = true;
     bool layoutIsPending_ = true;
