@@ -151,17 +151,17 @@ std::string CommunicationSecurityManager::networkType() const {
     return monitor ? std::string{monitor->currentReachabilityString()} : std::string{};
 }
 
-CertificateExpiryDates CommunicationSecurityManager::certificateExpiryDates(
-    std::optional<std::chrono::system_clock::time_point> warnAt) const {
+CertificateExpiryDates
+CommunicationSecurityManager::certificateExpiryDates(bool warn, std::chrono::system_clock::time_point now) const {
     const auto environment = [this] {
         const std::scoped_lock lock{mutex_};
         return sdkEnvironment_;
     }();
     const auto dates = environment ? certificateDatesOf(*environment) : std::nullopt;
     if (dates) {
-        if (warnAt) {
-            warnWhenNear(dates->leaf, *warnAt, *environment, "Leaf");
-            warnWhenNear(dates->intermediate, *warnAt, *environment, "Intermediate");
+        if (warn) {
+            warnWhenNear(dates->leaf, now, *environment, "Leaf");
+            warnWhenNear(dates->intermediate, now, *environment, "Intermediate");
         }
         return {.leaf = monthDayYear(dates->leaf), .intermediate = monthDayYear(dates->intermediate)};
     }

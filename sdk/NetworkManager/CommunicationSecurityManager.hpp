@@ -64,10 +64,11 @@ public:
     /// The kind of connection in words, such as "WiFi"; empty without a monitor.
     std::string networkType() const;
 
-    /// The certificates' dates for the current environment. With `warnAt`, also prints a line for each date that is
-    /// near at that time.
+    /// The certificates' dates for the current environment. With `warn`, also prints a line for each date that is near
+    /// at the time `now`.
     CertificateExpiryDates
-    certificateExpiryDates(std::optional<std::chrono::system_clock::time_point> warnAt = std::nullopt) const;
+    certificateExpiryDates(bool warn,
+                           std::chrono::system_clock::time_point now = std::chrono::system_clock::now()) const;
 
     /// Counts an attempt that has been made, and tells the session how many remain.
     void updateRetryCountLimitOnServer(const ActivationResponse* activationSession);

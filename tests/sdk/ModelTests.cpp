@@ -130,7 +130,7 @@ TEST(CertificateDates, CountWholeDays) {
     auto& security = CommunicationSecurityManager::shared();
     security.setSdkEnvironment(SDKEnv::PROD);
     testing::internal::CaptureStdout();
-    EXPECT_EQ(security.certificateExpiryDates(noon).leaf, "09/10/2025");
+    EXPECT_EQ(security.certificateExpiryDates(/*warn=*/true, noon).leaf, "09/10/2025");
     EXPECT_THAT(testing::internal::GetCapturedStdout(),
                 testing::StrEq("****-264**** Days left until PROD Server Leaf Certificate Expiration\n"))
         << "the intermediate has years left";

@@ -35,7 +35,7 @@ std::string deviceModel() {
 Environment::Information collect() {
     auto& security = CommunicationSecurityManager::shared();
     const auto& device = platform::services().device;
-    const auto expiry = security.certificateExpiryDates();
+    const auto expiry = security.certificateExpiryDates(/*warn=*/false);
     Environment::Information information{
         {"appVersion", appVersion()},
         {"os", "iOS " + device->systemVersion()},
