@@ -78,7 +78,7 @@ if(KIVO_CCACHE)
 endif()
 
 # The headers of the standard library that most sources read, compiled once: they are half of the time that a source takes.
-# The presets with sanitizers do without, so a source that does not include what it uses is found there.
+# The presets tsan and fuzz do without, so a source that does not include what it uses is found there.
 function(kivo_precompiled_headers name)
   set(source ${PROJECT_BINARY_DIR}/precompiled/${name}.cpp)
   file(CONFIGURE OUTPUT ${source} CONTENT "// Nothing: the headers of this target are precompiled for others.\n")

@@ -38,8 +38,7 @@ std::size_t lengthOfUtf8(std::string_view text) {
 
 } // namespace
 
-// Each private function that returns a `bool` is false at a byte that has no place there, which is then the byte at
-// `at_`.
+// A private function that returns a `bool` returns false at a byte that has no place in JSON. `at_` is then that byte.
 
 Cursor::Cursor(std::string_view text, const Limits& limits)
     : begin_{text.data()}
@@ -102,7 +101,8 @@ bool Cursor::element() {
     return separate(']') && count();
 }
 
-/// Whether another member or element comes next. The comma before it is taken, or else the end of what is around it.
+/// Whether another member or element comes next. Takes the comma before the next one, or otherwise `closing`, which
+/// ends the innermost object or array.
 bool Cursor::separate(char closing) {
     skipBlanks();
     if (take(closing)) {
@@ -189,7 +189,7 @@ bool Cursor::end() {
     return !refusal_ && (at_ == end_ || refuse());
 }
 
-/// Takes a text, or ends the reading. What is put together of parts is put together in `unescaped`.
+/// Takes a text, or ends the reading. A text with escapes is put together in `unescaped`.
 std::string_view Cursor::quoted(std::string& unescaped) {
     if (!take('"')) {
         refuse();
@@ -205,7 +205,7 @@ std::string_view Cursor::quoted(std::string& unescaped) {
     return quotedInParts(unescaped);
 }
 
-/// Takes a text behind its first quote, with escapes or with characters that are not ASCII.
+/// Takes the rest of a text, after its first quote. The text has escapes, or characters that are not ASCII.
 std::string_view Cursor::quotedInParts(std::string& unescaped) {
     unescaped.clear();
     while (const auto part = plain()) {
@@ -221,7 +221,7 @@ std::string_view Cursor::quotedInParts(std::string& unescaped) {
     return {};
 }
 
-/// Takes the bytes that stand for themselves.
+/// Takes the bytes up to the next quote, backslash or control character.
 std::optional<std::string_view> Cursor::plain() {
     const auto [length, isAscii] = plainPart({at_, end_});
     const std::string_view part{at_, length};
@@ -250,7 +250,7 @@ bool Cursor::unescape(std::string& to) {
     return true;
 }
 
-/// Takes the four digits after `\u`, and what follows them where they are half of a character.
+/// Takes the four digits after `\u`, and the second half of a surrogate pair where the digits are the first half.
 bool Cursor::unescapeUnits(std::string& to) {
     std::uint32_t character = 0;
     if (!takeUnit(character) || isLowSurrogate(character)) {
@@ -286,7 +286,7 @@ bool Cursor::take(std::string_view bytes) {
     return isNext;
 }
 
-/// Takes the part of the word that is there, and ends the reading where the word is not whole.
+/// Takes the word. A word that is not whole ends the reading at its first wrong byte.
 bool Cursor::takeWord(std::string_view word) {
     return std::ranges::all_of(word, [this](char letter) { return take(letter); }) || refuse();
 }
@@ -313,7 +313,7 @@ void Cursor::skipBlanksAndComments() {
     }
 }
 
-/// Takes a comment, and ends the reading at the end of the text where the comment is not whole.
+/// Takes a comment. A comment without an end ends the reading at the end of the text.
 void Cursor::skipComment() {
     const std::string_view rest{at_, end_};
     if (rest.starts_with("//")) {
@@ -333,7 +333,7 @@ bool Cursor::count() {
     return ++members_ <= limits_.members || refuse(Refusal::Kind::tooManyMembers);
 }
 
-/// Ends the reading at `at_`, behind which nothing is read any more. False.
+/// Ends the reading at `at_`, and returns false.
 bool Cursor::refuse(Refusal::Kind kind) {
     if (!refusal_) {
         refusal_ = {.kind = kind, .offset = static_cast<std::size_t>(at_ - begin_)};

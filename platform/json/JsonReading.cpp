@@ -56,8 +56,8 @@ private:
         return !cursor_.refusal();
     }
 
-    /// Reads a value, and of an object or an array the first byte. The value stays where it is until the object or
-    /// array around it goes on.
+    /// Reads a value; of an object or an array only the first byte. Such a value stays in place until it is closed:
+    /// what is around it does not grow before.
     bool readValue(Value& value) {
         switch (cursor_.kind().value_or(Kind::null)) {
         case Kind::null:

@@ -114,7 +114,7 @@ void Object::index() {
         dropRepeated();
         return;
     }
-    // Each member that has its name from a member before gives that one its value.
+    // A member whose name is taken gives its value to the first member of that name, and goes.
     for (auto member = members_.begin(); member != members_.end();) {
         const auto first = std::ranges::find(members_.begin(), member, member->name, &Member::name);
         if (first == member) {
@@ -133,7 +133,7 @@ void Object::dropRepeated() {
     if (std::ranges::adjacent_find(places_, isSame) == places_.end()) {
         return;
     }
-    // Each name's last value moves to the name's first place, and the places that it leaves go.
+    // The value of the last member of a name moves to the first member of that name, and the others go.
     std::vector<bool> isRepeated(members_.size());
     for (auto first = places_.begin(); first != places_.end();) {
         const auto next =

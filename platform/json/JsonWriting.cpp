@@ -30,15 +30,15 @@ char escapeOf(char byte) {
     return escapes[static_cast<unsigned char>(byte)];
 }
 
-/// Appends a text in quotes. At a part that is no UTF-8 false, and the text is appended no further.
+/// Appends a text in quotes. Stops at a part that is not UTF-8, and returns false.
 bool appendQuoted(std::string& to, std::string_view text) {
-    // So much is copied while the processor's cache still has it.
+    // Each part is judged and then copied. A part of this size is still in the processor's cache when it is copied.
     constexpr std::size_t atOnce = std::size_t{16} * 1024;
     to += '"';
     while (!text.empty()) {
         auto [plain, isAscii] = plainPart(text.substr(0, atOnce));
         if (!isAscii) {
-            // A sequence of UTF-8 may go on behind.
+            // The end of the part may cut a character of several bytes.
             plain = plainPart(text).length;
             if (!text::isUtf8(text.substr(0, plain))) {
                 return false;

@@ -60,7 +60,7 @@ struct InterfaceVersionRow {
     BackendRules backend;
 };
 
-/// All that differs between the interface versions: one row for each version, in the order of the enumeration.
+/// The differences between the interface versions: one row for each version, in the order of the enumeration.
 inline constexpr std::array interfaceVersions{
     InterfaceVersionRow{.version = InterfaceVersion::v140,
                         .names = {"14", "1401", "KivoAPI_140", "KivoBE_140"},

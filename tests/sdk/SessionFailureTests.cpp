@@ -1,5 +1,6 @@
 #include "Configuration/session/StoredSession.hpp"
 #include "NetworkManager/Attempts.hpp"
+#include "NetworkManager/KeychainWrapper.hpp"
 #include "support/HostFixture.hpp"
 #include "support/Http2Frames.hpp"
 #include "support/Program.hpp"
@@ -30,6 +31,10 @@ protected:
         service.clearFaults();
         ASSERT_TRUE(join(*session).succeeded(IdvEvents::JOIN_SESSION));
         Attempts::shared().setRetryLimit(3);
+    }
+
+    static std::optional<std::string> storedAnswer() {
+        return KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
     }
 
     const std::shared_ptr<KivoAPI> session = KivoSDK::load("KEY", "18");
@@ -127,7 +132,7 @@ TEST_F(SessionFailures, OnlyAnExplicitFailRefusesAndOnlyDataJoins) {
             const auto refusal = isJoin ? row.joinRefusal : row.refusal;
             EXPECT_TRUE(refusal ? answered.code() == *refusal : answered.succeeded(event));
             if (isJoin) {
-                EXPECT_EQ(storedJoinAnswer(), row.isStored ? row.answer : "");
+                EXPECT_EQ(storedAnswer(), row.isStored ? row.answer : "");
             }
         }
     }
@@ -152,7 +157,7 @@ TEST_F(SessionFailures, APartOfAnAnswerWithoutALengthIsNoAnswer) {
         EXPECT_EQ(answerTo(status).code(), INVALID_STATUS_SESSION) << part;
     }
     EXPECT_EQ(join(*session).code(), INVALID_JOIN_SESSION);
-    EXPECT_EQ(storedJoinAnswer(), "") << "and is not stored";
+    EXPECT_EQ(storedAnswer(), "") << "and is not stored";
 }
 
 TEST_F(SessionFailures, MissingAndUnusableAddressesAreAnsweredToo) {

@@ -39,8 +39,9 @@ TEST_F(SessionJournal, OfRequests) {
         }
     };
     const Act printStored = [](auto&, auto) {
-        log::print("stored: " + storedJoinAnswer().value_or("nothing") + " for " +
-                   KeychainWrapper::standard().data("qr_code").value_or("nothing"));
+        const auto& store = KeychainWrapper::standard();
+        log::print("stored: " + store.data(std::string{StoredItems::joinAnswer}).value_or("nothing") + " for " +
+                   store.data("qr_code").value_or("nothing"));
     };
     expectJournalsOf({
         {"join", join, joined},

@@ -50,8 +50,8 @@ typedef enum kivo_reading_start KIVO_INT32 {
 /** The settings of a reading, valid during the call. */
 typedef struct kivo_reading_settings {
     /** The bytes that this release of the library fills. */
-    /** The size of this structure as the host knows it. */
     size_t size;
+    /** The documents that a person may have read, and their number. */
     const kivo_document_type* allowed_types;
     size_t allowed_type_count;
     /** The address of the document proxy, and its access key. The key is a secret. */

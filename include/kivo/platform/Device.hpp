@@ -16,7 +16,7 @@ enum class AddressFamily { ipv4, ipv6, other };
 /// Interface names are the phone's: "en0" is the Wi-Fi interface, "en2" to "en4" are wired ones and "pdp_ip0" to
 /// "pdp_ip3" are cellular. An implementation gives its own interfaces the name of their kind.
 struct InterfaceAddress {
-    /// The interface's name, such as "eth0", and the kind of its address.
+    /// The interface's name, such as "en0", and the kind of its address.
     std::string interfaceName;
     AddressFamily family = AddressFamily::other;
     /// Numeric host form, such as 192.0.2.7 or 2001:db8::1.

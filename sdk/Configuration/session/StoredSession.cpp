@@ -26,8 +26,21 @@ bool saidWhere(bool isStored) {
     return isStored;
 }
 
+/// What the secure store holds in the place of the join answer.
+enum class StoredBytes { none, text, other };
+
+StoredBytes storedBytes() {
+    auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
+    if (!answer) {
+        return StoredBytes::none;
+    }
+    const bool isText = text::isUtf8(*answer);
+    platform::wipe(*answer);
+    return isText ? StoredBytes::text : StoredBytes::other;
+}
+
 std::optional<std::string> faceMapSetting(std::string_view key) {
-    if (!storedJoinAnswer()) {
+    if (storedBytes() != StoredBytes::text) {
         return std::nullopt;
     }
     const auto session = storedSession();
@@ -68,11 +81,6 @@ struct LastSession {
 };
 
 } // namespace
-
-std::optional<std::string> storedJoinAnswer() {
-    auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
-    return answer && text::isUtf8(*answer) ? std::move(answer) : std::nullopt;
-}
 
 std::shared_ptr<const ActivationResponse> storedSession() {
     auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
@@ -123,12 +131,7 @@ bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> ac
 }
 
 bool removeStoredJoinAnswer() {
-    auto answer = KeychainWrapper::standard().data(std::string{StoredItems::joinAnswer});
-    const bool isText = !answer || text::isUtf8(*answer);
-    if (answer) {
-        platform::wipe(*answer);
-    }
-    if (!isText) {
+    if (storedBytes() == StoredBytes::other) {
         return false;
     }
     {

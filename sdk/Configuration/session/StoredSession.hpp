@@ -10,9 +10,6 @@
 /// The joined session as the secure store keeps it: the raw text of the join answer.
 namespace kivo {
 
-/// The stored join answer; absent also when the stored bytes are not UTF-8 text.
-std::optional<std::string> storedJoinAnswer();
-
 /// The stored join answer, decoded; null also when the answer is not a session. The same answer is decoded once.
 std::shared_ptr<const ActivationResponse> storedSession();
 
