@@ -82,12 +82,13 @@ private:
 
     bool waitFor(short event, std::chrono::seconds limit, Clock::time_point end) const {
         end = std::min(end, Clock::now() + limit);
-        while (listening_ != INVALID_SOCKET && Clock::now() < end) {
+        // What is ready counts until the end: an answer under way is ended in form when the server stops.
+        do {
             pollfd wanted{.fd = socket_, .events = event, .revents = 0};
             if (poll(&wanted, 1, static_cast<int>(lookAround.count())) > 0) {
                 return true;
             }
-        }
+        } while (listening_ != INVALID_SOCKET && Clock::now() < end);
         return false;
     }
 

@@ -90,6 +90,14 @@ void require(bool succeeded) {
     }
 }
 
+void prepareCryptography() {
+    OPENSSL_init_crypto(0, nullptr);
+}
+
+void endCryptographyOfThread() {
+    OPENSSL_thread_stop();
+}
+
 void wipe(void* memory, std::size_t size) {
     OPENSSL_cleanse(memory, size);
 }

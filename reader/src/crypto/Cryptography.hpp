@@ -13,6 +13,13 @@
 /// `std::runtime_error` when OpenSSL itself fails, which only a lack of memory or of randomness brings about.
 namespace kivo::reader {
 
+/// Makes OpenSSL ready, with its handler for the process's exit. Does nothing at a further call.
+void prepareCryptography();
+
+/// Releases what OpenSSL keeps for the calling thread. Otherwise OpenSSL does so at the thread's end, for which an
+/// exiting process does not wait.
+void endCryptographyOfThread();
+
 /// Overwrites memory that held a secret.
 void wipe(void* memory, std::size_t size);
 

@@ -1,6 +1,7 @@
 #include "reading/ReadingUnderWay.hpp"
 
-#include <openssl/crypto.h>
+#include "crypto/Cryptography.hpp"
+
 #include <unistd.h>
 
 #include <chrono>
@@ -55,7 +56,7 @@ void ReadingUnderWay::prepare() {
     static const bool isPrepared = [] {
         readings();
         // Exit handlers run in reverse order of their registration, and OpenSSL registers its own here.
-        OPENSSL_init_crypto(0, nullptr);
+        prepareCryptography();
         return std::atexit([] { readings().stopAll(); }) == 0;
     }();
     static_cast<void>(isPrepared);
@@ -76,8 +77,7 @@ ReadingUnderWay::ReadingUnderWay(std::stop_source stop)
 }
 
 ReadingUnderWay::~ReadingUnderWay() {
-    // Otherwise OpenSSL frees its data at the thread's end, for which an exiting process does not wait.
-    OPENSSL_thread_stop();
+    endCryptographyOfThread();
     --readingsOnThisThread;
     auto& all = readings();
     const std::scoped_lock lock{all.mutex};
