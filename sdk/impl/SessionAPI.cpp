@@ -120,6 +120,10 @@ void SessionAPI::joinWasTold(const BackendOutcome& outcome) {
         resetAcquisitionStateIfDue();
         return;
     }
+    // The service and the code screen are at the later join's session.
+    if (outcome.error().kind == FailureKind::overtaken) {
+        return;
+    }
     if (rules_.reportsRequestFailures) {
         validateSendInformCallOnFailure(outcome.error().code);
     }
