@@ -65,7 +65,9 @@ std::unexpected<Failure> withoutNetwork() {
 }
 
 std::unexpected<Failure> withoutAttempts() {
-    return failed(ResponseCode::RETRY_LIMIT_REACHED, FailureKind::noAttempts, "No attempt remains for an upload.");
+    return failed(ResponseCode::RETRY_LIMIT_REACHED, FailureKind::noAttempts,
+                  "No attempt remains for an upload; a join in this process brings attempts where its answer names a "
+                  "limit.");
 }
 
 } // namespace
