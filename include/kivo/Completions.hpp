@@ -14,7 +14,8 @@ KIVO_EXPORT IdvCompletion onMainQueue(IdvCompletion completion);
 /// The completion of one request, which the host can take back, for example when the person leaves the page.
 ///
 /// Functions may be called on any thread. The request itself goes on, because the service may have received it already;
-/// its outcome is dropped.
+/// its outcome is dropped. Not for `acquire`: a screen may answer more than once, and what comes after the first answer
+/// would be dropped.
 class KIVO_EXPORT CancellableCompletion {
 public:
     /// Wraps the completion that a host gives to a request.

@@ -41,12 +41,14 @@ enum class FailureKind {
     screen,
     /// The device had no thread or memory for the request, or the cause is unknown.
     other,
+    /// The answer to a join came after the answer to a join that began later. The session of the later join stays.
+    overtaken,
 };
 
 template <>
 struct RawValues<FailureKind> {
     static constexpr int first = 0;
-    static constexpr int last = 14;
+    static constexpr int last = 15;
 };
 
 /// The kind's name as written above, for logs; empty for an integer that is no kind.

@@ -68,9 +68,10 @@ public:
 
     /// Joins the session of an activation code. Succeeds with `JOIN_SESSION` and the transaction identifier. The
     /// keychain keeps one session for all interface versions, and a join replaces an earlier session even when the
-    /// service refuses the join. `status`, `commit`, `resumeInBrowser` and screens can use the session in another
-    /// process; `update` needs a join through this object, `upload` a join in this process. Without a config, `join`
-    /// fails with `INVALID_JOIN_SESSION`.
+    /// service refuses the join. Of two joins under way the later one counts: an answer to the earlier join that comes
+    /// last fails with `INVALID_JOIN_SESSION` (`FailureKind::overtaken`). `status`, `commit`, `resumeInBrowser` and
+    /// screens can use the session in another process; `update` needs a join through this object, `upload` a join in
+    /// this process. Without a config, `join` fails with `INVALID_JOIN_SESSION`.
     virtual void join(std::string forCode, std::shared_ptr<AcquisitionConfig> config, IdvCompletion response) = 0;
 
     /// Reports an action and a message, UTF-8 texts, to the session. Succeeds with `UPDATE_SESSION`.

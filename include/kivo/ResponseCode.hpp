@@ -97,6 +97,11 @@ KIVO_EXPORT std::string_view message(ResponseCode responseCode);
 /// "Processing error", "Document scan error" or "Face scan error", by the range of the code.
 KIVO_EXPORT std::string_view genericMessage(ResponseCode responseCode);
 
+/// Whether the code tells that somebody did not want to go on, and nothing went wrong: the person has left a screen or
+/// the vendor's library, or the host has given a request up. True for `CANCELLED_BY_USER`, `USER_CANCELLED`,
+/// `BACK_NAVIGATION`, `CANCELLED` and `USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT`.
+KIVO_EXPORT bool isCancellation(ResponseCode responseCode);
+
 /// The failure of that number; absent when no failure has the number.
 KIVO_EXPORT std::optional<ResponseCode> responseCode(int code);
 

@@ -99,8 +99,7 @@ UrlError cancelledError() {
 }
 
 UrlError pinMismatchError(const Url& server) {
-    return {UrlErrorKind::pinMismatch,
-            "The certificate of " + serverName(server) + " was refused by the session's delegate"};
+    return {UrlErrorKind::pinMismatch, "The check of pins refused the certificate of " + serverName(server)};
 }
 
 UrlError connectionLostError(const Url& server) {

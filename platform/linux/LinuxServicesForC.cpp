@@ -11,6 +11,7 @@ extern "C" kivo_status kivo_linux_install(const kivo_linux_options* options) {
             {.mainBundle = c::viewOf(given.main_bundle, "main_bundle"),
              .dataFolder = c::viewOf(given.data_folder, "data_folder"),
              .trustedCertificates = c::viewOf(given.trusted_certificates, "trusted_certificates"),
-             .cameraPipeline = c::stringOf(given.camera_pipeline, "camera_pipeline")}));
+             .cameraPipeline = c::stringOf(given.camera_pipeline, "camera_pipeline"),
+             .language = c::stringOf(given.language, "language")}));
     });
 }

@@ -31,9 +31,9 @@ std::string_view IdvEventsHelper::eventName(IdvEvents from) {
 }
 
 std::string_view name(FailureKind kind) {
-    static constexpr std::array<std::string_view, 15> names{
+    static constexpr std::array<std::string_view, 16> names{
         "refused", "noNetwork", "connection", "timedOut",      "certificate", "pins",   "status", "answer",
-        "address", "noSession", "noAttempts", "configuration", "storage",     "screen", "other"};
+        "address", "noSession", "noAttempts", "configuration", "storage",     "screen", "other",  "overtaken"};
     return nameIn(names, kind);
 }
 

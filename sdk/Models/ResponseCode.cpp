@@ -142,6 +142,19 @@ std::string_view genericMessage(ResponseCode responseCode) {
     return responseCode <= ResponseCode::VIZ_CAPTURE_TIMEOUT ? "Document scan error" : "Face scan error";
 }
 
+bool isCancellation(ResponseCode responseCode) {
+    switch (responseCode) {
+    case CANCELLED_BY_USER:
+    case USER_CANCELLED:
+    case BACK_NAVIGATION:
+    case CANCELLED:
+    case USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT:
+        return true;
+    default:
+        return false;
+    }
+}
+
 std::optional<ResponseCode> responseCode(int code) {
     const auto found = std::ranges::find(entries, code, &Entry::code);
     return found == entries.end() ? std::nullopt : std::optional{found->responseCode};

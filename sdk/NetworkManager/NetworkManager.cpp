@@ -96,7 +96,9 @@ std::string TransportError::description() const {
 }
 
 Failure TransportError::failure(ResponseCode own) const {
-    return {.code = codeOf(cause, own), .kind = cause ? kindOf(*cause) : FailureKind::status, .text = text + "."};
+    const auto* const further =
+        cause == platform::UrlErrorKind::pinMismatch ? "; an error line of the log says why and what to do." : ".";
+    return {.code = codeOf(cause, own), .kind = cause ? kindOf(*cause) : FailureKind::status, .text = text + further};
 }
 
 ResponseCode codeOf(std::optional<platform::UrlErrorKind> cause, ResponseCode own) {

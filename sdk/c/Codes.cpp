@@ -36,6 +36,13 @@ constexpr const kivo_response_code* none = nullptr;
 
 extern "C" {
 
+bool kivo_response_code_is_cancellation(int32_t code) {
+    return c::resultOf(__func__, false, [&] {
+        const auto known = responseCode(code);
+        return known && isCancellation(*known);
+    });
+}
+
 const kivo_response_code* kivo_response_code_of(int32_t code) {
     return c::resultOf(__func__, none, [&] { return rowOf(responseCode(code)); });
 }

@@ -19,7 +19,7 @@ using namespace kivo;
 // An enumeration of C++ that grows must grow here, too.
 static_assert(KIVO_EVENT_OCR_SCAN == RawValues<IdvEvents>::last);
 static_assert(KIVO_OBJECT_OCR_SCAN == RawValues<AcquisitionObject>::last);
-static_assert(KIVO_FAILURE_OTHER == RawValues<FailureKind>::last);
+static_assert(KIVO_FAILURE_OVERTAKEN == RawValues<FailureKind>::last);
 static_assert(KIVO_ENVIRONMENT_DEV == RawValues<SDKEnv>::last);
 static_assert(KIVO_LOG_VERBOSE == rawValue(LogLevel::verbose) && KIVO_LOG_OFF == rawValue(LogLevel::off));
 

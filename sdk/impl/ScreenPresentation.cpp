@@ -62,6 +62,12 @@ std::expected<std::shared_ptr<Storyboard>, std::string> storyboardOf(const Scene
     if (!bundle) {
         return std::unexpected{"ZORFramework.bundle is missing; install it beside the library."};
     }
+    if (!own && !bundle->pathForResource("ZORFramework", "storyboard")) {
+        const auto sample = sdkBundle() ? sdkBundle()->pathForResource("ZORFramework", "storyboard") : std::nullopt;
+        return std::unexpected{"The host's bundle has no ZORFramework.storyboard; make the bundle with "
+                               "kivo_add_resources, or copy the file there from " +
+                               (sample ? sample->parent_path().string() : "the SDK's bundle") + "."};
+    }
     return Storyboard::open("ZORFramework", bundle);
 }
 
@@ -103,7 +109,8 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     }
     constexpr std::string_view function = "acquire(AcquisitionObject:config:response:)";
     resetAcquisitionStateIfDue();
-    response = answeringScreen(std::move(response));
+    const auto problem = std::make_shared<std::string>();
+    response = answeringScreen(std::move(response), problem);
     const auto context = withState([&](State& state) {
         std::swap(state.completionHandlerIdv, response);
         return state.contextViewController;
@@ -117,6 +124,7 @@ void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionCo
     const auto screen = makeScreen(*scene, shared_from_this(), *context);
     if (!screen) {
         log::error(function, screen.error());
+        *problem = screen.error();
         completeOnMainQueue(std::unexpected{ResponseCode::UNKNOWN_ERROR});
         return;
     }

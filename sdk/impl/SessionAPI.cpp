@@ -25,6 +25,11 @@ IdvOutcome failed(ResponseCode code) {
     return std::unexpected{code};
 }
 
+/// A message of a code as a sentence; some of the messages end with a full stop themselves.
+std::string sentence(std::string_view message) {
+    return std::string{message} + (message.ends_with('.') ? "" : ".");
+}
+
 bool isTold(ResponseCode code, UntoldFailures untold, std::span<const ResponseCode> leaving) {
     if (untold == UntoldFailures::none) {
         return true;
@@ -120,6 +125,10 @@ void SessionAPI::joinWasTold(const BackendOutcome& outcome) {
         resetAcquisitionStateIfDue();
         return;
     }
+    // The service and the code screen are at the later join's session.
+    if (outcome.error().kind == FailureKind::overtaken) {
+        return;
+    }
     if (rules_.reportsRequestFailures) {
         validateSendInformCallOnFailure(outcome.error().code);
     }
@@ -163,19 +172,21 @@ BackendCompletion SessionAPI::answering(std::string_view operation, IdvCompletio
     });
 }
 
-IdvCompletion SessionAPI::answeringScreen(IdvCompletion response) {
-    return onAnswerQueue<IdvOutcome>([this, response = std::move(response)](const IdvOutcome& outcome) {
-        if (!outcome) {
-            const auto code = outcome.error();
-            withState([&](State& state) {
-                state.lastFailure = {
-                    .code = code, .kind = FailureKind::screen, .text = std::string{message(code)} + "."};
-            });
-        }
-        if (response) {
-            response(outcome);
-        }
-    });
+IdvCompletion SessionAPI::answeringScreen(IdvCompletion response, std::shared_ptr<const std::string> problem) {
+    return onAnswerQueue<IdvOutcome>(
+        [this, response = std::move(response), problem = std::move(problem)](const IdvOutcome& outcome) {
+            if (!outcome) {
+                const auto code = outcome.error();
+                withState([&](State& state) {
+                    state.lastFailure = {.code = code,
+                                         .kind = FailureKind::screen,
+                                         .text = problem->empty() ? sentence(message(code)) : *problem};
+                });
+            }
+            if (response) {
+                response(outcome);
+            }
+        });
 }
 
 void SessionAPI::withCodeScreen(const std::function<void(QRCodeVC&)>& work) {

@@ -95,8 +95,9 @@ private:
     /// A completion that keeps and logs a failure, tells the host the outcome, and then calls `afterwards`. `operation`
     /// names the request in the log.
     BackendCompletion answering(std::string_view operation, IdvCompletion response, BackendCompletion afterwards);
-    /// The same for the outcomes of a screen, whose failures are not logged.
-    IdvCompletion answeringScreen(IdvCompletion response);
+    /// The same for the outcomes of a screen, whose failures are not logged. A `problem` that is not empty at the
+    /// outcome tells the cause in place of the code's message.
+    IdvCompletion answeringScreen(IdvCompletion response, std::shared_ptr<const std::string> problem);
     void joinWasTold(const BackendOutcome& outcome);
     void resetAcquisitionStateIfDue();
     /// Runs `work` on the main queue with the last activation code screen, if the screen still exists.

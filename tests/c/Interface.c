@@ -56,6 +56,7 @@ static void names(void) {
         CHECK(kivo_response_code_of(code->code) == code && kivo_response_code_named(code->name) == code);
         CHECK(code->message.length > 0 && code->generic_message.length > 0);
     }
+    CHECK(kivo_response_code_is_cancellation(KIVO_CODE_BACK_NAVIGATION) && !kivo_response_code_is_cancellation(0));
     CHECK(codes == 66 && kivo_response_code_of(1) == NULL && kivo_response_code_named(KIVO_TEXT("?")) == NULL);
 }
 

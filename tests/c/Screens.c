@@ -52,7 +52,8 @@ static bool is_left(void* user) {
 
 int main(int count, char** arguments) {
     (void)arguments;
-    const kivo_linux_options places = {.size = sizeof places, .data_folder = kivo_text_of(getenv("KIVO_DATA_FOLDER"))};
+    const kivo_linux_options places = {
+        .size = sizeof places, .data_folder = kivo_text_of(getenv("KIVO_DATA_FOLDER")), .language = KIVO_TEXT("de")};
     const kivo_text none = KIVO_TEXT("");
     struct host host = {0};
     kivo_log_set_threshold(KIVO_LOG_OFF);
@@ -74,7 +75,7 @@ int main(int count, char** arguments) {
     CHECK(kivo_session_acquire(session, KIVO_OBJECT_ACTIVATION_CODE, answer) == KIVO_OK);
 
     CHECK(comes_to_show(&host, "\"text\":\"Welcome\""));
-    CHECK(comes_to_show(&host, "\"width\":390,\"height\":844,\"screen\":\"Activation code\""));
+    CHECK(comes_to_show(&host, "\"width\":390,\"height\":844,\"screen\":\"Aktivierungscode\""));
     CHECK(comes_to_show(&host, "\"kind\":\"view\",\"frame\":[0,0,390,844],"));
     CHECK(comes_to_show(&host, "\"outlet\":\"textFieldDigitOne\""));
     CHECK(kivo_display_type(host.display, KIVO_TEXT("textFieldDigitOne"), KIVO_TEXT("129")));

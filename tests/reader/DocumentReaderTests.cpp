@@ -66,6 +66,7 @@ TEST_F(DocumentReader, RefusesWhatCannotBegin) {
         EXPECT_EQ(host->presentedViewController(), nullptr);
     }
     EXPECT_TRUE(heard.empty());
+    EXPECT_THAT(diagnostics_->texts(), testing::Contains(HasSubstr("pcscd"))) << "the host hears the kind alone";
 }
 
 TEST_F(DocumentReader, ReadsOneDocumentAtATimeAndShowsInstructionsAsOftenAsTold) {
@@ -84,6 +85,8 @@ TEST_F(DocumentReader, ReadsOneDocumentAtATimeAndShowsInstructionsAsOftenAsTold)
     reader::DocumentReader fresh{{.cards = cards, .usesCamera = false}};
     ASSERT_TRUE(identify(fresh));
     EXPECT_TRUE(sees("Have your document at hand"));
+    EXPECT_TRUE(sees("Type three values")) << "the values alone";
+    EXPECT_FALSE(sees("camera"));
 }
 
 TEST_F(DocumentReader, GoesOnToItsEndWithoutItsObject) {

@@ -37,6 +37,13 @@ TEST(ResponseCode, KeepsItsNumberNameAndTexts) {
         EXPECT_EQ(message(unknown), "");
         EXPECT_EQ(genericMessage(unknown), "");
     }
+    std::string cancellations;
+    for (const auto each : allResponseCodes()) {
+        cancellations += isCancellation(each) ? std::string{name(each)} + ' ' : "";
+    }
+    EXPECT_EQ(cancellations, "CANCELLED_BY_USER USER_CANCELLED BACK_NAVIGATION CANCELLED "
+                             "USER_CANCELLED_VIA_CLICKABLE_READY_SCREEN_SUBTEXT ");
+    EXPECT_FALSE(isCancellation(static_cast<ResponseCode>(999)));
     EXPECT_FALSE(responseCode(0) || responseCode(1000) || responseCodeNamed("") || responseCodeNamed("no_chip"));
 }
 

@@ -101,6 +101,44 @@ TEST_F(SessionConcurrency, AHostMayCallFromInsideAnAnswer) {
     EXPECT_TRUE(runUntil([&] { return steps == 3; }));
 }
 
+TEST_F(SessionConcurrency, AnAnswerThatComesAfterALaterJoinsChangesNothing) {
+    const auto session = KivoSDK::load("KEY", "18");
+
+    // What the earlier join is, and whether it would have joined.
+    struct Earlier {
+        const char* version;
+        const char* code;
+        simulator::Fault fault;
+    };
+
+    const auto late = simulator::Fault::delay(300ms);
+    for (const auto& earlier :
+         {Earlier{"18", "123456", late}, Earlier{"18", "999999", late}, Earlier{"16", "123456", late},
+          Earlier{"17", "123456", simulator::Fault::slowBody(300ms)}}) {
+        SCOPED_TRACE(std::string{earlier.version} + " with " + earlier.code);
+        service.inject(simulator::Endpoint::join, earlier.fault, simulator::Calls::first(1));
+        const auto other = KivoSDK::load("KEY", earlier.version);
+        const auto asked = service.requests().size();
+        test::Collected<IdvOutcome> outcomes;
+        other->join(earlier.code, config(), outcomes.completion());
+        ASSERT_TRUE(service.waitForRequests(asked + 1, 60s));
+        const auto later = join(*session);
+        ASSERT_TRUE(later.succeeded(IdvEvents::JOIN_SESSION));
+        ASSERT_TRUE(outcomes.seen().empty());
+
+        ASSERT_EQ(outcomes.wait().size(), 1U);
+        EXPECT_EQ(outcomes.wait()[0].outcome, IdvOutcome{std::unexpected{ResponseCode::INVALID_JOIN_SESSION}});
+        EXPECT_EQ(other->lastFailure()->kind, FailureKind::overtaken);
+        const auto status = answerTo([&](auto response) { session->status(response); });
+        ASSERT_TRUE(status.succeeded(IdvEvents::SESSION_STATUS));
+        EXPECT_EQ((*status.outcome)->data(), (*later.outcome)->data());
+        EXPECT_TRUE(answerTo([&](auto response) {
+                        session->update("inform", "on", response);
+                    }).succeeded(IdvEvents::UPDATE_SESSION));
+    }
+    EXPECT_TRUE(requestsTo(simulator::Endpoint::update).size() == 4) << "the session was told of a failure not its own";
+}
+
 TEST_F(SessionConcurrency, HangingNoticesHoldUpNoRequest) {
     constexpr int asManyAsAServerGets = 6;
     const auto session = KivoSDK::load("KEY", "18");

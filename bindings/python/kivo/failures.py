@@ -14,6 +14,7 @@ class Failure(Exception):
     message: str  #: in English, for hosts without a text of their own
     kind: FailureKind
     cause: str  #: one sentence for the person who reads the host's log
+    is_cancellation: bool  #: whether the person has left a screen, and nothing went wrong
 
     def __init__(self, code: Code, kind: FailureKind, cause: str) -> None:
         super().__init__(code, kind, cause)
@@ -23,6 +24,7 @@ class Failure(Exception):
         self.message = string_of(response.message)
         self.kind = kind
         self.cause = cause
+        self.is_cancellation = bool(lib.kivo_response_code_is_cancellation(code))
 
     def __str__(self) -> str:
         return f"{self.name} ({string_of(lib.kivo_failure_kind_name(self.kind))}): {self.cause}"

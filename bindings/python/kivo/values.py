@@ -58,13 +58,14 @@ class LinuxOptions:
     data_folder: str | os.PathLike[str] = ""  #: the folder of the session; it must belong to this user
     trusted_certificates: str | os.PathLike[str] = ""  #: a file (PEM) that replaces the system's store
     camera_pipeline: str = ""  #: the GStreamer pipeline that gives the camera's pictures
+    language: str = ""  #: the person's language, such as "de"; otherwise that of LC_ALL, LC_MESSAGES or LANG
 
     def install(self) -> None:
         """Puts the services with these places in force, before any other call but the log's."""
         on_main_thread()
         paths = {name: text_of(os.fspath(getattr(self, name)), name)
                  for name in ("main_bundle", "data_folder", "trusted_certificates")}
-        check(lib.kivo_linux_install(structure("kivo_linux_options", **paths, **_texts(self, "camera_pipeline"))))
+        check(lib.kivo_linux_install(structure("kivo_linux_options", **paths, **_texts(self, "camera_pipeline", "language"))))
 
 
 @dataclasses.dataclass(frozen=True)

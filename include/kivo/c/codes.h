@@ -90,6 +90,10 @@ typedef struct kivo_response_code {
     kivo_text generic_message;
 } kivo_response_code;
 
+/** Whether the code tells that somebody did not want to go on, and nothing went wrong: the person has left a screen or
+ * the vendor's library, or the host has given a request up. False for any other integer. Any thread. */
+KIVO_C_EXPORT bool kivo_response_code_is_cancellation(int32_t code);
+
 /** The failure of that number; null when no failure has the number. Any thread. */
 KIVO_C_EXPORT const kivo_response_code* kivo_response_code_of(int32_t code);
 

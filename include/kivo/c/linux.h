@@ -20,6 +20,8 @@ typedef struct kivo_linux_options {
     kivo_text trusted_certificates;
     /** The GStreamer pipeline that gives the camera's pictures. Default: the first camera. */
     kivo_text camera_pipeline;
+    /** The person's language, such as "de" or "pt_BR". Default: that of `LC_ALL`, `LC_MESSAGES` or `LANG`. */
+    kivo_text language;
 } kivo_linux_options;
 
 /** Puts the services of Linux with these places in force, before any other call but the log's. Null stands for the

@@ -57,6 +57,7 @@ typedef enum kivo_failure_kind KIVO_INT32 {
     KIVO_FAILURE_STORAGE = 12,       /**< The keychain could not store or remove the session. */
     KIVO_FAILURE_SCREEN = 13,        /**< A screen ended without success; the code says how. */
     KIVO_FAILURE_OTHER = 14,         /**< The request was given up, no thread or memory, or an unknown cause. */
+    KIVO_FAILURE_OVERTAKEN = 15,     /**< A join that began later was answered before this one; its session stays. */
 } kivo_failure_kind;
 
 /** The name, such as "timedOut"; empty for another integer. Any thread. The text is never freed. */

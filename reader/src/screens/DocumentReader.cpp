@@ -1,6 +1,7 @@
 #include "screens/Walk.hpp"
 #include "verification/TrustAnchors.hpp"
 
+#include <kivo/platform/Services.hpp>
 #include <kivo/reader/CardSources.hpp>
 #include <kivo/reader/DocumentReader.hpp>
 
@@ -93,7 +94,10 @@ std::expected<void, readid::ReadIDError> DocumentReader::identify(
         anchors = std::move(*read);
     }
     if (!state_->options().cards->isAvailable()) {
-        return refusal(nfcNotSupported, "the service of the card readers does not run; install and start pcscd");
+        constexpr const char* remedy = "the service of the card readers does not run; install and start pcscd";
+        // The host learns the kind alone, and the message of this kind is not logged.
+        platform::services().diagnostics->report("document reader", remedy);
+        return refusal(nfcNotSupported, remedy);
     }
     const auto walk = std::make_shared<Walk>(*flow, state_->parts(std::move(anchors)), std::move(handler));
     const bool withInstructions = state_->instructs(*flow);

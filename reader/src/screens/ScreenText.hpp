@@ -20,6 +20,7 @@ inline constexpr auto screenTexts = std::to_array<std::string_view>({
     "Have your document at hand",
     "This is how the reading goes:",
     "Show the lines of the document to the camera, or type three values.",
+    "Type three values, which are printed on the document.",
     "Lay the document on the card reader.",
     "Leave the document there until all is read.",
     "Show the page to the camera",

@@ -90,7 +90,9 @@ void Walk::showInstructions() {
         std::string_view identifier;
         ScreenText text;
     } steps[] = {
-        {"Aim", "Show the lines of the document to the camera, or type three values."},
+        {"Aim", parts_.makeZoneReader
+                    ? ScreenText{"Show the lines of the document to the camera, or type three values."}
+                    : ScreenText{"Type three values, which are printed on the document."}},
         {"Lay", "Lay the document on the card reader."},
         {"Wait", "Leave the document there until all is read."},
     };

@@ -9,6 +9,7 @@
 #include <kivo/platform/Keychain.hpp>
 #include <kivo/platform/Text.hpp>
 
+#include <algorithm>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -51,13 +52,16 @@ std::optional<std::string> faceMapSetting(std::string_view key) {
     return settingIn(session->idpFaceMap, key);
 }
 
-/// The session decoded last, and the stored bytes that the session was decoded from.
+/// The session decoded last, the stored bytes that the session was decoded from, and the order of the joins.
 struct LastSession {
     std::mutex mutex;
     std::optional<std::string> answer;
     /// Null also before the answer is decoded.
     std::shared_ptr<const ActivationResponse> session;
     bool isDecoded = false;
+    /// The last join that began, and the last one whose answer was stored.
+    JoinNumber begun = 0;
+    JoinNumber stored = 0;
 
     static LastSession& ofProcess() {
         return platform::Process::current().part<LastSession>([] { return new LastSession; });
@@ -106,7 +110,19 @@ void settleStoredJoinAnswer() {
     std::ignore = KeychainWrapper::standard().setAll({});
 }
 
-bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode) {
+JoinNumber nextJoinNumber() {
+    auto& last = LastSession::ofProcess();
+    const std::scoped_lock lock{last.mutex};
+    return ++last.begun;
+}
+
+bool isOvertaken(JoinNumber join) {
+    auto& last = LastSession::ofProcess();
+    const std::scoped_lock lock{last.mutex};
+    return join < last.stored;
+}
+
+bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode, JoinNumber join) {
     const auto refusal = json::refusalOf(answer);
     if (refusal && refusal->isBeyondLimits()) {
         log::error("getJoin(codeValue:completion:)", "The join answer is too large or too deep to be read.");
@@ -127,6 +143,7 @@ bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> ac
     auto& last = LastSession::ofProcess();
     const std::scoped_lock lock{last.mutex};
     last.replace(std::string{answer});
+    last.stored = std::max(last.stored, join);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Models/SessionKeys.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,10 +21,20 @@ bool emptyStoredJoinAnswer();
 /// Waits until an emptied join answer is on the disk.
 void settleStoredJoinAnswer();
 
+/// The place of a join in the order in which the joins of all interface versions began; the first is 1.
+using JoinNumber = std::uint64_t;
+
+/// The number of a join that begins. Any thread.
+JoinNumber nextJoinNumber();
+
+/// Whether the answer to a later join is stored already: the answer to this join would put an older session in place of
+/// the newer one. Any thread.
+bool isOvertaken(JoinNumber join);
+
 /// Replaces the stored join answer and, if given, the stored activation code. False, with an error line, if the answer
 /// could not be stored or is beyond the limits of the reader, because every later operation reads the stored answer
 /// again.
-bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode = {});
+bool storeJoinAnswer(std::string_view answer, std::optional<std::string_view> activationCode = {}, JoinNumber join = 0);
 
 /// Deletes the stored join answer. False when there was no answer, and, with an error line, on failure.
 bool removeStoredJoinAnswer();

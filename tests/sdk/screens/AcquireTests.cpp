@@ -1,3 +1,4 @@
+#include "Configuration/environment/SdkBundle.hpp"
 #include "impl/SessionAPI.hpp"
 #include "support/HostScreenFixture.hpp"
 #include "support/ScriptedBackend.hpp"
@@ -114,8 +115,13 @@ TEST_F(Acquire, NeedsAWindowOrANavigationStackThatMayComeToOne) {
 TEST_F(Acquire, FailsWhereTheHostsBundleHasNoLayout) {
     for (const auto object : {AcquisitionObject::nfcScan, AcquisitionObject::mrzScan, AcquisitionObject::facemapScan,
                               AcquisitionObject::ocrScan}) {
-        acquire(*make(), object, host);
+        const auto api = make();
+        acquire(*api, object, host);
         EXPECT_THAT(ears->heard, ElementsAre("UNKNOWN_ERROR"));
+        EXPECT_THAT(api->lastFailure()->text,
+                    testing::AllOf(
+                        HasSubstr("The host's bundle has no ZORFramework.storyboard"),
+                        HasSubstr(sdkBundle()->pathForResource("ZORFramework", "storyboard")->parent_path().string())));
     }
     acquire(*make(InterfaceVersion::v140), AcquisitionObject::ocrScan, host);
     EXPECT_THAT(ears->heard, IsEmpty()) << "the first versions do not know the ID scan";
@@ -145,8 +151,10 @@ TEST_F(AcquireFromAnotherLayout, SaysWhatIsWrongWithAStoryboardThatDoesNotFit) {
             folder.write("Sdk.bundle/ZORFramework.storyboard", row.storyboard);
         }
         testing::internal::CaptureStdout();
-        acquireCode(*make(), host);
+        const auto api = make();
+        acquireCode(*api, host);
         EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr(row.complaint));
+        EXPECT_THAT(api->lastFailure()->text, HasSubstr(row.complaint));
         EXPECT_THAT(ears->heard, ElementsAre("UNKNOWN_ERROR")) << row.complaint;
         EXPECT_TRUE(isOnTop(host));
     }

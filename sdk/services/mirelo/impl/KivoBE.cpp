@@ -55,12 +55,19 @@ std::unexpected<Failure> withoutSession(ResponseCode code) {
     return failed(code, FailureKind::noSession, "No session is stored, or the stored session cannot be read.");
 }
 
+std::unexpected<Failure> overtaken() {
+    return failed(ResponseCode::INVALID_JOIN_SESSION, FailureKind::overtaken,
+                  "A later join was answered first; its answer stays in place.");
+}
+
 std::unexpected<Failure> withoutNetwork() {
     return failed(ResponseCode::NETWORK_ERROR, FailureKind::noNetwork, "The device has no network.");
 }
 
 std::unexpected<Failure> withoutAttempts() {
-    return failed(ResponseCode::RETRY_LIMIT_REACHED, FailureKind::noAttempts, "No attempt remains for an upload.");
+    return failed(ResponseCode::RETRY_LIMIT_REACHED, FailureKind::noAttempts,
+                  "No attempt remains for an upload; a join in this process brings attempts where its answer names a "
+                  "limit.");
 }
 
 } // namespace
@@ -163,22 +170,25 @@ void KivoBE::getJoin(std::string codeValue, BackendCompletion completion) {
         .add(RequestKeys::deviceCode, joined.deviceCode)
         .add(RequestKeys::appInfo, std::move(json::ObjectText{}.addAll(Environment::applicationInformation())))
         .add(RequestKeys::appConfig, std::move(json::ObjectText{}.addAll(joined.appConfigDictionary)));
-    NetworkManager::shared().sendRequest(
-        deploymentInForce()->joinPage(joined.environment), std::move(body),
-        [this, completion = std::move(completion), codeValue = std::move(codeValue)](NetworkManager::Answer answer) {
-            completion(judgeJoin(storeAnswer(std::move(answer), codeValue)));
-        });
+    NetworkManager::shared().sendRequest(deploymentInForce()->joinPage(joined.environment), std::move(body),
+                                         [this, completion = std::move(completion), codeValue = std::move(codeValue),
+                                          join = nextJoinNumber()](NetworkManager::Answer answer) {
+                                             completion(judgeJoin(storeAnswer(std::move(answer), codeValue, join)));
+                                         });
 }
 
-KivoBE::JoinDone KivoBE::storeAnswer(NetworkManager::Answer answer, std::string_view codeValue) {
+KivoBE::JoinDone KivoBE::storeAnswer(NetworkManager::Answer answer, std::string_view codeValue, JoinNumber join) {
     constexpr auto invalid = ResponseCode::INVALID_JOIN_SESSION;
+    if (isOvertaken(join)) {
+        return overtaken();
+    }
     if (!answer) {
         return std::unexpected{answer.error().failure(invalid)};
     }
     if (!text::isUtf8(*answer)) {
         return failed(invalid, FailureKind::answer, "The answer to the join is not UTF-8 text.");
     }
-    if (!storeJoinAnswer(*answer, codeValue)) {
+    if (!storeJoinAnswer(*answer, codeValue, join)) {
         return failed(invalid, FailureKind::storage,
                       "The answer to the join could not be stored; an error line names the reason.");
     }

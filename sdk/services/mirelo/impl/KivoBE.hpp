@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Configuration/session/StoredSession.hpp"
 #include "Models/InterfaceVersion.hpp"
 #include "Models/SessionKeys.hpp"
 #include "NetworkManager/NetworkManager.hpp"
@@ -50,7 +51,7 @@ private:
     std::string description() const;
     /// Sends the join of the current fields, stores the answer with `codeValue`, and judges it.
     void getJoin(std::string codeValue, BackendCompletion completion);
-    static JoinDone storeAnswer(NetworkManager::Answer answer, std::string_view codeValue);
+    static JoinDone storeAnswer(NetworkManager::Answer answer, std::string_view codeValue, JoinNumber join);
     BackendOutcome judgeJoin(JoinDone done) const;
     /// The outcome of a join that brought no answer; the former session, which the join has emptied, leaves the disk.
     BackendOutcome withoutJoin(Failure failure) const;

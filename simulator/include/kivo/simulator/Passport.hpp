@@ -143,7 +143,8 @@ public:
     /// What is wrong.
     std::optional<ChipFault> fault() const;
 
-    /// The lines of the zone, and what opens the chip: number, dates as six digits, card access number.
+    /// The lines of the zone, and what opens the chip: number, dates as six digits (year,
+    /// month, day, as in the zone), card access number. A person types the dates otherwise: "12.08.1974".
     const std::vector<std::string>& zone() const;
     std::string documentNumber() const;
     std::string dateOfBirth() const;
