@@ -46,8 +46,8 @@ public:
     /// Whether the document screen shows the activity overlay while the service is notified of a reading.
     bool enableActivityIndicator = true;
 
-    /// "Karbon-Medium" at 32 points, absent where that font is not installed. Without this font a title has the system's
-    /// font at 32 points, but on the last screen (`FinalStatusVC`) at 22.
+    /// "Karbon-Medium" at 32 points, absent where that font is not installed. Without this font a title has the
+    /// system's font at 32 points, but on the last screen (`FinalStatusVC`) at 22.
     std::optional<platform::Font> screenTitleFont;
     /// "Kivo.HeaderTextColor", else system blue.
     platform::Color screenTitleColor;

@@ -65,7 +65,8 @@ class LinuxOptions:
         on_main_thread()
         paths = {name: text_of(os.fspath(getattr(self, name)), name)
                  for name in ("main_bundle", "data_folder", "trusted_certificates")}
-        check(lib.kivo_linux_install(structure("kivo_linux_options", **paths, **_texts(self, "camera_pipeline", "language"))))
+        texts = _texts(self, "camera_pipeline", "language")
+        check(lib.kivo_linux_install(structure("kivo_linux_options", **paths, **texts)))
 
 
 @dataclasses.dataclass(frozen=True)
