@@ -36,7 +36,7 @@ struct Readings {
         const auto stops = underWay;
         // A stop may call into the card service, or wake a thread that ends its reading.
         lock.unlock();
-        for (auto stop : stops) {
+        for (const auto& stop : stops) {
             stop.request_stop();
         }
         lock.lock();
