@@ -25,8 +25,8 @@ public:
     CurlTurns& turns() { return turns_; }
 
     /// Ends the connection from `localPort` to `peer` when the server leaves bytes unconfirmed for `patience`.
-    /// Otherwise the kernel sends over a dead connection for a quarter of an hour, and so does every request that
-    /// shares it.
+    /// Otherwise the kernel tries a dead connection for a quarter of an hour, and every request on the connection
+    /// waits.
     void limitSilence(std::string_view peer, int localPort, std::chrono::milliseconds patience);
 
     /// Whether the server has ended the connection from `localPort` to `peer`. With `isSilent`, any byte that the

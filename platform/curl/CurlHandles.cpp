@@ -62,8 +62,8 @@ void setCommonOptions(CurlOptions& options) {
     options.set(CURLOPT_SSL_VERIFYHOST, 2L);
     options.set(CURLOPT_TCP_NODELAY, 1L);
     options.set(CURLOPT_TCP_KEEPALIVE, 1L);
-    // The first probe leaves after a minute without a byte. If the server does not confirm it, the second ends the
-    // connection (TCP_USER_TIMEOUT).
+    // The first probe leaves after a minute without a byte. The second ends a connection whose server has not confirmed
+    // the first (TCP_USER_TIMEOUT).
     options.set(CURLOPT_TCP_KEEPINTVL, 15L);
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     // An empty name turns the session's shared cookie jar on, without a file.

@@ -56,8 +56,8 @@ private:
         return !cursor_.refusal();
     }
 
-    /// Reads a value; of an object or an array only the first byte. Such a value stays in place until it is closed:
-    /// what is around it does not grow before.
+    /// Reads a value; of an object or an array only the first byte. An object or array that is being read stays where
+    /// the value lies in memory: the object or array around the value gets no further member until the value is whole.
     bool readValue(Value& value) {
         switch (cursor_.kind().value_or(Kind::null)) {
         case Kind::null:

@@ -118,7 +118,7 @@ void ScrollView::setRoom(View& picture, std::optional<double> height, const std:
     }
     picture.pictureHeight_ = height;
     picture.placeBeside_ = beside;
-    // Marks what is between the picture and this view, which is being laid out.
+    // The views from the picture up to this view need a layout. This view is in the middle of its own layout.
     for (auto* view = &picture; view != this; view = view->superview_) {
         view->needsLayout_ = true;
         view->layoutIsPending_ = true;

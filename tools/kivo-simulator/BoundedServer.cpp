@@ -82,7 +82,7 @@ private:
 
     bool waitFor(short event, std::chrono::seconds limit, Clock::time_point end) const {
         end = std::min(end, Clock::now() + limit);
-        // What is ready counts until the end: an answer under way is ended in form when the server stops.
+        // Asks the socket before the server: a server that stops still writes the last bytes of an answer.
         do {
             pollfd wanted{.fd = socket_, .events = event, .revents = 0};
             if (poll(&wanted, 1, static_cast<int>(lookAround.count())) > 0) {

@@ -4,14 +4,14 @@
 
 namespace kivo::reader {
 
-/// A reading on the calling thread, for as long as the object lives. Everything that uses OpenSSL on the thread lives
-/// shorter.
+/// A reading on the calling thread, for as long as the object lives. The thread destroys everything that uses OpenSSL
+/// before this object.
 ///
-/// OpenSSL takes its data down while a process exits. So the exit stops every reading, and waits for the readings for
-/// up to two seconds, except for a reading whose card source has called `exit()` itself.
+/// OpenSSL frees its data while a process exits. The exit therefore stops every reading and waits up to two seconds
+/// for the readings to end, except for a reading whose card source has called `exit()` itself.
 class ReadingUnderWay {
 public:
-    /// Comes before the first reading's thread starts, on any thread and any number of times.
+    /// Call this function before a reading's thread starts. Any thread, any number of times.
     static void prepare();
 
     /// `stop` ends the reading soon. Does not return in a process that is exiting.

@@ -80,8 +80,8 @@ public:
 
     // Appearance.
 
-    /// Whether the view and all in it are out of sight: hidden, which it is not at first, or a picture that makes room
-    /// (`Placement::shareOfDisplay`).
+    /// Whether the view and all its subviews are out of sight: after `setHidden(true)`, and for a picture that makes
+    /// room (`Placement::shareOfDisplay`). False at first.
     bool isHidden() const { return isHidden_ || (pictureHeight_ == 0 && !placeBeside_); }
 
     void setHidden(bool hidden);
