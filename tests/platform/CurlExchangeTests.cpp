@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <atomic>
 #include <latch>
 #include <span>
 
@@ -36,12 +37,17 @@ struct Row {
 /// Sends a request for each row.
 void expectSeen(std::span<const Row> rows, Protocol protocol = Protocol::tls,
                 const UrlSessionConfiguration& configuration = {}) {
-    auto row = rows.begin();
-    TestTlsServer server{[&](const auto&) { return TestReply{row->bytes, row->after, row->filler}; }, protocol};
+    std::atomic<const Row*> played = nullptr;
+    TestTlsServer server{[&](const auto&) {
+                             const Row& row = *played.load();
+                             return TestReply{row.bytes, row.after, row.filler};
+                         },
+                         protocol};
     const auto session = makeCurlUrlSessions(server.certificateFile())->make(configuration);
-    for (; row != rows.end(); ++row) {
-        EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), row->seen)
-            << testing::PrintToString(row->bytes.substr(0, 60));
+    for (const Row& row : rows) {
+        played = &row;
+        EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), row.seen)
+            << testing::PrintToString(row.bytes.substr(0, 60));
     }
     EXPECT_EQ(server.requests().size(), rows.size()) << "and no redirect is followed of which a part was missing";
 }
