@@ -62,6 +62,8 @@ struct LastSession {
     /// The last join that began, and the last one whose answer was stored.
     JoinNumber begun = 0;
     JoinNumber stored = 0;
+    /// Taken before `mutex`.
+    std::mutex joinAnswers;
 
     static LastSession& ofProcess() {
         return platform::Process::current().part<LastSession>([] { return new LastSession; });
@@ -114,6 +116,10 @@ JoinNumber nextJoinNumber() {
     auto& last = LastSession::ofProcess();
     const std::scoped_lock lock{last.mutex};
     return ++last.begun;
+}
+
+std::unique_lock<std::mutex> lockJoinAnswers() {
+    return std::unique_lock{LastSession::ofProcess().joinAnswers};
 }
 
 bool isOvertaken(JoinNumber join) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,10 @@ using JoinNumber = std::uint64_t;
 
 /// The number of a join that begins. Any thread.
 JoinNumber nextJoinNumber();
+
+/// While the lock is held, no answer to another join is stored: an answer is compared with the stored one, and stored,
+/// in one step. Any thread.
+std::unique_lock<std::mutex> lockJoinAnswers();
 
 /// Whether the answer to a later join is stored already: the answer to this join would put an older session in place of
 /// the newer one. Any thread.

@@ -179,6 +179,7 @@ void KivoBE::getJoin(std::string codeValue, BackendCompletion completion) {
 
 KivoBE::JoinDone KivoBE::storeAnswer(NetworkManager::Answer answer, std::string_view codeValue, JoinNumber join) {
     constexpr auto invalid = ResponseCode::INVALID_JOIN_SESSION;
+    const auto lock = lockJoinAnswers();
     if (isOvertaken(join)) {
         return overtaken();
     }
