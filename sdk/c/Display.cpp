@@ -37,11 +37,6 @@ platform::Size sizeOf(double width, double height) {
     return {.width = length(width, 1, "width"), .height = length(height, 1, "height")};
 }
 
-bool isForScreens(AcquisitionObject object) {
-    using enum AcquisitionObject;
-    return object != selfieImage && object != documentMainImage && object != documentBackImage;
-}
-
 } // namespace
 
 void ChangeNotices::viewDidChange(platform::View& /*view*/) {
@@ -130,8 +125,8 @@ kivo_status kivo_display_set_appearance(kivo_display* display, int32_t appearanc
 
 kivo_status kivo_session_set_display(kivo_session* session, kivo_display* display) {
     return c::statusOf(__func__, [&] {
-        const auto& api = c::sessionOf(session);
-        api->setContext(display != nullptr ? c::displayOf(display).start : nullptr);
+        c::sessionOf(session)->setContext(display != nullptr ? c::displayOf(display).start : nullptr);
+        c::setHasDisplay(session, display != nullptr);
     });
 }
 
@@ -140,9 +135,7 @@ kivo_status kivo_session_acquire(kivo_session* session, kivo_object object, kivo
     return c::statusOf(__func__, [&] {
         const auto& api = c::sessionOf(session);
         const auto wanted = c::enumeratorOf<AcquisitionObject>(object, "object");
-        if (!c::isForScreens(wanted)) {
-            throw c::Misuse{"object is for uploads only"};
-        }
+        c::requireScreen(session, wanted);
         api->acquire(wanted, nullptr, c::screenCompletion(api, answer, std::move(user)));
     });
 }

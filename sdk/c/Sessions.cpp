@@ -1,5 +1,6 @@
 #include "c/Sessions.hpp"
 
+#include "Models/InterfaceVersion.hpp"
 #include "platform/base/Process.hpp"
 #include "platform/c/Arguments.hpp"
 
@@ -14,6 +15,7 @@
 struct kivo_session {
     /// Null until the host opens the version.
     std::shared_ptr<kivo::KivoAPI> api;
+    bool hasDisplay = false;
 };
 
 namespace kivo::c {
@@ -27,6 +29,21 @@ std::vector<kivo_session>& handles() {
 
 std::string_view orNewest(std::string_view version) {
     return version.empty() ? SdkVersions::all().back() : version;
+}
+
+std::size_t placeOf(const kivo_session* handle) {
+    auto& all = handles();
+    const auto found = std::ranges::find_if(
+        all, [&](const kivo_session& each) { return &each == notNull(handle, "session") && each.api; });
+    if (found == all.end()) {
+        throw Misuse{"session is not a handle of kivo_session_open"};
+    }
+    return static_cast<std::size_t>(std::distance(all.begin(), found));
+}
+
+bool isForUploads(AcquisitionObject object) {
+    using enum AcquisitionObject;
+    return object == selfieImage || object == documentMainImage || object == documentBackImage;
 }
 
 } // namespace
@@ -53,13 +70,24 @@ kivo_session* openedSession(std::string_view key, std::string_view version) {
 }
 
 const std::shared_ptr<KivoAPI>& sessionOf(const kivo_session* handle) {
-    const auto& all = handles();
-    const auto found = std::ranges::find_if(
-        all, [&](const kivo_session& each) { return &each == notNull(handle, "session") && each.api; });
-    if (found == all.end()) {
-        throw Misuse{"session is not a handle of kivo_session_open"};
+    return handles()[placeOf(handle)].api;
+}
+
+void setHasDisplay(const kivo_session* handle, bool hasDisplay) {
+    handles()[placeOf(handle)].hasDisplay = hasDisplay;
+}
+
+void requireScreen(const kivo_session* handle, AcquisitionObject object) {
+    const auto place = placeOf(handle);
+    if (isForUploads(object)) {
+        throw Misuse{"object is for uploads only"};
     }
-    return found->api;
+    if (object == AcquisitionObject::ocrScan && !interfaceVersions.at(place).session.presentsIdScan) {
+        throw Misuse{"the session's interface version has no screen for ID cards; open version 16 or later"};
+    }
+    if (!handles()[place].hasDisplay) {
+        throw Misuse{"the session has no display; call kivo_session_set_display first"};
+    }
 }
 
 } // namespace kivo::c

@@ -17,4 +17,11 @@ kivo_session* openedSession(std::string_view key, std::string_view version);
 /// The session behind a pointer of the host. Refuses a pointer that is no session, and never reads through the pointer.
 const std::shared_ptr<KivoAPI>& sessionOf(const kivo_session* handle);
 
+/// Notes whether the host shows the session's screens on a display.
+void setHasDisplay(const kivo_session* handle, bool hasDisplay);
+
+/// Refuses what the session API would pass over without an answer: a screen for an object that is for uploads only, or
+/// that the interface version has no screen for, or without a display.
+void requireScreen(const kivo_session* handle, AcquisitionObject object);
+
 } // namespace kivo::c

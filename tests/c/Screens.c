@@ -69,9 +69,14 @@ int main(int count, char** arguments) {
     CHECK(kivo_display_set_margins(host.display, -1, 0, 0, 0) == KIVO_MISUSE);
     CHECK(kivo_display_set_reading_size(host.display, 12) == KIVO_MISUSE);
     CHECK(kivo_display_on_change(host.display, on_change, &host, on_release) == KIVO_OK);
-    CHECK(kivo_session_set_display(session, host.display) == KIVO_OK);
     const kivo_answer answer = {.call = on_answer, .user = &host, .release = on_release};
-    CHECK(kivo_session_acquire(session, KIVO_OBJECT_SELFIE_IMAGE, answer) == KIVO_MISUSE && host.releases == 1);
+    CHECK(kivo_session_acquire(session, KIVO_OBJECT_ACTIVATION_CODE, answer) == KIVO_MISUSE && host.releases == 1);
+    CHECK(kivo_session_set_display(session, host.display) == KIVO_OK);
+    CHECK(kivo_session_acquire(session, KIVO_OBJECT_SELFIE_IMAGE, answer) == KIVO_MISUSE && host.releases == 2);
+    kivo_session* old = kivo_session_open(KIVO_TEXT("EXAMPLE-KEY"), KIVO_TEXT("15"));
+    CHECK(kivo_session_set_display(old, host.display) == KIVO_OK);
+    CHECK(kivo_session_acquire(old, KIVO_OBJECT_OCR_SCAN, answer) == KIVO_MISUSE && host.releases == 3);
+    CHECK(kivo_session_set_display(old, NULL) == KIVO_OK);
     CHECK(kivo_session_acquire(session, KIVO_OBJECT_ACTIVATION_CODE, answer) == KIVO_OK);
 
     CHECK(comes_to_show(&host, "\"text\":\"Welcome\""));
@@ -104,6 +109,6 @@ int main(int count, char** arguments) {
     CHECK(kivo_session_set_display(session, NULL) == KIVO_OK);
     kivo_display_free(host.display);
     kivo_display_free(NULL);
-    CHECK(kivo_display_snapshot(host.display) == NULL && host.releases == 2);
+    CHECK(kivo_display_snapshot(host.display) == NULL && host.releases == 4);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -79,7 +79,8 @@ class Session:
 
     def acquire(self, subject: AcquisitionObject, on_answer: Callable[[Result | Failure], None]) -> None:
         """Shows the screen that acquires `subject`. `on_answer` is called on the loop as often as the screen has
-        something to tell, until the next call takes its place."""
+        something to tell, until the next call takes its place. Without a display, or for a `subject` without a
+        screen, raises `ValueError`."""
         user = register(on_loop(running_loop(), on_answer))
         try:
             check(lib.kivo_session_acquire(self._handle, AcquisitionObject(subject), answer_to(user)))

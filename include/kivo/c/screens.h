@@ -40,8 +40,8 @@ KIVO_C_EXPORT kivo_status kivo_session_set_display(kivo_session* session, kivo_d
 
 /** Shows the screen that acquires `object`. The screen answers as often as it has something to tell: a person can
  * deliver a code and then close the screen. `answer.user` is released when the next call takes the place of this
- * answer. Without a display nothing is shown and nothing is answered. `KIVO_MISUSE` for an object that is for uploads
- * only. */
+ * answer. `KIVO_MISUSE` without a display, for an object that is for uploads only, and for `KIVO_OBJECT_OCR_SCAN`
+ * before interface version 16: nothing is shown then, and the former answer stays. */
 KIVO_C_EXPORT kivo_status kivo_session_acquire(kivo_session* session, kivo_object object, kivo_answer answer);
 
 /** Takes every screen away, back to the empty one. */
