@@ -35,6 +35,7 @@ def test_a_failure_says_why(session):
     failure = refused.value
     assert (failure.code, failure.kind) == (kivo.Code.STATUS_INVALID_ACTIVATION_CODE, kivo.FailureKind.REFUSED)
     assert failure.name == "STATUS_INVALID_ACTIVATION_CODE" and failure.message and failure.cause
+    assert f"{failure.kind} {failure.kind!s:>8}" == "REFUSED  REFUSED" and not failure.is_cancellation
     assert str(session.last_failure) == str(failure) and "000000" not in repr(failure)
     session.reset()
     with pytest.raises(kivo.NoSession):
@@ -95,7 +96,9 @@ def test_a_person_types_a_code_and_leaves(session):
             assert display.type("textFieldDigitOne", "12A456") and not display.tap("noSuchView")
             told = await heard.get()
             assert told == kivo.Result(kivo.Event.SCAN_QR_CODE, "12A456") and "12A" not in repr(told)
-            assert display.tap("closeButton") and (await heard.get()).code == kivo.Code.CANCELLED_BY_USER
+            assert display.tap("closeButton")
+            told = await heard.get()
+            assert told.code == kivo.Code.CANCELLED_BY_USER and told.is_cancellation
         pytest.raises(ValueError, display.snapshot)
 
     asyncio.run(asyncio.wait_for(host(), 20))
