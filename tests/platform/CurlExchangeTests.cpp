@@ -1,7 +1,6 @@
-#include "platform/curl/CurlUrlSession.hpp"
 #include "support/Answers.hpp"
+#include "support/CurlSessions.hpp"
 #include "support/Http2Frames.hpp"
-#include "support/TestTlsServer.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,10 +21,6 @@ using Protocol = TestTlsServer::Protocol;
 
 const std::string head = "HTTP/1.1 200 OK\r\n";
 
-std::string resetWith(std::uint32_t code) {
-    return http2::frame(http2::Type::resetStream, 0, http2::number(code));
-}
-
 /// What a server does with a request, and what its session makes of that.
 struct Row {
     std::string bytes;
@@ -43,7 +38,7 @@ void expectSeen(std::span<const Row> rows, Protocol protocol = Protocol::tls,
                              return TestReply{row.bytes, row.after, row.filler};
                          },
                          protocol};
-    const auto session = makeCurlUrlSessions(server.certificateFile())->make(configuration);
+    const auto session = sessionFor(server, configuration);
     for (const Row& row : rows) {
         played = &row;
         EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), row.seen)
@@ -87,10 +82,10 @@ TEST(CurlAnswer, CountsOnHttp2WhenItsStreamCameToItsEnd) {
     const Row rows[] = {
         {http2::head() + abc + end, "200 abcdef?", open},
         {http2::head("6") + abc + end, "200 abcdef", open},
-        {http2::head("6") + abc + resetWith(0), "connectionLost", open},
-        {http2::head() + abc + resetWith(2), "connectionLost", open},
-        {http2::head() + abc + resetWith(8), "connectionLost", open},
-        {resetWith(0), "connectionLost", open},
+        {http2::head("6") + abc + http2::resetWith(0), "connectionLost", open},
+        {http2::head() + abc + http2::resetWith(2), "connectionLost", open},
+        {http2::head() + abc + http2::resetWith(8), "connectionLost", open},
+        {http2::resetWith(0), "connectionLost", open},
         {http2::head() + abc, "connectionLost"},
         {http2::head() + abc, "connectionLost", After::reset},
         {http2::head("99999999999999999999") + abc + end, "connectionLost", open},
@@ -128,14 +123,6 @@ TEST(CurlAnswer, IsBoundedInHeadTrailersAndBody) {
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 40'000) << "kilobytes of memory at its peak";
 }
 
-std::string http2Answer() {
-    return http2::head("0") + http2::frame(http2::Type::data, http2::endStream, "");
-}
-
-std::shared_ptr<UrlSession> sessionFor(const TestTlsServer& server) {
-    return makeCurlUrlSessions(server.certificateFile())->make({});
-}
-
 UrlRequest upload(const TestTlsServer& server) {
     return {.url = server.url(), .method = "POST", .body = "upload"};
 }
@@ -156,15 +143,15 @@ TEST(CurlSending, SendsNothingTwiceWhenAUsedConnectionEndsWithoutAnAnswer) {
         {Protocol::tls, {"", After::cut}},
         {Protocol::http2, {"", After::reset}},
         {Protocol::http2, {"", After::close}},
-        {Protocol::http2, {resetWith(refusedStream)}},
-        {Protocol::http2, {resetWith(http1Required)}},
+        {Protocol::http2, {http2::resetWith(refusedStream)}},
+        {Protocol::http2, {http2::resetWith(http1Required)}},
         {Protocol::http2, {goodbye, After::close}, "connectionLost"},
     };
 
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
         std::atomic<int> count = 0;
-        const TestReply usual = row.protocol == Protocol::http2 ? TestReply{http2Answer()} : reply(200);
+        const TestReply usual = row.protocol == Protocol::http2 ? TestReply{http2::answer("")} : reply(200);
         TestTlsServer server{[&](const auto&) { return ++count == 1 ? usual : row.last; }, row.protocol};
         const auto session = sessionFor(server);
         ASSERT_EQ(summary(exchange(*session, upload(server))), "200 ");
@@ -206,9 +193,9 @@ TEST(CurlSending, TakesAFreshConnectionWhereTheServerHasEndedTheIdleOne) {
         Protocol protocol;
         TestReply reply;
     } rows[] = {
-        {Protocol::tls, {reply(200).bytes, After::close}}, {Protocol::tls, {reply(200).bytes, After::cut}},
-        {Protocol::tls, {reply(200).bytes, After::reset}}, {Protocol::http2, {http2Answer(), After::close}},
-        {Protocol::http2, {http2Answer(), After::cut}},
+        {Protocol::tls, {reply(200).bytes, After::close}},  {Protocol::tls, {reply(200).bytes, After::cut}},
+        {Protocol::tls, {reply(200).bytes, After::reset}},  {Protocol::http2, {http2::answer(""), After::close}},
+        {Protocol::http2, {http2::answer(""), After::cut}},
     };
 
     for (const auto& row : rows) {

@@ -1,8 +1,7 @@
 #include "platform/curl/CurlServers.hpp"
-#include "platform/curl/CurlUrlSession.hpp"
 #include "support/Answers.hpp"
+#include "support/CurlSessions.hpp"
 #include "support/Http2Frames.hpp"
-#include "support/TestTlsServer.hpp"
 
 #include <gtest/gtest.h>
 
@@ -18,21 +17,6 @@ using After = TestReply::After;
 using Protocol = TestTlsServer::Protocol;
 using enum http2::Type;
 
-constexpr std::size_t limit = 65'536;
-
-std::shared_ptr<UrlSession> sharingSession(const TestTlsServer& server,
-                                           std::shared_ptr<UrlSessionDelegate> judge = {}) {
-    return makeCurlUrlSessions(server.certificateFile())->make({.responseLimit = limit}, std::move(judge));
-}
-
-std::string answer(const std::string& body = "a") {
-    return http2::head(std::to_string(body.size())) + http2::frame(data, http2::endStream, body);
-}
-
-std::string resetWith(std::uint32_t code) {
-    return http2::frame(resetStream, 0, http2::number(code));
-}
-
 /// The stream of the request that comes as the `count`th over its connection.
 std::uint32_t streamOf(int count) {
     return static_cast<std::uint32_t>(2 * count - 1);
@@ -44,9 +28,9 @@ TEST(CurlHttp2, SendsManyRequestsOverOneConnection) {
     std::atomic<int> count = 0;
     // The first answer comes when six requests are under way.
     const auto hold = [&](const auto&) {
-        TestReply reply{++count > atOnce ? answer() : ""};
+        TestReply reply{++count > atOnce ? http2::answer() : ""};
         for (int i = 1; count == atOnce && i <= atOnce; ++i) {
-            reply.bytes += http2::onStream(answer(), streamOf(i));
+            reply.bytes += http2::onStream(http2::answer(), streamOf(i));
         }
         return reply;
     };
@@ -89,7 +73,7 @@ TEST(CurlHttp2, LeavesSixConnectionsToAServerWithoutIt) {
 TEST(CurlHttp2, FailsWhatAFaultHitsOnceAndNothingElse) {
     const auto begin = http2::head() + http2::frame(data, 0, "ab");
     std::string tooMuch = http2::head();
-    while (tooMuch.size() < limit + 16'000) {
+    while (tooMuch.size() < shortAnswers + 16'000) {
         tooMuch += http2::frame(data, 0, std::string(16'000, 'x'));
     }
     const auto goAwayAfter = [](std::uint32_t stream) {
@@ -106,14 +90,14 @@ TEST(CurlHttp2, FailsWhatAFaultHitsOnceAndNothingElse) {
         std::vector<std::string> seen;
         int connections;
     } rows[] = {
-        {begin + resetWith(2), true, After::keepOpen, {lost, "200 b", "200 c"}, 1},
-        {resetWith(0), true, After::keepOpen, {lost, "200 b", "200 c"}, 1},
+        {begin + http2::resetWith(2), true, After::keepOpen, {lost, "200 b", "200 c"}, 1},
+        {http2::resetWith(0), true, After::keepOpen, {lost, "200 b", "200 c"}, 1},
         {tooMuch, true, After::keepOpen, {"answerTooLarge", "200 b", "200 c"}, 1},
-        {resetWith(7), true, After::keepOpen, {lost, "200 b", "200 c"}, 2},
-        {resetWith(13), true, After::keepOpen, {lost, "200 b", "200 c"}, 2},
-        {goAwayAfter(streamOf(2)) + answer(), false, After::keepOpen, {"200 a", lost, lost}, 2},
-        {answer(), false, After::close, {"200 a", lost, lost}, 2},
-        {answer(), false, After::cut, {"200 a", lost, lost}, 2},
+        {http2::resetWith(7), true, After::keepOpen, {lost, "200 b", "200 c"}, 2},
+        {http2::resetWith(13), true, After::keepOpen, {lost, "200 b", "200 c"}, 2},
+        {goAwayAfter(streamOf(2)) + http2::answer(), false, After::keepOpen, {"200 a", lost, lost}, 2},
+        {http2::answer(), false, After::close, {"200 a", lost, lost}, 2},
+        {http2::answer(), false, After::cut, {"200 a", lost, lost}, 2},
         {begin, false, After::reset, {lost, lost, lost}, 2},
     };
 
@@ -123,9 +107,10 @@ TEST(CurlHttp2, FailsWhatAFaultHitsOnceAndNothingElse) {
         const auto serve = [&](const auto&) {
             ++count;
             if (count != 4) {
-                return TestReply{count == 2 || count == 3 ? "" : answer()};
+                return TestReply{count == 2 || count == 3 ? "" : http2::answer()};
             }
-            const auto others = http2::onStream(answer("b"), streamOf(3)) + http2::onStream(answer("c"), streamOf(4));
+            const auto others =
+                http2::onStream(http2::answer("b"), streamOf(3)) + http2::onStream(http2::answer("c"), streamOf(4));
             return TestReply{http2::onStream(row.first, streamOf(2)) + (row.answersOthers ? others : ""), row.after};
         };
         TestTlsServer server{serve, Protocol::http2};
@@ -161,11 +146,11 @@ TEST(CurlHttp2, GivesUpOneOfManyRequestsAlone) {
                 return TestReply{""};
             case 5:
                 // The request that was given up is answered all the same, between the others.
-                return TestReply{http2::onStream(answer("b"), streamOf(3)) +
-                                 http2::onStream(answer("late"), streamOf(2)) +
-                                 http2::onStream(answer("c"), streamOf(4)) + answer("d")};
+                return TestReply{http2::onStream(http2::answer("b"), streamOf(3)) +
+                                 http2::onStream(http2::answer("late"), streamOf(2)) +
+                                 http2::onStream(http2::answer("c"), streamOf(4)) + http2::answer("d")};
             default:
-                return TestReply{answer()};
+                return TestReply{http2::answer()};
             }
         };
         TestTlsServer server{serve, Protocol::http2};
@@ -210,9 +195,9 @@ struct SlowJudge final : UrlSessionDelegate {
 };
 
 TEST(CurlHttp2, GoesPastRequestsWhoseServerIsStillJudged) {
-    TestTlsServer server{[](const auto&) { return TestReply{answer()}; }, Protocol::http2};
+    TestTlsServer server{[](const auto&) { return TestReply{http2::answer()}; }, Protocol::http2};
     const auto judge = std::make_shared<SlowJudge>();
-    const auto session = makeCurlUrlSessions("/nonexistent")->make({.responseLimit = limit}, judge);
+    const auto session = makeCurlUrlSessions("/nonexistent")->make({.responseLimit = shortAnswers}, judge);
     std::vector<Answers> judged(3);
     std::vector<std::shared_ptr<UrlSessionTask>> tasks;
     for (auto& one : judged) {

@@ -1,8 +1,7 @@
-#include "platform/curl/CurlUrlSession.hpp"
 #include "support/Answers.hpp"
+#include "support/CurlSessions.hpp"
 #include "support/Http2Frames.hpp"
 #include "support/OwnNetwork.hpp"
-#include "support/TestTlsServer.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,14 +17,6 @@ using Clock = std::chrono::steady_clock;
 using After = TestReply::After;
 using Protocol = TestTlsServer::Protocol;
 using enum http2::Type;
-
-std::string answer() {
-    return http2::head("1") + http2::frame(data, http2::endStream, "a");
-}
-
-std::shared_ptr<UrlSession> sharingSession(const TestTlsServer& server) {
-    return makeCurlUrlSessions(server.certificateFile())->make({.responseLimit = 65'536});
-}
 
 /// As many copies of a frame as fill a TLS record.
 std::string recordOf(const std::string& frame) {
@@ -59,7 +50,7 @@ TEST(CurlTurns, EndAConnectionWhoseServerSendsNothingButBusywork) {
     TestTlsServer other{[](const auto&) { return reply(200, "other"); }, Protocol::tls, certificate};
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
-        const auto usual = row.protocol == Protocol::http2 ? TestReply{answer()} : reply(200, "a");
+        const auto usual = row.protocol == Protocol::http2 ? TestReply{http2::answer()} : reply(200, "a");
         std::atomic<int> count = 0;
         TestTlsServer server{[&](const auto&) { return ++count == 1 ? row.reply : usual; }, row.protocol, certificate};
         const auto session = sharingSession(server);
@@ -95,7 +86,7 @@ TEST(CurlTurns, RestWhileTheServerAllowsNoByteOfABody) {
     const auto windows =
         http2::frame(windowUpdate, 0, allow, true) + http2::onStream(http2::frame(windowUpdate, 0, allow), 3);
     TestTlsServer server{[&](const std::string& request) {
-                             return TestReply{(request.size() < moreThanAWindow ? windows : "") + answer()};
+                             return TestReply{(request.size() < moreThanAWindow ? windows : "") + http2::answer()};
                          },
                          Protocol::http2};
     const auto session = sharingSession(server);
@@ -118,7 +109,7 @@ TEST(CurlTurns, RestWhileTheServerAllowsNoByteOfABody) {
 struct CurlNetwork : OwnNetwork {};
 
 TEST_F(CurlNetwork, LosesOneRequestOverAConnectionThatHasDied) {
-    TestTlsServer server{[](const auto&) { return TestReply{answer()}; }, Protocol::http2};
+    TestTlsServer server{[](const auto&) { return TestReply{http2::answer()}; }, Protocol::http2};
     const auto session = sharingSession(server);
     const UrlRequest request{.url = server.url(), .timeout = 4s};
     ASSERT_EQ(summary(exchange(*session, request)), "200 a");

@@ -1,8 +1,6 @@
-#include "platform/curl/CurlUrlSession.hpp"
-
 #include "support/Answers.hpp"
+#include "support/CurlSessions.hpp"
 #include "support/Program.hpp"
-#include "support/TestTlsServer.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -24,10 +22,6 @@ using After = TestReply::After;
 // Answers what ends in "quick" and holds everything else.
 TestReply holdAllButQuick(const std::string& request) {
     return request.contains("/quick") ? reply(200) : TestReply{"", After::hold};
-}
-
-std::shared_ptr<UrlSession> sessionFor(const TestTlsServer& server, UrlSessionConfiguration configuration = {}) {
-    return makeCurlUrlSessions(server.certificateFile())->make(std::move(configuration));
 }
 
 TEST(CurlUrlSession, GivesTheHeadersAsTheyCame) {
@@ -133,8 +127,7 @@ std::shared_ptr<UrlSession> judgedSession(const std::shared_ptr<Judge>& judge) {
 TEST(CurlServerTrust, AsksAboutEveryConnectionBeforeItsHandshakeEnds) {
     TestTlsServer server{[](const auto&) { return TestReply{reply(200).bytes, After::close}; }};
     const auto accepting = std::make_shared<Judge>(AuthChallengeDisposition::useCredential);
-    for (const auto& [session, resumptions] :
-         {std::pair{judgedSession(accepting), 0}, {makeCurlUrlSessions(server.certificateFile())->make({}), 1}}) {
+    for (const auto& [session, resumptions] : {std::pair{judgedSession(accepting), 0}, {sessionFor(server), 1}}) {
         for (int i = 0; i < 2; ++i) {
             EXPECT_EQ(summary(exchange(*session, {.url = server.url()})), "200 ");
         }

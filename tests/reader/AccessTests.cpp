@@ -14,8 +14,6 @@ namespace {
 using Lines = std::deque<ScriptedCard::Line>;
 using nlohmann::json;
 
-const Bytes done{0x90, 0x00};
-
 Lines basicAccessLines(const json& example) {
     return {{bytesOf(example["get_challenge_command"]), bytesOf(example["get_challenge_response"])},
             {bytesOf(example["external_authenticate_command"]), bytesOf(example["external_authenticate_response"])}};

@@ -16,8 +16,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const Bytes done{0x90, 0x00};
-
 TEST(Command, HasTheShortestForm) {
     const struct {
         Command command;

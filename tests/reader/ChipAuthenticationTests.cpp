@@ -12,8 +12,6 @@ namespace {
 
 using nlohmann::json;
 
-const Bytes done{0x90, 0x00};
-
 // DG14's set with a key of a standardised group, for these ciphers.
 SecurityInfos chipInfos(const json& example, std::initializer_list<std::uint8_t> ciphers) {
     const bool isElliptic = example["parameter_id"] == 13;

@@ -13,6 +13,9 @@
 
 namespace kivo::reader {
 
+/// The status word of a command that the card has carried out.
+inline const Bytes done{0x90, 0x00};
+
 /// A card that expects these commands, byte for byte, and gives these answers. A card without further lines is gone.
 class ScriptedCard final : public Card {
 public:

@@ -12,16 +12,13 @@ namespace kivo::simulator {
 namespace {
 
 using namespace std::chrono_literals;
+using test::answerTo;
 using test::fromHex;
 using test::hex;
+using test::selectApplication;
 
 // READ BINARY of EF.CardAccess by its short identifier, which no key protects.
 const std::string readCardAccess = "00b09c0000";
-const std::string selectApplication = "00a4040c07a0000002471001";
-
-std::string answerTo(Passport& passport, const std::string& command) {
-    return hex(passport.transmit(fromHex(command)));
-}
 
 TEST(PassportFaults, MeetTheAnswersOfTheChip) {
     Passport passport;

@@ -15,8 +15,10 @@ namespace {
 
 using namespace std::chrono_literals;
 using Json = nlohmann::json;
+using test::answerTo;
 using test::fromHex;
 using test::hex;
+using test::selectApplication;
 
 Json vectors(const std::string& name) {
     return Json::parse(std::ifstream{std::string{KIVO_TEST_DATA} + "/reader/" + name});
@@ -42,12 +44,6 @@ std::function<void(std::span<std::uint8_t>)> numbers(const std::string& inHex) {
 PassportConfiguration bare() {
     return {.furtherGroups = false, .pace = {}, .chipAuthentication = std::nullopt};
 }
-
-std::string answerTo(Passport& passport, const std::string& command) {
-    return hex(passport.transmit(fromHex(command)));
-}
-
-const std::string selectApplication = "00a4040c07a0000002471001";
 
 TEST(Passport, OpensAndReadsAsTheWorkedExampleOfBasicAccess) {
     const auto bac = vectors("bac.json");

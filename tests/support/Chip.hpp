@@ -34,4 +34,12 @@ inline std::string object(const std::string& tag, const std::string& value) {
     return tag + (value.size() >= 256 ? "81" : "") + lengthed(value);
 }
 
+/// SELECT of the application with a travel document's files.
+inline const std::string selectApplication = "00a4040c07a0000002471001";
+
+template <class Chip>
+std::string answerTo(Chip& chip, const std::string& command) {
+    return hex(chip.transmit(fromHex(command)));
+}
+
 } // namespace kivo::test

@@ -84,6 +84,16 @@ inline std::string head(const std::string& length = "") {
     return frame(Type::headers, endHeaders, length.empty() ? "\x88" : "\x88" + announced);
 }
 
+/// A whole answer with the status 200.
+inline std::string answer(const std::string& body = "a") {
+    return head(std::to_string(body.size())) + frame(Type::data, endStream, body);
+}
+
+/// The end of a stream before its answer is whole.
+inline std::string resetWith(std::uint32_t code) {
+    return frame(Type::resetStream, 0, number(code));
+}
+
 /// The server's settings, and its word that it has read the client's.
 inline std::string settings() {
     constexpr std::uint8_t acknowledged = 1;

@@ -94,7 +94,7 @@ TEST_F(Leaving, BringsTheOneOutcomeThatIsDueAndUndoesNothing) {
         if (outcome) {
             backend.outcome = *outcome;
         } else {
-            backend.outcome = std::unexpected{Failure{.code = outcome.error()}};
+            backend.outcome = std::unexpected{kivo::Failure{.code = outcome.error()}};
         }
         api->join("123456", nullptr, {});
     };
