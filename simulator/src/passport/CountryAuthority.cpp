@@ -240,7 +240,7 @@ Bytes CountryAuthority::masterList() const {
 }
 
 void CountryAuthority::save(const std::filesystem::path& folder) const {
-    std::filesystem::create_directories(folder);
+    std::filesystem::create_directory(folder);
     chip::write(folder / (country() + ".cer"), certificate());
     chip::write(folder / (country() + ".crl"), revocationList());
     chip::write(folder / (country() + ".ml"), masterList());

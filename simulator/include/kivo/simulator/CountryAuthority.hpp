@@ -43,8 +43,9 @@ public:
     /// A master list (ICAO Doc 9303 part 12) with the authority's certificate, in DER.
     Bytes masterList() const;
 
-    /// Writes certificate, list of revoked certificates and master list into a folder, which is made where needed:
-    /// UT.cer, UT.crl and UT.ml for Utopia. Throws `std::filesystem::filesystem_error` where a file cannot be written.
+    /// Writes certificate, list of revoked certificates and master list into a folder: UT.cer, UT.crl and UT.ml for
+    /// Utopia. The folder is made where needed, in a folder that is there. Throws `std::filesystem::filesystem_error`
+    /// where a file cannot be written.
     void save(const std::filesystem::path& folder) const;
 
     /// The authority's keys and signers, for the documents that the simulator issues.
