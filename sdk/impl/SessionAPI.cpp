@@ -133,7 +133,7 @@ void SessionAPI::joinWasTold(const BackendOutcome& outcome) {
         validateSendInformCallOnFailure(outcome.error().code);
     }
     if (rules_.resetsCodeBoxes) {
-        withCodeScreen([](QRCodeVC& screen) { screen.resetActivationCodeFields(); });
+        withCodeScreen([reason = outcome.error().kind](QRCodeVC& screen) { screen.resetActivationCodeFields(reason); });
     }
 }
 

@@ -102,8 +102,9 @@ TEST_F(ToldScreen, IsToldInTheOrderOfReadingInEveryState) {
     const auto box = [](int number, const std::string& more = {}) {
         return "EditableText Activation code, character " + std::to_string(number) + " of 6" + more;
     };
-    const std::string refusal = "That did not work. Please check the code and enter it again.";
-    const auto refuse = [this] {
+    const std::string failure = "There is no connection to the service. Check the network, then enter the code again.";
+    const std::string noCamera = "The camera cannot be used here. Type the code instead.";
+    const auto fail = [this] {
         network->setReachable(false);
         session->join("123456", config(), [](const auto&) {});
     };
@@ -126,23 +127,23 @@ TEST_F(ToldScreen, IsToldInTheOrderOfReadingInEveryState) {
          {box(1, " = 7"), box(2, " = a"), box(3, ", focused"), box(4), box(5), box(6), "StaticText or",
           "Button Scan the QR code"},
          "Activation code"},
-        {"a refused code",
-         refuse,
+        {"a code that did not join",
+         fail,
          head,
-         {box(1, ". " + refusal + ", focused"), box(2), box(3), box(4), box(5), box(6), "StaticText " + refusal,
+         {box(1, ". " + failure + ", focused"), box(2), box(3), box(4), box(5), box(6), "StaticText " + failure,
           "StaticText or", "Button Scan the QR code"},
-         refusal},
+         failure},
         {"a question",
          [&] { alert("Leave", navigation); },
          {},
          {"AlertMessage Leave. Really?, modal", "Button OK, focused", "Button Cancel"},
-         refusal},
+         failure},
         {"an answered question",
          [&] { press({Qt::Key_Escape}); },
          head,
-         {box(1, ". " + refusal + ", focused"), box(2), box(3), box(4), box(5), box(6), "StaticText " + refusal,
+         {box(1, ". " + failure + ", focused"), box(2), box(3), box(4), box(5), box(6), "StaticText " + failure,
           "StaticText or", "Button Scan the QR code"},
-         refusal},
+         failure},
         {"a code in one field",
          [&] { showCodeScreen(CodeTextFieldStyle::single); },
          head,
@@ -156,17 +157,17 @@ TEST_F(ToldScreen, IsToldInTheOrderOfReadingInEveryState) {
          head,
          {"EditableText Activation code = ab1234. Code", "StaticText or", "Button Scan the QR code"},
          "Activation code"},
-        {"a refused code in one field",
-         refuse,
+        {"a code that did not join in one field",
+         fail,
          head,
-         {"EditableText Activation code = ab1234. " + refusal + ", focused", "StaticText " + refusal, "StaticText or",
+         {"EditableText Activation code = ab1234. " + failure + ", focused", "StaticText " + failure, "StaticText or",
           "Button Scan the QR code"},
-         refusal},
-        {"a scan",
+         failure},
+        {"a scan without a camera",
          [&] { show("QRCodeScannerVC"); },
          {"Button Back", "Heading QR code", "Button Close"},
-         {"Graphic Camera", "StaticText Aim at the QR code", "Button Type the code"},
-         "QR code Aim at the QR code"},
+         {"Graphic Camera", "StaticText " + noCamera, "Button Type the code"},
+         "QR code " + noCamera},
         {"a choice of documents",
          [&] {
              show("AuthMenuVCID");

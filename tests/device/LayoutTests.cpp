@@ -5,6 +5,7 @@
 #include <kivo/platform/ui/AlertController.hpp>
 #include <kivo/platform/ui/Button.hpp>
 #include <kivo/platform/ui/Label.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 #include <kivo/platform/ui/Storyboard.hpp>
 #include <kivo/simulator/ReadID.hpp>
 
@@ -29,6 +30,10 @@ protected:
         showCodeScreen();
         seeAll({"codeErrorLabel", "closeButton"});
         look("boxes");
+        window->find<Label>("codeErrorLabel")
+            ->setText(
+                localizedText("There is no connection to the service. Check the network, then enter the code again."));
+        look("boxes without a connection");
         showCodeScreen(CodeTextFieldStyle::single);
         look("one field");
         const auto bundle = services.bundles->main();
@@ -101,7 +106,7 @@ TEST_F(ScreenLayout, ShowsEverythingInEveryLanguageAtEveryReadingSizeOnEveryDisp
         });
         EXPECT_EQ(window->layoutDirection() == LayoutDirection::rightToLeft, std::string_view{language} == "ar");
     }
-    EXPECT_EQ(looks(), 7 * 11 * 5 * 12);
+    EXPECT_EQ(looks(), 7 * 12 * 5 * 12);
 }
 
 TEST_F(ScreenLayout, AtTheLargestReadingSizeACodeIsTypedWithoutScrolling) {
@@ -116,17 +121,18 @@ TEST_F(ScreenLayout, AtTheLargestReadingSizeACodeIsTypedWithoutScrolling) {
 }
 
 TEST_F(ScreenLayout, IsReadableInTheLightAndInTheDark) {
-    const auto app = std::make_shared<device::app::Host>(window, "18");
     const auto former = window->rootViewController();
     for (const auto style : {UserInterfaceStyle::dark, UserInterfaceStyle::light}) {
         const std::string name = style == UserInterfaceStyle::dark ? ", dark" : ", light";
         window->setRootViewController(former);
+        session->setContext(host);
         mainLoop->drain();
         eachScreen([&](const std::string& screen) {
             // Shown in the other appearance before.
             window->setUserInterfaceStyle(style);
             expectNoFaults(screen + name, readable);
         });
+        const auto app = std::make_shared<device::app::Host>(window, "18");
         app->start();
         app->setColors(device::app::hostColors());
         mainLoop->drain();

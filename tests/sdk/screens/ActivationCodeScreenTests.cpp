@@ -168,7 +168,7 @@ TEST_F(ActivationCodeScreen, TakesACodeOfExactlySixCharactersInTheSingleField) {
         EXPECT_EQ(field->text(), row.text);
         EXPECT_EQ(field->isFirstResponder(), !row.isCode);
         EXPECT_EQ(Keys::barred(ears->heard), row.isCode ? "entered 123456" : "");
-        screen->resetActivationCodeFields();
+        screen->resetActivationCodeFields(FailureKind::refused);
         EXPECT_EQ(field->text(), row.text) << "only boxes are reset";
     }
 }
@@ -209,22 +209,39 @@ TEST_F(ActivationCodeScreen, IsEmptyAgainAfterAPersonHasLeft) {
     EXPECT_EQ(outlet<TextField>(*plain, "activationCodeTextField")->text(), "12") << "the single field keeps its text";
 }
 
+TEST_F(ActivationCodeScreen, BlamesTheCodeOnlyWhenTheServiceHasRefusedIt) {
+    using Kind = FailureKind;
+    const auto screen = shown(CodeTextFieldStyle::boxed);
+    const auto error = outlet<platform::Label>(*screen, "codeErrorLabel");
+    const std::string check = "That did not work. Please check the code and enter it again.";
+    const std::string network = "There is no connection to the service. Check the network, then enter the code again.";
+    const std::string wait = "That did not work. Wait for a while, then enter the code again.";
+    const std::pair<Kind, std::string> rows[] = {
+        {Kind::timedOut, network}, {Kind::refused, check}, {Kind::noNetwork, network}, {Kind::connection, network},
+        {Kind::pins, wait},        {Kind::storage, wait},  {Kind::answer, wait},       {Kind::refused, check}};
+    for (const auto& [reason, text] : rows) {
+        screen->resetActivationCodeFields(reason);
+        EXPECT_EQ(error->text(), text) << name(reason);
+        EXPECT_EQ(box(*screen, 1)->accessibility().hint, text);
+    }
+}
+
 TEST_F(ActivationCodeScreen, SaysThatACodeWasRefusedUntilAPersonGoesOn) {
     const auto screen = shown(CodeTextFieldStyle::boxed);
     const auto error = outlet(*screen, "codeErrorLabel");
     EXPECT_TRUE(error->isHidden());
-    screen->resetActivationCodeFields();
+    screen->resetActivationCodeFields(FailureKind::refused);
     EXPECT_FALSE(error->isHidden());
     Keys::press(*screen, "<");
     EXPECT_FALSE(error->isHidden()) << "nothing was typed";
     Keys::press(*screen, "1");
     EXPECT_TRUE(error->isHidden());
-    screen->resetActivationCodeFields();
+    screen->resetActivationCodeFields(FailureKind::refused);
     screen->performSegue("scannerSegueID");
     EXPECT_TRUE(error->isHidden());
 
     const auto single = shown(CodeTextFieldStyle::single);
-    single->resetActivationCodeFields();
+    single->resetActivationCodeFields(FailureKind::refused);
     EXPECT_FALSE(outlet(*single, "codeErrorLabel")->isHidden());
     outlet<TextField>(*single, "activationCodeTextField")->touch();
     Keys::pressAll(*single, "1");
@@ -287,7 +304,7 @@ TEST_F(ActivationCodeScreen, HighlightsTheBoxThatHasTheFocus) {
         Keys::press(*screen, key);
         EXPECT_EQ(highlighted(), expected) << "after " << key;
     }
-    screen->resetActivationCodeFields();
+    screen->resetActivationCodeFields(FailureKind::refused);
     EXPECT_EQ(highlighted(), 1);
     EXPECT_EQ(Keys::focus(), 1);
     EXPECT_EQ(boxes(*screen), Texts(6));

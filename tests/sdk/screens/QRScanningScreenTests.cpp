@@ -99,7 +99,7 @@ TEST_F(QRScanningScreen, RestsUnderAnotherScreenAndAfterAGoodCode) {
     EXPECT_FALSE(camera->isOn()) << "the bad code before it is forgotten";
 }
 
-TEST_F(QRScanningScreen, StaysBlackWithoutACamera) {
+TEST_F(QRScanningScreen, StaysBlackAndSaysWhatToDoWithoutACamera) {
     using enum simulator::Camera::Refusal;
     for (const auto refusal : {none, opening, input, output}) {
         camera->setConnected(refusal != none);
@@ -109,6 +109,8 @@ TEST_F(QRScanningScreen, StaysBlackWithoutACamera) {
         const auto session = outlet<QRScannerView>(*screen, "qrCodeScannerView")->captureSession;
         EXPECT_EQ(session != nullptr, refusal == none || refusal == opening);
         EXPECT_FALSE(outlet<platform::PreviewView>(*screen, "qrCodeScannerView")->previewSession());
+        EXPECT_EQ(outlet<platform::Label>(*screen, "scanHintLabel")->text(),
+                  "The camera cannot be used here. Type the code instead.");
         pop();
     }
 }

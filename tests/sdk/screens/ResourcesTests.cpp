@@ -89,8 +89,14 @@ void collectTexts(const nlohmann::json& value, std::set<std::string>& texts) {
 TEST_F(Resources, EveryTextIsTranslatedIntoEveryLanguageAndNotMuchLonger) {
     const auto layout = *sdkBundle()->pathForResource("ZORFramework", "storyboard");
     std::ifstream file{layout};
-    std::set<std::string> texts{"Back", "Cancel", "OK", "Character %1 of %2",
-                                "Are you sure, you want to terminate the process?"};
+    std::set<std::string> texts{"Back",
+                                "Cancel",
+                                "OK",
+                                "Character %1 of %2",
+                                "Are you sure, you want to terminate the process?",
+                                "There is no connection to the service. Check the network, then enter the code again.",
+                                "That did not work. Wait for a while, then enter the code again.",
+                                "The camera cannot be used here. Type the code instead."};
     collectTexts(nlohmann::json::parse(file, nullptr, true, /*ignore_comments=*/true), texts);
     std::vector<std::string> languages;
     for (const auto& entry : std::filesystem::directory_iterator{layout.parent_path()}) {

@@ -5,6 +5,7 @@
 #include "ui/Closing.hpp"
 
 #include <kivo/platform/Services.hpp>
+#include <kivo/platform/ui/LocalizedText.hpp>
 
 #include <chrono>
 #include <utility>
@@ -124,6 +125,9 @@ void QRCodeScannerVC::connect(platform::Interface& interface) {
 void QRCodeScannerVC::viewDidLoad() {
     ui::setUpCloseBarButton(*this);
     qrCodeScannerView_->delegate = std::static_pointer_cast<QRCodeScannerVC>(shared_from_this());
+    if (!qrCodeScannerView_->previewSession()) {
+        scanHintLabel_->setText(platform::localizedText("The camera cannot be used here. Type the code instead."));
+    }
 }
 
 void QRCodeScannerVC::viewWillAppear(bool /*animated*/) {

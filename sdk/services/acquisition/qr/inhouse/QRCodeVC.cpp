@@ -7,12 +7,33 @@
 #include "ui/Closing.hpp"
 #include "ui/TextEntry.hpp"
 
+#include <kivo/platform/ui/LocalizedText.hpp>
+
 #include <utility>
 
 namespace kivo {
 
 using platform::Color;
 using platform::View;
+
+namespace {
+
+/// The text beside the boxes after a failed join; empty when the code is to blame.
+std::string helpAfter(FailureKind reason) {
+    switch (reason) {
+    case FailureKind::refused:
+        return {};
+    case FailureKind::noNetwork:
+    case FailureKind::connection:
+    case FailureKind::timedOut:
+        return platform::localizedText(
+            "There is no connection to the service. Check the network, then enter the code again.");
+    default:
+        return platform::localizedText("That did not work. Wait for a while, then enter the code again.");
+    }
+}
+
+} // namespace
 
 void QRCodeVC::connect(platform::Interface& interface) {
     constexpr std::array digits{"textFieldDigitOne",  "textFieldDigitTwo",  "textFieldDigitThree",
@@ -58,6 +79,7 @@ void QRCodeVC::connect(platform::Interface& interface) {
 }
 
 void QRCodeVC::viewDidLoad() {
+    refusedText_ = codeErrorLabel_->text();
     chooseEntryStyle();
     ui::removeKeyOnBackgroundTap(*this);
 }
@@ -142,15 +164,17 @@ void QRCodeVC::editingchangeInTextField() {
     }
 }
 
-void QRCodeVC::resetActivationCodeFields() {
+void QRCodeVC::resetActivationCodeFields(FailureKind reason) {
     if (boxes_) {
         boxes_->reset();
     }
+    const auto help = helpAfter(reason);
+    codeErrorLabel_->setText(help.empty() ? refusedText_ : help);
     setErrorShown(true);
 }
 
 void QRCodeVC::setErrorShown(bool shown) {
-    if (codeErrorLabel_->isHidden() != shown) {
+    if (!shown && codeErrorLabel_->isHidden()) {
         return;
     }
     codeErrorLabel_->setHidden(!shown);
@@ -169,7 +193,9 @@ void QRCodeVC::prepareForSegue(const platform::Segue& segue) {
     if (segue.identifier != "scannerSegueID") {
         return;
     }
-    resetActivationCodeFields();
+    if (boxes_) {
+        boxes_->reset();
+    }
     setErrorShown(false);
     if (const auto scanner = std::dynamic_pointer_cast<QRCodeScannerVC>(segue.destination)) {
         scanner->themeObj = themeObj;

@@ -4,6 +4,7 @@
 #include "services/acquisition/ScreenDelegates.hpp"
 #include "services/acquisition/qr/inhouse/CodeBoxes.hpp"
 
+#include <kivo/Failure.hpp>
 #include <kivo/ThemeCustomization.hpp>
 #include <kivo/platform/ui/Interface.hpp>
 #include <kivo/platform/ui/StackView.hpp>
@@ -30,8 +31,9 @@ public:
     /// Whether the code has joined a session; going back then cancels nothing. Written on any thread.
     const std::shared_ptr<std::atomic<bool>> hasJoined = std::make_shared<std::atomic<bool>>(false);
 
-    /// Empties the boxes so that another code can be typed; the single field keeps its text.
-    void resetActivationCodeFields();
+    /// Empties the boxes so that another code can be typed, and tells what a person can do about a failed join. The
+    /// single field keeps its text.
+    void resetActivationCodeFields(FailureKind reason);
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
@@ -61,6 +63,8 @@ private:
     std::shared_ptr<platform::Label> orTitleLabel_;
     std::shared_ptr<platform::Label> getStartedTitleLabel_;
     std::shared_ptr<platform::Label> codeErrorLabel_;
+    /// The layout's text, which asks to check the code.
+    std::string refusedText_;
     std::shared_ptr<platform::Button> scanQRCodeButton_;
     ui::CloseButton closeButton_;
     std::shared_ptr<platform::StackView> stackViewBoxedTextfield_;
