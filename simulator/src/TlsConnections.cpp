@@ -25,6 +25,7 @@ namespace {
 thread_local SSL* currentSsl = nullptr;
 thread_local int currentSocket = -1;
 thread_local std::uint64_t currentConnection = 0;
+thread_local std::size_t allowed = 0;
 
 timespec timespecOf(std::chrono::nanoseconds time) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
@@ -37,6 +38,20 @@ void replaceSocket() {
     const int unconnected = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     dup3(unconnected, currentSocket, O_CLOEXEC);
     close(unconnected);
+}
+
+/// Counts what comes over the current connection, and takes nothing once too much has come.
+long onBytes(BIO* /*socket*/, int operation, const char* /*to*/, std::size_t /*room*/, int /*unused*/,
+             long /*argument*/, int result, std::size_t* received) {
+    if (operation != (BIO_CB_READ | BIO_CB_RETURN) || result <= 0) {
+        return result;
+    }
+    if (*received > allowed) {
+        *received = 0;
+        return -1;
+    }
+    allowed -= *received;
+    return result;
 }
 
 int contextIndex() {
@@ -67,6 +82,8 @@ void TlsConnections::onInfo(const SSL* ssl, int where, int /*result*/) {
         currentSsl = connection->ssl;
         currentSocket = connection->socket;
         currentConnection = connection->number;
+        allow(mostOfHead);
+        BIO_set_callback_ex(SSL_get_rbio(ssl), onBytes);
         {
             const std::scoped_lock lock{own->mutex_};
             own->open_.insert(connection->socket);
@@ -102,6 +119,10 @@ void TlsConnections::reset() {
     const linger atOnce{.l_onoff = 1, .l_linger = 0};
     setsockopt(currentSocket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
     replaceSocket();
+}
+
+void TlsConnections::allow(std::size_t bytes) {
+    allowed = bytes;
 }
 
 void TlsConnections::keepReceiveBufferSmall() {

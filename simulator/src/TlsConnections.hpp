@@ -42,6 +42,14 @@ public:
     /// kilobytes.
     static void keepReceiveBufferSmall();
 
+    /// How many bytes the client of the current connection may send from now on, those of TLS included. A connection
+    /// whose client sends more ends. Before the first call a client may send `mostOfHead`.
+    static void allow(std::size_t bytes);
+
+    /// Enough for a handshake, or for a request line with its headers. The HTTP library alone would keep them in memory
+    /// at any length.
+    static constexpr std::size_t mostOfHead = std::size_t{64} * 1024;
+
     /// Waits until the client of the current connection hangs up, or `stop` is called.
     void waitForHangUp() const;
 

@@ -169,14 +169,32 @@ PACKED = gzip.compress(b"--x\r\nA: " + b"a" * (100 << 20), 1)
     pytest.param(f"PRI /codes HTTP/1.1\r\nContent-Encoding: gzip\r\n{LONG}", PACKED, id="packed body"),
 ])
 def test_ends_a_request_without_an_end_before_memory_does(simulator, begin, endless):
-    before = memory(simulator)
     with socket.create_connection(("127.0.0.1", int(simulator.control.split(":")[1])), timeout=30) as peer:
-        with contextlib.suppress(OSError):
-            peer.sendall(begin.encode())
-            for _ in range((160 << 20) // len(endless)):
-                peer.sendall(endless)
-            while peer.recv(65536):
-                pass
+        expect_an_end(simulator, peer, begin, endless)
+
+
+@pytest.mark.parametrize("begin, endless", [
+    pytest.param("POST /", b"x" * 65536, id="address"),
+    pytest.param("POST /enrol/join.html HTTP/1.1\r\nA: ", b"x" * 65536, id="header"),
+    pytest.param("POST /enrol/join.html HTTP/1.1\r\n", b"A: x\r\n" * 10000, id="headers"),
+    pytest.param(f"PRI /enrol/join.html HTTP/1.1\r\n{LONG}", b"x" * 65536, id="body"),
+])
+def test_ends_a_hosts_request_without_an_end_before_memory_does(simulator, begin, endless):
+    connection = simulator.service()
+    connection.connect()
+    with connection.sock as peer:
+        expect_an_end(simulator, peer, begin, endless)
+    assert simulator.join()["response-type"] == "data"
+
+
+def expect_an_end(simulator, peer, begin, endless):
+    before = memory(simulator)
+    with contextlib.suppress(OSError):
+        peer.sendall(begin.encode())
+        for _ in range((160 << 20) // len(endless)):
+            peer.sendall(endless)
+        while peer.recv(65536):
+            pass
     simulator.ask("GET", "/codes")
     assert memory(simulator) - before < 64 << 20
 
