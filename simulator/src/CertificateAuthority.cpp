@@ -15,6 +15,8 @@ namespace {
 using Extension = std::unique_ptr<X509_EXTENSION, Free<X509_EXTENSION_free>>;
 
 constexpr long day = 24L * 60 * 60;
+/// Of every certificate, so that a service can run for months.
+constexpr long lifetime = 365 * day;
 
 void require(bool done, const char* what) {
     if (!done) {
@@ -70,7 +72,7 @@ void sign(X509* certificate, X509* issuer, EVP_PKEY* issuerKey) {
 }
 
 Certificate makeAuthority(const std::string& commonName, EVP_PKEY* key, X509* issuer, EVP_PKEY* issuerKey) {
-    auto certificate = draft(commonName, key, -day, 365 * day);
+    auto certificate = draft(commonName, key, -day, lifetime);
     auto* const signer = issuer != nullptr ? issuer : certificate.get();
     addExtension(certificate.get(), signer, NID_basic_constraints, "critical,CA:TRUE");
     addExtension(certificate.get(), signer, NID_key_usage, "critical,keyCertSign,cRLSign");
@@ -135,7 +137,7 @@ IssuedCertificate CertificateAuthority::issue(const CertificateRequest& request)
     const long validFrom = request.flaw == CertificateFlaw::expired       ? -30 * day
                            : request.flaw == CertificateFlaw::notYetValid ? day
                                                                           : -day;
-    const long validUntil = request.flaw == CertificateFlaw::expired ? -day : 90 * day;
+    const long validUntil = request.flaw == CertificateFlaw::expired ? -day : lifetime;
     const bool selfSigned = request.flaw == CertificateFlaw::selfSigned;
     const auto names =
         request.flaw == CertificateFlaw::wrongHost ? std::vector<std::string>{"elsewhere.example"} : request.names;
