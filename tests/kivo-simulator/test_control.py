@@ -145,6 +145,19 @@ def test_bounds_a_body_without_a_length(simulator):
         connection.getresponse()
 
 
+def test_refuses_a_body_that_breaks_off(simulator):
+    # What has come would be a whole text.
+    half = b'{"fault":"reset"}'
+    for head in [b"Content-Length: 40\r\n\r\n" + half, b"Transfer-Encoding: chunked\r\n\r\n11\r\n" + half]:
+        with socket.create_connection(("127.0.0.1", int(simulator.control.split(":")[1])), timeout=30) as peer:
+            peer.sendall(f"PUT /faults/join HTTP/1.1\r\nHost: {simulator.control}\r\n"
+                         "Content-Type: application/json\r\n".encode() + head)
+            peer.shutdown(socket.SHUT_WR)
+            while peer.recv(65536):
+                pass
+        assert simulator.ask("GET", "/faults")["pending"] == []
+
+
 def memory(simulator):
     """The most memory that the program has had so far, in bytes."""
     with open(f"/proc/{simulator.process.pid}/status", encoding="utf-8") as file:

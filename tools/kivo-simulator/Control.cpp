@@ -8,6 +8,7 @@
 #include <atomic>
 #include <charconv>
 #include <chrono>
+#include <expected>
 #include <limits>
 #include <optional>
 #include <thread>
@@ -42,8 +43,8 @@ void send(const Answer& answer, httplib::Response& response) {
     response.set_content(answer.body, answer.contentType);
 }
 
-/// Reads a body to its end; absent when it is longer than the bound.
-std::optional<std::string> bodyOf(const httplib::ContentReader& reader) {
+/// Reads a body to its end. A body that is too long or breaks off is answered with a refusal.
+std::expected<std::string, Answer> bodyOf(const httplib::ContentReader& reader) {
     std::string body;
     std::size_t size = 0;
     const auto take = [&](const char* data, std::size_t length) {
@@ -53,8 +54,14 @@ std::optional<std::string> bodyOf(const httplib::ContentReader& reader) {
         }
         return size <= mostDiscarded;
     };
-    reader(take);
-    return size <= largestBody ? std::optional{std::move(body)} : std::nullopt;
+    const bool isWhole = reader(take);
+    if (size > largestBody) {
+        return std::unexpected{refusal(413, "the body has more than 64 KiB")};
+    }
+    if (!isWhole) {
+        return std::unexpected{refusal(400, "the body breaks off")};
+    }
+    return body;
 }
 
 bool isJson(const httplib::Request& request) {
@@ -82,7 +89,7 @@ public:
         const auto handle = [this](const httplib::Request& request, httplib::Response& response,
                                    const httplib::ContentReader& reader) { serve(request, response, bodyOf(reader)); };
         const auto handleWithoutBody = [this](const httplib::Request& request, httplib::Response& response) {
-            serve(request, response, "");
+            serve(request, response, std::string{});
         };
         constexpr auto anywhere = ".*";
         http_.Post(anywhere, handle).Put(anywhere, handle).Patch(anywhere, handle).Delete(anywhere, handle);
@@ -120,7 +127,8 @@ private:
                    : "the request comes from a page of another site";
     }
 
-    void serve(const httplib::Request& request, httplib::Response& response, const std::optional<std::string>& body) {
+    void serve(const httplib::Request& request, httplib::Response& response,
+               const std::expected<std::string, Answer>& body) {
         // HTTP lets a server ignore ranges. The library would copy the answer for each of thousands of them.
         const_cast<httplib::Request&>(request).ranges.clear();
         if (const auto problem = problemOfOrigin(request); !problem.empty()) {
@@ -140,7 +148,7 @@ private:
         }
         const bool hasBody = request.method != "GET" && request.method != "HEAD" && request.method != "DELETE";
         if (!body) {
-            send(refusal(413, "the body has more than 64 KiB"), response);
+            send(body.error(), response);
         } else if (hasBody && request.method != "OPTIONS" && !isJson(request)) {
             send(refusal(415, "the Content-Type is not application/json"), response);
         } else {
