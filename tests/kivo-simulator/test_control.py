@@ -190,7 +190,6 @@ def test_ends_a_request_without_an_end_before_memory_does(simulator, begin, endl
     pytest.param("POST /", b"x" * 65536, id="address"),
     pytest.param("POST /enrol/join.html HTTP/1.1\r\nA: ", b"x" * 65536, id="header"),
     pytest.param("POST /enrol/join.html HTTP/1.1\r\n", b"A: x\r\n" * 10000, id="headers"),
-    pytest.param(f"PRI /enrol/join.html HTTP/1.1\r\n{LONG}", b"x" * 65536, id="body"),
 ])
 def test_ends_a_hosts_request_without_an_end_before_memory_does(simulator, begin, endless):
     connection = simulator.service()
