@@ -33,8 +33,8 @@ char escapeOf(char byte) {
 /// Appends a text in quotes. Stops at a part that is not UTF-8, and returns false.
 bool appendQuoted(std::string& to, std::string_view text) {
     // Each part is judged and then copied. A part of this size is still in the processor's cache when it is copied.
-    // From 4 KiB on, the C library copies with an instruction that some processors carry out four times slower behind a
-    // quote, where no multiple of 16 begins.
+    // From 4 KiB on, the C library copies by an instruction that takes some processors several times as long behind the
+    // quote, at an odd address.
     constexpr std::size_t atOnce = 512;
     to += '"';
     while (!text.empty()) {

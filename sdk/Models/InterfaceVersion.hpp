@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kivo/AcquisitionObject.hpp>
+
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -39,6 +41,13 @@ struct SessionRules {
     bool logsCommit = false;
     UntoldFailures untoldFailures = UntoldFailures::none;
     ReportRoute reportRoute = ReportRoute::communicationSecurityManager;
+
+    /// Whether `acquire` has a screen for the object.
+    constexpr bool presents(AcquisitionObject object) const {
+        using enum AcquisitionObject;
+        return object == activationCode || object == nfcScan || object == mrzScan || object == facemapScan ||
+               (object == ocrScan && presentsIdScan);
+    }
 };
 
 /// The treatment of a failure report by a backend client.

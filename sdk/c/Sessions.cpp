@@ -13,6 +13,7 @@
 #include <vector>
 
 struct kivo_session {
+    kivo::SessionRules rules;
     /// Null until the host opens the version.
     std::shared_ptr<kivo::KivoAPI> api;
     bool hasDisplay = false;
@@ -31,19 +32,14 @@ std::string_view orNewest(std::string_view version) {
     return version.empty() ? SdkVersions::all().back() : version;
 }
 
-std::size_t placeOf(const kivo_session* handle) {
+kivo_session& opened(const kivo_session* handle) {
     auto& all = handles();
     const auto found = std::ranges::find_if(
         all, [&](const kivo_session& each) { return &each == notNull(handle, "session") && each.api; });
     if (found == all.end()) {
         throw Misuse{"session is not a handle of kivo_session_open"};
     }
-    return static_cast<std::size_t>(std::distance(all.begin(), found));
-}
-
-bool isForUploads(AcquisitionObject object) {
-    using enum AcquisitionObject;
-    return object == selfieImage || object == documentMainImage || object == documentBackImage;
+    return *found;
 }
 
 } // namespace
@@ -61,8 +57,10 @@ kivo_session* openedSession(std::string_view key, std::string_view version) {
         return nullptr;
     }
     const auto found = std::ranges::find(versions, SdkVersions::getPreciseVersion(wanted));
-    auto& handle = handles()[static_cast<std::size_t>(std::distance(versions.begin(), found))];
+    const auto place = static_cast<std::size_t>(std::distance(versions.begin(), found));
+    auto& handle = handles()[place];
     if (!handle.api) {
+        handle.rules = interfaceVersions.at(place).session;
         api->setAnswerQueue(platform::services().mainQueue);
         handle.api = std::move(api);
     }
@@ -70,22 +68,19 @@ kivo_session* openedSession(std::string_view key, std::string_view version) {
 }
 
 const std::shared_ptr<KivoAPI>& sessionOf(const kivo_session* handle) {
-    return handles()[placeOf(handle)].api;
+    return opened(handle).api;
 }
 
 void setHasDisplay(const kivo_session* handle, bool hasDisplay) {
-    handles()[placeOf(handle)].hasDisplay = hasDisplay;
+    opened(handle).hasDisplay = hasDisplay;
 }
 
 void requireScreen(const kivo_session* handle, AcquisitionObject object) {
-    const auto place = placeOf(handle);
-    if (isForUploads(object)) {
-        throw Misuse{"object is for uploads only"};
+    const auto& session = opened(handle);
+    if (!session.rules.presents(object)) {
+        throw Misuse{"the session's interface version has no screen for the object"};
     }
-    if (object == AcquisitionObject::ocrScan && !interfaceVersions.at(place).session.presentsIdScan) {
-        throw Misuse{"the session's interface version has no screen for ID cards; open version 16 or later"};
-    }
-    if (!handles()[place].hasDisplay) {
+    if (!session.hasDisplay) {
         throw Misuse{"the session has no display; call kivo_session_set_display first"};
     }
 }

@@ -20,8 +20,8 @@ const std::shared_ptr<KivoAPI>& sessionOf(const kivo_session* handle);
 /// Notes whether the host shows the session's screens on a display.
 void setHasDisplay(const kivo_session* handle, bool hasDisplay);
 
-/// Refuses what the session API would pass over without an answer: a screen for an object that is for uploads only, or
-/// that the interface version has no screen for, or without a display.
+/// Refuses what the session API would pass over without an answer: an object without a screen in the interface version,
+/// and a session without a display.
 void requireScreen(const kivo_session* handle, AcquisitionObject object);
 
 } // namespace kivo::c

@@ -103,8 +103,8 @@ void show(const std::shared_ptr<ViewController>& screen, ViewController& context
 
 void SessionAPI::acquire(AcquisitionObject object, std::shared_ptr<AcquisitionConfig> /*config*/,
                          IdvCompletion response) {
-    const auto* const scene = sceneOf(object);
-    if (scene == nullptr || (object == AcquisitionObject::ocrScan && !rules_.presentsIdScan)) {
+    const auto* const scene = rules_.presents(object) ? sceneOf(object) : nullptr;
+    if (scene == nullptr) {
         return;
     }
     constexpr std::string_view function = "acquire(AcquisitionObject:config:response:)";

@@ -22,12 +22,12 @@ Registry& registry() {
 }
 
 void removeWhole(const fs::path& path) {
-    // Other threads may still add files to a folder that is being removed, or make the folder anew for a file of
-    // theirs. The folder is gone when nothing was left to remove.
+    // Other threads may still add files to a folder that is being removed.
     constexpr int mostAttempts = 100;
     std::error_code error;
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        if (fs::remove_all(path, error) == 0 && !error) {
+        fs::remove_all(path, error);
+        if (!error) {
             return;
         }
     }
